@@ -1,0 +1,15 @@
+# zu_headers_compile_alone(<target> <headers...>): an object library with one source file a header that
+# includes nothing else, so that a header which leans on its includer breaks the build.
+function(zu_headers_compile_alone target)
+  set(sources)
+  foreach(header IN LISTS ARGN)
+    file(RELATIVE_PATH name ${CMAKE_SOURCE_DIR} ${header})
+    string(MAKE_C_IDENTIFIER ${name} identifier)
+    set(source ${CMAKE_CURRENT_BINARY_DIR}/headers/${identifier}.cpp)
+    file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${name}\"\n" @ONLY)
+    list(APPEND sources ${source})
+  endforeach()
+  add_library(${target} OBJECT ${sources})
+  target_link_libraries(${target} PRIVATE HostSdk ZuWarnings)
+  set_target_properties(${target} PROPERTIES AUTOMOC OFF UNITY_BUILD OFF)
+endfunction()

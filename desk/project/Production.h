@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+namespace desk {
+
+/// The open production, of which there is one at most. Behind `host/project/SharedProjectsManager.h`.
+/// UI thread.
+class ZUHOST_API Production {
+public:
+    static Production& Instance();
+
+    /// Opens the production in `folder` (normalised here), closing the open one first. Announces
+    /// `ZuProductionFolderClosedMessage` and `ZuProductionFolderOpenedMessage`. Touches no disk: the caller has
+    /// made sure that the folder can be read.
+    void Open(const host::UTF16String& folder);
+    void Close();
+    bool IsOpen() const { return !mFolder.empty(); }
+    const host::UTF16String& GetFolder() const { return mFolder; }
+
+    /// Pauses and resumes the panel's updates, by the function that the panel installed.
+    void PausePanelUpdates(bool pause);
+    void SetPauseFunction(std::function<void(bool)> function) { mPauseFunction = std::move(function); }
+
+private:
+    host::UTF16String mFolder;
+    std::function<void(bool)> mPauseFunction;
+};
+
+}  // namespace desk

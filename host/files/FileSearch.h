@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+namespace host {
+
+/// A search of folders and all folders below them. The walk runs on worker threads; symbolic links
+/// to folders are found but not entered.
+class ZUHOST_API FileSearch {
+public:
+    struct Parameters {
+        /// Files count only with one of these extensions (with the dot, ASCII letter case ignored).
+        UTF16StringVec mExtensions;
+        /// Accepts a found path. Called on worker threads, several at a time; must not throw.
+        std::function<bool(const UTF16String& path)> mFilter;
+    };
+
+    /// Takes the search's result, sorted by path. A folder that could not be read is logged and left
+    /// out. UI thread.
+    using Completion = std::function<void(UTF16StringVec paths)>;
+
+    /// A search under way; dropping it cancels the search, and the completion is then never called.
+    class ZUHOST_API Request {
+    public:
+        virtual ~Request();
+    };
+
+    /// Finds the files with one of the extensions, and the folders, below `root` that the filter
+    /// accepts. Returns at once and never waits for the volume; `completion` is called later unless the
+    /// request is dropped. Hidden folders and the host's own files are left out. UI thread.
+    [[nodiscard]] static std::unique_ptr<Request> FindFilesOrDirectories(const UTF16String& root,
+                                                                         Parameters parameters,
+                                                                         Completion completion);
+};
+
+}  // namespace host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+/// Paths are absolute and in the host's form: UTF-16, "/" between components.
+namespace host::PathUtils {
+
+/// The form under which paths are compared: trailing and doubled separators and "." components are
+/// gone, ".." takes its parent away (and nothing from the root). Touches no disk; letter case stays.
+/// Empty stays empty. Any thread.
+ZUHOST_API UTF16String ToNormalizedPath(const UTF16String& path);
+
+/// `folder`, one separator, `name`. An empty `folder` gives `name`. Any thread.
+ZUHOST_API UTF16String CombinePaths(const UTF16String& folder, const UTF16String& name);
+
+/// `path` with exactly one separator at its end; an empty path stays empty. Any thread.
+ZUHOST_API UTF16String AddTrailingSlash(const UTF16String& path);
+
+/// `path` without one separator at its end; the root "/" stays. Any thread.
+ZUHOST_API UTF16String RemoveTrailingSlash(const UTF16String& path);
+
+/// The last component without its extension (what follows its last "."; a leading "." begins no
+/// extension). Any thread.
+ZUHOST_API UTF16String GetFilePart(const UTF16String& path);
+
+/// The last component with its extension; empty when the path ends in a separator. Any thread.
+ZUHOST_API UTF16String GetFullFilePart(const UTF16String& path);
+
+/// What stands before the last component, with the separator at its end. Any thread.
+ZUHOST_API UTF16String GetFullDirectoryPart(const UTF16String& path);
+
+ZUHOST_API char16_t GetPathSeparator();
+
+/// True for a folder (a symbolic link to a folder counts). Answered from fresh facts of a listed
+/// folder without touching the disk, else asks the disk: may wait for the volume. False when it
+/// cannot be told. UI thread.
+ZUHOST_API bool IsDirectory(const UTF16String& path);
+
+/// True when something stands at `path`; a symbolic link is followed when `followLink` is set. From
+/// fresh facts where there are any, else asks the disk: may wait for the volume. UI thread.
+ZUHOST_API bool ExistsOnDisk(const UTF16String& path, bool followLink);
+
+}  // namespace host::PathUtils

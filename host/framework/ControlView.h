@@ -1,0 +1,89 @@
+#pragma once
+
+#include <memory>
+
+#include "host/core/Export.h"
+#include "host/core/Geometry.h"
+#include "host/core/Messaging.h"
+#include "host/core/Strings.h"
+
+namespace host {
+
+class Bitmap;
+class View;
+
+/// Base of the framework's controls: a widget in a view. UI thread.
+class ZUHOST_API ControlView {
+public:
+    struct Impl;
+
+    virtual ~ControlView();
+    ControlView(const ControlView&) = delete;
+    ControlView& operator=(const ControlView&) = delete;
+
+    /// True from `Create` until `Destroy`. All other operations do nothing while it is false.
+    bool IsCreated() const;
+    void Destroy();
+
+    void Enable(bool enable);
+    bool IsEnabled() const;
+    void Show(bool show);
+    void SetBounds(const Rect& bounds);
+    Rect GetBounds() const;
+    /// Plain, localised text; also the control's name for assistive technology where it has no other.
+    void SetToolTipText(const UTF16String& text);
+
+protected:
+    explicit ControlView(std::unique_ptr<Impl> impl);
+    Impl& GetImpl() const { return *mImpl; }
+
+private:
+    std::unique_ptr<Impl> mImpl;
+};
+
+/// A button with a picture that sends a command when it is clicked.
+class ZUHOST_API PictureButton : public ControlView {
+public:
+    PictureButton();
+    ~PictureButton() override;
+
+    /// Creates the button in `parent`. A click sends the command `commandID` to the commander on duty
+    /// within `parent`'s chain.
+    void Create(View& parent, int commandID, const Rect& bounds, const Bitmap& bitmap);
+
+    /// Scale of the picture inside the button; 1 is its own size.
+    void SetScale(float scale);
+
+    /// Text for the window's status bar while the pointer is over the button.
+    void SetStatusBarText(const UTF16String& text);
+};
+
+/// A text field for searching, with a button that empties it. Announces `ValueChangedMessage` on its
+/// station whenever the text has changed, whether by the user or by `SetText`. Escape empties it.
+class ZUHOST_API SearchBoxControl : public ControlView {
+public:
+    SearchBoxControl();
+    ~SearchBoxControl() override;
+
+    /// Creates the field in `parent`; with `liveUpdate` every key press announces a change, otherwise
+    /// only Return does.
+    void Create(View& parent, const Rect& bounds, bool liveUpdate);
+
+    UTF16String GetText() const;
+    void SetText(const UTF16String& text);
+    /// A number that tells the field from others.
+    void SetCookie(unsigned cookie);
+    unsigned GetCookie() const;
+    /// The station of this field; its own from construction to destruction.
+    const StationID& GetStationID() const;
+    /// Gives the field the keyboard and selects its text; false when it is not created or disabled.
+    bool TakeFocus();
+};
+
+/// The value of a control has changed. Announced on the control's station.
+class ZUHOST_API ValueChangedMessage : public MessageTemplate<ValueChangedMessage> {
+public:
+    ~ValueChangedMessage() override;
+};
+
+}  // namespace host

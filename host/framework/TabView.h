@@ -1,0 +1,76 @@
+#pragma once
+
+#include "host/core/Messaging.h"
+#include "host/framework/View.h"
+
+namespace host {
+
+class WorkspaceFrame;
+
+/// The main view of a panel, shown under a tab. UI thread.
+class ZUHOST_API TabView : public View {
+public:
+    explicit TabView(Commander* parent);
+    ~TabView() override;
+
+    /// Puts `tabView` into `frame` under a tab with `title`, as the view of the handler `handlerID`, and
+    /// runs its `FinishCreateSelf`; with `show` it is shown at once. The view is owned by its handler.
+    static void Create(TabView* tabView, const UTF16String& handlerID, const UTF16String& title,
+                       WorkspaceFrame* frame, bool show);
+
+    /// The text on the tab; plain text.
+    void SetTitle(const UTF16String& title);
+    UTF16String GetTitle() const;
+
+    void Hide();
+
+    /// Makes the tab the front one of its frame; with `takeFocus` it also gets the keyboard, with
+    /// `flash` the tab is pointed out to the user.
+    void BringToFront(bool takeFocus, bool flash);
+
+    /// Destroys the view (`DestroySelf`); harmless when it is not created.
+    void Destroy();
+
+    /// Marks that the view hosts children of the toolkit.
+    void SetHostsToolkitChildViews(bool hosts);
+    /// Paints by way of a buffer, so that nothing flickers.
+    void EnableDoubleBuffering(bool enable);
+
+    /// Tells the frame that the stacked height of the view has changed; with `animate` the frame moves
+    /// there smoothly.
+    void UpdateStackedDimensions(bool animate);
+
+    /// Heights for frames that stack their panels, in view units: the height of all content, and the
+    /// bounds that the frame keeps to. The base answers 0, 0 and 0: no wish.
+    virtual float GetStackedDimensionHeight() const;
+    virtual int GetStackedDimensionHeightMin() const;
+    virtual int GetStackedDimensionHeightMax() const;
+
+    /// The ID of the flyout menu that the tab offers; null for none.
+    virtual const char* GetFlyoutMenuID() const;
+
+    /// True when the panel may be shown without its tab. The base answers true.
+    virtual bool AllowTablessSelf() const;
+
+    /// Sizes at which resizing the panel snaps. Appends to `sizes` and returns true when there are any;
+    /// the base offers the size of the frame's neighbour when the panel floats beside one.
+    virtual bool GetSnapSizesSelf(std::vector<Point>& sizes) const;
+
+protected:
+    void DestroySelf() override;
+};
+
+/// Announced (later) on `kStation_WindowClosing` while a panel's view is being destroyed.
+class ZUHOST_API HandlerWindowClosingMessage : public MessageTemplate<HandlerWindowClosingMessage> {
+public:
+    explicit HandlerWindowClosingMessage(UTF16String handlerID);
+    ~HandlerWindowClosingMessage() override;
+    const UTF16String& GetHandlerID() const { return mHandlerID; }
+
+private:
+    UTF16String mHandlerID;
+};
+
+inline const StationID kStation_WindowClosing{"host.windowclosing"};
+
+}  // namespace host

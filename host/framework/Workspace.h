@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include "host/core/Export.h"
+
+namespace host {
+
+/// The place in a window where a panel's view is put. UI thread.
+class ZUHOST_API WorkspaceFrame {
+public:
+    virtual ~WorkspaceFrame();
+};
+
+/// The arrangement of panels in the main window. UI thread.
+class ZUHOST_API Workspace {
+public:
+    virtual ~Workspace();
+
+    /// Access to the current workspace, which may not exist.
+    class ZUHOST_API Reference {
+    public:
+        explicit Reference(Workspace* workspace) : mWorkspace(workspace) {}
+        Workspace* GetPtr() const { return mWorkspace; }
+
+    private:
+        Workspace* mWorkspace;
+    };
+    static Reference Instance();
+
+    /// Opens the tab of the handler (UTF-8 ID), making the handler and its view when there are none, and
+    /// brings it to the front. An unknown handler ID is logged.
+    virtual void OpenTab(const std::string& handlerID) = 0;
+};
+
+namespace WorkspaceUtils {
+/// True when the panel of the handler (UTF-8 ID) is open in the workspace. With `frontmost`, only when it
+/// is also the front tab of its frame. UI thread.
+ZUHOST_API bool TabIsShown(Workspace* workspace, const std::string& handlerID, bool frontmost);
+}  // namespace WorkspaceUtils
+
+}  // namespace host

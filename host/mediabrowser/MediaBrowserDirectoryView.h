@@ -1,0 +1,112 @@
+#pragma once
+
+#include <memory>
+#include <set>
+
+#include "host/core/Messaging.h"
+#include "host/mediabrowser/MediaBrowserContentManager.h"
+#include "host/mediabrowser/MediaBrowserMultiColumnTree.h"
+#include "host/project/OpenProjects.h"
+
+namespace host {
+
+/// What the directory view keeps of a row: which item it stands for.
+struct DirectoryRowData {
+    /// The item's name in the folder of the parent row.
+    UTF16String mName;
+};
+
+/// Base of views that show folders as a tree. It owns the tree control, asks the content manager for
+/// listings, follows `kStation_DirectoryChanges` for the folders it shows, and maps rows to paths.
+/// Everything that arrives from the volume passes through `UpdateTreeFromContent`. UI thread; nothing here
+/// waits for the volume.
+class ZUHOST_API MediaBrowserDirectoryView : public UI_SubView, public Listener {
+public:
+    /// The host library's half of the view.
+    struct DirectoryImpl;
+
+    /// `project` may be empty.
+    MediaBrowserDirectoryView(ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager);
+    ~MediaBrowserDirectoryView() override;
+
+    MediaBrowserMultiColumnTree* GetTree() const;
+
+    /// The full path of a row's item; empty for a row that is not (or no longer) in the map.
+    UTF16String GetRowPath(const UI_MultiColumnTreeRow* row) const;
+    /// All rows of the map: a row before the rows below it.
+    RowVec GetAllRows() const;
+    /// The paths of the selected rows, in the order in which they were selected.
+    UTF16StringVec GetSelectedPaths() const;
+    /// Opens a closed row, closes an open one.
+    void ToggleRow(const RowRef& row);
+    /// Height of the header and all opened rows, in view units.
+    float GetExactOpenedHeight() const;
+    /// The station of this view: `MediaBrowserDirectoryViewRowDisclosureChanged` and what the derived view
+    /// announces.
+    const StationID& GetStationID() const;
+
+    /// Asks for the content of a folder, whose row is `row` (null for the root). Deliveries arrive later
+    /// through `UpdateTreeFromContent`; the spinner shows meanwhile. `context` is kept with the request and
+    /// written to the log when it fails. Asking again for a folder that is being listed asks once more after
+    /// that. Rows open themselves: opening a row that has no content yet asks for it.
+    void RequestDirectoryContent(const UTF16String& path, const RowRef& row, const UTF16String& context);
+    /// Removes all rows, and forgets all requests.
+    void RemoveAllRows();
+
+    /// Reads the listing of a folder's row anew.
+    virtual void RefreshDirectoryContent(const RowRef& row);
+    /// The content of the folder `path` has changed: brings its rows up to date. Cheap for few changes:
+    /// only what changed is read.
+    virtual void OnDirectoryChanged(const UTF16String& path);
+    /// A delivery has arrived for `directoryPath`, whose row is `row` (empty for the root). Called again for
+    /// items whose facts (dates, size, lock) have come or changed. The base does nothing.
+    virtual void UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath,
+                                       const DirectoryContent& content, const ContentDelivery& delivery);
+    virtual void ListenToMessage(const Message& message) override;
+
+protected:
+    /// Brings the rows below `row` in line with a delivery: makes rows for the paths that have none (handing
+    /// each to `AddRowToMaps`), keeps those that have one, and removes rows (through `RemoveRowFromMaps`) as
+    /// the delivery's extent says. New rows show, sorted, when the delivery has been dealt with. `root` is
+    /// the folder whose items are the top-level rows.
+    void InsertDirectoryContent(const RowRef& row, const std::set<UTF16String>& paths,
+                                const ContentDelivery& delivery, const UTF16String& root);
+    /// Brings the row's own cells up to date: draws them anew.
+    void UpdateRow(const RowRef& row);
+    /// The row of an item below `parent` (null for the root), by its name; empty when there is none.
+    RowRef FindChildRow(const UI_MultiColumnTreeRow* parent, const UTF16String& name) const;
+
+    /// Records a row that was made; after it `GetRowPath` answers.
+    virtual void AddRowToMaps(const RowRef& row, const DirectoryRowData& data);
+    /// Forgets a row. Called for each row that is removed, those below it first.
+    virtual void RemoveRowFromMaps(const RowRef& row);
+
+    virtual bool CanRowHaveChildren(const RowRef& row) const;
+    virtual bool CanOpenRow(const RowRef& row) const;
+    virtual bool RowIsVolume(const RowRef& row) const;
+    virtual bool RowIsVolumeContainer(const RowRef& row) const;
+
+    virtual void OnRowDoubleClicked(const RowRef& row, Point point);
+    virtual void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell);
+    virtual void OnRowSelectionChanged(const RowVec& rows);
+    /// The base asks for the content of an opened row that has none, and for what changed while it was closed.
+    virtual void OnRowOpenStateChanged(const RowRef& row, bool open);
+    virtual bool OnRowContextMenu(const RowRef& row, Point point);
+    /// Fits the columns to the view's new width. The base gives spare width to the first column.
+    virtual void ResizeColumns();
+
+    void UI_SizeChanged(const RectT<float>& localBounds) override;
+
+private:
+    friend struct DirectoryImpl;
+    std::unique_ptr<DirectoryImpl> mDirectoryImpl;
+};
+
+/// A row was opened or closed by the user. Announced on the view's station.
+class ZUHOST_API MediaBrowserDirectoryViewRowDisclosureChanged
+    : public MessageTemplate<MediaBrowserDirectoryViewRowDisclosureChanged> {
+public:
+    ~MediaBrowserDirectoryViewRowDisclosureChanged() override;
+};
+
+}  // namespace host

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+namespace host {
+
+/// The extension of project files, with its dot: ".zuproj".
+ZUHOST_API const UTF16String& GetProjectFileExtension();
+
+/// True when the name of `path` is a project file's: the project extension (ASCII letter case ignored)
+/// behind at least one other character, no separator at the end, at most 255 bytes long on the disk.
+/// Judges the name only. Any thread.
+ZUHOST_API bool IsVantorProjectFile(const UTF16String& path);
+
+/// Natural order of names: runs of digits by their numeric value (of any length), the rest by the
+/// order of the user's language, letter case ignored unless nothing else differs. Negative, zero or
+/// positive. Equal only for equal strings. Any thread.
+ZUHOST_API int CompareStringsIncludingNumericValues(const UTF16String& a, const UTF16String& b);
+
+}  // namespace host

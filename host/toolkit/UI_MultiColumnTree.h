@@ -1,0 +1,155 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "host/core/Geometry.h"
+#include "host/core/Strings.h"
+#include "host/toolkit/Drawbot.h"
+#include "host/toolkit/UI_MultiColumnTreeHeaderRow.h"
+#include "host/toolkit/UI_MultiColumnTreeRow.h"
+#include "host/toolkit/UI_Node.h"
+
+namespace host {
+
+using RowVec = std::vector<RowRef>;
+
+/// What the tree's scroll view shows: its position in the content and its size, in view units.
+struct UI_ScrollView {
+    RectT<float> mVisibleRect;
+};
+
+/// A tree with columns: rows that can be opened, selected, sorted and scrolled.
+///
+/// "Opened rows" are the rows that show because all rows above them are open, in display order, whether
+/// they are scrolled into view or not; "visible rows" are those of them in the visible area. All rows have
+/// one height. Rows are appended without being shown and then laid out in one step, sorted. Callbacks are
+/// called on the UI thread, never from within the operation that caused them unless it says so.
+class ZUHOST_API UI_MultiColumnTree : public UI_SubView {
+public:
+    /// The host library's half of the tree.
+    struct TreeImpl;
+
+    UI_MultiColumnTree();
+    ~UI_MultiColumnTree() override;
+
+    // Rows.
+
+    /// Makes a row under `parent` (a top-level row when null). It is not shown, nor counted as an opened
+    /// row, until `LayoutAfterAppendRow`.
+    RowRef CreateAndAppendRow(UI_MultiColumnTreeRow* parent);
+    /// Shows the rows that were appended under `parent` since the last call, each in its sorted place, in
+    /// one step; rows that showed already keep selection, position and open state.
+    void LayoutAfterAppendRow(UI_MultiColumnTreeRow* parent);
+    /// Removes rows with everything below them, in one step.
+    void RemoveRows(const RowVec& rows);
+    void RemoveAllRows();
+    const std::vector<RowRef>& GetTopLevelRows() const;
+
+    /// Sorts all rows by the sort column: asks each row's sort key once, then compares. Keeps selection,
+    /// open rows and scroll position. Costs little when the order already holds.
+    void SortTree();
+
+    // Opening and closing.
+
+    /// Opens a row that may have children; the row's open-state callback is called before it returns.
+    void OpenRow(UI_MultiColumnTreeRow* row);
+    void CloseRow(UI_MultiColumnTreeRow* row);
+    bool IsRowOpen(const UI_MultiColumnTreeRow* row) const;
+    void SetRowHasCustomChild(UI_MultiColumnTreeRow* row, bool hasCustomChild);
+    /// Rows may have children at all; true by default.
+    void SetAllowChildren(bool allow);
+    /// Decides whether a row may have children (shows a triangle); without it, rows that have some may.
+    void SetCanRowHaveChildrenFunction(SharedFunction<bool(const RowRef& row)> function);
+
+    // Selection. Selecting by these operations calls the selection-changed callback once, later in the same
+    // turn of the event loop.
+
+    /// Selects `row`: alone with `deselectOthers`, and scrolled into view with `scrollIntoView`; with `notify`
+    /// the selection-changed callback is called.
+    void SelectRow(UI_MultiColumnTreeRow* row, bool deselectOthers, bool scrollIntoView, bool notify);
+    /// Makes `rows` the selection; large numbers of rows are selected in one step.
+    void SelectRows(const RowVec& rows);
+    void DeselectAllRows(bool notify);
+    /// The selected rows in the order in which they were selected.
+    RowVec GetSelectedRows() const;
+    std::size_t CountSelectedRows() const;
+    void SetSupportMultipleSelections(bool support);
+    void SetSupportNoneSelected(bool support);
+    void SetSupportDeselectAllOnEmptyTreeClick(bool support);
+
+    // Visibility and scrolling.
+
+    /// The opened rows, in display order.
+    RowVec GetOpenedRows() const;
+    std::size_t CountOpenedRows() const;
+    /// The opened row at an index; empty when there is none.
+    RowRef GetOpenedRow(int index) const;
+    /// True when part of the row lies in the visible area and the tree is shown. Constant time.
+    bool IsRowVisible(const UI_MultiColumnTreeRow* row) const;
+    /// Index of the first and the last opened row of which part is visible; -1 when there is none.
+    int GetFirstVisibleOpenedRowIndex() const;
+    int GetLastVisibleOpenedRowIndex() const;
+    /// Scrolls as little as needed to show the row wholly, `margin` view units from the edge; opens the rows
+    /// above it when `openAncestors` is set; glides there with `animate`.
+    void ScrollRowIntoView(UI_MultiColumnTreeRow* row, bool animate, float margin, bool openAncestors);
+    UI_ScrollView GetScrollView() const;
+
+    // Appearance.
+
+    float GetRowHeight() const;
+    /// Row height in view units; also the measure of indentation, triangles and header text. Keeps the first
+    /// visible row in place.
+    void SetRowHeight(float height);
+    RefPtr<UI_MultiColumnTreeHeaderRow> GetHeaderRow() const;
+    void SetHeaderRow(RefPtr<UI_MultiColumnTreeHeaderRow> headerRow);
+    void SetDrawGridLines(bool horizontal, bool vertical);
+    /// Where the busy spinner stands: 0 in the top right corner, 1 in the centre.
+    void SetSpinnerAlignment(int alignment);
+    /// Shows the busy spinner while the count of `BeginBusy` calls exceeds that of `EndBusy` calls; a busy
+    /// time under 150 ms shows none.
+    void BeginBusy();
+    void EndBusy();
+    /// Text in the middle of a tree without rows; plain, localised.
+    void SetEmptyText(const UTF16String& text);
+    /// The name of the tree for assistive technology.
+    void SetAccessibleName(const UTF16String& name);
+    /// Draws the visible cells of a row anew.
+    void RedrawRow(const UI_MultiColumnTreeRow* row);
+
+    // Callbacks, each set once.
+
+    /// Draws a cell that has no nodes in it.
+    void SetDrawCellOfRowCallback(
+        SharedFunction<void(Drawbot&, const RowRef&, unsigned column, const RectT<float>& cell)> callback);
+    /// What a cell says to assistive technology.
+    void SetCellAccessibleTextFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
+    /// A cell's sort key. Called once for each row when the tree sorts.
+    void SetCellSortDataFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
+    /// The user has moved a column.
+    void SetColumnMovedCallback(SharedFunction<void(unsigned from, unsigned to)> callback);
+    /// The user has changed a column's width.
+    void SetColumnResizedCallback(SharedFunction<void(unsigned column, float width)> callback);
+    /// A right click or the menu key, on a row or on none; `point` in view units of the tree. Returns true
+    /// when it was handled.
+    void SetRowContextMenuCallback(SharedFunction<bool(const RowRef&, Point point)> callback);
+    /// The user has double-clicked a row, or pressed Return on it.
+    void SetRowDoubleClickedCallback(SharedFunction<void(const RowRef&, Point point)> callback);
+    /// A row has been opened or closed, by whatever means.
+    void SetRowOpenStateChangedCallback(SharedFunction<void(const RowRef&, bool open)> callback);
+    /// The user has clicked a row's triangle.
+    void SetRowDisclosureChangedCallback(SharedFunction<void(const RowRef&, bool open)> callback);
+    /// A row has come into the visible area or left it: by scrolling, resizing, showing, opening, closing or a
+    /// change of rows. Called before the row is painted. The cells of a row that left have been emptied.
+    void SetRowVisibilityChangedCallback(SharedFunction<void(const RowRef&)> callback);
+    /// The selection has changed.
+    void SetRowsSelectionChangedCallback(SharedFunction<void(const RowVec& selected)> callback);
+    /// The colour of selected rows, by the host's colour table; an empty callback is the theme's own.
+    void SetRowSelectionColorCallback(SharedFunction<int(const RowRef&)> callback);
+
+protected:
+    explicit UI_MultiColumnTree(std::unique_ptr<UI_Node::Impl> impl);
+    friend struct TreeImpl;
+};
+
+}  // namespace host

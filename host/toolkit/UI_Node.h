@@ -1,0 +1,78 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/core/Export.h"
+#include "host/core/Geometry.h"
+#include "host/core/RefCounted.h"
+
+namespace host {
+
+class UI_Container;
+
+/// Base of everything the toolkit shows. A node is light: only nodes that need one have a widget behind
+/// them; the others are painted by what they stand in. UI thread.
+class ZUHOST_API UI_Node : public RefCounted {
+public:
+    struct Impl;
+
+    ~UI_Node() override;
+
+    /// A name by which the node is found (UTF-8); also its object name for tests and assistive technology.
+    void UI_SetNodeID(std::string_view id);
+    const std::string& UI_GetNodeID() const;
+
+    /// The container the node stands in, or null. Not owned.
+    UI_Container* UI_GetParent() const;
+
+    /// The node's rectangle in its container, in view units. Setting it calls `UI_SizeChanged` with the
+    /// rectangle at position 0,0 when the size has changed or was never set.
+    void UI_SetBounds(const RectT<float>& bounds);
+    RectT<float> UI_GetBounds() const;
+
+    void UI_Show(bool show);
+    bool UI_IsShown() const;
+
+    Impl& GetImpl() const { return *mImpl; }
+
+protected:
+    explicit UI_Node(std::unique_ptr<Impl> impl);
+
+    /// Lays out what is in the node; `localBounds` is its rectangle at position 0,0. The base does nothing.
+    virtual void UI_SizeChanged(const RectT<float>& localBounds);
+
+private:
+    friend struct Impl;
+    std::unique_ptr<Impl> mImpl;
+};
+
+/// A node with children, which it keeps alive; later children are in front. UI thread.
+class ZUHOST_API UI_Container : public UI_Node {
+public:
+    UI_Container();
+    ~UI_Container() override;
+
+    /// Adds a node that stands in no container.
+    void AddChild(RefPtr<UI_Node> child);
+    void RemoveChild(UI_Node* child);
+    void RemoveAllChildren();
+    const std::vector<RefPtr<UI_Node>>& GetChildren() const;
+
+protected:
+    explicit UI_Container(std::unique_ptr<Impl> impl);
+};
+
+/// A view of the toolkit: a container that lays out its children. UI thread.
+class ZUHOST_API UI_SubView : public UI_Container {
+public:
+    UI_SubView();
+    ~UI_SubView() override;
+
+protected:
+    explicit UI_SubView(std::unique_ptr<Impl> impl);
+};
+
+}  // namespace host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "host/framework/Bitmap.h"
+#include "host/toolkit/UI_ControlView.h"
+
+namespace host {
+
+/// The state flag under which an image is asked for in its normal, enabled state.
+inline constexpr unsigned kImageStateEnabled = 4;
+
+/// Asks for the image of a control, and takes the answer: a bitmap or a picture, the last one supplied.
+class UI_ImageSupplyMessage {
+public:
+    unsigned GetStateFlags() const { return mStateFlags; }
+    void SetStateFlags(unsigned flags) { mStateFlags = flags; }
+
+    void SupplyBitmap(const Bitmap& bitmap) { mBitmap = bitmap; mPicture.reset(); }
+    void SupplyPicture(PictureRef picture) { mPicture = std::move(picture); mBitmap = {}; }
+
+    const Bitmap& GetBitmap() const { return mBitmap; }
+    const PictureRef& GetPicture() const { return mPicture; }
+
+private:
+    unsigned mStateFlags = 0;
+    Bitmap mBitmap;
+    PictureRef mPicture;
+};
+
+/// An image, scaled into its rectangle. UI thread.
+class ZUHOST_API UI_StaticImage : public UI_ControlView {
+public:
+    UI_StaticImage();
+    ~UI_StaticImage() override;
+
+    using SupplyFunction = std::function<void(UI_ImageSupplyMessage&)>;
+
+    /// The function that is asked for the image each time it is drawn.
+    void SetImageSupplyFunction(SupplyFunction function);
+};
+
+}  // namespace host
