@@ -26,4 +26,7 @@ public:
     virtual std::chrono::steady_clock::time_point Now() const = 0;
 };
 
+/// Runs a task as every main thread does: what it throws is logged, with `where` as the place that caught it.
+ZUHOST_API void RunTask(const MainThread::Task& task, const char* where) noexcept;
+
 }  // namespace desk

@@ -64,7 +64,8 @@ ZUHOST_API void RemoveListener(const StationID& station, Listener* listener);
 ZUHOST_API void BroadcastMessage(const StationID& station, const Message& message);
 
 /// Announces `message` later, on the UI thread, after what is already queued. With `onlyOnce`, a
-/// message of the same type that is already waiting for that station is replaced. Any thread.
+/// message of the same type that was posted so and is still waiting for that station is replaced, at
+/// its place in the queue. Any thread.
 ZUHOST_API void PostMessageToUIThread(const StationID& station, std::shared_ptr<const Message> message,
                                       bool onlyOnce);
 

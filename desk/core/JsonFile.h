@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QJsonObject>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "host/core/Export.h"
+
+namespace desk {
+
+/// What came of reading a JSON file (RFC 8259) that should hold one object.
+struct JsonFile {
+    enum class State {
+        Read,        ///< `mObject` holds the file's object.
+        Absent,      ///< There is no such file.
+        Broken,      ///< The content is no JSON object, too large or too deep; `mReason` says what.
+        Unreadable,  ///< The disk refused; `mReason` says why.
+    };
+    State mState = State::Absent;
+    QJsonObject mObject;
+    /// English, for a log line or a message; without the path.
+    std::string mReason;
+};
+
+inline constexpr std::size_t kJsonFileLimit = std::size_t{1} << 20;
+
+/// Parses `text` as one JSON object; of a repeated key the last value counts. Nesting is bounded by Qt's
+/// parser (1024 levels). Any thread; never throws.
+ZUHOST_API JsonFile ParseJsonObject(std::string_view text);
+
+/// Reads and parses a file of at most `limit` bytes. May wait for the disk. Any thread; never throws.
+ZUHOST_API JsonFile ReadJsonFile(const std::string& path, std::size_t limit = kJsonFileLimit);
+
+/// Replaces the file whole or not at all. Throws `host::FileException`. May wait for the disk. Any thread.
+ZUHOST_API void WriteJsonFile(const std::string& path, const QJsonObject& object);
+
+/// A settings file as the program may use it.
+struct SettingsFile {
+    /// Empty when there is no file or it could not be used.
+    QJsonObject mObject;
+    /// False when a file stands there that could not be read and could not be moved aside: it must not be
+    /// replaced.
+    bool mMayWrite = true;
+    /// What to tell the user when the settings could not be used: file, reason and where it was kept.
+    std::string mNotice;
+};
+
+/// Reads a settings file. One that is broken is renamed to "<name>.unreadable-<n>", n from 1, so that
+/// defaults never replace it. Whatever goes wrong is logged as a warning. May wait for the disk. Any thread;
+/// never throws.
+ZUHOST_API SettingsFile ReadSettingsFile(const std::string& path);
+
+}  // namespace desk
