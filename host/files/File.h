@@ -19,7 +19,8 @@ class ZUHOST_API File {
 public:
     explicit File(const UTF16String& path);
 
-    /// True when the file was there.
+    /// True when the file was there, and when the disk refused to tell for another reason than its absence
+    /// (asking for a fact then throws): a volume that does not answer has lost no file.
     bool Exists() const { return mExists; }
 
     /// Time of the last modification, in seconds since the epoch; absent while it is not known.

@@ -15,7 +15,8 @@ public:
     struct Parameters {
         /// Files count only with one of these extensions (with the dot, ASCII letter case ignored).
         UTF16StringVec mExtensions;
-        /// Accepts a found path. Called on worker threads, several at a time; must not throw.
+        /// Accepts a found path. Called on worker threads, several at a time, and a few times more after
+        /// the request was dropped: it owns what it uses. Must not throw.
         std::function<bool(const UTF16String& path)> mFilter;
     };
 

@@ -1,0 +1,47 @@
+#include "desk/files/HostNames.h"
+
+#include <sys/random.h>
+
+#include <array>
+#include <random>
+
+#include "desk/project/LockRecord.h"
+
+namespace desk {
+
+namespace {
+
+constexpr std::string_view kTemporaryPrefix = ".zutmp-";
+
+bool IsLockFileName(std::string_view name) {
+    return name.ends_with(".lock") && !GetProjectNameOfLockFile(host::UTF8to16(name)).empty();
+}
+
+}  // namespace
+
+bool IsHiddenName(std::string_view name, ItemKind kind) {
+    if (!name.starts_with('.')) return false;
+    return kind == ItemKind::Folder || name.starts_with(".nfs") || name.starts_with(".fuse_hidden") ||
+           name.starts_with(kTemporaryPrefix) || IsLockFileName(name);
+}
+
+std::string MakeNonce() {
+    std::array<unsigned char, 16> bytes;
+    if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+        std::random_device device;
+        for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(device());
+    }
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string nonce;
+    for (unsigned char byte : bytes) {
+        nonce += kDigits[byte >> 4];
+        nonce += kDigits[byte & 15];
+    }
+    return nonce;
+}
+
+std::string MakeTemporaryName() {
+    return std::string(kTemporaryPrefix) + MakeNonce();
+}
+
+}  // namespace desk

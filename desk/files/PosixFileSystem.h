@@ -1,0 +1,21 @@
+#pragma once
+
+#include "desk/files/FileSystem.h"
+
+namespace desk {
+
+/// The real edge to the disk: POSIX calls, and Linux's own where POSIX has none (getdents64, statx,
+/// renameat2).
+class ZUHOST_API PosixFileSystem : public FileSystem {
+public:
+    std::vector<FolderEntry> ListFolder(const std::string& path) override;
+    ItemStatus Status(const std::string& path, bool followLink) override;
+    std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
+    void ReplaceFile(const std::string& path, const std::string& bytes) override;
+    void AppendToFile(const std::string& path, const std::string& bytes) override;
+    void CreateFolder(const std::string& path) override;
+    void RenameNew(const std::string& from, const std::string& to) override;
+    long VolumeType(const std::string& path) override;
+};
+
+}  // namespace desk

@@ -1,0 +1,130 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "desk/files/FileDescriptor.h"
+#include "desk/files/HostNames.h"
+#include "desk/files/PosixErrors.h"
+#include "desk/files/PosixFileSystem.h"
+
+namespace desk {
+
+namespace {
+
+std::string FolderOf(const std::string& path) {
+    std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// Returns 0 or an errno.
+int WriteAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t count = RetryInterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
+        if (count < 0) return errno;
+        if (count == 0) return ENOSPC;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return 0;
+}
+
+int Flush(int file) {
+    return RetryInterrupted([&] { return ::fsync(file); }) == 0 ? 0 : errno;
+}
+
+/// Makes a rename durable. A volume whose folders cannot be flushed says EINVAL and has nothing to flush.
+int FlushFolder(const std::string& folder) {
+    FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor.IsOpen()) return errno;
+    int error = Flush(descriptor.Get());
+    return error == EINVAL || error == ENOTSUP ? 0 : error;
+}
+
+int CheckSize(const std::string& path, std::size_t size) {
+    struct stat facts;
+    if (::lstat(path.c_str(), &facts) != 0) return errno;
+    return static_cast<std::size_t>(facts.st_size) == size ? 0 : EIO;
+}
+
+/// The mode of the regular file at `path`, or 0600 when there is none.
+mode_t ModeForReplacement(const std::string& path) {
+    struct stat facts;
+    if (::lstat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return 0600;
+    return facts.st_mode & 0777;
+}
+
+/// Writes the whole of a new file and flushes it. Returns 0 or an errno.
+int WriteNewFile(const std::string& path, const std::string& bytes, mode_t mode) {
+    FileDescriptor file(RetryInterrupted(
+        [&] { return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600); }));
+    if (!file.IsOpen()) return errno;
+    if (mode != 0600) static_cast<void>(::fchmod(file.Get(), mode));  // some volumes keep one mode for all
+    int error = WriteAll(file.Get(), bytes);
+    if (error == 0) error = Flush(file.Get());
+    int closeError = file.Close();
+    if (error == 0) error = closeError;
+    return error == 0 ? CheckSize(path, bytes.size()) : error;
+}
+
+bool IsNothingAt(const std::string& path) {
+    struct stat facts;
+    return ::lstat(path.c_str(), &facts) != 0 && errno == ENOENT;
+}
+
+bool HasNoLinks(int error) {
+    return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
+}
+
+/// For volumes without an atomic "rename without replacing". Returns 0 or an errno.
+int RenameByLink(const std::string& from, const std::string& to) {
+    if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) == 0) {
+        if (::unlink(from.c_str()) == 0) return 0;
+        int error = errno;
+        ::unlink(to.c_str());
+        return error;
+    }
+    if (!HasNoLinks(errno)) return errno;
+    if (!IsNothingAt(to)) return EEXIST;
+    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+void PosixFileSystem::ReplaceFile(const std::string& path, const std::string& bytes) {
+    std::string folder = FolderOf(path);
+    std::string temporary = folder + '/' + MakeTemporaryName();
+    int error = WriteNewFile(temporary, bytes, ModeForReplacement(path));
+    if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
+    if (error != 0) {
+        ::unlink(temporary.c_str());
+        ThrowFileException("write", path, error);
+    }
+    error = FlushFolder(folder);
+    if (error != 0) ThrowFileException("flush folder of", path, error);
+}
+
+void PosixFileSystem::AppendToFile(const std::string& path, const std::string& bytes) {
+    FileDescriptor file(RetryInterrupted([&] {
+        return ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600);
+    }));
+    int error = file.IsOpen() ? WriteAll(file.Get(), bytes) : errno;
+    int closeError = file.Close();
+    if (error == 0) error = closeError;
+    if (error != 0) ThrowFileException("append to", path, error);
+}
+
+void PosixFileSystem::CreateFolder(const std::string& path) {
+    if (::mkdir(path.c_str(), 0777) != 0) ThrowFileException("create folder", path, errno);
+}
+
+void PosixFileSystem::RenameNew(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
+    int error = errno;
+    if (error == EINVAL || error == ENOSYS) error = RenameByLink(from, to);
+    if (error == EEXIST) ThrowFileException("rename (the new name exists)", to, error);
+    if (error != 0) ThrowFileException("rename", from, error);
+}
+
+}  // namespace desk
