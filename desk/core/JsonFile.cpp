@@ -1,0 +1,88 @@
+#include "desk/core/JsonFile.h"
+
+#include <QJsonDocument>
+#include <cerrno>
+#include <cstring>
+
+#include "desk/core/Log.h"
+#include "desk/core/Services.h"
+#include "desk/files/FileSystem.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+namespace {
+
+JsonFile Failed(JsonFile::State state, std::string reason) {
+    return {state, {}, std::move(reason)};
+}
+
+JsonFile FromException(const host::FileException& exception, std::size_t limit) {
+    switch (exception.SystemError()) {
+        case ENOENT: return Failed(JsonFile::State::Absent, "there is no such file");
+        case EFBIG:
+            return Failed(JsonFile::State::Broken, "it is larger than " + std::to_string(limit / 1024) + " KiB");
+        case EINVAL: return Failed(JsonFile::State::Broken, "it is no regular file");
+        case ELOOP: return Failed(JsonFile::State::Broken, "it is a symbolic link");
+        default: return Failed(JsonFile::State::Unreadable, std::strerror(exception.SystemError()));
+    }
+}
+
+/// Renames a file that cannot be used to the first free name; the new path, or empty when that failed.
+std::string SetAside(const std::string& path) {
+    for (int n = 1; n <= 1000; ++n) {
+        const std::string aside = path + ".unreadable-" + std::to_string(n);
+        try {
+            GetServices().mFileSystem->RenameNew(path, aside);
+            return aside;
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() == EEXIST) continue;
+            Log(LogLevel::Warning, exception.what());
+            return {};
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+JsonFile ParseJsonObject(std::string_view text) {
+    QJsonParseError error;
+    const auto document =
+        QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())), &error);
+    if (error.error != QJsonParseError::NoError)
+        return Failed(JsonFile::State::Broken,
+                      "it is no valid JSON, " + error.errorString().toStdString() + " at byte " + std::to_string(error.offset));
+    if (!document.isObject()) return Failed(JsonFile::State::Broken, "its content is no JSON object");
+    return {JsonFile::State::Read, document.object(), {}};
+}
+
+JsonFile ReadJsonFile(const std::string& path, std::size_t limit) {
+    try {
+        return ParseJsonObject(GetServices().mFileSystem->ReadSmallFile(path, limit));
+    } catch (const host::FileException& exception) {
+        return FromException(exception, limit);
+    } catch (const std::exception& exception) {
+        return Failed(JsonFile::State::Unreadable, exception.what());
+    }
+}
+
+void WriteJsonFile(const std::string& path, const QJsonObject& object) {
+    GetServices().mFileSystem->ReplaceFile(path, QJsonDocument(object).toJson().toStdString());
+}
+
+SettingsFile ReadSettingsFile(const std::string& path) {
+    JsonFile file = ReadJsonFile(path);
+    SettingsFile settings;
+    if (file.mState == JsonFile::State::Read) settings.mObject = std::move(file.mObject);
+    if (file.mState == JsonFile::State::Read || file.mState == JsonFile::State::Absent) return settings;
+
+    const std::string aside = file.mState == JsonFile::State::Broken ? SetAside(path) : std::string();
+    settings.mMayWrite = !aside.empty();
+    settings.mNotice = "The settings in \"" + path + "\" could not be read: " + file.mReason + ". ";
+    settings.mNotice += settings.mMayWrite ? "The file is kept as \"" + aside + "\"."
+                                           : "The file is left as it is, and changes are not saved.";
+    Log(LogLevel::Warning, settings.mNotice);
+    return settings;
+}
+
+}  // namespace desk
