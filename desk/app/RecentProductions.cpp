@@ -1,0 +1,82 @@
+#include "desk/app/RecentProductions.h"
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <algorithm>
+#include <exception>
+
+#include "desk/core/JsonFile.h"
+#include "desk/core/Log.h"
+
+namespace desk {
+namespace {
+
+constexpr QLatin1String kProductions("productions");
+constexpr QLatin1String kOpenAtStart("openAtStart");
+constexpr char kScheme[] = "file://";
+
+QString ToURI(const std::string& path) {
+    const auto encoded = QByteArray::fromRawData(path.data(), static_cast<qsizetype>(path.size()));
+    return QLatin1String(kScheme) + QString::fromLatin1(encoded.toPercentEncoding("/"));
+}
+
+/// Empty for anything that is no absolute local path.
+std::string FromURI(const QString& uri) {
+    if (!uri.startsWith(QLatin1String(kScheme))) return {};
+    const QByteArray path = QByteArray::fromPercentEncoding(uri.mid(sizeof kScheme - 1).toLatin1());
+    return path.startsWith('/') && !path.contains('\0') ? path.toStdString() : std::string();
+}
+
+}  // namespace
+
+RecentProductions::RecentProductions(std::string path) : mPath(std::move(path)) {
+    Read();
+}
+
+void RecentProductions::Read() {
+    const SettingsFile file = ReadSettingsFile(mPath);
+    mMayWrite = file.mMayWrite;
+    if (!file.mNotice.empty()) mNotice = file.mNotice;
+    if (!mMayWrite) return;
+    mOpenAtStart = file.mObject.value(kOpenAtStart).toBool(true);
+    mFolders.clear();
+    for (const QJsonValue& value : file.mObject.value(kProductions).toArray()) {
+        std::string folder = FromURI(value.toString());
+        const bool isNew = std::find(mFolders.begin(), mFolders.end(), folder) == mFolders.end();
+        if (!folder.empty() && isNew && mFolders.size() < kLimit) mFolders.push_back(std::move(folder));
+    }
+}
+
+void RecentProductions::Write() const {
+    if (!mMayWrite) return Log(LogLevel::Warning, "The list of recent productions is not saved: " + mNotice);
+    QJsonArray productions;
+    for (const std::string& folder : mFolders) productions.append(ToURI(folder));
+    try {
+        WriteJsonFile(mPath, {{kProductions, productions}, {kOpenAtStart, mOpenAtStart}});
+    } catch (const std::exception& exception) {
+        Log(LogLevel::Warning, std::string("The list of recent productions is not saved: ") + exception.what());
+    }
+}
+
+void RecentProductions::Add(const std::string& folder) {
+    Read();  // Another window may have added to it.
+    std::erase(mFolders, folder);
+    mFolders.insert(mFolders.begin(), folder);
+    if (mFolders.size() > kLimit) mFolders.resize(kLimit);
+    mOpenAtStart = true;
+    Write();
+}
+
+void RecentProductions::Remove(const std::string& folder) {
+    Read();
+    if (std::erase(mFolders, folder) > 0) Write();
+}
+
+void RecentProductions::ForgetFolderToOpen() {
+    Read();
+    mOpenAtStart = false;
+    Write();
+}
+
+}  // namespace desk
