@@ -46,7 +46,6 @@ private:
     void Insert(Time due, Delayed delayed);
     bool RunQueue();
     bool RunDue();
-    void RunDelayed(Time due, Delayed delayed);
 
     mutable std::mutex mMutex;
     std::condition_variable mPosted;

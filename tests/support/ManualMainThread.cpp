@@ -1,0 +1,138 @@
+#include "tests/support/ManualMainThread.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <algorithm>
+#include <utility>
+
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+
+/// Longer than any test's work takes; a worker that hangs fails the test instead of stopping the program.
+constexpr milliseconds kWorkerLimit = std::chrono::seconds(60);
+
+void HandleQtEvents() {
+    if (!QCoreApplication::instance()) return;
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+}  // namespace
+
+ManualMainThread::ManualMainThread() : mBefore(std::exchange(desk::GetServices().mMainThread, this)) {}
+
+ManualMainThread::~ManualMainThread() {
+    desk::GetServices().mMainThread = mBefore;
+}
+
+void ManualMainThread::RunUntilIdle() {
+    ASSERT_EQ(std::this_thread::get_id(), mThread);
+    desk::WorkerPool* const pool = desk::GetServices().mWorkerPool;
+    // Handling events may post new ones; only rounds without any effect count as idle.
+    for (int quietRounds = 0; quietRounds < 3; ++quietRounds) {
+        const bool wasBusy = pool && pool->IsBusy();
+        if (pool && !pool->WaitUntilIdle(kWorkerLimit)) {
+            ADD_FAILURE() << "The workers did not come to rest";
+            return;
+        }
+        const bool hasRun = RunQueue() | RunDue();
+        HandleQtEvents();
+        if (wasBusy || hasRun) quietRounds = -1;
+    }
+}
+
+void ManualMainThread::Advance(milliseconds time) {
+    RunUntilIdle();
+    const Time end = Now() + time;
+    for (;;) {
+        {
+            const std::lock_guard lock(mMutex);
+            mNow = mDelayed.empty() ? end : std::min(end, std::max(mNow, mDelayed.begin()->first));
+        }
+        RunUntilIdle();
+        if (Now() >= end) return;
+    }
+}
+
+bool ManualMainThread::RunUntil(const std::function<bool()>& isDone, milliseconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    for (;;) {
+        RunUntilIdle();
+        if (isDone()) return true;
+        if (std::chrono::steady_clock::now() >= end) return false;
+        std::unique_lock lock(mMutex);
+        mPosted.wait_for(lock, milliseconds(5), [&] { return !mQueue.empty(); });
+    }
+}
+
+std::size_t ManualMainThread::CountDelayed() const {
+    const std::lock_guard lock(mMutex);
+    return mDelayed.size();
+}
+
+void ManualMainThread::Post(Task task) {
+    {
+        const std::lock_guard lock(mMutex);
+        mQueue.push_back(std::move(task));
+    }
+    mPosted.notify_one();
+}
+
+void ManualMainThread::PostDelayed(Task task, milliseconds delay) {
+    Insert(Now() + delay, {std::move(task)});
+}
+
+desk::MainThread::TimerID ManualMainThread::StartTimer(milliseconds interval, Task task) {
+    interval = std::max(interval, milliseconds(1));
+    Insert(Now() + interval, {std::move(task), ++mLastTimer, interval});
+    return mLastTimer;
+}
+
+void ManualMainThread::StopTimer(TimerID timer) {
+    const std::lock_guard lock(mMutex);
+    std::erase_if(mDelayed, [timer](const auto& entry) { return timer && entry.second.mTimer == timer; });
+}
+
+std::chrono::steady_clock::time_point ManualMainThread::Now() const {
+    const std::lock_guard lock(mMutex);
+    return mNow;
+}
+
+void ManualMainThread::Insert(Time due, Delayed delayed) {
+    const std::lock_guard lock(mMutex);
+    mDelayed.emplace(due, std::move(delayed));
+}
+
+bool ManualMainThread::RunQueue() {
+    for (bool hasRun = false;; hasRun = true) {
+        Task task;
+        {
+            const std::lock_guard lock(mMutex);
+            if (mQueue.empty()) return hasRun;
+            task = std::move(mQueue.front());
+            mQueue.pop_front();
+        }
+        desk::RunTask(task, "main thread: task");
+    }
+}
+
+bool ManualMainThread::RunDue() {
+    Task task;
+    {
+        const std::lock_guard lock(mMutex);
+        if (mDelayed.empty() || mDelayed.begin()->first > mNow) return false;
+        const auto entry = mDelayed.extract(mDelayed.begin());
+        Delayed& delayed = entry.mapped();
+        task = delayed.mTask;
+        // The timer's next time, before its task can stop it.
+        if (delayed.mTimer) mDelayed.emplace(entry.key() + delayed.mInterval, std::move(delayed));
+    }
+    desk::RunTask(task, "main thread: delayed task");
+    return true;
+}
