@@ -1,0 +1,42 @@
+#include "desk/files/KnownFacts.h"
+
+#include <string_view>
+
+#include "desk/core/Services.h"
+#include "desk/files/FolderStore.h"
+#include "host/files/PathUtils.h"
+
+namespace desk {
+
+namespace {
+
+std::u16string_view FolderOf(std::u16string_view path) {
+    std::size_t slash = path.rfind(u'/');
+    if (slash == std::u16string_view::npos) return {};
+    return path.substr(0, slash == 0 ? 1 : slash);
+}
+
+/// `find` looks a normalised path up in the store.
+template <class Find>
+KnownItem FindInStore(const host::UTF16String& path, Find find) {
+    FolderStore* store = GetServices().mFolderStore;
+    if (!store || path.empty()) return {};
+    if (const ItemFacts* facts = find(*store, path)) return {.mFacts = facts};
+    host::UTF16String normalized = host::PathUtils::ToNormalizedPath(path);
+    if (normalized != path) {
+        if (const ItemFacts* facts = find(*store, normalized)) return {.mFacts = facts};
+    }
+    return {.mIsAbsent = normalized != u"/" && store->IsListed(FolderOf(normalized))};
+}
+
+}  // namespace
+
+KnownItem FindKnownItem(const host::UTF16String& path) {
+    return FindInStore(path, [](const FolderStore& store, std::u16string_view item) { return store.Find(item); });
+}
+
+KnownItem FindKnownItemAndRequest(const host::UTF16String& path) {
+    return FindInStore(path, [](FolderStore& store, std::u16string_view item) { return store.FindAndRequest(item); });
+}
+
+}  // namespace desk

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+namespace desk {
+
+struct ItemFacts;
+
+/// What the folder store says of a path.
+struct KnownItem {
+    /// Null when the store does not know the item. Valid until the store's next change.
+    const ItemFacts* mFacts = nullptr;
+    /// The item's folder is listed and does not hold it. With neither, only the disk can tell.
+    bool mIsAbsent = false;
+};
+
+/// Looks `path` up in the folder store, in any spelling; a normalised path of an item that is there costs no
+/// allocation. Knows nothing while the process has no store. UI thread.
+KnownItem FindKnownItem(const host::UTF16String& path);
+
+/// The same; facts that are missing are asked for in the background.
+KnownItem FindKnownItemAndRequest(const host::UTF16String& path);
+
+}  // namespace desk
