@@ -1,0 +1,208 @@
+#include "desk/project/NaturalOrder.h"
+
+#include <QLocale>
+#include <QStringView>
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace desk {
+
+namespace {
+
+constexpr char16_t kFirstPrintable = u' ';
+constexpr char16_t kLastPrintable = u'~';
+
+/// The collator takes runs of more digits for several numbers (ICU's limit).
+constexpr std::size_t kCollatorDigits = 254;
+
+bool IsAsciiDigit(char16_t unit) {
+    return unit >= u'0' && unit <= u'9';
+}
+
+QStringView ToView(std::u16string_view text) {
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+QCollator MakeCollator(const QLocale& locale, Qt::CaseSensitivity caseSensitivity) {
+    // For the C locale QCollator compares units, without numbers; English has the order of no language.
+    QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
+    collator.setNumericMode(true);
+    collator.setIgnorePunctuation(false);
+    collator.setCaseSensitivity(caseSensitivity);
+    return collator;
+}
+
+/// The run of digits from `at` on, without its leading zeros; `at` moves behind it.
+std::u16string_view TakeNumber(const char16_t*& at, const char16_t* end) {
+    while (at != end && *at == u'0') ++at;
+    const char16_t* begin = at;
+    while (at != end && IsAsciiDigit(*at)) ++at;
+    return {begin, static_cast<std::size_t>(at - begin)};
+}
+
+int Sign(int value) {
+    return (value > 0) - (value < 0);
+}
+
+/// Compares numbers without leading zeros.
+int CompareNumbers(std::u16string_view a, std::u16string_view b) {
+    if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
+    return Sign(a.compare(b));
+}
+
+/// Four units at a time: the high bit of a unit's lane is set, or some bit above 7, if one is no printable ASCII.
+constexpr std::uint64_t FindUnprintable(std::uint64_t units) {
+    constexpr std::uint64_t kOnes = 0x0001000100010001;
+    const std::uint64_t below = (units - kOnes * kFirstPrintable) & ~units & (kOnes * 0x8000);
+    const std::uint64_t above = (units | (units + kOnes)) & (kOnes * 0xFF80);
+    return below | above;
+}
+
+bool IsPrintableAscii(std::u16string_view text) {
+    constexpr std::size_t kUnits = sizeof(std::uint64_t) / sizeof(char16_t);
+    std::uint64_t found = 0;
+    std::uint64_t units;
+    for (; text.size() >= kUnits; text.remove_prefix(kUnits)) {
+        std::memcpy(&units, text.data(), sizeof units);
+        found |= FindUnprintable(units);
+    }
+    for (char16_t unit : text) found |= FindUnprintable(0x0020002000200000 | unit);
+    return found == 0;
+}
+
+bool HasDigitsBeyondCollator(std::u16string_view text) {
+    std::size_t run = 0;
+    for (char16_t unit : text) {
+        run = QChar::isDigit(unit) ? run + 1 : 0;
+        if (run > kCollatorDigits) return true;
+    }
+    return false;
+}
+
+/// Writes a number that is too long for the collator so that it orders such numbers by value behind all
+/// shorter ones: the largest number that it knows, the number of digits, and the digits in parts; U+FFFF,
+/// which ends each, collates behind everything. Parts begin with a 1 that keeps their zeros.
+void AppendLongNumber(std::u16string& out, std::u16string_view digits) {
+    constexpr std::size_t kPart = kCollatorDigits - 1;
+    constexpr char16_t kEnd = u'\uFFFF';
+    out.append(kCollatorDigits, u'9') += kEnd;
+    for (char digit : std::to_string(digits.size())) out += static_cast<char16_t>(digit);
+    for (; !digits.empty(); digits.remove_prefix(std::min(kPart, digits.size()))) {
+        out += kEnd;
+        out += u'1';
+        out += digits.substr(0, kPart);
+    }
+    out += kEnd;
+}
+
+/// `text` with its long numbers as the collator can order them; in `storage` where it has any.
+std::u16string_view PrepareForCollator(std::u16string_view text, std::u16string& storage) {
+    if (!HasDigitsBeyondCollator(text)) return text;
+    const char16_t* const end = text.data() + text.size();
+    for (const char16_t* at = text.data(); at != end;) {
+        if (!IsAsciiDigit(*at)) {
+            storage += *at++;
+            continue;
+        }
+        std::u16string_view digits = TakeNumber(at, end);
+        if (digits.size() > kCollatorDigits) {
+            AppendLongNumber(storage, digits);
+        } else {
+            (storage += u'0') += digits;  // a lone 0 is a number too
+        }
+    }
+    return storage;
+}
+
+}  // namespace
+
+NaturalOrder::NaturalOrder(const QLocale& locale) : mCollator(MakeCollator(locale, Qt::CaseSensitive)) {
+    DeriveTable();
+    mIsUsingTable = IsTableLikeCollator();
+}
+
+int NaturalOrder::Compare(std::u16string_view a, std::u16string_view b) const {
+    if (mIsUsingTable && IsPrintableAscii(a) && IsPrintableAscii(b)) return CompareByTable(a, b);
+    return CompareByCollator(a, b);
+}
+
+int NaturalOrder::CompareByCollator(std::u16string_view a, std::u16string_view b) const {
+    if (a == b) return 0;
+    int result = CompareEquivalents(a, b);
+    return result != 0 ? result : Sign(a.compare(b));
+}
+
+/// As the collator has it: zero also for strings that it takes for the same.
+int NaturalOrder::CompareEquivalents(std::u16string_view a, std::u16string_view b) const {
+    std::u16string storageA;
+    std::u16string storageB;
+    return Sign(mCollator.compare(ToView(PrepareForCollator(a, storageA)), ToView(PrepareForCollator(b, storageB))));
+}
+
+/// Of printable ASCII.
+int NaturalOrder::CompareByTable(std::u16string_view a, std::u16string_view b) const {
+    const char16_t* atA = a.data();
+    const char16_t* atB = b.data();
+    const char16_t* const endA = atA + a.size();
+    const char16_t* const endB = atB + b.size();
+    int caseResult = 0;
+    while (atA != endA && atB != endB) {
+        if (IsAsciiDigit(*atA) && IsAsciiDigit(*atB)) {
+            std::u16string_view numberA = TakeNumber(atA, endA);
+            std::u16string_view numberB = TakeNumber(atB, endB);
+            if (int result = CompareNumbers(numberA, numberB); result != 0) return result;
+            continue;
+        }
+        if (*atA != *atB) {
+            Weight weightA = mWeights[*atA];
+            Weight weightB = mWeights[*atB];
+            if (weightA.mLetter != weightB.mLetter) return weightA.mLetter < weightB.mLetter ? -1 : 1;
+            if (caseResult == 0) caseResult = weightA.mCase - weightB.mCase;
+        }
+        ++atA;
+        ++atB;
+    }
+    if (atA != endA || atB != endB) return atA == endA ? -1 : 1;
+    return caseResult != 0 ? Sign(caseResult) : Sign(a.compare(b));
+}
+
+void NaturalOrder::DeriveTable() {
+    QCollator ignoringCase = MakeCollator(mCollator.locale(), Qt::CaseInsensitive);
+    std::vector<char16_t> units;
+    for (char16_t unit = kFirstPrintable; unit <= kLastPrintable; ++unit) units.push_back(unit);
+    auto compare = [](const QCollator& collator, char16_t a, char16_t b) {
+        return collator.compare(QStringView(&a, 1), QStringView(&b, 1));
+    };
+    std::sort(units.begin(), units.end(), [&](char16_t a, char16_t b) { return compare(mCollator, a, b) < 0; });
+    std::stable_sort(units.begin(), units.end(),
+                     [&](char16_t a, char16_t b) { return compare(ignoringCase, a, b) < 0; });
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        bool isNewLetter = i == 0 || compare(ignoringCase, units[i - 1], units[i]) != 0;
+        Weight before = i == 0 ? Weight() : mWeights[units[i - 1]];
+        Weight& weight = mWeights[units[i]];
+        weight.mLetter = static_cast<std::uint8_t>(before.mLetter + (isNewLetter ? 1 : 0));
+        weight.mCase = static_cast<std::uint8_t>(isNewLetter ? 0 : before.mCase + 1);
+    }
+}
+
+/// Sorts all pairs of characters by the table and asks the collator whether each stands before the next.
+/// Letters only in lower case, and alone in upper case: what two letters make together does not depend on it.
+bool NaturalOrder::IsTableLikeCollator() const {
+    std::vector<std::u16string> strings;
+    for (char16_t first = kFirstPrintable; first <= kLastPrintable; ++first) {
+        strings.emplace_back(1, first);
+        if (first >= u'A' && first <= u'Z') continue;
+        for (char16_t second = kFirstPrintable; second <= kLastPrintable; ++second) {
+            if (second < u'A' || second > u'Z') strings.push_back({first, second});
+        }
+    }
+    std::sort(strings.begin(), strings.end(),
+              [this](const std::u16string& a, const std::u16string& b) { return CompareByTable(a, b) < 0; });
+    return std::adjacent_find(strings.begin(), strings.end(), [this](const auto& a, const auto& b) {
+               return CompareByCollator(a, b) >= 0;
+           }) == strings.end();
+}
+
+}  // namespace desk
