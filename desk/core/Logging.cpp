@@ -46,6 +46,14 @@ std::int64_t NowNanoseconds() {
     return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+void LogUnknownException(std::string_view context) noexcept {
+    try {
+        desk::Log(desk::LogLevel::Error, "An exception of an unknown kind (caught in " + std::string(context) + ")");
+    } catch (...) {
+        desk::Log(desk::LogLevel::Error, "An exception of an unknown kind");
+    }
+}
+
 }  // namespace
 
 void LogException(const std::exception& exception, std::string_view context) noexcept {
@@ -64,8 +72,7 @@ void LogCurrentException(std::string_view context) noexcept {
     } catch (const std::exception& exception) {
         LogException(exception, context);
     } catch (...) {
-        desk::Log(desk::LogLevel::Error, "An exception of an unknown kind was caught in:");
-        desk::Log(desk::LogLevel::Error, context);
+        LogUnknownException(context);
     }
 }
 

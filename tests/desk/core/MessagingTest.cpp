@@ -1,0 +1,131 @@
+#include "host/core/Messaging.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "tests/support/LogExpectation.h"
+#include "tests/support/ManualMainThread.h"
+
+namespace {
+
+using namespace host;
+
+const StationID kStation{"test.station"};
+const StationID kOther{"test.other"};
+
+struct NameMessage : MessageTemplate<NameMessage> {
+    explicit NameMessage(std::string name) : mName(std::move(name)) {}
+    std::string mName;
+};
+struct OtherMessage : MessageTemplate<OtherMessage> {};
+
+struct Recorder : Listener {
+    explicit Recorder(std::string* heard, std::string name = {}) : mHeard(heard), mName(std::move(name)) {
+        AddListener(kStation, this);
+    }
+    ~Recorder() override {
+        RemoveListener(kStation, this);
+        RemoveListener(kOther, this);
+    }
+    void ListenToMessage(const Message& message) override {
+        const auto* name = MessageCast<NameMessage>(message);
+        *mHeard += mName + (name ? name->mName : "?") + " ";
+        if (mThen) mThen();
+    }
+    std::string* mHeard;
+    std::string mName;
+    std::function<void()> mThen;
+};
+
+}  // namespace
+
+TEST(MessagingTest, TypeIDsAreTheNamesHashes) {
+    // Published test vectors of 64-bit FNV-1a.
+    EXPECT_EQ(HashMessageTypeNameToMessageID(""), 0xCBF29CE484222325u);
+    EXPECT_EQ(HashMessageTypeNameToMessageID("a"), 0xAF63DC4C8601EC8Cu);
+    EXPECT_EQ(HashMessageTypeNameToMessageID("foobar"), 0x85944171F73967E8u);
+    EXPECT_FALSE(MessageCast<OtherMessage>(static_cast<const Message&>(NameMessage("x"))));
+}
+
+TEST(MessagingTest, ListenersMayComeAndGoDuringAnAnnouncement) {
+    std::string heard;
+    Recorder first(&heard, "1");
+    auto second = std::make_unique<Recorder>(&heard, "2");
+    Recorder third(&heard, "3");
+    std::unique_ptr<Recorder> late;
+    first.mThen = [&] {
+        second.reset();
+        RemoveListener(kStation, &first);
+        if (!late) late = std::make_unique<Recorder>(&heard, "late");
+    };
+    AddListener(kStation, &third);
+    BroadcastMessage(kStation, NameMessage("a"));
+    EXPECT_EQ(heard, "1a 3a ");
+    heard.clear();
+    BroadcastMessage(kStation, NameMessage("b"));
+    EXPECT_EQ(heard, "3b lateb ");
+}
+
+TEST(MessagingTest, RemovalInANestedAnnouncementHoldsForTheOuterOne) {
+    std::string heard;
+    Recorder first(&heard, "1");
+    auto second = std::make_unique<Recorder>(&heard, "2");
+    bool isNested = false;
+    first.mThen = [&] {
+        if (!std::exchange(isNested, true))
+            BroadcastMessage(kStation, NameMessage("inner"));
+        else
+            second.reset();
+    };
+    BroadcastMessage(kStation, NameMessage("outer"));
+    EXPECT_EQ(heard, "1outer 1inner ");
+}
+
+TEST(MessagingTest, AnExceptionStaysWithItsListener) {
+    const ExpectLogged log("station test.station");
+    std::string heard;
+    Recorder first(&heard);
+    Recorder second(&heard);
+    first.mThen = [] { throw std::runtime_error("no"); };
+    BroadcastMessage(kStation, NameMessage("a"));
+    EXPECT_EQ(heard, "a a ");
+}
+
+TEST(MessagingTest, PostingOnceReplacesWhatWaitsForThatStation) {
+    std::string heard;
+    Recorder recorder(&heard);
+    AddListener(kOther, &recorder);
+    const auto post = [](const StationID& station, const char* name, bool once) {
+        PostMessageToUIThread(station, std::make_shared<NameMessage>(name), once);
+    };
+    {
+        ManualMainThread main;
+        post(kStation, "a", true);
+        post(kStation, "each", false);
+        post(kOther, "other", true);
+        PostMessageToUIThread(kStation, std::make_shared<OtherMessage>(), true);
+        post(kStation, "b", true);
+        post(kStation, "each", false);
+        EXPECT_EQ(heard, "");
+        main.RunUntilIdle();
+        EXPECT_EQ(heard, "b each other ? each ");
+
+        heard.clear();
+        recorder.mThen = [&] {
+            recorder.mThen = nullptr;
+            post(kStation, "d", true);
+        };
+        post(kStation, "c", true);
+        main.RunUntilIdle();
+        EXPECT_EQ(heard, "c d ");
+        post(kStation, "dropped with its main thread", true);
+    }
+    heard.clear();
+    ManualMainThread main;
+    post(kStation, "e", true);
+    main.RunUntilIdle();
+    EXPECT_EQ(heard, "e ");
+}
