@@ -62,6 +62,7 @@ TEST(WorkerPoolTest, SurvivesExceptionsAndDropsWaitingWorkAtTheEnd) {
     const ExpectLogged log("boiled over");
     std::atomic<int> runs = 0;
     std::promise<void> started;
+    std::promise<void> gate;
     const auto held = std::make_shared<int>(1);
     {
         desk::WorkerPool pool(1);
@@ -69,7 +70,6 @@ TEST(WorkerPoolTest, SurvivesExceptionsAndDropsWaitingWorkAtTheEnd) {
         pool.Submit([held] {});
         EXPECT_TRUE(pool.WaitUntilIdle(20s));
         EXPECT_EQ(held.use_count(), 1) << "what a task holds is gone when the pool is idle";
-        std::promise<void> gate;
         pool.Submit([&] {
             started.set_value();
             gate.get_future().wait();
