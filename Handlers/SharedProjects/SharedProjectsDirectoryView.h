@@ -1,0 +1,133 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
+#include "host/core/MainThread.h"
+#include "host/mediabrowser/MediaBrowserDirectoryView.h"
+
+namespace HandlerSharedProjects {
+
+class SharedProjectsTabView;
+
+/// The selection of the directory view has changed. Announced on the view's station.
+class DirectoryViewSelectionChangedMessage : public MessageTemplate<DirectoryViewSelectionChangedMessage> {};
+
+/// The tree of the production's folders and projects. The production's folder itself is no row: its items are
+/// the top-level rows. UI thread.
+class SharedProjectsDirectoryView final : public MediaBrowserDirectoryView {
+public:
+    /// `rootPath` is the production's folder, empty when none is open. Only a weak reference to `tabView` is
+    /// kept.
+    SharedProjectsDirectoryView(ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager,
+                                const UTF16String& rootPath, const std::shared_ptr<SharedProjectsTabView>& tabView);
+    ~SharedProjectsDirectoryView() override;
+
+    Columns::HeaderRowRef GetHeaderRow() const { return mHeaderRow; }
+    void SetRowHeight(float height);
+
+    /// True for a project's row, false for a folder's.
+    bool IsFileRow(const RowRef& row) const;
+    /// The row of a path in any spelling; empty when there is none. Walks all rows.
+    RowRef GetRowFromPath(const UTF16String& path) const;
+    /// The number of rows that show, scrolled into view or not.
+    std::size_t GetOpenedRowsCount() const;
+
+    /// Brings a row's cells and facts up to date: at once for a row whose ancestors are all open (`exposed`),
+    /// otherwise the facts when it comes to be exposed.
+    void UpdateRow(const RowRef& row);
+    void UpdateRow(const RowRef& row, bool exposed);
+    /// Brings all opened rows up to date.
+    void UpdateOpenRows();
+    /// Reads the facts of a project's row anew, with `onlyIfStale` only where that is owed; see `UpdateRow`.
+    void UpdateMetadataForRow(const RowRef& row, bool onlyIfStale);
+    void UpdateMetadataForRow(const RowRef& row, bool onlyIfStale, bool exposed);
+
+    /// Asks for the content of the production's folder.
+    void RequestRootContent();
+    void RefreshDirectoryContent(const RowRef& row) override;
+    /// While paused, changed folders are remembered; they are read when the pause ends.
+    void SetPauseUpdates(bool pause);
+    void OnDirectoryChanged(const UTF16String& path) override;
+    void UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath, const DirectoryContent& content,
+                               const ContentDelivery& delivery) override;
+    void ListenToMessage(const Message& message) override;
+
+    /// Selects all opened rows but the trash folder and what is in it.
+    void SelectAll();
+    void DeselectAll();
+    void MoveHome();
+    void MoveEnd();
+    void MovePageUp();
+    void MovePageDown();
+
+protected:
+    void AddRowToMaps(const RowRef& row, const DirectoryRowData& data) override;
+    void RemoveRowFromMaps(const RowRef& row) override;
+    bool CanRowHaveChildren(const RowRef& row) const override;
+    bool CanOpenRow(const RowRef& row) const override;
+    bool RowIsVolume(const RowRef& row) const override;
+    bool RowIsVolumeContainer(const RowRef& row) const override;
+    void OnRowDoubleClicked(const RowRef& row, Point point) override;
+    void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell) override;
+    void OnRowSelectionChanged(const RowVec& rows) override;
+    void OnRowOpenStateChanged(const RowRef& row, bool open) override;
+    void ResizeColumns() override;
+
+private:
+    struct MetadataRequest {
+        Columns::FileMetadata mMetadata;
+        /// A refresh was asked for while the row was hidden under a closed folder.
+        bool mIsStale = false;
+    };
+    /// By the rows' identity.
+    using MetadataMap = std::map<RowRef, MetadataRequest>;
+
+    static bool IsRowExposed(const RowRef& row);
+
+    void SetupTree();
+    void SetupHeaderRow();
+    void MonitorRoot(const UTF16String& rootPath);
+    void ShowRoot(const UTF16String& rootPath);
+    void SetEmptyText(std::string_view key);
+
+    MetadataRequest* FindMetadata(const RowRef& row);
+    const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
+    void UpdateMetadata(MetadataRequest& request, const RowRef& row);
+    void UpdateMetadataForOpenSubtree(const RowRef& row);
+    void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths, const ContentDelivery& delivery);
+    void AddNameCellView(const RowRef& row);
+    RowRef FindRowOfPath(const UTF16String& path) const;
+    void SelectDeferredRenameRow(const ContentDelivery& delivery);
+    void ExecutePendingDirectoryChanges();
+
+    bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
+    void OnSortChanged(ColumnID column, bool ascending);
+    void OnColumnMoved(unsigned from, unsigned to);
+    void OnColumnResized(unsigned column, float width);
+    void OnRowVisibilityChanged(const RowRef& row);
+    UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
+    UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
+
+    void OnZuProductionOpened(const UTF16String& path);
+    void OnZuProductionClosed(const UTF16String& path);
+    void OnProjectOpened(const ProjectRef& project);
+    void OnProjectClosed(const ProjectRef& project);
+    void OnReadOnlyStateChanged(const ProjectRef& project);
+    void UpdateRowOfProject(const ProjectRef& project);
+
+    std::weak_ptr<SharedProjectsTabView> mTabView;
+    Columns::HeaderRowRef mHeaderRow;
+    MetadataMap mRowToMetadata;
+    std::set<UTF16String> mPendingDirectoryChanges;
+    RefPtr<QueueOnlyOnce> mQueuedSort;
+    bool mPauseUpdates = false;
+    /// The folder that the change monitor watches for this view; empty when none.
+    UTF16String mMonitoredRoot;
+    /// Lives as long as the view may be called back.
+    std::shared_ptr<const void> mLifetime = std::make_shared<char>();
+};
+
+}  // namespace HandlerSharedProjects

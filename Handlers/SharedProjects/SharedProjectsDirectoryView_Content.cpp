@@ -1,0 +1,137 @@
+// What the volume says: deliveries of folder contents and reports of changes.
+#include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProjectFiles.h"
+
+namespace HandlerSharedProjects {
+
+namespace {
+
+bool IsShown(const UTF16String& path) { return IsVantorProjectFile(path) || PathUtils::IsDirectory(path); }
+
+/// The items of a delivery that get rows. Those that do not are added to what a change has removed: a folder
+/// whose name now stands for some other file has no row any more.
+std::set<UTF16String> FilterContent(const DirectoryContent& content, ContentDelivery& delivery) {
+    std::set<UTF16String> paths;
+    for (const PropertyMap& item : content) {
+        const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
+        if (!path) continue;
+        if (IsShown(*path))
+            paths.insert(paths.end(), *path);
+        else if (delivery.mExtent == ContentDelivery::Extent::Change)
+            delivery.mRemovedPaths.push_back(*path);
+    }
+    return paths;
+}
+
+}  // namespace
+
+void SharedProjectsDirectoryView::RequestRootContent() {
+    const UTF16String root = SharedProjectsHandler::GetRootDirectory();
+    if (root.empty() || !PathUtils::ExistsOnDisk(root, true)) return;
+    RequestDirectoryContent(root, {}, {});
+}
+
+void SharedProjectsDirectoryView::RefreshDirectoryContent(const RowRef& row) {
+    if (row)
+        MediaBrowserDirectoryView::RefreshDirectoryContent(row);
+    else
+        RequestRootContent();
+}
+
+void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath,
+                                                        const DirectoryContent& content,
+                                                        const ContentDelivery& delivery) {
+    if (!PathUtils::ExistsOnDisk(directoryPath, true)) return;
+    ContentDelivery rowDelivery = delivery;
+    const std::set<UTF16String> paths = FilterContent(content, rowDelivery);
+    InsertDirectoryContent(row, paths, rowDelivery, SharedProjectsHandler::GetRootDirectory());
+    if (row && paths.empty() && !row->HasChild()) GetTree()->SetRowHasCustomChild(row.get(), true);
+    UpdateChildRows(row, paths, delivery);
+    // New rows count, and can be selected, from here on.
+    GetTree()->LayoutAfterAppendRow(row.get());
+    if (!row && delivery.mExtent != ContentDelivery::Extent::Part)
+        SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/ProductionIsEmpty=This production is empty");
+    const auto tabView = mTabView.lock();
+    if (!tabView || !tabView->IsCreated()) return;
+    tabView->OnTreeChanged();
+    tabView->OnItemsDelivered(paths, rowDelivery.mRemovedPaths);
+    SelectDeferredRenameRow(delivery);
+}
+
+void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
+                                                  const ContentDelivery& delivery) {
+    const bool exposed = !row || (row->IsOpen() && IsRowExposed(row));
+    if (delivery.mExtent == ContentDelivery::Extent::Whole) {
+        for (const RowRef& child : GetTree()->GetChildRowsOf(row.get())) UpdateRow(child, exposed);
+        return;
+    }
+    // The delivery says nothing of the other rows, and there may be ten thousand of them.
+    for (const UTF16String& path : paths)
+        if (const RowRef child = FindChildRow(row.get(), PathUtils::GetFullFilePart(path)))
+            UpdateRow(child, exposed);
+}
+
+RowRef SharedProjectsDirectoryView::FindRowOfPath(const UTF16String& path) const {
+    for (const RowRef& row : GetAllRows())
+        if (GetRowPath(row.get()) == path) return row;
+    return {};
+}
+
+void SharedProjectsDirectoryView::SelectDeferredRenameRow(const ContentDelivery& delivery) {
+    const auto tabView = mTabView.lock();
+    const UTF16String path = tabView->GetDeferredRenameRowPath();
+    if (path.empty()) return;
+    const RowRef row = FindRowOfPath(path);
+    if (row) GetTree()->SelectRow(row.get(), true, true, true);
+    // A delivery that does not tell all of a folder says nothing of an item that it does not name.
+    if (row || delivery.mExtent == ContentDelivery::Extent::Whole) tabView->SetDeferredRenameRowPath({});
+}
+
+void SharedProjectsDirectoryView::OnRowOpenStateChanged(const RowRef& row, bool open) {
+    MediaBrowserDirectoryView::OnRowOpenStateChanged(row, open);
+    if (open) UpdateMetadataForOpenSubtree(row);
+    if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
+}
+
+void SharedProjectsDirectoryView::UpdateMetadataForOpenSubtree(const RowRef& row) {
+    for (const RowRef& child : row->GetChildRows()) {
+        if (!child->HasChild())
+            UpdateMetadataForRow(child, true);
+        else if (child->IsOpen())
+            UpdateMetadataForOpenSubtree(child);
+    }
+}
+
+void SharedProjectsDirectoryView::OnDirectoryChanged(const UTF16String& path) {
+    if (mPauseUpdates)
+        mPendingDirectoryChanges.insert(path);
+    else
+        MediaBrowserDirectoryView::OnDirectoryChanged(path);
+}
+
+void SharedProjectsDirectoryView::SetPauseUpdates(bool pause) {
+    if (pause == mPauseUpdates) return;
+    mPauseUpdates = pause;
+    if (!pause) ExecutePendingDirectoryChanges();
+}
+
+void SharedProjectsDirectoryView::ExecutePendingDirectoryChanges() {
+    // What is queued again while replaying goes into the set anew, and stays there.
+    const std::set<UTF16String> changes = std::exchange(mPendingDirectoryChanges, {});
+    for (const UTF16String& path : changes) OnDirectoryChanged(path);
+}
+
+void SharedProjectsDirectoryView::UpdateOpenRows() {
+    for (const RowRef& row : GetTree()->GetOpenedRows()) UpdateRow(row, true);
+}
+
+void SharedProjectsDirectoryView::OnRowVisibilityChanged(const RowRef& row) {
+    if (!GetTree()->IsRowVisible(row.get())) return;
+    UpdateMetadataForRow(row, false);
+    AddNameCellView(row);
+}
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <boost/bimap.hpp>
+#include <boost/bimap/unordered_set_of.hpp>
+#include <map>
+#include <memory>
+#include <set>
+#include <vector>
+
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
+#include "host/core/MainThread.h"
+#include "host/core/Messaging.h"
+#include "host/files/FileSearch.h"
+#include "host/mediabrowser/MediaBrowserMultiColumnTree.h"
+#include "host/project/OpenProjects.h"
+
+namespace HandlerSharedProjects {
+
+class SharedProjectsTabView;
+
+/// The tree of the projects and folders whose names contain the search text, each under the folders that lead
+/// to it. UI thread.
+class SharedProjectsSearchResultsView final : public UI_SubView, public Listener {
+public:
+    /// Only a weak reference to `tabView` is kept.
+    explicit SharedProjectsSearchResultsView(const std::shared_ptr<SharedProjectsTabView>& tabView);
+    ~SharedProjectsSearchResultsView() override;
+
+    /// Searches the production for `text`, in the background; what was found before stays until `Populate`.
+    /// An empty text empties the view at once. A newer call drops an older one.
+    void Find(const UTF16String& text);
+    /// Shows the rows of the found paths, and no others, with their folders open.
+    void Populate(const UTF16StringVec& paths);
+    /// Follows what the volume tells while results show: hits come and go, their rows stay current.
+    void UpdateFromDelivery(const std::set<UTF16String>& paths, const UTF16StringVec& removedPaths);
+
+    UI_MultiColumnTree* GetTree() const { return mTree.get(); }
+    Columns::HeaderRowRef GetHeaderRow() const { return mHeaderRow; }
+    void SetRowHeight(float height);
+    /// True when the user has moved, resized or sorted columns of this view.
+    bool IsHeaderChanged() const { return mIsHeaderChanged; }
+
+    /// True for a project's row, false for a folder's.
+    bool IsFileRow(const RowRef& row) const;
+    /// Empty for a row that is not in the view. On-the-way folders have a separator at the end.
+    UTF16String GetRowPath(const RowRef& row) const;
+    /// The row of a path in any spelling; empty when there is none.
+    RowRef GetRowFromPath(const UTF16String& path) const;
+    std::size_t GetOpenedRowsCount() const;
+
+    /// The paths of the selected rows in the order in which they were selected: of all, or of projects only.
+    UTF16StringVec GetSelectedPaths(bool includeAll) const;
+    std::size_t CountSelectedRows() const;
+    void SelectAllProjects();
+    void DeselectAll();
+    void ToggleRow(const RowRef& row);
+    void MoveHome();
+    void MoveEnd();
+    void MovePageUp();
+    void MovePageDown();
+
+    void UpdateRow(const RowRef& row);
+    void UpdateOpenRows();
+    /// Reads the facts of a project's row anew while it is visible.
+    void UpdateMetadataForRow(const RowRef& row);
+    void ListenToMessage(const Message& message) override;
+
+protected:
+    void UI_SizeChanged(const RectT<float>& localBounds) override;
+
+private:
+    /// Unique on both sides.
+    using RowPathMap = boost::bimap<boost::bimaps::set_of<RowRef>, boost::bimaps::unordered_set_of<UTF16String>>;
+    class NewRows;
+
+    void SetupTree();
+    void SetupHeaderRow();
+    void ClearResults();
+    void BeginSearch(const UTF16String& root);
+    void EndSearch();
+    void OnFound(const UTF16StringVec& paths);
+    void RemoveAllRows();
+    void AddHits(const UTF16StringVec& paths);
+    void AddHit(const UTF16String& root, const UTF16String& path, NewRows& newRows);
+    RowRef AddRow(const RowRef& parent, const UTF16String& key, NewRows& newRows);
+    RowRef FindRow(const UTF16String& normalizedPath) const;
+    void RemoveHits(const UTF16StringVec& paths);
+    void ForgetRow(const RowRef& row);
+    void AddNameCellView(const RowRef& row);
+
+    bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
+    void OnSortChanged(ColumnID column, bool ascending);
+    void OnColumnMoved(unsigned from, unsigned to);
+    void OnColumnResized(unsigned column, float width);
+    void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell);
+    UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
+    UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
+    void OnRowDoubleClicked(const RowRef& row, Point point);
+    void OnOpenStateChanged(const RowRef& row, bool open);
+    void OnRowSelectionChanged(const RowVec& rows);
+    void OnRowVisibilityChanged(const RowRef& row);
+    void OnProjectOpened(const ProjectRef& project);
+    void OnProjectClosed(const ProjectRef& project);
+    void UpdateRowOfProject(const ProjectRef& project);
+
+    std::weak_ptr<SharedProjectsTabView> mTabView;
+    RefPtr<MediaBrowserMultiColumnTree> mTree;
+    Columns::HeaderRowRef mHeaderRow;
+    RowPathMap mRowToPath;
+    std::map<RowRef, Columns::FileMetadata> mRowToMetadata;
+    RefPtr<QueueOnlyOnce> mQueuedSort;
+    std::unique_ptr<FileSearch::Request> mRequest;
+    UTF16String mText;
+    bool mIsSearching = false;
+    bool mIsHeaderChanged = false;
+    /// Lives as long as the view may be called back.
+    std::shared_ptr<const void> mLifetime = std::make_shared<char>();
+};
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,181 @@
+// From a search text to rows.
+#include <algorithm>
+
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "Handlers/SharedProjects/SharedProjectsSearchResultsView.h"
+#include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProjectFiles.h"
+
+namespace HandlerSharedProjects {
+
+namespace {
+
+/// True when the displayed name of `path` contains `text`, ASCII letter case ignored. Any thread.
+bool IsMatch(const UTF16String& path, const UTF16String& text) {
+    const UTF16String name = Columns::GetPathDisplayName(path);
+    const auto isEqual = [](char16_t a, char16_t b) { return Utils::FoldASCII(a) == Utils::FoldASCII(b); };
+    return std::search(name.begin(), name.end(), text.begin(), text.end(), isEqual) != name.end();
+}
+
+}  // namespace
+
+/// The rows that were made in one go, so that each parent's are laid out in one step.
+class SharedProjectsSearchResultsView::NewRows {
+public:
+    /// To be called before a row is made under `parent` (empty for a top-level row).
+    void Note(const RowRef& parent) {
+        if (!mSeenParents.insert(parent).second) return;
+        mParents.push_back(parent);
+        if (parent && !parent->HasChild()) mFoldersToOpen.push_back(parent);
+    }
+
+    /// Shows the rows, with the folders open that had none before.
+    void LayOut(UI_MultiColumnTree& tree) const {
+        // A parent was noted before its children could be.
+        for (const RowRef& parent : mParents) tree.LayoutAfterAppendRow(parent.get());
+        for (const RowRef& folder : mFoldersToOpen) tree.OpenRow(folder.get());
+    }
+
+    /// The folder of the last hit and its row: hits come sorted, so the next one mostly shares it.
+    UTF16String mLastFolder;
+    RowRef mLastFolderRow;
+
+private:
+    std::vector<RowRef> mParents;
+    std::set<RowRef> mSeenParents;
+    std::vector<RowRef> mFoldersToOpen;
+};
+
+void SharedProjectsSearchResultsView::Find(const UTF16String& text) {
+    mText = text;
+    mRequest.reset();
+    mTree->SetEmptyText({});
+    const UTF16String root = SharedProjectsHandler::GetRootDirectory();
+    if (text.empty() || root.empty())
+        ClearResults();
+    else
+        BeginSearch(root);
+}
+
+void SharedProjectsSearchResultsView::ClearResults() {
+    EndSearch();
+    RemoveAllRows();
+}
+
+void SharedProjectsSearchResultsView::BeginSearch(const UTF16String& root) {
+    if (!mIsSearching) mTree->BeginBusy();
+    mIsSearching = true;
+    FileSearch::Parameters parameters;
+    parameters.mExtensions = {GetProjectFileExtension()};
+    parameters.mFilter = [text = mText](const UTF16String& path) { return IsMatch(path, text); };
+    mRequest = FileSearch::FindFilesOrDirectories(root, std::move(parameters),
+                                                  [this](const UTF16StringVec& paths) { OnFound(paths); });
+}
+
+void SharedProjectsSearchResultsView::EndSearch() {
+    if (mIsSearching) mTree->EndBusy();
+    mIsSearching = false;
+}
+
+void SharedProjectsSearchResultsView::OnFound(const UTF16StringVec& paths) {
+    EndSearch();
+    Populate(paths);
+    mTree->SetEmptyText(
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResults=No project or folder matches “@0”", {mText}));
+    if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
+}
+
+void SharedProjectsSearchResultsView::Populate(const UTF16StringVec& paths) {
+    RemoveAllRows();
+    AddHits(paths);
+}
+
+void SharedProjectsSearchResultsView::RemoveAllRows() {
+    mTree->RemoveAllRows();
+    mRowToPath.clear();
+    mRowToMetadata.clear();
+}
+
+void SharedProjectsSearchResultsView::AddHits(const UTF16StringVec& paths) {
+    const UTF16String root =
+        PathUtils::AddTrailingSlash(PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory()));
+    NewRows newRows;
+    for (const UTF16String& path : paths) AddHit(root, PathUtils::ToNormalizedPath(path), newRows);
+    newRows.LayOut(*mTree);
+}
+
+void SharedProjectsSearchResultsView::AddHit(const UTF16String& root, const UTF16String& path, NewRows& newRows) {
+    if (!path.starts_with(root)) return;
+    const char16_t separator = PathUtils::GetPathSeparator();
+    const std::size_t folderSize = path.rfind(separator) + 1;
+    if (newRows.mLastFolder.empty() || path.compare(0, folderSize, newRows.mLastFolder) != 0) {
+        RowRef parent;
+        for (std::size_t end = path.find(separator, root.size()); end != UTF16String::npos;
+             end = path.find(separator, end + 1)) {
+            const UTF16String folder = path.substr(0, end + 1);
+            RowRef row = FindRow(folder);
+            parent = row ? row : AddRow(parent, folder, newRows);
+        }
+        newRows.mLastFolder = path.substr(0, folderSize);
+        newRows.mLastFolderRow = parent;
+    }
+    if (!FindRow(path)) AddRow(newRows.mLastFolderRow, path, newRows);
+}
+
+RowRef SharedProjectsSearchResultsView::AddRow(const RowRef& parent, const UTF16String& key, NewRows& newRows) {
+    newRows.Note(parent);
+    RowRef row = mTree->CreateAndAppendRow(parent.get());
+    row->SetBackgroundColorID(kRowBackgroundColorID);
+    mRowToPath.insert({row, key});
+    // The sort needs names at once; everything else waits until the row is seen.
+    mRowToMetadata.emplace(row, Columns::FileMetadata(key)).first->second.Update(false, Columns::kNameColumnID);
+    return row;
+}
+
+RowRef SharedProjectsSearchResultsView::GetRowFromPath(const UTF16String& path) const {
+    return FindRow(PathUtils::ToNormalizedPath(path));
+}
+
+RowRef SharedProjectsSearchResultsView::FindRow(const UTF16String& path) const {
+    // A folder is keyed as a hit is, or with a separator when it only leads to hits: it is one row either way.
+    const auto& rows = mRowToPath.right;
+    auto entry = rows.find(PathUtils::RemoveTrailingSlash(path));
+    if (entry == rows.end() && !IsVantorProjectFile(path)) entry = rows.find(PathUtils::AddTrailingSlash(path));
+    return entry == rows.end() ? RowRef() : entry->second;
+}
+
+void SharedProjectsSearchResultsView::UpdateFromDelivery(const std::set<UTF16String>& paths,
+                                                         const UTF16StringVec& removedPaths) {
+    // A search under way finds out by itself.
+    if (mText.empty() || mIsSearching) return;
+    RemoveHits(removedPaths);
+    UTF16StringVec newHits;
+    for (const UTF16String& path : paths) {
+        if (const RowRef row = FindRow(path))
+            UpdateRow(row);
+        else if (IsMatch(path, mText))
+            newHits.push_back(path);
+    }
+    if (!newHits.empty()) AddHits(newHits);
+    if (const auto tabView = mTabView.lock()) tabView->UpdateSelectionCount();
+}
+
+void SharedProjectsSearchResultsView::RemoveHits(const UTF16StringVec& paths) {
+    RowVec rows;
+    for (const UTF16String& path : paths)
+        if (const RowRef row = FindRow(path)) {
+            ForgetRow(row);
+            rows.push_back(row);
+        }
+    if (!rows.empty()) mTree->RemoveRows(rows);
+}
+
+void SharedProjectsSearchResultsView::ForgetRow(const RowRef& row) {
+    for (const RowRef& child : row->GetChildRows()) ForgetRow(child);
+    mRowToPath.left.erase(row);
+    mRowToMetadata.erase(row);
+}
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,267 @@
+#include "Handlers/SharedProjects/SharedProjectsTabView.h"
+
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "host/core/DebugDatabase.h"
+#include "host/core/Localizer.h"
+#include "host/core/Logging.h"
+#include "host/framework/Bitmap.h"
+#include "host/framework/DC.h"
+#include "host/framework/Identifiers.h"
+#include "host/framework/ShortcutManager.h"
+#include "host/project/SharedProjectsManager.h"
+
+namespace HandlerSharedProjects {
+
+namespace {
+
+constexpr int kNewProjectCommandID = 30303;
+constexpr int kNewFolderCommandID = 1296191078;
+constexpr int kMoveToTrashCommandID = 30325;
+/// The host's command for a user who closes the panel while no project is open.
+constexpr int kPanelClosedWithoutProjectsCommandID = 30392;
+constexpr double kPanelClosedCommandDelaySeconds = 0.25;
+constexpr unsigned kSearchBoxCookie = 1397773154;
+constexpr int kSliderToolTipDelayMilliseconds = 400;
+
+UTF16String Localize(const char* key) { return Localizer::Get()->Localize(key); }
+
+/// What tells the tool bar's buttons apart.
+struct ButtonDescription {
+    int mCommandID;
+    const char* mDecal;
+    const char* mToolTip;
+    const char* mStatusBarText;
+};
+
+constexpr ButtonDescription kNewProjectButton{
+    kNewProjectCommandID, kZuProductionPanelNewProjectButtonDecal,
+    "$$$/Vantor/Handlers/ZuProductionFolder/NewProjectButtonToolTip=New Project",
+    "$$$/Vantor/Handlers/ZuProductionFolder/NewProjectButtonStatusText=Create a new project"};
+constexpr ButtonDescription kNewFolderButton{
+    kNewFolderCommandID, kProjectNewFolderNormalDecal,
+    "$$$/Vantor/Handlers/ZuProductionFolder/NewFolderButtonToolTip=New Folder",
+    "$$$/Vantor/Handlers/ZuProductionFolder/NewFolderButtonStatusText=Create a new folder"};
+constexpr ButtonDescription kTrashButton{
+    kMoveToTrashCommandID, kProjectDeleteNormalDecal,
+    "$$$/Vantor/Handlers/ZuProductionFolder/TrashButtonToolTip=Move to Trash",
+    "$$$/Vantor/Handlers/ZuProductionFolder/DeleteButton=Delete the currently selected items"};
+
+void CreateButton(PictureButton& button, View& parent, const Rect& bounds, const ButtonDescription& description) {
+    button.Create(parent, description.mCommandID, bounds,
+                  Bitmap::GetBitmap(description.mDecal, GetDefaultDrawSupplier()));
+    button.SetToolTipText(Localize(description.mToolTip));
+    button.SetStatusBarText(Localize(description.mStatusBarText));
+    button.Enable(false);
+    button.Show(true);
+}
+
+}  // namespace
+
+SharedProjectsTabView::SharedProjectsTabView(Commander* parent)
+    : TabView(parent), mTreeView(std::make_shared<SharedProjectsTreeView>(this)) {}
+
+SharedProjectsTabView::~SharedProjectsTabView() { Destroy(); }
+
+void SharedProjectsTabView::FinishCreateSelf(const Rect& bounds) {
+    try {
+        TabView::FinishCreateSelf(bounds);
+        SetHostsToolkitChildViews(true);
+        EnableDoubleBuffering(true);
+        CreateTreeView(bounds);
+        UpdateBaseColumnWidthMapForAllColumns(mTreeView->GetDirectoryView()->GetHeaderRow());
+        InstallPauseFunction();
+        CreateSearchBox(bounds);
+        CreateSelectionCount(bounds);
+        CreateZoomSlider(bounds);
+        CreateButtons(bounds);
+        AddListener(kStation_ZuProductionFolderPanel, this);
+        AddListener(kStation_DebugDatabase, this);
+        UpdateViewsFromZoomAmount();
+        UpdateControlEnabledStates();
+        UpdateTabName();
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+}
+
+void SharedProjectsTabView::CreateTreeView(const Rect& bounds) {
+    mTreeView->Init(shared_from_this(), std::make_shared<MediaBrowserContentManager>());
+    mTreeView->Create(*this, GetDirectoryViewBounds(bounds));
+    AddListener(mTreeView->GetDirectoryView()->GetStationID(), this);
+}
+
+void SharedProjectsTabView::InstallPauseFunction() {
+    SetSharedProjectsNotifyPauseFn([weakSelf = weak_from_this()](bool pause) {
+        const auto self = weakSelf.lock();
+        if (self && self->AreTreeViewsCreated()) self->mTreeView->GetDirectoryView()->SetPauseUpdates(pause);
+    });
+}
+
+void SharedProjectsTabView::CreateSearchBox(const Rect& bounds) {
+    mSearchBox.Create(*this, GetSearchBoxBounds(bounds), true);
+    mSearchBox.SetCookie(kSearchBoxCookie);
+    AddListener(mSearchBox.GetStationID(), this);
+    mSearchBox.SetToolTipText(Localize("$$$/Vantor/Handlers/ZuProductionFolder/Find=Find"));
+    mSearchBox.Show(true);
+}
+
+void SharedProjectsTabView::CreateSelectionCount(const Rect& bounds) {
+    mSelectionCount = new UI_StaticText;
+    mSelectionCount->UI_SetNodeID("ZuProduction.SelectionCount");
+    GetToolkitContainer()->AddChild(mSelectionCount);
+    mSelectionCount->SetAlignment(UI_Alignment::Left);
+    mSelectionCount->UI_SetBounds(Utils::ToToolkitRect(GetSelectionCountBounds(bounds)));
+    UpdateSelectionCount();
+}
+
+void SharedProjectsTabView::CreateZoomSlider(const Rect& bounds) {
+    using Self = SharedProjectsTabView;
+    mZoomSlider = new UI_Slider(UI_Direction::Horizontal, true);
+    mZoomSlider->UI_SetNodeID("ZuProduction.ZoomSlider");
+    mZoomSlider->NotifyWhenChanged(Utils::BindCallback(this, &Self::OnZoomSliderChanged, weak_from_this()));
+    mZoomSlider->NotifyWhenChangedInteractively(
+        Utils::BindCallback(this, &Self::OnZoomSliderChanging, weak_from_this()));
+    GetToolkitContainer()->AddChild(mZoomSlider);
+    mZoomSlider->SetRange(0.0, 1.0);
+    mZoomSlider->SetValue(0.0);
+    mZoomSlider->SetToolTipText(
+        Localize("$$$/Vantor/Handlers/ZuProductionFolder/ZoomSliderToolTip=Adjust size of text and icons"),
+        kSliderToolTipDelayMilliseconds);
+    mZoomSlider->UI_SetBounds(Utils::ToToolkitRect(GetZoomSliderBounds(bounds)));
+}
+
+void SharedProjectsTabView::CreateButtons(const Rect& bounds) {
+    CreateButton(mNewProjectButton, *this, GetNewProjectButtonBounds(bounds), kNewProjectButton);
+    CreateButton(mNewFolderButton, *this, GetNewFolderButtonBounds(bounds), kNewFolderButton);
+    CreateButton(mTrashButton, *this, GetTrashButtonBounds(bounds), kTrashButton);
+    ApplyControlTunables();
+}
+
+void SharedProjectsTabView::DestroySelf() {
+    RemoveListener(kStation_DebugDatabase, this);
+    RemoveListener(kStation_ZuProductionFolderPanel, this);
+    PostMessageToUIThread(kStation_WindowClosing,
+                          std::make_shared<HandlerWindowClosingMessage>(kZuProductionFolderHandlerID), false);
+    mNewFolderButton.Destroy();
+    mNewProjectButton.Destroy();
+    mTrashButton.Destroy();
+    RemoveListener(mSearchBox.GetStationID(), this);
+    mSearchBox.Destroy();
+    SetSharedProjectsNotifyPauseFn({});
+    if (const SharedProjectsDirectoryView* directoryView = mTreeView->GetDirectoryView())
+        RemoveListener(directoryView->GetStationID(), this);
+    mTreeView->Destroy();
+    TabView::DestroySelf();
+    if (OpenProjectCount() == 0)
+        AsyncCallFromMainThread([] { PostCommand(kPanelClosedWithoutProjectsCommandID, false); },
+                                kPanelClosedCommandDelaySeconds);
+}
+
+void SharedProjectsTabView::ListenToMessage(const Message& message) {
+    if (MessageCast<MediaBrowserDirectoryViewRowDisclosureChanged>(message)) {
+        UpdateStackedDimensions(true);
+    } else if (MessageCast<ValueChangedMessage>(message)) {
+        OnEditTextValueChanged();
+    } else if (MessageCast<DirectoryViewSelectionChangedMessage>(message)) {
+        OnSelectionChanged();
+    } else if (MessageCast<ZuProductionFolderOpenedMessage>(message)) {
+        UpdateControlEnabledStates();
+        UpdateTabName();
+    } else if (MessageCast<ZuProductionFolderClosedMessage>(message)) {
+        OnProductionClosed();
+    } else if (MessageCast<DebugDatabaseChangedMessage>(message)) {
+        OnDebugDatabaseChanged();
+    }
+}
+
+void SharedProjectsTabView::OnProductionClosed() {
+    // Hits of a production that is closed lead nowhere.
+    mSearchBox.SetText({});
+    UpdateControlEnabledStates();
+    UpdateTabName();
+}
+
+void SharedProjectsTabView::OnDebugDatabaseChanged() {
+    if (!AreTreeViewsCreated()) return;
+    ApplyControlTunables();
+    Columns::SetColumnMinimumWidths(mTreeView->GetDirectoryView()->GetHeaderRow());
+    Columns::SetColumnMinimumWidths(mTreeView->GetSearchResultsView()->GetHeaderRow());
+    UpdateViewsFromZoomAmount();
+    mTreeView->GetDirectoryView()->UpdateOpenRows();
+    mTreeView->GetSearchResultsView()->UpdateOpenRows();
+}
+
+void SharedProjectsTabView::OnEditTextValueChanged() {
+    const UTF16String text = mSearchBox.GetText();
+    if (text == mPreviousSearchText || !AreTreeViewsCreated()) return;
+    mTreeView->GetSearchResultsView()->Find(text);
+    mPreviousSearchText = text;
+    mTreeView->SetView(text.empty() ? TreeViewType::DirectoryView : TreeViewType::SearchResultsView);
+    UpdateControlEnabledStates();
+    UpdateSelectionCount();
+}
+
+void SharedProjectsTabView::OnSelectionChanged() {
+    UpdateControlEnabledStates();
+    UpdateSelectionCount();
+}
+
+void SharedProjectsTabView::OnTreeChanged() {
+    UpdateSelectionCount();
+    UpdateStackedDimensions(true);
+}
+
+void SharedProjectsTabView::OnItemsDelivered(const std::set<UTF16String>& paths,
+                                             const UTF16StringVec& removedPaths) {
+    if (AreTreeViewsCreated()) mTreeView->GetSearchResultsView()->UpdateFromDelivery(paths, removedPaths);
+}
+
+bool SharedProjectsTabView::AreTreeViewsCreated() const { return mTreeView && mTreeView->IsCreated(); }
+
+UTF16StringVec SharedProjectsTabView::GetSelectedPaths() const {
+    if (!AreTreeViewsCreated()) return {};
+    return mTreeView->GetViewType() == TreeViewType::SearchResultsView
+               ? mTreeView->GetSearchResultsView()->GetSelectedPaths(true)
+               : mTreeView->GetDirectoryView()->GetSelectedPaths();
+}
+
+void SharedProjectsTabView::UpdateTabName() {
+    const UTF16String root = SharedProjectsHandler::GetRootDirectory();
+    if (root.empty())
+        SetTitle(Localize("$$$/Vantor/Handlers/ZuProductionFolder/TabTitleWhenNoProductionIsOpen=Production"));
+    else
+        SetTitle(Localize("$$$/Vantor/Handlers/ZuProductionFolder/TabTitlePrefix=Production: ") +
+                 Columns::GetPathDisplayName(root));
+}
+
+void SharedProjectsTabView::UpdateControlEnabledStates() {
+    const bool isProductionOpen = !SharedProjectsHandler::GetRootDirectory().empty();
+    const auto follow = [&](PictureButton& button, int commandID) {
+        bool enabled = false;
+        bool checked = false;
+        MenuMark mark = MenuMark::None;
+        UTF16String text;
+        button.Enable(isProductionOpen && FindCommandStatus(commandID, enabled, checked, mark, text) && enabled);
+    };
+    follow(mNewProjectButton, kNewProjectCommandID);
+    follow(mNewFolderButton, kNewFolderCommandID);
+    follow(mTrashButton, kMoveToTrashCommandID);
+    mSearchBox.Enable(isProductionOpen);
+    if (mZoomSlider) mZoomSlider->Enable(isProductionOpen);
+}
+
+void SharedProjectsTabView::PaintSelf(DC& dc) {
+    const Rect bounds = GetBounds();
+    dc.FillRect({0, 0, bounds.width, bounds.height}, ColorManager::GetColor(kColor_WindowBackground), 255);
+}
+
+void SharedProjectsTabView::NowOnDuty() {
+    TabView::NowOnDuty();
+    ShortcutManager::Instance()->ApplyContext(SharedProjectsHandler::sContextName, false);
+}
+
+bool SharedProjectsTabView::AllowTablessSelf() const { return false; }
+
+const char* SharedProjectsTabView::GetFlyoutMenuID() const { return kFlyoutMenuID; }
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,72 @@
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "Handlers/SharedProjects/SharedProjectsTabView.h"
+
+namespace HandlerSharedProjects {
+
+SharedProjectsTreeView::SharedProjectsTreeView(Commander* parent) : SubView(parent) {}
+
+SharedProjectsTreeView::~SharedProjectsTreeView() { Destroy(); }
+
+void SharedProjectsTreeView::Init(const std::shared_ptr<SharedProjectsTabView>& tabView,
+                                  const std::shared_ptr<MediaBrowserContentManager>& contentManager) {
+    mSearchResultsView = new SharedProjectsSearchResultsView(tabView);
+    mDirectoryView = new SharedProjectsDirectoryView({}, contentManager, SharedProjectsHandler::GetRootDirectory(),
+                                                     tabView);
+}
+
+void SharedProjectsTreeView::FinishCreateSelf(const Rect& bounds) {
+    SubView::FinishCreateSelf(bounds);
+    GetToolkitContainer()->AddChild(mDirectoryView);
+    GetToolkitContainer()->AddChild(mSearchResultsView);
+    LayOutViews(bounds);
+    SetView(TreeViewType::DirectoryView);
+    GetToolkitContainer()->UI_SetNodeID("ZuProduction.TreeView");
+}
+
+void SharedProjectsTreeView::SetBoundsSelf(const Rect& bounds) {
+    SubView::SetBoundsSelf(bounds);
+    LayOutViews(bounds);
+}
+
+void SharedProjectsTreeView::LayOutViews(const Rect& bounds) {
+    const RectT<float> local = Utils::ToToolkitRect({0, 0, bounds.width, bounds.height});
+    if (mDirectoryView) mDirectoryView->UI_SetBounds(local);
+    if (mSearchResultsView) mSearchResultsView->UI_SetBounds(local);
+}
+
+void SharedProjectsTreeView::SetView(TreeViewType type) {
+    mViewType = type;
+    if (type == TreeViewType::SearchResultsView) {
+        SyncTreeColumnProperties(*mDirectoryView);
+        mSearchResultsView->UI_Show(true);
+        mDirectoryView->UI_Show(false);
+    } else if (type == TreeViewType::DirectoryView) {
+        SyncTreeColumnProperties(*mSearchResultsView);
+        mDirectoryView->UI_Show(true);
+        mSearchResultsView->UI_Show(false);
+        mDirectoryView->UpdateOpenRows();
+    }
+}
+
+void SharedProjectsTreeView::SyncTreeColumnProperties(const UI_SubView& source) {
+    const Columns::HeaderRowRef directory = mDirectoryView->GetHeaderRow();
+    const Columns::HeaderRowRef searchResults = mSearchResultsView->GetHeaderRow();
+    if (&source == mDirectoryView.get())
+        Columns::SyncColumnProperties(directory, searchResults);
+    else
+        Columns::SyncColumnProperties(searchResults, directory);
+}
+
+std::uint32_t SharedProjectsTreeView::GetOpenedRowsCount() const {
+    const bool isSearching = mViewType == TreeViewType::SearchResultsView;
+    return static_cast<std::uint32_t>(isSearching ? mSearchResultsView->GetOpenedRowsCount()
+                                                  : mDirectoryView->GetOpenedRowsCount());
+}
+
+void SharedProjectsTreeView::DestroySelf() {
+    std::exchange(mDirectoryView, {}).reset();
+    std::exchange(mSearchResultsView, {}).reset();
+    SubView::DestroySelf();
+}
+
+}  // namespace HandlerSharedProjects
