@@ -1,0 +1,186 @@
+#include "desk/framework/DockWorkspace.h"
+
+#include <QApplication>
+#include <QJsonArray>
+#include <QMainWindow>
+#include <algorithm>
+
+#include "desk/core/Log.h"
+#include "desk/core/QtStrings.h"
+#include "desk/framework/CommandRouter.h"
+#include "desk/framework/PanelNavigation.h"
+#include "desk/framework/PanelRegistry.h"
+#include "host/core/Logging.h"
+#include "host/framework/Handler.h"
+#include "host/framework/TabView.h"
+
+namespace desk {
+namespace {
+
+constexpr QLatin1String kDocks("docks");
+constexpr QLatin1String kClosedPanels("closedPanels");
+/// Of the window's width, as long as the user has not chosen.
+constexpr double kDefaultShare = 0.645;
+
+DockWorkspace* sCurrent = nullptr;
+
+}  // namespace
+
+DockWorkspace::DockWorkspace(QMainWindow& window) : mWindow(window) {
+    sCurrent = this;
+    mWindow.setDockOptions(QMainWindow::AllowNestedDocks | QMainWindow::AllowTabbedDocks |
+                           QMainWindow::GroupedDragging);
+    mWindow.setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
+    mWindow.setDocumentMode(true);
+    connect(qApp, &QApplication::focusChanged, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
+    PanelNavigation::Instance().mSelectPanel = [this](bool forward) { return SelectPanel(forward); };
+    PanelNavigation::Instance().mCanSelectPanel = [this] {
+        return std::count_if(mFrames.begin(), mFrames.end(), [](auto* frame) { return frame->IsShown(); }) > 1;
+    };
+}
+
+DockWorkspace::~DockWorkspace() {
+    DestroyPanels();
+    PanelNavigation::Instance() = {};
+    sCurrent = nullptr;
+}
+
+void DockWorkspace::OpenTab(const std::string& handlerID) {
+    const host::UTF16String id = host::UTF8to16(handlerID);
+    host::Handler* handler = PanelRegistry::Instance().FindOrCreateHandler(id);
+    if (!handler) return Log(LogLevel::Warning, "There is no panel \"" + handlerID + "\" that could be opened");
+    DockWorkspaceFrame& frame = FindOrMakeFrame(id);
+    try {
+        if (!frame.GetView()) handler->CreateTabViewSelf(&frame);
+    } catch (...) {
+        host::LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    if (!frame.GetView()) return;
+    frame.GetView()->BringToFront(true, false);
+    UpdateTabs();
+}
+
+bool DockWorkspace::ClosePanel(const host::UTF16String& handlerID) {
+    DockWorkspaceFrame* frame = FindFrame(handlerID);
+    host::Handler* handler = host::Handler::FindHandler(handlerID);
+    if (!frame || !frame->IsShown()) return true;
+    if (handler && !handler->AllowClose()) return false;
+    if (handler && !handler->ShouldDestroyWhenClosed())
+        frame->Show(false);
+    else
+        DestroyPanel(*frame);
+    UpdateTabs();
+    return true;
+}
+
+void DockWorkspace::TogglePanel(const host::UTF16String& handlerID) {
+    const DockWorkspaceFrame* frame = FindFrame(handlerID);
+    if (frame && frame->IsInFront())
+        ClosePanel(handlerID);
+    else
+        OpenTab(host::UTF16to8(handlerID));
+}
+
+void DockWorkspace::DestroyPanel(DockWorkspaceFrame& frame) {
+    if (host::TabView* view = frame.GetView()) view->Destroy();
+    PanelRegistry::Instance().DestroyHandler(frame.GetHandlerID());
+}
+
+void DockWorkspace::DestroyPanels() {
+    for (DockWorkspaceFrame* frame : mFrames) DestroyPanel(*frame);
+}
+
+DockWorkspaceFrame* DockWorkspace::FindFrame(const host::UTF16String& handlerID) const {
+    for (DockWorkspaceFrame* frame : mFrames)
+        if (frame->GetHandlerID() == handlerID) return frame;
+    return nullptr;
+}
+
+DockWorkspaceFrame& DockWorkspace::FindOrMakeFrame(const host::UTF16String& handlerID) {
+    if (DockWorkspaceFrame* frame = FindFrame(handlerID)) return *frame;
+    auto* frame = new DockWorkspaceFrame(mWindow, handlerID, [this, handlerID] { ClosePanel(handlerID); });
+    if (!mWindow.restoreDockWidget(frame)) mWindow.addDockWidget(Qt::LeftDockWidgetArea, frame);
+    mFrames.push_back(frame);
+    return *frame;
+}
+
+void DockWorkspace::OpenPanels(const QJsonObject& layout) {
+    const QJsonArray closed = layout.value(kClosedPanels).toArray();
+    for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs()) {
+        const bool isClosed = closed.contains(ToQString(id));
+        // A handler announces its entry in the Window menu when it is made: that entry stays.
+        if (isClosed && PanelRegistry::Instance().FindOrCreateHandler(id))
+            PanelRegistry::Instance().DestroyHandler(id);
+        else
+            OpenTab(host::UTF16to8(id));
+    }
+    if (!layout.contains(kDocks)) return OpenByDefault();
+    if (RestoreDocks(layout)) return;
+    Log(LogLevel::Warning, "The saved arrangement of panels cannot be used; panels stand where they stand at first");
+    OpenByDefault();
+}
+
+void DockWorkspace::OpenByDefault() {
+    QList<QDockWidget*> docks;
+    QList<int> widths;
+    for (DockWorkspaceFrame* frame : mFrames) {
+        if (!docks.isEmpty()) mWindow.tabifyDockWidget(docks.first(), frame);
+        docks.append(frame);
+        widths.append(static_cast<int>(mWindow.width() * kDefaultShare));
+    }
+    if (docks.isEmpty()) return;
+    mWindow.resizeDocks(docks, widths, Qt::Horizontal);
+    docks.first()->raise();
+}
+
+bool DockWorkspace::RestoreDocks(const QJsonObject& layout) {
+    const QByteArray docks = QByteArray::fromBase64(layout.value(kDocks).toString().toLatin1());
+    const bool isRestored = mWindow.restoreState(docks);
+    for (DockWorkspaceFrame* frame : mFrames) frame->Show(true);
+    return isRestored;
+}
+
+QJsonObject DockWorkspace::SaveLayout() const {
+    QJsonArray closed;
+    for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs())
+        if (const DockWorkspaceFrame* frame = FindFrame(id); !frame || !frame->IsShown()) closed.append(ToQString(id));
+    return {{kDocks, QString::fromLatin1(mWindow.saveState().toBase64())}, {kClosedPanels, closed}};
+}
+
+bool DockWorkspace::SelectPanel(bool forward) {
+    std::vector<DockWorkspaceFrame*> shown;
+    std::copy_if(mFrames.begin(), mFrames.end(), std::back_inserter(shown), [](auto* frame) { return frame->IsShown(); });
+    if (shown.size() < 2) return false;
+    const auto onDuty = std::find_if(shown.begin(), shown.end(), [](auto* frame) {
+        return frame->GetView() == CommandRouter::Instance().GetViewOnDuty();
+    });
+    const std::size_t count = shown.size();
+    const std::size_t current = onDuty == shown.end() ? (forward ? count - 1 : 0)
+                                                      : static_cast<std::size_t>(onDuty - shown.begin());
+    shown[(current + (forward ? 1 : count - 1)) % count]->TakeFocus();
+    return true;
+}
+
+void DockWorkspace::UpdateTabs() {
+    for (DockWorkspaceFrame* frame : mFrames) frame->UpdateTab();
+}
+
+}  // namespace desk
+
+namespace host {
+
+WorkspaceFrame::~WorkspaceFrame() = default;
+
+Workspace::~Workspace() = default;
+
+Workspace::Reference Workspace::Instance() {
+    return Reference(desk::sCurrent);
+}
+
+bool WorkspaceUtils::TabIsShown(Workspace* workspace, const std::string& handlerID, bool frontmost) {
+    const auto* docks = dynamic_cast<const desk::DockWorkspace*>(workspace);
+    const desk::DockWorkspaceFrame* frame = docks ? docks->FindFrame(UTF8to16(handlerID)) : nullptr;
+    return frame && (frontmost ? frame->IsInFront() : frame->IsShown());
+}
+
+}  // namespace host

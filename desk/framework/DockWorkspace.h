@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QJsonObject>
+#include <vector>
+
+#include "desk/framework/DockWorkspaceFrame.h"
+#include "host/framework/Workspace.h"
+
+class QMainWindow;
+
+namespace desk {
+
+/// The arrangement of panels as docks of a main window: moved, tabbed, floated, closed and brought back. It is
+/// the current workspace while it exists, and says how panels follow each other (`PanelNavigation`). UI thread.
+class ZUHOST_API DockWorkspace : public QObject, public host::Workspace {
+public:
+    /// `window` outlives the workspace.
+    explicit DockWorkspace(QMainWindow& window);
+    /// Closes the panels without asking.
+    ~DockWorkspace() override;
+
+    void OpenTab(const std::string& handlerID) override;
+    /// Closes a panel: asks its handler, then destroys view and handler, or hides the panel, as the handler
+    /// wishes. False when the handler did not allow it.
+    bool ClosePanel(const host::UTF16String& handlerID);
+    /// Opens the panel or brings it to the front; closes it when it is there already.
+    void TogglePanel(const host::UTF16String& handlerID);
+    /// Closes all panels without asking, as the program ends.
+    void DestroyPanels();
+
+    /// Opens all panels that there are, as `layout` tells: where they were, and without those that were closed.
+    /// An empty layout gives the default one; so does a layout that cannot be used, which is logged.
+    void OpenPanels(const QJsonObject& layout);
+    QJsonObject SaveLayout() const;
+
+    /// The dock of a panel, open or closed; null when it was never open.
+    DockWorkspaceFrame* FindFrame(const host::UTF16String& handlerID) const;
+
+private:
+    DockWorkspaceFrame& FindOrMakeFrame(const host::UTF16String& handlerID);
+    void OpenByDefault();
+    bool RestoreDocks(const QJsonObject& layout);
+    void DestroyPanel(DockWorkspaceFrame& frame);
+    bool SelectPanel(bool forward);
+    void UpdateTabs();
+
+    QMainWindow& mWindow;
+    std::vector<DockWorkspaceFrame*> mFrames;
+};
+
+}  // namespace desk

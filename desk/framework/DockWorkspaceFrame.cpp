@@ -1,0 +1,100 @@
+#include "desk/framework/DockWorkspaceFrame.h"
+
+#include <QCloseEvent>
+#include <QMenu>
+
+#include "desk/core/QtStrings.h"
+#include "desk/framework/CommandRouter.h"
+#include "desk/framework/DockWorkspaceTitleBar.h"
+#include "desk/framework/MenuResources.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+#include "host/framework/TabView.h"
+
+namespace desk {
+namespace {
+
+QString Localized(const char* key) {
+    return ToQString(host::ZString(key));
+}
+
+}  // namespace
+
+DockWorkspaceFrame::DockWorkspaceFrame(QWidget& window, const host::UTF16String& handlerID,
+                                       std::function<void()> close)
+    : QDockWidget(&window),
+      mHandlerID(handlerID),
+      mClose(std::move(close)),
+      mTitleBar(new DockWorkspaceTitleBar(*this)) {
+    setObjectName(ToQString(handlerID));
+    setFeatures(DockWidgetClosable | DockWidgetMovable | DockWidgetFloatable);
+    setTitleBarWidget(mTitleBar);
+    connect(this, &QDockWidget::visibilityChanged, this, [this](bool isInFront) { mIsInFront = isInFront; });
+    hide();
+}
+
+DockWorkspaceFrame::~DockWorkspaceFrame() = default;
+
+void DockWorkspaceFrame::Attach(host::TabView& view, QWidget& widget, const host::UTF16String&) {
+    mView = &view;
+    setWidget(&widget);
+    widget.show();
+}
+
+void DockWorkspaceFrame::Detach() {
+    setWidget(nullptr);
+    mView = nullptr;
+    hide();
+}
+
+void DockWorkspaceFrame::SetTitle(const host::UTF16String& title) {
+    const QString text = ToDisplayText(title);
+    mTitleBar->SetTitle(text);
+    // Qt puts the window's title on the tab of docks that are tabbed together, where "&" marks a key.
+    setWindowTitle(QString(text).replace(QLatin1Char('&'), QLatin1String("&&")));
+}
+
+void DockWorkspaceFrame::Show(bool show) {
+    setVisible(show && mView);
+}
+
+void DockWorkspaceFrame::BringToFront(bool takeFocus, bool flash) {
+    if (!mView) return;
+    show();
+    raise();
+    if (takeFocus) activateWindow();
+    if (flash) mTitleBar->Flash();
+}
+
+void DockWorkspaceFrame::UpdateStackedDimensions(bool) {}
+
+void DockWorkspaceFrame::TakeFocus() {
+    if (mView) mView->BringToFront(true, false);
+}
+
+void DockWorkspaceFrame::RequestClose() {
+    QMetaObject::invokeMethod(this, [this] { mClose(); }, Qt::QueuedConnection);
+}
+
+void DockWorkspaceFrame::FillMenu(QMenu& menu) {
+    const char* flyout = mView ? mView->GetFlyoutMenuID() : nullptr;
+    if (flyout && MenuResources::Instance().HasMenu(flyout)) {
+        MenuResources::Instance().Fill(menu, flyout);
+        menu.addSeparator();
+    }
+    menu.addAction(isFloating() ? Localized("$$$/Desk/Workspace/DockPanel=Dock Panel")
+                                : Localized("$$$/Desk/Workspace/UndockPanel=Undock Panel"),
+                   this, [this] { setFloating(!isFloating()); });
+    menu.addAction(Localized("$$$/Desk/Workspace/ClosePanel=Close Panel"), this, [this] { RequestClose(); });
+}
+
+void DockWorkspaceFrame::UpdateTab() {
+    mTitleBar->SetOnDuty(mView && CommandRouter::Instance().GetViewOnDuty() == mView);
+}
+
+void DockWorkspaceFrame::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    RequestClose();
+}
+
+}  // namespace desk

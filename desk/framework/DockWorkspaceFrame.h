@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QDockWidget>
+#include <functional>
+
+#include "desk/framework/PanelFrame.h"
+
+class QMenu;
+
+namespace desk {
+
+class DockWorkspaceTitleBar;
+
+/// A dock of the workspace: one panel under its tab. Stays, hidden, while its panel is closed, so that the
+/// panel comes back where it was. Owned by the main window. UI thread.
+class ZUHOST_API DockWorkspaceFrame : public QDockWidget, public PanelFrame {
+public:
+    /// `close` is called, later, when the user closes the panel.
+    DockWorkspaceFrame(QWidget& window, const host::UTF16String& handlerID, std::function<void()> close);
+    ~DockWorkspaceFrame() override;
+
+    void Attach(host::TabView& view, QWidget& widget, const host::UTF16String& handlerID) override;
+    void Detach() override;
+    void SetTitle(const host::UTF16String& title) override;
+    void Show(bool show) override;
+    void BringToFront(bool takeFocus, bool flash) override;
+    /// Docks share the window's height between them: a stacked height is no wish of theirs.
+    void UpdateStackedDimensions(bool animate) override;
+
+    const host::UTF16String& GetHandlerID() const { return mHandlerID; }
+    /// The panel's view; null while the panel is closed.
+    host::TabView* GetView() const { return mView; }
+    /// True while the panel is open and not hidden.
+    bool IsShown() const { return mView && !isHidden(); }
+    /// True when it is also the front one of the docks that are tabbed together.
+    bool IsInFront() const { return IsShown() && mIsInFront; }
+    /// Gives the panel the keyboard.
+    void TakeFocus();
+    /// Closes the panel later, when the current event is through.
+    void RequestClose();
+    /// The panel's own menu, then what can be done with its dock.
+    void FillMenu(QMenu& menu);
+    /// The panel on duty may have changed.
+    void UpdateTab();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    host::UTF16String mHandlerID;
+    std::function<void()> mClose;
+    host::TabView* mView = nullptr;
+    DockWorkspaceTitleBar* mTitleBar;
+    bool mIsInFront = true;
+};
+
+}  // namespace desk
