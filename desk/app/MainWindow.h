@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QMainWindow>
+#include <memory>
+
+#include "desk/app/ProductionCommands.h"
+#include "desk/framework/DockWorkspace.h"
+
+namespace desk {
+
+class Profile;
+class RecentProductions;
+class StatusLine;
+
+/// The window: menu bar, panels in docks, the place for open projects, status bar. UI thread.
+class MainWindow : public QMainWindow {
+public:
+    static constexpr const char* kLayoutFileName = "Window Layout.json";
+
+    /// With `recent` null nothing is remembered: neither productions nor the window's layout, which is the
+    /// default one then. `profile` outlives the window. `size` may be invalid: the one of last time.
+    MainWindow(const Profile& profile, RecentProductions* recent, QSize size);
+    /// Destroys the panels first.
+    ~MainWindow() override;
+
+    ProductionCommands& Productions() { return *mProductions; }
+    void SaveLayout() const;
+
+protected:
+    QMenu* createPopupMenu() override;
+
+private:
+    void RegisterCommands();
+    void MakeMenus();
+    QMenu& AddMenu(const char* titleKey, const char* menuID);
+    void FillWindowMenu(QMenu& menu);
+    void RestoreLayout(QSize size);
+    void ShowAbout();
+    void ShowPlaces();
+
+    const Profile& mProfile;
+    RecentProductions* mRecent;
+    bool mMayWriteLayout = true;
+    std::unique_ptr<StatusLine> mStatusLine;
+    std::unique_ptr<DockWorkspace> mWorkspace;
+    std::unique_ptr<ProductionCommands> mProductions;
+};
+
+}  // namespace desk

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+
+#include "desk/app/ProductionOpener.h"
+
+class QMenu;
+
+namespace desk {
+
+class RecentProductions;
+class StatusLine;
+
+/// The commands of the Production menu: New, Open, Open Recent, Close. UI thread.
+class ProductionCommands {
+public:
+    /// `recent` is null when nothing is to be remembered.
+    ProductionCommands(StatusLine& statusLine, RecentProductions* recent);
+    /// Gives the commands up.
+    ~ProductionCommands();
+
+    /// Opens the production that the program starts with. What goes wrong stands in the status bar; `done`
+    /// may be empty.
+    void OpenAtStart(const std::string& folder, ProductionOpener::Done done);
+    /// The same with the sample production, which is made when it is not there.
+    void OpenSample(ProductionOpener::Done done);
+    /// Fills the menu of recent productions anew.
+    void FillRecentMenu(QMenu& menu);
+
+private:
+    void New();
+    void Open();
+    void OpenRecent(const std::string& folder);
+    void Close();
+    /// Follows an opening that the user asked for; `title` is a localisation key.
+    ProductionOpener::Done ShowResult(const char* title);
+    ProductionOpener::Done ShowResultAtStart(ProductionOpener::Done done);
+    void Opened(const std::string& folder);
+    void SetOpening(const std::string& folder);
+
+    StatusLine& mStatusLine;
+    RecentProductions* mRecent;
+    ProductionOpener mOpener;
+};
+
+}  // namespace desk

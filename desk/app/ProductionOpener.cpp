@@ -1,0 +1,99 @@
+#include "desk/app/ProductionOpener.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "desk/app/FolderCheck.h"
+#include "desk/core/Log.h"
+#include "desk/core/MainThread.h"
+#include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/files/FileSystem.h"
+#include "desk/project/Production.h"
+#include "desk/toolkit/Theme.h"
+
+namespace desk {
+namespace {
+
+struct Outcome {
+    std::string mFolder;
+    FolderCheck mCheck;
+    /// What kept the folder from being made.
+    std::string mError;
+};
+
+Outcome Prepare(const ProductionOpener::MakeFolder& makeFolder) {
+    Outcome outcome;
+    try {
+        outcome.mFolder = makeFolder();
+        outcome.mCheck = CheckFolder(*GetServices().mFileSystem, outcome.mFolder);
+    } catch (const std::exception& exception) {
+        outcome.mError = exception.what();
+    }
+    return outcome;
+}
+
+ProductionOpener::Result Finish(const Outcome& outcome) {
+    ProductionOpener::Result result{outcome.mFolder, DescribeProblem(outcome.mCheck, outcome.mFolder),
+                                    outcome.mCheck.mProblem == FolderCheck::Problem::Missing};
+    if (!outcome.mError.empty()) result.mProblem = ToDisplayText(host::UTF8to16(outcome.mError));
+    if (result.mProblem.isEmpty())
+        Production::Instance().Open(host::UTF8to16(outcome.mFolder));
+    else
+        Log(LogLevel::Info, "A production was not opened: " + ToUTF8(result.mProblem));
+    return result;
+}
+
+std::string MakeProductionFolder(const std::string& folder, const std::string& trashName) {
+    FileSystem& fileSystem = *GetServices().mFileSystem;
+    fileSystem.CreateFolder(folder);
+    try {
+        fileSystem.CreateFolder(folder + '/' + trashName);
+    } catch (...) {
+        rmdir(folder.c_str());
+        throw;
+    }
+    return folder;
+}
+
+}  // namespace
+
+struct ProductionOpener::State {
+    unsigned mRequest = 0;
+    bool mIsBusy = false;
+};
+
+ProductionOpener::ProductionOpener() : mState(std::make_shared<State>()) {}
+
+ProductionOpener::~ProductionOpener() {
+    ++mState->mRequest;
+}
+
+void ProductionOpener::Open(const std::string& folder, Done done) {
+    Open(MakeFolder([folder] { return folder; }), std::move(done));
+}
+
+void ProductionOpener::Create(const std::string& folder, const std::string& trashName, Done done) {
+    Open(MakeFolder([=] { return MakeProductionFolder(folder, trashName); }), std::move(done));
+}
+
+void ProductionOpener::Open(MakeFolder makeFolder, Done done) {
+    const unsigned request = ++mState->mRequest;
+    mState->mIsBusy = true;
+    GetServices().mWorkerPool->Submit([=, state = mState, makeFolder = std::move(makeFolder)] {
+        const Outcome outcome = Prepare(makeFolder);
+        GetServices().mMainThread->Post([=] {
+            if (state->mRequest != request) return;
+            state->mIsBusy = false;
+            done(Finish(outcome));
+        });
+    });
+}
+
+bool ProductionOpener::IsBusy() const {
+    return mState->mIsBusy;
+}
+
+}  // namespace desk

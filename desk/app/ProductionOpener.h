@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace desk {
+
+/// Opens productions without waiting for a volume on the UI thread: a worker makes the folder or looks at it,
+/// then the production is opened. The last one that was asked for counts; what is still under way for an
+/// earlier one is dropped when it comes. UI thread.
+class ProductionOpener {
+public:
+    /// What came of it: the folder, and what went wrong in words; then the open production has stayed.
+    struct Result {
+        std::string mFolder;
+        QString mProblem;
+        bool mIsMissing = false;
+    };
+    using Done = std::function<void(const Result&)>;
+    /// Runs on a worker; returns the folder to open. What it throws is told as the problem.
+    using MakeFolder = std::function<std::string()>;
+
+    ProductionOpener();
+    /// Results that come later are dropped.
+    ~ProductionOpener();
+
+    void Open(const std::string& folder, Done done);
+    /// Makes a new production: the folder, with a trash folder of that name (bytes) in it.
+    void Create(const std::string& folder, const std::string& trashName, Done done);
+    void Open(MakeFolder makeFolder, Done done);
+    bool IsBusy() const;
+
+private:
+    struct State;
+    std::shared_ptr<State> mState;
+};
+
+}  // namespace desk

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+
+#include "host/core/Messaging.h"
+
+class QLabel;
+class QMainWindow;
+
+namespace desk {
+
+struct WatchStatus;
+
+/// How the open production is followed, as the status bar words it. `name` is ready to be shown. UI thread.
+QString DescribeWatchStatus(const QString& name, const WatchStatus& status);
+
+/// The window's status bar: the production and how it is followed on the left, the user on the right. While the
+/// pointer is over something that has a status-bar text, that text stands there. UI thread.
+class StatusLine : public host::Listener {
+public:
+    explicit StatusLine(QMainWindow& window);
+    ~StatusLine() override;
+
+    /// Stands in place of the production until it is told empty: what is under way.
+    void SetActivity(const QString& activity);
+    /// Shows a message for some seconds.
+    void ShowNotice(const QString& text);
+    void ListenToMessage(const host::Message& message) override;
+
+private:
+    void Update();
+
+    QMainWindow& mWindow;
+    QLabel* mProduction;
+    QString mActivity;
+};
+
+}  // namespace desk
