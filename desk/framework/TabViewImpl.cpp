@@ -1,0 +1,84 @@
+#include "desk/framework/TabViewImpl.h"
+
+#include <QAbstractItemView>
+#include <utility>
+
+#include "desk/framework/CommandRouter.h"
+#include "desk/framework/TabViews.h"
+#include "host/framework/Handler.h"
+
+namespace desk {
+namespace {
+
+bool CanTakeFocus(const QWidget& widget) {
+    return widget.isEnabled() && widget.isVisible() && (widget.focusPolicy() & Qt::TabFocus);
+}
+
+QWidget* FindFocusTarget(const QWidget& view) {
+    if (QWidget* last = view.focusWidget(); last && CanTakeFocus(*last)) return last;
+    for (QAbstractItemView* list : view.findChildren<QAbstractItemView*>())
+        if (CanTakeFocus(*list)) return list;
+    for (QWidget* child : view.findChildren<QWidget*>())
+        if (CanTakeFocus(*child)) return child;
+    return nullptr;
+}
+
+}  // namespace
+
+void TabViewImpl::Create(const host::UTF16String& handlerID, const host::UTF16String& title, PanelFrame& frame,
+                         bool show) {
+    host::TabView& view = *FindTabView();
+    mHandlerID = handlerID;
+    mTitle = title;
+    mWidget = new ViewWidget(*this, nullptr);
+    mFrame = &frame;
+    frame.Attach(view, *mWidget, handlerID);
+    frame.SetTitle(title);
+    TabViews::Instance().Add(*this);
+    FinishCreate({0, 0, mWidget->width(), mWidget->height()});
+    if (show && mFrame) {
+        mFrame->Show(true);
+        mFrame->BringToFront(false, false);
+    }
+}
+
+void TabViewImpl::PutOnDuty() {
+    if (!mIsCreated) return;
+    CommandRouter::Instance().SetOnDuty(host::Handler::FindHandler(mHandlerID), FindTabView());
+    CallNowOnDuty();
+}
+
+void TabViewImpl::Pressed() {
+    if (CommandRouter::Instance().GetViewOnDuty() != FindTabView()) PutOnDuty();
+}
+
+void TabViewImpl::TakeFocus() {
+    if (!mWidget) return;
+    if (QWidget* target = FindFocusTarget(*mWidget)) target->setFocus(Qt::ActiveWindowFocusReason);
+    Pressed();
+}
+
+void TabViewImpl::Show(bool show) {
+    if (mFrame) mFrame->Show(show);
+}
+
+void TabViewImpl::WidgetResized(QSize size) {
+    if (mIsCreated) SetBounds({0, 0, size.width(), size.height()});
+}
+
+void TabViewImpl::WidgetGone() {
+    mFrame = nullptr;
+    host::View::Impl::WidgetGone();
+}
+
+host::TabView* TabViewImpl::FindTabView() {
+    return static_cast<host::TabView*>(mView);
+}
+
+void TabViewImpl::ReleaseSelf() {
+    TabViews::Instance().Remove(*this);
+    CommandRouter::Instance().ForgetView(FindTabView());
+    if (PanelFrame* frame = std::exchange(mFrame, nullptr)) frame->Detach();
+}
+
+}  // namespace desk
