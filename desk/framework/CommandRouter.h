@@ -20,24 +20,34 @@ struct CommandStatus {
     host::UTF16String mText;
 };
 
-/// Knows which panel is on duty (the one that has, or last had, the keyboard focus) and takes commands to
-/// it: first the panel's view and its chain of commanders, then the panel's handler; whose base classes end
-/// at the application's main commander. UI thread.
+/// Knows which panel is on duty (the one that has, or last had, the keyboard focus; while there is none, the
+/// first open one) and takes commands to it: first the panel's view and its chain of commanders, then the
+/// panel's handler, whose chains end at the application's main commander. Going to the next or previous panel
+/// works also when none of them decides. UI thread.
 class ZUHOST_API CommandRouter {
 public:
     static CommandRouter& Instance();
 
+    /// A panel with a shortcut context of its own applies it after this; until then only the global
+    /// shortcuts are active.
     void SetOnDuty(host::Handler* handler, host::TabView* view);
     /// Called when a panel is destroyed: it is no longer on duty.
     void ForgetHandler(const host::Handler* handler);
+    void ForgetView(const host::TabView* view);
     host::Handler* GetHandlerOnDuty() const { return mHandler; }
     host::TabView* GetViewOnDuty() const { return mView; }
 
     CommandStatus FindStatus(int commandID) const;
     /// Carries the command out; false when nobody did. Exceptions are logged.
-    bool Send(int commandID);
+    bool Send(int commandID) { return SendFrom(nullptr, commandID); }
+    /// The same, asking `first` (may be null) and its chain before all others.
+    bool SendFrom(host::CommandHandler* first, int commandID);
 
 private:
+    enum class Step { First, View, Handler, Main };
+    host::CommandHandler* FindCommander(Step step, host::CommandHandler* first) const;
+    host::Handler* FindHandler() const;
+
     host::Handler* mHandler = nullptr;
     host::TabView* mView = nullptr;
 };

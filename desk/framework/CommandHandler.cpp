@@ -1,0 +1,29 @@
+#include "host/framework/CommandHandler.h"
+
+#include "desk/core/MainThread.h"
+#include "desk/core/Services.h"
+#include "desk/framework/CommandRouter.h"
+
+namespace host {
+
+CommandHandler::CommandHandler(CommandHandler* parent) : mParent(parent) {}
+
+CommandHandler::~CommandHandler() = default;
+
+bool CommandHandler::FindCommandStatus(int id, bool& enabled, bool& checked, MenuMark& mark,
+                                       UTF16String& text) {
+    return mParent && mParent->FindCommandStatus(id, enabled, checked, mark, text);
+}
+
+bool CommandHandler::ObeyCommand(const Command& command) {
+    return mParent && mParent->ObeyCommand(command);
+}
+
+void PostCommand(int id, bool onlyIfEnabled) {
+    desk::GetServices().mMainThread->Post([id, onlyIfEnabled] {
+        desk::CommandRouter& router = desk::CommandRouter::Instance();
+        if (!onlyIfEnabled || router.FindStatus(id).mIsEnabled) router.Send(id);
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,105 @@
+#include "desk/framework/CommandRouter.h"
+
+#include "desk/framework/CommandIDs.h"
+#include "desk/framework/MainCommander.h"
+#include "desk/framework/PanelNavigation.h"
+#include "desk/framework/Shortcuts.h"
+#include "desk/framework/TabViewImpl.h"
+#include "desk/framework/TabViews.h"
+#include "host/core/Logging.h"
+#include "host/framework/Handler.h"
+
+namespace desk {
+namespace {
+
+bool IsPanelStep(int commandID) {
+    return commandID == kCommandNextPanel || commandID == kCommandPreviousPanel;
+}
+
+/// What nobody's status function decides, though handlers (or the workspace) carry it out.
+CommandStatus FindNavigationStatus(int commandID, const host::Handler* handler) {
+    CommandStatus status;
+    if (IsPanelStep(commandID)) {
+        status.mIsKnown = true;
+        status.mIsEnabled = PanelNavigation::Instance().CanSelect();
+    } else if (commandID == kCommandFind && handler) {
+        const TabViewImpl* view = TabViews::Instance().Find(handler->GetHandlerID());
+        status.mIsKnown = true;
+        status.mIsEnabled = view && view->FindEnabledSearchBox();
+    }
+    return status;
+}
+
+}  // namespace
+
+PanelNavigation& PanelNavigation::Instance() {
+    static PanelNavigation sInstance;
+    return sInstance;
+}
+
+CommandRouter& CommandRouter::Instance() {
+    static CommandRouter sInstance;
+    return sInstance;
+}
+
+void CommandRouter::SetOnDuty(host::Handler* handler, host::TabView* view) {
+    if (view != mView) Shortcuts::Instance().ResetContext();
+    mHandler = handler;
+    mView = view;
+}
+
+void CommandRouter::ForgetHandler(const host::Handler* handler) {
+    if (mHandler == handler) SetOnDuty(nullptr, nullptr);
+}
+
+void CommandRouter::ForgetView(const host::TabView* view) {
+    if (mView == view) SetOnDuty(nullptr, nullptr);
+}
+
+host::Handler* CommandRouter::FindHandler() const {
+    if (mView || mHandler) return mHandler;
+    const TabViewImpl* open = TabViews::Instance().FindOpen();
+    return open ? host::Handler::FindHandler(open->mHandlerID) : nullptr;
+}
+
+host::CommandHandler* CommandRouter::FindCommander(Step step, host::CommandHandler* first) const {
+    if (step == Step::First) return first;
+    if (step == Step::Handler) return FindHandler();
+    if (step == Step::Main) return &MainCommander::Instance();
+    if (mView || mHandler) return mView;
+    TabViewImpl* open = TabViews::Instance().FindOpen();
+    return open ? open->mView : nullptr;
+}
+
+CommandStatus CommandRouter::FindStatus(int commandID) const {
+    try {
+        for (const Step step : {Step::View, Step::Handler, Step::Main}) {
+            CommandStatus status;
+            host::CommandHandler* commander = FindCommander(step, nullptr);
+            status.mIsKnown =
+                commander && commander->FindCommandStatus(commandID, status.mIsEnabled, status.mIsChecked,
+                                                          status.mMark, status.mText);
+            if (status.mIsKnown) return status;
+        }
+        return FindNavigationStatus(commandID, FindHandler());
+    } catch (...) {
+        host::LogCurrentException(__PRETTY_FUNCTION__);
+        return {};
+    }
+}
+
+bool CommandRouter::SendFrom(host::CommandHandler* first, int commandID) {
+    const host::Command command(commandID);
+    try {
+        for (const Step step : {Step::First, Step::View, Step::Handler, Step::Main})
+            if (host::CommandHandler* commander = FindCommander(step, first);
+                commander && commander->ObeyCommand(command))
+                return true;
+        return IsPanelStep(commandID) && PanelNavigation::Instance().Select(commandID == kCommandNextPanel);
+    } catch (...) {
+        host::LogCurrentException(__PRETTY_FUNCTION__);
+        return true;
+    }
+}
+
+}  // namespace desk
