@@ -3,8 +3,10 @@
 #include <string>
 #include <string_view>
 
+#include "desk/framework/MenuFiles.h"
 #include "host/core/Export.h"
 
+class QAction;
 class QMenu;
 class QWidget;
 
@@ -13,17 +15,21 @@ namespace desk {
 /// Menus by the ID of their resource, from menu files (JSON): the program's own (":/menus/*.json") and any
 /// in the profile's "menus" folder, which go before. A file that is not understood is logged and left out.
 /// An entry names a command ID and a localisation key, a sub-menu, or a separator; shortcuts come from
-/// `ShortcutManager`. UI thread.
+/// `Shortcuts`. UI thread.
 class ZUHOST_API MenuResources {
 public:
     static MenuResources& Instance();
     void Load(const std::string& profileFolder);
     bool HasMenu(std::string_view menuID) const;
-    /// Fills `menu` with the entries of the resource; each entry's text, mark and enabled state are asked of
-    /// the `CommandRouter` when the menu is about to show, and choosing it sends its command.
+    /// Adds the entries of the resource to `menu`; each entry's text, mark and enabled state are asked of
+    /// the `CommandRouter` when the menu is about to show, and choosing it sends its command. A menu that is
+    /// not known is logged.
     void Fill(QMenu& menu, std::string_view menuID);
-    /// Shows a menu at a screen position, as a context menu.
+    /// Shows a menu at a screen position, as a context menu; returns when it is closed.
     void Track(std::string_view menuID, QWidget& owner, int screenX, int screenY);
+
+private:
+    Menus mMenus;
 };
 
 }  // namespace desk

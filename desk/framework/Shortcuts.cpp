@@ -1,0 +1,234 @@
+#include "desk/framework/Shortcuts.h"
+
+#include <QDir>
+#include <QFile>
+#include <QShortcut>
+#include <algorithm>
+
+#include "desk/core/JsonFile.h"
+#include "desk/core/Log.h"
+#include "desk/core/QtStrings.h"
+#include "desk/framework/CommandIDs.h"
+#include "desk/framework/CommandRouter.h"
+#include "desk/framework/ShortcutFiles.h"
+#include "host/core/Localizer.h"
+
+namespace desk {
+
+class Shortcuts::Context : public host::CommandContext {
+public:
+    Context(std::string_view name, host::UTF16String displayName)
+        : mName(name), mDisplayName(std::move(displayName)) {}
+
+    void DeclareCommand(std::string_view name, int id, host::CommandKind kind, std::string_view label,
+                        const char*, bool isHidden) override {
+        DeclaredCommand command{std::string(name), id, kind, host::Localizer::Get()->Localize(label), isHidden};
+        const auto found = std::ranges::find(mCommands, command.mName, &DeclaredCommand::mName);
+        if (found != mCommands.end())
+            *found = std::move(command);
+        else
+            mCommands.push_back(std::move(command));
+        Shortcuts::Instance().Refresh();
+    }
+
+    std::string mName;
+    host::UTF16String mDisplayName;
+    std::vector<DeclaredCommand> mCommands;
+};
+
+namespace {
+
+constexpr char kGlobalContext[] = "global";
+
+void DeclareGlobalCommands(host::CommandContext& context) {
+    const auto declare = [&context](std::string_view name, int id, std::string_view label) {
+        context.DeclareCommand(name, id, host::CommandKind::LabelledCommand, label, nullptr, false);
+    };
+    declare("cmd.edit.find", kCommandFind, "$$$/Desk/Commands/Find=Find");
+    declare("cmd.edit.selectall", kCommandSelectAll, "$$$/Desk/Commands/SelectAll=Select All");
+    declare("cmd.edit.deselectall", kCommandDeselectAll, "$$$/Desk/Commands/DeselectAll=Deselect All");
+    declare("cmd.file.closeallotherprojects", kCommandCloseAllOtherProjects,
+            "$$$/Desk/Commands/CloseAllOtherProjects=Close All Other Projects");
+    declare("cmd.window.nextpanel", kCommandNextPanel, "$$$/Desk/Commands/NextPanel=Next Panel");
+    declare("cmd.window.previouspanel", kCommandPreviousPanel,
+            "$$$/Desk/Commands/PreviousPanel=Previous Panel");
+}
+
+KeyBindings ReadDefaults() {
+    KeyBindings bindings;
+    for (const QFileInfo& info :
+         QDir(QStringLiteral(":/shortcuts")).entryInfoList({QStringLiteral("*.json")})) {
+        QFile file(info.filePath());
+        const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        const JsonFile json = ParseJsonObject({text.constData(), static_cast<std::size_t>(text.size())});
+        if (json.mState != JsonFile::State::Read)
+            Log(LogLevel::Error, ToUTF8(info.filePath()) + ": " + json.mReason);
+        ReadKeyBindings(json.mObject, ToUTF8(info.filePath()), bindings);
+    }
+    return bindings;
+}
+
+}  // namespace
+
+Shortcuts::Shortcuts() = default;
+
+Shortcuts::~Shortcuts() = default;
+
+Shortcuts& Shortcuts::Instance() {
+    // Not destroyed: contexts may be asked for until the end of the process.
+    static Shortcuts* sInstance = nullptr;
+    if (!sInstance) {
+        sInstance = new Shortcuts;
+        DeclareGlobalCommands(
+            *sInstance->AddContext(kGlobalContext, host::ZString("$$$/Desk/Commands/Global=Application")));
+    }
+    return *sInstance;
+}
+
+void Shortcuts::Load(const std::string& profileFolder) {
+    mDefaults = ReadDefaults();
+    mOverrides.clear();
+    mOverridesPath = profileFolder + "/shortcuts.json";
+    const JsonFile json = ReadJsonFile(mOverridesPath);
+    if (json.mState == JsonFile::State::Broken || json.mState == JsonFile::State::Unreadable)
+        Log(LogLevel::Warning, mOverridesPath + " is left out: " + json.mReason);
+    ReadKeyBindings(json.mObject, mOverridesPath, mOverrides);
+    Refresh();
+}
+
+void Shortcuts::InstallOn(QWidget& mainWindow) {
+    for (const auto& [key, shortcut] : mShortcuts) delete shortcut.data();
+    mShortcuts.clear();
+    mWindow = &mainWindow;
+    LogUnknownNames();
+    Refresh();
+}
+
+void Shortcuts::LogUnknownNames() const {
+    for (const auto& [contextName, commands] : mOverrides) {
+        const Context* context = FindContext(contextName);
+        if (!context) {
+            Log(LogLevel::Warning, mOverridesPath + ": there is no context \"" + contextName + '"');
+            continue;
+        }
+        for (const auto& [name, keys] : commands)
+            if (std::ranges::find(context->mCommands, name, &DeclaredCommand::mName) ==
+                context->mCommands.end())
+                Log(LogLevel::Warning,
+                    mOverridesPath + ": \"" + contextName + "\" has no command \"" + name + '"');
+    }
+}
+
+const std::vector<QKeySequence>* Shortcuts::FindKeys(const Context& context,
+                                                     const DeclaredCommand& command) const {
+    for (const KeyBindings* bindings : {&mOverrides, &mDefaults}) {
+        const auto commands = bindings->find(context.mName);
+        if (commands == bindings->end()) continue;
+        const auto keys = commands->second.find(command.mName);
+        if (keys != commands->second.end()) return &keys->second;
+    }
+    return nullptr;
+}
+
+const DeclaredCommand* Shortcuts::FindCommand(const Context& context, const QKeySequence& key) const {
+    for (const DeclaredCommand& command : context.mCommands)
+        if (const auto* keys = FindKeys(context, command); keys && std::ranges::find(*keys, key) != keys->end())
+            return &command;
+    return nullptr;
+}
+
+std::vector<const Shortcuts::Context*> Shortcuts::GetActiveContexts() const {
+    std::vector<const Context*> contexts;
+    if (mActive) contexts.push_back(mActive);
+    const Context* global = FindContext(kGlobalContext);
+    if (!mActive || (!mIsExclusive && mActive != global)) contexts.push_back(global);
+    return contexts;
+}
+
+QKeySequence Shortcuts::GetKey(int commandID) const {
+    std::vector<const Context*> contexts = GetActiveContexts();
+    for (const auto& [name, context] : mContexts) contexts.push_back(context.get());
+    for (const Context* context : contexts)
+        for (const DeclaredCommand& command : context->mCommands)
+            if (const auto* keys = FindKeys(*context, command);
+                command.mID == commandID && keys && !keys->empty())
+                return keys->front();
+    return {};
+}
+
+void Shortcuts::Refresh() {
+    if (!mWindow) return;
+    for (const auto& [name, context] : mContexts)
+        for (const DeclaredCommand& command : context->mCommands)
+            if (const auto* keys = FindKeys(*context, command))
+                for (const QKeySequence& key : *keys) mShortcuts.try_emplace(key);
+    const auto contexts = GetActiveContexts();
+    for (auto& [key, shortcut] : mShortcuts) {
+        if (!shortcut) {
+            shortcut = new QShortcut(key, mWindow.data());
+            QObject::connect(shortcut, &QShortcut::activated, mWindow, [this, key = key] { Activate(key); });
+        }
+        shortcut->setEnabled(std::ranges::any_of(contexts, [this, &key = key](const Context* context) {
+            return FindCommand(*context, key) != nullptr;
+        }));
+    }
+}
+
+void Shortcuts::Activate(const QKeySequence& key) const {
+    CommandRouter& router = CommandRouter::Instance();
+    for (const Context* context : GetActiveContexts()) {
+        const DeclaredCommand* command = FindCommand(*context, key);
+        if (!command || !router.FindStatus(command->mID).mIsEnabled) continue;
+        router.Send(command->mID);
+        return;
+    }
+}
+
+void Shortcuts::ResetContext() {
+    mActive = nullptr;
+    mIsExclusive = false;
+    Refresh();
+}
+
+void Shortcuts::RegisterCommandContext(host::ShortcutManager::PopulateFunction populate) {
+    if (std::ranges::find(mPopulated, populate) != mPopulated.end()) return;
+    mPopulated.push_back(populate);
+    populate(host::ShortcutManager::Instance());
+}
+
+host::CommandContext* Shortcuts::AddContext(std::string_view name, const host::UTF16String& displayName) {
+    if (Context* context = FindContext(name)) return context;
+    auto context = std::make_unique<Context>(name, displayName);
+    return (mContexts[std::string(name)] = std::move(context)).get();
+}
+
+host::CommandContext* Shortcuts::GetContext(std::string_view name) const {
+    return FindContext(name);
+}
+
+Shortcuts::Context* Shortcuts::FindContext(std::string_view name) const {
+    const auto found = mContexts.find(name);
+    return found == mContexts.end() ? nullptr : found->second.get();
+}
+
+void Shortcuts::ApplyContext(std::string_view name, bool exclusive) {
+    const Context* context = FindContext(name);
+    if (!context) return;
+    mActive = context;
+    mIsExclusive = exclusive;
+    Refresh();
+}
+
+void Shortcuts::AddWindowMenuID(std::string_view context, const host::UTF16String& menuDisplayName,
+                                std::string_view menuID) {
+    if (!GetContext(context))
+        Log(LogLevel::Warning, "A menu belongs to an unknown context: " + std::string(context));
+    mMenuNames[std::string(menuID)] = menuDisplayName;
+}
+
+host::UTF16String Shortcuts::GetMenuDisplayName(std::string_view menuID) const {
+    const auto found = mMenuNames.find(menuID);
+    return found == mMenuNames.end() ? host::UTF16String() : found->second;
+}
+
+}  // namespace desk
