@@ -5,6 +5,7 @@
 #include "desk/core/Services.h"
 #include "desk/files/FolderStore.h"
 #include "host/files/PathUtils.h"
+#include "host/project/ProjectFiles.h"
 
 namespace desk {
 
@@ -26,7 +27,7 @@ KnownItem FindInStore(const host::UTF16String& path, Find find) {
     if (normalized != path) {
         if (const ItemFacts* facts = find(*store, normalized)) return {.mFacts = facts};
     }
-    return {.mIsAbsent = normalized != u"/" && store->IsListed(FolderOf(normalized))};
+    return {.mIsAbsent = host::IsVantorProjectFile(normalized) && store->IsListed(FolderOf(normalized))};
 }
 
 }  // namespace

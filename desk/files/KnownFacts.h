@@ -11,7 +11,8 @@ struct ItemFacts;
 struct KnownItem {
     /// Null when the store does not know the item. Valid until the store's next change.
     const ItemFacts* mFacts = nullptr;
-    /// The item's folder is listed and does not hold it. With neither, only the disk can tell.
+    /// The item's folder is listed and does not hold it; said of names of projects only, since the store keeps
+    /// no other files. With neither, only the disk can tell.
     bool mIsAbsent = false;
 };
 
