@@ -1,0 +1,73 @@
+#include "desk/dialogs/QtDialogs.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QStringList>
+
+#include "desk/core/QtStrings.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+
+namespace desk {
+
+namespace {
+
+/// The window to stand over: the active one, else any that the user sees.
+QWidget* FindParentWindow() {
+    if (QWidget* window = QApplication::activeModalWidget()) return window;
+    if (QWidget* window = QApplication::activeWindow()) return window;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows)
+        if (window->isVisible() && window->windowType() == Qt::Window) return window;
+    return nullptr;
+}
+
+/// `text` escaped line by line: its own line breaks are the message's paragraphs.
+QString ToDisplayLines(std::u16string_view text) {
+    QStringList lines;
+    for (;;) {
+        std::size_t end = text.find(u'\n');
+        lines << ToDisplayText(text.substr(0, end));
+        if (end == std::u16string_view::npos) return lines.join(QLatin1Char('\n'));
+        text.remove_prefix(end + 1);
+    }
+}
+
+/// Lets the user choose; empty when the user cancels.
+std::optional<host::UTF16String> Run(QFileDialog& dialog) {
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+    return host::PathUtils::ToNormalizedPath(ToUTF16(dialog.selectedFiles().constFirst()));
+}
+
+}  // namespace
+
+void QtDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16String& text) {
+    QMessageBox box(QMessageBox::Information, ToDisplayText(title), ToDisplayLines(text), QMessageBox::Ok,
+                    FindParentWindow());
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+
+std::optional<host::UTF16String> QtDialogs::AskFolder(const host::UTF16String& title,
+                                                      const host::UTF16String& startFolder) {
+    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), ToQString(startFolder));
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    return Run(dialog);
+}
+
+std::optional<host::UTF16String> QtDialogs::AskNewFolder(const host::UTF16String& title,
+                                                         const host::UTF16String& startFolder) {
+    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), ToQString(startFolder));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    // The caller says what it thinks of a name that is taken.
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.setLabelText(QFileDialog::Accept, ToQString(host::ZString("$$$/Vantor/Desk/Dialogs/CreateFolder=Create")));
+    return Run(dialog);
+}
+
+}  // namespace desk
