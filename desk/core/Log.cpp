@@ -91,13 +91,25 @@ std::string TimeStamp() {
     return stamp;
 }
 
-void WriteLine(int file, const std::string& line) {
+/// False with errno when not all of it could be written.
+bool WriteLine(int file, const std::string& line) {
     for (std::size_t done = 0; done < line.size();) {
         const ssize_t count = write(file, line.data() + done, line.size() - done);
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return;
+        if (count <= 0) return false;
         done += static_cast<std::size_t>(count);
     }
+    return true;
+}
+
+void WriteToStandardError(LogLevel level, const std::string& line) {
+    WriteLine(STDERR_FILENO, std::string("production-desk: ") + LevelName(level) + ": " + line + '\n');
+}
+
+void WriteToFile(LogState& state, LogLevel level, const std::string& line) {
+    if (state.mFile < 0 || WriteLine(state.mFile, TimeStamp() + ' ' + LevelName(level) + ": " + line + '\n')) return;
+    WriteToStandardError(LogLevel::Warning, std::string("the log file cannot be written: ") + std::strerror(errno));
+    close(std::exchange(state.mFile, -1));
 }
 
 /// Opens a regular file for appending; -1 with errno when that fails.
@@ -117,8 +129,8 @@ void Log(LogLevel level, std::string_view text) noexcept {
         LogState& state = State();
         const std::string line = Escaped(text);
         const std::lock_guard lock(state.mMutex);
-        WriteLine(STDERR_FILENO, std::string("production-desk: ") + LevelName(level) + ": " + line + '\n');
-        if (state.mFile >= 0) WriteLine(state.mFile, TimeStamp() + ' ' + LevelName(level) + ": " + line + '\n');
+        WriteToStandardError(level, line);
+        WriteToFile(state, level, line);
         if (state.mSink) state.mSink(level, line);
     } catch (...) {
         // Out of memory: the line is lost.
