@@ -22,9 +22,9 @@ namespace {
 constexpr char16_t kUnlockedSortKey[] = u"__UNLOCKED";
 
 bool IsEqualFoldingASCII(const UTF16String& a, const UTF16String& b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(),
-                      [](char16_t x, char16_t y) { return Utils::FoldASCII(x) == Utils::FoldASCII(y); });
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char16_t x, char16_t y) {
+               return Utils::FoldASCII(x) == Utils::FoldASCII(y);
+           });
 }
 
 UTF16String FormatDate(std::time_t time) {
@@ -39,7 +39,9 @@ UTF16String FormatDate(std::time_t time) {
     return WcharToUTF16(stream.str());
 }
 
-UTF16String FormatDate(const std::optional<std::time_t>& time) { return time ? FormatDate(*time) : UTF16String(); }
+UTF16String FormatDate(const std::optional<std::time_t>& time) {
+    return time ? FormatDate(*time) : UTF16String();
+}
 
 UTF16String FormatSortableNumber(const std::optional<std::time_t>& value) {
     return value ? NumberToString(static_cast<long long>(*value)) : UTF16String();
@@ -74,12 +76,18 @@ bool FileMetadata::Update(bool updateAll, ColumnID column) {
     }
     UpdateFileFacts(updateAll, column);
     switch (column) {
-        case kNameColumnID: return hasNameChanged;
-        case kLockedColumnID: return hasHolderChanged;
-        case kModifiedDateColumnID: return mModified != previousModified;
-        case kCreationDateColumnID: return mCreated != previousCreated;
-        case kSizeColumnID: return mSize != previousSize;
-        default: return false;
+        case kNameColumnID:
+            return hasNameChanged;
+        case kLockedColumnID:
+            return hasHolderChanged;
+        case kModifiedDateColumnID:
+            return mModified != previousModified;
+        case kCreationDateColumnID:
+            return mCreated != previousCreated;
+        case kSizeColumnID:
+            return mSize != previousSize;
+        default:
+            return false;
     }
 }
 
@@ -118,24 +126,36 @@ void FileMetadata::UpdateFileFacts(bool updateAll, ColumnID column) {
 UTF16String FileMetadata::GetColumnDisplayString(ColumnID column) const {
     if (mPath.empty()) return {};
     switch (column) {
-        case kNameColumnID: return mDisplayName;
-        case kLockedColumnID: return mLockedBy;
-        case kModifiedDateColumnID: return FormatDate(mModified);
-        case kCreationDateColumnID: return FormatDate(mCreated);
-        case kSizeColumnID: return mSize ? GetDisplayStringOfFileSize(*mSize) : UTF16String();
-        default: return {};
+        case kNameColumnID:
+            return mDisplayName;
+        case kLockedColumnID:
+            return mLockedBy;
+        case kModifiedDateColumnID:
+            return FormatDate(mModified);
+        case kCreationDateColumnID:
+            return FormatDate(mCreated);
+        case kSizeColumnID:
+            return mSize ? GetDisplayStringOfFileSize(*mSize) : UTF16String();
+        default:
+            return {};
     }
 }
 
 UTF16String FileMetadata::GetColumnDataAsSortableString(ColumnID column) const {
     if (mPath.empty()) return {};
     switch (column) {
-        case kNameColumnID: return mDisplayName;
-        case kLockedColumnID: return mLockedBy.empty() ? UTF16String(kUnlockedSortKey) : mLockedBy;
-        case kModifiedDateColumnID: return FormatSortableNumber(mModified);
-        case kCreationDateColumnID: return FormatSortableNumber(mCreated);
-        case kSizeColumnID: return mSize ? AsciiToUTF16(std::to_string(*mSize)) : UTF16String();
-        default: return {};
+        case kNameColumnID:
+            return mDisplayName;
+        case kLockedColumnID:
+            return mLockedBy.empty() ? UTF16String(kUnlockedSortKey) : mLockedBy;
+        case kModifiedDateColumnID:
+            return FormatSortableNumber(mModified);
+        case kCreationDateColumnID:
+            return FormatSortableNumber(mCreated);
+        case kSizeColumnID:
+            return mSize ? AsciiToUTF16(std::to_string(*mSize)) : UTF16String();
+        default:
+            return {};
     }
 }
 

@@ -30,19 +30,27 @@ PictureRef sGenericFolderIcon;
 
 PictureRef GetSharedFolderPicture() {
     if (!sGenericFolderIcon)
-        sGenericFolderIcon = GetGenericFolderIcon(GetDefaultDrawSupplier(), kFolderPictureSize, kFolderPictureSize);
+        sGenericFolderIcon =
+            GetGenericFolderIcon(GetDefaultDrawSupplier(), kFolderPictureSize, kFolderPictureSize);
     return sGenericFolderIcon;
 }
 
 const char* GetDecalName(IconState state) {
     switch (state) {
-        case IconState::Folder: break;
-        case IconState::Trash: return kHistoryActionDeleteDecal;
-        case IconState::ClosedNoLock: return kZuProductionPanelProjectClosedNoLockDecal;
-        case IconState::ClosedLocked: return kZuProductionPanelProjectClosedLockedDecal;
-        case IconState::OpenNoLock: return kZuProductionPanelProjectOpenNoLockDecal;
-        case IconState::OpenLocked: return kZuProductionPanelProjectOpenLockedDecal;
-        case IconState::OpenEditable: return kZuProductionPanelProjectOpenEditableDecal;
+        case IconState::Folder:
+            break;
+        case IconState::Trash:
+            return kHistoryActionDeleteDecal;
+        case IconState::ClosedNoLock:
+            return kZuProductionPanelProjectClosedNoLockDecal;
+        case IconState::ClosedLocked:
+            return kZuProductionPanelProjectClosedLockedDecal;
+        case IconState::OpenNoLock:
+            return kZuProductionPanelProjectOpenNoLockDecal;
+        case IconState::OpenLocked:
+            return kZuProductionPanelProjectOpenLockedDecal;
+        case IconState::OpenEditable:
+            return kZuProductionPanelProjectOpenEditableDecal;
     }
     return nullptr;
 }
@@ -109,7 +117,8 @@ UTF16String GetAccessibleName(const UTF16String& path, const FileMetadata* metad
         if (project->IsReadOnly())
             text = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/ReadOnly=@0, read-only", {text});
         if (Utils::IsRefreshable(path))
-            text = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/OutOfDate=@0, out of date", {text});
+            text =
+                ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/OutOfDate=@0, out of date", {text});
     }
     if (!metadata || !metadata->mLocked) return text;
     if (metadata->mLockedBy.empty())
@@ -175,6 +184,8 @@ UTF16String GetCellAccessibleText(const HeaderRowRef& headerRow, unsigned column
     return metadata->GetColumnDisplayString(column);
 }
 
-void ClearGenericFolderIcon() { sGenericFolderIcon.reset(); }
+void ClearGenericFolderIcon() {
+    sGenericFolderIcon.reset();
+}
 
 }  // namespace HandlerSharedProjects::Columns

@@ -17,10 +17,9 @@ constexpr int kSpinnerInCentre = 1;
 
 }  // namespace
 
-SharedProjectsDirectoryView::SharedProjectsDirectoryView(ProjectRef project,
-                                                         std::shared_ptr<MediaBrowserContentManager> contentManager,
-                                                         const UTF16String& rootPath,
-                                                         const std::shared_ptr<SharedProjectsTabView>& tabView)
+SharedProjectsDirectoryView::SharedProjectsDirectoryView(
+    ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager, const UTF16String& rootPath,
+    const std::shared_ptr<SharedProjectsTabView>& tabView)
     : MediaBrowserDirectoryView(std::move(project), std::move(contentManager)), mTabView(tabView) {
     SetupTree();
     GetTree()->UI_SetNodeID("ZuProduction.DirectoryView.MediaBrowserMultiColumnTree");
@@ -47,8 +46,9 @@ void SharedProjectsDirectoryView::SetupTree() {
     tree.SetSupportNoneSelected(true);
     tree.SetSupportDeselectAllOnEmptyTreeClick(true);
     tree.SetSpinnerAlignment(kSpinnerInCentre);
-    tree.SetAccessibleName(Localizer::Get()->Localize(
-        "$$$/Vantor/Handlers/ZuProductionFolder/Accessible/DirectoryTree=Folders and projects of the production"));
+    tree.SetAccessibleName(
+        Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/DirectoryTree=Folders "
+                                   "and projects of the production"));
 }
 
 void SharedProjectsDirectoryView::SetupHeaderRow() {
@@ -81,8 +81,9 @@ void SharedProjectsDirectoryView::ShowRoot(const UTF16String& rootPath) {
     if (rootPath.empty())
         SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/NoProductionOpen=No production is open");
     else if (!exists)
-        SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/ProductionNotFound=The folder of this production "
-                     "cannot be found");
+        SetEmptyText(
+            "$$$/Vantor/Handlers/ZuProductionFolder/ProductionNotFound=The folder of this production "
+            "cannot be found");
     else
         SetEmptyText("");
     if (exists) RequestRootContent();
@@ -93,7 +94,9 @@ void SharedProjectsDirectoryView::SetEmptyText(std::string_view key) {
     GetTree()->SetEmptyText(Localizer::Get()->Localize(key));
 }
 
-void SharedProjectsDirectoryView::SetRowHeight(float height) { GetTree()->SetRowHeight(height); }
+void SharedProjectsDirectoryView::SetRowHeight(float height) {
+    GetTree()->SetRowHeight(height);
+}
 
 bool SharedProjectsDirectoryView::IsFileRow(const RowRef& row) const {
     return GetMetadata(row) || IsVantorProjectFile(GetRowPath(row.get()));
@@ -106,7 +109,9 @@ RowRef SharedProjectsDirectoryView::GetRowFromPath(const UTF16String& path) cons
     return {};
 }
 
-std::size_t SharedProjectsDirectoryView::GetOpenedRowsCount() const { return GetTree()->CountOpenedRows(); }
+std::size_t SharedProjectsDirectoryView::GetOpenedRowsCount() const {
+    return GetTree()->CountOpenedRows();
+}
 
 void SharedProjectsDirectoryView::AddRowToMaps(const RowRef& row, const DirectoryRowData& data) {
     if (!row) return;
@@ -128,13 +133,21 @@ void SharedProjectsDirectoryView::RemoveRowFromMaps(const RowRef& row) {
     MediaBrowserDirectoryView::RemoveRowFromMaps(row);
 }
 
-bool SharedProjectsDirectoryView::CanRowHaveChildren(const RowRef& row) const { return !IsFileRow(row); }
+bool SharedProjectsDirectoryView::CanRowHaveChildren(const RowRef& row) const {
+    return !IsFileRow(row);
+}
 
-bool SharedProjectsDirectoryView::CanOpenRow(const RowRef& row) const { return !IsFileRow(row); }
+bool SharedProjectsDirectoryView::CanOpenRow(const RowRef& row) const {
+    return !IsFileRow(row);
+}
 
-bool SharedProjectsDirectoryView::RowIsVolume(const RowRef&) const { return false; }
+bool SharedProjectsDirectoryView::RowIsVolume(const RowRef&) const {
+    return false;
+}
 
-bool SharedProjectsDirectoryView::RowIsVolumeContainer(const RowRef&) const { return false; }
+bool SharedProjectsDirectoryView::RowIsVolumeContainer(const RowRef&) const {
+    return false;
+}
 
 SharedProjectsDirectoryView::MetadataRequest* SharedProjectsDirectoryView::FindMetadata(const RowRef& row) {
     const auto entry = mRowToMetadata.find(row);
@@ -177,7 +190,9 @@ void SharedProjectsDirectoryView::UpdateMetadata(MetadataRequest& request, const
     if (hasSortKeyChanged) mQueuedSort->Queue();
 }
 
-void SharedProjectsDirectoryView::UpdateRow(const RowRef& row) { UpdateRow(row, IsRowExposed(row)); }
+void SharedProjectsDirectoryView::UpdateRow(const RowRef& row) {
+    UpdateRow(row, IsRowExposed(row));
+}
 
 void SharedProjectsDirectoryView::UpdateRow(const RowRef& row, bool exposed) {
     MediaBrowserDirectoryView::UpdateRow(row);
@@ -220,11 +235,17 @@ void SharedProjectsDirectoryView::OnZuProductionClosed(const UTF16String&) {
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
 }
 
-void SharedProjectsDirectoryView::OnProjectOpened(const ProjectRef& project) { UpdateRowOfProject(project); }
+void SharedProjectsDirectoryView::OnProjectOpened(const ProjectRef& project) {
+    UpdateRowOfProject(project);
+}
 
-void SharedProjectsDirectoryView::OnProjectClosed(const ProjectRef& project) { UpdateRowOfProject(project); }
+void SharedProjectsDirectoryView::OnProjectClosed(const ProjectRef& project) {
+    UpdateRowOfProject(project);
+}
 
-void SharedProjectsDirectoryView::OnReadOnlyStateChanged(const ProjectRef& project) { UpdateRowOfProject(project); }
+void SharedProjectsDirectoryView::OnReadOnlyStateChanged(const ProjectRef& project) {
+    UpdateRowOfProject(project);
+}
 
 void SharedProjectsDirectoryView::UpdateRowOfProject(const ProjectRef& project) {
     const UTF16String path = project->GetProjectPath();

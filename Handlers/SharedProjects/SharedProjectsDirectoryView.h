@@ -22,7 +22,8 @@ public:
     /// `rootPath` is the production's folder, empty when none is open. Only a weak reference to `tabView` is
     /// kept.
     SharedProjectsDirectoryView(ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager,
-                                const UTF16String& rootPath, const std::shared_ptr<SharedProjectsTabView>& tabView);
+                                const UTF16String& rootPath,
+                                const std::shared_ptr<SharedProjectsTabView>& tabView);
     ~SharedProjectsDirectoryView() override;
 
     Columns::HeaderRowRef GetHeaderRow() const { return mHeaderRow; }
@@ -51,8 +52,8 @@ public:
     /// While paused, changed folders are remembered; they are read when the pause ends.
     void SetPauseUpdates(bool pause);
     void OnDirectoryChanged(const UTF16String& path) override;
-    void UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath, const DirectoryContent& content,
-                               const ContentDelivery& delivery) override;
+    void UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath,
+                               const DirectoryContent& content, const ContentDelivery& delivery) override;
     void ListenToMessage(const Message& message) override;
 
     /// Selects all opened rows but the trash folder and what is in it.
@@ -71,7 +72,8 @@ protected:
     bool RowIsVolume(const RowRef& row) const override;
     bool RowIsVolumeContainer(const RowRef& row) const override;
     void OnRowDoubleClicked(const RowRef& row, Point point) override;
-    void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell) override;
+    void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column,
+                         const RectT<float>& cell) override;
     void OnRowSelectionChanged(const RowVec& rows) override;
     void OnRowOpenStateChanged(const RowRef& row, bool open) override;
     void ResizeColumns() override;
@@ -97,7 +99,8 @@ private:
     const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
     void UpdateMetadata(MetadataRequest& request, const RowRef& row);
     void UpdateMetadataForOpenSubtree(const RowRef& row);
-    void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths, const ContentDelivery& delivery);
+    void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
+                         const ContentDelivery& delivery);
     void AddNameCellView(const RowRef& row);
     RowRef FindRowOfPath(const UTF16String& path) const;
     void SelectDeferredRenameRow(const ContentDelivery& delivery);

@@ -9,7 +9,9 @@ namespace HandlerSharedProjects {
 
 namespace {
 
-bool IsShown(const UTF16String& path) { return IsVantorProjectFile(path) || PathUtils::IsDirectory(path); }
+bool IsShown(const UTF16String& path) {
+    return IsVantorProjectFile(path) || PathUtils::IsDirectory(path);
+}
 
 /// The items of a delivery that get rows. Those that do not are added to what a change has removed: a folder
 /// whose name now stands for some other file has no row any more.

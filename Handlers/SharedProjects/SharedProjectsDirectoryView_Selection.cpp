@@ -15,15 +15,25 @@ void SharedProjectsDirectoryView::SelectAll() {
     GetTree()->SelectRows(rows);
 }
 
-void SharedProjectsDirectoryView::DeselectAll() { GetTree()->DeselectAllRows(true); }
+void SharedProjectsDirectoryView::DeselectAll() {
+    GetTree()->DeselectAllRows(true);
+}
 
-void SharedProjectsDirectoryView::MoveHome() { Utils::MoveHome(GetTree()); }
+void SharedProjectsDirectoryView::MoveHome() {
+    Utils::MoveHome(GetTree());
+}
 
-void SharedProjectsDirectoryView::MoveEnd() { Utils::MoveEnd(GetTree()); }
+void SharedProjectsDirectoryView::MoveEnd() {
+    Utils::MoveEnd(GetTree());
+}
 
-void SharedProjectsDirectoryView::MovePageUp() { Utils::MovePageUp(GetTree()); }
+void SharedProjectsDirectoryView::MovePageUp() {
+    Utils::MovePageUp(GetTree());
+}
 
-void SharedProjectsDirectoryView::MovePageDown() { Utils::MovePageDown(GetTree()); }
+void SharedProjectsDirectoryView::MovePageDown() {
+    Utils::MovePageDown(GetTree());
+}
 
 void SharedProjectsDirectoryView::OnRowDoubleClicked(const RowRef& row, Point) {
     if (row && !IsFileRow(row)) ToggleRow(row);
@@ -51,7 +61,9 @@ bool SharedProjectsDirectoryView::ColumnSortStringIsLess(const UTF16String& a, c
     return Columns::SortStringIsLess(a, b);
 }
 
-void SharedProjectsDirectoryView::OnSortChanged(ColumnID, bool) { UpdateOpenRows(); }
+void SharedProjectsDirectoryView::OnSortChanged(ColumnID, bool) {
+    UpdateOpenRows();
+}
 
 void SharedProjectsDirectoryView::OnColumnMoved(unsigned, unsigned) {
     const auto tabView = mTabView.lock();

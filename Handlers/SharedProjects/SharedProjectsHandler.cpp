@@ -56,7 +56,8 @@ constexpr CommandDeclaration kCommands[] = {
     {"cmd.zuproductionfolder.move.home", 30313,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/MoveSelectionHome=Move Selection Home"},
     {"cmd.zuproductionfolder.zoomin", 30323, "$$$/Vantor/Handlers/ZuProductionFolder/Commands/ZoomIn=Zoom In"},
-    {"cmd.zuproductionfolder.zoomout", 30324, "$$$/Vantor/Handlers/ZuProductionFolder/Commands/ZoomOut=Zoom Out"},
+    {"cmd.zuproductionfolder.zoomout", 30324,
+     "$$$/Vantor/Handlers/ZuProductionFolder/Commands/ZoomOut=Zoom Out"},
     {"cmd.zuproductionfolder.openproject", 30305,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/OpenProject=Open Project"},
     {"cmd.zuproductionfolder.closeproject", 30306,
@@ -106,8 +107,8 @@ UTF16String SharedProjectsHandler::GetRootDirectory() {
 void SharedProjectsHandler::PopulateCommandContext(ShortcutManager* manager) {
     manager->GetContext("global");
     CommandContext* context = manager->AddContext(
-        sContextName,
-        Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/ProductionContext=Production Panel"));
+        sContextName, Localizer::Get()->Localize(
+                          "$$$/Vantor/Handlers/ZuProductionFolder/ProductionContext=Production Panel"));
     for (const CommandDeclaration& command : kCommands)
         context->DeclareCommand(command.mName, command.mID,
                                 *command.mLabel ? CommandKind::LabelledCommand : CommandKind::MenuCommand,
@@ -144,9 +145,13 @@ bool SharedProjectsHandler::ObeyCommand(const Command& command) {
     return CommandHandler::ObeyCommand(command);
 }
 
-const char* SharedProjectsHandler::GetContextName() const { return sContextName; }
+const char* SharedProjectsHandler::GetContextName() const {
+    return sContextName;
+}
 
-const char* SharedProjectsHandler::GetFlyoutMenuID() const { return kFlyoutMenuID; }
+const char* SharedProjectsHandler::GetFlyoutMenuID() const {
+    return kFlyoutMenuID;
+}
 
 TabView* SharedProjectsHandler::CreateTabViewSelf(WorkspaceFrame* frame) {
     const UTF16String title = Localizer::Get()->Localize(
@@ -156,7 +161,9 @@ TabView* SharedProjectsHandler::CreateTabViewSelf(WorkspaceFrame* frame) {
     return mTabView.get();
 }
 
-bool SharedProjectsHandler::ShouldDestroyWhenClosed() const { return true; }
+bool SharedProjectsHandler::ShouldDestroyWhenClosed() const {
+    return true;
+}
 
 void SharedProjectsHandler::ListenToMessage(const Message& message) {
     if (const auto* opened = MessageCast<ZuProductionFolderOpenedMessage>(message)) {

@@ -18,7 +18,8 @@ Module* CreateModule(const UTF16String& modulePath) {
 }
 
 namespace {
-[[maybe_unused]] const bool sIsModuleRegistered = Module::RegisterFactory(kZuProductionFolderModuleID, CreateModule);
+[[maybe_unused]] const bool sIsModuleRegistered =
+    Module::RegisterFactory(kZuProductionFolderModuleID, CreateModule);
 }  // namespace
 
 }  // namespace HandlerSharedProjects

@@ -49,8 +49,8 @@ void SharedProjectsSearchResultsView::SetupTree() {
     tree.SetSupportNoneSelected(true);
     tree.SetSupportDeselectAllOnEmptyTreeClick(true);
     tree.SetSpinnerAlignment(kSpinnerInCentre);
-    tree.SetAccessibleName(
-        Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/SearchResults=Search results"));
+    tree.SetAccessibleName(Localizer::Get()->Localize(
+        "$$$/Vantor/Handlers/ZuProductionFolder/Accessible/SearchResults=Search results"));
     tree.SetDrawCellOfRowCallback(Utils::BindCallback(this, &View::OnDrawCellOfRow, mLifetime));
     tree.SetCellSortDataFunction(Utils::BindCallback(this, &View::GetCellSortDataAsString, mLifetime));
     tree.SetCellAccessibleTextFunction(Utils::BindCallback(this, &View::GetCellAccessibleText, mLifetime));
@@ -74,7 +74,9 @@ void SharedProjectsSearchResultsView::UI_SizeChanged(const RectT<float>& localBo
     mTree->UI_SetBounds(localBounds);
 }
 
-void SharedProjectsSearchResultsView::SetRowHeight(float height) { mTree->SetRowHeight(height); }
+void SharedProjectsSearchResultsView::SetRowHeight(float height) {
+    mTree->SetRowHeight(height);
+}
 
 bool SharedProjectsSearchResultsView::IsFileRow(const RowRef& row) const {
     const auto entry = mRowToPath.left.find(row);
@@ -86,7 +88,9 @@ UTF16String SharedProjectsSearchResultsView::GetRowPath(const RowRef& row) const
     return entry == mRowToPath.left.end() ? UTF16String() : entry->second;
 }
 
-std::size_t SharedProjectsSearchResultsView::GetOpenedRowsCount() const { return mTree->CountOpenedRows(); }
+std::size_t SharedProjectsSearchResultsView::GetOpenedRowsCount() const {
+    return mTree->CountOpenedRows();
+}
 
 UTF16StringVec SharedProjectsSearchResultsView::GetSelectedPaths(bool includeAll) const {
     UTF16StringVec paths;
@@ -95,7 +99,9 @@ UTF16StringVec SharedProjectsSearchResultsView::GetSelectedPaths(bool includeAll
     return paths;
 }
 
-std::size_t SharedProjectsSearchResultsView::CountSelectedRows() const { return mTree->CountSelectedRows(); }
+std::size_t SharedProjectsSearchResultsView::CountSelectedRows() const {
+    return mTree->CountSelectedRows();
+}
 
 void SharedProjectsSearchResultsView::SelectAllProjects() {
     RowVec rows;
@@ -116,13 +122,21 @@ void SharedProjectsSearchResultsView::ToggleRow(const RowRef& row) {
         mTree->OpenRow(row.get());
 }
 
-void SharedProjectsSearchResultsView::MoveHome() { Utils::MoveHome(mTree); }
+void SharedProjectsSearchResultsView::MoveHome() {
+    Utils::MoveHome(mTree);
+}
 
-void SharedProjectsSearchResultsView::MoveEnd() { Utils::MoveEnd(mTree); }
+void SharedProjectsSearchResultsView::MoveEnd() {
+    Utils::MoveEnd(mTree);
+}
 
-void SharedProjectsSearchResultsView::MovePageUp() { Utils::MovePageUp(mTree); }
+void SharedProjectsSearchResultsView::MovePageUp() {
+    Utils::MovePageUp(mTree);
+}
 
-void SharedProjectsSearchResultsView::MovePageDown() { Utils::MovePageDown(mTree); }
+void SharedProjectsSearchResultsView::MovePageDown() {
+    Utils::MovePageDown(mTree);
+}
 
 void SharedProjectsSearchResultsView::UpdateRow(const RowRef& row) {
     mTree->RedrawRow(row.get());
@@ -154,7 +168,9 @@ bool SharedProjectsSearchResultsView::ColumnSortStringIsLess(const UTF16String& 
     return Columns::SortStringIsLess(a, b);
 }
 
-void SharedProjectsSearchResultsView::OnSortChanged(ColumnID, bool) { mIsHeaderChanged = true; }
+void SharedProjectsSearchResultsView::OnSortChanged(ColumnID, bool) {
+    mIsHeaderChanged = true;
+}
 
 void SharedProjectsSearchResultsView::OnColumnMoved(unsigned, unsigned) {
     mIsHeaderChanged = true;
@@ -176,8 +192,10 @@ void SharedProjectsSearchResultsView::OnDrawCellOfRow(Drawbot& drawbot, const Ro
 }
 
 UTF16String SharedProjectsSearchResultsView::GetCellSortDataAsString(const RowRef& row, unsigned column) {
-    if (IsFileRow(row)) return mRowToMetadata[row].GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
-    return Columns::IsNameColumn(mHeaderRow, column) ? Columns::GetPathDisplayName(GetRowPath(row)) : UTF16String();
+    if (IsFileRow(row))
+        return mRowToMetadata[row].GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
+    return Columns::IsNameColumn(mHeaderRow, column) ? Columns::GetPathDisplayName(GetRowPath(row))
+                                                     : UTF16String();
 }
 
 UTF16String SharedProjectsSearchResultsView::GetCellAccessibleText(const RowRef& row, unsigned column) {
@@ -207,9 +225,13 @@ void SharedProjectsSearchResultsView::ListenToMessage(const Message& message) {
         UpdateRowOfProject(readOnly->GetProject());
 }
 
-void SharedProjectsSearchResultsView::OnProjectOpened(const ProjectRef& project) { UpdateRowOfProject(project); }
+void SharedProjectsSearchResultsView::OnProjectOpened(const ProjectRef& project) {
+    UpdateRowOfProject(project);
+}
 
-void SharedProjectsSearchResultsView::OnProjectClosed(const ProjectRef& project) { UpdateRowOfProject(project); }
+void SharedProjectsSearchResultsView::OnProjectClosed(const ProjectRef& project) {
+    UpdateRowOfProject(project);
+}
 
 void SharedProjectsSearchResultsView::UpdateRowOfProject(const ProjectRef& project) {
     const UTF16String path = project->GetProjectPath();

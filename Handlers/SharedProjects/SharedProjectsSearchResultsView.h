@@ -70,7 +70,8 @@ protected:
 
 private:
     /// Unique on both sides.
-    using RowPathMap = boost::bimap<boost::bimaps::set_of<RowRef>, boost::bimaps::unordered_set_of<UTF16String>>;
+    using RowPathMap =
+        boost::bimap<boost::bimaps::set_of<RowRef>, boost::bimaps::unordered_set_of<UTF16String>>;
     class NewRows;
 
     void SetupTree();

@@ -82,8 +82,8 @@ void SharedProjectsSearchResultsView::EndSearch() {
 void SharedProjectsSearchResultsView::OnFound(const UTF16StringVec& paths) {
     EndSearch();
     Populate(paths);
-    mTree->SetEmptyText(
-        ZString("$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResults=No project or folder matches “@0”", {mText}));
+    mTree->SetEmptyText(ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResults=No project or folder matches “@0”", {mText}));
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
 }
 
@@ -106,7 +106,8 @@ void SharedProjectsSearchResultsView::AddHits(const UTF16StringVec& paths) {
     newRows.LayOut(*mTree);
 }
 
-void SharedProjectsSearchResultsView::AddHit(const UTF16String& root, const UTF16String& path, NewRows& newRows) {
+void SharedProjectsSearchResultsView::AddHit(const UTF16String& root, const UTF16String& path,
+                                             NewRows& newRows) {
     if (!path.starts_with(root)) return;
     const char16_t separator = PathUtils::GetPathSeparator();
     const std::size_t folderSize = path.rfind(separator) + 1;

@@ -23,7 +23,9 @@ constexpr double kPanelClosedCommandDelaySeconds = 0.25;
 constexpr unsigned kSearchBoxCookie = 1397773154;
 constexpr int kSliderToolTipDelayMilliseconds = 400;
 
-UTF16String Localize(const char* key) { return Localizer::Get()->Localize(key); }
+UTF16String Localize(const char* key) {
+    return Localizer::Get()->Localize(key);
+}
 
 /// What tells the tool bar's buttons apart.
 struct ButtonDescription {
@@ -46,7 +48,8 @@ constexpr ButtonDescription kTrashButton{
     "$$$/Vantor/Handlers/ZuProductionFolder/TrashButtonToolTip=Move to Trash",
     "$$$/Vantor/Handlers/ZuProductionFolder/DeleteButton=Delete the currently selected items"};
 
-void CreateButton(PictureButton& button, View& parent, const Rect& bounds, const ButtonDescription& description) {
+void CreateButton(PictureButton& button, View& parent, const Rect& bounds,
+                  const ButtonDescription& description) {
     button.Create(parent, description.mCommandID, bounds,
                   Bitmap::GetBitmap(description.mDecal, GetDefaultDrawSupplier()));
     button.SetToolTipText(Localize(description.mToolTip));
@@ -60,7 +63,9 @@ void CreateButton(PictureButton& button, View& parent, const Rect& bounds, const
 SharedProjectsTabView::SharedProjectsTabView(Commander* parent)
     : TabView(parent), mTreeView(std::make_shared<SharedProjectsTreeView>(this)) {}
 
-SharedProjectsTabView::~SharedProjectsTabView() { Destroy(); }
+SharedProjectsTabView::~SharedProjectsTabView() {
+    Destroy();
+}
 
 void SharedProjectsTabView::FinishCreateSelf(const Rect& bounds) {
     try {
@@ -216,7 +221,9 @@ void SharedProjectsTabView::OnItemsDelivered(const std::set<UTF16String>& paths,
     if (AreTreeViewsCreated()) mTreeView->GetSearchResultsView()->UpdateFromDelivery(paths, removedPaths);
 }
 
-bool SharedProjectsTabView::AreTreeViewsCreated() const { return mTreeView && mTreeView->IsCreated(); }
+bool SharedProjectsTabView::AreTreeViewsCreated() const {
+    return mTreeView && mTreeView->IsCreated();
+}
 
 UTF16StringVec SharedProjectsTabView::GetSelectedPaths() const {
     if (!AreTreeViewsCreated()) return {};
@@ -241,7 +248,8 @@ void SharedProjectsTabView::UpdateControlEnabledStates() {
         bool checked = false;
         MenuMark mark = MenuMark::None;
         UTF16String text;
-        button.Enable(isProductionOpen && FindCommandStatus(commandID, enabled, checked, mark, text) && enabled);
+        button.Enable(isProductionOpen && FindCommandStatus(commandID, enabled, checked, mark, text) &&
+                      enabled);
     };
     follow(mNewProjectButton, kNewProjectCommandID);
     follow(mNewFolderButton, kNewFolderCommandID);
@@ -260,8 +268,12 @@ void SharedProjectsTabView::NowOnDuty() {
     ShortcutManager::Instance()->ApplyContext(SharedProjectsHandler::sContextName, false);
 }
 
-bool SharedProjectsTabView::AllowTablessSelf() const { return false; }
+bool SharedProjectsTabView::AllowTablessSelf() const {
+    return false;
+}
 
-const char* SharedProjectsTabView::GetFlyoutMenuID() const { return kFlyoutMenuID; }
+const char* SharedProjectsTabView::GetFlyoutMenuID() const {
+    return kFlyoutMenuID;
+}
 
 }  // namespace HandlerSharedProjects

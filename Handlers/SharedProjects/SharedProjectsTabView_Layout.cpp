@@ -45,7 +45,9 @@ struct Bar {
     int mHeight;
 };
 
-Bar GetTopBar() { return {0, sTopBarHeight.Get()}; }
+Bar GetTopBar() {
+    return {0, sTopBarHeight.Get()};
+}
 
 Bar GetBottomBar(const Rect& panel, const Rect& treeArea) {
     const int height = sBottomBarHeight.Get();
@@ -133,8 +135,12 @@ float SharedProjectsTabView::GetStackedDimensionHeight() const {
     return AreTreeViewsCreated() ? mTreeView->GetDirectoryView()->GetExactOpenedHeight() : 0;
 }
 
-int SharedProjectsTabView::GetStackedDimensionHeightMin() const { return sPanelHeightMin.Get(); }
+int SharedProjectsTabView::GetStackedDimensionHeightMin() const {
+    return sPanelHeightMin.Get();
+}
 
-int SharedProjectsTabView::GetStackedDimensionHeightMax() const { return sPanelHeightMax.Get(); }
+int SharedProjectsTabView::GetStackedDimensionHeightMax() const {
+    return sPanelHeightMax.Get();
+}
 
 }  // namespace HandlerSharedProjects

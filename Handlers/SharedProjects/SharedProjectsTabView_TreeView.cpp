@@ -5,13 +5,15 @@ namespace HandlerSharedProjects {
 
 SharedProjectsTreeView::SharedProjectsTreeView(Commander* parent) : SubView(parent) {}
 
-SharedProjectsTreeView::~SharedProjectsTreeView() { Destroy(); }
+SharedProjectsTreeView::~SharedProjectsTreeView() {
+    Destroy();
+}
 
 void SharedProjectsTreeView::Init(const std::shared_ptr<SharedProjectsTabView>& tabView,
                                   const std::shared_ptr<MediaBrowserContentManager>& contentManager) {
     mSearchResultsView = new SharedProjectsSearchResultsView(tabView);
-    mDirectoryView = new SharedProjectsDirectoryView({}, contentManager, SharedProjectsHandler::GetRootDirectory(),
-                                                     tabView);
+    mDirectoryView =
+        new SharedProjectsDirectoryView({}, contentManager, SharedProjectsHandler::GetRootDirectory(), tabView);
 }
 
 void SharedProjectsTreeView::FinishCreateSelf(const Rect& bounds) {

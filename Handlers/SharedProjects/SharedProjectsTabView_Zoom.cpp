@@ -18,9 +18,15 @@ constexpr double kSmallestZoomStep = 0.001;
 constexpr int kSelectionCountToolTipDelayMilliseconds = 400;
 
 /// At least 1, whatever the tunable says: it is divided by.
-float GetSmallestRowHeight() { return static_cast<float>(std::max(sRowHeightMin.Get(), 1)); }
-float GetLargestRowHeight() { return static_cast<float>(std::max(sRowHeightMax.Get(), 1)); }
-double GetZoomStep() { return std::max(sZoomStep.Get(), kSmallestZoomStep); }
+float GetSmallestRowHeight() {
+    return static_cast<float>(std::max(sRowHeightMin.Get(), 1));
+}
+float GetLargestRowHeight() {
+    return static_cast<float>(std::max(sRowHeightMax.Get(), 1));
+}
+double GetZoomStep() {
+    return std::max(sZoomStep.Get(), kSmallestZoomStep);
+}
 
 float GetRowHeightFromZoomFraction(double zoom) {
     const float smallest = GetSmallestRowHeight();
@@ -33,10 +39,11 @@ const char* GetSelectionCountKey(std::size_t selected, std::size_t total) {
                             "#{@0 is the number of items, here 1}"
                           : "$$$/Vantor/Handlers/ZuProductionFolder/TotalItemsPlural=@0 items"
                             "#{@0 is the number of items}";
-    return total == 1 ? "$$$/Vantor/Handlers/ZuProductionFolder/SelectedAndTotalItemsSingular=@0 of @1 item selected"
-                        "#{@0 is the number of selected items, @1 that of all items, here 1}"
-                      : "$$$/Vantor/Handlers/ZuProductionFolder/SelectedAndTotalItemsPlural=@0 of @1 items selected"
-                        "#{@0 is the number of selected items, @1 that of all items}";
+    return total == 1
+               ? "$$$/Vantor/Handlers/ZuProductionFolder/SelectedAndTotalItemsSingular=@0 of @1 item selected"
+                 "#{@0 is the number of selected items, @1 that of all items, here 1}"
+               : "$$$/Vantor/Handlers/ZuProductionFolder/SelectedAndTotalItemsPlural=@0 of @1 items selected"
+                 "#{@0 is the number of selected items, @1 that of all items}";
 }
 
 UTF16String GetSelectionCountText(std::size_t selected, std::size_t total) {
@@ -52,7 +59,8 @@ float SharedProjectsTabView::GetColumnWidthScale() const {
     return (GetLargestRowHeight() / GetSmallestRowHeight() - 1.0f) * static_cast<float>(mZoomAmount) + 1.0f;
 }
 
-void SharedProjectsTabView::UpdateBaseColumnWidthMap(const Columns::HeaderRowRef& headerRow, unsigned columnIndex) {
+void SharedProjectsTabView::UpdateBaseColumnWidthMap(const Columns::HeaderRowRef& headerRow,
+                                                     unsigned columnIndex) {
     const ColumnID column = headerRow->GetColumnAt(columnIndex);
     mColumnIDToBaseWidth[column] = headerRow->GetColumnWidth(column) / GetColumnWidthScale();
 }
@@ -105,10 +113,10 @@ Utils::ViewPropertyLoggingData SharedProjectsTabView::GetViewPropertyLoggingData
     Utils::ViewPropertyLoggingData data;
     data.mRowHeight = GetRowHeightFromZoomFraction(mZoomAmount);
     if (AreTreeViewsCreated())
-        data.mColumnIndices = Columns::GetViewPropertyLoggingColumnMap(
-            mTreeView->GetViewType() == TreeViewType::SearchResultsView
-                ? mTreeView->GetSearchResultsView()->GetHeaderRow()
-                : mTreeView->GetDirectoryView()->GetHeaderRow());
+        data.mColumnIndices =
+            Columns::GetViewPropertyLoggingColumnMap(mTreeView->GetViewType() == TreeViewType::SearchResultsView
+                                                         ? mTreeView->GetSearchResultsView()->GetHeaderRow()
+                                                         : mTreeView->GetDirectoryView()->GetHeaderRow());
     return data;
 }
 

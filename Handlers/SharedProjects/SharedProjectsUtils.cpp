@@ -75,9 +75,13 @@ int GetPathTypes(UTF16StringVec paths) {
     return types;
 }
 
-void MoveHome(const TreeRef& tree) { MoveTo(tree, tree->GetOpenedRow(0)); }
+void MoveHome(const TreeRef& tree) {
+    MoveTo(tree, tree->GetOpenedRow(0));
+}
 
-void MoveEnd(const TreeRef& tree) { MoveTo(tree, tree->GetOpenedRow(static_cast<int>(tree->CountOpenedRows()) - 1)); }
+void MoveEnd(const TreeRef& tree) {
+    MoveTo(tree, tree->GetOpenedRow(static_cast<int>(tree->CountOpenedRows()) - 1));
+}
 
 void MovePageUp(const TreeRef& tree) {
     const int first = tree->GetFirstVisibleOpenedRowIndex();
