@@ -1,0 +1,170 @@
+#include "tests/support/FaultyFileSystem.h"
+
+#include <algorithm>
+#include <thread>
+
+#include "desk/core/Services.h"
+#include "desk/files/PosixErrors.h"
+
+namespace {
+
+bool IsAtOrBelow(const std::string& path, const std::string& folder) {
+    return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+}  // namespace
+
+FaultyFileSystem::FaultyFileSystem() : ForwardingFileSystem(mDisk), mBefore(desk::GetServices().mFileSystem) {
+    desk::GetServices().mFileSystem = this;
+}
+
+FaultyFileSystem::~FaultyFileSystem() {
+    OpenGate();
+    desk::GetServices().mFileSystem = mBefore;
+}
+
+void FaultyFileSystem::Fail(Operation operation, int nth, int error) {
+    std::lock_guard lock(mMutex);
+    mFaults[operation][mCounts[operation] + nth] = error;
+}
+
+void FaultyFileSystem::Deny(const std::string& path, int error) {
+    std::lock_guard lock(mMutex);
+    mDenied[path] = error;
+}
+
+void FaultyFileSystem::Allow(const std::string& path) {
+    std::lock_guard lock(mMutex);
+    mDenied.erase(path);
+}
+
+void FaultyFileSystem::SetGone(bool isGone) {
+    std::lock_guard lock(mMutex);
+    mIsGone = isGone;
+}
+
+void FaultyFileSystem::SetVolumeType(long type) {
+    std::lock_guard lock(mMutex);
+    mVolumeType = type;
+}
+
+void FaultyFileSystem::HideKinds(bool isHidden) {
+    std::lock_guard lock(mMutex);
+    mHidesKinds = isHidden;
+}
+
+void FaultyFileSystem::Slow(std::chrono::microseconds delay) {
+    std::lock_guard lock(mMutex);
+    mDelay = delay;
+}
+
+void FaultyFileSystem::CloseGate(Operation operation, const std::string& path) {
+    std::lock_guard lock(mMutex);
+    mGate = Gate{operation, path};
+}
+
+bool FaultyFileSystem::WaitAtGate() {
+    std::unique_lock lock(mMutex);
+    return mGateChanged.wait_for(lock, std::chrono::seconds(20), [this] { return mWaiting > 0; });
+}
+
+void FaultyFileSystem::OpenGate() {
+    std::unique_lock lock(mMutex);
+    mGate.reset();
+    mGateChanged.notify_all();
+    mGateChanged.wait(lock, [this] { return mWaiting == 0; });
+}
+
+int FaultyFileSystem::Count(Operation operation) const {
+    std::lock_guard lock(mMutex);
+    auto found = mCounts.find(operation);
+    return found == mCounts.end() ? 0 : found->second;
+}
+
+void FaultyFileSystem::ResetCounts() {
+    std::lock_guard lock(mMutex);
+    std::map<Operation, std::map<int, int>> faults;
+    for (const auto& [operation, byCall] : mFaults)
+        for (const auto& [call, error] : byCall) faults[operation][call - mCounts[operation]] = error;
+    mFaults = std::move(faults);
+    mCounts.clear();
+}
+
+/// Counts the call, waits as long as it is to take, and fails if it is to fail.
+void FaultyFileSystem::Enter(Operation operation, const std::string& path) {
+    std::unique_lock lock(mMutex);
+    ++mCounts[operation];
+    const int error = FindFault(operation, path);
+    PassGate(lock, operation, path);
+    const auto delay = mDelay;
+    lock.unlock();
+    if (delay.count() > 0) std::this_thread::sleep_for(delay);
+    if (error != 0) desk::ThrowFileException("(faulty) use", path, error);
+}
+
+void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation operation, const std::string& path) {
+    auto isClosed = [&] { return mGate && mGate->mOperation == operation && IsAtOrBelow(path, mGate->mPath); };
+    if (!isClosed()) return;
+    ++mWaiting;
+    mGateChanged.notify_all();
+    mGateChanged.wait(lock, [&] { return !isClosed(); });
+    --mWaiting;
+    mGateChanged.notify_all();
+}
+
+int FaultyFileSystem::FindFault(Operation operation, const std::string& path) {
+    if (mIsGone) return ESTALE;
+    for (const auto& [denied, error] : mDenied)
+        if (IsAtOrBelow(path, denied)) return error;
+    auto& faults = mFaults[operation];
+    auto found = faults.find(mCounts[operation]);
+    if (found == faults.end()) return 0;
+    const int error = found->second;
+    faults.erase(found);
+    return error;
+}
+
+std::vector<desk::FolderEntry> FaultyFileSystem::ListFolder(const std::string& path) {
+    Enter(Operation::ListFolder, path);
+    std::vector<desk::FolderEntry> entries = mDisk.ListFolder(path);
+    std::lock_guard lock(mMutex);
+    if (mHidesKinds)
+        for (desk::FolderEntry& entry : entries) entry.mKind = desk::ItemKind::Unknown;
+    return entries;
+}
+
+desk::ItemStatus FaultyFileSystem::Status(const std::string& path, bool followLink) {
+    Enter(Operation::Status, path);
+    return mDisk.Status(path, followLink);
+}
+
+std::string FaultyFileSystem::ReadSmallFile(const std::string& path, std::size_t limit) {
+    Enter(Operation::ReadSmallFile, path);
+    return mDisk.ReadSmallFile(path, limit);
+}
+
+void FaultyFileSystem::ReplaceFile(const std::string& path, const std::string& bytes) {
+    Enter(Operation::ReplaceFile, path);
+    mDisk.ReplaceFile(path, bytes);
+}
+
+void FaultyFileSystem::AppendToFile(const std::string& path, const std::string& bytes) {
+    Enter(Operation::AppendToFile, path);
+    mDisk.AppendToFile(path, bytes);
+}
+
+void FaultyFileSystem::CreateFolder(const std::string& path) {
+    Enter(Operation::CreateFolder, path);
+    mDisk.CreateFolder(path);
+}
+
+void FaultyFileSystem::RenameNew(const std::string& from, const std::string& to) {
+    Enter(Operation::RenameNew, from);
+    mDisk.RenameNew(from, to);
+}
+
+long FaultyFileSystem::VolumeType(const std::string& path) {
+    Enter(Operation::VolumeType, path);
+    std::lock_guard lock(mMutex);
+    return mVolumeType ? *mVolumeType : mDisk.VolumeType(path);
+}

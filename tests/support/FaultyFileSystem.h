@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "desk/files/PosixFileSystem.h"
+#include "tests/support/ForwardingFileSystem.h"
+
+/// The real file system with switches for faults. It is the process's file system (`desk::GetServices`) while
+/// it exists. Any thread.
+class FaultyFileSystem : public ForwardingFileSystem {
+public:
+    enum class Operation {
+        ListFolder,
+        Status,
+        ReadSmallFile,
+        ReplaceFile,
+        AppendToFile,
+        CreateFolder,
+        RenameNew,
+        VolumeType
+    };
+
+    FaultyFileSystem();
+    ~FaultyFileSystem() override;
+
+    /// The `nth` call of `operation` from now (1: the next one) fails with `error`, once.
+    void Fail(Operation operation, int nth, int error);
+    /// Everything at and below `path` fails, until `Allow` of the same path.
+    void Deny(const std::string& path, int error = EACCES);
+    void Allow(const std::string& path);
+    /// The volume is gone (ESTALE for everything), or back.
+    void SetGone(bool isGone);
+    /// Volumes tell this type (statfs(2) f_type) from now on.
+    void SetVolumeType(long type);
+    /// The kinds of folder entries are not told, as on some volumes.
+    void HideKinds(bool isHidden);
+    /// Every operation really takes this much longer. For benchmarks; tests use the gate.
+    void Slow(std::chrono::microseconds delay);
+
+    /// Calls of `operation` at and below `path` stop at the gate until `OpenGate`.
+    void CloseGate(Operation operation, const std::string& path);
+    /// Waits until a call stands at the closed gate; false when none has come within 20 s.
+    bool WaitAtGate();
+    void OpenGate();
+
+    /// Calls of `operation` since the beginning or the last `ResetCounts`, those that failed too.
+    int Count(Operation operation) const;
+    void ResetCounts();
+
+    std::vector<desk::FolderEntry> ListFolder(const std::string& path) override;
+    desk::ItemStatus Status(const std::string& path, bool followLink) override;
+    std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
+    void ReplaceFile(const std::string& path, const std::string& bytes) override;
+    void AppendToFile(const std::string& path, const std::string& bytes) override;
+    void CreateFolder(const std::string& path) override;
+    void RenameNew(const std::string& from, const std::string& to) override;
+    long VolumeType(const std::string& path) override;
+
+private:
+    struct Gate {
+        Operation mOperation;
+        std::string mPath;
+    };
+
+    void Enter(Operation operation, const std::string& path);
+    void PassGate(std::unique_lock<std::mutex>& lock, Operation operation, const std::string& path);
+    int FindFault(Operation operation, const std::string& path);
+
+    desk::PosixFileSystem mDisk;
+    desk::FileSystem* mBefore;
+    mutable std::mutex mMutex;
+    std::condition_variable mGateChanged;
+    std::optional<Gate> mGate;
+    int mWaiting = 0;
+    std::map<Operation, int> mCounts;
+    /// By the number of calls still to come.
+    std::map<Operation, std::map<int, int>> mFaults;
+    std::map<std::string, int> mDenied;
+    bool mIsGone = false;
+    bool mHidesKinds = false;
+    std::optional<long> mVolumeType;
+    std::chrono::microseconds mDelay{0};
+};

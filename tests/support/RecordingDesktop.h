@@ -1,0 +1,27 @@
+#pragma once
+
+#include "desk/core/Desktop.h"
+
+/// A desktop whose user, machine and clock the test sets. It is the process's `desk::Desktop` while it exists.
+/// Set before workers run.
+class RecordingDesktop : public desk::Desktop {
+public:
+    RecordingDesktop();
+    ~RecordingDesktop() override;
+
+    host::UTF16String UserName() const override { return mUserName; }
+    host::UTF16String MachineName() const override { return mMachineName; }
+    std::string MachineID() const override { return mMachineID; }
+    std::string BootID() const override { return mBootID; }
+    std::chrono::system_clock::time_point Now() const override { return mNow; }
+
+    host::UTF16String mUserName = u"ines";
+    host::UTF16String mMachineName = u"edit-bay-1";
+    std::string mMachineID = "0123456789abcdef0123456789abcdef";
+    std::string mBootID = "11111111-2222-3333-4444-555555555555";
+    /// 2026-03-02T09:30:00Z.
+    std::chrono::system_clock::time_point mNow{std::chrono::seconds(1772443800)};
+
+private:
+    desk::Desktop* mBefore;
+};
