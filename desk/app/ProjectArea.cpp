@@ -1,5 +1,6 @@
 #include "desk/app/ProjectArea.h"
 
+#include <QFontInfo>
 #include <QLabel>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -13,7 +14,7 @@ namespace {
 QLabel* MakeLine(const char* key, double scale, bool isEnabled) {
     auto* label = new QLabel(ToQString(host::ZString(key)));
     QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * scale);
+    font.setPixelSize(qRound(QFontInfo(font).pixelSize() * scale));
     label->setFont(font);
     label->setEnabled(isEnabled);
     label->setAlignment(Qt::AlignCenter);

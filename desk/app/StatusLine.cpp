@@ -31,7 +31,6 @@ QLabel* MakeLabel() {
     auto* label = new QLabel;
     label->setTextFormat(Qt::PlainText);
     label->setMinimumWidth(1);
-    label->setContentsMargins(8, 0, 8, 0);
     return label;
 }
 

@@ -104,9 +104,9 @@ void DockWorkspaceTitleBar::PlaceButtons() {
 
 void DockWorkspaceTitleBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), Theme::Color(ThemeColor::WindowBackground));
+    painter.fillRect(rect(), Theme::Color(ThemeColor::PanelBackground));
     const QRect tab(0, 0, std::min(TabWidth(), mMenuButton->x()), height());
-    painter.fillRect(tab, Theme::Color(mIsFlashing ? ThemeColor::Selection : ThemeColor::PanelBackground));
+    painter.fillRect(tab, Theme::Color(mIsFlashing ? ThemeColor::Selection : ThemeColor::WindowBackground));
     QColor accent = Theme::Color(ThemeColor::Accent);
     if (!mIsOnDuty) accent.setAlphaF(0.45F);
     painter.fillRect(QRect(0, 0, tab.width(), kAccentHeight), accent);

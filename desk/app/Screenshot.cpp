@@ -1,0 +1,63 @@
+#include "desk/app/Screenshot.h"
+
+#include <QBuffer>
+#include <QPixmap>
+#include <QWidget>
+
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/FolderStore.h"
+#include "desk/project/Production.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+namespace {
+
+constexpr int kDeadline = 30'000;
+/// Longer than any pause between a row's coming into view and the question for its facts.
+constexpr int kQuietTime = 300;
+
+}  // namespace
+
+Screenshot::Screenshot(QWidget& window, std::string path, Done done)
+    : mWindow(window), mPath(std::move(path)), mDone(std::move(done)) {
+    mSinceStart.start();
+    mSinceBusy.start();
+    QObject::connect(&mTimer, &QTimer::timeout, &mTimer, [this] { Look(); });
+    mTimer.start(20);
+}
+
+bool Screenshot::AreRowsShown() const {
+    const host::UTF16String& folder = Production::Instance().GetFolder();
+    return folder.empty() || GetServices().mFolderStore->IsListed(folder);
+}
+
+void Screenshot::Look() {
+    const bool isLate = mSinceStart.elapsed() > kDeadline;
+    if (!AreRowsShown()) {
+        mSinceBusy.restart();
+        if (!isLate) return;
+        mTimer.stop();
+        return mDone("the production was not listed within 30 seconds; no picture was written");
+    }
+    if (GetServices().mWorkerPool->IsBusy()) mSinceBusy.restart();
+    if (mSinceBusy.elapsed() < kQuietTime && !isLate) return;
+    mTimer.stop();
+    mDone(Write());
+}
+
+std::string Screenshot::Write() const {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (!mWindow.grab().save(&buffer, "PNG")) return "the picture could not be made";
+    try {
+        GetServices().mFileSystem->ReplaceFile(mPath, bytes.toStdString());
+        return {};
+    } catch (const host::FileException& exception) {
+        return exception.what();
+    }
+}
+
+}  // namespace desk

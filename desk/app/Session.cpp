@@ -1,0 +1,221 @@
+#include "desk/app/Session.h"
+
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QSocketNotifier>
+#include <cstdio>
+#include <optional>
+#include <thread>
+
+#include "desk/app/CommandLine.h"
+#include "desk/app/MainWindow.h"
+#include "desk/app/PluginFolders.h"
+#include "desk/app/RecentProductions.h"
+#include "desk/app/Screenshot.h"
+#include "desk/app/SystemColorScheme.h"
+#include "desk/core/DebugDatabaseFile.h"
+#include "desk/core/LanguageTable.h"
+#include "desk/core/Log.h"
+#include "desk/core/Profile.h"
+#include "desk/core/QtMainThread.h"
+#include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
+#include "desk/core/SystemDesktop.h"
+#include "desk/core/UsageLogFile.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/dialogs/QtDialogs.h"
+#include "desk/files/ChangeSource.h"
+#include "desk/files/FolderStore.h"
+#include "desk/framework/MenuResources.h"
+#include "desk/framework/PluginLoader.h"
+#include "desk/framework/Shortcuts.h"
+
+namespace desk {
+namespace {
+
+/// Many, since they mostly wait for the volume.
+constexpr unsigned kWorkers = 24;
+constexpr std::chrono::seconds kPatience(3);
+
+/// While Qt looks for the display: it would end the process with its own words and a core dump.
+void ExplainMissingDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
+    if (type != QtFatalMsg) return;
+    std::fprintf(stderr, "production-desk: %s\n", kNoDisplay);
+    _exit(2);
+}
+
+/// Qt's own arguments are none of the command line's.
+std::unique_ptr<QApplication> MakeApplication(int& argumentCount, char** arguments) {
+    const QtMessageHandler handler = qInstallMessageHandler(ExplainMissingDisplay);
+    auto application = std::make_unique<QApplication>(argumentCount, arguments);
+    qInstallMessageHandler(handler);
+    QApplication::setApplicationName(QStringLiteral("production-desk"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Production Desk"));
+    QApplication::setApplicationVersion(QStringLiteral(ZU_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("production-desk"));
+    return application;
+}
+
+int sSignalEvent = -1;
+
+void WakeForSignal(int) {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(sSignalEvent, &one, sizeof one);
+}
+
+/// The session's end and an interrupt close the program as the user would.
+std::unique_ptr<QSocketNotifier> QuitOnSignals() {
+    sSignalEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    auto notifier = std::make_unique<QSocketNotifier>(sSignalEvent, QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, WakeForSignal);
+    return notifier;
+}
+
+/// Everything that matters is saved by now: a volume that does not answer must not keep the process.
+void EndAtTheLatestIn(std::chrono::seconds patience, int exitCode) {
+    std::thread([=] {
+        std::this_thread::sleep_for(patience);
+        _exit(exitCode);
+    }).detach();
+}
+
+}  // namespace
+
+/// In the order in which they are made.
+struct Session::Parts {
+    explicit Parts(const CommandLine& commandLine) : mDesktop(ToUTF16(commandLine.mUser)) {}
+
+    SystemDesktop mDesktop;
+    QtMainThread mMainThread;
+    WorkerPool mWorkerPool{kWorkers};
+    QtDialogs mDialogs;
+    std::unique_ptr<FolderStore> mFolderStore;
+    std::optional<Profile> mProfile;
+    std::unique_ptr<UsageLogFile> mUsageLog;
+    std::unique_ptr<DebugDatabaseFile> mDebugDatabase;
+    std::unique_ptr<RecentProductions> mRecent;
+    std::unique_ptr<SystemColorScheme> mColorScheme;
+    std::unique_ptr<MainWindow> mWindow;
+    std::unique_ptr<Screenshot> mScreenshot;
+    std::unique_ptr<QSocketNotifier> mSignals;
+};
+
+int Session::Run(const CommandLine& commandLine, FileSystem& fileSystem, int argumentCount, char** arguments) {
+    int ownName = argumentCount > 0 ? 1 : 0;
+    const std::unique_ptr<QApplication> application = MakeApplication(ownName, arguments);
+    Session session(commandLine, fileSystem);
+    try {
+        return session.Execute();
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "production-desk: %s\n", ToUTF8(ToDisplayText(host::UTF8to16(exception.what()))).c_str());
+        return EXIT_FAILURE;
+    }
+}
+
+Session::Session(const CommandLine& commandLine, FileSystem& fileSystem)
+    : mCommandLine(commandLine), mParts(std::make_unique<Parts>(commandLine)) {
+    Services& services = GetServices();
+    services.mFileSystem = &fileSystem;
+    services.mMainThread = &mParts->mMainThread;
+    services.mDialogs = &mParts->mDialogs;
+    services.mDesktop = &mParts->mDesktop;
+    services.mWorkerPool = &mParts->mWorkerPool;
+    mParts->mFolderStore = CreateFolderStore();
+    services.mFolderStore = mParts->mFolderStore.get();
+}
+
+Session::~Session() {
+    mParts.reset();
+    GetServices() = {};
+}
+
+int Session::Execute() {
+    OpenProfile();
+    ApplyTheme();
+    LoadPanels();
+    OpenWindow();
+    mParts->mSignals = QuitOnSignals();
+    const int exitCode = QApplication::exec();
+    mParts->mWindow->SaveLayout();
+    EndAtTheLatestIn(kPatience, exitCode);
+    Close();
+    return exitCode;
+}
+
+void Session::OpenProfile() {
+    const Profile& profile = mParts->mProfile.emplace(mCommandLine.mProfile);
+    OpenLogFile(profile.PathOf("log.txt"));
+    SetLanguage(ToUTF8(mCommandLine.mLanguage), profile.Folder());
+    mParts->mUsageLog = std::make_unique<UsageLogFile>(profile.PathOf(UsageLogFile::kFileName));
+    mParts->mDebugDatabase = std::make_unique<DebugDatabaseFile>(profile.Folder());
+    mParts->mRecent = std::make_unique<RecentProductions>(profile.PathOf(RecentProductions::kFileName));
+    MenuResources::Instance().Load(profile.Folder());
+    Shortcuts::Instance().Load(profile.Folder());
+}
+
+void Session::LoadPanels() {
+    std::vector<PluginFile> plugins = FindPlugins(GetPluginFolders(mCommandLine.mPluginFolders));
+    LoadPlugins(plugins);
+}
+
+void Session::ApplyTheme() {
+    ThemeKind kind = mCommandLine.mTheme == CommandLine::ThemeChoice::Light ? ThemeKind::Light : ThemeKind::Dark;
+    if (mCommandLine.mTheme == CommandLine::ThemeChoice::System) {
+        mParts->mColorScheme = std::make_unique<SystemColorScheme>([](ThemeKind changed) { Theme::Apply(changed); });
+        kind = mParts->mColorScheme->Current();
+    }
+    Theme::Apply(kind);
+}
+
+void Session::OpenWindow() {
+    const bool isPicture = !mCommandLine.mScreenshot.empty();
+    mParts->mWindow = std::make_unique<MainWindow>(*mParts->mProfile, isPicture ? nullptr : mParts->mRecent.get(),
+                                                   mCommandLine.mWindowSize);
+    mParts->mWindow->show();
+    OpenFirstProduction();
+}
+
+void Session::OpenFirstProduction() {
+    const bool isPicture = !mCommandLine.mScreenshot.empty();
+    const auto done = [this, isPicture](const ProductionOpener::Result& result) {
+        if (!isPicture) return;
+        if (result.mProblem.isEmpty()) return TakeScreenshot();
+        std::fprintf(stderr, "production-desk: %s\n", ToUTF8(result.mProblem).c_str());
+        QCoreApplication::exit(EXIT_FAILURE);
+    };
+    ProductionCommands& productions = mParts->mWindow->Productions();
+    const std::string last = mParts->mRecent->GetFolderToOpen();
+    if (!mCommandLine.mFolder.empty())
+        productions.OpenAtStart(mCommandLine.mFolder, done);
+    else if (!last.empty())
+        productions.OpenAtStart(last, done);
+    else if (mParts->mRecent->IsFirstStart())
+        productions.OpenSample(done);
+    else if (isPicture)
+        TakeScreenshot();
+}
+
+void Session::TakeScreenshot() {
+    mParts->mScreenshot =
+        std::make_unique<Screenshot>(*mParts->mWindow, mCommandLine.mScreenshot, [](const std::string& error) {
+            if (!error.empty()) std::fprintf(stderr, "production-desk: %s\n", error.c_str());
+            QCoreApplication::exit(error.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
+        });
+}
+
+/// The panels go first: they use everything else.
+void Session::Close() {
+    mParts->mScreenshot.reset();
+    mParts->mWindow.reset();
+    mParts->mColorScheme.reset();
+    mParts->mDebugDatabase.reset();
+    mParts->mUsageLog.reset();
+    mParts->mWorkerPool.WaitUntilIdle(kPatience);
+    mParts->mFolderStore.reset();
+}
+
+}  // namespace desk
