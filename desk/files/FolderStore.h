@@ -14,13 +14,16 @@
 
 namespace desk {
 
+class ChangeSource;
+class DirectoryMonitor;
 struct LockRecord;
 
 /// What is known of one item of a listed folder.
 struct ItemFacts {
-    /// `Folder` also for a link to a folder. `Unknown` for a link whose target is not known yet.
+    /// `Folder` also for a link to a folder. `Unknown` while it is not known (links and volumes that do not
+    /// tell; project files only, which are told by their names).
     ItemKind mKind = ItemKind::Unknown;
-    /// Absent until it has been read, and while it is being read anew after a change.
+    /// Absent until it has been read. After a change it stays as it was until it has been read anew.
     std::optional<ItemStatus> mStatus;
     /// A lock file stands beside the item (told by the listing alone).
     bool mHasLockFile = false;
@@ -30,15 +33,16 @@ struct ItemFacts {
 
 /// What the UI thread knows of the volume: the listings of the folders that a view shows, kept current by
 /// the change monitor, and the facts of their items as workers bring them. The one place where anything from
-/// the volume reaches the UI thread. UI thread, but for what its workers do inside.
+/// the volume reaches the UI thread. Its items are folders, links to folders and project files, without those
+/// that are hidden (`IsHiddenName`); other files are not kept. UI thread, but for what its workers do inside.
 class ZUHOST_API FolderStore {
 public:
     struct Delivery {
         host::UTF16String mFolder;
         host::ContentDelivery mDelivery;
         std::shared_ptr<const host::DirectoryContent> mContent;
-        /// The last delivery of what was requested.
-        bool mIsLast = true;
+        /// The last delivery that answers `RequestListing`.
+        bool mIsLast = false;
         /// The listing failed with this errno, and there is no content; 0 for success.
         int mSystemError = 0;
     };
@@ -46,11 +50,14 @@ public:
 
     virtual ~FolderStore() = default;
 
-    /// Lists `folder` on a worker and hands its content to `receiver`: in one delivery, or, for a long first
-    /// listing, in parts. Watches (or polls) the folder from before the listing on, if it lies below a
-    /// monitored root. Kinds come from the directory entries; nothing is asked per file. From now on
-    /// `receiver` also gets what `RequestChanges` and `RequestFacts` bring for the folder, until `Forget`.
-    virtual void RequestListing(const host::UTF16String& folder, Receiver receiver) = 0;
+    /// Lists `folder` on a worker and hands its content to `receiver`: in one delivery, or, when it is long, in
+    /// parts. Watches (or polls) the folder from before the listing on, if it lies below a monitored root.
+    /// Kinds come from the directory entries; nothing is asked per file. From now on `receiver` also gets what
+    /// `RequestChanges` and `RequestFacts` bring for the folder, until `Forget`. `owner` tells receivers apart:
+    /// one that has the folder's content already gets what has changed since (extent `Change`, also when it is
+    /// nothing), and takes the place of that owner's earlier receiver.
+    virtual void RequestListing(const host::UTF16String& folder, Receiver receiver,
+                                const void* owner = nullptr) = 0;
     /// Brings what has changed in a listed folder since the last listing: only the items that the monitor
     /// named are read, or all of the folder when it could not name them.
     virtual void RequestChanges(const host::UTF16String& folder) = 0;
@@ -59,16 +66,25 @@ public:
     virtual void RequestFacts(const host::UTF16String& folder, const host::UTF16StringVec& names) = 0;
     /// Drops requests for facts that no worker has begun (their rows have scrolled away).
     virtual void DropWaitingFacts() = 0;
-    /// Forgets a folder and all folders below it.
-    virtual void Forget(const host::UTF16String& folder) = 0;
+    /// Takes the owner's receivers of a folder and of all folders below it away, and forgets those folders
+    /// that have none left.
+    virtual void Forget(const host::UTF16String& folder, const void* owner = nullptr) = 0;
 
-    /// True when the folder's listing is known and current.
+    /// True when the folder's listing is known, and the folder is watched or polled.
     virtual bool IsListed(std::u16string_view folder) const = 0;
     /// The facts of an item of a listed folder, by its path; null when its folder is not listed, or (told by
-    /// `IsListed`) when the folder holds no such item. A pointer into the store: valid until the next change.
+    /// `IsListed`) when the folder holds no such item. A listed folder is itself found as a folder. A pointer
+    /// into the store: valid until the next change.
     virtual const ItemFacts* Find(std::u16string_view path) const = 0;
     /// Like `Find`; when status or lock are missing they are asked for in the background.
     virtual const ItemFacts* FindAndRequest(std::u16string_view path) = 0;
+
+    /// What follows the folders.
+    virtual DirectoryMonitor& GetMonitor() = 0;
 };
+
+/// Makes the store on the process's services. `source` tells of changes in place of the system (inotify); for
+/// tests. UI thread.
+ZUHOST_API std::unique_ptr<FolderStore> CreateFolderStore(std::unique_ptr<ChangeSource> source = nullptr);
 
 }  // namespace desk

@@ -1,0 +1,105 @@
+#include "desk/files/FactReader.h"
+
+#include <iterator>
+#include <utility>
+
+#include "desk/core/MainThread.h"
+#include "desk/core/Services.h"
+
+namespace desk {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Answers that come one after another are brought to the UI thread at this pace.
+constexpr std::chrono::milliseconds kPace{16};
+
+/// Listings find a free worker although every item of a volume that stands still is being asked for.
+std::size_t MostWorkers() {
+    return std::max<std::size_t>(1, GetServices().mWorkerPool->CountThreads() * 3 / 4);
+}
+
+}  // namespace
+
+FactReader::FactReader(std::shared_ptr<VolumeSpeed> speed, Receiver receiver)
+    : mSpeed(std::move(speed)), mReceiver(std::move(receiver)) {}
+
+void FactReader::Ask(std::vector<Question> questions) {
+    {
+        const std::lock_guard lock(mMutex);
+        mWaiting.insert(mWaiting.end(), std::make_move_iterator(questions.begin()),
+                        std::make_move_iterator(questions.end()));
+    }
+    StartWorkers();
+}
+
+std::vector<FactReader::Question> FactReader::DropWaiting() {
+    const std::lock_guard lock(mMutex);
+    return std::exchange(mWaiting, {});
+}
+
+void FactReader::StartWorkers() {
+    std::size_t count = 0;
+    {
+        const std::lock_guard lock(mMutex);
+        const std::size_t wanted = (mWaiting.size() + mSpeed->ChunkSize() - 1) / mSpeed->ChunkSize();
+        count = std::min(wanted, MostWorkers() - std::min(mWorkers, MostWorkers()));
+        mWorkers += count;
+    }
+    for (; count > 0; --count) GetServices().mWorkerPool->Submit([self = shared_from_this()] { self->Work(); });
+}
+
+/// Answers one chunk and stands in line again, behind listings that have been asked for meanwhile.
+void FactReader::Work() {
+    std::vector<Question> questions = TakeChunk();
+    if (questions.empty()) return;
+    std::vector<Answer> answers;
+    answers.reserve(questions.size());
+    const auto begin = Clock::now();
+    for (Question& question : questions) {
+        Answer& answer = answers.emplace_back();
+        answer.mUpdate = ReadItem(*question.mFolder, question.mName, question.mHasLockFile);
+        answer.mFolder = std::move(question.mFolder);
+    }
+    mSpeed->Note(Clock::now() - begin, answers.size());
+    Finish(std::move(answers));
+    GetServices().mWorkerPool->SubmitLast([self = shared_from_this()] { self->Work(); });
+}
+
+std::vector<FactReader::Question> FactReader::TakeChunk() {
+    const std::lock_guard lock(mMutex);
+    if (mWaiting.empty()) {
+        --mWorkers;
+        return {};
+    }
+    const std::size_t count = std::min(mSpeed->ChunkSize(), mWaiting.size());
+    mUnderWay += count;
+    const auto begin = mWaiting.end() - static_cast<std::ptrdiff_t>(count);
+    std::vector<Question> chunk(std::make_move_iterator(begin), std::make_move_iterator(mWaiting.end()));
+    mWaiting.erase(begin, mWaiting.end());
+    return chunk;
+}
+
+void FactReader::Finish(std::vector<Answer> answers) {
+    const std::lock_guard lock(mMutex);
+    mUnderWay -= answers.size();
+    mAnswers.insert(mAnswers.end(), std::make_move_iterator(answers.begin()),
+                    std::make_move_iterator(answers.end()));
+    const bool isAllDone = mUnderWay == 0 && mWaiting.empty();
+    if (isAllDone)
+        GetServices().mMainThread->Post([self = shared_from_this()] { self->Flush(); });
+    else if (!std::exchange(mIsFlushQueued, true))
+        GetServices().mMainThread->PostDelayed([self = shared_from_this()] { self->Flush(); }, kPace);
+}
+
+void FactReader::Flush() {
+    std::vector<Answer> answers;
+    {
+        const std::lock_guard lock(mMutex);
+        answers.swap(mAnswers);
+        mIsFlushQueued = false;
+    }
+    if (!answers.empty() && mReceiver) mReceiver(std::move(answers));
+}
+
+}  // namespace desk

@@ -1,0 +1,222 @@
+#include "desk/files/FolderListing.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+
+#include "desk/core/MainThread.h"
+#include "desk/core/Services.h"
+#include "desk/files/HostNames.h"
+#include "desk/project/LockRecord.h"
+#include "host/files/FileException.h"
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// So many new items of a known folder are read at once, so that their rows come complete.
+constexpr std::size_t kMostNewToRead = 64;
+
+}  // namespace
+
+void FolderListing::Run(Request request, Completion completion) {
+    std::make_shared<FolderListing>(std::move(request), std::move(completion))->List();
+}
+
+FolderListing::FolderListing(Request request, Completion completion)
+    : mRequest(std::move(request)), mCompletion(std::move(completion)) {
+    mResult.mKnown = mRequest.mKnown;
+}
+
+void FolderListing::List() {
+    try {
+        mResult.mFollowing = mRequest.mWatcher->Follow(mRequest.mFolder->mBytes);
+        const std::vector<FolderEntry> entries =
+            GetServices().mFileSystem->ListFolder(mRequest.mFolder->mBytes);
+        mFound.reserve(entries.size());
+        for (const FolderEntry& entry : entries) TakeEntry(entry);
+    } catch (const host::FileException& exception) {
+        return Fail(exception.SystemError(), exception.what());
+    }
+    MarkLocked();
+    ChooseWhatToRead();
+    RunInChunks(
+        *GetServices().mWorkerPool, mToRead.size(), mRequest.mSpeed->ChunkSize(),
+        [self = shared_from_this()](std::size_t begin, std::size_t end) {
+            const auto start = Clock::now();
+            for (std::size_t i = begin; i < end; ++i) self->Read(self->mFound[self->mToRead[i]]);
+            self->mRequest.mSpeed->Note(Clock::now() - start, end - begin);
+        },
+        [self = shared_from_this()] { self->Complete(); });
+}
+
+void FolderListing::TakeEntry(const FolderEntry& entry) {
+    Found found;
+    found.mName = host::UTF8to16(entry.mName);
+    if (entry.mName.starts_with('.')) {
+        if (host::UTF16String project = GetProjectNameOfLockFile(found.mName); !project.empty())
+            mLocked.push_back(std::move(project));
+        if (IsHiddenName(entry.mName, entry.mKind)) return;
+    }
+    found.mIsProject = IsProjectName(found.mName);
+    const bool isKindOpen = entry.mKind == ItemKind::Unknown || entry.mKind == ItemKind::Link;
+    if (!found.mIsProject && !isKindOpen && entry.mKind != ItemKind::Folder) return;
+    found.mFacts.mKind = isKindOpen ? ItemKind::Unknown : entry.mKind;
+    if (mRequest.mKnown) found.mKnown = mRequest.mKnown->Find(found.mName);
+    mFound.push_back(std::move(found));
+}
+
+void FolderListing::MarkLocked() {
+    if (mLocked.empty()) return;
+    std::ranges::sort(mLocked);
+    for (Found& found : mFound)
+        found.mFacts.mHasLockFile = found.mIsProject && std::ranges::binary_search(mLocked, found.mName);
+}
+
+/// The kinds of what is no project; and again the facts that are known, and those of few new items.
+void FolderListing::ChooseWhatToRead() {
+    std::size_t newProjects = 0;
+    for (const Found& found : mFound) newProjects += found.mIsProject && !found.mKnown;
+    for (std::size_t i = 0; i < mFound.size(); ++i) {
+        const Found& found = mFound[i];
+        const bool isRead = !found.mIsProject ? found.mFacts.mKind == ItemKind::Unknown
+                            : found.mKnown    ? found.mKnown->mFacts.mStatus.has_value()
+                                              : mRequest.mKnown && newProjects <= kMostNewToRead;
+        if (isRead) mToRead.push_back(i);
+    }
+}
+
+void FolderListing::Read(Found& found) {
+    ItemUpdate update = ReadItem(*mRequest.mFolder, found.mName, false);
+    if (found.mIsProject && update.mIsGone) {
+        found.mIsKept = false;
+    } else if (update.mSystemError == 0) {
+        found.mIsKept = !update.mIsGone;
+        found.mFacts.mKind = update.mFacts.mKind;
+        found.mFacts.mStatus = update.mFacts.mStatus;
+    } else if (!found.mIsProject) {
+        // What cannot be read counts as unchanged; a link that leads nowhere is no folder.
+        found.mIsKept = found.mKnown != nullptr && !update.mIsGone;
+    }
+    if (found.mIsKept && found.mFacts.mHasLockFile) ReadLock(found);
+}
+
+void FolderListing::ReadLock(Found& found) {
+    FileSystem& fileSystem = *GetServices().mFileSystem;
+    const std::string path = LockPath(*mRequest.mFolder, found.mName);
+    auto& stamps = mRequest.mMemory->mLockStamps;
+    try {
+        const ItemStatus status = fileSystem.Status(path, false);
+        const std::pair stamp(status.mSize, status.mModified);
+        {
+            const std::lock_guard lock(mMutex);
+            const auto [known, isNew] = stamps.try_emplace(found.mName, stamp);
+            const bool isSame = !isNew && std::exchange(known->second, stamp) == stamp;
+            if (isSame && found.mKnown && found.mKnown->mFacts.mLock) return;
+        }
+        if (auto record = ReadLockRecord(fileSystem, path))
+            found.mFacts.mLock = std::make_shared<const LockRecord>(*std::move(record));
+        else
+            found.mFacts.mHasLockFile = false;
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() == ENOENT) found.mFacts.mHasLockFile = false;
+    }
+}
+
+void FolderListing::Complete() {
+    try {
+        std::erase_if(mFound, [](const Found& found) { return !found.mIsKept; });
+        if (IsVolumeGone())
+            return Fail(ENODEV, host::FileException("list folder", mRequest.mFolder->mText, ENODEV).what());
+        if (!mRequest.mKnown || mRequest.mIsContentWanted) BuildContents();
+        if (mRequest.mKnown)
+            Compare();
+        else
+            BuildItems();
+    } catch (const host::FileException& exception) {
+        return Fail(exception.SystemError(), exception.what());
+    } catch (const std::exception& exception) {
+        return Fail(EIO, exception.what());
+    }
+    Post();
+}
+
+/// An empty root that was not empty may be the folder on which its volume was mounted.
+bool FolderListing::IsVolumeGone() {
+    if (!mRequest.mIsRoot) return false;
+    std::optional<long>& type = mRequest.mMemory->mVolumeType;
+    const long now = GetServices().mFileSystem->VolumeType(mRequest.mFolder->mBytes);
+    const bool hasEmptied = mFound.empty() && mRequest.mKnown && mRequest.mKnown->Count() > 0;
+    if (hasEmptied && (mRequest.mIsLost || (type && *type != now))) return true;
+    type = now;
+    return false;
+}
+
+void FolderListing::BuildItems() {
+    std::size_t units = 0;
+    for (const Found& found : mFound) units += found.mName.size();
+    mResult.mItems = std::make_shared<FolderItems>();
+    mResult.mItems->Reserve(mFound.size(), units);
+    for (Found& found : mFound) mResult.mItems->Add(found.mName).mFacts = std::move(found.mFacts);
+}
+
+/// Sorted, so that parts come in the order in which they show.
+void FolderListing::BuildContents() {
+    std::ranges::sort(mFound, [](const Found& a, const Found& b) {
+        return host::CompareStringsIncludingNumericValues(a.mName, b.mName) < 0;
+    });
+    const std::size_t partSize =
+        mFound.size() > kLongestWhole ? kPartSize : std::max<std::size_t>(1, mFound.size());
+    for (std::size_t begin = 0; begin == 0 || begin < mFound.size(); begin += partSize) {
+        host::DirectoryContent content;
+        const std::size_t end = std::min(begin + partSize, mFound.size());
+        content.reserve(end - begin);
+        for (std::size_t i = begin; i < end; ++i)
+            content.push_back(MakeProperties(*mRequest.mFolder, mFound[i].mName));
+        mResult.mContents.push_back(ShareContent(std::move(content)));
+    }
+}
+
+void FolderListing::Compare() {
+    const FolderItems& known = *mRequest.mKnown;
+    std::vector<bool> isStillThere(known.Count());
+    for (Found& found : mFound) {
+        if (found.mKnown) {
+            isStillThere[static_cast<std::size_t>(found.mKnown - known.Get().data())] = true;
+            ItemFacts facts = found.mKnown->mFacts;
+            if (!MergeFacts(facts, found.mFacts, true)) continue;
+        }
+        ItemUpdate& update = mResult.mUpdates.emplace_back();
+        update.mProperties = MakeProperties(*mRequest.mFolder, found.mName);
+        update.mName = std::move(found.mName);
+        update.mFacts = std::move(found.mFacts);
+        update.mIsLockKnown = true;
+    }
+    for (std::size_t i = 0; i < isStillThere.size(); ++i) {
+        if (isStillThere[i]) continue;
+        ItemUpdate& update = mResult.mUpdates.emplace_back();
+        update.mName = known.NameOf(known.Get()[i]);
+        update.mIsGone = true;
+    }
+}
+
+void FolderListing::Fail(int systemError, std::string text) {
+    mResult.mSystemError = systemError;
+    mResult.mErrorText = std::move(text);
+    mResult.mContents.clear();
+    mResult.mUpdates.clear();
+    Post();
+}
+
+/// Only the result goes to the UI thread; all else is destroyed here.
+void FolderListing::Post() {
+    mResult.mDuration = std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - mBegin);
+    GetServices().mMainThread->Post(
+        [completion = std::move(mCompletion), result = std::make_shared<Result>(std::move(mResult))] {
+            completion(std::move(*result));
+        });
+}
+
+}  // namespace desk

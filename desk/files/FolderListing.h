@@ -1,0 +1,107 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "desk/files/FolderItems.h"
+#include "desk/files/FolderWatcher.h"
+#include "desk/files/ItemReading.h"
+#include "desk/files/ParallelWork.h"
+
+namespace desk {
+
+/// What one listing of a folder leaves for the next one; used by one listing at a time.
+struct ListingMemory {
+    /// Size and time of the lock files that have been read.
+    std::map<host::UTF16String, std::pair<std::uint64_t, std::int64_t>> mLockStamps;
+    /// The type of the volume when the folder was not empty.
+    std::optional<long> mVolumeType;
+};
+
+/// Lists a folder on workers: follows it first, then lists it, then compares with what was known or, the
+/// first time, builds the folder's items and content, sorted by name.
+class FolderListing : public std::enable_shared_from_this<FolderListing> {
+public:
+    /// Longer contents are delivered in parts of this size.
+    static constexpr std::size_t kPartSize = 1000;
+    static constexpr std::size_t kLongestWhole = 2000;
+
+    struct Request {
+        std::shared_ptr<const FolderPath> mFolder;
+        /// What is known of the folder; null the first time.
+        std::shared_ptr<const FolderItems> mKnown;
+        /// The whole content is wanted although the folder is known.
+        bool mIsContentWanted = false;
+        /// A monitored root, where a volume may be mounted.
+        bool mIsRoot = false;
+        /// Its watch was lost: an empty folder may be what a volume was mounted on.
+        bool mIsLost = false;
+        std::shared_ptr<FolderWatcher> mWatcher;
+        std::shared_ptr<VolumeSpeed> mSpeed;
+        std::shared_ptr<ListingMemory> mMemory;
+    };
+    struct Result {
+        std::shared_ptr<const FolderItems> mKnown;
+        Following mFollowing;
+        /// 0, or why the folder could not be listed.
+        int mSystemError = 0;
+        std::string mErrorText;
+        /// The first time.
+        std::shared_ptr<FolderItems> mItems;
+        /// The whole content, if it was wanted.
+        std::vector<std::shared_ptr<const host::DirectoryContent>> mContents;
+        /// What has changed since.
+        std::vector<ItemUpdate> mUpdates;
+        std::chrono::milliseconds mDuration{0};
+    };
+    using Completion = std::function<void(Result)>;
+
+    /// Lists the folder; `completion` is called on the UI thread. On a worker.
+    static void Run(Request request, Completion completion);
+
+    FolderListing(Request request, Completion completion);
+
+private:
+    struct Found {
+        host::UTF16String mName;
+        ItemFacts mFacts;
+        const FolderItems::Item* mKnown = nullptr;
+        bool mIsProject = false;
+        bool mIsKept = true;
+    };
+
+    void List();
+    void TakeEntry(const FolderEntry& entry);
+    void MarkLocked();
+    void ChooseWhatToRead();
+    void Read(Found& found);
+    void ReadLock(Found& found);
+    void Complete();
+    bool IsVolumeGone();
+    void BuildItems();
+    void BuildContents();
+    void Compare();
+    void Fail(int systemError, std::string text);
+    void Post();
+
+    const Request mRequest;
+    Completion mCompletion;
+    Result mResult;
+    std::vector<Found> mFound;
+    /// Projects beside which a lock file stands.
+    std::vector<host::UTF16String> mLocked;
+    /// Places in `mFound`.
+    std::vector<std::size_t> mToRead;
+    /// Guards the memory of lock files while several workers read.
+    std::mutex mMutex;
+    const std::chrono::steady_clock::time_point mBegin = std::chrono::steady_clock::now();
+};
+
+}  // namespace desk

@@ -1,0 +1,126 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "desk/files/DirectoryMonitor.h"
+#include "desk/files/FactReader.h"
+#include "desk/files/FolderItems.h"
+#include "desk/files/FolderListing.h"
+#include "desk/files/FolderStore.h"
+
+namespace desk {
+
+/// The folder store. All state is the UI thread's; workers get copies and post what they find. A folder has one
+/// job under way at most: a listing, a poll (a listing that nobody asked for), or the reading of changed names.
+class FolderStoreImpl final : public FolderStore, private DirectoryMonitor::Client {
+public:
+    explicit FolderStoreImpl(std::unique_ptr<ChangeSource> source);
+    ~FolderStoreImpl() override;
+
+    void RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) override;
+    void RequestChanges(const host::UTF16String& path) override;
+    void RequestFacts(const host::UTF16String& path, const host::UTF16StringVec& names) override;
+    void DropWaitingFacts() override;
+    void Forget(const host::UTF16String& path, const void* owner) override;
+    bool IsListed(std::u16string_view path) const override;
+    const ItemFacts* Find(std::u16string_view path) const override;
+    const ItemFacts* FindAndRequest(std::u16string_view path) override;
+    DirectoryMonitor& GetMonitor() override { return mMonitor; }
+
+private:
+    struct Subscriber {
+        const void* mOwner = nullptr;
+        std::shared_ptr<Receiver> mReceiver;
+        bool mHasContent = false;
+        /// Has asked for a listing that has not begun, or is under way.
+        bool mIsWaiting = false;
+        bool mIsBeingServed = false;
+    };
+    struct QueuedDelivery {
+        std::shared_ptr<Receiver> mReceiver;
+        Delivery mDelivery;
+    };
+    enum class Job { None, Listing, Poll, Names };
+    struct Folder {
+        std::shared_ptr<const FolderPath> mPath;
+        /// Null until the folder has been listed.
+        std::shared_ptr<FolderItems> mItems;
+        /// A job reads the items: they are copied before they are changed.
+        bool mIsShared = false;
+        /// Counts the changes of what items there are.
+        unsigned mGeneration = 0;
+        bool mIsFollowed = false;
+        Job mJob = Job::None;
+        bool mAreChangesWanted = false;
+        int mSystemError = 0;
+        bool mHasLoggedFacts = false;
+        FolderChange mPending;
+        /// What a poll has found, until it is asked for.
+        std::unique_ptr<FolderListing::Result> mFound;
+        std::shared_ptr<ListingMemory> mMemory = std::make_shared<ListingMemory>();
+        std::vector<Subscriber> mSubscribers;
+        std::deque<QueuedDelivery> mDeliveries;
+        bool mIsDelivering = false;
+    };
+    using FolderPtr = std::shared_ptr<Folder>;
+    /// What came of updates: deliveries of the extent `Change`.
+    struct Changes {
+        host::DirectoryContent mContent;
+        host::UTF16StringVec mRemovedPaths;
+        bool IsEmpty() const { return mContent.empty() && mRemovedPaths.empty(); }
+    };
+
+    // The monitor's reports.
+    void OnFolderChanged(const host::UTF16String& path, FolderChange&& change) override;
+    void PollFolder(const host::UTF16String& path) override;
+    void OnRootMonitored(const host::UTF16String& root) override;
+    void OnFollowingEnded(const host::UTF16String& path) override;
+
+    // Folders and items.
+    Folder* FindFolder(std::u16string_view path) const;
+    FolderPtr FindFolderPtr(std::u16string_view path) const;
+    bool IsCurrent(const FolderPtr& folder) const;
+    FolderItems::Item* FindItem(std::u16string_view path, Folder*& folder) const;
+    static FolderItems& Writable(Folder& folder);
+    void ForgetFoldersBelow(const host::UTF16String& path);
+    void Ask(Folder& folder, FolderItems::Item& item);
+    void SendQuestions();
+
+    // Jobs.
+    void StartNext(const FolderPtr& folder);
+    void StartListing(const FolderPtr& folder, Job job);
+    void StartChanges(const FolderPtr& folder);
+    void StartNames(const FolderPtr& folder, FolderChange&& change);
+    void FinishListing(const FolderPtr& folder, unsigned generation, FolderListing::Result&& result);
+    void FinishNames(const FolderPtr& folder, std::vector<ItemUpdate>&& updates);
+    void FailListing(const FolderPtr& folder, const FolderListing::Result& result);
+    void TakePoll(const FolderPtr& folder, FolderListing::Result&& result);
+    void TakeListing(const FolderPtr& folder, FolderListing::Result&& result);
+    void TakeFacts(std::vector<FactReader::Answer>&& answers);
+    bool TakeAnswer(Folder& folder, ItemUpdate& update);
+    Changes Apply(Folder& folder, std::vector<ItemUpdate>&& updates);
+
+    // Deliveries.
+    void DeliverContents(const FolderPtr& folder, Subscriber& subscriber, const FolderListing::Result& result);
+    void DeliverChanges(const FolderPtr& folder, Changes&& changes);
+    void Deliver(const FolderPtr& folder, const Subscriber& subscriber, Delivery&& delivery);
+    void DeliverNext(const FolderPtr& folder);
+    void Post(std::function<void()> task);
+
+    std::map<host::UTF16String, FolderPtr, std::less<>> mFolders;
+    /// The folder that was looked up last.
+    mutable Folder* mLast = nullptr;
+    std::shared_ptr<VolumeSpeed> mSpeed = std::make_shared<VolumeSpeed>();
+    std::shared_ptr<FactReader> mFactReader;
+    /// Asked for in this turn of the event loop.
+    std::vector<FactReader::Question> mQuestions;
+    DirectoryMonitor mMonitor;
+    std::shared_ptr<int> mToken = std::make_shared<int>();
+};
+
+}  // namespace desk

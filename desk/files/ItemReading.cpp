@@ -1,0 +1,128 @@
+#include "desk/files/ItemReading.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/files/HostNames.h"
+#include "desk/project/LockRecord.h"
+#include "host/files/FileException.h"
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+namespace {
+
+/// Contents below this are destroyed where they stand: handing them over would cost as much.
+constexpr std::size_t kSmallContent = 64;
+
+/// What stands at `path`: a link's target, or the link itself when it leads nowhere.
+ItemStatus ReadStatus(FileSystem& fileSystem, const std::string& path) {
+    try {
+        return fileSystem.Status(path, true);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != ENOENT && exception.SystemError() != ELOOP) throw;
+    }
+    return fileSystem.Status(path, false);
+}
+
+bool IsSame(const ItemStatus& a, const ItemStatus& b) {
+    return a.mKind == b.mKind && a.mSize == b.mSize && a.mModified == b.mModified && a.mCreated == b.mCreated;
+}
+
+bool IsSame(const LockRecord& a, const LockRecord& b) {
+    return a.mIsReadable == b.mIsReadable && a.mNonce == b.mNonce && a.mUser == b.mUser &&
+           a.mMachine == b.mMachine && a.mTakenAt == b.mTakenAt && a.mPid == b.mPid;
+}
+
+bool MergeLock(ItemFacts& known, const ItemFacts& read) {
+    if (read.mHasLockFile == known.mHasLockFile) {
+        if (!read.mLock || (known.mLock && IsSame(*known.mLock, *read.mLock))) return false;
+        known.mLock = read.mLock;
+        return true;
+    }
+    known.mHasLockFile = read.mHasLockFile;
+    known.mLock = read.mLock;
+    return true;
+}
+
+}  // namespace
+
+bool IsProjectName(const host::UTF16String& name) {
+    return host::IsVantorProjectFile(name);
+}
+
+std::string LockPath(const FolderPath& folder, const host::UTF16String& projectName) {
+    return JoinPath(folder.mBytes, host::UTF16to8(GetLockFileName(projectName)));
+}
+
+ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, bool lookForLock) {
+    FileSystem& fileSystem = *GetServices().mFileSystem;
+    ItemUpdate update;
+    update.mName = name;
+    const std::string bytes = host::UTF16to8(name);
+    try {
+        const ItemStatus status = ReadStatus(fileSystem, JoinPath(folder.mBytes, bytes));
+        update.mFacts.mKind = status.mKind;
+        update.mFacts.mStatus = status;
+    } catch (const host::FileException& exception) {
+        update.mIsGone = exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR;
+        update.mSystemError = exception.SystemError();
+        return update;
+    }
+    const bool isProject = IsProjectName(name);
+    update.mIsGone =
+        IsHiddenName(bytes, update.mFacts.mKind) || (!isProject && update.mFacts.mKind != ItemKind::Folder);
+    if (isProject && lookForLock && !update.mIsGone) {
+        update.mIsLockKnown = true;
+        if (auto lock = ReadLockRecord(fileSystem, LockPath(folder, name))) {
+            update.mFacts.mHasLockFile = true;
+            update.mFacts.mLock = std::make_shared<const LockRecord>(*std::move(lock));
+        }
+    }
+    if (!update.mIsGone) update.mProperties = MakeProperties(folder, name);
+    return update;
+}
+
+std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<host::UTF16String>& names) {
+    std::set<host::UTF16String> items;
+    for (const host::UTF16String& name : names) {
+        if (host::UTF16String project = GetProjectNameOfLockFile(name); !project.empty())
+            items.insert(std::move(project));
+        else if (!IsHiddenName(host::UTF16to8(name), ItemKind::Unknown))
+            items.insert(name);
+    }
+    std::vector<ItemUpdate> updates;
+    for (const host::UTF16String& name : items) updates.push_back(ReadItem(folder, name, true));
+    return updates;
+}
+
+bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown) {
+    bool hasChanged = false;
+    if (read.mKind != ItemKind::Unknown && read.mKind != known.mKind) {
+        known.mKind = read.mKind;
+        hasChanged = true;
+    }
+    if (read.mStatus && (!known.mStatus || !IsSame(*known.mStatus, *read.mStatus))) {
+        known.mStatus = read.mStatus;
+        hasChanged = true;
+    }
+    return (isLockKnown && MergeLock(known, read)) || hasChanged;
+}
+
+host::PropertyMap MakeProperties(const FolderPath& folder, std::u16string_view name) {
+    host::PropertyMap properties;
+    properties.Set(host::MediaBrowserContentManager::kPathField, JoinPath(folder.mText, name));
+    return properties;
+}
+
+std::shared_ptr<const host::DirectoryContent> ShareContent(host::DirectoryContent&& content) {
+    const auto destroy = [](host::DirectoryContent* shared) {
+        std::shared_ptr<host::DirectoryContent> owned(shared);
+        WorkerPool* pool = GetServices().mWorkerPool;
+        if (pool && owned->size() > kSmallContent) pool->SubmitLast([owned = std::move(owned)] {});
+    };
+    return {new host::DirectoryContent(std::move(content)), destroy};
+}
+
+}  // namespace desk

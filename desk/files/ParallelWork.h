@@ -1,0 +1,57 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+
+#include "desk/core/WorkerPool.h"
+
+namespace desk {
+
+/// How fast the volume answers, from what was measured: how many questions one worker should ask in a row, so
+/// that a slow volume is asked by many workers at once and a fast one costs few tasks. Any thread.
+class VolumeSpeed {
+public:
+    void Note(std::chrono::nanoseconds duration, std::size_t questions) {
+        if (questions == 0) return;
+        const long long each = std::max<long long>(1, duration.count() / static_cast<long long>(questions));
+        const long long before = mNanoseconds.load(std::memory_order_relaxed);
+        mNanoseconds.store(before == 0 ? each : (before * 3 + each) / 4, std::memory_order_relaxed);
+    }
+    std::size_t ChunkSize() const {
+        constexpr long long kTaskNanoseconds = 500'000;
+        const long long each = mNanoseconds.load(std::memory_order_relaxed);
+        return each == 0 ? 4 : static_cast<std::size_t>(std::clamp<long long>(kTaskNanoseconds / each, 1, 64));
+    }
+
+private:
+    /// Mean time of a question, the last ones counting most; 0 when nothing is known.
+    std::atomic<long long> mNanoseconds{0};
+};
+
+/// Calls `body(begin, end)` for all of 0..count in chunks, on the workers, several at once; then `done`, on one
+/// of them. The caller is a worker and does not wait.
+inline void RunInChunks(WorkerPool& pool, std::size_t count, std::size_t chunk,
+                        std::function<void(std::size_t begin, std::size_t end)> body,
+                        std::function<void()> done) {
+    if (count <= chunk) {
+        body(0, count);
+        return done();
+    }
+    struct Work {
+        std::function<void(std::size_t, std::size_t)> mBody;
+        std::function<void()> mDone;
+        std::atomic<std::size_t> mLeft;
+    };
+    auto work = std::make_shared<Work>(std::move(body), std::move(done), (count + chunk - 1) / chunk);
+    for (std::size_t begin = 0; begin < count; begin += chunk)
+        pool.Submit([work, begin, end = std::min(begin + chunk, count)] {
+            work->mBody(begin, end);
+            if (--work->mLeft == 0) work->mDone();
+        });
+}
+
+}  // namespace desk
