@@ -1,0 +1,283 @@
+#include "benchmarks/slow_volume/SlowVolume.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <memory>
+#include <ostream>
+#include <thread>
+#include <vector>
+
+namespace slowvolume {
+
+namespace {
+
+constexpr std::array<const char*, static_cast<std::size_t>(Operation::Count)> kOperationNames{
+    "lookup", "getattr", "setattr", "opendir", "readdir",  "open",   "read",  "write",  "release", "fsync",
+    "create", "mkdir",   "link",    "symlink", "readlink", "unlink", "rmdir", "rename", "statfs"};
+
+struct OpenFolder {
+    DIR* mStream = nullptr;
+    /// An entry that did not fit into the last answer.
+    dirent* mPending = nullptr;
+    off_t mOffset = 0;
+
+    ~OpenFolder() { ::closedir(mStream); }
+};
+
+OpenFolder& FolderOf(fuse_file_info& info) {
+    return *reinterpret_cast<OpenFolder*>(info.fh);
+}
+
+void Initialise(void* userData, fuse_conn_info* connection) {
+    const auto& options = static_cast<SlowVolume*>(userData)->GetOptions();
+    connection->want &= ~static_cast<unsigned>(FUSE_CAP_READDIRPLUS | FUSE_CAP_READDIRPLUS_AUTO);
+    // Without it the kernel sends look-ups in one folder one after the other.
+    connection->want |= connection->capable & FUSE_CAP_PARALLEL_DIROPS;
+    connection->max_background = options.mThreads;
+}
+
+void LookUp(fuse_req_t request, fuse_ino_t parent, const char* name) {
+    auto& volume = SlowVolume::Begin(request, Operation::LookUp);
+    volume.ReplyEntry(request, volume.GetNodes().Get(parent), name);
+}
+
+void Forget(fuse_req_t request, fuse_ino_t number, std::uint64_t lookups) {
+    static_cast<SlowVolume*>(fuse_req_userdata(request))->GetNodes().Forget(number, lookups);
+    fuse_reply_none(request);
+}
+
+void ForgetMany(fuse_req_t request, std::size_t count, fuse_forget_data* forgotten) {
+    auto& nodes = static_cast<SlowVolume*>(fuse_req_userdata(request))->GetNodes();
+    for (std::size_t i = 0; i < count; ++i) nodes.Forget(forgotten[i].ino, forgotten[i].nlookup);
+    fuse_reply_none(request);
+}
+
+void ReplyAttributes(fuse_req_t request, SlowVolume& volume, const Node& node) {
+    struct stat status;
+    if (::fstatat(node.mDescriptor, "", &status, AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW) != 0) {
+        fuse_reply_err(request, errno);
+    } else {
+        fuse_reply_attr(request, &status, volume.GetOptions().mCacheSeconds);
+    }
+}
+
+void GetAttributes(fuse_req_t request, fuse_ino_t number, fuse_file_info*) {
+    auto& volume = SlowVolume::Begin(request, Operation::GetAttributes);
+    ReplyAttributes(request, volume, volume.GetNodes().Get(number));
+}
+
+timespec ToTime(const struct stat& wanted, int changes, int set, int setNow, bool access) {
+    if (changes & setNow) return {0, UTIME_NOW};
+    if (changes & set) return access ? wanted.st_atim : wanted.st_mtim;
+    return {0, UTIME_OMIT};
+}
+
+int ApplyAttributes(const std::string& path, const struct stat& wanted, int changes) {
+    if ((changes & FUSE_SET_ATTR_MODE) && ::chmod(path.c_str(), wanted.st_mode) != 0) return -1;
+    if (changes & (FUSE_SET_ATTR_UID | FUSE_SET_ATTR_GID)) {
+        const uid_t user = changes & FUSE_SET_ATTR_UID ? wanted.st_uid : static_cast<uid_t>(-1);
+        const gid_t group = changes & FUSE_SET_ATTR_GID ? wanted.st_gid : static_cast<gid_t>(-1);
+        if (::chown(path.c_str(), user, group) != 0) return -1;
+    }
+    if ((changes & FUSE_SET_ATTR_SIZE) && ::truncate(path.c_str(), wanted.st_size) != 0) return -1;
+    if (!(changes & (FUSE_SET_ATTR_ATIME | FUSE_SET_ATTR_MTIME))) return 0;
+    const timespec times[2] = {ToTime(wanted, changes, FUSE_SET_ATTR_ATIME, FUSE_SET_ATTR_ATIME_NOW, true),
+                               ToTime(wanted, changes, FUSE_SET_ATTR_MTIME, FUSE_SET_ATTR_MTIME_NOW, false)};
+    return ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+}
+
+void SetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted, int changes, fuse_file_info*) {
+    auto& volume = SlowVolume::Begin(request, Operation::SetAttributes);
+    const Node& node = volume.GetNodes().Get(number);
+    if (ApplyAttributes(node.ProcPath(), *wanted, changes) != 0) {
+        fuse_reply_err(request, errno);
+    } else {
+        ReplyAttributes(request, volume, node);
+    }
+}
+
+void OpenFolderOf(fuse_req_t request, fuse_ino_t number, fuse_file_info* info) {
+    auto& volume = SlowVolume::Begin(request, Operation::OpenFolder);
+    const int descriptor =
+        ::openat(volume.GetNodes().Get(number).mDescriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* stream = descriptor < 0 ? nullptr : ::fdopendir(descriptor);
+    if (!stream) {
+        fuse_reply_err(request, errno);
+        if (descriptor >= 0) ::close(descriptor);
+        return;
+    }
+    auto folder = std::make_unique<OpenFolder>();
+    folder->mStream = stream;
+    info->fh = reinterpret_cast<std::uint64_t>(folder.release());
+    fuse_reply_open(request, info);
+}
+
+/// Appends the next entry to `answer`; false when there is none or it does not fit.
+bool AppendEntry(fuse_req_t request, OpenFolder& folder, std::vector<char>& answer, std::size_t size) {
+    if (!folder.mPending) folder.mPending = ::readdir(folder.mStream);
+    if (!folder.mPending) return false;
+    const dirent& entry = *folder.mPending;
+    struct stat status {};
+    status.st_ino = entry.d_ino;
+    status.st_mode = static_cast<mode_t>(DTTOIF(entry.d_type));
+    const std::size_t used = answer.size();
+    const std::size_t needed = fuse_add_direntry(request, nullptr, 0, entry.d_name, &status, entry.d_off);
+    if (used + needed > size) return false;
+    answer.resize(used + needed);
+    fuse_add_direntry(request, answer.data() + used, needed, entry.d_name, &status, entry.d_off);
+    folder.mOffset = entry.d_off;
+    folder.mPending = nullptr;
+    return true;
+}
+
+void ReadFolder(fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fuse_file_info* info) {
+    SlowVolume::Begin(request, Operation::ReadFolder);
+    OpenFolder& folder = FolderOf(*info);
+    if (offset != folder.mOffset) {
+        ::seekdir(folder.mStream, offset);
+        folder.mPending = nullptr;
+        folder.mOffset = offset;
+    }
+    std::vector<char> answer;
+    while (AppendEntry(request, folder, answer, size)) {
+    }
+    fuse_reply_buf(request, answer.data(), answer.size());
+}
+
+void ReleaseFolder(fuse_req_t request, fuse_ino_t, fuse_file_info* info) {
+    delete &FolderOf(*info);
+    fuse_reply_err(request, 0);
+}
+
+void MakeFolder(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode) {
+    auto& volume = SlowVolume::Begin(request, Operation::MakeFolder);
+    Node& folder = volume.GetNodes().Get(parent);
+    if (::mkdirat(folder.mDescriptor, name, mode) != 0) return ReplyResult(request, -1);
+    volume.ReplyEntry(request, folder, name);
+}
+
+void Link(fuse_req_t request, fuse_ino_t number, fuse_ino_t newParent, const char* newName) {
+    auto& volume = SlowVolume::Begin(request, Operation::Link);
+    const std::string source = volume.GetNodes().Get(number).ProcPath();
+    Node& folder = volume.GetNodes().Get(newParent);
+    if (::linkat(AT_FDCWD, source.c_str(), folder.mDescriptor, newName, AT_SYMLINK_FOLLOW) != 0) {
+        return ReplyResult(request, -1);
+    }
+    volume.ReplyEntry(request, folder, newName);
+}
+
+void SymbolicLink(fuse_req_t request, const char* target, fuse_ino_t parent, const char* name) {
+    auto& volume = SlowVolume::Begin(request, Operation::SymbolicLink);
+    Node& folder = volume.GetNodes().Get(parent);
+    if (::symlinkat(target, folder.mDescriptor, name) != 0) return ReplyResult(request, -1);
+    volume.ReplyEntry(request, folder, name);
+}
+
+void ReadLink(fuse_req_t request, fuse_ino_t number) {
+    auto& volume = SlowVolume::Begin(request, Operation::ReadLink);
+    char target[PATH_MAX];
+    const auto length = ::readlinkat(volume.GetNodes().Get(number).mDescriptor, "", target, sizeof(target) - 1);
+    if (length < 0) return ReplyResult(request, -1);
+    target[length] = 0;
+    fuse_reply_readlink(request, target);
+}
+
+void Unlink(fuse_req_t request, fuse_ino_t parent, const char* name) {
+    auto& volume = SlowVolume::Begin(request, Operation::Unlink);
+    ReplyResult(request, ::unlinkat(volume.GetNodes().Get(parent).mDescriptor, name, 0));
+}
+
+void RemoveFolder(fuse_req_t request, fuse_ino_t parent, const char* name) {
+    auto& volume = SlowVolume::Begin(request, Operation::RemoveFolder);
+    ReplyResult(request, ::unlinkat(volume.GetNodes().Get(parent).mDescriptor, name, AT_REMOVEDIR));
+}
+
+void Rename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent, const char* newName,
+            unsigned flags) {
+    auto& volume = SlowVolume::Begin(request, Operation::Rename);
+    // Like most network volumes, it knows plain renames only.
+    if (flags != 0) {
+        fuse_reply_err(request, EINVAL);
+        return;
+    }
+    auto& nodes = volume.GetNodes();
+    ReplyResult(request,
+                ::renameat(nodes.Get(parent).mDescriptor, name, nodes.Get(newParent).mDescriptor, newName));
+}
+
+void VolumeStatus(fuse_req_t request, fuse_ino_t number) {
+    auto& volume = SlowVolume::Begin(request, Operation::VolumeStatus);
+    struct statvfs status;
+    if (::fstatvfs(volume.GetNodes().Get(number == 0 ? FUSE_ROOT_ID : number).mDescriptor, &status) != 0) {
+        return ReplyResult(request, -1);
+    }
+    fuse_reply_statfs(request, &status);
+}
+
+}  // namespace
+
+SlowVolume::SlowVolume(const Options& options) : mOptions(options), mNodes(options.mSource) {}
+
+fuse_lowlevel_ops SlowVolume::MakeOperations() {
+    fuse_lowlevel_ops operations{};
+    operations.init = Initialise;
+    operations.lookup = LookUp;
+    operations.forget = Forget;
+    operations.forget_multi = ForgetMany;
+    operations.getattr = GetAttributes;
+    operations.setattr = SetAttributes;
+    operations.opendir = OpenFolderOf;
+    operations.readdir = ReadFolder;
+    operations.releasedir = ReleaseFolder;
+    operations.mkdir = MakeFolder;
+    operations.link = Link;
+    operations.symlink = SymbolicLink;
+    operations.readlink = ReadLink;
+    operations.unlink = Unlink;
+    operations.rmdir = RemoveFolder;
+    operations.rename = Rename;
+    operations.statfs = VolumeStatus;
+    AddFileOperations(operations);
+    return operations;
+}
+
+void SlowVolume::PrintStatistics(std::ostream& out) const {
+    for (std::size_t i = 0; i < mCounts.size(); ++i) {
+        if (mCounts[i] != 0) out << kOperationNames[i] << ' ' << mCounts[i] << '\n';
+    }
+}
+
+SlowVolume& SlowVolume::Begin(fuse_req_t request, Operation operation) {
+    auto& volume = *static_cast<SlowVolume*>(fuse_req_userdata(request));
+    ++volume.mCounts[static_cast<std::size_t>(operation)];
+    std::this_thread::sleep_for(volume.mOptions.mDelay);
+    return volume;
+}
+
+bool SlowVolume::FillEntry(Node& parent, const char* name, fuse_entry_param& entry) {
+    entry = {};
+    entry.ino = mNodes.LookUp(parent, name, entry.attr);
+    entry.attr_timeout = entry.entry_timeout = mOptions.mCacheSeconds;
+    return entry.ino != 0;
+}
+
+void SlowVolume::ReplyEntry(fuse_req_t request, Node& parent, const char* name) {
+    fuse_entry_param entry;
+    if (FillEntry(parent, name, entry)) {
+        fuse_reply_entry(request, &entry);
+    } else {
+        fuse_reply_err(request, errno);
+    }
+}
+
+void ReplyResult(fuse_req_t request, int result) {
+    fuse_reply_err(request, result < 0 ? errno : 0);
+}
+
+}  // namespace slowvolume

@@ -1,0 +1,113 @@
+#include <getopt.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <memory>
+
+#include "benchmarks/slow_volume/SlowVolume.h"
+
+namespace {
+
+using slowvolume::Options;
+using slowvolume::SlowVolume;
+
+constexpr char kUsage[] =
+    "usage: slow-volume SOURCE MOUNTPOINT [options]\n"
+    "Shows the folder SOURCE at MOUNTPOINT as a volume on which every operation takes its time.\n"
+    "Stays in the foreground, prints \"mounted\" when it is there, and unmounts on SIGTERM or SIGINT.\n"
+    "  --delay-ms N       what an operation costs; 10\n"
+    "  --cache-seconds S  how long the kernel may keep names and attributes; 1\n"
+    "  --threads N        most operations at a time; 64\n"
+    "  --statistics       prints at the end how often each operation was asked for\n";
+
+bool ParseOptions(int argc, char** argv, Options& options) {
+    const option longOptions[] = {{"delay-ms", required_argument, nullptr, 'd'},
+                                  {"cache-seconds", required_argument, nullptr, 'c'},
+                                  {"threads", required_argument, nullptr, 't'},
+                                  {"statistics", no_argument, nullptr, 's'},
+                                  {nullptr, 0, nullptr, 0}};
+    for (int choice; (choice = getopt_long(argc, argv, "", longOptions, nullptr)) != -1;) {
+        switch (choice) {
+            case 'd':
+                options.mDelay = std::chrono::milliseconds(std::atoi(optarg));
+                break;
+            case 'c':
+                options.mCacheSeconds = std::atof(optarg);
+                break;
+            case 't':
+                options.mThreads = static_cast<unsigned>(std::max(1, std::atoi(optarg)));
+                break;
+            case 's':
+                options.mStatistics = true;
+                break;
+            default:
+                return false;
+        }
+    }
+    if (argc - optind != 2) return false;
+    options.mSource = argv[optind];
+    options.mMountPoint = argv[optind + 1];
+    return true;
+}
+
+/// Each item that the kernel knows of holds a descriptor.
+void RaiseDescriptorLimit() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    limit.rlim_cur = limit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+int Serve(SlowVolume& volume, fuse_session& session) {
+    const std::unique_ptr<fuse_loop_config, void (*)(fuse_loop_config*)> loop(fuse_loop_cfg_create(),
+                                                                              fuse_loop_cfg_destroy);
+    fuse_loop_cfg_set_max_threads(loop.get(), volume.GetOptions().mThreads);
+    fuse_loop_cfg_set_idle_threads(loop.get(), volume.GetOptions().mThreads);
+    fuse_loop_cfg_set_clone_fd(loop.get(), 0);
+    std::cout << "mounted" << std::endl;
+    return fuse_session_loop_mt(&session, loop.get());
+}
+
+int Run(const char* program, const Options& options) {
+    SlowVolume volume(options);
+    const auto operations = SlowVolume::MakeOperations();
+    const char* arguments[] = {program, "-ofsname=slow-volume,subtype=slow-volume"};
+    fuse_args fuseArguments = FUSE_ARGS_INIT(2, const_cast<char**>(arguments));
+    fuse_session* session = fuse_session_new(&fuseArguments, &operations, sizeof(operations), &volume);
+    if (!session) return 1;
+    int result = 1;
+    if (fuse_set_signal_handlers(session) == 0) {
+        if (fuse_session_mount(session, options.mMountPoint.c_str()) == 0) {
+            result = Serve(volume, *session);
+            fuse_session_unmount(session);
+        }
+        fuse_remove_signal_handlers(session);
+    }
+    fuse_session_destroy(session);
+    fuse_opt_free_args(&fuseArguments);
+    if (options.mStatistics) volume.PrintStatistics(std::cerr);
+    // The loop answers the number of the signal that ended it.
+    return result >= 0 ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    if (!ParseOptions(argc, argv, options)) {
+        std::cerr << kUsage;
+        return 2;
+    }
+    ::umask(0);
+    RaiseDescriptorLimit();
+    try {
+        return Run(argv[0], options);
+    } catch (const std::exception& error) {
+        std::cerr << "slow-volume: " << error.what() << '\n';
+        return 1;
+    }
+}
