@@ -1,0 +1,297 @@
+#include "benchmarks/Jobs.h"
+
+#include <QCoreApplication>
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <memory>
+#include <stdexcept>
+
+#include "benchmarks/BenchApplication.h"
+#include "benchmarks/EventLoopProbe.h"
+#include "benchmarks/HeapMeter.h"
+#include "benchmarks/SampleFolder.h"
+#include "benchmarks/SlowVolumeMount.h"
+
+namespace bench {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kManyProjects = 10'000;
+constexpr int kSlowProjects = 2'000;
+constexpr int kSlowDelay = 10;
+
+/// A sample folder that is made when it is first used, and shared by jobs.
+class LazyFolder {
+public:
+    explicit LazyFolder(int projects) : mProjects(projects) {}
+    SampleFolder& operator*() {
+        if (!mFolder) mFolder = std::make_unique<SampleFolder>(mProjects);
+        return *mFolder;
+    }
+
+private:
+    int mProjects;
+    std::unique_ptr<SampleFolder> mFolder;
+};
+
+using SharedFolder = std::shared_ptr<LazyFolder>;
+
+int CountRows(const QTreeView& view) {
+    return view.model() ? view.model()->rowCount(view.rootIndex()) : 0;
+}
+
+/// The item's name in a row, without suffix and without what is said about its state.
+QString RowName(const QTreeView& view, int row) {
+    const QModelIndex index = view.model()->index(row, 0, view.rootIndex());
+    QString text = index.data(Qt::DisplayRole).toString();
+    if (text.isEmpty()) text = index.data(Qt::AccessibleTextRole).toString();
+    text = text.section(QLatin1Char(','), 0, 0);
+    if (text.endsWith(QLatin1String(".zuproj"))) text.chop(7);
+    return text;
+}
+
+/// True when the view has the rows of `projects` in order, told from a few of them.
+bool ShowsAll(const QTreeView& view, int projects) {
+    if (CountRows(view) != projects) return false;
+    for (const int row : {0, 1, projects / 2, projects - 2, projects - 1}) {
+        if (RowName(view, row) != SampleFolder::NameAt(row)) return false;
+    }
+    return true;
+}
+
+void CheckOrder(const QTreeView& view, int projects) {
+    for (int row = 0; row < projects; ++row) {
+        if (RowName(view, row) != SampleFolder::NameAt(row)) throw std::runtime_error("rows are out of order");
+    }
+}
+
+Clock::time_point RunUntilShown(BenchedTree& tree, int projects, std::chrono::seconds timeout = 60s) {
+    const auto isDone = [&](const QRegion&) { return ShowsAll(tree.GetView(), projects); };
+    return BenchApplication::Instance().RunUntilPainted(*tree.GetView().viewport(), isDone, timeout,
+                                                        "all rows");
+}
+
+/// Opens a folder; time to the paint of all rows and longest gap meanwhile.
+std::vector<double> MeasureOpening(BenchedTree& tree, const std::string& folder, int projects,
+                                   std::chrono::seconds timeout) {
+    tree.Prepare();
+    BenchApplication::Instance().RunFor(200ms);
+    EventLoopProbe probe;
+    probe.Start();
+    const auto start = Clock::now();
+    tree.Open(folder);
+    const auto end = RunUntilShown(tree, projects, timeout);
+    const double gap = probe.Stop(end);
+    CheckOrder(tree.GetView(), projects);
+    return {Milliseconds(start, end), gap};
+}
+
+std::vector<double> MeasureOpeningMany(BenchedTree& tree, LazyFolder& folder) {
+    auto values = MeasureOpening(tree, (*folder).Path(), kManyProjects, 60s);
+    tree.Close();
+    return values;
+}
+
+std::vector<double> MeasureOpeningSlow(BenchedTree& tree, LazyFolder& folder) {
+    const SlowVolumeMount volume((*folder).Path(), kSlowDelay);
+    auto values = MeasureOpening(tree, volume.Path(), kSlowProjects, 300s);
+    tree.Close();
+    BenchApplication::Instance().RunFor(500ms);
+    return values;
+}
+
+void OpenAndSettle(BenchedTree& tree, const SampleFolder& folder) {
+    tree.Prepare();
+    tree.Open(folder.Path());
+    RunUntilShown(tree, folder.CountProjects());
+    BenchApplication::Instance().RunFor(700ms);
+}
+
+std::vector<double> MeasureHeap(BenchedTree& tree, LazyFolder& folder) {
+    tree.Prepare();
+    BenchApplication::Instance().RunFor(500ms);
+    const auto before = static_cast<double>(HeapInUse());
+    tree.Open((*folder).Path());
+    RunUntilShown(tree, kManyProjects);
+    BenchApplication::Instance().RunFor(1500ms);
+    const auto after = static_cast<double>(HeapInUse());
+    tree.Close();
+    return {(after - before) / kManyProjects};
+}
+
+/// One project created among many, to its row's paint.
+std::vector<double> MeasureCreation(BenchedTree& tree, LazyFolder& lazyFolder) {
+    auto& application = BenchApplication::Instance();
+    const SampleFolder& folder = *lazyFolder;
+    OpenAndSettle(tree, folder);
+    QTreeView& view = tree.GetView();
+    const QString name = QStringLiteral("Scene 0");
+    const auto isDone = [&](const QRegion& painted) {
+        return CountRows(view) == kManyProjects + 1 && RowName(view, 0) == name &&
+               painted.intersects(view.visualRect(view.model()->index(0, 0, view.rootIndex())));
+    };
+    const auto start = Clock::now();
+    folder.Create(name, 100);
+    const auto end = application.RunUntilPainted(*view.viewport(), isDone, 30s, "the new row");
+    folder.Remove(name);
+    RunUntilShown(tree, kManyProjects);
+    application.RunFor(500ms);
+    tree.Close();
+    return {Milliseconds(start, end)};
+}
+
+void Click(QWidget& widget, QPoint point) {
+    const QPointF local(point);
+    const QPointF global(widget.mapToGlobal(point));
+    QMouseEvent press(QEvent::MouseButtonPress, local, global, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&widget, &press);
+    QMouseEvent release(QEvent::MouseButtonRelease, local, global, Qt::LeftButton, Qt::NoButton,
+                        Qt::NoModifier);
+    QCoreApplication::sendEvent(&widget, &release);
+}
+
+void ClickHeader(QTreeView& view, int section) {
+    QWidget& header = *view.header()->viewport();
+    Click(header, QPoint(view.header()->sectionViewportPosition(section) + 40, header.height() / 2));
+}
+
+/// With the rows sorted by size, a click on the header of the names, to the paint of the rows sorted by name.
+std::vector<double> MeasureResorting(BenchedTree& tree, LazyFolder& folder) {
+    auto& application = BenchApplication::Instance();
+    OpenAndSettle(tree, *folder);
+    QTreeView& view = tree.GetView();
+    ClickHeader(view, tree.GetSizeSection());
+    application.RunFor(2500ms);
+    if (ShowsAll(view, kManyProjects)) throw std::runtime_error("the rows are not sorted by size");
+    const auto isDone = [&](const QRegion&) { return ShowsAll(view, kManyProjects); };
+    const auto start = Clock::now();
+    ClickHeader(view, 0);
+    const auto end = application.RunUntilPainted(*view.viewport(), isDone, 30s, "the order by name");
+    CheckOrder(view, kManyProjects);
+    tree.Close();
+    return {Milliseconds(start, end)};
+}
+
+/// Pages through the rows as fast as they are painted: median and longest time of a frame.
+std::vector<double> MeasureScrolling(BenchedTree& tree, LazyFolder& folder) {
+    auto& application = BenchApplication::Instance();
+    OpenAndSettle(tree, *folder);
+    QTreeView& view = tree.GetView();
+    std::vector<double> frames;
+    for (int page = 0; page < 100; ++page) {
+        QScrollBar& bar = *view.verticalScrollBar();
+        const auto start = Clock::now();
+        bar.setValue(bar.value() + bar.pageStep());
+        const auto isDone = [](const QRegion&) { return true; };
+        frames.push_back(
+            Milliseconds(start, application.RunUntilPainted(*view.viewport(), isDone, 30s, "a page")));
+    }
+    tree.Close();
+    return {Median(frames), *std::max_element(frames.begin(), frames.end())};
+}
+
+std::vector<double> MeasureSelectingAll(BenchedTree& tree, LazyFolder& folder) {
+    OpenAndSettle(tree, *folder);
+    QTreeView& view = tree.GetView();
+    const auto isDone = [&](const QRegion&) {
+        const auto selection = view.selectionModel()->selection();
+        int rows = 0;
+        for (const auto& range : selection) rows += range.height();
+        return rows == kManyProjects;
+    };
+    const auto start = Clock::now();
+    tree.SelectAll();
+    const auto end =
+        BenchApplication::Instance().RunUntilPainted(*view.viewport(), isDone, 30s, "the selected rows");
+    tree.Close();
+    return {Milliseconds(start, end)};
+}
+
+int RowHeight(const QTreeView& view) {
+    return view.visualRect(view.model()->index(0, 0, view.rootIndex())).height();
+}
+
+std::vector<double> MeasureZooming(BenchedTree& tree, LazyFolder& folder) {
+    OpenAndSettle(tree, *folder);
+    QTreeView& view = tree.GetView();
+    const int height = RowHeight(view);
+    const auto isDone = [&](const QRegion&) { return RowHeight(view) > height; };
+    const auto start = Clock::now();
+    tree.Zoom(1);
+    const auto end =
+        BenchApplication::Instance().RunUntilPainted(*view.viewport(), isDone, 30s, "the larger rows");
+    tree.Zoom(-1);
+    BenchApplication::Instance().RunFor(200ms);
+    tree.Close();
+    return {Milliseconds(start, end)};
+}
+
+/// The second key of a search that has 100 hits, to the paint of the hits.
+std::vector<double> MeasureSearching(BenchedTree& tree, LazyFolder& folder) {
+    auto& application = BenchApplication::Instance();
+    OpenAndSettle(tree, *folder);
+    QTreeView& view = tree.GetSearchView();
+    tree.Search(QStringLiteral("Take 7"));
+    application.RunFor(1500ms);
+    const auto isDone = [&](const QRegion&) { return CountRows(view) == kManyProjects / 100; };
+    const auto start = Clock::now();
+    tree.Search(QStringLiteral("Take 77"));
+    const auto end = application.RunUntilPainted(*view.viewport(), isDone, 30s, "the hits");
+    tree.Search({});
+    application.RunFor(200ms);
+    tree.Close();
+    return {Milliseconds(start, end)};
+}
+
+}  // namespace
+
+std::vector<Job> MakeJobs() {
+    const auto many = std::make_shared<LazyFolder>(kManyProjects);
+    const auto slow = std::make_shared<LazyFolder>(kSlowProjects);
+    const auto with = [](std::vector<double> (*run)(BenchedTree&, LazyFolder&), SharedFolder folder) {
+        return [run, folder](BenchedTree& tree) { return run(tree, *folder); };
+    };
+    std::vector<Job> jobs;
+    // The heap first: later jobs would be measured against caches that are filled already.
+    jobs.push_back({"heap", {{"heap per row at 10,000 rows", "B", 0.6, {}}}, 5, with(MeasureHeap, many)});
+    jobs.push_back({"open",
+                    {{"10,000 projects in one folder, from opening to first paint with all rows there, sorted",
+                      "ms",
+                      0.35,
+                      {}},
+                     {"longest event-loop gap meanwhile", "ms", 0.5, {}}},
+                    11,
+                    with(MeasureOpeningMany, many)});
+    jobs.push_back({"create",
+                    {{"one project created among 10,000, to its row painted", "ms", 0.05, {}}},
+                    7,
+                    with(MeasureCreation, many)});
+    jobs.push_back({"resort", {{"resort by name, painted", "ms", 0.5, {}}}, 9, with(MeasureResorting, many)});
+    jobs.push_back({"slow-volume",
+                    {{"10 ms per operation, 2,000 projects in one folder: from opening to painted, sorted",
+                      "ms",
+                      0.01,
+                      {}},
+                     {"longest event-loop gap meanwhile", "ms", {}, 50}},
+                    3,
+                    with(MeasureOpeningSlow, slow)});
+    jobs.push_back({"scroll",
+                    {{"a page scrolled at 10,000 rows, painted", "ms", {}, 16.7},
+                     {"the longest of 100 such frames", "ms", {}, {}}},
+                    7,
+                    with(MeasureScrolling, many)});
+    jobs.push_back(
+        {"select-all", {{"select all of 10,000, painted", "ms", {}, {}}}, 7, with(MeasureSelectingAll, many)});
+    jobs.push_back(
+        {"zoom", {{"zoom step over 10,000 rows, painted", "ms", {}, {}}}, 7, with(MeasureZooming, many)});
+    jobs.push_back({"search",
+                    {{"search keystroke over 10,000 names, to painted hits", "ms", {}, {}}},
+                    7,
+                    with(MeasureSearching, many)});
+    return jobs;
+}
+
+}  // namespace bench

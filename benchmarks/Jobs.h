@@ -1,0 +1,24 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "benchmarks/BenchedTree.h"
+#include "benchmarks/ResultTable.h"
+
+namespace bench {
+
+/// A job that both sides do, and what is measured in it.
+struct Job {
+    std::string mName;
+    std::vector<Figure> mFigures;
+    int mRepetitions = 9;
+    /// Does the job once and returns the values of the figures. Milliseconds come first where they are
+    /// measured: they are the time that the benchmark library reports.
+    std::function<std::vector<double>(BenchedTree&)> mRun;
+};
+
+/// All jobs. Their sample folders are made when a job first needs them, and removed with the jobs.
+std::vector<Job> MakeJobs();
+
+}  // namespace bench

@@ -1,0 +1,116 @@
+#include "benchmarks/PanelBench.h"
+
+#include <stdexcept>
+
+#include "benchmarks/BenchApplication.h"
+#include "desk/app/MainWindow.h"
+#include "desk/app/ProgramCommands.h"
+#include "desk/core/Profile.h"
+#include "desk/core/QtMainThread.h"
+#include "desk/core/Services.h"
+#include "desk/core/SystemDesktop.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/dialogs/QtDialogs.h"
+#include "desk/files/ChangeSource.h"
+#include "desk/files/FolderStore.h"
+#include "desk/files/PosixFileSystem.h"
+#include "desk/framework/CommandIDs.h"
+#include "desk/framework/CommandRouter.h"
+#include "desk/framework/MenuResources.h"
+#include "desk/framework/PluginLoader.h"
+#include "desk/framework/Shortcuts.h"
+#include "desk/toolkit/Theme.h"
+
+namespace bench {
+
+namespace {
+// The panel's own commands.
+constexpr int kCommandZoomIn = 30323;
+constexpr int kCommandZoomOut = 30324;
+}  // namespace
+
+/// What the program's session sets up.
+struct PanelBench::Program {
+    explicit Program(const std::string& profileFolder) : mDesktop(u"bench"), mProfile(profileFolder) {
+        mServices = {&mFileSystem, &mMainThread, &mDialogs, &mDesktop, &mWorkerPool, nullptr};
+        desk::GetServices() = mServices;
+        mFolderStore = desk::CreateFolderStore();
+        desk::GetServices().mFolderStore = mFolderStore.get();
+        desk::MenuResources::Instance().Load(profileFolder);
+        desk::Shortcuts::Instance().Load(profileFolder);
+    }
+    ~Program() {
+        mWindow.reset();
+        mWorkerPool.WaitUntilIdle(std::chrono::seconds(10));
+        mFolderStore.reset();
+        desk::GetServices() = {};
+    }
+
+    desk::SystemDesktop mDesktop;
+    desk::PosixFileSystem mFileSystem;
+    desk::QtMainThread mMainThread;
+    desk::WorkerPool mWorkerPool{24};
+    desk::QtDialogs mDialogs;
+    desk::Services mServices;
+    desk::Profile mProfile;
+    std::unique_ptr<desk::FolderStore> mFolderStore;
+    std::unique_ptr<desk::MainWindow> mWindow;
+};
+
+PanelBench::PanelBench() : mProgram(std::make_unique<Program>(mProfileFolder.path().toStdString())) {
+    LoadPanel();
+    mProgram->mWindow = std::make_unique<desk::MainWindow>(mProgram->mProfile, nullptr, kWindowSize);
+    mProgram->mWindow->show();
+    BenchApplication::Instance().RunFor(std::chrono::milliseconds(300));
+    FindWidgets();
+}
+
+PanelBench::~PanelBench() {
+    Close();
+}
+
+void PanelBench::LoadPanel() {
+    auto plugins = desk::FindPlugins({ZU_PLUGIN_FOLDER});
+    desk::LoadPlugins(plugins);
+    for (const auto& plugin : plugins) {
+        if (plugin.mRefusal.empty()) return;
+        throw std::runtime_error(plugin.mPath + ": " + plugin.mRefusal);
+    }
+    throw std::runtime_error("no panel in " ZU_PLUGIN_FOLDER);
+}
+
+/// The tree that shows is the directory view's; the other one is the search results'.
+void PanelBench::FindWidgets() {
+    for (auto* view : mProgram->mWindow->findChildren<QTreeView*>())
+        (view->isVisible() ? mView : mSearchView) = view;
+    mSearchField = mProgram->mWindow->findChild<QLineEdit*>();
+    if (!mView || !mSearchView || !mSearchField) throw std::runtime_error("the panel's widgets are not there");
+}
+
+void PanelBench::Open(const std::string& folder) {
+    mProgram->mWindow->Productions().OpenAtStart(folder, {});
+}
+
+void PanelBench::Close() {
+    Send(desk::kCommandCloseProduction);
+    BenchApplication::Instance().RunFor(std::chrono::milliseconds(50));
+}
+
+void PanelBench::Zoom(int steps) {
+    for (; steps > 0; --steps) Send(kCommandZoomIn);
+    for (; steps < 0; ++steps) Send(kCommandZoomOut);
+}
+
+void PanelBench::SelectAll() {
+    Send(desk::kCommandSelectAll);
+}
+
+void PanelBench::Search(const QString& text) {
+    mSearchField->setText(text);
+}
+
+void PanelBench::Send(int command) {
+    desk::CommandRouter::Instance().Send(command);
+}
+
+}  // namespace bench
