@@ -1,0 +1,81 @@
+#include <QMenu>
+
+#include "desk/framework/MenuResources.h"
+#include "tests/desk/framework/FrameworkFixture.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+constexpr char kWingMenu[] = "HandlerSharedProjects_Wing_Menu";
+
+class MenuResourcesTest : public FrameworkFixture {
+protected:
+    ~MenuResourcesTest() override { mMenus.Load("/nowhere"); }
+
+    /// A line for each entry: "Text", "(Text)" for a disabled one, "x Text" for a marked one, "-"; those of
+    /// sub-menus are indented.
+    static Events Shown(QMenu& menu, const std::string& indent = {}) {
+        Q_EMIT menu.aboutToShow();
+        Events lines;
+        for (QAction* action : menu.actions()) {
+            std::string text =
+                action->isSeparator() ? "-" : action->text().section(QLatin1Char('\t'), 0, 0).toStdString();
+            if (!action->isSeparator() && !action->isEnabled()) text = "(" + text + ")";
+            lines.push_back(indent + (action->isChecked() ? "x " : "") + text);
+            if (action->menu())
+                for (const std::string& line : Shown(*action->menu(), indent + "  ")) lines.push_back(line);
+        }
+        return lines;
+    }
+
+    desk::MenuResources& mMenus = desk::MenuResources::Instance();
+    TemporaryFolder mProfile;
+};
+
+TEST_F(MenuResourcesTest, ThePanelsMenuFollowsTheStateAndSendsCommands) {
+    mMenus.Load(mProfile.Path());
+    QMenu menu;
+    mMenus.Fill(menu, kWingMenu);
+    EXPECT_EQ(Shown(menu),
+              (Events{"(Find)", "-", "(Select All)", "(Deselect All)", "-", "(Zoom In)", "(Zoom Out)"}));
+    mPanel->mAnswers.mCommands = {{57642, true}, {30323, true}, {30324, false}};
+    OpenPanel();
+    EXPECT_EQ(Shown(menu),
+              (Events{"(Find)", "-", "Select All", "(Deselect All)", "-", "Zoom In", "(Zoom Out)"}));
+    mEvents.clear();
+    menu.findChild<QAction*>(QStringLiteral("command-30323"))->trigger();
+    EXPECT_EQ(mEvents, (Events{"panel 30323"}));
+}
+
+TEST_F(MenuResourcesTest, AProfilesMenuGoesBeforeAndStateCanNameAndMarkAnEntry) {
+    mProfile.Write("menus/own.json", R"({"HandlerSharedProjects_Wing_Menu": [
+        {"command": 900010, "text": "Mode"}, {"menu": "More", "entries": [{"command": 900011, "text": "Unknown"}]}]})");
+    mMenus.Load(mProfile.Path());
+    desk::MainCommander::Instance().Register(
+        900010,
+        [] {
+            return desk::CommandStatus{true, true, true, host::MenuMark::Check, u"Read & Write"};
+        },
+        [] { return true; });
+    QMenu menu;
+    mMenus.Fill(menu, kWingMenu);
+    EXPECT_EQ(Shown(menu), (Events{"x Read && Write", "More", "  (Unknown)"}));
+    desk::MainCommander::Instance().Register(900010, {}, {});
+}
+
+TEST_F(MenuResourcesTest, AFileThatIsNotUnderstoodIsNamedAndLeftOut) {
+    const ExpectLogged broken("broken.json is left out");
+    const ExpectLogged entry("entry.json is left out: menu \"A\": entry 2 ");
+    const ExpectLogged nested("nested.json is left out: menu \"B\": entry 1 entry 1 needs");
+    mProfile.Write("menus/broken.json", "[");
+    mProfile.Write("menus/entry.json", R"({"A": [{"separator": true}, {"command": "11311", "text": "Find"}]})");
+    mProfile.Write("menus/nested.json", R"({"B": [{"menu": "More", "entries": [{"text": "x"}]}]})");
+    mProfile.Write("menus/good.json", R"({"C": [{"command": 1, "text": "One"}]})");
+    mMenus.Load(mProfile.Path());
+    EXPECT_FALSE(mMenus.HasMenu("A"));
+    EXPECT_FALSE(mMenus.HasMenu("B"));
+    EXPECT_TRUE(mMenus.HasMenu("C"));
+    EXPECT_TRUE(mMenus.HasMenu(kWingMenu));
+}
+
+}  // namespace

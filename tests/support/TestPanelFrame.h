@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWidget>
+#include <string>
+
+#include "desk/framework/PanelFrame.h"
+
+/// A frame for one panel: a plain window of a given size that the panel's view fills, shown while it holds one.
+class TestPanelFrame : public desk::PanelFrame {
+public:
+    explicit TestPanelFrame(QSize size = {800, 600});
+
+    QWidget& Window() { return mWindow; }
+    /// Makes the window the active one, so that widgets in it can have the keyboard focus.
+    void Activate();
+    /// Gives the view another size.
+    void Resize(QSize size);
+
+    host::TabView* GetView() const { return mView; }
+    const host::UTF16String& GetTitle() const { return mTitle; }
+    int CountStackedUpdates() const { return mStackedUpdates; }
+
+    void Attach(host::TabView& view, QWidget& widget, const host::UTF16String& handlerID) override;
+    void Detach() override;
+    void SetTitle(const host::UTF16String& title) override { mTitle = title; }
+    void Show(bool show) override { mWindow.setVisible(show); }
+    void BringToFront(bool takeFocus, bool flash) override;
+    void UpdateStackedDimensions(bool) override { ++mStackedUpdates; }
+
+private:
+    QWidget mWindow;
+    QWidget* mWidget = nullptr;
+    host::TabView* mView = nullptr;
+    host::UTF16String mTitle;
+    int mStackedUpdates = 0;
+};
