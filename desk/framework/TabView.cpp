@@ -38,9 +38,7 @@ void TabView::Create(TabView* tabView, const UTF16String& handlerID, const UTF16
 }
 
 void TabView::SetTitle(const UTF16String& title) {
-    TabViewImpl& impl = TabViewImpl::Of(*this);
-    impl.mTitle = title;
-    if (impl.mFrame) impl.mFrame->SetTitle(title);
+    TabViewImpl::Of(*this).SetTitle(title);
 }
 
 UTF16String TabView::GetTitle() const {

@@ -3,6 +3,7 @@
 #include <QAbstractItemView>
 #include <utility>
 
+#include "desk/core/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/TabViews.h"
 #include "host/framework/Handler.h"
@@ -29,17 +30,22 @@ void TabViewImpl::Create(const host::UTF16String& handlerID, const host::UTF16St
                          bool show) {
     host::TabView& view = *FindTabView();
     mHandlerID = handlerID;
-    mTitle = title;
     mWidget = new ViewWidget(*this, nullptr);
     mFrame = &frame;
     frame.Attach(view, *mWidget, handlerID);
-    frame.SetTitle(title);
+    SetTitle(title);
     TabViews::Instance().Add(*this);
     FinishCreate({0, 0, mWidget->width(), mWidget->height()});
     if (show && mFrame) {
         mFrame->Show(true);
         mFrame->BringToFront(false, false);
     }
+}
+
+void TabViewImpl::SetTitle(const host::UTF16String& title) {
+    mTitle = title;
+    if (mFrame) mFrame->SetTitle(title);
+    if (mWidget) mWidget->setAccessibleName(ToQString(title));
 }
 
 void TabViewImpl::PutOnDuty() {

@@ -14,6 +14,8 @@ struct TabViewImpl : host::View::Impl {
     void Create(const host::UTF16String& handlerID, const host::UTF16String& title, PanelFrame& frame,
                 bool show);
 
+    void SetTitle(const host::UTF16String& title);
+
     /// Puts the view and its handler on duty.
     void PutOnDuty();
     /// Gives the keyboard to what had it last in the view, else to its first list or tree, else to its first
