@@ -65,6 +65,8 @@ private:
     bool mIsOpen = false;
     bool mHasCustomChild = false;
     bool mIsVisible = false;
+    bool mIsSelected = false;
+    bool mMayHaveChildren = false;
 };
 
 }  // namespace host

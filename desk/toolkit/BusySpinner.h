@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QWidget>
+
+#include "desk/core/MainThread.h"
+
+namespace desk {
+
+/// A small turning arc over a view: something is under way. Lets clicks through. UI thread.
+class BusySpinner : public QWidget {
+public:
+    explicit BusySpinner(QWidget& view);
+    ~BusySpinner() override;
+
+    /// `alignment`: 0 in the top right corner, 1 in the centre.
+    void Start(int alignment);
+    void Stop();
+    /// The view has another size.
+    void Place();
+
+protected:
+    void paintEvent(QPaintEvent*) override;
+
+private:
+    int mAlignment = 0;
+    int mStep = 0;
+    MainThread::TimerID mTimer = 0;
+};
+
+}  // namespace desk

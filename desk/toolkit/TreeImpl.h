@@ -1,0 +1,222 @@
+#pragma once
+
+#include <QItemSelection>
+#include <QPointer>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "desk/toolkit/NodeImpl.h"
+#include "desk/toolkit/RowAccess.h"
+#include "desk/toolkit/TreeModel.h"
+#include "host/toolkit/UI_MultiColumnTree.h"
+
+namespace desk {
+
+class BusySpinner;
+class TreeView;
+
+/// The callbacks of a tree, as its owner has set them.
+struct TreeCallbacks {
+    using Row = host::RowRef;
+    template <class Signature>
+    using Shared = host::SharedFunction<Signature>;
+
+    Shared<bool(const Row&)> mCanRowHaveChildren;
+    Shared<void(host::Drawbot&, const Row&, unsigned, const host::RectT<float>&)> mDrawCell;
+    Shared<host::UTF16String(const Row&, unsigned)> mAccessibleText;
+    Shared<host::UTF16String(const Row&, unsigned)> mSortData;
+    Shared<void(unsigned, unsigned)> mColumnMoved;
+    Shared<void(unsigned, float)> mColumnResized;
+    Shared<bool(const Row&, host::Point)> mContextMenu;
+    Shared<void(const Row&, host::Point)> mDoubleClicked;
+    Shared<void(const Row&, bool)> mOpenStateChanged;
+    Shared<void(const Row&, bool)> mDisclosureChanged;
+    Shared<void(const Row&)> mVisibilityChanged;
+    Shared<void(const host::RowVec&)> mSelectionChanged;
+    Shared<int(const Row&)> mSelectionColor;
+};
+
+}  // namespace desk
+
+/// The desktop's half of a tree: its rows, and the model and view that show them. The rows are what counts;
+/// model and view follow them. UI thread.
+struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
+    using Row = UI_MultiColumnTreeRow;
+    using Access = Row::Access;
+
+    TreeImpl();
+    ~TreeImpl() override;
+    static TreeImpl& Of(const UI_MultiColumnTree& tree) { return static_cast<TreeImpl&>(tree.GetImpl()); }
+    UI_MultiColumnTree& Tree() { return static_cast<UI_MultiColumnTree&>(*mNode); }
+
+    void Realize(QWidget& parent) override;
+    void Unrealize() override;
+    void ApplyToWidget() override;
+    void SetShown(bool shown) override;
+    void Paint(const desk::LightPaint&) override {}
+
+    /// Runs a member later in the same turn of the event loop, once however often it is asked for meanwhile.
+    struct Later {
+        bool mIsQueued = false;
+    };
+    void RunLater(Later& later, void (TreeImpl::*member)());
+
+    // Rows (UI_MultiColumnTree_Rows.cpp).
+
+    RowRef Append(Row* parent);
+    void LayOutAppended(Row* parent);
+    void Remove(const RowVec& rows);
+    void RemoveAll();
+    /// Removes the rows at these positions (ascending) from under `parent`.
+    void RemoveChildren(Row* parent, std::vector<std::size_t> positions);
+    void MoveToEnd(Row* parent, const std::vector<std::size_t>& positions);
+    void TakeOut(Row* parent, std::size_t first, std::size_t last, bool tellModel);
+    /// The row that becomes the current one when `row` goes; null when none is left.
+    Row* FindSuccessor(const Row& row, const std::function<bool(const Row*)>& isDoomed);
+    /// The rows at the top for null.
+    std::vector<RowRef>& ChildrenOf(const Row* parent);
+    std::uint32_t& CountOfLaidOutChildren(const Row* parent);
+    /// Position among the rows beside it.
+    int PositionOf(const Row& row);
+    /// True when the model knows the row: it and all above it have been laid out.
+    bool IsInModel(const Row& row);
+    bool IsMine(const Row* row) const;
+    void Renumber(const Row* parent, std::size_t first);
+    /// Finds out anew whether the row may have children.
+    void UpdateMayHaveChildren(Row& row);
+    void UpdateMayHaveChildrenOfAll();
+    /// Something is about to change which rows show, or where.
+    void BeginChange();
+
+    // Opening (UI_MultiColumnTree_Open.cpp).
+
+    void SetOpen(Row& row, bool open);
+    /// Lets the view know the open rows among `row` and those below it, which have just come into the model.
+    void ExpandInView(Row& row);
+    void DeselectBelow(Row& row);
+    /// The opened rows in display order.
+    const std::vector<Row*>& Opened();
+    /// Index among the opened rows; -1 when the row is not among them.
+    int IndexOfOpened(const Row* row);
+
+    // Sorting (UI_MultiColumnTree_Sort.cpp).
+
+    void Sort();
+    void SortLater();
+    void ForgetSortedKeys() { mSortedKeys.clear(); }
+    /// The less-than of two sort keys in the current direction; empty when nothing is sorted.
+    std::function<bool(const UTF16String&, const UTF16String&)> SortOrder() const;
+    UTF16String SortKey(const Row& row) const;
+    /// Puts rows that have just been appended into the model, sorted in.
+    void InsertSorted(Row* parent, std::size_t countBefore);
+    /// Gives `parent`'s first rows the order that `order` names (old positions); within a layout change.
+    void Reorder(const Row* parent, const std::vector<std::uint32_t>& order);
+    void BeginLayoutChange();
+    void EndLayoutChange();
+
+    // Selection (UI_MultiColumnTree_Selection.cpp).
+
+    void Select(Row* row, bool deselectOthers, bool scrollIntoView, bool notify);
+    void SelectRows(const RowVec& rows);
+    void DeselectAll(bool notify);
+    void SelectionChanged(const QItemSelection& selected, const QItemSelection& deselected);
+    void NotifySelectionChanged();
+    QItemSelection RangesOf(const std::vector<Row*>& rows);
+    /// Makes `row` the current one (the one the keyboard starts from) without selecting or scrolling.
+    void SetCurrentRow(Row* row);
+    Row* CurrentRow() const;
+
+    // Visibility and scrolling (UI_MultiColumnTree_Visibility.cpp).
+
+    struct Range {
+        int mFirst = -1;
+        int mLast = -1;
+    };
+    Range VisibleRange();
+    void UpdateVisibleRows();
+    /// Returns true when rows came or left.
+    bool UpdateVisibleRowsOnce();
+    void UpdateVisibleRowsLater();
+    bool IsRowVisible(const Row& row) const;
+    /// Brings the view's layout up to date.
+    void FlushLayout();
+    /// Remembers what stands first in the visible area, to put it back there after the next layout.
+    void HoldScrollPosition();
+    void RestoreScrollPosition();
+    void ScrollIntoView(Row& row, bool animate, float margin, bool openAncestors);
+    void SetRowHeight(float height);
+    void RedrawRow(const Row& row);
+
+    // Columns and cells (UI_MultiColumnTree_Cells.cpp).
+
+    void SetHeader(RefPtr<UI_MultiColumnTreeHeaderRow> header);
+    void ColumnsChanged();
+    int CountColumns() const;
+    /// Columns by order of appending (the model's) and by position (the panel's).
+    int ColumnAtPosition(unsigned position) const;
+    int PositionOfColumn(int appended) const;
+    /// Where the nodes or the text of a cell stand in the viewport, given the row's rectangle there.
+    QRectF CellRect(const Row& row, int appended, const QRect& rowRect) const;
+    QRectF TriangleRect(const Row& row, const QRect& rowRect) const;
+    /// Gives a cell of a visible row its size.
+    void FitCell(Row& row, int appended);
+    int DepthOf(const Row& row) const;
+    double IndentationWidth() const { return double(mIndentation) * mRowPixels; }
+    UTF16String AccessibleText(const Row& row, int appended) const;
+    /// The name by which the user finds the row with the keyboard.
+    QString NameOf(const Row& row) const;
+    /// Width that a cell's content needs, from the left edge of the column.
+    double NaturalCellWidth(Row& row, int appended);
+    /// True when a cell shows less than its whole text.
+    bool IsCellCut(Row& row, int appended);
+    void ShowBusy(bool busy);
+
+    RowRef mRoot;
+    RefPtr<UI_MultiColumnTreeHeaderRow> mHeader;
+    desk::TreeCallbacks mCallbacks;
+    desk::TreeModel mModel{*this};
+    QPointer<desk::TreeView> mView;
+
+    std::vector<Row*> mOpened;
+    bool mIsOpenedStale = false;
+
+    RowVec mSelected;
+    bool mNotifiesSelection = true;
+    bool mIsSettingSelection = false;
+
+    RowVec mVisible;
+    int mFirstVisible = 0;
+    bool mIsUpdatingVisible = false;
+
+    RowRef mHeldRow;
+    double mHeldOffset = 0;
+    bool mHoldsScrollPosition = false;
+    RowRef mScrollWhenShown;
+
+    /// What the keys of a folder's rows were when their order was last found right, hashed.
+    std::unordered_map<const Row*, std::uint64_t> mSortedKeys;
+
+    float mRowHeight = 25;
+    int mRowPixels = 25;
+    float mIndentation = 0.62f;
+    int mIndentationLevels = 0;
+    bool mAllowsChildren = true;
+    bool mSupportsNoneSelected = true;
+    bool mDeselectsOnEmptyClick = false;
+    bool mDrawsHorizontalLines = true;
+    bool mDrawsVerticalLines = false;
+    QString mEmptyText;
+    QString mAccessibleName;
+    int mSpinnerAlignment = 0;
+    int mBusy = 0;
+    unsigned mBusyPeriod = 0;
+
+    Later mSortLater;
+    Later mNotifyLater;
+    Later mVisibleLater;
+    /// Gone when the tree is: what was queued for it then does nothing.
+    std::shared_ptr<int> mAlive = std::make_shared<int>(0);
+};

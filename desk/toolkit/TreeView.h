@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QTreeView>
+
+#include "desk/toolkit/TreeHeader.h"
+#include "host/toolkit/UI_MultiColumnTree.h"
+
+namespace desk {
+
+class BusySpinner;
+
+/// The widget of a tree. It paints rows and takes the user's input; what comes of it is the tree's to decide.
+class TreeView final : public QTreeView {
+public:
+    explicit TreeView(host::UI_MultiColumnTree::TreeImpl& tree);
+    ~TreeView() override;
+
+    BusySpinner& GetSpinner() { return *mSpinner; }
+    void FlushLayout();
+    void RowHeightChanged();
+    void SetExpanded(const QModelIndex& index, bool expanded);
+    void AnnounceRowChanged(const QModelIndex& index);
+    /// Rows are leaving; the one under the pointer may be among them.
+    void ForgetHover() { mHovered = nullptr; }
+
+    using QTreeView::scheduleDelayedItemsLayout;
+
+    void doItemsLayout() override;
+    void keyboardSearch(const QString& typed) override;
+    void selectAll() override;
+
+protected:
+    // Painting (TreeView_Painting.cpp).
+    void paintEvent(QPaintEvent* event) override;
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    int sizeHintForColumn(int column) const override;
+
+    // Input (TreeView_Input.cpp).
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
+
+    void scrollContentsBy(int dx, int dy) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+private:
+    using Row = host::UI_MultiColumnTreeRow;
+
+    void PaintBackground(QPainter& painter, const QRect& rect, Row& row) const;
+    void PaintCell(QPainter& painter, const QRect& rect, Row& row, int column) const;
+    void PaintTriangle(QPainter& painter, const QRect& rect, Row& row) const;
+    void PaintLines(QPainter& painter, const QRect& rect) const;
+    void PaintEmptyText();
+    QRect RectOf(const Row* row) const;
+    Row* RowAt(const QPoint& point) const;
+    /// The row whose triangle stands at `point`; null for none.
+    Row* TriangleAt(const QPoint& point) const;
+    void Hover(Row* row);
+    void ToggleByUser(Row& row, bool open);
+    void OpenAllBelow(Row& row);
+    bool HandleTreeKey(int key, Row& current);
+    void SelectByUser(Row& row);
+
+    host::UI_MultiColumnTree::TreeImpl& mTree;
+    TreeHeader* mHeader;
+    BusySpinner* mSpinner;
+    const Row* mHovered = nullptr;
+    bool mIsPainting = false;
+    /// The mouse button that is down went down on a triangle.
+    bool mHasPressedTriangle = false;
+    QString mTyped;
+    QElapsedTimer mSinceTyped;
+};
+
+}  // namespace desk

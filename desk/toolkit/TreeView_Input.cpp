@@ -1,0 +1,191 @@
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "desk/toolkit/Callback.h"
+#include "desk/toolkit/Theme.h"
+#include "desk/toolkit/TreeImpl.h"
+#include "desk/toolkit/TreeView.h"
+
+namespace desk {
+
+using Row = host::UI_MultiColumnTreeRow;
+using Access = Row::Access;
+
+namespace {
+
+host::Point ToPoint(const QPoint& point) { return {point.x(), point.y()}; }
+
+}  // namespace
+
+Row* TreeView::RowAt(const QPoint& point) const {
+    const int y = point.y() + verticalScrollBar()->value();
+    const std::size_t index = std::size_t(std::max(y, 0) / mTree.mRowPixels);
+    return y >= 0 && index < mTree.Opened().size() ? mTree.Opened()[index] : nullptr;
+}
+
+QRect TreeView::RectOf(const Row* row) const {
+    const int index = row ? mTree.IndexOfOpened(row) : -1;
+    if (index < 0) return {};
+    return {0, index * mTree.mRowPixels - verticalScrollBar()->value(), viewport()->width(), mTree.mRowPixels};
+}
+
+Row* TreeView::TriangleAt(const QPoint& point) const {
+    Row* row = RowAt(point);
+    if (!row || !Access::MayHaveChildren(*row) || mTree.CountColumns() == 0) return nullptr;
+    // All of the level's indentation counts: the triangle itself is small.
+    const double left = mHeader->sectionViewportPosition(0) + mTree.IndentationWidth() * mTree.DepthOf(*row);
+    const double right = mTree.CellRect(*row, 0, QRect(0, 0, 0, mTree.mRowPixels)).left();
+    return point.x() >= left && point.x() < right ? row : nullptr;
+}
+
+void TreeView::Hover(Row* row) {
+    if (row == mHovered) return;
+    viewport()->update(RectOf(mHovered));
+    mHovered = row;
+    viewport()->update(RectOf(mHovered));
+}
+
+bool TreeView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::MouseMove) {
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        Hover(mouse->buttons() == Qt::NoButton ? RowAt(mouse->position().toPoint()) : nullptr);
+    } else if (event->type() == QEvent::Leave) {
+        Hover(nullptr);
+    }
+    return QTreeView::viewportEvent(event);
+}
+
+void TreeView::ToggleByUser(Row& row, bool open) {
+    if (row.IsOpen() == open || !Access::MayHaveChildren(row)) return;
+    const host::RowRef keptAlive(&row);
+    mTree.SetOpen(row, open);
+    if (mTree.IsMine(&row)) Call(mTree.mCallbacks.mDisclosureChanged, keptAlive, open);
+}
+
+void TreeView::mousePressEvent(QMouseEvent* event) {
+    FlushLayout();
+    Row* row = event->button() == Qt::LeftButton ? TriangleAt(event->position().toPoint()) : nullptr;
+    if (!row) return QTreeView::mousePressEvent(event);
+    mHasPressedTriangle = true;
+    const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
+    ToggleByUser(*row, !row->IsOpen());
+}
+
+void TreeView::mouseMoveEvent(QMouseEvent* event) {
+    if (!mHasPressedTriangle) QTreeView::mouseMoveEvent(event);
+}
+
+void TreeView::mouseReleaseEvent(QMouseEvent* event) {
+    if (!std::exchange(mHasPressedTriangle, false)) QTreeView::mouseReleaseEvent(event);
+}
+
+void TreeView::mouseDoubleClickEvent(QMouseEvent* event) {
+    FlushLayout();
+    const QPoint point = event->position().toPoint();
+    if (event->button() != Qt::LeftButton) return QTreeView::mousePressEvent(event);
+    if (TriangleAt(point)) return mousePressEvent(event);
+    const host::RowRef row(RowAt(point));
+    if (!row) return QTreeView::mousePressEvent(event);
+    const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
+    Call(mTree.mCallbacks.mDoubleClicked, row, ToPoint(point));
+}
+
+void TreeView::contextMenuEvent(QContextMenuEvent* event) {
+    FlushLayout();
+    host::RowRef row;
+    QPoint point = event->pos();
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        row = mTree.CurrentRow();
+        if (row && !Access::IsSelected(*row)) row = mTree.mSelected.empty() ? nullptr : mTree.mSelected.back();
+        point = row ? mTree.CellRect(*row, 0, RectOf(row.get())).bottomLeft().toPoint() : viewport()->rect().center();
+    } else {
+        row = RowAt(point);
+    }
+    const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
+    const QPoint inTree = viewport()->mapTo(this, point);
+    event->setAccepted(Call(mTree.mCallbacks.mContextMenu, row, ToPoint(inTree)));
+}
+
+void TreeView::SelectByUser(Row& row) { mTree.Select(&row, true, true, true); }
+
+void TreeView::OpenAllBelow(Row& row) {
+    ToggleByUser(row, true);
+    const host::RowVec children(row.GetChildRows());
+    for (const host::RowRef& child : children)
+        if (Access::MayHaveChildren(*child)) OpenAllBelow(*child);
+}
+
+bool TreeView::HandleTreeKey(int key, Row& current) {
+    const bool mayOpen = Access::MayHaveChildren(current);
+    switch (key) {
+        case Qt::Key_Right:
+            if (mayOpen && !current.IsOpen())
+                ToggleByUser(current, true);
+            else if (current.IsOpen() && mTree.CountOfLaidOutChildren(&current) > 0)
+                SelectByUser(*current.GetChildRows().front());
+            return true;
+        case Qt::Key_Left:
+            if (current.IsOpen() && mayOpen)
+                ToggleByUser(current, false);
+            else if (const host::RowRef above = current.GetParentRow())
+                SelectByUser(*above);
+            return true;
+        case Qt::Key_Plus: ToggleByUser(current, true); return true;
+        case Qt::Key_Minus: ToggleByUser(current, false); return true;
+        case Qt::Key_Asterisk: OpenAllBelow(current); return true;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            Call(mTree.mCallbacks.mDoubleClicked, host::RowRef(&current), ToPoint(RectOf(&current).center()));
+            return true;
+        default: return false;
+    }
+}
+
+void TreeView::keyPressEvent(QKeyEvent* event) {
+    FlushLayout();
+    const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
+    const host::RowRef current(mTree.CurrentRow());
+    // Alt goes through: who listens to disclosures asks for it.
+    const bool isPlain = !(event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier));
+    if (current && isPlain && HandleTreeKey(event->key(), *current)) return event->accept();
+    QTreeView::keyPressEvent(event);
+}
+
+QItemSelectionModel::SelectionFlags TreeView::selectionCommand(const QModelIndex& index, const QEvent* event) const {
+    const auto command = QTreeView::selectionCommand(index, event);
+    if (!index.isValid() && !(mTree.mDeselectsOnEmptyClick && mTree.mSupportsNoneSelected)) return QItemSelectionModel::NoUpdate;
+    const bool couldEmpty = command & (QItemSelectionModel::Toggle | QItemSelectionModel::Deselect);
+    if (!mTree.mSupportsNoneSelected && couldEmpty && mTree.mSelected.size() == 1 &&
+        mTree.mSelected.front() == TreeModel::RowOf(index))
+        return QItemSelectionModel::NoUpdate;
+    return command;
+}
+
+void TreeView::selectAll() {
+    if (selectionMode() != ExtendedSelection) return;
+    const std::vector<Row*>& rows = mTree.Opened();
+    mTree.SelectRows(host::RowVec(rows.begin(), rows.end()));
+}
+
+void TreeView::keyboardSearch(const QString& typed) {
+    if (!mSinceTyped.isValid() || mSinceTyped.hasExpired(QApplication::keyboardInputInterval())) mTyped.clear();
+    mSinceTyped.start();
+    const bool isNew = mTyped.isEmpty();
+    mTyped += typed;
+    const std::vector<Row*> rows = mTree.Opened();
+    if (rows.empty() || mTree.CountColumns() == 0) return;
+    // The same letter over and over goes from one such name to the next.
+    const bool isRepeated = mTyped.size() > 1 && mTyped.count(mTyped[0]) == mTyped.size();
+    const QString wanted = isRepeated ? mTyped.left(1) : mTyped;
+    const int current = mTree.IndexOfOpened(mTree.CurrentRow());
+    const std::size_t start = std::size_t(std::max(current, 0)) + ((isNew || isRepeated) && current >= 0 ? 1 : 0);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        Row& row = *rows[(start + i) % rows.size()];
+        if (mTree.IsMine(&row) && mTree.NameOf(row).startsWith(wanted, Qt::CaseInsensitive)) return SelectByUser(row);
+    }
+}
+
+}  // namespace desk

@@ -1,0 +1,218 @@
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+
+#include "desk/toolkit/Callback.h"
+#include "desk/toolkit/HeaderRowImpl.h"
+#include "desk/toolkit/TreeImpl.h"
+#include "desk/toolkit/TreeView.h"
+
+namespace host {
+
+using TreeImpl = UI_MultiColumnTree::TreeImpl;
+using Row = UI_MultiColumnTreeRow;
+using Access = Row::Access;
+using Less = std::function<bool(const UTF16String&, const UTF16String&)>;
+using Order = std::vector<std::uint32_t>;
+
+namespace {
+
+/// Rows that come into more places than this are appended and sorted in by one change of the layout instead.
+constexpr std::size_t kMaximumRuns = 8;
+
+std::uint64_t HashOf(const std::vector<UTF16String>& keys, const Order& order, std::uint64_t seed) {
+    for (const std::uint32_t i : order)
+        seed = (seed ^ std::hash<UTF16String>()(keys[i])) * 0x9E3779B97F4A7C15ull + 1;
+    return seed;
+}
+
+Order Identity(std::size_t count) {
+    Order order(count);
+    std::iota(order.begin(), order.end(), 0u);
+    return order;
+}
+
+/// The order that sorts `keys`: equal keys keep their order. Cheap for what is sorted already, either way round.
+Order SortedOrder(const std::vector<UTF16String>& keys, const Less& less) {
+    Order order = Identity(keys.size());
+    if (std::is_sorted(keys.begin(), keys.end(), less)) return order;
+    bool isReversed = true;
+    for (std::size_t i = 1; i < keys.size() && isReversed; ++i) isReversed = less(keys[i], keys[i - 1]);
+    if (isReversed)
+        std::reverse(order.begin(), order.end());
+    else
+        std::stable_sort(order.begin(), order.end(),
+                         [&](std::uint32_t a, std::uint32_t b) { return less(keys[a], keys[b]); });
+    return order;
+}
+
+bool IsIdentity(const Order& order) { return std::is_sorted(order.begin(), order.end()); }
+
+/// Where rows stand that go into a sorted list: `mSorted` are they in order, `mPlaces` the indices in the old
+/// list before which each goes.
+struct Insertion {
+    RowVec mSorted;
+    std::vector<std::size_t> mPlaces;
+
+    std::size_t CountRuns() const {
+        std::size_t runs = 0;
+        for (std::size_t i = 0; i < mPlaces.size(); ++i) runs += i == 0 || mPlaces[i] != mPlaces[i - 1];
+        return runs;
+    }
+};
+
+Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std::size_t countBefore) {
+    const Less less = tree.SortOrder();
+    Insertion insertion;
+    const RowVec added(rows.begin() + std::ptrdiff_t(countBefore), rows.end());
+    if (!less) {
+        insertion.mSorted = added;
+        insertion.mPlaces.assign(added.size(), countBefore);
+        return insertion;
+    }
+    std::vector<UTF16String> keys;
+    keys.reserve(added.size());
+    for (const RowRef& row : added) keys.push_back(tree.SortKey(*row));
+    // Of the rows that stand already only those are asked that the search meets.
+    std::unordered_map<std::size_t, UTF16String> oldKeys;
+    const auto oldKey = [&](std::size_t i) -> const UTF16String& {
+        const auto found = oldKeys.find(i);
+        return found != oldKeys.end() ? found->second : oldKeys.emplace(i, tree.SortKey(*rows[i])).first->second;
+    };
+    std::size_t first = 0;
+    for (const std::uint32_t i : SortedOrder(keys, less)) {
+        if (first < countBefore && !less(keys[i], oldKey(countBefore - 1))) first = countBefore;
+        std::size_t last = countBefore;
+        while (first < last) {
+            const std::size_t middle = (first + last) / 2;
+            if (less(keys[i], oldKey(middle)))
+                last = middle;
+            else
+                first = middle + 1;
+        }
+        insertion.mSorted.push_back(added[i]);
+        insertion.mPlaces.push_back(first);
+    }
+    return insertion;
+}
+
+/// The order of old and new rows together, the new ones standing at the end so far.
+Order MergedOrder(const std::vector<std::size_t>& places, std::size_t countBefore) {
+    Order order;
+    order.reserve(countBefore + places.size());
+    std::size_t next = 0;
+    for (std::size_t i = 0; i <= countBefore; ++i) {
+        while (next < places.size() && places[next] == i) order.push_back(std::uint32_t(countBefore + next++));
+        if (i < countBefore) order.push_back(std::uint32_t(i));
+    }
+    return order;
+}
+
+}  // namespace
+
+Less TreeImpl::SortOrder() const {
+    if (!mHeader || !desk::IsSet(mCallbacks.mSortData) || mHeader->GetSortColumn() == 0) return {};
+    const auto& custom = UI_MultiColumnTreeHeaderRow::Impl::Of(*mHeader).mLess;
+    const bool isAscending = mHeader->IsSortDirectionAscending();
+    if (!desk::IsSet(custom)) {
+        if (isAscending) return std::less<UTF16String>();
+        return std::greater<UTF16String>();
+    }
+    if (isAscending) return [custom](const UTF16String& a, const UTF16String& b) { return (*custom)(a, b); };
+    return [custom](const UTF16String& a, const UTF16String& b) { return (*custom)(b, a); };
+}
+
+UTF16String TreeImpl::SortKey(const Row& row) const {
+    return desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)),
+                      unsigned(mHeader->GetIndexOfColumn(mHeader->GetSortColumn())));
+}
+
+void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore) {
+    std::vector<RowRef>& rows = ChildrenOf(parent);
+    const Insertion insertion = FindPlaces(*this, rows, countBefore);
+    const bool isInModel = !parent || IsInModel(*parent);
+    if (isInModel) BeginChange();
+    rows.resize(countBefore);
+    const bool inPlace = insertion.CountRuns() <= kMaximumRuns;
+    for (std::size_t end = insertion.mSorted.size(); end > 0;) {
+        std::size_t begin = end - 1;
+        while (begin > 0 && (!inPlace || insertion.mPlaces[begin - 1] == insertion.mPlaces[begin])) --begin;
+        const std::size_t place = inPlace ? insertion.mPlaces[begin] : countBefore;
+        if (isInModel)
+            mModel.beginInsertRows(mModel.IndexOf(parent), int(place), int(place + end - begin) - 1);
+        rows.insert(rows.begin() + std::ptrdiff_t(place), insertion.mSorted.begin() + std::ptrdiff_t(begin),
+                    insertion.mSorted.begin() + std::ptrdiff_t(end));
+        CountOfLaidOutChildren(parent) += std::uint32_t(end - begin);
+        Renumber(parent, place);
+        if (isInModel) mModel.endInsertRows();
+        end = begin;
+    }
+    if (inPlace) return;
+    if (isInModel) BeginLayoutChange();
+    Reorder(parent, MergedOrder(insertion.mPlaces, countBefore));
+    if (isInModel) EndLayoutChange();
+}
+
+void TreeImpl::Sort() {
+    const Less less = SortOrder();
+    if (!less) return;
+    const std::uint64_t seed = mHeader->GetSortColumn() * 2ull + mHeader->IsSortDirectionAscending();
+    std::vector<std::pair<const Row*, Order>> changes;
+    std::vector<const Row*> folders{nullptr};
+    std::vector<UTF16String> keys;
+    while (!folders.empty()) {
+        const Row* folder = folders.back();
+        folders.pop_back();
+        const std::vector<RowRef>& rows = ChildrenOf(folder);
+        keys.resize(CountOfLaidOutChildren(folder));
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            keys[i] = SortKey(*rows[i]);
+            if (rows[i]->HasChild()) folders.push_back(rows[i].get());
+        }
+        const auto known = mSortedKeys.find(folder);
+        if (known != mSortedKeys.end() && known->second == HashOf(keys, Identity(keys.size()), seed)) continue;
+        Order order = SortedOrder(keys, less);
+        mSortedKeys[folder] = HashOf(keys, order, seed);
+        if (!IsIdentity(order)) changes.emplace_back(folder, std::move(order));
+    }
+    if (changes.empty()) return;
+    BeginLayoutChange();
+    for (const auto& [folder, order] : changes) Reorder(folder, order);
+    EndLayoutChange();
+}
+
+void TreeImpl::SortLater() { RunLater(mSortLater, &TreeImpl::Sort); }
+
+void TreeImpl::Reorder(const Row* parent, const Order& order) {
+    std::vector<RowRef>& rows = ChildrenOf(parent);
+    RowVec reordered;
+    reordered.reserve(rows.size());
+    for (const std::uint32_t i : order) reordered.push_back(std::move(rows[i]));
+    std::move(rows.begin() + std::ptrdiff_t(order.size()), rows.end(), std::back_inserter(reordered));
+    rows = std::move(reordered);
+    Renumber(parent, 0);
+}
+
+void TreeImpl::BeginLayoutChange() {
+    if (mView) mView->scheduleDelayedItemsLayout();
+    // The hint spares an index held for each selected cell.
+    Q_EMIT mModel.layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+void TreeImpl::EndLayoutChange() {
+    mIsOpenedStale = true;
+    QModelIndexList from;
+    QModelIndexList to;
+    for (const QModelIndex& index : mModel.persistentIndexList()) {
+        if (!index.isValid()) continue;
+        const QModelIndex now = mModel.IndexOf(desk::TreeModel::RowOf(index), index.column());
+        if (now == index) continue;
+        from.append(index);
+        to.append(now);
+    }
+    mModel.changePersistentIndexList(from, to);
+    Q_EMIT mModel.layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+    UpdateVisibleRowsLater();
+}
+
+}  // namespace host
