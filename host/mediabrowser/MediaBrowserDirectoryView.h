@@ -102,7 +102,7 @@ private:
     std::unique_ptr<DirectoryImpl> mDirectoryImpl;
 };
 
-/// A row was opened or closed by the user. Announced on the view's station.
+/// A row was opened or closed, by the user or otherwise. Announced on the view's station.
 class ZUHOST_API MediaBrowserDirectoryViewRowDisclosureChanged
     : public MessageTemplate<MediaBrowserDirectoryViewRowDisclosureChanged> {
 public:

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "desk/files/FolderStore.h"
+#include "desk/files/NameIndex.h"
+#include "desk/mediabrowser/RowName.h"
+#include "host/mediabrowser/MediaBrowserDirectoryView.h"
+
+struct host::MediaBrowserDirectoryView::DirectoryImpl {
+    using Row = UI_MultiColumnTreeRow;
+
+    /// What is kept of a folder whose content was asked for; of the root under the null row.
+    struct Folder {
+        bool mIsBusy = false;
+        bool mHasContent = false;
+        /// Child rows are found by the index: there are many.
+        bool mHasIndex = false;
+        desk::NameIndex<Row*> mIndex;
+    };
+
+    DirectoryImpl(MediaBrowserDirectoryView& view, ProjectRef project,
+                  std::shared_ptr<MediaBrowserContentManager> contentManager);
+    ~DirectoryImpl();
+
+    /// Those that the base answers; derived views set the others.
+    void SetCallbacks();
+    /// All: the tree may live longer than the view.
+    void ClearCallbacks();
+
+    // Rows and paths (MediaBrowserDirectoryView_Rows.cpp).
+
+    UTF16String PathOf(const Row* row) const;
+    /// The row of a folder, by its path below the root; false when there is none. The root's row is null.
+    bool FindRow(std::u16string_view path, Row*& row) const;
+    Row* FindChild(const Row* parent, std::u16string_view name) const;
+    /// From now on child rows are found by the index, if there are many or are going to be.
+    void ReserveRows(const Row* parent, std::size_t more);
+    void Record(Row& row, std::u16string_view name);
+    void ForgetRow(Row& row);
+    /// Takes the rows, and those below them, out of the maps.
+    void ForgetRowAndBelow(const RowRef& row);
+    static bool IsShown(const Row* row);
+
+    // Contents (MediaBrowserDirectoryView_Content.cpp).
+
+    void Request(const UTF16String& path, Row* row, const UTF16String& context);
+    void Receive(const desk::FolderStore::Delivery& delivery);
+    void SetBusy(Folder& folder, bool busy);
+    void Create(Row* parent, const std::vector<std::u16string_view>& names);
+    void Remove(const RowVec& rows);
+    void ListAgainOrMark(const UTF16String& path);
+    void RefreshStale();
+    void OpenStateChanged(Row& row, bool open);
+    void DropFactsOfRowsScrolledAway();
+
+    MediaBrowserDirectoryView& mView;
+    ProjectRef mProject;
+    std::shared_ptr<MediaBrowserContentManager> mContentManager;
+    RefPtr<MediaBrowserMultiColumnTree> mTree;
+    StationID mStation;
+    UTF16String mRoot;
+    std::unordered_map<const Row*, Folder> mFolders;
+    /// Open folders that have changed while they were not shown, and closed ones.
+    std::unordered_set<const Row*> mStale;
+    int mFirstVisible = 0;
+    int mLastVisible = -1;
+    /// Gone when the view is: what comes for it then is dropped.
+    std::shared_ptr<int> mToken = std::make_shared<int>();
+};

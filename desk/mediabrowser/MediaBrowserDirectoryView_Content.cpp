@@ -1,0 +1,191 @@
+// Contents of folders, from the request to the rows.
+#include <algorithm>
+#include <utility>
+
+#include "desk/core/Services.h"
+#include "desk/mediabrowser/ContentManagerImpl.h"
+#include "desk/mediabrowser/DirectoryViewImpl.h"
+#include "host/core/Logging.h"
+#include "host/files/PathUtils.h"
+
+namespace host {
+
+using Row = UI_MultiColumnTreeRow;
+using DirectoryImpl = MediaBrowserDirectoryView::DirectoryImpl;
+
+namespace {
+
+/// So few items are looked for without an index.
+constexpr std::size_t kFewItems = 8;
+
+/// The name of the item `path` of `folder`; empty when it is no item of it.
+std::u16string_view NameInFolder(std::u16string_view path, std::u16string_view folder) {
+    if (!path.starts_with(folder)) return {};
+    path.remove_prefix(folder.size());
+    if (!folder.ends_with(u'/')) {
+        if (!path.starts_with(u'/')) return {};
+        path.remove_prefix(1);
+    }
+    return path.find(u'/') == std::u16string_view::npos ? path : std::u16string_view();
+}
+
+}  // namespace
+
+void DirectoryImpl::Request(const UTF16String& path, Row* row, const UTF16String& context) {
+    SetBusy(mFolders[row], true);
+    mStale.erase(row);
+    mContentManager->GetImpl().RequestListing(
+        path, context, this,
+        [this, token = std::weak_ptr(mToken)](const desk::FolderStore::Delivery& delivery) {
+            if (!token.expired()) Receive(delivery);
+        });
+}
+
+void DirectoryImpl::SetBusy(Folder& folder, bool busy) {
+    if (std::exchange(folder.mIsBusy, busy) == busy) return;
+    busy ? mTree->BeginBusy() : mTree->EndBusy();
+}
+
+void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
+    Row* found = nullptr;
+    if (!FindRow(delivery.mFolder, found)) return;
+    const auto folder = mFolders.find(found);
+    if (folder == mFolders.end()) return;
+    if (delivery.mIsLast) SetBusy(folder->second, false);
+    if (!delivery.mContent) return;
+    folder->second.mHasContent = true;
+    const RowRef row(found);
+    const std::weak_ptr token(mToken);
+    try {
+        mView.UpdateTreeFromContent(row, delivery.mFolder, *delivery.mContent, delivery.mDelivery);
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    if (token.expired()) return;
+    mTree->LayoutAfterAppendRow(row.get());
+    if (delivery.mDelivery.mExtent == ContentDelivery::Extent::Change) DropFactsOfRowsScrolledAway();
+}
+
+void DirectoryImpl::Create(Row* parent, const std::vector<std::u16string_view>& names) {
+    for (const std::u16string_view name : names)
+        if (const RowRef row = mTree->CreateAndAppendRow(parent)) mView.AddRowToMaps(row, {UTF16String(name)});
+}
+
+void DirectoryImpl::Remove(const RowVec& rows) {
+    if (rows.empty()) return;
+    for (const RowRef& row : rows) ForgetRowAndBelow(row);
+    mTree->RemoveRows(rows);
+}
+
+/// A folder that is not shown is brought up to date when it is shown again.
+void DirectoryImpl::ListAgainOrMark(const UTF16String& path) {
+    Row* row = nullptr;
+    if (!FindRow(path, row) || !mFolders.contains(row)) return;
+    if (IsShown(row))
+        mContentManager->GetImpl().RequestChanges(path);
+    else
+        mStale.insert(row);
+}
+
+void DirectoryImpl::OpenStateChanged(Row& row, bool open) {
+    if (!open) return;
+    const auto folder = mFolders.find(&row);
+    if (folder == mFolders.end() || (!folder->second.mHasContent && !folder->second.mIsBusy))
+        Request(PathOf(&row), &row, {});
+    std::vector<const Row*> shown;
+    std::ranges::copy_if(mStale, std::back_inserter(shown), &DirectoryImpl::IsShown);
+    for (const Row* stale : shown) {
+        mStale.erase(stale);
+        mContentManager->GetImpl().RequestChanges(PathOf(stale));
+    }
+}
+
+/// When the user has gone on to other rows, the facts of the ones left behind are not read any more; but the
+/// order may hang on them while the rows are sorted by another column than the first, their name.
+void DirectoryImpl::DropFactsOfRowsScrolledAway() {
+    desk::FolderStore* store = desk::GetServices().mFolderStore;
+    const auto header = mTree->GetHeaderRow();
+    if (!store || !header || header->GetIndexOfColumn(header->GetSortColumn()) != 0) return;
+    const int first = mTree->GetFirstVisibleOpenedRowIndex();
+    const int last = mTree->GetLastVisibleOpenedRowIndex();
+    const bool hasJumped = first > mLastVisible || last < mFirstVisible;
+    mFirstVisible = first;
+    mLastVisible = last;
+    if (!hasJumped || first < 0) return;
+    store->DropWaitingFacts();
+    for (int i = first; i <= last; ++i) {
+        const RowRef row = mTree->GetOpenedRow(i);
+        if (row && !mView.CanRowHaveChildren(row)) store->FindAndRequest(PathOf(row.get()));
+    }
+}
+
+void MediaBrowserDirectoryView::RequestDirectoryContent(const UTF16String& path, const RowRef& row,
+                                                        const UTF16String& context) {
+    const UTF16String folder = PathUtils::ToNormalizedPath(path);
+    if (folder.empty()) return;
+    if (!row && folder != mDirectoryImpl->mRoot) {
+        RemoveAllRows();
+        mDirectoryImpl->mRoot = folder;
+    }
+    mDirectoryImpl->Request(folder, row.get(), context);
+}
+
+void MediaBrowserDirectoryView::RemoveAllRows() {
+    DirectoryImpl& impl = *mDirectoryImpl;
+    const RowVec rows = impl.mTree->GetTopLevelRows();
+    for (const RowRef& row : rows) impl.ForgetRowAndBelow(row);
+    if (const auto root = impl.mFolders.find(nullptr); root != impl.mFolders.end())
+        impl.SetBusy(root->second, false);
+    impl.mFolders.clear();
+    impl.mStale.clear();
+    if (!impl.mRoot.empty()) impl.mContentManager->GetImpl().Forget(std::exchange(impl.mRoot, {}), &impl);
+    impl.mTree->RemoveAllRows();
+}
+
+void MediaBrowserDirectoryView::RefreshDirectoryContent(const RowRef& row) {
+    const UTF16String path = row ? GetRowPath(row.get()) : mDirectoryImpl->mRoot;
+    if (!path.empty()) RequestDirectoryContent(path, row, {});
+}
+
+void MediaBrowserDirectoryView::OnDirectoryChanged(const UTF16String& path) {
+    mDirectoryImpl->ListAgainOrMark(PathUtils::ToNormalizedPath(path));
+}
+
+void MediaBrowserDirectoryView::UpdateTreeFromContent(const RowRef&, const UTF16String&,
+                                                      const DirectoryContent&, const ContentDelivery&) {}
+
+void MediaBrowserDirectoryView::OnRowOpenStateChanged(const RowRef& row, bool open) {
+    if (row) mDirectoryImpl->OpenStateChanged(*row, open);
+}
+
+void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const std::set<UTF16String>& paths,
+                                                       const ContentDelivery& delivery,
+                                                       const UTF16String& root) {
+    DirectoryImpl& impl = *mDirectoryImpl;
+    const UTF16String folder = row ? GetRowPath(row.get()) : PathUtils::ToNormalizedPath(root);
+    if (folder.empty()) return;
+    if (paths.size() > kFewItems) impl.ReserveRows(row.get(), paths.size());
+    std::vector<std::u16string_view> newNames;
+    std::vector<const Row*> kept;
+    for (const UTF16String& path : paths) {
+        const std::u16string_view name = NameInFolder(path, folder);
+        if (name.empty()) continue;
+        if (const Row* known = impl.FindChild(row.get(), name))
+            kept.push_back(known);
+        else
+            newNames.push_back(name);
+    }
+    RowVec removed;
+    const std::vector<RowRef>& rows = impl.mTree->GetChildRowsOf(row.get());
+    if (delivery.mExtent == ContentDelivery::Extent::Whole && kept.size() < rows.size()) {
+        std::ranges::sort(kept);
+        std::ranges::copy_if(rows, std::back_inserter(removed),
+                             [&](const RowRef& each) { return !std::ranges::binary_search(kept, each.get()); });
+    }
+    for (const UTF16String& path : delivery.mRemovedPaths)
+        if (Row* gone = impl.FindChild(row.get(), NameInFolder(path, folder))) removed.emplace_back(gone);
+    impl.Remove(removed);
+    impl.Create(row.get(), newNames);
+}
+
+}  // namespace host
