@@ -48,9 +48,9 @@ public:
 
     std::int64_t Integer(QLatin1String key, std::int64_t least, std::int64_t most) {
         const QJsonValue value = mObject.value(key);
-        const std::int64_t number = value.toInteger(least);
-        // A fraction, or a number beyond 64 bits, gives the default, whatever it is.
-        Require(value.isDouble() && number == value.toInteger(most) && number >= least && number <= most);
+        const std::int64_t number = value.toInteger(0);
+        // What is no number, a fraction, or beyond 64 bits gives the default, whatever it is.
+        Require(number == value.toInteger(1) && number >= least && number <= most);
         return number;
     }
     QString Text(QLatin1String key, qsizetype longest) {

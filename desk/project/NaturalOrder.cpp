@@ -72,13 +72,34 @@ bool IsPrintableAscii(std::u16string_view text) {
     return found == 0;
 }
 
-bool HasDigitsBeyondCollator(std::u16string_view text) {
-    std::size_t run = 0;
-    for (char16_t unit : text) {
-        run = QChar::isDigit(unit) ? run + 1 : 0;
-        if (run > kCollatorDigits) return true;
+/// The value of a decimal digit of any script; -1 for other characters.
+int DigitValue(char32_t character) {
+    return QChar::category(character) == QChar::Number_DecimalDigit ? QChar::digitValue(character) : -1;
+}
+
+/// `text` with the decimal digits of all scripts as ASCII digits.
+std::u16string WithAsciiDigits(std::u16string_view text) {
+    std::u16string result;
+    while (!text.empty()) {
+        const bool isPair = text.size() > 1 && QChar::isHighSurrogate(text[0]) && QChar::isLowSurrogate(text[1]);
+        const int digit = DigitValue(isPair ? QChar::surrogateToUcs4(text[0], text[1]) : text[0]);
+        const std::size_t units = isPair ? 2 : 1;
+        result += digit < 0 ? text.substr(0, units) : std::u16string_view(u"0123456789").substr(static_cast<std::size_t>(digit), 1);
+        text.remove_prefix(units);
     }
-    return false;
+    return result;
+}
+
+/// True when the collator cannot be trusted with the numbers of `text`: they may be too long, or have digits of
+/// other scripts, which ICU 72 tells apart from letters in some languages only.
+bool MayHaveUnusualNumbers(std::u16string_view text) {
+    std::size_t digits = 0;
+    for (char16_t unit : text) {
+        const bool mayBeOfOtherScript = unit >= 0x0660 && (QChar::isDigit(unit) || QChar::isSurrogate(unit));
+        if (mayBeOfOtherScript) return true;
+        digits += IsAsciiDigit(unit) ? 1 : 0;
+    }
+    return digits > kCollatorDigits;
 }
 
 /// Writes a number that is too long for the collator so that it orders such numbers by value behind all
@@ -97,11 +118,12 @@ void AppendLongNumber(std::u16string& out, std::u16string_view digits) {
     out += kEnd;
 }
 
-/// `text` with its long numbers as the collator can order them; in `storage` where it has any.
+/// `text` with its numbers as the collator can order them; in `storage` where they have to be changed.
 std::u16string_view PrepareForCollator(std::u16string_view text, std::u16string& storage) {
-    if (!HasDigitsBeyondCollator(text)) return text;
-    const char16_t* const end = text.data() + text.size();
-    for (const char16_t* at = text.data(); at != end;) {
+    if (!MayHaveUnusualNumbers(text)) return text;
+    const std::u16string ascii = WithAsciiDigits(text);
+    const char16_t* const end = ascii.data() + ascii.size();
+    for (const char16_t* at = ascii.data(); at != end;) {
         if (!IsAsciiDigit(*at)) {
             storage += *at++;
             continue;
