@@ -1,0 +1,236 @@
+#include "desk/files/PosixFileSystem.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <map>
+#include <thread>
+
+#include "host/files/FileException.h"
+#include "tests/support/TemporaryFolder.h"
+
+using desk::ItemKind;
+
+namespace {
+
+/// The errno with which `operation` fails; 0 when it does not.
+template <class Operation>
+int ErrorOf(Operation operation) {
+    try {
+        operation();
+        return 0;
+    } catch (const host::FileException& exception) {
+        return exception.SystemError();
+    }
+}
+
+class PosixFileSystemTest : public testing::Test {
+protected:
+    std::vector<std::string> Names(const std::string& path) {
+        std::vector<std::string> names;
+        for (const desk::FolderEntry& entry : mDisk.ListFolder(path)) names.push_back(entry.mName);
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    TemporaryFolder mFolder;
+    desk::PosixFileSystem mDisk;
+};
+
+/// Files cannot grow beyond `bytes` while it exists: the disk is full for this process.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &mBefore);
+        const rlimit limit{bytes, mBefore.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &mBefore);
+        std::signal(SIGXFSZ, mHandler);
+    }
+
+private:
+    void (*mHandler)(int);
+    rlimit mBefore;
+};
+
+}  // namespace
+
+TEST_F(PosixFileSystemTest, AnyNameThatADiskCanHoldIsListedAndFoundAgainThroughUTF16) {
+    std::vector<std::string> names = {"\xE9\x61", "\xC3\xA9", "e\xCC\x81", "\xED\xB2\x80", "\xF0\x9F\x8E\xAC\x80",
+                                      "\xC3",     "\xFF\xFE", std::string(255, '\x80')};
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte == '/') continue;
+        names.push_back({'x', static_cast<char>(byte)});
+        names.push_back({static_cast<char>(byte), 'x'});
+    }
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    for (const std::string& name : names) mFolder.Write(name, name);
+    ASSERT_EQ(Names(mFolder.Path()), names);
+    for (const std::string& name : names) {
+        const host::UTF16String path = host::UTF8to16(mFolder.Path() + '/' + name);
+        EXPECT_EQ(mDisk.Status(host::UTF16to8(path), false).mSize, name.size());
+        EXPECT_EQ(mDisk.ReadSmallFile(host::UTF16to8(path), 255), name);
+    }
+}
+
+TEST_F(PosixFileSystemTest, ListingTellsKindsOfALargeFolder) {
+    for (int i = 0; i < 3000; ++i) mFolder.Write("files/a rather long name of a project, number " + std::to_string(i));
+    EXPECT_EQ(mDisk.ListFolder(mFolder.Path("files")).size(), 3000u);
+
+    mFolder.MakeFolder("kinds/folder");
+    mFolder.Write("kinds/file");
+    symlink("folder", mFolder.Path("kinds/link").c_str());
+    mkfifo(mFolder.Path("kinds/pipe").c_str(), 0600);
+    std::map<std::string, ItemKind> kinds;
+    for (const desk::FolderEntry& entry : mDisk.ListFolder(mFolder.Path("kinds"))) kinds[entry.mName] = entry.mKind;
+    EXPECT_EQ(kinds, (std::map<std::string, ItemKind>{{"file", ItemKind::File},
+                                                      {"folder", ItemKind::Folder},
+                                                      {"link", ItemKind::Link},
+                                                      {"pipe", ItemKind::Other}}));
+}
+
+TEST_F(PosixFileSystemTest, FailuresTellOperationPathAndReason) {
+    try {
+        mDisk.ListFolder(mFolder.Path("gone"));
+        FAIL();
+    } catch (const host::FileException& exception) {
+        EXPECT_EQ(exception.what(), "list folder " + mFolder.Path("gone") + ": No such file or directory");
+        EXPECT_EQ(exception.Operation(), "list folder");
+        EXPECT_EQ(exception.Path(), mFolder.PathUTF16("gone"));
+        EXPECT_EQ(exception.SystemError(), ENOENT);
+    }
+    EXPECT_EQ(ErrorOf([&] { mDisk.ListFolder(mFolder.Write("file")); }), ENOTDIR);
+    EXPECT_EQ(ErrorOf([&] { mDisk.Status(mFolder.Path() + '/' + std::string(256, 'n'), false); }), ENAMETOOLONG);
+    EXPECT_EQ(ErrorOf([&] { mDisk.CreateFolder(mFolder.Path()); }), EEXIST);
+}
+
+TEST_F(PosixFileSystemTest, StatusTellsSizeAndTimesAndFollowsLinksWhenAsked) {
+    const std::string file = mFolder.Write("file", "12345");
+    const timespec times[2] = {{0, 0}, {-2, 500'000'000}};  // before the epoch
+    ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+    symlink("file", mFolder.Path("link").c_str());
+    symlink("loop", mFolder.Path("loop").c_str());
+
+    const desk::ItemStatus status = mDisk.Status(mFolder.Path("link"), true);
+    EXPECT_EQ(status.mKind, ItemKind::File);
+    EXPECT_EQ(status.mSize, 5u);
+    EXPECT_EQ(status.mModified, -1'500'000'000);
+    EXPECT_GT(status.mCreated.value_or(1), 0);
+    EXPECT_EQ(mDisk.Status(mFolder.Path("link"), false).mKind, ItemKind::Link);
+    EXPECT_EQ(ErrorOf([&] { mDisk.Status(mFolder.Path("loop"), true); }), ELOOP);
+    EXPECT_EQ(mDisk.Status("/dev/null", false).mKind, ItemKind::Other);
+}
+
+TEST_F(PosixFileSystemTest, ReadSmallFileIsBoundedAndNeverBlocksWhateverStandsThere) {
+    auto error = [&](const std::string& path) { return ErrorOf([&] { mDisk.ReadSmallFile(path, 4096); }); };
+    EXPECT_EQ(mDisk.ReadSmallFile(mFolder.Write("empty"), 4096), "");
+    EXPECT_EQ(mDisk.ReadSmallFile(mFolder.Write("full", std::string(4096, 'a')), 4096), std::string(4096, 'a'));
+    EXPECT_EQ(error(mFolder.Write("over", std::string(4097, 'a'))), EFBIG);
+    ASSERT_EQ(truncate(mFolder.Write("huge").c_str(), off_t{1} << 30), 0);
+    EXPECT_EQ(error(mFolder.Path("huge")), EFBIG);
+    mkfifo(mFolder.Path("pipe").c_str(), 0600);
+    EXPECT_EQ(error(mFolder.Path("pipe")), EINVAL);
+    symlink("full", mFolder.Path("link").c_str());
+    EXPECT_EQ(error(mFolder.Path("link")), ELOOP);
+    EXPECT_EQ(error(mFolder.Path()), EINVAL);
+    EXPECT_EQ(error("/dev/zero"), EINVAL);
+    EXPECT_EQ(error(mFolder.Path("gone")), ENOENT);
+
+    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{AF_UNIX, {}};
+    mFolder.Path("socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(error(mFolder.Path("socket")), EINVAL);
+    close(listener);
+
+    // A file of /proc says that its size is 0.
+    EXPECT_EQ(mDisk.ReadSmallFile("/proc/sys/kernel/random/boot_id", 4096).size(), 37u);
+    EXPECT_EQ(ErrorOf([&] { mDisk.ReadSmallFile("/proc/self/maps", 100); }), EFBIG);
+}
+
+TEST_F(PosixFileSystemTest, ReadSmallFileOfARefusedFileSaysSo) {
+    if (geteuid() == 0) GTEST_SKIP() << "root reads everything";
+    chmod(mFolder.Write("secret", "x").c_str(), 0);
+    EXPECT_EQ(ErrorOf([&] { mDisk.ReadSmallFile(mFolder.Path("secret"), 10); }), EACCES);
+}
+
+TEST_F(PosixFileSystemTest, ReplaceFileWritesAllAndKeepsTheMode) {
+    auto mode = [&](const char* name) {
+        struct stat facts;
+        return stat(mFolder.Path(name).c_str(), &facts) == 0 ? facts.st_mode & 07777 : 0;
+    };
+    mDisk.ReplaceFile(mFolder.Path("new"), "first");
+    EXPECT_EQ(mode("new"), 0600u);
+    chmod(mFolder.Path("new").c_str(), 0640);
+    const std::string large(3'000'000, 'z');
+    mDisk.ReplaceFile(mFolder.Path("new"), large);
+    EXPECT_EQ(mFolder.Read("new"), large);
+    EXPECT_EQ(mode("new"), 0640u);
+    EXPECT_EQ(Names(mFolder.Path()), std::vector<std::string>{"new"});
+}
+
+TEST_F(PosixFileSystemTest, ReplaceFileThatFailsLeavesTheOldFileAndNothingElse) {
+    mFolder.Write("settings", "old");
+    {
+        FileSizeLimit full(4096);  // the write fails half-way
+        EXPECT_EQ(ErrorOf([&] { mDisk.ReplaceFile(mFolder.Path("settings"), std::string(100'000, 'n')); }), EFBIG);
+    }
+    EXPECT_EQ(mFolder.Read("settings"), "old");
+    EXPECT_EQ(Names(mFolder.Path()), std::vector<std::string>{"settings"});
+
+    mFolder.Write("folder/inside");  // the rename fails
+    EXPECT_EQ(ErrorOf([&] { mDisk.ReplaceFile(mFolder.Path("folder"), "new"); }), EISDIR);
+    EXPECT_EQ(Names(mFolder.Path()), (std::vector<std::string>{"folder", "settings"}));
+    EXPECT_EQ(Names(mFolder.Path("folder")), std::vector<std::string>{"inside"});
+
+    EXPECT_EQ(ErrorOf([&] { mDisk.ReplaceFile(mFolder.Path("gone/settings"), "new"); }), ENOENT);
+}
+
+TEST_F(PosixFileSystemTest, ReadersOfAReplacedFileSeeOneWholeContent) {
+    const std::string path = mFolder.Write("settings", std::string(2000, 'a'));
+    std::atomic<bool> isDone = false;
+    std::jthread writer([&] {
+        for (int i = 0; i < 50; ++i) mDisk.ReplaceFile(path, std::string(2000, i % 2 ? 'a' : 'b'));
+        isDone = true;
+    });
+    while (!isDone) {
+        const std::string bytes = mDisk.ReadSmallFile(path, 4096);
+        ASSERT_EQ(bytes, std::string(2000, bytes.empty() ? '?' : bytes[0]));
+    }
+}
+
+TEST_F(PosixFileSystemTest, AppendAddsToTheEndAndDoesNotWaitForAPipe) {
+    mDisk.AppendToFile(mFolder.Path("log"), "one\n");
+    mDisk.AppendToFile(mFolder.Path("log"), "two\n");
+    EXPECT_EQ(mFolder.Read("log"), "one\ntwo\n");
+    mkfifo(mFolder.Path("pipe").c_str(), 0600);
+    EXPECT_EQ(ErrorOf([&] { mDisk.AppendToFile(mFolder.Path("pipe"), "x"); }), ENXIO);
+}
+
+TEST_F(PosixFileSystemTest, RenameNewNeverReplaces) {
+    mFolder.Write("a", "a");
+    mFolder.Write("b", "b");
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("a"), mFolder.Path("b")); }), EEXIST);
+    EXPECT_EQ(mFolder.Read("b"), "b");
+    mDisk.RenameNew(mFolder.Path("a"), mFolder.Path("c"));
+    EXPECT_EQ(mFolder.Read("c"), "a");
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("a"), mFolder.Path("d")); }), ENOENT);
+
+    mFolder.Write("folder/inside");
+    // Into itself: the system's EINVAL is not the one of a volume that knows no such rename.
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("folder"), mFolder.Path("folder/inner")); }), EINVAL);
+    symlink("nowhere", mFolder.Path("link").c_str());
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("folder"), mFolder.Path("link")); }), EEXIST);
+    EXPECT_EQ(Names(mFolder.Path()), (std::vector<std::string>{"b", "c", "folder", "link"}));
+}

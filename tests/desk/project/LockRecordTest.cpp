@@ -1,0 +1,225 @@
+#include "desk/project/LockRecord.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "desk/files/PosixFileSystem.h"
+#include "desk/project/ProcessFacts.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/RecordingDesktop.h"
+#include "tests/support/TemporaryFolder.h"
+
+using desk::LockRecord;
+
+namespace {
+
+LockRecord GoodRecord() {
+    LockRecord record;
+    record.mIsReadable = true;
+    record.mNonce = "00112233445566778899aabbccddeeff";
+    record.mUser = u"Jos\u00E9 \u202E\n";
+    record.mMachine = u"edit-bay-2";
+    record.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";
+    record.mBootID = "7c1a52de-0f3b-4f0e-9a66-3d2f8f1b6e10";
+    record.mPidNamespace = 4026531836;
+    record.mPid = 2210;
+    record.mProcessStart = 9'007'199'254'740'993;  // no double has it
+    record.mTakenAt = 1772443800;
+    return record;
+}
+
+/// The good record's bytes with `from` replaced by `to`.
+std::string Changed(const std::string& from, const std::string& to) {
+    std::string bytes = WriteLockRecord(GoodRecord());
+    const std::size_t at = bytes.find(from);
+    if (at == std::string::npos) throw std::logic_error("not in the record: " + from);
+    return bytes.replace(at, from.size(), to);
+}
+
+}  // namespace
+
+TEST(LockRecord, ComesBackAsItWasWritten) {
+    const LockRecord good = GoodRecord();
+    const std::string bytes = WriteLockRecord(good);
+    EXPECT_NE(bytes.find("\"takenAt\":\"2026-03-02T09:30:00Z\""), std::string::npos) << bytes;
+    const LockRecord record = desk::ParseLockRecord(bytes);
+    EXPECT_TRUE(record.mIsReadable);
+    EXPECT_EQ(record.mNonce, good.mNonce);
+    EXPECT_EQ(record.mUser, good.mUser);
+    EXPECT_EQ(record.mMachine, good.mMachine);
+    EXPECT_EQ(record.mMachineID, good.mMachineID);
+    EXPECT_EQ(record.mBootID, good.mBootID);
+    EXPECT_EQ(record.mPidNamespace, good.mPidNamespace);
+    EXPECT_EQ(record.mPid, good.mPid);
+    EXPECT_EQ(record.mProcessStart, good.mProcessStart);
+    EXPECT_EQ(record.mTakenAt, good.mTakenAt);
+}
+
+TEST(LockRecord, ReadsWhatAnotherWriterMayAdd) {
+    EXPECT_TRUE(desk::ParseLockRecord(Changed("{", "{ \"later\": [1, {\"x\": null}],\n")).mIsReadable);
+    const LockRecord last = desk::ParseLockRecord(Changed("\"pid\":2210", "\"pid\":1,\"pid\":2211"));
+    EXPECT_TRUE(last.mIsReadable);
+    EXPECT_EQ(last.mPid, 2211);
+}
+
+TEST(LockRecord, WhatIsNoRecordIsUnreadable) {
+    const std::string good = WriteLockRecord(GoodRecord());
+    for (std::size_t size = 0; size + 2 < good.size(); ++size)
+        EXPECT_FALSE(desk::ParseLockRecord(good.substr(0, size)).mIsReadable) << size;
+    const std::string broken[] = {
+        std::string(64, '\0'),
+        good + '\0',
+        good + good,
+        "\x7F" "ELF\x02\x01\xFF\xFE",
+        std::string(2000, '['),
+        "[" + good + "]",
+        "null",
+        good + std::string(4096, ' '),
+        Changed("\"version\":1", "\"version\":2"),
+        Changed("\"version\":1", "\"version\":\"1\""),
+        Changed("\"version\":1", "\"version\":1.5"),
+        Changed("\"version\"", "\"Version\""),
+        Changed("\"pid\":2210", "\"pid\":0"),
+        Changed("\"pid\":2210", "\"pid\":-1"),
+        Changed("\"pid\":2210", "\"pid\":4294967297"),
+        Changed("\"pid\":2210", "\"pid\":1e300"),
+        Changed("\"pid\":2210", "\"pid\":2210.5"),
+        Changed("\"pid\":2210", "\"pid\":null"),
+        Changed("\"pidNamespace\":4026531836", "\"pidNamespace\":-1"),
+        Changed("9007199254740993", "99999999999999999999"),
+        Changed("00112233", "0011223"),
+        Changed("00112233", "0011223G"),
+        Changed("\"edit-bay-2\"", "\"\""),
+        Changed("\"edit-bay-2\"", "\"a\\u0000b\""),
+        Changed("\"edit-bay-2\"", "\"" + std::string(256, 'm') + "\""),
+        Changed("\"edit-bay-2\"", "[\"edit-bay-2\"]"),
+        Changed("09:30:00Z", "09:30:00"),
+        Changed("2026-03-02", "2026-02-31"),
+        Changed("\"2026-03-02T09:30:00Z\"", "1772443800"),
+    };
+    for (const std::string& bytes : broken) EXPECT_FALSE(desk::ParseLockRecord(bytes).mIsReadable) << bytes;
+}
+
+TEST(LockRecord, WhateverStandsAtTheLocksPlaceIsAnsweredAtOnce) {
+    TemporaryFolder folder;
+    FaultyFileSystem disk;
+    auto read = [&](const char* name) { return desk::ReadLockRecord(disk, folder.Path(name)); };
+    EXPECT_FALSE(read("absent"));
+    EXPECT_FALSE(read("no folder/absent"));
+    folder.Write("good", WriteLockRecord(GoodRecord()));
+    ASSERT_TRUE(read("good"));
+    EXPECT_TRUE(read("good")->mIsReadable);
+
+    folder.Write("empty");
+    ASSERT_EQ(truncate(folder.Write("huge").c_str(), off_t{1} << 30), 0);
+    folder.MakeFolder("folder");
+    symlink("good", folder.Path("link").c_str());
+    symlink("loop", folder.Path("loop").c_str());
+    mkfifo(folder.Path("pipe").c_str(), 0600);
+    folder.Write("denied", WriteLockRecord(GoodRecord()));
+    disk.Deny(folder.Path("denied"));
+    for (const char* name : {"empty", "huge", "folder", "link", "loop", "pipe", "denied"}) {
+        const auto record = read(name);
+        ASSERT_TRUE(record) << name;
+        EXPECT_FALSE(record->mIsReadable) << name;
+    }
+}
+
+TEST(LockRecord, LockFilesAreNamedAfterTheirProjects) {
+    EXPECT_EQ(desk::GetLockFileName(u"Reel 1.zuproj"), u".Reel 1.zuproj.lock");
+    EXPECT_EQ(desk::GetProjectNameOfLockFile(u".Reel 1.zuproj.lock"), u"Reel 1.zuproj");
+    for (const char16_t* name : {u"", u".lock", u"..lock", u"Reel 1.zuproj.lock", u".Reel 1.zuproj", u".Reel 1.lock",
+                                 u"..zuproj.lock", u".zuproj.lock"})
+        EXPECT_EQ(desk::GetProjectNameOfLockFile(name), u"") << host::UTF16to8(name);
+}
+
+namespace {
+
+/// A record of this very process, and what may have become of it.
+class StaleLock : public testing::Test {
+protected:
+    StaleLock() {
+        mRecord = GoodRecord();
+        mRecord.mMachineID = mDesktop.mMachineID;
+        mRecord.mBootID = mDesktop.mBootID;
+        mRecord.mPidNamespace = desk::GetOwnPidNamespace();
+        mRecord.mPid = getpid();
+        mRecord.mProcessStart = desk::ReadProcessFacts(getpid()).value().mStart;
+    }
+    bool IsStale() const { return desk::IsLockStale(mRecord, mDesktop); }
+
+    RecordingDesktop mDesktop;
+    LockRecord mRecord;
+};
+
+}  // namespace
+
+TEST_F(StaleLock, OfALivingProcessIsHeld) {
+    EXPECT_FALSE(IsStale());
+    mRecord.mTakenAt = 0;
+    EXPECT_FALSE(IsStale());
+}
+
+TEST_F(StaleLock, OfAnEndedOrReplacedProcessIsNotHeld) {
+    ++mRecord.mProcessStart;
+    EXPECT_TRUE(IsStale());
+
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    siginfo_t ended;
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT), 0);
+    mRecord.mPid = child;
+    mRecord.mProcessStart = desk::ReadProcessFacts(child).value().mStart;
+    EXPECT_TRUE(IsStale()) << "ended, its result not collected";
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_TRUE(IsStale()) << "gone";
+    EXPECT_TRUE(desk::IsPidFree(child));
+
+    mRecord.mPid = 1;  // runs, but began at another time
+    mRecord.mProcessStart = ~0u;
+    EXPECT_TRUE(IsStale());
+}
+
+TEST_F(StaleLock, OfAnotherBootIsNotHeld) {
+    mRecord.mBootID = "another";
+    EXPECT_TRUE(IsStale());
+    mDesktop.mBootID.clear();
+    EXPECT_FALSE(IsStale()) << "our own boot is not known";
+}
+
+TEST_F(StaleLock, OfElsewhereOrUnreadableIsHeld) {
+    mRecord.mProcessStart = 0;
+    ASSERT_TRUE(IsStale());
+    LockRecord stale = mRecord;
+    mRecord.mPidNamespace += 1;
+    EXPECT_FALSE(IsStale());
+    mRecord = stale;
+    mRecord.mMachineID = "another";
+    mRecord.mBootID = "another";
+    EXPECT_FALSE(IsStale());
+    mRecord = stale;
+    mRecord.mMachineID.clear();
+    mDesktop.mMachineID.clear();
+    EXPECT_FALSE(IsStale()) << "two machines without an id are not one";
+    mRecord = stale;
+    mRecord.mIsReadable = false;
+    EXPECT_FALSE(IsStale());
+    for (std::int64_t pid : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{1} << 40}) {
+        EXPECT_FALSE(desk::IsPidFree(pid));
+        EXPECT_FALSE(desk::ReadProcessFacts(pid));
+    }
+}
+
+TEST(ProcessFacts, ANameMayHoldAnything) {
+    const std::string numbers = " 1 2 3 0 -1 4194304 100 0 0 0 0 0 0 0 20 0 ";
+    const auto facts = desk::ParseProcessStat("77 (a) Z 1 (b) R" + numbers + "1 0 264519 3133440\n");
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(facts->mStart, 264519u);
+    EXPECT_FALSE(facts->mHasEnded);
+    EXPECT_TRUE(desk::ParseProcessStat("77 (a) Z" + numbers + "1 0 5 0\n")->mHasEnded);
+    EXPECT_FALSE(desk::ParseProcessStat("77 (a) Z" + numbers + "4 0 5 0\n")->mHasEnded) << "its other threads run";
+    EXPECT_FALSE(desk::ParseProcessStat(""));
+    EXPECT_FALSE(desk::ParseProcessStat("77 (a) R 1 2"));
+}
