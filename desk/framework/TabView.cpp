@@ -23,7 +23,9 @@ bool AreNeighbours(const QWidget& a, const QWidget& b) {
 
 }  // namespace
 
-TabView::TabView(Commander* parent) : View(parent, std::make_unique<TabViewImpl>()) {}
+TabView::TabView(Commander* parent) : View(parent, std::make_unique<TabViewImpl>()) {
+    TabViewImpl::Of(*this).mTabView = this;
+}
 
 TabView::~TabView() {
     GetImpl().Release();

@@ -28,7 +28,7 @@ QWidget* FindFocusTarget(const QWidget& view) {
 
 void TabViewImpl::Create(const host::UTF16String& handlerID, const host::UTF16String& title, PanelFrame& frame,
                          bool show) {
-    host::TabView& view = *FindTabView();
+    host::TabView& view = *mTabView;
     mHandlerID = handlerID;
     mWidget = new ViewWidget(*this, nullptr);
     mFrame = &frame;
@@ -50,12 +50,12 @@ void TabViewImpl::SetTitle(const host::UTF16String& title) {
 
 void TabViewImpl::PutOnDuty() {
     if (!mIsCreated) return;
-    CommandRouter::Instance().SetOnDuty(host::Handler::FindHandler(mHandlerID), FindTabView());
+    CommandRouter::Instance().SetOnDuty(host::Handler::FindHandler(mHandlerID), mTabView);
     CallNowOnDuty();
 }
 
 void TabViewImpl::Pressed() {
-    if (CommandRouter::Instance().GetViewOnDuty() != FindTabView()) PutOnDuty();
+    if (CommandRouter::Instance().GetViewOnDuty() != mTabView) PutOnDuty();
 }
 
 void TabViewImpl::TakeFocus() {
@@ -77,13 +77,9 @@ void TabViewImpl::WidgetGone() {
     host::View::Impl::WidgetGone();
 }
 
-host::TabView* TabViewImpl::FindTabView() {
-    return static_cast<host::TabView*>(mView);
-}
-
 void TabViewImpl::ReleaseSelf() {
     TabViews::Instance().Remove(*this);
-    CommandRouter::Instance().ForgetView(FindTabView());
+    CommandRouter::Instance().ForgetView(mTabView);
     if (PanelFrame* frame = std::exchange(mFrame, nullptr)) frame->Detach();
 }
 

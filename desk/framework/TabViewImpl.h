@@ -27,8 +27,9 @@ struct TabViewImpl : host::View::Impl {
     void FocusEntered() override { PutOnDuty(); }
     void Pressed() override;
     void WidgetGone() override;
-    host::TabView* FindTabView() override;
+    host::TabView* FindTabView() override { return mTabView; }
 
+    host::TabView* mTabView = nullptr;
     PanelFrame* mFrame = nullptr;
     host::UTF16String mHandlerID;
     host::UTF16String mTitle;
