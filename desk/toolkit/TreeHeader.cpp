@@ -23,7 +23,6 @@ TreeHeader::TreeHeader(host::UI_MultiColumnTree::TreeImpl& tree, QWidget* parent
     : QHeaderView(Qt::Horizontal, parent), mTree(tree) {
     using HeaderImpl = host::UI_MultiColumnTreeHeaderRow::Impl;
     const auto header = [this] { return mTree.mHeader ? &HeaderImpl::Of(*mTree.mHeader) : nullptr; };
-    setSectionsClickable(true);
     setSectionsMovable(false);
     setStretchLastSection(false);
     setMinimumSectionSize(16);

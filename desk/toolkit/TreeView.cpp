@@ -28,6 +28,8 @@ TreeView::TreeView(host::UI_MultiColumnTree::TreeImpl& tree)
     : mTree(tree), mHeader(new TreeHeader(tree, this)), mSpinner(new BusySpinner(*this)) {
     setItemDelegate(new RowHeightDelegate(tree, this));
     setHeader(mHeader);
+    // Qt's own sorting is off, and takes clicks on the header away.
+    mHeader->setSectionsClickable(true);
     setUniformRowHeights(true);
     setAnimated(false);
     setItemsExpandable(false);

@@ -1,0 +1,183 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QAbstractItemModelTester>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QTest>
+#include <QTreeView>
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desk/toolkit/TreeAccess.h"
+#include "desk/toolkit/WidgetContainer.h"
+#include "host/mediabrowser/MediaBrowserMultiColumnTree.h"
+#include "host/toolkit/UI_StaticText.h"
+#include "tests/support/ManualMainThread.h"
+
+using Rows = std::vector<std::string>;
+
+inline constexpr host::ColumnID kNameColumn = 0x4E616D65;
+inline constexpr host::ColumnID kSizeColumn = 0x53697A65;
+inline constexpr host::ColumnID kDateColumn = 0x44617465;
+
+template <class Signature>
+host::SharedFunction<Signature> Shared(std::function<Signature> function) {
+    return std::make_shared<std::function<Signature>>(std::move(function));
+}
+
+/// The name, and what else a test keeps with a row. Names that end in "/" are folders.
+struct NamedRow : host::UI_MultiColumnTreeRow::Data {
+    std::string mName;
+    std::string mSize;
+};
+
+inline NamedRow& DataOf(const host::UI_MultiColumnTreeRow& row) {
+    return static_cast<NamedRow&>(*desk::GetRowData(const_cast<host::UI_MultiColumnTreeRow&>(row)));
+}
+
+/// A tree of named rows in a window, with Qt's model tester on it.
+class TreeFixture : public testing::Test {
+protected:
+    TreeFixture() {
+        mWindow.resize(600, 20 * 25 + 28);
+        mContainer = desk::CreateWidgetContainer(mWindow);
+        mTree = new host::MediaBrowserMultiColumnTree(0, 0.62f);
+        mTree->SetSupportMultipleSelections(true);
+        mTree->SetCanRowHaveChildrenFunction(Shared<bool(const host::RowRef&)>(
+            [](const host::RowRef& row) { return DataOf(*row).mName.ends_with('/'); }));
+        mHeader = new host::UI_MultiColumnTreeHeaderRow(*mTree);
+        mTree->SetHeaderRow(mHeader);
+        mHeader->AppendColumn(u"Name", kNameColumn);
+        mHeader->AppendColumn(u"Size", kSizeColumn);
+        mHeader->AppendColumn(u"Date", kDateColumn);
+        mTree->SetCellSortDataFunction(
+            Shared<host::UTF16String(const host::RowRef&, unsigned)>([this](const host::RowRef& row, unsigned column) {
+                ++mCountOfKeys;
+                const NamedRow& data = DataOf(*row);
+                return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize : data.mName);
+            }));
+        // As in a production: the trash comes last.
+        mHeader->SetStringSortingCallback(Shared<bool(const host::UTF16String&, const host::UTF16String&)>(
+            [](const host::UTF16String& a, const host::UTF16String& b) {
+                if (a == u"Trash/" || b == u"Trash/") return a != u"Trash/";
+                return a < b;
+            }));
+        mContainer->AddChild(mTree);
+        mTree->UI_SetBounds({0, 0, 600, 20 * 25 + 28});
+        mTester = std::make_unique<QAbstractItemModelTester>(View().model(),
+                                                             QAbstractItemModelTester::FailureReportingMode::Fatal);
+        mWindow.show();
+        Settle();
+    }
+
+    QTreeView& View() { return *desk::GetTreeWidget(*mTree); }
+    QScrollBar& ScrollBar() { return *View().verticalScrollBar(); }
+    void Settle() { mMainThread.RunUntilIdle(); }
+    void ScrollTo(int value) {
+        Settle();
+        ScrollBar().setValue(value);
+        Settle();
+    }
+
+    host::RowRef Append(host::UI_MultiColumnTreeRow* parent, const std::string& name) {
+        host::RowRef row = mTree->CreateAndAppendRow(parent);
+        auto data = std::make_unique<NamedRow>();
+        data->mName = name;
+        desk::GetRowData(*row) = std::move(data);
+        return row;
+    }
+
+    host::RowVec Add(host::UI_MultiColumnTreeRow* parent, const Rows& names) {
+        host::RowVec rows;
+        for (const std::string& name : names) rows.push_back(Append(parent, name));
+        mTree->LayoutAfterAppendRow(parent);
+        return rows;
+    }
+
+    /// "name000" to "name<count - 1>", by `step`.
+    static Rows Names(const std::string& name, int first, int count, int step = 1) {
+        Rows names;
+        for (int i = 0; i < count; ++i) {
+            std::string digits = std::to_string(first + i * step);
+            names.push_back(name + std::string(5 - digits.size(), '0') + digits);
+        }
+        return names;
+    }
+
+    host::RowRef Find(const std::string& name) { return FindBelow(mTree->GetTopLevelRows(), name); }
+
+    static host::RowRef FindBelow(const std::vector<host::RowRef>& rows, const std::string& name) {
+        for (const host::RowRef& row : rows) {
+            if (DataOf(*row).mName == name) return row;
+            if (host::RowRef found = FindBelow(row->GetChildRows(), name)) return found;
+        }
+        return {};
+    }
+
+    static Rows NamesOf(const host::RowVec& rows) {
+        Rows names;
+        for (const host::RowRef& row : rows) names.push_back(DataOf(*row).mName);
+        return names;
+    }
+
+    /// The opened rows, indented by their depth, as the tree names them and as its view shows them.
+    Rows Shown() {
+        Rows shown;
+        for (const host::RowRef& row : mTree->GetOpenedRows()) {
+            std::string indentation;
+            for (host::RowRef above = row->GetParentRow(); above; above = above->GetParentRow()) indentation += "  ";
+            shown.push_back(indentation + DataOf(*row).mName);
+        }
+        return shown;
+    }
+
+    /// The names of the rows that the view itself shows, asked of Qt.
+    Rows ShownByView() {
+        Rows names;
+        QModelIndex index = View().model()->index(0, 0);
+        for (; index.isValid(); index = View().indexBelow(index))
+            names.push_back(DataOf(*static_cast<host::UI_MultiColumnTreeRow*>(index.internalPointer())).mName);
+        return names;
+    }
+
+    QRect RectOf(const host::RowRef& row) {
+        return {0, IndexOf(row) * 25 - ScrollBar().value(), View().viewport()->width(), 25};
+    }
+
+    void Click(const host::RowRef& row, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        Settle();
+        QTest::mouseClick(View().viewport(), Qt::LeftButton, modifiers, RectOf(row).topLeft() + QPoint(120, 12));
+        Settle();
+    }
+
+    void ClickTriangle(const host::RowRef& row) {
+        Settle();
+        int depth = 0;
+        for (host::RowRef above = row->GetParentRow(); above; above = above->GetParentRow()) ++depth;
+        QTest::mouseClick(View().viewport(), Qt::LeftButton, {}, RectOf(row).topLeft() + QPoint(int(15.5 * depth) + 9, 12));
+        Settle();
+    }
+
+    void Press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(&View(), Qt::Key(key), modifiers);
+        Settle();
+    }
+
+    int IndexOf(const host::RowRef& row) {
+        const host::RowVec rows = mTree->GetOpenedRows();
+        const auto found = std::find(rows.begin(), rows.end(), row);
+        return found == rows.end() ? -1 : int(found - rows.begin());
+    }
+
+    ManualMainThread mMainThread;
+    QWidget mWindow;
+    host::RefPtr<host::UI_Container> mContainer;
+    host::RefPtr<host::MediaBrowserMultiColumnTree> mTree;
+    host::RefPtr<host::UI_MultiColumnTreeHeaderRow> mHeader;
+    std::unique_ptr<QAbstractItemModelTester> mTester;
+    int mCountOfKeys = 0;
+};

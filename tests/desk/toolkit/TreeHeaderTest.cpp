@@ -1,0 +1,104 @@
+#include "tests/desk/toolkit/TreeFixture.h"
+
+namespace {
+
+class TreeHeaderTest : public TreeFixture {
+protected:
+    TreeHeaderTest() {
+        mTree->SetColumnMovedCallback(Shared<void(unsigned, unsigned)>(
+            [this](unsigned from, unsigned to) { mHeard.push_back("move " + std::to_string(from) + " " + std::to_string(to)); }));
+        mTree->SetColumnResizedCallback(Shared<void(unsigned, float)>([this](unsigned column, float width) {
+            mHeard.push_back("resize " + std::to_string(column) + " " + std::to_string(int(width)));
+        }));
+        for (const host::ColumnID column : {kNameColumn, kSizeColumn, kDateColumn}) {
+            mHeader->SetColumnAllowedMinimumWidth(column, 50);
+            mHeader->SetColumnWidth(column, 100);
+        }
+    }
+
+    std::vector<host::ColumnID> Order() {
+        std::vector<host::ColumnID> order;
+        for (unsigned i = 0; i < mHeader->GetCountOfColumns(); ++i) order.push_back(mHeader->GetColumnAt(i));
+        return order;
+    }
+
+    void Drag(QPoint from, QPoint to) {
+        QWidget* header = View().header()->viewport();
+        QTest::mousePress(header, Qt::LeftButton, {}, from);
+        QTest::mouseMove(header, from + (to - from) / 2);
+        QTest::mouseMove(header, to);
+        QTest::mouseRelease(header, Qt::LeftButton, {}, to);
+        Settle();
+    }
+
+    std::vector<std::string> mHeard;
+};
+
+TEST_F(TreeHeaderTest, ColumnsAreSetWithoutTellingOfIt) {
+    mHeader->AppendColumn(u"Name again", kNameColumn);
+    EXPECT_EQ(Order(), (std::vector{kNameColumn, kSizeColumn, kDateColumn}));
+    EXPECT_EQ(View().model()->columnCount(), 3);
+    EXPECT_EQ(View().model()->headerData(1, Qt::Horizontal).toString(), "Size");
+    mHeader->SetColumnWidth(kSizeColumn, 123.4f);
+    EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 123.4f) << "the width that was set, not a rounded one";
+    EXPECT_EQ(View().header()->sectionSize(1), 123);
+    mHeader->SetColumnWidth(kSizeColumn, 3);
+    EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 50);
+    mHeader->SetColumnWidth(0x3F3F3F3F, 3);
+    mHeader->MoveColumn(kDateColumn, 0, true);
+    EXPECT_EQ(Order(), (std::vector{kDateColumn, kNameColumn, kSizeColumn}));
+    EXPECT_EQ(View().header()->visualIndex(2), 0);
+    EXPECT_EQ(mHeader->GetIndexOfColumn(kSizeColumn), 2);
+    EXPECT_EQ(mHeader->GetIndexOfColumn(0x3F3F3F3F), -1);
+    EXPECT_EQ(mHeader->GetColumnAt(7), 0u);
+    EXPECT_TRUE(mHeard.empty());
+}
+
+TEST_F(TreeHeaderTest, TheUserMovesAndResizesWithinLimits) {
+    Drag({50, 10}, {280, 10});
+    EXPECT_TRUE(mHeard.empty()) << "not allowed yet";
+    mHeader->SetAllowColumnMovingByUser(true, false);
+    Drag({50, 10}, {280, 10});
+    EXPECT_EQ(mHeard, std::vector<std::string>{"move 0 2"});
+    EXPECT_EQ(Order(), (std::vector{kSizeColumn, kDateColumn, kNameColumn}));
+    mHeard.clear();
+    Drag({100, 10}, {150, 10});
+    EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 150);
+    ASSERT_FALSE(mHeard.empty());
+    EXPECT_EQ(mHeard.back(), "resize 0 150");
+    Drag({150, 10}, {5, 10});
+    EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 50);
+    EXPECT_EQ(View().header()->sectionSize(1), 50);
+    EXPECT_EQ(mHeard.back(), "resize 0 50");
+}
+
+TEST_F(TreeHeaderTest, AHeaderRowMadeBeforehandBringsItsLayout) {
+    host::RefPtr<host::UI_MultiColumnTreeHeaderRow> other(new host::UI_MultiColumnTreeHeaderRow(*mTree));
+    other->AppendColumn(u"One", 1);
+    other->AppendColumn(u"Two", 2);
+    other->MoveColumn(2, 0, true);
+    other->SetColumnWidth(2, 77);
+    other->ShowSortIndicator(true);
+    Add(nullptr, {"a"});
+    mTree->SetHeaderRow(other);
+    EXPECT_EQ(View().model()->columnCount(), 2);
+    EXPECT_EQ(View().header()->visualIndex(1), 0);
+    EXPECT_EQ(View().header()->sectionSize(1), 77);
+    EXPECT_TRUE(View().header()->isSortIndicatorShown());
+    mHeader->SetColumnWidth(kNameColumn, 300);
+    EXPECT_EQ(View().header()->sectionSize(0), 100) << "the old header row no longer reaches the tree";
+    mTree->SetHeaderRow(nullptr);
+    mWindow.grab();
+    EXPECT_EQ(mTree->CountOpenedRows(), 1u);
+}
+
+TEST_F(TreeHeaderTest, CellsStayWithTheirColumns) {
+    const host::RowRef row = Add(nullptr, {"a"})[0];
+    Settle();
+    host::UI_Container* cell = row->GetCellView(0);
+    EXPECT_EQ(row->GetCellView(3), nullptr);
+    mHeader->MoveColumn(kNameColumn, 2, true);
+    EXPECT_EQ(row->GetCellView(2), cell);
+}
+
+}  // namespace

@@ -1,0 +1,146 @@
+#include <random>
+
+#include "tests/desk/toolkit/TreeFixture.h"
+
+namespace {
+
+/// What the tree should be: names in sorted folders.
+struct ModelRow {
+    std::string mName;
+    bool mIsOpen = false;
+    std::vector<ModelRow> mChildren;
+};
+
+class TreeRandomTest : public TreeFixture {
+protected:
+    bool IsFolder(const ModelRow& row) const { return row.mName.ends_with('/'); }
+    int Pick(int count) { return std::uniform_int_distribution<>(0, count - 1)(mRandom); }
+
+    /// A folder of the model and its row: the root, or one reached by random steps down.
+    std::pair<std::vector<ModelRow>*, host::RowRef> PickFolder() {
+        std::vector<ModelRow>* rows = &mRows;
+        host::RowRef row;
+        while (Pick(3) > 0) {
+            std::vector<ModelRow*> folders;
+            for (ModelRow& each : *rows)
+                if (IsFolder(each)) folders.push_back(&each);
+            if (folders.empty()) break;
+            ModelRow* folder = folders[std::size_t(Pick(int(folders.size())))];
+            row = FindBelow(row ? row->GetChildRows() : mTree->GetTopLevelRows(), folder->mName);
+            rows = &folder->mChildren;
+        }
+        return {rows, row};
+    }
+
+    void SortRows(std::vector<ModelRow>& rows) {
+        std::stable_sort(rows.begin(), rows.end(), [this](const ModelRow& a, const ModelRow& b) {
+            return mIsAscending ? a.mName < b.mName : b.mName < a.mName;
+        });
+        for (ModelRow& row : rows) SortRows(row.mChildren);
+    }
+
+    void AddShown(const std::vector<ModelRow>& rows, const std::string& indentation, Rows& shown) {
+        for (const ModelRow& row : rows) {
+            shown.push_back(indentation + row.mName);
+            if (row.mIsOpen) AddShown(row.mChildren, indentation + "  ", shown);
+        }
+    }
+
+    void AddRows() {
+        const auto [rows, folder] = PickFolder();
+        Rows names;
+        for (int count = 1 + Pick(Pick(4) ? 6 : 60); count > 0; --count) {
+            names.push_back("n" + std::to_string(mRandom() % 100000) + "_" + std::to_string(++mLastNumber) + (Pick(3) ? "" : "/"));
+            rows->push_back({names.back(), false, {}});
+        }
+        SortRows(*rows);
+        Add(folder.get(), names);
+    }
+
+    void RemoveRows() {
+        const auto [rows, folder] = PickFolder();
+        host::RowVec doomed;
+        std::erase_if(*rows, [&, folder = folder](const ModelRow& row) {
+            if (Pick(3)) return false;
+            doomed.push_back(FindBelow(folder ? folder->GetChildRows() : mTree->GetTopLevelRows(), row.mName));
+            return true;
+        });
+        std::shuffle(doomed.begin(), doomed.end(), mRandom);
+        mTree->RemoveRows(doomed);
+        std::erase_if(mSelected, [this](const std::string& name) { return !Find(name); });
+    }
+
+    void ToggleRow() {
+        const auto [rows, folder] = PickFolder();
+        if (rows->empty()) return;
+        ModelRow& row = (*rows)[std::size_t(Pick(int(rows->size())))];
+        const host::RowRef found = Find(row.mName);
+        if (IsFolder(row)) row.mIsOpen = !row.mIsOpen;
+        if (found->IsOpen()) {
+            mTree->CloseRow(found.get());
+            std::erase_if(mSelected, [&](const std::string& name) { return Find(name)->IsADescendent(*found); });
+        } else {
+            mTree->OpenRow(found.get());
+        }
+    }
+
+    void SelectSome() {
+        const host::RowVec opened = mTree->GetOpenedRows();
+        host::RowVec chosen;
+        std::sample(opened.begin(), opened.end(), std::back_inserter(chosen), 1 + Pick(20), mRandom);
+        std::shuffle(chosen.begin(), chosen.end(), mRandom);
+        mTree->SelectRows(chosen);
+        mSelected = NamesOf(chosen);
+    }
+
+    void Check() {
+        Rows expected;
+        AddShown(mRows, "", expected);
+        ASSERT_EQ(Shown(), expected);
+        ASSERT_EQ(mTree->CountOpenedRows(), expected.size());
+        for (std::string& name : expected) name.erase(0, name.find_first_not_of(' '));
+        ASSERT_EQ(ShownByView(), expected);
+        ASSERT_EQ(NamesOf(mTree->GetSelectedRows()), mSelected);
+        ASSERT_EQ(std::size_t(View().selectionModel()->selectedRows().size()), mSelected.size());
+        for (const std::string& name : mSelected) ASSERT_TRUE(View().selectionModel()->isSelected(IndexIn(name)));
+    }
+
+    QModelIndex IndexIn(const std::string& name) {
+        QModelIndex index = View().model()->index(0, 0);
+        for (; index.isValid(); index = View().indexBelow(index))
+            if (DataOf(*static_cast<host::UI_MultiColumnTreeRow*>(index.internalPointer())).mName == name) return index;
+        return {};
+    }
+
+    std::mt19937 mRandom{20261121};
+    std::vector<ModelRow> mRows;
+    Rows mSelected;
+    bool mIsAscending = true;
+    int mLastNumber = 0;
+};
+
+TEST_F(TreeRandomTest, FollowsASimpleModelThroughRandomSteps) {
+    for (int step = 0; step < 400 && !HasFatalFailure(); ++step) {
+        SCOPED_TRACE(step);
+        switch (Pick(8)) {
+            case 0:
+            case 1:
+            case 2: AddRows(); break;
+            case 3: RemoveRows(); break;
+            case 4:
+            case 5: ToggleRow(); break;
+            case 6: SelectSome(); break;
+            default:
+                mIsAscending = !mIsAscending;
+                SortRows(mRows);
+                mHeader->SetSortDirection(mIsAscending);
+                Settle();
+        }
+        if (Pick(3) == 0) ScrollBar().setValue(Pick(ScrollBar().maximum() + 1));
+        if (Pick(4) == 0) mWindow.grab();
+        if (Pick(2) == 0) Settle();
+        Check();
+    }
+}
+
+}  // namespace
