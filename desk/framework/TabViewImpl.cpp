@@ -11,16 +11,17 @@
 namespace desk {
 namespace {
 
-bool CanTakeFocus(const QWidget& widget) {
-    return widget.isEnabled() && widget.isVisible() && (widget.focusPolicy() & Qt::TabFocus);
+/// Also while the view's window is not shown yet: then it has the focus once the window is.
+bool CanTakeFocus(const QWidget& widget, const QWidget& view) {
+    return widget.isEnabled() && widget.isVisibleTo(&view) && (widget.focusPolicy() & Qt::TabFocus);
 }
 
 QWidget* FindFocusTarget(const QWidget& view) {
-    if (QWidget* last = view.focusWidget(); last && CanTakeFocus(*last)) return last;
+    if (QWidget* last = view.focusWidget(); last && CanTakeFocus(*last, view)) return last;
     for (QAbstractItemView* list : view.findChildren<QAbstractItemView*>())
-        if (CanTakeFocus(*list)) return list;
+        if (CanTakeFocus(*list, view)) return list;
     for (QWidget* child : view.findChildren<QWidget*>())
-        if (CanTakeFocus(*child)) return child;
+        if (CanTakeFocus(*child, view)) return child;
     return nullptr;
 }
 
