@@ -72,6 +72,18 @@ TEST_F(ShortcutsTest, SendThePanelsCommandsWhileItIsOnDuty) {
     EXPECT_EQ(Press(Qt::Key_A, Qt::ControlModifier), (Events{"panel 57642"})) << "global ones act always";
 }
 
+TEST_F(ShortcutsTest, ActInAPanelThatFloatsOverTheMainWindow) {
+    QWidget mainWindow;
+    mainWindow.show();
+    Load(R"({"test.panel": {"zoomin": "Ctrl++"}})");
+    desk::Shortcuts::Instance().InstallOn(mainWindow);
+    mFrame->Window().setParent(&mainWindow, Qt::Tool);
+    mFrame->Activate();
+    mOther.setFocus();
+    EXPECT_EQ(Press(Qt::Key_Plus, Qt::ControlModifier), (Events{"panel 910001"}));
+    mFrame->Window().setParent(nullptr);
+}
+
 TEST_F(ShortcutsTest, ATextFieldKeepsItsEditingKeys) {
     Load(R"({"test.panel": {"home": "Home", "zoomin": "Ctrl++"}})");
     mField.setText(QStringLiteral("abc"));
