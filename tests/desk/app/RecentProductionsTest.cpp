@@ -2,16 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/LogExpectation.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/desk/core/CoreFixture.h"
+#include "tests/support/FaultyFileSystem.h"
 
 namespace desk {
 namespace {
 
 using Folders = std::vector<std::string>;
 
-struct RecentProductionsTest : testing::Test {
-    TemporaryFolder mProfile;
+struct RecentProductionsTest : CoreFixture {
     const std::string mFile = mProfile.Path(RecentProductions::kFileName);
     Folders Reread() const { return RecentProductions(mFile).Get(); }
 };
@@ -67,14 +66,19 @@ TEST_F(RecentProductionsTest, KeepsAListThatIsNoJsonAside) {
 }
 
 TEST_F(RecentProductionsTest, NeverReplacesWhatItCouldNotRead) {
-    mProfile.MakeFolder(RecentProductions::kFileName);
-    ExpectLogged log("recent productions is not saved");
-    ExpectLogged refused(RecentProductions::kFileName);
-    RecentProductions recent(mFile);
-    recent.Add("/a");
-    recent.Add("/b");
-    EXPECT_EQ(recent.Get(), (Folders{"/b", "/a"}));
-    EXPECT_TRUE(mProfile.Exists(RecentProductions::kFileName));
+    RecentProductions(mFile).Add("/old");
+    const std::string before = mProfile.Read(RecentProductions::kFileName);
+    {
+        FaultyFileSystem disk;
+        disk.Deny(mFile);
+        ExpectLogged log("recent productions is not saved");
+        ExpectLogged refused(RecentProductions::kFileName);
+        RecentProductions recent(mFile);
+        recent.Add("/a");
+        recent.Add("/b");
+        EXPECT_EQ(recent.Get(), (Folders{"/b", "/a"}));
+    }
+    EXPECT_EQ(mProfile.Read(RecentProductions::kFileName), before);
 }
 
 }  // namespace

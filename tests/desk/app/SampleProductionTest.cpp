@@ -6,23 +6,16 @@
 #include <map>
 #include <set>
 
-#include "desk/core/Services.h"
-#include "desk/files/PosixFileSystem.h"
 #include "desk/project/LockRecord.h"
 #include "host/files/FileException.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/desk/core/CoreFixture.h"
 
 namespace desk {
 namespace {
 
 namespace fs = std::filesystem;
 
-struct SampleProductionTest : testing::Test {
-    SampleProductionTest() { GetServices().mFileSystem = &mFileSystem; }
-    ~SampleProductionTest() override { GetServices().mFileSystem = mBefore; }
-
-    FileSystem* mBefore = GetServices().mFileSystem;
-    PosixFileSystem mFileSystem;
+struct SampleProductionTest : CoreFixture {
     TemporaryFolder mData;
 };
 
@@ -42,7 +35,7 @@ TEST_F(SampleProductionTest, IsWhatAFirstStartIsToShow) {
             ++projectsOfFolder[folder.string()];
             times.insert(item.last_write_time());
         } else {
-            const auto record = ReadLockRecord(mFileSystem, item.path().string());
+            const auto record = ReadLockRecord(mDisk, item.path().string());
             ASSERT_TRUE(record && record->mIsReadable) << item.path();
             EXPECT_TRUE(fs::exists(item.path().parent_path() / host::UTF16to8(GetProjectNameOfLockFile(lockName))));
             users.insert(host::UTF16to8(record->mUser));
