@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "desk/app/FolderCheck.h"
 #include "desk/core/Profile.h"
 #include "desk/core/QtStrings.h"
 
@@ -18,8 +19,8 @@ std::vector<std::string> GetPluginFolders(const std::vector<std::string>& fromCo
     }
     folders.push_back(Profile::UserDataFolder() + "/plugins");
     const std::string program = ToUTF8(QCoreApplication::applicationDirPath());
-    folders.push_back(program + "/../" ZU_LIBRARY_FOLDER "/production-desk/plugins");
-    folders.push_back(program + "/../plugins");  // Where the build puts them.
+    folders.push_back(ToAbsolutePath(program + "/../" ZU_LIBRARY_FOLDER "/production-desk/plugins"));
+    folders.push_back(ToAbsolutePath(program + "/../plugins"));  // Where the build puts them.
     return folders;
 }
 

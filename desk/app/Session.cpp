@@ -47,11 +47,17 @@ void ExplainMissingDisplay(QtMsgType type, const QMessageLogContext&, const QStr
     _exit(2);
 }
 
+/// What Qt says goes to the log, but for what a display that is none has to say about itself.
+void LogQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (text.startsWith(QLatin1String("This plugin does not support"))) return;
+    Log(type == QtCriticalMsg || type == QtFatalMsg ? LogLevel::Error : LogLevel::Info, "Qt: " + ToUTF8(text));
+}
+
 /// Qt's own arguments are none of the command line's.
 std::unique_ptr<QApplication> MakeApplication(int& argumentCount, char** arguments) {
-    const QtMessageHandler handler = qInstallMessageHandler(ExplainMissingDisplay);
+    qInstallMessageHandler(ExplainMissingDisplay);
     auto application = std::make_unique<QApplication>(argumentCount, arguments);
-    qInstallMessageHandler(handler);
+    qInstallMessageHandler(LogQtMessage);
     QApplication::setApplicationName(QStringLiteral("production-desk"));
     QApplication::setApplicationDisplayName(QStringLiteral("Production Desk"));
     QApplication::setApplicationVersion(QStringLiteral(ZU_VERSION));

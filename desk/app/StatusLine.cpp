@@ -56,6 +56,7 @@ StatusLine::StatusLine(QMainWindow& window) : mWindow(window), mProduction(MakeL
     user->setText(Localized("$$$/Desk/Status/User=signed in as @0",
                             {ToUTF16(ToDisplayText(GetServices().mDesktop->UserName()))}));
     user->setMinimumWidth(user->sizeHint().width());
+    mWindow.statusBar()->setSizeGripEnabled(false);
     mWindow.statusBar()->addWidget(mProduction, 1);
     mWindow.statusBar()->addPermanentWidget(user);
     host::AddListener(kStation_WatchStatus, this);
