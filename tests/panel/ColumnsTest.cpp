@@ -1,0 +1,237 @@
+#include "desk/toolkit/ControlImpl.h"
+#include "desk/toolkit/PictureImpl.h"
+#include "host/framework/Bitmap.h"
+#include "tests/panel/PanelFixture.h"
+
+namespace HandlerSharedProjects::Columns {
+
+class ColumnsTest : public PanelFixture {
+protected:
+    HeaderRowRef Header() { return DirectoryView().GetHeaderRow(); }
+    std::vector<ColumnID> Order() {
+        std::vector<ColumnID> order;
+        for (unsigned i = 0; i < Header()->GetCountOfColumns(); ++i) order.push_back(Header()->GetColumnAt(i));
+        return order;
+    }
+    const std::vector<ColumnID> kOrder = {kNameColumnID, kLockedColumnID, kModifiedDateColumnID,
+                                          kCreationDateColumnID, kSizeColumnID};
+};
+
+TEST_F(ColumnsTest, ARecordShowsNothingUntilItIsUpdated) {
+    FileMetadata record(u"/a/Show.zuproj");
+    for (const ColumnID column : kOrder) EXPECT_EQ(record.GetColumnDisplayString(column), u"");
+    EXPECT_EQ(record.GetColumnDataAsSortableString(kLockedColumnID), u"__UNLOCKED");
+    EXPECT_EQ(record.GetColumnDataAsSortableString(0x1234), u"");
+    for (const ColumnID column : kOrder) EXPECT_EQ(FileMetadata().GetColumnDataAsSortableString(column), u"");
+}
+
+TEST_F(ColumnsTest, UpdateReadsAllFactsOrThatOfOneColumn) {
+    MakeProject("Show", std::string(1234, 'x'));
+    OtherUserLocks("Show");
+    FileMetadata record(PathOf("Show.zuproj"));
+    EXPECT_TRUE(record.Update(false, kSizeColumnID));
+    EXPECT_FALSE(record.Update(false, kSizeColumnID));
+    EXPECT_EQ(record.GetColumnDataAsSortableString(kSizeColumnID), u"1234");
+    EXPECT_EQ(record.mDisplayName, u"");
+    EXPECT_FALSE(record.mLocked || record.mModified);
+
+    record.Update(true, kNameColumnID);
+    EXPECT_EQ(record.GetColumnDisplayString(kNameColumnID), u"Show");
+    EXPECT_EQ(record.GetColumnDisplayString(kLockedColumnID), u"edit-bay-2");
+    EXPECT_EQ(record.GetLockState(), std::optional<bool>(false));
+    EXPECT_EQ(record.GetColumnDataAsSortableString(kModifiedDateColumnID),
+              NumberToString(static_cast<long long>(*record.mModified)));
+    EXPECT_NE(record.GetColumnDisplayString(kModifiedDateColumnID), u"");
+
+    Unlock("Show");
+    EXPECT_TRUE(record.Update(false, kLockedColumnID));
+    EXPECT_EQ(record.GetColumnDisplayString(kLockedColumnID), u"");
+    EXPECT_EQ(record.GetColumnDataAsSortableString(kLockedColumnID), u"__UNLOCKED");
+    WeLock("Show");
+    record.Update(false, kLockedColumnID);
+    EXPECT_EQ(record.GetLockState(), std::optional<bool>(true));
+
+    // A file that is gone, or that the volume will not tell about, keeps its last known facts.
+    RemoveProject("Show");
+    const auto modified = record.mModified;
+    record.Update(true, kNameColumnID);
+    EXPECT_EQ(record.mModified, modified);
+    EXPECT_EQ(record.mSize, 1234u);
+}
+
+TEST_F(ColumnsTest, ALockOfAProcessThatIsGoneIsNone) {
+    MakeProject("Show");
+    desk::LockRecord record;
+    record.mIsReadable = true;
+    record.mNonce = "0123456789abcdef0123456789abcdef";
+    record.mUser = u"somebody";
+    record.mMachine = mDesktop.MachineName();
+    record.mMachineID = mDesktop.MachineID();
+    record.mBootID = "99999999-2222-3333-4444-555555555555";
+    record.mPid = 4711;
+    record.mTakenAt = 1'700'000'000;
+    mFolder.Write(OnDisk(".Show.zuproj.lock"), desk::WriteLockRecord(record));
+    FileMetadata metadata(PathOf("Show.zuproj"));
+    metadata.Update(true, kNameColumnID);
+    EXPECT_EQ(metadata.GetLockState(), std::nullopt);
+    EXPECT_EQ(metadata.mLockedBy, u"");
+}
+
+TEST_F(ColumnsTest, DisplayNames) {
+    EXPECT_EQ(GetPathDisplayName(u"/a/b/Show.zuproj"), u"Show");
+    EXPECT_EQ(GetPathDisplayName(u"/a/b/Show.v2.zuproj"), u"Show.v2");
+    EXPECT_EQ(GetPathDisplayName(u"/a/b/Folder/"), u"Folder");
+    EXPECT_EQ(GetPathDisplayName(u"/a/b/notes.txt"), u"notes.txt");
+    EXPECT_EQ(GetPathDisplayName(u""), u"");
+}
+
+TEST_F(ColumnsTest, SortsNaturallyAndTheTrashLast) {
+    EXPECT_TRUE(SortStringIsLess(u"Reel 9", u"Reel 10"));
+    EXPECT_FALSE(SortStringIsLess(u"Reel 10", u"Reel 9"));
+    EXPECT_TRUE(SortStringIsLess(u"900", u"1000"));
+    for (const char16_t* other : {u"Zebra", u"Trash 2", u"\u0416", u""}) {
+        EXPECT_TRUE(SortStringIsLess(other, u"Trash")) << UTF16to8(other);
+        EXPECT_FALSE(SortStringIsLess(u"tRASH", other)) << UTF16to8(other);
+    }
+    EXPECT_FALSE(SortStringIsLess(u"Trash", u"Trash"));
+    EXPECT_TRUE(SortStringIsLess(u"Tr\u00E4sh", u"Trash"));
+    EXPECT_TRUE(SortStringIsLess(u"Tr\u00E4sh", u"Zebra"));
+}
+
+TEST_F(ColumnsTest, AFreshHeaderRow) {
+    OpenProduction();
+    EXPECT_EQ(Order(), kOrder);
+    for (const ColumnID column : kOrder) EXPECT_EQ(Header()->GetColumnWidth(column), 200);
+    Header()->SetColumnWidth(kSizeColumnID, 3);
+    EXPECT_EQ(Header()->GetColumnWidth(kSizeColumnID), 50);
+    EXPECT_EQ(Header()->GetSortColumn(), kNameColumnID);
+    EXPECT_TRUE(Header()->IsSortDirectionAscending());
+    EXPECT_EQ(Header()->GetColumnAlignment(kSizeColumnID), UI_Alignment::Right);
+    EXPECT_TRUE(IsNameColumn(Header(), 0));
+    EXPECT_FALSE(IsNameColumn(Header(), 1));
+}
+
+TEST_F(ColumnsTest, ALayoutIsTakenAndApplied) {
+    OpenProduction();
+    ColumnWidths base = {{kNameColumnID, 120.f}, {kLockedColumnID, 90.f}};
+    Header()->SetColumnWidth(kLockedColumnID, 80);
+    SetUpHeaderRowFromData(
+        Header(), {{{0x1234, 70}, {kSizeColumnID, 100}, {kNameColumnID, 200}}, kSizeColumnID, false}, 1.5f);
+    EXPECT_EQ(Order(), (std::vector<ColumnID>{kSizeColumnID, kNameColumnID, kLockedColumnID,
+                                              kModifiedDateColumnID, kCreationDateColumnID}));
+    EXPECT_EQ(Header()->GetColumnWidth(kNameColumnID), 300);
+    EXPECT_EQ(Header()->GetColumnWidth(kLockedColumnID), 80);
+    const HeaderRowData data = GetHeaderRowData(Header(), base);
+    EXPECT_EQ(data.mColumnDataList, (std::vector<ColumnData>{{kSizeColumnID, 200},
+                                                             {kNameColumnID, 120},
+                                                             {kLockedColumnID, 90},
+                                                             {kModifiedDateColumnID, 200},
+                                                             {kCreationDateColumnID, 200}}));
+    EXPECT_EQ(data.mSortColumnID, kSizeColumnID);
+    EXPECT_FALSE(data.mSortAscending);
+    EXPECT_EQ(GetHeaderRowData({}, base), HeaderRowData());
+    EXPECT_EQ(GetViewPropertyLoggingColumnMap(Header()),
+              (std::map<std::string_view, int>{{"locked_column_index", 2},
+                                               {"modifed_date_column_index", 3},
+                                               {"creation_date_column_index", 4},
+                                               {"size_column_index", 0}}));
+}
+
+/// Cells of a shown production.
+class CellsTest : public PanelFixture {
+protected:
+    UI_Container* NameCell(const std::string& name) {
+        return RowOf(name)->GetCellView(
+            static_cast<unsigned>(DirectoryView().GetHeaderRow()->GetIndexOfColumn(kNameColumnID)));
+    }
+    UI_Container& NameView(const std::string& name) {
+        EXPECT_EQ(NameCell(name)->GetChildren().size(), 1u);
+        return dynamic_cast<UI_Container&>(*NameCell(name)->GetChildren().at(0));
+    }
+    /// The picture that the row's icon shows.
+    std::string Icon(const std::string& name) {
+        auto& image = dynamic_cast<UI_StaticImage&>(*NameView(name).GetChildren().at(0));
+        UI_ImageSupplyMessage message;
+        static_cast<desk::StaticImageImpl&>(image.GetImpl()).mSupply(message);
+        EXPECT_EQ(message.GetStateFlags(), kImageStateEnabled);
+        if (message.GetBitmap().IsValid()) return message.GetBitmap().GetPicture()->mName;
+        return message.GetPicture() ? "a folder" : "nothing";
+    }
+    UI_StaticText& Label(const std::string& name) {
+        return dynamic_cast<UI_StaticText&>(*NameView(name).GetChildren().at(1));
+    }
+    static std::string PictureOf(const char* decal) {
+        return Bitmap::GetBitmap(decal, GetDefaultDrawSupplier()).GetPicture()->mName;
+    }
+};
+
+TEST_F(CellsTest, SevenIcons) {
+    MakeFolder("Folder");
+    MakeFolder("Trash");
+    for (const char* name : {"closed", "closed locked", "closed ours", "open", "open locked", "open ours"})
+        MakeProject(name);
+    OtherUserLocks("closed locked");
+    OtherUserLocks("open locked");
+    WeLock("closed ours");
+    WeLock("open ours");
+    OpenProduction();
+    OpenProject("open");
+    OpenProject("open locked", true);
+    const auto ours = OpenProject("open ours");
+    Settle();
+    EXPECT_EQ(Icon("Folder"), "a folder");
+    EXPECT_EQ(Icon("Trash"), PictureOf(kHistoryActionDeleteDecal));
+    EXPECT_EQ(Icon("closed"), PictureOf(kZuProductionPanelProjectClosedNoLockDecal));
+    EXPECT_EQ(Icon("closed locked"), PictureOf(kZuProductionPanelProjectClosedLockedDecal));
+    EXPECT_EQ(Icon("closed ours"), PictureOf(kZuProductionPanelProjectClosedLockedDecal));
+    EXPECT_EQ(Icon("open"), PictureOf(kZuProductionPanelProjectOpenNoLockDecal));
+    EXPECT_EQ(Icon("open locked"), PictureOf(kZuProductionPanelProjectOpenLockedDecal));
+    EXPECT_EQ(Icon("open ours"), PictureOf(kZuProductionPanelProjectOpenEditableDecal));
+    EXPECT_EQ(Says("open ours", kNameColumnID), "open ours, open, locked by " + UTF16to8(mDesktop.UserName()));
+    desk::OpenProjectList::Instance().Remove(ours);
+    Settle();
+    EXPECT_EQ(Icon("open ours"), PictureOf(kZuProductionPanelProjectClosedLockedDecal));
+}
+
+TEST_F(CellsTest, NameCellGeometry) {
+    MakeProject("Reel 1");
+    OpenProduction();
+    UI_Container& view = NameView("Reel 1");
+    view.UI_SetBounds({0, 0, 300, 20});
+    EXPECT_EQ(view.GetChildren().at(0)->UI_GetBounds(), (RectT<float>{0, 4, 12, 12}));
+    EXPECT_EQ(view.GetChildren().at(1)->UI_GetBounds(), (RectT<float>{22, 0, 278, 20}));
+    EXPECT_EQ(dynamic_cast<UI_StaticText&>(*view.GetChildren().at(1)).GetFontSize(), 10);
+    view.UI_SetBounds({0, 0, 15, 20});
+    EXPECT_EQ(view.GetChildren().at(1)->UI_GetBounds().width, 10);
+    EXPECT_EQ(GetNameTextRectFromView(NameCell("Reel 1")), Label("Reel 1").UI_GetBounds());
+    EXPECT_EQ(GetNameTextRectFromView(nullptr), RectT<float>());
+    EXPECT_EQ(view.UI_GetNodeID(), "SharedProjects.NameCellView.Reel 1");
+
+    // Updated twice, there is still one; a hidden row has none.
+    DirectoryView().UpdateRow(RowOf("Reel 1"));
+    EXPECT_EQ(NameCell("Reel 1")->GetChildren().size(), 1u);
+    DirectoryView().UI_Show(false);
+    NameCell("Reel 1")->RemoveAllChildren();
+    DirectoryView().UpdateRow(RowOf("Reel 1"));
+    EXPECT_TRUE(NameCell("Reel 1")->GetChildren().empty());
+}
+
+TEST_F(CellsTest, StatesAreToldInWordsAndInTheFont) {
+    MakeFolder("Reels");
+    MakeFolder("Trash");
+    MakeProject("Reel 1");
+    MakeProject("Reel 2");
+    OpenProduction();
+    OpenProject("Reel 1", true, true);
+    OpenProject("Reel 2");
+    EXPECT_EQ(Says("Reels", kNameColumnID), "Reels, folder");
+    EXPECT_EQ(Says("Trash", kNameColumnID), "Trash, trash");
+    EXPECT_EQ(Says("Reels", kLockedColumnID), "");
+    EXPECT_EQ(Says("Reel 1", kNameColumnID), "Reel 1, open, read-only, out of date");
+    EXPECT_EQ(Says("Reel 2", kNameColumnID), "Reel 2, open");
+    EXPECT_EQ(Says("Reel 2", kLockedColumnID), "Not locked");
+    EXPECT_EQ(Label("Reel 1").GetFontStyle(), "Italic");
+    EXPECT_EQ(Label("Reel 2").GetFontStyle(), "");
+}
+
+}  // namespace HandlerSharedProjects::Columns

@@ -1,0 +1,234 @@
+#include <QTest>
+
+#include "tests/panel/PanelFixture.h"
+
+namespace HandlerSharedProjects {
+
+class DirectoryViewTest : public PanelFixture {
+protected:
+    void MakeProduction() {
+        MakeProject("Reel 10");
+        MakeProject("Reel 9");
+        MakeProject("Rushes/Day 1/Scene 1");
+        MakeProject("Rushes/Scene 2");
+        MakeFolder("Empty");
+        MakeFolder("Trash");
+        mFolder.Write(OnDisk("notes.txt"));
+        mFolder.Write(OnDisk(".hidden/x.zuproj"));
+    }
+    const Rows kClosed = {"Empty", "Reel 9", "Reel 10", "Rushes", "Trash"};
+};
+
+TEST_F(DirectoryViewTest, ShowsFoldersAndProjectsInNaturalOrderWithTheTrashLast) {
+    MakeProduction();
+    OpenProduction();
+    EXPECT_EQ(ShownRows(), kClosed);
+    OpenFolder("Rushes");
+    EXPECT_EQ(ShownRows(), (Rows{"Empty", "Reel 9", "Reel 10", "Rushes", "  Day 1", "  Scene 2", "Trash"}));
+    OpenFolder("Rushes/Day 1");
+    EXPECT_EQ(ShownRows(),
+              (Rows{"Empty", "Reel 9", "Reel 10", "Rushes", "  Day 1", "    Scene 1", "  Scene 2", "Trash"}));
+    EXPECT_EQ(RowOf("Rushes")->GetBackgroundColorID(), 277);
+    EXPECT_FALSE(DirectoryView().IsFileRow(RowOf("Rushes")));
+    EXPECT_TRUE(DirectoryView().IsFileRow(RowOf("Rushes/Scene 2")));
+    // Any spelling of a path finds its row.
+    EXPECT_EQ(DirectoryView().GetRowFromPath(PathOf("Rushes//Day 1/../Day 1/")), RowOf("Rushes/Day 1"));
+    EXPECT_FALSE(DirectoryView().GetRowFromPath(PathOf("Nothing")));
+}
+
+TEST_F(DirectoryViewTest, AnEmptyFolderOpensToNothingAndKeepsItsTriangle) {
+    MakeProduction();
+    OpenProduction();
+    OpenFolder("Empty");
+    EXPECT_EQ(ShownRows(), kClosed);
+    EXPECT_TRUE(RowOf("Empty")->HasCustomChild());
+    EXPECT_FALSE(RowOf("Rushes")->HasCustomChild());
+}
+
+TEST_F(DirectoryViewTest, FollowsWhatOthersDoAndKeepsSelectionAndOpenFolders) {
+    MakeProduction();
+    OpenProduction();
+    OpenFolder("Rushes");
+    Select({"Rushes/Scene 2"});
+    const ModelSignals signals(TreeWidget());
+
+    MakeProject("Rushes/Scene 3");
+    ASSERT_TRUE(Shows({"Empty", "Reel 9", "Reel 10", "Rushes", "  Day 1", "  Scene 2", "  Scene 3", "Trash"}));
+    EXPECT_EQ(signals.mInserted, 1);
+    EXPECT_EQ(signals.mRemoved, 0);
+
+    RenameProject("Reel 9", "Reel 11");
+    ASSERT_TRUE(Shows({"Empty", "Reel 10", "Reel 11", "Rushes", "  Day 1", "  Scene 2", "  Scene 3", "Trash"}));
+    EXPECT_EQ(signals.mInserted, 2);
+    EXPECT_EQ(signals.mRemoved, 1);
+
+    RemoveProject("Rushes/Scene 3");
+    mFolder.Remove(OnDisk("Empty"));
+    ASSERT_TRUE(Shows({"Reel 10", "Reel 11", "Rushes", "  Day 1", "  Scene 2", "Trash"}));
+    EXPECT_EQ(signals.mResets, 0);
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Scene 2"});
+    EXPECT_EQ(SelectionCount(), "1 of 6 items selected");
+}
+
+TEST_F(DirectoryViewTest, ShowsLocksSizesAndSavesAsTheyHappen) {
+    MakeProject("Reel 1", std::string(1500, 'x'));
+    OtherUserLocks("Reel 1");
+    MakeProject("Reel 2");
+    OpenProduction();
+    const auto says = [this](const char* name, ColumnID column, const std::string& text) {
+        const bool isShown = Shows([&] { return Says(name, column) == text; });
+        EXPECT_TRUE(isShown) << Says(name, column) << " instead of " << text;
+    };
+    says("Reel 1", Columns::kLockedColumnID, "edit-bay-2");
+    says("Reel 1", Columns::kNameColumnID, "Reel 1, locked by edit-bay-2");
+    says("Reel 1", Columns::kSizeColumnID, "1.50 KB");
+    says("Reel 2", Columns::kLockedColumnID, "Not locked");
+
+    const ModelSignals signals(TreeWidget());
+    OtherUserLocks("Reel 2", u"edit-bay-4");
+    says("Reel 2", Columns::kLockedColumnID, "edit-bay-4");
+    Unlock("Reel 1");
+    says("Reel 1", Columns::kLockedColumnID, "Not locked");
+    MakeProject("Reel 1", std::string(2'000'000, 'x'));
+    says("Reel 1", Columns::kSizeColumnID, "2.00 MB");
+    EXPECT_EQ(signals.mInserted + signals.mRemoved + signals.mResets, 0);
+}
+
+TEST_F(DirectoryViewTest, SortsByAColumnWhoseFactsComeLater) {
+    MakeProject("A", std::string(3000, 'x'));
+    MakeProject("B", std::string(1000, 'x'));
+    MakeProject("C", std::string(200, 'x'));
+    OpenProduction();
+    DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kSizeColumnID);
+    ASSERT_TRUE(Shows({"C", "B", "A"}));
+    MakeProject("C", std::string(5000, 'x'));
+    ASSERT_TRUE(Shows({"B", "A", "C"}));
+    DirectoryView().GetHeaderRow()->SetSortDirection(false);
+    ASSERT_TRUE(Shows({"C", "A", "B"}));
+}
+
+TEST_F(DirectoryViewTest, AFolderThatClosedBeforeItsContentCameIsSortedWhenItOpens) {
+    MakeProject("Reels/B 10");
+    MakeProject("Reels/B 9");
+    MakeProject("Reels/A");
+    OpenProduction();
+    Tree()->OpenRow(RowOf("Reels").get());
+    Tree()->CloseRow(RowOf("Reels").get());
+    Settle();
+    OpenFolder("Reels");
+    EXPECT_EQ(ShownRows(), (Rows{"Reels", "  A", "  B 9", "  B 10"}));
+}
+
+TEST_F(DirectoryViewTest, AFailedListingLeavesTheRows) {
+    MakeProduction();
+    OpenProduction();
+    OpenFolder("Rushes");
+    const Rows before = ShownRows();
+    {
+        ExpectLogged log("Rushes");
+        mVolume.Deny(mFolder.Path(OnDisk("Rushes")), EIO);
+        DirectoryView().RefreshDirectoryContent(RowOf("Rushes"));
+        Settle();
+    }
+    EXPECT_EQ(ShownRows(), before);
+}
+
+TEST_F(DirectoryViewTest, ClosingAProductionEmptiesTheTreeAndAnotherShowsOnlyItsOwnRows) {
+    MakeProduction();
+    OpenProduction();
+    EXPECT_EQ(Title(), "Production: North Shore");
+    CloseProduction();
+    EXPECT_EQ(ShownRows(), Rows{});
+    EXPECT_EQ(Title(), "Production");
+    mFolder.Write("South Shore/Other.zuproj");
+    OpenProduction("South Shore");
+    EXPECT_EQ(ShownRows(), Rows{"Other"});
+    EXPECT_EQ(Title(), "Production: South Shore");
+
+    // The old production's changes do not show; the new one's do.
+    mFolder.Write("North Shore/Late.zuproj");
+    MakeProject("More");
+    ASSERT_TRUE(Shows({"More", "Other"}));
+
+    // Straight from one to the other, while the first is still being listed.
+    desk::Production::Instance().Open(mFolder.PathUTF16("North Shore"));
+    desk::Production::Instance().Open(mFolder.PathUTF16("South Shore"));
+    Settle();
+    EXPECT_EQ(ShownRows(), (Rows{"More", "Other"}));
+}
+
+TEST_F(DirectoryViewTest, APanelWithoutProductionIsEmptyAndFollowsOneThatIsOpened) {
+    OpenPanel();
+    EXPECT_EQ(ShownRows(), Rows{});
+    EXPECT_EQ(SelectionCount(), "0 items");
+    MakeProject("Reel 1");
+    OpenProduction();
+    EXPECT_EQ(ShownRows(), Rows{"Reel 1"});
+}
+
+TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
+    MakeProject("Reel 1");
+    OpenProduction();
+    desk::Production::Instance().PausePanelUpdates(true);
+    desk::Production::Instance().PausePanelUpdates(true);
+    MakeProject("Reel 2");
+    DirectoryView().OnDirectoryChanged(mFolder.PathUTF16(kProduction));
+    DirectoryView().OnDirectoryChanged(mFolder.PathUTF16(kProduction));
+    Settle();
+    EXPECT_EQ(ShownRows(), Rows{"Reel 1"});
+    desk::Production::Instance().PausePanelUpdates(false);
+    ASSERT_TRUE(Shows({"Reel 1", "Reel 2"}));
+}
+
+TEST_F(DirectoryViewTest, AnItemThatIsToBeRenamedIsSelectedWhenItsRowComes) {
+    MakeProject("Reel 1");
+    OpenProduction();
+    mTabView->SetDeferredRenameRowPath(PathOf("Reel 2.zuproj"));
+    MakeProject("Reel 2");
+    ASSERT_TRUE(Shows({"Reel 1", "Reel 2"}));
+    Settle();
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Reel 2"});
+    EXPECT_TRUE(mTabView->GetDeferredRenameRowPath().empty());
+}
+
+TEST_F(DirectoryViewTest, SelectAllLeavesTheTrashOut) {
+    MakeProduction();
+    MakeProject("Trash/Old");
+    OpenProduction();
+    OpenFolder("Trash");
+    EXPECT_TRUE(Send(57642));
+    EXPECT_EQ(SelectedNames(), (std::vector<std::string>{"Empty", "Reel 9", "Reel 10", "Rushes"}));
+    EXPECT_EQ(SelectionCount(), "4 of 6 items selected");
+    EXPECT_TRUE(Send(11303));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{});
+    EXPECT_EQ(SelectionCount(), "6 items");
+}
+
+TEST_F(DirectoryViewTest, HoldsTheScrollPositionWhileRowsComeAbove) {
+    for (int i = 100; i < 300; ++i) MakeProject("Reel " + std::to_string(i));
+    OpenProduction();
+    Tree()->ScrollRowIntoView(RowOf("Reel 250").get(), false, 0, true);
+    Settle();
+    const int top = Tree()->GetFirstVisibleOpenedRowIndex();
+    const RowRef first = Tree()->GetOpenedRow(top);
+    MakeProject("Reel 1");
+    ASSERT_TRUE(Shows([&] { return FindRow("Reel 1") != nullptr; }));
+    Settle();
+    EXPECT_EQ(Tree()->GetOpenedRow(Tree()->GetFirstVisibleOpenedRowIndex()), first);
+    EXPECT_EQ(Tree()->GetFirstVisibleOpenedRowIndex(), top + 1);
+}
+
+TEST_F(DirectoryViewTest, FoldersOpenAndCloseByDoubleClick) {
+    MakeProduction();
+    OpenProduction();
+    QTreeView& widget = TreeWidget();
+    const QPoint rushes = widget.visualRect(widget.model()->index(3, 0)).center();
+    for (const bool isOpen : {true, false}) {
+        QTest::mouseClick(widget.viewport(), Qt::LeftButton, {}, rushes);
+        QTest::mouseDClick(widget.viewport(), Qt::LeftButton, {}, rushes);
+        Settle();
+        EXPECT_EQ(RowOf("Rushes")->IsOpen(), isOpen);
+    }
+}
+
+}  // namespace HandlerSharedProjects
