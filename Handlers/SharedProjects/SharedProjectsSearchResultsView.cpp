@@ -25,8 +25,10 @@ SharedProjectsSearchResultsView::SharedProjectsSearchResultsView(
     AddChild(mTree);
     SetupTree();
     SetupHeaderRow();
-    mQueuedSort = new QueueOnlyOnce(GetRegisteredMainThread(),
-                                    [tree = RefPtr<UI_MultiColumnTree>(mTree)] { tree->SortTree(); });
+    mQueuedUpdate =
+        new QueueOnlyOnce(GetRegisteredMainThread(), [this, lifetime = std::weak_ptr<const void>(mLifetime)] {
+            if (!lifetime.expired()) UpdateNextRow();
+        });
     AddListener(kBackendProjectActivationStationID, this);
 }
 
@@ -139,7 +141,6 @@ void SharedProjectsSearchResultsView::MovePageDown() {
 }
 
 void SharedProjectsSearchResultsView::UpdateRow(const RowRef& row) {
-    mTree->RedrawRow(row.get());
     UpdateMetadataForRow(row);
     AddNameCellView(row);
 }
@@ -149,9 +150,29 @@ void SharedProjectsSearchResultsView::UpdateOpenRows() {
 }
 
 void SharedProjectsSearchResultsView::UpdateMetadataForRow(const RowRef& row) {
-    // Only what is seen is read: a hit's folder need not be listed, and then the volume is asked.
-    if (!mTree->IsRowVisible(row.get()) || !IsFileRow(row)) return;
-    if (mRowToMetadata[row].Update(true, mHeaderRow->GetSortColumn())) mQueuedSort->Queue();
+    if (!IsFileRow(row)) return;
+    mRowsToUpdate.push_back(row);
+    mQueuedUpdate->Queue();
+}
+
+void SharedProjectsSearchResultsView::UpdateNextRow() {
+    // A hit's folder need not be listed, and then each row may wait for the volume: one in a turn of the queue,
+    // so that input and painting get theirs.
+    if (!mRowsToUpdate.empty()) {
+        const RowRef row = std::move(mRowsToUpdate.back());
+        mRowsToUpdate.pop_back();
+        const auto entry = mRowToMetadata.find(row);
+        if (entry != mRowToMetadata.end()) {
+            mHasSortKeyChanged |=
+                entry->second.Update(mTree->IsRowVisible(row.get()), mHeaderRow->GetSortColumn());
+            mTree->RedrawRow(row.get());
+            AddNameCellView(row);
+        }
+    }
+    if (!mRowsToUpdate.empty())
+        mQueuedUpdate->Queue();
+    else if (std::exchange(mHasSortKeyChanged, false))
+        mTree->SortTree();
 }
 
 void SharedProjectsSearchResultsView::AddNameCellView(const RowRef& row) {
@@ -160,8 +181,7 @@ void SharedProjectsSearchResultsView::AddNameCellView(const RowRef& row) {
 }
 
 void SharedProjectsSearchResultsView::OnRowVisibilityChanged(const RowRef& row) {
-    UpdateMetadataForRow(row);
-    AddNameCellView(row);
+    if (mTree->IsRowVisible(row.get())) UpdateRow(row);
 }
 
 bool SharedProjectsSearchResultsView::ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b) {
@@ -170,6 +190,7 @@ bool SharedProjectsSearchResultsView::ColumnSortStringIsLess(const UTF16String& 
 
 void SharedProjectsSearchResultsView::OnSortChanged(ColumnID, bool) {
     mIsHeaderChanged = true;
+    for (const auto& [row, metadata] : mRowToMetadata) UpdateMetadataForRow(row);
 }
 
 void SharedProjectsSearchResultsView::OnColumnMoved(unsigned, unsigned) {

@@ -61,7 +61,8 @@ public:
 
     void UpdateRow(const RowRef& row);
     void UpdateOpenRows();
-    /// Reads the facts of a project's row anew while it is visible.
+    /// Reads the facts of a project's row anew, later: all of them if it is visible then, else that of the sort
+    /// column.
     void UpdateMetadataForRow(const RowRef& row);
     void ListenToMessage(const Message& message) override;
 
@@ -88,6 +89,7 @@ private:
     void RemoveHits(const UTF16StringVec& paths);
     void ForgetRow(const RowRef& row);
     void AddNameCellView(const RowRef& row);
+    void UpdateNextRow();
 
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     void OnSortChanged(ColumnID column, bool ascending);
@@ -109,7 +111,10 @@ private:
     Columns::HeaderRowRef mHeaderRow;
     RowPathMap mRowToPath;
     std::map<RowRef, Columns::FileMetadata> mRowToMetadata;
-    RefPtr<QueueOnlyOnce> mQueuedSort;
+    /// Rows whose facts are to be read, the next one at the end.
+    RowVec mRowsToUpdate;
+    bool mHasSortKeyChanged = false;
+    RefPtr<QueueOnlyOnce> mQueuedUpdate;
     std::unique_ptr<FileSearch::Request> mRequest;
     UTF16String mText;
     bool mIsSearching = false;

@@ -96,6 +96,7 @@ void SharedProjectsSearchResultsView::RemoveAllRows() {
     mTree->RemoveAllRows();
     mRowToPath.clear();
     mRowToMetadata.clear();
+    mRowsToUpdate.clear();
 }
 
 void SharedProjectsSearchResultsView::AddHits(const UTF16StringVec& paths) {
@@ -130,8 +131,9 @@ RowRef SharedProjectsSearchResultsView::AddRow(const RowRef& parent, const UTF16
     RowRef row = mTree->CreateAndAppendRow(parent.get());
     row->SetBackgroundColorID(kRowBackgroundColorID);
     mRowToPath.insert({row, key});
-    // The sort needs names at once; everything else waits until the row is seen.
+    // Names sort at once; what else is needed comes when the row is seen, or by and by for the sorting.
     mRowToMetadata.emplace(row, Columns::FileMetadata(key)).first->second.Update(false, Columns::kNameColumnID);
+    if (mHeaderRow->GetSortColumn() != Columns::kNameColumnID) UpdateMetadataForRow(row);
     return row;
 }
 
