@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds kStepTime(40);
 
 }  // namespace
 
-BusySpinner::BusySpinner(QWidget& view) : QWidget(&view) {
+BusySpinner::BusySpinner(QAbstractScrollArea& view) : QWidget(&view), mView(view) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setObjectName(QStringLiteral("BusySpinner"));
     hide();
@@ -45,7 +45,7 @@ void BusySpinner::Stop() {
 }
 
 void BusySpinner::Place() {
-    const QRect area = parentWidget()->contentsRect();
+    const QRect area = mView.viewport()->geometry();
     const int side = mAlignment == 1 ? kCentreSide : kCornerSide;
     QRect place(0, 0, side, side);
     if (mAlignment == 1)

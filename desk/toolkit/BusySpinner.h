@@ -1,15 +1,15 @@
 #pragma once
 
-#include <QWidget>
+#include <QAbstractScrollArea>
 
 #include "desk/core/MainThread.h"
 
 namespace desk {
 
-/// A small turning arc over a view: something is under way. Lets clicks through. UI thread.
+/// A small turning arc over a view's content: something is under way. Lets clicks through. UI thread.
 class BusySpinner : public QWidget {
 public:
-    explicit BusySpinner(QWidget& view);
+    explicit BusySpinner(QAbstractScrollArea& view);
     ~BusySpinner() override;
 
     /// `alignment`: 0 in the top right corner, 1 in the centre.
@@ -22,6 +22,7 @@ protected:
     void paintEvent(QPaintEvent*) override;
 
 private:
+    QAbstractScrollArea& mView;
     int mAlignment = 0;
     int mStep = 0;
     MainThread::TimerID mTimer = 0;

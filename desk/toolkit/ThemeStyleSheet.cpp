@@ -35,7 +35,6 @@ QTabBar { background: @tabBar; border: none; qproperty-drawBase: 0; }
 QTabBar::tab { background: @tabBar; color: @secondary; padding: 7px 16px; border: none; border-top: 2px solid transparent; }
 QTabBar::tab:selected { background: @window; color: @text; border-top: 2px solid @accent; }
 QTabBar::tab:hover:!selected { color: @text; }
-QTabBar::tab:focus { color: @text; border-top: 2px solid @text; }
 QTabWidget::pane { border: none; background: @window; }
 
 QLineEdit { background: @field; color: @text; border: 1px solid @line; border-radius: 3px; padding: 2px 5px;
