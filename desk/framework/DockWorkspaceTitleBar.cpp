@@ -92,7 +92,8 @@ QSize DockWorkspaceTitleBar::minimumSizeHint() const {
 }
 
 int DockWorkspaceTitleBar::TabWidth() const {
-    return fontMetrics().horizontalAdvance(mTitle) + 2 * kMargin;
+    // One more than the advance, which is rounded: the whole title must not count as too wide.
+    return fontMetrics().horizontalAdvance(mTitle) + 1 + 2 * kMargin;
 }
 
 void DockWorkspaceTitleBar::PlaceButtons() {
