@@ -1,8 +1,10 @@
 #include "desk/app/MainWindow.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QStatusTipEvent>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
@@ -130,6 +132,17 @@ void MainWindow::SaveLayout() const {
     } catch (const std::exception& exception) {
         Log(LogLevel::Warning, std::string("The window's layout is not saved: ") + exception.what());
     }
+}
+
+bool MainWindow::event(QEvent* event) {
+    if (event->type() != QEvent::StatusTip || !mStatusLine) return QMainWindow::event(event);
+    mStatusLine->SetTip(static_cast<QStatusTipEvent*>(event)->tip());
+    return true;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->accept();
+    QCoreApplication::exit();
 }
 
 /// Qt would offer the docks here, and hide them past the workspace.

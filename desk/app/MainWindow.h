@@ -27,6 +27,9 @@ public:
     void SaveLayout() const;
 
 protected:
+    bool event(QEvent* event) override;
+    /// Ends the program.
+    void closeEvent(QCloseEvent* event) override;
     QMenu* createPopupMenu() override;
 
 private:

@@ -62,6 +62,7 @@ std::unique_ptr<QApplication> MakeApplication(int& argumentCount, char** argumen
     QApplication::setApplicationDisplayName(QStringLiteral("Production Desk"));
     QApplication::setApplicationVersion(QStringLiteral(ZU_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("production-desk"));
+    QApplication::setQuitOnLastWindowClosed(false);  // The main window's end counts, and closes no floating panels.
     return application;
 }
 
@@ -76,7 +77,7 @@ void WakeForSignal(int) {
 std::unique_ptr<QSocketNotifier> QuitOnSignals() {
     sSignalEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     auto notifier = std::make_unique<QSocketNotifier>(sSignalEvent, QSocketNotifier::Read);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, qApp, [] { QCoreApplication::exit(); });
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, WakeForSignal);
     return notifier;
 }

@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <QStatusBar>
+#include <chrono>
 #include <cmath>
 #include <system_error>
 
@@ -18,6 +19,8 @@
 
 namespace desk {
 namespace {
+
+constexpr std::chrono::seconds kNoticeTime(15);
 
 QString Localized(const char* key, std::initializer_list<host::UTF16String> arguments = {}) {
     return ToQString(host::ZString(key, arguments));
@@ -51,16 +54,21 @@ QString DescribeWatchStatus(const QString& name, const WatchStatus& status) {
     return Localized("$$$/Desk/Status/Watched=@0 — watched for changes", {shownName});
 }
 
-StatusLine::StatusLine(QMainWindow& window) : mWindow(window), mProduction(MakeLabel()) {
+StatusLine::StatusLine(QMainWindow& window) : mText(MakeLabel()) {
     QLabel* user = MakeLabel();
     user->setText(Localized("$$$/Desk/Status/User=signed in as @0",
                             {ToUTF16(ToDisplayText(GetServices().mDesktop->UserName()))}));
     user->setMinimumWidth(user->sizeHint().width());
-    mWindow.statusBar()->setSizeGripEnabled(false);
-    mWindow.statusBar()->addWidget(mProduction, 1);
-    mWindow.statusBar()->addPermanentWidget(user);
+    window.statusBar()->setSizeGripEnabled(false);
+    window.statusBar()->addWidget(mText, 1);
+    window.statusBar()->addPermanentWidget(user);
     host::AddListener(kStation_WatchStatus, this);
     host::AddListener(host::kStation_ZuProductionFolderPanel, this);
+    mNoticeTimer.setSingleShot(true);
+    QObject::connect(&mNoticeTimer, &QTimer::timeout, &mNoticeTimer, [this] {
+        mNotice.clear();
+        Update();
+    });
     Update();
 }
 
@@ -75,23 +83,31 @@ void StatusLine::SetActivity(const QString& activity) {
 }
 
 void StatusLine::ShowNotice(const QString& text) {
-    mWindow.statusBar()->showMessage(text, 15'000);
+    mNotice = text;
+    mNoticeTimer.start(kNoticeTime);
+    Update();
+}
+
+void StatusLine::SetTip(const QString& tip) {
+    mTip = tip;
+    Update();
 }
 
 void StatusLine::ListenToMessage(const host::Message&) {
     Update();
 }
 
-void StatusLine::Update() {
+QString StatusLine::FindText() const {
+    for (const QString& text : {mTip, mNotice, mActivity})
+        if (!text.isEmpty()) return text;
     const host::UTF16String& folder = Production::Instance().GetFolder();
-    if (!mActivity.isEmpty())
-        mProduction->setText(mActivity);
-    else if (folder.empty())
-        mProduction->setText(Localized("$$$/Desk/Status/NoProduction=No production is open"));
-    else
-        mProduction->setText(
-            DescribeWatchStatus(ToDisplayText(host::PathUtils::GetFullFilePart(folder)), GetWatchStatus()));
-    mProduction->setToolTip(ToDisplayText(folder));
+    if (folder.empty()) return Localized("$$$/Desk/Status/NoProduction=No production is open");
+    return DescribeWatchStatus(ToDisplayText(host::PathUtils::GetFullFilePart(folder)), GetWatchStatus());
+}
+
+void StatusLine::Update() {
+    mText->setText(FindText());
+    mText->setToolTip(ToDisplayText(Production::Instance().GetFolder()));
 }
 
 }  // namespace desk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QTimer>
 
 #include "host/core/Messaging.h"
 
@@ -23,15 +24,20 @@ public:
 
     /// Stands in place of the production until it is told empty: what is under way.
     void SetActivity(const QString& activity);
-    /// Shows a message for some seconds.
+    /// Shows a message for some seconds, before what is under way.
     void ShowNotice(const QString& text);
+    /// The text of what the pointer is over, before all else; empty when it is over nothing.
+    void SetTip(const QString& tip);
     void ListenToMessage(const host::Message& message) override;
 
 private:
     void Update();
+    QString FindText() const;
 
-    QMainWindow& mWindow;
-    QLabel* mProduction;
+    QLabel* mText;
+    QTimer mNoticeTimer;
+    QString mTip;
+    QString mNotice;
     QString mActivity;
 };
 

@@ -2,6 +2,9 @@
 
 #include <QCloseEvent>
 #include <QMenu>
+#include <QPainter>
+#include <QResizeEvent>
+#include <QVBoxLayout>
 
 #include "desk/core/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
@@ -18,6 +21,21 @@ QString Localized(const char* key) {
     return ToQString(host::ZString(key));
 }
 
+/// Holds the view's widget and wishes for the size it has: a panel that is moved keeps it where there is room.
+class Content : public QWidget {
+public:
+    explicit Content(QWidget* parent) : QWidget(parent) { (new QVBoxLayout(this))->setContentsMargins({}); }
+
+    QSize sizeHint() const override { return mLastSize; }
+    QSize minimumSizeHint() const override { return {260, 160}; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override { mLastSize = event->size(); }
+
+private:
+    QSize mLastSize{480, 400};
+};
+
 }  // namespace
 
 DockWorkspaceFrame::DockWorkspaceFrame(QWidget& window, const host::UTF16String& handlerID,
@@ -25,10 +43,12 @@ DockWorkspaceFrame::DockWorkspaceFrame(QWidget& window, const host::UTF16String&
     : QDockWidget(&window),
       mHandlerID(handlerID),
       mClose(std::move(close)),
-      mTitleBar(new DockWorkspaceTitleBar(*this)) {
+      mTitleBar(new DockWorkspaceTitleBar(*this)),
+      mContent(new Content(this)) {
     setObjectName(ToQString(handlerID));
     setFeatures(DockWidgetClosable | DockWidgetMovable | DockWidgetFloatable);
     setTitleBarWidget(mTitleBar);
+    setWidget(mContent);
     connect(this, &QDockWidget::visibilityChanged, this, [this](bool isInFront) { mIsInFront = isInFront; });
     hide();
 }
@@ -37,12 +57,12 @@ DockWorkspaceFrame::~DockWorkspaceFrame() = default;
 
 void DockWorkspaceFrame::Attach(host::TabView& view, QWidget& widget, const host::UTF16String&) {
     mView = &view;
-    setWidget(&widget);
+    mContent->layout()->addWidget(&widget);
     widget.show();
 }
 
 void DockWorkspaceFrame::Detach() {
-    setWidget(nullptr);
+    while (QLayoutItem* item = mContent->layout()->takeAt(0)) delete item;
     mView = nullptr;
     hide();
 }
@@ -84,8 +104,14 @@ void DockWorkspaceFrame::FillMenu(QMenu& menu) {
     }
     menu.addAction(isFloating() ? Localized("$$$/Desk/Workspace/DockPanel=Dock Panel")
                                 : Localized("$$$/Desk/Workspace/UndockPanel=Undock Panel"),
-                   this, [this] { setFloating(!isFloating()); });
+                   this, [this] { ToggleFloating(); });
     menu.addAction(Localized("$$$/Desk/Workspace/ClosePanel=Close Panel"), this, [this] { RequestClose(); });
+}
+
+void DockWorkspaceFrame::ToggleFloating() {
+    constexpr QPoint kStep(32, 32);  // Off the place it had, so that one sees it float.
+    setFloating(!isFloating());
+    if (isFloating()) move(pos() + kStep);
 }
 
 void DockWorkspaceFrame::UpdateTab() {
@@ -95,6 +121,14 @@ void DockWorkspaceFrame::UpdateTab() {
 void DockWorkspaceFrame::closeEvent(QCloseEvent* event) {
     event->ignore();
     RequestClose();
+}
+
+void DockWorkspaceFrame::paintEvent(QPaintEvent* event) {
+    QDockWidget::paintEvent(event);
+    if (!isFloating()) return;
+    QPainter painter(this);
+    painter.setPen(Theme::Color(ThemeColor::Line));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 }  // namespace desk

@@ -40,17 +40,20 @@ public:
     void RequestClose();
     /// The panel's own menu, then what can be done with its dock.
     void FillMenu(QMenu& menu);
+    void ToggleFloating();
     /// The panel on duty may have changed.
     void UpdateTab();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     host::UTF16String mHandlerID;
     std::function<void()> mClose;
     host::TabView* mView = nullptr;
     DockWorkspaceTitleBar* mTitleBar;
+    QWidget* mContent;
     bool mIsInFront = true;
 };
 
