@@ -39,6 +39,7 @@ const FloatTunable sNewProjectImageScale{"SharedProjects.Controls.NewProject.Ima
 const FloatTunable sNewFolderImageScale{"SharedProjects.Controls.NewFolder.ImageScale", 1.0f};
 
 constexpr int kSnapWidth = 360;
+constexpr int kMarginToRightOfSelectionCount = 15;
 
 struct Bar {
     int mTop;
@@ -93,16 +94,19 @@ Rect SharedProjectsTabView::GetSearchBoxBounds(const Rect& bounds) {
     return GetRectForControlVerticallyCenteredInBar(left, width, sSearchBoxHeight.Get(), GetTopBar());
 }
 
-Rect SharedProjectsTabView::GetSelectionCountBounds(const Rect& bounds) {
-    return GetRectForControlVerticallyCenteredInBar(sSideMargins.Get(), sSelectionCountWidth.Get(),
-                                                    sSelectionCountHeight.Get(),
-                                                    GetBottomBar(bounds, GetDirectoryViewBounds(bounds)));
-}
-
 Rect SharedProjectsTabView::GetZoomSliderBounds(const Rect& bounds) {
     const int width = sZoomWidth.Get();
     return GetRectForControlVerticallyCenteredInBar(bounds.width - sSideMargins.Get() - width, width,
                                                     sZoomHeight.Get(),
+                                                    GetBottomBar(bounds, GetDirectoryViewBounds(bounds)));
+}
+
+Rect SharedProjectsTabView::GetSelectionCountBounds(const Rect& bounds) {
+    const int left = sSideMargins.Get();
+    // Large numbers and other languages need more than the text's own width: it gets what is free beside it.
+    const int available = GetZoomSliderBounds(bounds).x - kMarginToRightOfSelectionCount - left;
+    return GetRectForControlVerticallyCenteredInBar(left, std::max(available, sSelectionCountWidth.Get()),
+                                                    sSelectionCountHeight.Get(),
                                                     GetBottomBar(bounds, GetDirectoryViewBounds(bounds)));
 }
 
