@@ -36,6 +36,22 @@ TEST_F(DirectoryViewTest, ShowsFoldersAndProjectsInNaturalOrderWithTheTrashLast)
     EXPECT_FALSE(DirectoryView().GetRowFromPath(PathOf("Nothing")));
 }
 
+TEST_F(DirectoryViewTest, ALongListingComesInPartsAndInOrder) {
+    OpenPanel();
+    const ModelSignals signals(TreeWidget());
+    constexpr int kCount = 5000;
+    for (int i = 1; i <= kCount; ++i) MakeProject("Reel " + std::to_string(i));
+    MakeFolder("Trash");
+    OpenProduction();
+    Rows expected;
+    for (int i = 1; i <= kCount; ++i) expected.push_back("Reel " + std::to_string(i));
+    expected.push_back("Trash");
+    EXPECT_TRUE(ShownRows() == expected);
+    EXPECT_EQ(signals.mInserted, kCount + 1);
+    EXPECT_EQ(signals.mRemoved, 0);
+    EXPECT_EQ(SelectionCount(), "5001 items");
+}
+
 TEST_F(DirectoryViewTest, AnEmptyFolderOpensToNothingAndKeepsItsTriangle) {
     MakeProduction();
     OpenProduction();

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -241,12 +242,12 @@ protected:
                     .toStdString();
         return "(not shown)";
     }
-    std::string SelectionCount() {
+    const UI_StaticText& SelectionCountText() {
         for (const RefPtr<UI_Node>& child : mTabView->GetToolkitContainer()->GetChildren())
-            if (const auto* text = dynamic_cast<const UI_StaticText*>(child.get()))
-                return UTF16to8(text->GetValue());
-        return "(no text)";
+            if (const auto* text = dynamic_cast<const UI_StaticText*>(child.get())) return *text;
+        throw std::logic_error("the panel has no selection count");
     }
+    std::string SelectionCount() { return UTF16to8(SelectionCountText().GetValue()); }
     std::vector<std::string> SelectedNames() {
         std::vector<std::string> names;
         for (const UTF16String& path : mTabView->GetSelectedPaths())

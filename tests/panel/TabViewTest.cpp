@@ -63,6 +63,7 @@ TEST_F(TabViewTest, EverythingStandsInItsPlace) {
     EXPECT_EQ(InPanel(Button("New Folder")), QRect(850, 6, 30, 30));
     EXPECT_EQ(InPanel(Button("Move to Trash")), QRect(880, 6, 30, 30));
     EXPECT_EQ(InPanel(Slider()), QRect(839, 714, 71, 13));
+    EXPECT_EQ(SelectionCountText().UI_GetBounds(), (RectT<float>{19, 709, 805, 23}));
     // The search field gives way before the buttons do.
     mFrame.Resize({300, 136});
     Settle();
@@ -72,6 +73,7 @@ TEST_F(TabViewTest, EverythingStandsInItsPlace) {
     mFrame.Resize({200, 200});
     Settle();
     EXPECT_EQ(InPanel(SearchField()).width(), 80);
+    EXPECT_EQ(SelectionCountText().UI_GetBounds().width, 130);
     EXPECT_EQ(mTabView->GetStackedDimensionHeightMin(), 100);
     EXPECT_EQ(mTabView->GetStackedDimensionHeightMax(), 600);
     std::vector<Point> sizes;
