@@ -127,7 +127,7 @@ LockRecord ParseLockRecord(const std::string& bytes) {
     record.mMachineID = ToUTF8(fields.Text(kMachineIDKey, kLongestID));
     record.mBootID = ToUTF8(fields.Text(kBootIDKey, kLongestID));
     record.mPidNamespace = static_cast<std::uint64_t>(fields.Integer(kPidNamespaceKey, 0, kMost));
-    record.mPid = fields.Integer(kPidKey, 1, std::numeric_limits<std::int32_t>::max());
+    record.mPid = fields.Integer(kPidKey, 0, std::numeric_limits<std::int32_t>::max());
     record.mProcessStart = static_cast<std::uint64_t>(fields.Integer(kProcessStartKey, 0, kMost));
     record.mTakenAt = fields.Time(kTakenAtKey);
     if (!fields.AreGood()) return {};

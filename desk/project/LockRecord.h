@@ -21,7 +21,9 @@ struct LockRecord {
     host::UTF16String mMachine;
     std::string mMachineID;
     std::string mBootID;
+    /// 0 when it is not known.
     std::uint64_t mPidNamespace = 0;
+    /// 0 when it is not known.
     std::int64_t mPid = 0;
     /// Start time of the process, in clock ticks since boot (proc(5), field 22 of stat).
     std::uint64_t mProcessStart = 0;

@@ -81,7 +81,6 @@ TEST(LockRecord, WhatIsNoRecordIsUnreadable) {
         Changed("\"version\":1", "\"version\":\"1\""),
         Changed("\"version\":1", "\"version\":1.5"),
         Changed("\"version\"", "\"Version\""),
-        Changed("\"pid\":2210", "\"pid\":0"),
         Changed("\"pid\":2210", "\"pid\":-1"),
         Changed("\"pid\":2210", "\"pid\":4294967297"),
         Changed("\"pid\":2210", "\"pid\":1e300"),
@@ -203,6 +202,9 @@ TEST_F(StaleLock, OfElsewhereOrUnreadableIsHeld) {
     mRecord.mMachineID.clear();
     mDesktop.mMachineID.clear();
     EXPECT_FALSE(IsStale()) << "two machines without an id are not one";
+    mRecord = stale;
+    mRecord.mPid = 0;
+    EXPECT_FALSE(IsStale()) << "the process is not known";
     mRecord = stale;
     mRecord.mIsReadable = false;
     EXPECT_FALSE(IsStale());

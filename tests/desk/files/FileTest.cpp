@@ -1,0 +1,126 @@
+#include "host/files/File.h"
+
+#include <unistd.h>
+
+#include "host/files/FileException.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProjectLockFile.h"
+#include "tests/desk/files/FollowedFolder.h"
+
+using host::File;
+
+namespace {
+
+/// What the host's file services answer for listed folders, and for others.
+class FileTest : public FollowedFolder {
+protected:
+    host::ProjectLockFileRef ReadLock(const std::string& name) {
+        return host::ReadProjectLockFile(Path(name), mDesktop.mUserName, mDesktop.mMachineName);
+    }
+    /// Calls that asked the disk.
+    int CountAsked() const {
+        return mDisk.Count(Operation::Status) + mDisk.Count(Operation::ReadSmallFile) +
+               mDisk.Count(Operation::ListFolder);
+    }
+};
+
+}  // namespace
+
+TEST_F(FileTest, ElsewhereTheDiskIsAsked) {
+    mFolder.Write("Reel 1.zuproj", "12345");
+    const File file(Path("Reel 1.zuproj"));
+    EXPECT_TRUE(file.Exists());
+    EXPECT_EQ(file.Size(), 5u);
+    EXPECT_TRUE(file.Modified());
+    EXPECT_FALSE(File(Path("gone.zuproj")).Exists());
+    EXPECT_FALSE(File(Path("gone.zuproj")).Size());
+    EXPECT_FALSE(File(Path("Reel 1.zuproj/inside")).Exists());
+}
+
+TEST_F(FileTest, AVolumeThatRefusesHasLostNoFile) {
+    mFolder.Write("Reel 1.zuproj");
+    mDisk.SetGone(true);
+    const File file(Path("Reel 1.zuproj"));
+    EXPECT_TRUE(file.Exists());
+    EXPECT_THROW(file.Modified(), host::FileException);
+    EXPECT_THROW(file.Created(), host::FileException);
+    EXPECT_THROW(file.Size(), host::FileException);
+}
+
+TEST_F(FileTest, OfAListedFolderNothingWaitsForTheDisk) {
+    mFolder.Write("Reel 1.zuproj", "12345");
+    mFolder.MakeFolder("Reels");
+    Lock("", "Reel 1.zuproj", u"tomas");
+    UseFakeSource();
+    Monitor();
+    List();
+    mDisk.ResetCounts();
+
+    // Nobody has read the facts yet: they are asked for, and absent meanwhile.
+    mDisk.CloseGate(Operation::Status, mFolder.Path());
+    const File unread(Path("Reel 1.zuproj"));
+    EXPECT_TRUE(unread.Exists());
+    EXPECT_FALSE(unread.Size());
+    const host::ProjectLockFileRef unreadLock = ReadLock("Reel 1.zuproj");
+    ASSERT_TRUE(unreadLock);
+    EXPECT_TRUE(unreadLock->IsLocked());
+    EXPECT_EQ(unreadLock->GetLockOwner(), u"");
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    mDisk.ResetCounts();
+
+    EXPECT_EQ(File(Path("Reel 1.zuproj")).Size(), 5u);
+    EXPECT_EQ(File(Path("Reels/..//Reel 1.zuproj")).Size(), 5u);
+    EXPECT_EQ(ReadLock("Reel 1.zuproj")->GetLockOwner(), u"tomas");
+    EXPECT_TRUE(host::PathUtils::IsDirectory(Path("Reels")));
+    EXPECT_TRUE(host::PathUtils::IsDirectory(Path("Reels") + u"/"));
+    EXPECT_FALSE(host::PathUtils::IsDirectory(Path("Reel 1.zuproj")));
+    EXPECT_TRUE(host::PathUtils::ExistsOnDisk(Path("Reel 1.zuproj"), true));
+    EXPECT_FALSE(File(Path("gone.zuproj")).Exists());
+    EXPECT_FALSE(ReadLock("gone.zuproj"));
+    EXPECT_FALSE(host::PathUtils::ExistsOnDisk(Path("gone.zuproj"), true));
+    mMain.RunUntilIdle();
+    EXPECT_EQ(CountAsked(), 0);
+}
+
+TEST_F(FileTest, AFileThatTheListingLeavesOutIsAskedOfTheDisk) {
+    mFolder.Write("notes.txt", "123");
+    mFolder.MakeFolder(".hidden");
+    UseFakeSource();
+    Monitor();
+    List();
+    EXPECT_EQ(File(Path("notes.txt")).Size(), 3u);
+    EXPECT_TRUE(host::PathUtils::ExistsOnDisk(Path("notes.txt"), true));
+    EXPECT_TRUE(host::PathUtils::IsDirectory(Path(".hidden")));
+    EXPECT_FALSE(host::PathUtils::ExistsOnDisk(Path("gone.txt"), true));
+}
+
+TEST_F(FileTest, ABrokenLinkIsAskedForOnce) {
+    symlink("nowhere", mFolder.Path("Reel 1.zuproj").c_str());
+    UseFakeSource();
+    Monitor();
+    List();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_FALSE(host::PathUtils::IsDirectory(Path("Reel 1.zuproj")));
+        File(Path("Reel 1.zuproj")).Size();
+        mMain.RunUntilIdle();
+    }
+    EXPECT_LE(mDisk.Count(Operation::Status), 2);
+}
+
+TEST_F(FileTest, AReadLockThatIsStaleOrUnreadableShowsSo) {
+    mFolder.Write("Reel 1.zuproj");
+    mFolder.Write("Reel 2.zuproj");
+    mFolder.Write(LockName("", "Reel 1.zuproj"), "no record");
+    Lock("", "Reel 2.zuproj", mDesktop.mUserName);
+    UseFakeSource();
+    Monitor();
+    List();
+    ReadFacts("Reel 1.zuproj");
+    ReadFacts("Reel 2.zuproj");
+    EXPECT_EQ(ReadLock("Reel 1.zuproj")->GetLockOwner(), u"Unknown user");
+    EXPECT_FALSE(ReadLock("Reel 2.zuproj")->IsHeldByReader());  // the same user at another machine
+    EXPECT_TRUE(ReadLock("Reel 2.zuproj")->IsLocked());
+    mDesktop.mMachineID = "another";  // now it is this machine's, of an earlier boot
+    EXPECT_FALSE(ReadLock("Reel 2.zuproj")->IsLocked());
+}
