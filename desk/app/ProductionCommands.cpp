@@ -1,5 +1,6 @@
 #include "desk/app/ProductionCommands.h"
 
+#include <QDir>
 #include <QMenu>
 
 #include "desk/app/ProgramCommands.h"
@@ -32,17 +33,14 @@ void ShowProductionPanel() {
     if (workspace && isThere) workspace->OpenTab(host::UTF16to8(host::kZuProductionFolderHandlerID));
 }
 
-/// Where the user most likely keeps productions: beside the open one.
-host::UTF16String NeighbouringFolder() {
-    return host::PathUtils::RemoveTrailingSlash(
-        host::PathUtils::GetFullDirectoryPart(Production::Instance().GetFolder()));
+host::UTF16String ParentFolder(const host::UTF16String& folder) {
+    return host::PathUtils::RemoveTrailingSlash(host::PathUtils::GetFullDirectoryPart(folder));
 }
 
 QString MenuText(const std::string& folder) {
     const host::UTF16String path = host::UTF8to16(folder);
-    const host::UTF16String place = host::PathUtils::RemoveTrailingSlash(host::PathUtils::GetFullDirectoryPart(path));
     QString text = ToDisplayText(host::PathUtils::GetFullFilePart(path)) + QStringLiteral(" — ") +
-                   ToDisplayText(place);
+                   ToDisplayText(ParentFolder(path));
     return text.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
@@ -82,9 +80,16 @@ void ProductionCommands::OpenSample(ProductionOpener::Done done) {
                  ShowResultAtStart(std::move(done)));
 }
 
+/// Where the user most likely keeps productions: beside the open one, or the last one.
+host::UTF16String ProductionCommands::FindUsualPlace() const {
+    if (Production::Instance().IsOpen()) return ParentFolder(Production::Instance().GetFolder());
+    if (mRecent && !mRecent->Get().empty()) return ParentFolder(host::UTF8to16(mRecent->Get().front()));
+    return ToUTF16(QDir::homePath());
+}
+
 void ProductionCommands::New() {
     const auto folder = GetServices().mDialogs->AskNewFolder(
-        host::ZString("$$$/Desk/Production/NewTitle=New Production"), NeighbouringFolder());
+        host::ZString("$$$/Desk/Production/NewTitle=New Production"), FindUsualPlace());
     if (!folder) return;
     const std::string path = host::UTF16to8(host::PathUtils::ToNormalizedPath(*folder));
     SetOpening(path);
@@ -94,7 +99,7 @@ void ProductionCommands::New() {
 
 void ProductionCommands::Open() {
     const auto folder = GetServices().mDialogs->AskFolder(
-        host::ZString("$$$/Desk/Production/OpenTitle=Open Production"), NeighbouringFolder());
+        host::ZString("$$$/Desk/Production/OpenTitle=Open Production"), FindUsualPlace());
     if (folder) OpenRecent(host::UTF16to8(host::PathUtils::ToNormalizedPath(*folder)));
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "desk/app/ProductionOpener.h"
+#include "host/core/Strings.h"
 
 class QMenu;
 
@@ -36,6 +37,7 @@ private:
     ProductionOpener::Done ShowResult(const char* title);
     ProductionOpener::Done ShowResultAtStart(ProductionOpener::Done done);
     void Opened(const std::string& folder);
+    host::UTF16String FindUsualPlace() const;
     void SetOpening(const std::string& folder);
 
     StatusLine& mStatusLine;

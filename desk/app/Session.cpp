@@ -183,6 +183,7 @@ void Session::OpenWindow() {
     mParts->mWindow = std::make_unique<MainWindow>(*mParts->mProfile, isPicture ? nullptr : mParts->mRecent.get(),
                                                    mCommandLine.mWindowSize);
     mParts->mWindow->show();
+    mParts->mWindow->activateWindow();
     OpenFirstProduction();
 }
 

@@ -100,6 +100,9 @@ DockWorkspaceFrame& DockWorkspace::FindOrMakeFrame(const host::UTF16String& hand
     if (DockWorkspaceFrame* frame = FindFrame(handlerID)) return *frame;
     auto* frame = new DockWorkspaceFrame(mWindow, handlerID, [this, handlerID] { ClosePanel(handlerID); });
     if (!mWindow.restoreDockWidget(frame)) mWindow.addDockWidget(Qt::LeftDockWidgetArea, frame);
+    for (const auto signal : {&QDockWidget::visibilityChanged, &QDockWidget::topLevelChanged})
+        connect(frame, signal, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
+    connect(frame, &QDockWidget::dockLocationChanged, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
     mFrames.push_back(frame);
     return *frame;
 }
@@ -162,7 +165,11 @@ bool DockWorkspace::SelectPanel(bool forward) {
 }
 
 void DockWorkspace::UpdateTabs() {
-    for (DockWorkspaceFrame* frame : mFrames) frame->UpdateTab();
+    const auto isDocked = [](const QDockWidget* dock) { return !dock->isHidden() && !dock->isFloating(); };
+    for (DockWorkspaceFrame* frame : mFrames) {
+        const QList<QDockWidget*> others = mWindow.tabifiedDockWidgets(frame);
+        frame->UpdateTab(isDocked(frame) && std::any_of(others.begin(), others.end(), isDocked));
+    }
 }
 
 }  // namespace desk

@@ -114,7 +114,8 @@ void DockWorkspaceFrame::ToggleFloating() {
     if (isFloating()) move(pos() + kStep);
 }
 
-void DockWorkspaceFrame::UpdateTab() {
+void DockWorkspaceFrame::UpdateTab(bool isTabbed) {
+    mTitleBar->SetTabbed(isTabbed);
     mTitleBar->SetOnDuty(mView && CommandRouter::Instance().GetViewOnDuty() == mView);
 }
 

@@ -41,8 +41,8 @@ public:
     /// The panel's own menu, then what can be done with its dock.
     void FillMenu(QMenu& menu);
     void ToggleFloating();
-    /// The panel on duty may have changed.
-    void UpdateTab();
+    /// The panel on duty may have changed; with `isTabbed`, Qt shows the tab.
+    void UpdateTab(bool isTabbed);
 
 protected:
     void closeEvent(QCloseEvent* event) override;

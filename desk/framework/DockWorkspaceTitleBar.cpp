@@ -16,9 +16,11 @@ namespace desk {
 namespace {
 
 constexpr int kHeight = 30;
+constexpr int kTabbedHeight = 22;
 constexpr int kMargin = 16;
 constexpr int kAccentHeight = 2;
-constexpr int kButtonSize = 26;
+constexpr int kButtonWidth = 26;
+constexpr int kButtonHeight = 22;
 
 /// A small picture of a few lines, drawn in the theme's colours.
 class BarButton : public QAbstractButton {
@@ -28,7 +30,7 @@ public:
         setAccessibleName(name);
         setToolTip(name);
         setFocusPolicy(Qt::TabFocus);
-        resize(kButtonSize, kButtonSize);
+        resize(kButtonWidth, kButtonHeight);
     }
 
 protected:
@@ -74,6 +76,14 @@ void DockWorkspaceTitleBar::SetOnDuty(bool isOnDuty) {
     update();
 }
 
+void DockWorkspaceTitleBar::SetTabbed(bool isTabbed) {
+    if (mIsTabbed == isTabbed) return;
+    mIsTabbed = isTabbed;
+    updateGeometry();
+    PlaceButtons();
+    update();
+}
+
 void DockWorkspaceTitleBar::Flash() {
     mIsFlashing = true;
     update();
@@ -84,11 +94,11 @@ void DockWorkspaceTitleBar::Flash() {
 }
 
 QSize DockWorkspaceTitleBar::sizeHint() const {
-    return {TabWidth() + 2 * kButtonSize, kHeight};
+    return {TabWidth() + 2 * kButtonWidth, mIsTabbed ? kTabbedHeight : kHeight};
 }
 
 QSize DockWorkspaceTitleBar::minimumSizeHint() const {
-    return {2 * kMargin + 2 * kButtonSize, kHeight};
+    return {2 * kMargin + 2 * kButtonWidth, sizeHint().height()};
 }
 
 int DockWorkspaceTitleBar::TabWidth() const {
@@ -97,15 +107,20 @@ int DockWorkspaceTitleBar::TabWidth() const {
 }
 
 void DockWorkspaceTitleBar::PlaceButtons() {
-    const int top = (height() - kButtonSize) / 2;
-    const int closeLeft = width() - kButtonSize - 4;
+    const int top = (height() - kButtonHeight) / 2;
+    const int closeLeft = width() - kButtonWidth - 4;
     mCloseButton->move(closeLeft, top);
-    mMenuButton->move(std::max(0, std::min(TabWidth() + 8, closeLeft - kButtonSize)), top);
+    const int menuLeft = mIsTabbed ? closeLeft : TabWidth() + 8;
+    mMenuButton->move(std::max(0, std::min(menuLeft, closeLeft - kButtonWidth)), top);
 }
 
 void DockWorkspaceTitleBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), Theme::Color(ThemeColor::PanelBackground));
+    painter.fillRect(rect(), Theme::Color(mIsTabbed ? ThemeColor::WindowBackground : ThemeColor::PanelBackground));
+    if (!mIsTabbed) PaintTab(painter);
+}
+
+void DockWorkspaceTitleBar::PaintTab(QPainter& painter) const {
     const QRect tab(0, 0, std::min(TabWidth(), mMenuButton->x()), height());
     painter.fillRect(tab, Theme::Color(mIsFlashing ? ThemeColor::Selection : ThemeColor::WindowBackground));
     QColor accent = Theme::Color(ThemeColor::Accent);

@@ -4,6 +4,7 @@
 #include <QWidget>
 
 class QAbstractButton;
+class QPainter;
 
 namespace desk {
 
@@ -17,6 +18,8 @@ public:
 
     void SetTitle(const QString& title);
     void SetOnDuty(bool isOnDuty);
+    /// The dock is tabbed together with others: the tab stands above already, and only the buttons are left.
+    void SetTabbed(bool isTabbed);
     /// Points the tab out for a moment.
     void Flash();
 
@@ -32,6 +35,7 @@ protected:
 
 private:
     int TabWidth() const;
+    void PaintTab(QPainter& painter) const;
     void PlaceButtons();
     void ShowMenu(QPoint screenPosition);
 
@@ -40,6 +44,7 @@ private:
     QAbstractButton* mMenuButton;
     QAbstractButton* mCloseButton;
     bool mIsOnDuty = false;
+    bool mIsTabbed = false;
     bool mIsFlashing = false;
 };
 
