@@ -14,9 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Longer than any test's work takes; a worker that hangs fails the test instead of stopping the program.
-constexpr milliseconds kWorkerLimit = std::chrono::seconds(60);
-
 void HandleQtEvents() {
     if (!QCoreApplication::instance()) return;
     QCoreApplication::processEvents();
@@ -33,18 +30,33 @@ ManualMainThread::~ManualMainThread() {
 
 void ManualMainThread::RunUntilIdle() {
     ASSERT_EQ(std::this_thread::get_id(), mThread);
-    desk::WorkerPool* const pool = desk::GetServices().mWorkerPool;
     // Handling events may post new ones; only rounds without any effect count as idle.
     for (int quietRounds = 0; quietRounds < 3; ++quietRounds) {
-        const bool wasBusy = pool && pool->IsBusy();
-        if (pool && !pool->WaitUntilIdle(kWorkerLimit)) {
-            ADD_FAILURE() << "The workers did not come to rest";
-            return;
-        }
         const bool hasRun = RunQueue() | RunDue();
         HandleQtEvents();
-        if (wasBusy || hasRun) quietRounds = -1;
+        if (WaitForWorkers() || hasRun) quietRounds = -1;
+        if (mHaveWorkersHung) return;
     }
+}
+
+/// Waits for the workers to finish or to ask for the main thread; false when they had nothing to do.
+bool ManualMainThread::WaitForWorkers() {
+    const desk::Services& services = desk::GetServices();
+    if (!services.mWorkerPool || !services.mWorkerPool->IsBusy()) return false;
+    // Longer than any test's work takes: a worker that hangs fails the test instead of stopping the program.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(mHaveWorkersHung ? 0 : 60);
+    while (!services.mWorkerPool->WaitUntilIdle(milliseconds(1)) && !HasQueued()) {
+        mHaveWorkersHung = std::chrono::steady_clock::now() >= end;
+        if (!mHaveWorkersHung) continue;
+        ADD_FAILURE() << "The workers did not come to rest";
+        break;
+    }
+    return true;
+}
+
+bool ManualMainThread::HasQueued() const {
+    const std::lock_guard lock(mMutex);
+    return !mQueue.empty();
 }
 
 void ManualMainThread::Advance(milliseconds time) {
@@ -56,7 +68,7 @@ void ManualMainThread::Advance(milliseconds time) {
             mNow = mDelayed.empty() ? end : std::min(end, std::max(mNow, mDelayed.begin()->first));
         }
         RunUntilIdle();
-        if (Now() >= end) return;
+        if (Now() >= end || mHaveWorkersHung) return;
     }
 }
 
@@ -65,6 +77,7 @@ bool ManualMainThread::RunUntil(const std::function<bool()>& isDone, millisecond
     for (;;) {
         RunUntilIdle();
         if (isDone()) return true;
+        if (mHaveWorkersHung) return false;
         if (std::chrono::steady_clock::now() >= end) return false;
         std::unique_lock lock(mMutex);
         mPosted.wait_for(lock, milliseconds(5), [&] { return !mQueue.empty(); });

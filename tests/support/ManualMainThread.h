@@ -44,6 +44,8 @@ private:
     };
 
     void Insert(Time due, Delayed delayed);
+    bool HasQueued() const;
+    bool WaitForWorkers();
     bool RunQueue();
     bool RunDue();
 
@@ -54,6 +56,7 @@ private:
     std::multimap<Time, Delayed> mDelayed;
     Time mNow{std::chrono::hours(1000)};
     TimerID mLastTimer = 0;
+    bool mHaveWorkersHung = false;
     const std::thread::id mThread = std::this_thread::get_id();
     desk::MainThread* mBefore;
 };
