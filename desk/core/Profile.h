@@ -19,8 +19,8 @@ public:
     /// The path of a file of the profile.
     std::string PathOf(std::string_view name) const;
 
-    /// "$XDG_CONFIG_HOME/production-desk", else "~/.config/production-desk" (XDG Base Directory
-    /// Specification: a relative value counts as not set). The disk is not touched.
+    /// "$XDG_CONFIG_HOME/production-desk", else "~/.config/production-desk" (freedesktop.org's base
+    /// directories: a relative value counts as not set). The disk is not touched.
     static std::string DefaultFolder();
     /// "$XDG_DATA_HOME/production-desk", else "~/.local/share/production-desk": where the sample production
     /// and the user's panels are. The disk is not touched.
