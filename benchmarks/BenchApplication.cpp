@@ -4,6 +4,7 @@
 #include <QPaintEvent>
 #include <QTimer>
 #include <QWidget>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -14,7 +15,18 @@ double Milliseconds(Clock::time_point start, Clock::time_point end) {
     return std::chrono::duration<double, std::milli>(end - start).count();
 }
 
-BenchApplication::BenchApplication(int& argc, char** argv) : QApplication(argc, argv) {}
+namespace {
+
+/// The offscreen platform says of every window that it cannot tell its size hints.
+void WriteMessage(QtMsgType, const QMessageLogContext&, const QString& text) {
+    if (!text.contains(QLatin1String("propagateSizeHints"))) std::fprintf(stderr, "%s\n", qPrintable(text));
+}
+
+}  // namespace
+
+BenchApplication::BenchApplication(int& argc, char** argv) : QApplication(argc, argv) {
+    qInstallMessageHandler(WriteMessage);
+}
 
 BenchApplication& BenchApplication::Instance() {
     return *static_cast<BenchApplication*>(instance());

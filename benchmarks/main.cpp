@@ -2,10 +2,11 @@
 
 #include <QLocale>
 #include <algorithm>
-#include <cstring>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <optional>
+#include <string_view>
 
 #include "benchmarks/BenchApplication.h"
 #include "benchmarks/Jobs.h"
@@ -19,39 +20,38 @@ using namespace bench;
 
 struct Sides {
     BenchedTree& mPanel;
-    BenchedTree& mBaseline;
+    /// Null with --panel-only.
+    BenchedTree* mBaseline;
 };
 
-/// Runs the baseline without the program's style sheet, which it has no use for.
-std::vector<double> RunPlain(const Job& job, BenchedTree& baseline) {
-    const QString styleSheet = qApp->styleSheet();
-    qApp->setStyleSheet({});
-    const auto values = job.mRun(baseline);
-    qApp->setStyleSheet(styleSheet);
-    return values;
+void Add(const std::vector<double>& values, std::vector<Result>& results, std::vector<double> Result::*side) {
+    for (std::size_t i = 0; i < results.size(); ++i) (results[i].*side).push_back(values[i]);
 }
 
-/// One repetition of both sides, in turn first.
-double RunOnce(const Job& job, const Sides& sides, std::vector<Result>& results, bool panelFirst) {
-    std::vector<double> panel;
-    if (panelFirst) panel = job.mRun(sides.mPanel);
-    const auto baseline = RunPlain(job, sides.mBaseline);
-    if (!panelFirst) panel = job.mRun(sides.mPanel);
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        results[i].mOurs.push_back(panel[i]);
-        results[i].mBaseline.push_back(baseline[i]);
-    }
-    return panel.front();
+/// Runs the baseline without the program's style sheet, which it has no use for.
+void RunBaseline(const Job& job, BenchedTree& baseline, std::vector<Result>& results) {
+    const QString styleSheet = qApp->styleSheet();
+    qApp->setStyleSheet({});
+    Add(job.mRun(baseline), results, &Result::mBaseline);
+    qApp->setStyleSheet(styleSheet);
+}
+
+/// One repetition of both sides, each in turn the first. Returns the panel's milliseconds.
+double RunOnce(const Job& job, const Sides& sides, std::vector<Result>& results, bool isPanelFirst) {
+    if (sides.mBaseline && !isPanelFirst) RunBaseline(job, *sides.mBaseline, results);
+    Add(job.mRun(sides.mPanel), results, &Result::mOurs);
+    if (sides.mBaseline && isPanelFirst) RunBaseline(job, *sides.mBaseline, results);
+    return results.front().mOurs.back();
 }
 
 void RunJob(benchmark::State& state, const Job& job, const Sides& sides, std::vector<Result>& allResults) {
     std::vector<Result> results;
     for (const auto& figure : job.mFigures) results.push_back({figure, {}, {}});
-    bool panelFirst = false;
+    bool isPanelFirst = false;
     try {
         for ([[maybe_unused]] auto _ : state) {
-            state.SetIterationTime(RunOnce(job, sides, results, panelFirst) / 1000);
-            panelFirst = !panelFirst;
+            state.SetIterationTime(RunOnce(job, sides, results, isPanelFirst) / 1000);
+            isPanelFirst = !isPanelFirst;
         }
     } catch (const std::exception& error) {
         state.SkipWithError(error.what());
@@ -66,23 +66,36 @@ void RunJob(benchmark::State& state, const Job& job, const Sides& sides, std::ve
     allResults.insert(allResults.end(), results.begin(), results.end());
 }
 
-/// Takes "--repetitions=N" out of the arguments.
-std::optional<int> TakeRepetitions(int& argc, char** argv) {
-    constexpr char kOption[] = "--repetitions=";
+/// The program's own options, beside those of the benchmark library.
+struct Options {
+    std::optional<int> mRepetitions;
+    bool mIsPanelOnly = false;
+};
+
+/// Takes the own options out of the arguments.
+Options TakeOptions(int& argc, char** argv) {
+    constexpr std::string_view kRepetitions = "--repetitions=";
+    Options options;
+    int kept = 1;
     for (int i = 1; i < argc; ++i) {
-        if (std::strncmp(argv[i], kOption, sizeof(kOption) - 1) != 0) continue;
-        const int repetitions = std::max(1, std::atoi(argv[i] + sizeof(kOption) - 1));
-        std::rotate(argv + i, argv + i + 1, argv + argc--);
-        return repetitions;
+        const std::string_view argument = argv[i];
+        if (argument.starts_with(kRepetitions)) {
+            options.mRepetitions = std::max(1, std::atoi(argv[i] + kRepetitions.size()));
+        } else if (argument == "--panel-only") {
+            options.mIsPanelOnly = true;
+        } else {
+            argv[kept++] = argv[i];
+        }
     }
-    return {};
+    argc = kept;
+    return options;
 }
 
-int Run(const std::optional<int>& repetitions) {
+int Run(const Options& options) {
     TunedFileSystemModel baseline;
     desk::Theme::Apply(desk::ThemeKind::Dark);
     PanelBench panel;
-    const Sides sides{panel, baseline};
+    const Sides sides{panel, options.mIsPanelOnly ? nullptr : &baseline};
     const auto jobs = MakeJobs();
     std::vector<Result> results;
     for (const auto& job : jobs) {
@@ -90,7 +103,7 @@ int Run(const std::optional<int>& repetitions) {
                                      [&](benchmark::State& state) { RunJob(state, job, sides, results); })
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond)
-            ->Iterations(repetitions.value_or(job.mRepetitions));
+            ->Iterations(options.mRepetitions.value_or(job.mRepetitions));
     }
     benchmark::RunSpecifiedBenchmarks();
     std::cout << '\n';
@@ -102,14 +115,14 @@ int Run(const std::optional<int>& repetitions) {
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const auto repetitions = TakeRepetitions(argc, argv);
+    const auto options = TakeOptions(argc, argv);
     BenchApplication application(argc, argv);
     // Both sides sort by the rules of a language, numbers by value.
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     try {
-        return Run(repetitions);
+        return Run(options);
     } catch (const std::exception& error) {
         std::cerr << "panel-benchmarks: " << error.what() << '\n';
         return 1;
