@@ -1,0 +1,359 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "desk/files/DirectoryMonitor.h"
+#include "desk/files/WatchStatus.h"
+#include "tests/desk/files/FollowedFolder.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr long kNfs = 0x6969;
+constexpr long kFuse = 0x65735546;
+
+class DirectoryMonitorTest : public FollowedFolder {
+protected:
+    ~DirectoryMonitorTest() override { host::RemoveListener(desk::kStation_WatchStatus, &mStatusListener); }
+
+    std::optional<std::uint64_t> SizeOf(const std::string& name) {
+        const desk::ItemFacts* facts = Facts(name);
+        return facts && facts->mStatus ? std::optional(facts->mStatus->mSize) : std::nullopt;
+    }
+    int CountLists() const { return mDisk.Count(Operation::ListFolder); }
+
+    struct StatusListener : host::Listener {
+        void ListenToMessage(const host::Message& message) override {
+            if (host::MessageCast<desk::WatchStatusChangedMessage>(message)) ++mChanges;
+        }
+        int mChanges = 0;
+    };
+    StatusListener mStatusListener;
+};
+
+TEST_F(DirectoryMonitorTest, AnnouncesTheFirstChangeAtOnceAndTheRestInBatches) {
+    UseFakeSource();
+    Monitor();
+    List();
+    mAppliesChanges = false;
+    mSource->Tell(mFolder.Path(), IN_CREATE, "A.zuproj");
+    mMain.RunUntilIdle();
+    EXPECT_EQ(mAnnouncements, 1);
+    for (int i = 0; i < 100; ++i) mSource->Tell(mFolder.Path(), IN_MODIFY, "B.zuproj");
+    mMain.RunUntilIdle();
+    EXPECT_EQ(mAnnouncements, 1);
+    mMain.Advance(desk::ChangeCollector::kPace);
+    EXPECT_EQ(mAnnouncements, 2);
+    mMain.Advance(1s);
+    EXPECT_EQ(mAnnouncements, 2);
+    mSource->Tell(mFolder.Path(), IN_DELETE, "A.zuproj");
+    mMain.RunUntilIdle();
+    EXPECT_EQ(mAnnouncements, 3) << "at once again after a pause";
+}
+
+TEST_F(DirectoryMonitorTest, ListsEverythingAgainAfterAnOverflow) {
+    UseFakeSource();
+    mFolder.Write("A.zuproj", "1");
+    mFolder.MakeFolder("Reels");
+    Monitor();
+    List();
+    List("Reels");
+    ReadFacts("A.zuproj");
+    mFolder.Write("A.zuproj", "12345");
+    mFolder.Write("Reels/B.zuproj");
+    mSource->Overflow();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(SizeOf("A.zuproj"), 5u);
+    EXPECT_EQ(Shown("Reels"), Names{"B.zuproj"});
+}
+
+TEST_F(DirectoryMonitorTest, KeepsChangesUntilTheyAreAskedFor) {
+    UseFakeSource();
+    Monitor();
+    List();
+    mAppliesChanges = false;
+    mFolder.Write("A.zuproj");
+    mSource->Tell(mFolder.Path(), IN_CREATE, "A.zuproj");
+    mMain.Advance(1s);
+    EXPECT_EQ(Shown(), Names{});
+    mDisk.ResetCounts();
+    mStore->RequestChanges(Path(""));
+    mMain.RunUntilIdle();
+    EXPECT_EQ(Shown(), Names{"A.zuproj"});
+    EXPECT_EQ(CountLists(), 0);
+}
+
+TEST_F(DirectoryMonitorTest, PollsWhereTheWatchLimitIsReached) {
+    UseFakeSource();
+    host::AddListener(desk::kStation_WatchStatus, &mStatusListener);
+    mFolder.Write("Reels/A.zuproj");
+    Monitor();
+    List();
+    mSource->FailWatches(ENOSPC);
+    List("Reels");
+    desk::WatchStatus status = desk::GetWatchStatus();
+    EXPECT_EQ(status.mWatchedFolders, 1u);
+    EXPECT_EQ(status.mPolledFolders, 1u);
+    EXPECT_TRUE(status.mLimitReached);
+    const int changes = mStatusListener.mChanges;
+    EXPECT_GE(changes, 1);
+
+    mFolder.Write("Reels/B.zuproj");
+    Poll();
+    EXPECT_EQ(Shown("Reels"), (Names{"A.zuproj", "B.zuproj"}));
+    EXPECT_EQ(mStatusListener.mChanges, changes) << "announced only when it changes";
+
+    mSource->FailWatches(0);
+    Poll();
+    EXPECT_FALSE(desk::GetWatchStatus().mLimitReached);
+    EXPECT_TRUE(mSource->IsWatched(mFolder.Path("Reels")));
+    EXPECT_EQ(desk::GetWatchStatus().mPolledFolders, 0u);
+    EXPECT_EQ(mStatusListener.mChanges, changes + 1);
+}
+
+TEST_F(DirectoryMonitorTest, FollowsFoldersThatMove) {
+    UseInotify();
+    mFolder.Write("Reels/Old/A.zuproj");
+    Monitor();
+    List();
+    List("Reels");
+    List("Reels/Old");
+    mFolder.Rename("Reels", "Takes");
+    ASSERT_TRUE(WaitFor([&] { return Shown() == Names{"Takes"}; }));
+    List("Takes");
+    List("Takes/Old");
+    EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 3u);
+    mFolder.Write("Takes/Old/B.zuproj");
+    ASSERT_TRUE(WaitFor([&] { return Shown("Takes/Old").contains("B.zuproj"); }));
+    EXPECT_FALSE(mStore->IsListed(Path("Reels/Old")));
+}
+
+TEST_F(DirectoryMonitorTest, FollowsAFolderThatIsReplacedByAnotherOfItsName) {
+    UseInotify();
+    mFolder.Write("Reels/A.zuproj");
+    Monitor();
+    List();
+    List("Reels");
+    mFolder.Remove("Reels");
+    mFolder.Write("Reels/B.zuproj");
+    // A view lists the new folder when its row is opened; what was known of the old one must not come back.
+    ASSERT_TRUE(
+        WaitFor([&] { return !mStore->IsListed(Path("Reels")) || Shown("Reels") == Names{"B.zuproj"}; }));
+    List("Reels");
+    EXPECT_EQ(Shown("Reels"), Names{"B.zuproj"});
+    mFolder.Write("Reels/C.zuproj");
+    ASSERT_TRUE(WaitFor([&] { return Shown("Reels") == (Names{"B.zuproj", "C.zuproj"}); }));
+}
+
+TEST_F(DirectoryMonitorTest, FollowsAFolderUnderTwoPaths) {
+    UseInotify();
+    mFolder.MakeFolder("Reels");
+    std::filesystem::create_symlink("Reels", mFolder.Path("Link"));
+    Monitor();
+    List();
+    List("Reels");
+    List("Link");
+    mFolder.Write("Reels/A.zuproj");
+    ASSERT_TRUE(WaitFor([&] { return !Shown("Reels").empty() && !Shown("Link").empty(); }));
+    mStore->Forget(Path("Link"));
+    mFolder.Write("Reels/B.zuproj");
+    ASSERT_TRUE(WaitFor([&] { return Shown("Reels").contains("B.zuproj"); }));
+}
+
+TEST_F(DirectoryMonitorTest, KeepsRowsWhileTheRootIsAway) {
+    UseInotify();
+    mFolder.Write("Production/A.zuproj");
+    const std::string root = "Production";
+    host::DirectoryChangeMonitor::MonitorDirectory(Path(root), true, true);
+    List(root);
+    {
+        ExpectLogged log("list folder");
+        mFolder.Rename(root, "Elsewhere");
+        ASSERT_TRUE(WaitFor([] { return desk::GetWatchStatus().mSystemError == ENOENT; }));
+        Poll();
+        EXPECT_EQ(log.Count(), 1);
+    }
+    EXPECT_EQ(Shown(root), Names{"A.zuproj"});
+    EXPECT_NE(Facts(root + "/A.zuproj"), nullptr);
+    mFolder.Write("Elsewhere/B.zuproj");
+    mFolder.Rename("Elsewhere", root);
+    ASSERT_TRUE(WaitFor([&] { return Shown(root) == (Names{"A.zuproj", "B.zuproj"}); }));
+    EXPECT_EQ(desk::GetWatchStatus().mSystemError, 0);
+    EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 1u) << "watched again, not polled";
+    mFolder.Write(root + "/C.zuproj");
+    ASSERT_TRUE(WaitFor([&] { return Shown(root).contains("C.zuproj"); }));
+}
+
+TEST_F(DirectoryMonitorTest, TakesTheEmptyFolderOfAnUnmountedVolumeForNoAnswer) {
+    UseFakeSource();
+    mFolder.Write("A.zuproj");
+    mDisk.SetVolumeType(kFuse);
+    Monitor();
+    List();
+    mFolder.Remove("A.zuproj");
+    mDisk.SetVolumeType(0xEF53);
+    {
+        ExpectLogged log("list folder");
+        Poll();
+    }
+    EXPECT_EQ(Shown(), Names{"A.zuproj"});
+    EXPECT_EQ(desk::GetWatchStatus().mSystemError, ENODEV);
+    mFolder.Write("B.zuproj");
+    mDisk.SetVolumeType(kFuse);
+    Poll();
+    EXPECT_EQ(Shown(), Names{"B.zuproj"});
+    mFolder.Remove("B.zuproj");
+    Poll();
+    EXPECT_EQ(Shown(), Names{}) << "a volume that answers may become empty";
+}
+
+TEST_F(DirectoryMonitorTest, FindsEveryKindOfChangeByPolling) {
+    UseFakeSource();
+    mDisk.SetVolumeType(kNfs);
+    mFolder.Write("A.zuproj", "1");
+    mFolder.Write("B.zuproj");
+    mFolder.MakeFolder("Reels");
+    Monitor();
+    List();
+    ReadFacts("A.zuproj");
+    ASSERT_EQ(desk::GetWatchStatus().mPolledFolders, 1u);
+    ASSERT_FALSE(mSource->IsWatched(mFolder.Path()));
+    const std::size_t quiet = mDeliveries.size();
+    Poll();
+    EXPECT_EQ(mDeliveries.size(), quiet) << "nothing has changed";
+
+    mFolder.Write("A.zuproj", "12345");
+    Poll();
+    EXPECT_EQ(SizeOf("A.zuproj"), 5u);
+    Lock("", "A.zuproj", u"Ada");
+    Poll();
+    ASSERT_TRUE(Facts("A.zuproj")->mLock);
+    EXPECT_EQ(Facts("A.zuproj")->mLock->mUser, u"Ada");
+    mDisk.ResetCounts();
+    Poll();
+    Poll();
+    EXPECT_EQ(mDisk.Count(Operation::ReadSmallFile), 0) << "an unchanged lock file is not read again";
+    Lock("", "A.zuproj", u"Grace Hopper");
+    Poll();
+    EXPECT_EQ(Facts("A.zuproj")->mLock->mUser, u"Grace Hopper");
+    mFolder.Remove(LockName("", "A.zuproj"));
+    Poll();
+    EXPECT_FALSE(Facts("A.zuproj")->mHasLockFile);
+
+    mFolder.Write("C.zuproj", "123");
+    Poll();
+    EXPECT_EQ(SizeOf("C.zuproj"), 3u);
+    mFolder.Rename("B.zuproj", "D.zuproj");
+    mFolder.Remove("Reels");
+    Poll();
+    EXPECT_EQ(Shown(), (Names{"A.zuproj", "C.zuproj", "D.zuproj"}));
+}
+
+TEST_F(DirectoryMonitorTest, TakesAFailedPollForNoAnswer) {
+    UseFakeSource();
+    mDisk.SetVolumeType(kFuse);
+    mFolder.Write("A.zuproj");
+    Monitor();
+    List();
+    {
+        ExpectLogged log("(faulty)");
+        mDisk.SetGone(true);
+        Poll();
+        Poll();
+        EXPECT_EQ(log.Count(), 1);
+    }
+    EXPECT_EQ(Shown(), Names{"A.zuproj"});
+    EXPECT_EQ(desk::GetWatchStatus().mSystemError, ESTALE);
+    mDisk.SetGone(false);
+    mFolder.Write("B.zuproj");
+    Poll();
+    EXPECT_EQ(Shown(), (Names{"A.zuproj", "B.zuproj"}));
+    EXPECT_EQ(desk::GetWatchStatus().mSystemError, 0);
+}
+
+TEST(FolderPollerTest, PollsFewFoldersAtATimeAndSlowOnesLessOften) {
+    ManualMainThread main;
+    std::vector<host::UTF16String> begun;
+    desk::FolderPoller poller([&](const host::UTF16String& folder) { begun.push_back(folder); });
+    const auto finishAll = [&](std::chrono::milliseconds duration) {
+        for (std::size_t i = 0; i < begun.size(); ++i) poller.Finished(begun[i], duration);
+        return std::exchange(begun, {}).size();
+    };
+    for (char16_t name = u'a'; name < u'u'; ++name) poller.Add(host::UTF16String(1, name));
+    main.Advance(2s);
+    EXPECT_EQ(begun.size(), 8u);
+    main.Advance(6s);
+    EXPECT_EQ(begun.size(), 8u) << "none has finished";
+    poller.Remove(begun[0]);
+    EXPECT_EQ(finishAll(0ms), 20u) << "each that finishes makes room for another";
+    main.Advance(2s);
+    EXPECT_EQ(finishAll(2s), 19u);
+    EXPECT_EQ(poller.GetInterval(), 6s) << "from one beginning to the next";
+    main.Advance(2s);
+    EXPECT_EQ(begun.size(), 0u);
+    main.Advance(2s);
+    EXPECT_EQ(finishAll(0ms), 19u);
+    for (char16_t name = u'a'; name < u'u'; ++name) poller.Remove(host::UTF16String(1, name));
+    EXPECT_EQ(main.CountDelayed(), 0u) << "no timer runs when there is nothing to poll";
+}
+
+TEST_F(DirectoryMonitorTest, HoldsBackWhatAPollFindsUntilItIsAskedFor) {
+    UseFakeSource();
+    mDisk.SetVolumeType(kNfs);
+    Monitor();
+    List();
+    mAppliesChanges = false;
+    mFolder.Write("A.zuproj");
+    Poll();
+    Poll();
+    EXPECT_EQ(Shown(), Names{});
+    EXPECT_GE(mAnnouncements, 1);
+    mFolder.Remove("A.zuproj");
+    mFolder.Write("B.zuproj");
+    Poll();
+    mStore->RequestChanges(Path(""));
+    mMain.RunUntilIdle();
+    EXPECT_EQ(Shown(), Names{"B.zuproj"});
+}
+
+TEST_F(DirectoryMonitorTest, FollowsWhatLiesBelowMonitoredRootsOnly) {
+    UseFakeSource();
+    mFolder.MakeFolder("Reels");
+    mFolder.MakeFolder("Reels 2");
+    host::DirectoryChangeMonitor::MonitorDirectory(Path("Reels"), true, true);
+    host::DirectoryChangeMonitor::MonitorDirectory(Path("Reels"), true, true);
+    List("Reels");
+    List("Reels 2");
+    EXPECT_TRUE(mStore->IsListed(Path("Reels")));
+    EXPECT_FALSE(mStore->IsListed(Path("Reels 2"))) << "nobody would tell when it changes";
+    EXPECT_FALSE(mSource->IsWatched(mFolder.Path("Reels 2")));
+    host::DirectoryChangeMonitor::StopMonitoringDirectory(Path("Reels"), true);
+    EXPECT_TRUE(mSource->IsWatched(mFolder.Path("Reels")));
+    host::DirectoryChangeMonitor::StopMonitoringDirectory(Path("Reels"), true);
+    EXPECT_FALSE(mSource->IsWatched(mFolder.Path("Reels")));
+    EXPECT_FALSE(mStore->IsListed(Path("Reels")));
+    EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 0u);
+
+    // Monitored again, what is known is brought up to date.
+    mFolder.Write("Reels/A.zuproj");
+    host::DirectoryChangeMonitor::MonitorDirectory(Path("Reels"), true, true);
+    mMain.RunUntilIdle();
+    EXPECT_EQ(Shown("Reels"), Names{"A.zuproj"});
+}
+
+TEST_F(DirectoryMonitorTest, DecidesByTheVolumeWhatToPoll) {
+    UseFakeSource();
+    for (const long local : {0xEF53l, 0x58465342l, 0x9123683El, 0x01021994l, 0x794C7630l}) {
+        mDisk.SetVolumeType(local);
+        EXPECT_FALSE(host::DirectoryChangeMonitor::DoesPathRequirePolling(Path("")));
+    }
+    for (const long remote : {kNfs, kFuse, 0xFF534D42l, 0xFE534D42l, 0x01021997l, 0x12345678l}) {
+        mDisk.SetVolumeType(remote);
+        EXPECT_TRUE(host::DirectoryChangeMonitor::DoesPathRequirePolling(Path("")));
+    }
+    mDisk.SetGone(true);
+    EXPECT_TRUE(host::DirectoryChangeMonitor::DoesPathRequirePolling(Path(""))) << "it cannot be told";
+}
+
+}  // namespace

@@ -1,0 +1,146 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/files/ChangeCollector.h"
+#include "desk/files/DirectoryMonitor.h"
+#include "desk/files/FolderStore.h"
+#include "desk/project/LockRecord.h"
+#include "host/core/Messaging.h"
+#include "host/files/DirectoryChangeMonitor.h"
+#include "tests/support/FakeChangeSource.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/LogExpectation.h"
+#include "tests/support/ManualMainThread.h"
+#include "tests/support/RecordingDesktop.h"
+#include "tests/support/TemporaryFolder.h"
+
+/// Names of items, in UTF-8.
+using Names = std::set<std::string>;
+
+/// A folder store on a temporary folder, and one who listens to it as a view does.
+class FollowedFolder : public testing::Test, public host::Listener {
+protected:
+    using Operation = FaultyFileSystem::Operation;
+    using Extent = host::ContentDelivery::Extent;
+
+    FollowedFolder() : mBefore(desk::GetServices()) {
+        desk::GetServices().mWorkerPool = &mWorkers;
+        host::AddListener(host::kStation_DirectoryChanges, this);
+    }
+    ~FollowedFolder() override {
+        host::RemoveListener(host::kStation_DirectoryChanges, this);
+        desk::GetServices().mFolderStore = mBefore.mFolderStore;
+        mStore.reset();
+        mMain.RunUntilIdle();
+        desk::GetServices().mWorkerPool = mBefore.mWorkerPool;
+    }
+
+    /// Makes the store: on inotify, or on a source that the test speaks for.
+    void UseInotify() { Use(nullptr); }
+    void UseFakeSource() {
+        auto source = std::make_unique<FakeChangeSource>();
+        mSource = source.get();
+        Use(std::move(source));
+    }
+
+    // What the view does.
+
+    std::string OnDisk(const std::string& folder) const {
+        return folder.empty() ? mFolder.Path() : mFolder.Path(folder);
+    }
+    host::UTF16String Path(const std::string& name) const { return host::UTF8to16(OnDisk(name)); }
+    /// Lists a folder ("" is the root) and waits.
+    void List(const std::string& folder = {}) {
+        mStore->RequestListing(Path(folder), Receiver(folder), this);
+        mMain.RunUntilIdle();
+    }
+    void Monitor() { host::DirectoryChangeMonitor::MonitorDirectory(mFolder.PathUTF16(), true, true); }
+    desk::FolderStore::Receiver Receiver(const std::string& folder) {
+        return [this, folder](const desk::FolderStore::Delivery& delivery) { Take(folder, delivery); };
+    }
+    const desk::ItemFacts* Facts(const std::string& name) { return mStore->Find(Path(name)); }
+    /// Has the facts of an item read, and waits.
+    const desk::ItemFacts* ReadFacts(const std::string& name) {
+        mStore->FindAndRequest(Path(name));
+        mMain.RunUntilIdle();
+        return Facts(name);
+    }
+    /// Lets the system's changes arrive until `isDone`.
+    bool WaitFor(const std::function<bool()>& isDone) {
+        return mMain.RunUntil([&] {
+            mMain.Advance(desk::ChangeCollector::kPace);
+            return isDone();
+        });
+    }
+    void Poll() { mMain.Advance(std::chrono::seconds(2)); }
+
+    void ListenToMessage(const host::Message& message) override {
+        const auto* changed = host::MessageCast<host::DirectoryChangedMessage>(message);
+        if (!changed) return;
+        ++mAnnouncements;
+        if (mAppliesChanges) mStore->RequestChanges(changed->GetPath());
+    }
+
+    void Lock(const std::string& folder, const std::string& project, const host::UTF16String& user) {
+        desk::LockRecord record;
+        record.mIsReadable = true;
+        record.mNonce = std::string(32, 'a');
+        record.mUser = user;
+        record.mMachine = u"edit-bay-2";
+        record.mMachineID = "another";
+        record.mBootID = "some-boot";
+        record.mPid = 4711;
+        record.mTakenAt = 1'700'000'000;
+        mFolder.Write(LockName(folder, project), desk::WriteLockRecord(record));
+    }
+    static std::string LockName(const std::string& folder, const std::string& project) {
+        const std::string name = host::UTF16to8(desk::GetLockFileName(host::UTF8to16(project)));
+        return folder.empty() ? name : folder + '/' + name;
+    }
+
+    /// What a view of the folder would show by now.
+    Names Shown(const std::string& folder = {}) { return mShown[folder]; }
+    static std::string NameOf(const host::UTF16String& path) {
+        return host::UTF16to8(path.substr(path.rfind(u'/') + 1));
+    }
+
+    desk::Services mBefore;
+    ManualMainThread mMain;
+    FaultyFileSystem mDisk;
+    RecordingDesktop mDesktop;
+    TemporaryFolder mFolder;
+    desk::WorkerPool mWorkers{4};
+    std::unique_ptr<desk::FolderStore> mStore;
+    FakeChangeSource* mSource = nullptr;
+    bool mAppliesChanges = true;
+    int mAnnouncements = 0;
+    /// All deliveries, and how many items each brought.
+    std::vector<desk::FolderStore::Delivery> mDeliveries;
+
+private:
+    void Use(std::unique_ptr<desk::ChangeSource> source) {
+        mStore = desk::CreateFolderStore(std::move(source));
+        desk::GetServices().mFolderStore = mStore.get();
+    }
+    void Take(const std::string& folder, const desk::FolderStore::Delivery& delivery) {
+        mDeliveries.push_back(delivery);
+        if (!delivery.mContent) return;
+        Names& shown = mShown[folder];
+        if (delivery.mDelivery.mExtent == Extent::Whole) shown.clear();
+        for (const host::UTF16String& removed : delivery.mDelivery.mRemovedPaths) shown.erase(NameOf(removed));
+        for (const host::PropertyMap& item : *delivery.mContent)
+            shown.insert(NameOf(*item.Find<host::UTF16String>(host::MediaBrowserContentManager::kPathField)));
+    }
+
+    std::map<std::string, Names> mShown;
+};
