@@ -25,6 +25,8 @@ public:
     void OpenAtStart(const std::string& folder, ProductionOpener::Done done);
     /// The same with the sample production, which is made when it is not there.
     void OpenSample(ProductionOpener::Done done);
+    /// True while a production is being opened.
+    bool IsOpening() const { return mOpener.IsBusy(); }
     /// Fills the menu of recent productions anew.
     void FillRecentMenu(QMenu& menu);
 

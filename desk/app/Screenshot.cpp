@@ -20,8 +20,8 @@ constexpr int kQuietTime = 300;
 
 }  // namespace
 
-Screenshot::Screenshot(QWidget& window, std::string path, Done done)
-    : mWindow(window), mPath(std::move(path)), mDone(std::move(done)) {
+Screenshot::Screenshot(QWidget& window, std::string path, std::function<bool()> isOpening, Done done)
+    : mWindow(window), mPath(std::move(path)), mIsOpening(std::move(isOpening)), mDone(std::move(done)) {
     mSinceStart.start();
     mSinceBusy.start();
     QObject::connect(&mTimer, &QTimer::timeout, &mTimer, [this] { Look(); });
@@ -29,6 +29,7 @@ Screenshot::Screenshot(QWidget& window, std::string path, Done done)
 }
 
 bool Screenshot::AreRowsShown() const {
+    if (mIsOpening()) return false;
     const host::UTF16String& folder = Production::Instance().GetFolder();
     return folder.empty() || GetServices().mFolderStore->IsListed(folder);
 }
@@ -39,7 +40,7 @@ void Screenshot::Look() {
         mSinceBusy.restart();
         if (!isLate) return;
         mTimer.stop();
-        return mDone("the production was not listed within 30 seconds; no picture was written");
+        return mDone("the production did not show within 30 seconds; no picture was written");
     }
     if (GetServices().mWorkerPool->IsBusy()) mSinceBusy.restart();
     if (mSinceBusy.elapsed() < kQuietTime && !isLate) return;

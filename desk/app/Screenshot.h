@@ -9,15 +9,16 @@ class QWidget;
 
 namespace desk {
 
-/// Takes a picture of a window once the open production's rows are shown with their facts: its root is listed,
-/// and neither workers nor views have had anything to do for a while. UI thread.
+/// Takes a picture of a window once the production is open and its rows are shown with their facts: its root is
+/// listed, and the workers have had nothing to do for a while. Gives up after 30 seconds. UI thread.
 class Screenshot {
 public:
     /// Told once: empty when the picture was written, else what went wrong, in one line.
     using Done = std::function<void(const std::string& error)>;
 
-    /// Writes a PNG file to `path` (bytes). `window` must outlive it.
-    Screenshot(QWidget& window, std::string path, Done done);
+    /// Writes a PNG file to `path` (bytes). `isOpening` tells whether a production is still being opened.
+    /// `window` must outlive it.
+    Screenshot(QWidget& window, std::string path, std::function<bool()> isOpening, Done done);
 
 private:
     void Look();
@@ -26,6 +27,7 @@ private:
 
     QWidget& mWindow;
     std::string mPath;
+    std::function<bool()> mIsOpening;
     Done mDone;
     QTimer mTimer;
     QElapsedTimer mSinceStart;

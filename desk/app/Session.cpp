@@ -189,9 +189,8 @@ void Session::OpenWindow() {
 
 void Session::OpenFirstProduction() {
     const bool isPicture = !mCommandLine.mScreenshot.empty();
-    const auto done = [this, isPicture](const ProductionOpener::Result& result) {
-        if (!isPicture) return;
-        if (result.mProblem.isEmpty()) return TakeScreenshot();
+    const auto done = [isPicture](const ProductionOpener::Result& result) {
+        if (!isPicture || result.mProblem.isEmpty()) return;
         std::fprintf(stderr, "production-desk: %s\n", ToUTF8(result.mProblem).c_str());
         QCoreApplication::exit(EXIT_FAILURE);
     };
@@ -203,16 +202,17 @@ void Session::OpenFirstProduction() {
         productions.OpenAtStart(last, done);
     else if (mParts->mRecent->IsFirstStart())
         productions.OpenSample(done);
-    else if (isPicture)
-        TakeScreenshot();
+    if (isPicture) TakeScreenshot();
 }
 
 void Session::TakeScreenshot() {
+    const auto isOpening = [this] { return mParts->mWindow->Productions().IsOpening(); };
+    const auto done = [](const std::string& error) {
+        if (!error.empty()) std::fprintf(stderr, "production-desk: %s\n", error.c_str());
+        QCoreApplication::exit(error.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
+    };
     mParts->mScreenshot =
-        std::make_unique<Screenshot>(*mParts->mWindow, mCommandLine.mScreenshot, [](const std::string& error) {
-            if (!error.empty()) std::fprintf(stderr, "production-desk: %s\n", error.c_str());
-            QCoreApplication::exit(error.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
-        });
+        std::make_unique<Screenshot>(*mParts->mWindow, mCommandLine.mScreenshot, isOpening, done);
 }
 
 /// The panels go first: they use everything else.
