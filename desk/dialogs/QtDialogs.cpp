@@ -66,7 +66,8 @@ std::optional<host::UTF16String> QtDialogs::AskNewFolder(const host::UTF16String
     dialog.setOption(QFileDialog::ShowDirsOnly);
     // The caller says what it thinks of a name that is taken.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
-    dialog.setLabelText(QFileDialog::Accept, ToQString(host::ZString("$$$/Vantor/Desk/Dialogs/CreateFolder=Create")));
+    dialog.setLabelText(QFileDialog::Accept,
+                        ToQString(host::ZString("$$$/Vantor/Desk/Dialogs/CreateFolder=Create")));
     return Run(dialog);
 }
 

@@ -24,7 +24,9 @@ using desk::ItemKind;
 
 /// `text` ends with `ending`, ASCII letter case ignored.
 bool EndsWithIgnoringCase(std::u16string_view text, std::u16string_view ending) {
-    auto fold = [](char16_t unit) { return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit; };
+    auto fold = [](char16_t unit) {
+        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
+    };
     return text.size() > ending.size() &&
            std::equal(ending.rbegin(), ending.rend(), text.rbegin(),
                       [&](char16_t a, char16_t b) { return fold(a) == fold(b); });
@@ -93,8 +95,8 @@ void Walk::SearchFolder(const std::string& folder) {
     std::move(found.begin(), found.end(), std::back_inserter(mFound));
 }
 
-void Walk::SearchEntry(const std::string& folder, const UTF16String& folderUTF16, const desk::FolderEntry& entry,
-                       UTF16StringVec& found) {
+void Walk::SearchEntry(const std::string& folder, const UTF16String& folderUTF16,
+                       const desk::FolderEntry& entry, UTF16StringVec& found) {
     if (desk::IsHiddenName(entry.mName, entry.mKind) || entry.mKind == ItemKind::Other) return;
     ItemKind kind = entry.mKind;
     if (kind == ItemKind::Unknown) kind = ResolveKind(Join(folder, entry.mName), kind);
@@ -151,7 +153,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<FileSearch::Request> FileSearch::FindFilesOrDirectories(const UTF16String& root, Parameters parameters,
+std::unique_ptr<FileSearch::Request> FileSearch::FindFilesOrDirectories(const UTF16String& root,
+                                                                        Parameters parameters,
                                                                         Completion completion) {
     auto walk = std::make_shared<Walk>(std::move(parameters), std::move(completion));
     walk->SubmitFolder(UTF16to8(root));

@@ -28,7 +28,8 @@ int CountDecimals(double value) {
 UTF16String GetDisplayStringOfFileSize(unsigned long long bytes) {
     if (bytes == 1) return ZString("$$$/Vantor/Desk/Files/Size/Byte=1 byte");
     const QLocale locale;
-    if (bytes < 1000) return ZString("$$$/Vantor/Desk/Files/Size/Bytes=@0 bytes", {desk::ToUTF16(locale.toString(bytes))});
+    if (bytes < 1000)
+        return ZString("$$$/Vantor/Desk/Files/Size/Bytes=@0 bytes", {desk::ToUTF16(locale.toString(bytes))});
     double value = static_cast<double>(bytes) / 1000;
     std::size_t unit = 0;
     for (; value >= 999.5 && unit + 1 < kUnits.size(); ++unit) value /= 1000;

@@ -33,11 +33,13 @@ KnownItem FindInStore(const host::UTF16String& path, Find find) {
 }  // namespace
 
 KnownItem FindKnownItem(const host::UTF16String& path) {
-    return FindInStore(path, [](const FolderStore& store, std::u16string_view item) { return store.Find(item); });
+    return FindInStore(path,
+                       [](const FolderStore& store, std::u16string_view item) { return store.Find(item); });
 }
 
 KnownItem FindKnownItemAndRequest(const host::UTF16String& path) {
-    return FindInStore(path, [](FolderStore& store, std::u16string_view item) { return store.FindAndRequest(item); });
+    return FindInStore(path,
+                       [](FolderStore& store, std::u16string_view item) { return store.FindAndRequest(item); });
 }
 
 }  // namespace desk

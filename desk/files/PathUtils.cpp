@@ -109,7 +109,8 @@ char16_t GetPathSeparator() {
 
 bool IsDirectory(const UTF16String& path) {
     desk::KnownItem known = desk::FindKnownItem(path);
-    if (known.mFacts && known.mFacts->mKind == desk::ItemKind::Unknown) known = desk::FindKnownItemAndRequest(path);
+    if (known.mFacts && known.mFacts->mKind == desk::ItemKind::Unknown)
+        known = desk::FindKnownItemAndRequest(path);
     if (known.mFacts) return known.mFacts->mKind == desk::ItemKind::Folder;
     if (known.mIsAbsent) return false;
     try {

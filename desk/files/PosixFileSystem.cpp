@@ -21,11 +21,16 @@ constexpr std::size_t kListingBuffer = 64 * 1024;
 
 ItemKind KindOfEntry(unsigned char type) {
     switch (type) {
-        case DT_UNKNOWN: return ItemKind::Unknown;
-        case DT_REG: return ItemKind::File;
-        case DT_DIR: return ItemKind::Folder;
-        case DT_LNK: return ItemKind::Link;
-        default: return ItemKind::Other;
+        case DT_UNKNOWN:
+            return ItemKind::Unknown;
+        case DT_REG:
+            return ItemKind::File;
+        case DT_DIR:
+            return ItemKind::Folder;
+        case DT_LNK:
+            return ItemKind::Link;
+        default:
+            return ItemKind::Other;
     }
 }
 
@@ -62,13 +67,14 @@ std::int64_t ToNanoseconds(const struct statx_timestamp& time) {
 }  // namespace
 
 std::vector<FolderEntry> PosixFileSystem::ListFolder(const std::string& path) {
-    FileDescriptor folder(
-        RetryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC); }));
+    FileDescriptor folder(RetryInterrupted(
+        [&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC); }));
     if (!folder.IsOpen()) ThrowFileException("list folder", path, errno);
     std::vector<FolderEntry> entries;
     alignas(dirent64) char records[kListingBuffer];
     for (;;) {
-        long size = RetryInterrupted([&] { return ::syscall(SYS_getdents64, folder.Get(), records, sizeof records); });
+        long size =
+            RetryInterrupted([&] { return ::syscall(SYS_getdents64, folder.Get(), records, sizeof records); });
         if (size < 0) ThrowFileException("list folder", path, errno);
         if (size == 0) return entries;
         AddEntries(records, size, entries);

@@ -145,7 +145,8 @@ std::optional<LockRecord> ReadLockRecord(FileSystem& fileSystem, const std::stri
 }
 
 bool IsLockStale(const LockRecord& record, const Desktop& desktop) {
-    if (!record.mIsReadable || record.mMachineID.empty() || record.mMachineID != desktop.MachineID()) return false;
+    if (!record.mIsReadable || record.mMachineID.empty() || record.mMachineID != desktop.MachineID())
+        return false;
     const std::string bootID = desktop.BootID();
     if (record.mBootID.empty() || bootID.empty()) return false;
     if (record.mBootID != bootID) return true;

@@ -17,13 +17,15 @@ void Production::Open(const host::UTF16String& folder) {
     Close();
     mFolder = host::PathUtils::ToNormalizedPath(folder);
     if (IsOpen())
-        host::BroadcastMessage(host::kStation_ZuProductionFolderPanel, host::ZuProductionFolderOpenedMessage({}));
+        host::BroadcastMessage(host::kStation_ZuProductionFolderPanel,
+                               host::ZuProductionFolderOpenedMessage({}));
 }
 
 void Production::Close() {
     if (!IsOpen()) return;
     const host::UTF16String folder = std::exchange(mFolder, {});
-    host::BroadcastMessage(host::kStation_ZuProductionFolderPanel, host::ZuProductionFolderClosedMessage(folder));
+    host::BroadcastMessage(host::kStation_ZuProductionFolderPanel,
+                           host::ZuProductionFolderClosedMessage(folder));
 }
 
 void Production::PausePanelUpdates(bool pause) {

@@ -38,7 +38,8 @@ void ScriptedDialogs::ShowMessage(const host::UTF16String& title, const host::UT
     Ask(kMessage, title);
 }
 
-std::optional<host::UTF16String> ScriptedDialogs::AskFolder(const host::UTF16String& title, const host::UTF16String&) {
+std::optional<host::UTF16String> ScriptedDialogs::AskFolder(const host::UTF16String& title,
+                                                            const host::UTF16String&) {
     return Ask(kFolder, title);
 }
 
@@ -54,8 +55,8 @@ void ScriptedDialogs::Expect(const char* kind, std::string title, std::optional<
 std::optional<host::UTF16String> ScriptedDialogs::Ask(const char* kind, const host::UTF16String& title) {
     const std::string what = std::string(kind) + ": " + host::UTF16to8(title);
     if (mExpected.empty() || mExpected.front().mWhat != what) {
-        ADD_FAILURE() << "unexpected question: " << what << " (" << mLastText << "), expected: "
-                      << (mExpected.empty() ? "none" : mExpected.front().mWhat);
+        ADD_FAILURE() << "unexpected question: " << what << " (" << mLastText
+                      << "), expected: " << (mExpected.empty() ? "none" : mExpected.front().mWhat);
         return {};
     }
     const Question question = std::move(mExpected.front());

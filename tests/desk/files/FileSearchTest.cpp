@@ -1,5 +1,3 @@
-#include "host/files/FileSearch.h"
-
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,6 +6,7 @@
 
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
+#include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/LogExpectation.h"
@@ -69,8 +68,8 @@ TEST_F(FileSearchTest, FindsProjectsAndFoldersAtAnyDepthSorted) {
 }
 
 TEST_F(FileSearchTest, LeavesOutHiddenFoldersAndTheHostsFiles) {
-    for (const char* name : {".trash/Reel 1.zuproj", ".Reel 2.zuproj.lock", ".zutmp-Reel.zuproj", ".nfsReel.zuproj",
-                             ".Reel hidden.zuproj"})
+    for (const char* name : {".trash/Reel 1.zuproj", ".Reel 2.zuproj.lock", ".zutmp-Reel.zuproj",
+                             ".nfsReel.zuproj", ".Reel hidden.zuproj"})
         mFolder.Write(name);
     mkfifo(mFolder.Path("Reel pipe.zuproj").c_str(), 0600);
     EXPECT_EQ(Find("Reel"), Names{".Reel hidden.zuproj"});

@@ -1,10 +1,9 @@
-#include "host/files/PathUtils.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <random>
 
+#include "host/files/PathUtils.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,5 +1,3 @@
-#include "desk/files/PosixFileSystem.h"
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -14,6 +12,7 @@
 #include <map>
 #include <thread>
 
+#include "desk/files/PosixFileSystem.h"
 #include "host/files/FileException.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -66,8 +65,14 @@ private:
 }  // namespace
 
 TEST_F(PosixFileSystemTest, AnyNameThatADiskCanHoldIsListedAndFoundAgainThroughUTF16) {
-    std::vector<std::string> names = {"\xE9\x61", "\xC3\xA9", "e\xCC\x81", "\xED\xB2\x80", "\xF0\x9F\x8E\xAC\x80",
-                                      "\xC3",     "\xFF\xFE", std::string(255, '\x80')};
+    std::vector<std::string> names = {"\xE9\x61",
+                                      "\xC3\xA9",
+                                      "e\xCC\x81",
+                                      "\xED\xB2\x80",
+                                      "\xF0\x9F\x8E\xAC\x80",
+                                      "\xC3",
+                                      "\xFF\xFE",
+                                      std::string(255, '\x80')};
     for (int byte = 1; byte < 256; ++byte) {
         if (byte == '/') continue;
         names.push_back({'x', static_cast<char>(byte)});
@@ -85,7 +90,8 @@ TEST_F(PosixFileSystemTest, AnyNameThatADiskCanHoldIsListedAndFoundAgainThroughU
 }
 
 TEST_F(PosixFileSystemTest, ListingTellsKindsOfALargeFolder) {
-    for (int i = 0; i < 3000; ++i) mFolder.Write("files/a rather long name of a project, number " + std::to_string(i));
+    for (int i = 0; i < 3000; ++i)
+        mFolder.Write("files/a rather long name of a project, number " + std::to_string(i));
     EXPECT_EQ(mDisk.ListFolder(mFolder.Path("files")).size(), 3000u);
 
     mFolder.MakeFolder("kinds/folder");
@@ -93,7 +99,8 @@ TEST_F(PosixFileSystemTest, ListingTellsKindsOfALargeFolder) {
     symlink("folder", mFolder.Path("kinds/link").c_str());
     mkfifo(mFolder.Path("kinds/pipe").c_str(), 0600);
     std::map<std::string, ItemKind> kinds;
-    for (const desk::FolderEntry& entry : mDisk.ListFolder(mFolder.Path("kinds"))) kinds[entry.mName] = entry.mKind;
+    for (const desk::FolderEntry& entry : mDisk.ListFolder(mFolder.Path("kinds")))
+        kinds[entry.mName] = entry.mKind;
     EXPECT_EQ(kinds, (std::map<std::string, ItemKind>{{"file", ItemKind::File},
                                                       {"folder", ItemKind::Folder},
                                                       {"link", ItemKind::Link},
@@ -111,7 +118,8 @@ TEST_F(PosixFileSystemTest, FailuresTellOperationPathAndReason) {
         EXPECT_EQ(exception.SystemError(), ENOENT);
     }
     EXPECT_EQ(ErrorOf([&] { mDisk.ListFolder(mFolder.Write("file")); }), ENOTDIR);
-    EXPECT_EQ(ErrorOf([&] { mDisk.Status(mFolder.Path() + '/' + std::string(256, 'n'), false); }), ENAMETOOLONG);
+    EXPECT_EQ(ErrorOf([&] { mDisk.Status(mFolder.Path() + '/' + std::string(256, 'n'), false); }),
+              ENAMETOOLONG);
     EXPECT_EQ(ErrorOf([&] { mDisk.CreateFolder(mFolder.Path()); }), EEXIST);
 }
 
@@ -184,7 +192,8 @@ TEST_F(PosixFileSystemTest, ReplaceFileThatFailsLeavesTheOldFileAndNothingElse) 
     mFolder.Write("settings", "old");
     {
         FileSizeLimit full(4096);  // the write fails half-way
-        EXPECT_EQ(ErrorOf([&] { mDisk.ReplaceFile(mFolder.Path("settings"), std::string(100'000, 'n')); }), EFBIG);
+        EXPECT_EQ(ErrorOf([&] { mDisk.ReplaceFile(mFolder.Path("settings"), std::string(100'000, 'n')); }),
+                  EFBIG);
     }
     EXPECT_EQ(mFolder.Read("settings"), "old");
     EXPECT_EQ(Names(mFolder.Path()), std::vector<std::string>{"settings"});

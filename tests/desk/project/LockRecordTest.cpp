@@ -1,11 +1,10 @@
-#include "desk/project/LockRecord.h"
-
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "desk/files/PosixFileSystem.h"
+#include "desk/project/LockRecord.h"
 #include "desk/project/ProcessFacts.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/RecordingDesktop.h"
@@ -72,7 +71,8 @@ TEST(LockRecord, WhatIsNoRecordIsUnreadable) {
         std::string(64, '\0'),
         good + '\0',
         good + good,
-        "\x7F" "ELF\x02\x01\xFF\xFE",
+        "\x7F"
+        "ELF\x02\x01\xFF\xFE",
         std::string(2000, '['),
         "[" + good + "]",
         "null",
@@ -129,8 +129,8 @@ TEST(LockRecord, WhateverStandsAtTheLocksPlaceIsAnsweredAtOnce) {
 TEST(LockRecord, LockFilesAreNamedAfterTheirProjects) {
     EXPECT_EQ(desk::GetLockFileName(u"Reel 1.zuproj"), u".Reel 1.zuproj.lock");
     EXPECT_EQ(desk::GetProjectNameOfLockFile(u".Reel 1.zuproj.lock"), u"Reel 1.zuproj");
-    for (const char16_t* name : {u"", u".lock", u"..lock", u"Reel 1.zuproj.lock", u".Reel 1.zuproj", u".Reel 1.lock",
-                                 u"..zuproj.lock", u".zuproj.lock"})
+    for (const char16_t* name : {u"", u".lock", u"..lock", u"Reel 1.zuproj.lock", u".Reel 1.zuproj",
+                                 u".Reel 1.lock", u"..zuproj.lock", u".zuproj.lock"})
         EXPECT_EQ(desk::GetProjectNameOfLockFile(name), u"") << host::UTF16to8(name);
 }
 
@@ -221,7 +221,8 @@ TEST(ProcessFacts, ANameMayHoldAnything) {
     EXPECT_EQ(facts->mStart, 264519u);
     EXPECT_FALSE(facts->mHasEnded);
     EXPECT_TRUE(desk::ParseProcessStat("77 (a) Z" + numbers + "1 0 5 0\n")->mHasEnded);
-    EXPECT_FALSE(desk::ParseProcessStat("77 (a) Z" + numbers + "4 0 5 0\n")->mHasEnded) << "its other threads run";
+    EXPECT_FALSE(desk::ParseProcessStat("77 (a) Z" + numbers + "4 0 5 0\n")->mHasEnded)
+        << "its other threads run";
     EXPECT_FALSE(desk::ParseProcessStat(""));
     EXPECT_FALSE(desk::ParseProcessStat("77 (a) R 1 2"));
 }

@@ -1,8 +1,7 @@
-#include "desk/project/Production.h"
-
 #include <gtest/gtest.h>
 
 #include "desk/project/OpenProjectList.h"
+#include "desk/project/Production.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/SharedProjectsManager.h"
 
@@ -18,7 +17,8 @@ public:
         if (host::MessageCast<host::ZuProductionFolderOpenedMessage>(message))
             mNotes.push_back(u"opened, open is " + host::GetSharedProjectsManagerFolderPath());
         if (auto* closed = host::MessageCast<host::ZuProductionFolderClosedMessage>(message))
-            mNotes.push_back(u"closed " + closed->GetPath() + u", open is " + host::GetSharedProjectsManagerFolderPath());
+            mNotes.push_back(u"closed " + closed->GetPath() + u", open is " +
+                             host::GetSharedProjectsManagerFolderPath());
         if (auto* opened = host::MessageCast<host::ProjectOpenedMessage>(message))
             mNotes.push_back(u"opened " + opened->GetProject()->GetProjectPath() + Count());
         if (auto* closed = host::MessageCast<host::ProjectClosedMessage>(message))

@@ -1,9 +1,8 @@
-#include "host/project/ProjectLockFile.h"
-
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "desk/project/LockRecord.h"
+#include "host/project/ProjectLockFile.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/RecordingDesktop.h"
 #include "tests/support/TemporaryFolder.h"
