@@ -6,10 +6,12 @@
 
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
 #include "desk/files/HostNames.h"
+#include "desk/project/Leftovers.h"
 #include "desk/project/LockRecord.h"
+#include "desk/project/NaturalOrder.h"
 #include "host/files/FileException.h"
-#include "host/project/ProjectFiles.h"
 
 namespace desk {
 namespace {
@@ -37,6 +39,7 @@ void FolderListing::List() {
             GetServices().mFileSystem->ListFolder(mRequest.mFolder->mBytes);
         mFound.reserve(entries.size());
         for (const FolderEntry& entry : entries) TakeEntry(entry);
+        if (!mRequest.mKnown) SweepIfNeeded(entries);
     } catch (const host::FileException& exception) {
         return Fail(exception.SystemError(), exception.what());
     }
@@ -50,6 +53,16 @@ void FolderListing::List() {
             self->mRequest.mSpeed->Note(Clock::now() - start, end - begin);
         },
         [self = shared_from_this()] { self->Complete(); });
+}
+
+/// When a folder is first listed, what dead processes of this machine have left there goes.
+void FolderListing::SweepIfNeeded(const std::vector<FolderEntry>& entries) {
+    const bool hasAny = std::ranges::any_of(
+        entries, [](const FolderEntry& entry) { return IsTemporaryName(entry.mName) || IsGuardName(entry.mName); });
+    if (!hasAny || !GetServices().mDesktop) return;
+    GetServices().mWorkerPool->SubmitLast([folder = mRequest.mFolder->mBytes] {
+        SweepLeftovers(*GetServices().mFileSystem, *GetServices().mDesktop, folder);
+    });
 }
 
 void FolderListing::TakeEntry(const FolderEntry& entry) {
@@ -164,9 +177,10 @@ void FolderListing::BuildItems() {
 
 /// Sorted, so that parts come in the order in which they show.
 void FolderListing::BuildContents() {
-    std::ranges::sort(mFound, [](const Found& a, const Found& b) {
-        return host::CompareStringsIncludingNumericValues(a.mName, b.mName) < 0;
-    });
+    std::vector<std::u16string_view> names;
+    names.reserve(mFound.size());
+    for (const Found& found : mFound) names.push_back(found.mName);
+    const std::vector<std::uint32_t> order = OrderNaturally(names);
     const std::size_t partSize =
         mFound.size() > kLongestWhole ? kPartSize : std::max<std::size_t>(1, mFound.size());
     for (std::size_t begin = 0; begin == 0 || begin < mFound.size(); begin += partSize) {
@@ -174,7 +188,7 @@ void FolderListing::BuildContents() {
         const std::size_t end = std::min(begin + partSize, mFound.size());
         content.reserve(end - begin);
         for (std::size_t i = begin; i < end; ++i)
-            content.push_back(MakeProperties(*mRequest.mFolder, mFound[i].mName));
+            content.push_back(MakeProperties(*mRequest.mFolder, names[order[i]]));
         mResult.mContents.push_back(ShareContent(std::move(content)));
     }
 }

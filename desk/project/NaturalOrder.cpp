@@ -4,6 +4,9 @@
 #include <QStringView>
 #include <algorithm>
 #include <cstring>
+#include <map>
+#include <mutex>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -16,6 +19,9 @@ constexpr char16_t kLastPrintable = u'~';
 
 /// The collator takes runs of more digits for several numbers (ICU's limit).
 constexpr std::size_t kCollatorDigits = 254;
+
+/// A number's length is one byte of a sort key; file names are not longer.
+constexpr std::size_t kLongestSortKeyText = 255;
 
 bool IsAsciiDigit(char16_t unit) {
     return unit >= u'0' && unit <= u'9';
@@ -52,7 +58,8 @@ int CompareNumbers(std::u16string_view a, std::u16string_view b) {
     return Sign(a.compare(b));
 }
 
-/// Four units at a time: the high bit of a unit's lane is set, or some bit above 7, if one is no printable ASCII.
+/// Four units at a time: the high bit of a unit's lane is set, or some bit above 7, if one is no printable
+/// ASCII.
 constexpr std::uint64_t FindUnprintable(std::uint64_t units) {
     constexpr std::uint64_t kOnes = 0x0001000100010001;
     const std::uint64_t below = (units - kOnes * kFirstPrintable) & ~units & (kOnes * 0x8000);
@@ -81,10 +88,12 @@ int DigitValue(char32_t character) {
 std::u16string WithAsciiDigits(std::u16string_view text) {
     std::u16string result;
     while (!text.empty()) {
-        const bool isPair = text.size() > 1 && QChar::isHighSurrogate(text[0]) && QChar::isLowSurrogate(text[1]);
+        const bool isPair =
+            text.size() > 1 && QChar::isHighSurrogate(text[0]) && QChar::isLowSurrogate(text[1]);
         const int digit = DigitValue(isPair ? QChar::surrogateToUcs4(text[0], text[1]) : text[0]);
         const std::size_t units = isPair ? 2 : 1;
-        result += digit < 0 ? text.substr(0, units) : std::u16string_view(u"0123456789").substr(static_cast<std::size_t>(digit), 1);
+        result += digit < 0 ? text.substr(0, units)
+                            : std::u16string_view(u"0123456789").substr(static_cast<std::size_t>(digit), 1);
         text.remove_prefix(units);
     }
     return result;
@@ -140,13 +149,11 @@ std::u16string_view PrepareForCollator(std::u16string_view text, std::u16string&
 
 }  // namespace
 
-NaturalOrder::NaturalOrder(const QLocale& locale) : mCollator(MakeCollator(locale, Qt::CaseSensitive)) {
-    DeriveTable();
-    mIsUsingTable = IsTableLikeCollator();
-}
+NaturalOrder::NaturalOrder(const QLocale& locale)
+    : mCollator(MakeCollator(locale, Qt::CaseSensitive)), mTable(FindTable()) {}
 
 int NaturalOrder::Compare(std::u16string_view a, std::u16string_view b) const {
-    if (mIsUsingTable && IsPrintableAscii(a) && IsPrintableAscii(b)) return CompareByTable(a, b);
+    if (IsUsingTable() && IsPrintableAscii(a) && IsPrintableAscii(b)) return CompareByTable(*mTable, a, b);
     return CompareByCollator(a, b);
 }
 
@@ -160,11 +167,34 @@ int NaturalOrder::CompareByCollator(std::u16string_view a, std::u16string_view b
 int NaturalOrder::CompareEquivalents(std::u16string_view a, std::u16string_view b) const {
     std::u16string storageA;
     std::u16string storageB;
-    return Sign(mCollator.compare(ToView(PrepareForCollator(a, storageA)), ToView(PrepareForCollator(b, storageB))));
+    return Sign(
+        mCollator.compare(ToView(PrepareForCollator(a, storageA)), ToView(PrepareForCollator(b, storageB))));
+}
+
+/// The letters' weights, a zero (less than any weight: the shorter text comes first), the weights of case, the
+/// text. A number begins with the weight of a digit, followed by its length and its digits.
+bool NaturalOrder::AppendSortKey(std::u16string_view text, std::string& key) const {
+    if (!IsUsingTable() || text.size() > kLongestSortKeyText || !IsPrintableAscii(text)) return false;
+    const char16_t* const end = text.data() + text.size();
+    for (const char16_t* at = text.data(); at != end;) {
+        if (!IsAsciiDigit(*at)) {
+            key += static_cast<char>(mTable->mWeights[*at++].mLetter);
+            continue;
+        }
+        key += static_cast<char>(mTable->mWeights[u'0'].mLetter);
+        const std::u16string_view digits = TakeNumber(at, end);
+        key += static_cast<char>(digits.size());
+        key.append(digits.begin(), digits.end());
+    }
+    key += '\0';
+    for (const char16_t unit : text)
+        if (!IsAsciiDigit(unit)) key += static_cast<char>(mTable->mWeights[unit].mCase);
+    key.append(text.begin(), text.end());
+    return true;
 }
 
 /// Of printable ASCII.
-int NaturalOrder::CompareByTable(std::u16string_view a, std::u16string_view b) const {
+int NaturalOrder::CompareByTable(const Table& table, std::u16string_view a, std::u16string_view b) {
     const char16_t* atA = a.data();
     const char16_t* atB = b.data();
     const char16_t* const endA = atA + a.size();
@@ -178,8 +208,8 @@ int NaturalOrder::CompareByTable(std::u16string_view a, std::u16string_view b) c
             continue;
         }
         if (*atA != *atB) {
-            Weight weightA = mWeights[*atA];
-            Weight weightB = mWeights[*atB];
+            Weight weightA = table.mWeights[*atA];
+            Weight weightB = table.mWeights[*atB];
             if (weightA.mLetter != weightB.mLetter) return weightA.mLetter < weightB.mLetter ? -1 : 1;
             if (caseResult == 0) caseResult = weightA.mCase - weightB.mCase;
         }
@@ -190,7 +220,17 @@ int NaturalOrder::CompareByTable(std::u16string_view a, std::u16string_view b) c
     return caseResult != 0 ? Sign(caseResult) : Sign(a.compare(b));
 }
 
-void NaturalOrder::DeriveTable() {
+std::shared_ptr<const NaturalOrder::Table> NaturalOrder::FindTable() const {
+    static std::mutex mutex;
+    static std::map<QString, std::shared_ptr<const Table>> tables;
+    const std::lock_guard lock(mutex);
+    auto& table = tables[mCollator.locale().name()];
+    if (!table) table = std::make_shared<const Table>(DeriveTable());
+    return table;
+}
+
+NaturalOrder::Table NaturalOrder::DeriveTable() const {
+    Table table;
     QCollator ignoringCase = MakeCollator(mCollator.locale(), Qt::CaseInsensitive);
     std::vector<char16_t> units;
     for (char16_t unit = kFirstPrintable; unit <= kLastPrintable; ++unit) units.push_back(unit);
@@ -202,16 +242,18 @@ void NaturalOrder::DeriveTable() {
                      [&](char16_t a, char16_t b) { return compare(ignoringCase, a, b) < 0; });
     for (std::size_t i = 0; i < units.size(); ++i) {
         bool isNewLetter = i == 0 || compare(ignoringCase, units[i - 1], units[i]) != 0;
-        Weight before = i == 0 ? Weight() : mWeights[units[i - 1]];
-        Weight& weight = mWeights[units[i]];
+        Weight before = i == 0 ? Weight() : table.mWeights[units[i - 1]];
+        Weight& weight = table.mWeights[units[i]];
         weight.mLetter = static_cast<std::uint8_t>(before.mLetter + (isNewLetter ? 1 : 0));
         weight.mCase = static_cast<std::uint8_t>(isNewLetter ? 0 : before.mCase + 1);
     }
+    table.mIsLikeCollator = IsLikeCollator(table);
+    return table;
 }
 
 /// Sorts all pairs of characters by the table and asks the collator whether each stands before the next.
 /// Letters only in lower case, and alone in upper case: what two letters make together does not depend on it.
-bool NaturalOrder::IsTableLikeCollator() const {
+bool NaturalOrder::IsLikeCollator(const Table& table) const {
     std::vector<std::u16string> strings;
     for (char16_t first = kFirstPrintable; first <= kLastPrintable; ++first) {
         strings.emplace_back(1, first);
@@ -220,11 +262,39 @@ bool NaturalOrder::IsTableLikeCollator() const {
             if (second < u'A' || second > u'Z') strings.push_back({first, second});
         }
     }
-    std::sort(strings.begin(), strings.end(),
-              [this](const std::u16string& a, const std::u16string& b) { return CompareByTable(a, b) < 0; });
+    std::sort(strings.begin(), strings.end(), [&](const std::u16string& a, const std::u16string& b) {
+        return CompareByTable(table, a, b) < 0;
+    });
     return std::adjacent_find(strings.begin(), strings.end(), [this](const auto& a, const auto& b) {
                return CompareByCollator(a, b) >= 0;
            }) == strings.end();
+}
+
+const NaturalOrder& UserNaturalOrder() {
+    thread_local const NaturalOrder order{QLocale().collation()};
+    return order;
+}
+
+std::vector<std::uint32_t> OrderNaturally(const std::vector<std::u16string_view>& names) {
+    const NaturalOrder& order = UserNaturalOrder();
+    std::vector<std::uint32_t> places(names.size());
+    std::iota(places.begin(), places.end(), 0u);
+    std::string keys;
+    std::vector<std::size_t> ends;
+    ends.reserve(names.size());
+    for (const std::u16string_view name : names) {
+        if (!order.AppendSortKey(name, keys)) break;
+        ends.push_back(keys.size());
+    }
+    const auto keyOf = [&](std::uint32_t place) {
+        const std::size_t begin = place == 0 ? 0 : ends[place - 1];
+        return std::string_view(keys).substr(begin, ends[place] - begin);
+    };
+    if (ends.size() == names.size())
+        std::ranges::sort(places, {}, keyOf);
+    else
+        std::ranges::sort(places, [&](auto a, auto b) { return order.Compare(names[a], names[b]) < 0; });
+    return places;
 }
 
 }  // namespace desk

@@ -3,7 +3,10 @@
 #include <QCollator>
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/core/Export.h"
 
@@ -15,7 +18,8 @@ namespace desk {
 ///
 /// Names of printable ASCII are compared by a table of weights that is derived from the collator and kept only
 /// if it orders all pairs of characters as the collator does (languages in which "ch" or "aa" is one letter
-/// fail that): an order of magnitude faster, and the same order, so that both ways may be mixed.
+/// fail that): an order of magnitude faster, and the same order, so that both ways may be mixed. It is derived
+/// once for each language.
 ///
 /// One thread at a time: the collator is not safe to share.
 class ZUHOST_API NaturalOrder {
@@ -28,23 +32,37 @@ public:
     /// The same, always by the collator.
     int CompareByCollator(std::u16string_view a, std::u16string_view b) const;
 
-    bool IsUsingTable() const { return mIsUsingTable; }
+    /// Appends to `key` the bytes by which `text` is ordered among other such keys (each byte counts, then the
+    /// length) as `Compare` orders the texts. False, with `key` as it was, when the table cannot order `text`.
+    bool AppendSortKey(std::u16string_view text, std::string& key) const;
+
+    bool IsUsingTable() const { return mTable->mIsLikeCollator; }
 
 private:
     struct Weight {
-        /// The rank among the characters that differ in more than case.
+        /// The rank among the characters that differ in more than case; from 1.
         std::uint8_t mLetter = 0;
         std::uint8_t mCase = 0;
     };
+    struct Table {
+        std::array<Weight, 128> mWeights;
+        bool mIsLikeCollator = false;
+    };
 
-    void DeriveTable();
-    bool IsTableLikeCollator() const;
-    int CompareByTable(std::u16string_view a, std::u16string_view b) const;
+    std::shared_ptr<const Table> FindTable() const;
+    Table DeriveTable() const;
+    bool IsLikeCollator(const Table& table) const;
+    static int CompareByTable(const Table& table, std::u16string_view a, std::u16string_view b);
     int CompareEquivalents(std::u16string_view a, std::u16string_view b) const;
 
     QCollator mCollator;
-    std::array<Weight, 128> mWeights;
-    bool mIsUsingTable = false;
+    std::shared_ptr<const Table> mTable;
 };
+
+/// The natural order of the user's language, for the calling thread.
+ZUHOST_API const NaturalOrder& UserNaturalOrder();
+
+/// The places of `names` in the natural order of the user's language. Any thread.
+ZUHOST_API std::vector<std::uint32_t> OrderNaturally(const std::vector<std::u16string_view>& names);
 
 }  // namespace desk

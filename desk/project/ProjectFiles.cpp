@@ -1,6 +1,5 @@
 #include "host/project/ProjectFiles.h"
 
-#include <QLocale>
 #include <algorithm>
 #include <string_view>
 
@@ -48,8 +47,7 @@ bool IsVantorProjectFile(const UTF16String& path) {
 }
 
 int CompareStringsIncludingNumericValues(const UTF16String& a, const UTF16String& b) {
-    thread_local const desk::NaturalOrder order{QLocale().collation()};
-    return order.Compare(a, b);
+    return desk::UserNaturalOrder().Compare(a, b);
 }
 
 }  // namespace host

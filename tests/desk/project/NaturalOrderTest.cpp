@@ -88,7 +88,7 @@ TEST(NaturalOrder, FollowsTheLanguage) {
     EXPECT_FALSE(OrderOf("da_DK").IsUsingTable());
 }
 
-TEST(NaturalOrder, TableAndCollatorAreOneOrder) {
+TEST(NaturalOrder, TableKeysAndCollatorAreOneOrder) {
     RandomNames name(AsciiPieces());
     for (const char* locale : {"en_US", "C", "de_DE", "sv_SE", "tr_TR", "et_EE", "mt_MT", "ja_JP"}) {
         const NaturalOrder order = OrderOf(locale);
@@ -97,6 +97,11 @@ TEST(NaturalOrder, TableAndCollatorAreOneOrder) {
             const std::u16string a = name();
             const std::u16string b = name();
             ASSERT_EQ(order.Compare(a, b), order.CompareByCollator(a, b))
+                << locale << ": " << host::UTF16to8(a) << " | " << host::UTF16to8(b);
+            std::string keyA;
+            std::string keyB;
+            ASSERT_TRUE(order.AppendSortKey(a, keyA) && order.AppendSortKey(b, keyB));
+            ASSERT_EQ(Sign(keyA.compare(keyB)), order.Compare(a, b))
                 << locale << ": " << host::UTF16to8(a) << " | " << host::UTF16to8(b);
         }
     }
@@ -128,4 +133,13 @@ TEST(NaturalOrder, TheHostsComparisonFollowsIt) {
     EXPECT_LT(host::CompareStringsIncludingNumericValues(u"Take 9", u"Take 10"), 0);
     EXPECT_GT(host::CompareStringsIncludingNumericValues(u"1000", u"900"), 0);
     EXPECT_EQ(host::CompareStringsIncludingNumericValues(u"Take 9", u"Take 9"), 0);
+}
+
+TEST(NaturalOrder, OrdersNamesByKeysOrByTheCollator) {
+    using Places = std::vector<std::uint32_t>;
+    EXPECT_EQ(desk::OrderNaturally({}), Places());
+    EXPECT_EQ(desk::OrderNaturally({u"Take 10", u"take 9", u"Take 9", u"Edit"}), (Places{3, 1, 2, 0}));
+    EXPECT_EQ(desk::OrderNaturally({u"Take 10", u"T\u00E4ke 9", u"Take 9", u"Edit"}), (Places{3, 2, 1, 0}));
+    const std::u16string longName(300, u'1');
+    EXPECT_EQ(desk::OrderNaturally({longName, u"9"}), (Places{1, 0}));
 }
