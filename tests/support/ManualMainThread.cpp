@@ -14,6 +14,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
+/// Longer than any test's work takes: what hangs fails the test instead of stopping the program.
+constexpr milliseconds kLongestWork = std::chrono::seconds(60);
+
 void HandleQtEvents() {
     if (!QCoreApplication::instance()) return;
     QCoreApplication::processEvents();
@@ -30,12 +33,16 @@ ManualMainThread::~ManualMainThread() {
 
 void ManualMainThread::RunUntilIdle() {
     ASSERT_EQ(std::this_thread::get_id(), mThread);
+    const auto end = std::chrono::steady_clock::now() + kLongestWork;
     // Handling events may post new ones; only rounds without any effect count as idle.
     for (int quietRounds = 0; quietRounds < 3; ++quietRounds) {
         const bool hasRun = RunQueue() | RunDue();
         HandleQtEvents();
         if (WaitForWorkers() || hasRun) quietRounds = -1;
         if (mHaveWorkersHung) return;
+        if (std::chrono::steady_clock::now() < end) continue;
+        ADD_FAILURE() << "Work goes on without end";
+        return;
     }
 }
 
@@ -43,8 +50,7 @@ void ManualMainThread::RunUntilIdle() {
 bool ManualMainThread::WaitForWorkers() {
     const desk::Services& services = desk::GetServices();
     if (!services.mWorkerPool || !services.mWorkerPool->IsBusy()) return false;
-    // Longer than any test's work takes: a worker that hangs fails the test instead of stopping the program.
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(mHaveWorkersHung ? 0 : 60);
+    const auto end = std::chrono::steady_clock::now() + (mHaveWorkersHung ? milliseconds(0) : kLongestWork);
     while (!services.mWorkerPool->WaitUntilIdle(milliseconds(1)) && !HasQueued()) {
         mHaveWorkersHung = std::chrono::steady_clock::now() >= end;
         if (!mHaveWorkersHung) continue;
