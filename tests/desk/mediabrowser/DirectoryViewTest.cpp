@@ -1,0 +1,274 @@
+#include <QAbstractItemModelTester>
+#include <QTreeView>
+#include <QWidget>
+
+#include "desk/toolkit/TreeAccess.h"
+#include "desk/toolkit/WidgetContainer.h"
+#include "host/files/PathUtils.h"
+#include "host/mediabrowser/MediaBrowserDirectoryView.h"
+#include "tests/desk/files/FollowedFolder.h"
+
+using host::RowRef;
+using host::UTF16String;
+
+namespace {
+
+/// Rows as they show, two blanks a level.
+using Rows = std::vector<std::string>;
+
+/// Shows all that is delivered.
+class TestView : public host::MediaBrowserDirectoryView {
+public:
+    explicit TestView(std::shared_ptr<host::MediaBrowserContentManager> manager)
+        : MediaBrowserDirectoryView({}, std::move(manager)) {}
+
+    void UpdateTreeFromContent(const RowRef& row, const UTF16String& path,
+                               const host::DirectoryContent& content,
+                               const host::ContentDelivery& delivery) override {
+        ++mDeliveries;
+        std::set<UTF16String> paths;
+        for (const host::PropertyMap& item : content)
+            paths.insert(*item.Find<UTF16String>(host::MediaBrowserContentManager::kPathField));
+        InsertDirectoryContent(row, paths, delivery, mRoot);
+        EXPECT_EQ(row ? GetRowPath(row.get()) : mRoot, path);
+    }
+    void AddRowToMaps(const RowRef& row, const host::DirectoryRowData& data) override {
+        MediaBrowserDirectoryView::AddRowToMaps(row, data);
+        EXPECT_TRUE(mInMaps.insert(GetRowPath(row.get())).second);
+    }
+    void RemoveRowFromMaps(const RowRef& row) override {
+        EXPECT_EQ(mInMaps.erase(GetRowPath(row.get())), 1u) << "removed twice, or after its parent";
+        MediaBrowserDirectoryView::RemoveRowFromMaps(row);
+        EXPECT_EQ(GetRowPath(row.get()), u"");
+    }
+    bool CanRowHaveChildren(const RowRef& row) const override {
+        return !GetRowPath(row.get()).ends_with(u".zuproj");
+    }
+    bool CanOpenRow(const RowRef& row) const override { return CanRowHaveChildren(row); }
+    void OnDirectoryChanged(const UTF16String& path) override {
+        ++mChanges;
+        MediaBrowserDirectoryView::OnDirectoryChanged(path);
+    }
+    using MediaBrowserDirectoryView::FindChildRow;
+
+    UTF16String mRoot;
+    std::set<UTF16String> mInMaps;
+    int mDeliveries = 0;
+    int mChanges = 0;
+};
+
+class DirectoryViewTest : public FollowedFolder {
+protected:
+    DirectoryViewTest() {
+        UseInotify();
+        mAppliesChanges = false;
+        MakeView();
+    }
+    ~DirectoryViewTest() override { DropView(); }
+    void DropView() {
+        if (mView) mContainer->RemoveChild(mView.get());
+        mView.reset();
+    }
+
+    void MakeView() {
+        mView = new TestView(mManager);
+        host::MediaBrowserMultiColumnTree& tree = *mView->GetTree();
+        const host::RefPtr<host::UI_MultiColumnTreeHeaderRow> header =
+            new host::UI_MultiColumnTreeHeaderRow(tree);
+        header->AppendColumn(u"Name", 1);
+        tree.SetHeaderRow(header);
+        tree.SetCellSortDataFunction(std::make_shared<std::function<UTF16String(const RowRef&, unsigned)>>(
+            [view = mView.get()](const RowRef& row, unsigned) { return view->GetRowPath(row.get()); }));
+        mContainer->AddChild(mView);
+        mView->UI_SetBounds({0, 0, 400, 300});
+        mView->mRoot = mFolder.PathUTF16();
+        new QAbstractItemModelTester(desk::GetTreeWidget(tree)->model(),
+                                     QAbstractItemModelTester::FailureReportingMode::Warning,
+                                     desk::GetTreeWidget(tree));
+        mWindow.resize(400, 300);
+        mWindow.show();
+        Monitor();
+    }
+    void ShowRoot() {
+        mView->RequestDirectoryContent(mView->mRoot, {}, {});
+        Settle();
+    }
+    void Settle() {
+        mMain.Advance(desk::ChangeCollector::kPace);
+        CheckConsistent();
+    }
+    bool WaitForRows(const Rows& rows) {
+        const bool isDone = WaitFor([&] { return ShownRows() == rows; });
+        if (!isDone) {
+            EXPECT_EQ(ShownRows(), rows);
+        }
+        CheckConsistent();
+        return isDone;
+    }
+    Rows ShownRows() const {
+        Rows names;
+        for (const RowRef& row : mView->GetTree()->GetOpenedRows()) {
+            std::string indentation;
+            for (RowRef parent = row->GetParentRow(); parent; parent = parent->GetParentRow())
+                indentation += "  ";
+            names.push_back(indentation + NameOf(mView->GetRowPath(row.get())));
+        }
+        return names;
+    }
+    RowRef Row(const std::string& path) const {
+        for (const RowRef& row : mView->GetAllRows())
+            if (mView->GetRowPath(row.get()) == Path(path)) return row;
+        return {};
+    }
+    void Open(const std::string& path) {
+        mView->GetTree()->OpenRow(Row(path).get());
+        Settle();
+    }
+    void Close(const std::string& path) {
+        mView->GetTree()->CloseRow(Row(path).get());
+        Settle();
+    }
+    void CheckConsistent() const {
+        std::set<UTF16String> paths;
+        for (const RowRef& row : mView->GetAllRows()) {
+            const UTF16String path = mView->GetRowPath(row.get());
+            EXPECT_TRUE(paths.insert(path).second) << "two rows for " << host::UTF16to8(path);
+            EXPECT_EQ(mView->FindChildRow(row->GetParentRow().get(), host::PathUtils::GetFullFilePart(path)),
+                      row);
+        }
+        EXPECT_EQ(paths, mView->mInMaps);
+    }
+
+    QWidget mWindow;
+    host::RefPtr<host::UI_Container> mContainer = desk::CreateWidgetContainer(mWindow);
+    std::shared_ptr<host::MediaBrowserContentManager> mManager =
+        std::make_shared<host::MediaBrowserContentManager>();
+    host::RefPtr<TestView> mView;
+};
+
+TEST_F(DirectoryViewTest, ShowsFoldersAsTheyAreOpened) {
+    mFolder.Write("Reels/A.zuproj");
+    mFolder.Write("Reels/Old/B.zuproj");
+    mFolder.Write("Z.zuproj");
+    mFolder.MakeFolder("Empty");
+    ShowRoot();
+    EXPECT_EQ(ShownRows(), (Rows{"Empty", "Reels", "Z.zuproj"}));
+    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 1);
+    Open("Reels");
+    Open("Reels/Old");
+    Open("Empty");
+    EXPECT_EQ(ShownRows(), (Rows{"Empty", "Reels", "  A.zuproj", "  Old", "    B.zuproj", "Z.zuproj"}));
+    Close("Reels");
+    Open("Reels");
+    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 4) << "what is known is not listed again";
+    mView->RefreshDirectoryContent(Row("Reels"));
+    Settle();
+    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 5);
+    EXPECT_EQ(mView->GetRowPath(nullptr), u"");
+}
+
+TEST_F(DirectoryViewTest, FollowsChangesAndKeepsTheRest) {
+    for (const char* name : {"A", "B", "C"}) mFolder.Write("Reels/" + std::string(name) + ".zuproj");
+    ShowRoot();
+    Open("Reels");
+    const RowRef kept = Row("Reels/B.zuproj");
+    mView->GetTree()->SelectRow(kept.get(), true, false, true);
+    mFolder.Remove("Reels/A.zuproj");
+    mFolder.Rename("Reels/C.zuproj", "Reels/D.zuproj");
+    mFolder.Write("E.zuproj");
+    ASSERT_TRUE(WaitForRows({"E.zuproj", "Reels", "  B.zuproj", "  D.zuproj"}));
+    EXPECT_EQ(Row("Reels/B.zuproj"), kept);
+    EXPECT_EQ(mView->GetSelectedPaths(), host::UTF16StringVec{Path("Reels/B.zuproj")});
+    mFolder.Remove("Reels");
+    ASSERT_TRUE(WaitForRows({"E.zuproj"}));
+    EXPECT_TRUE(mView->GetSelectedPaths().empty());
+    EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 1u);
+}
+
+TEST_F(DirectoryViewTest, BringsAFolderUpToDateWhenItShowsAgain) {
+    mFolder.Write("Reels/Old/A.zuproj");
+    ShowRoot();
+    Open("Reels");
+    Open("Reels/Old");
+    Close("Reels");
+    mDisk.ResetCounts();
+    const int changes = mView->mChanges;
+    mFolder.Write("Reels/B.zuproj");
+    mFolder.Write("Reels/Old/C.zuproj");
+    ASSERT_TRUE(WaitFor([&] { return mView->mChanges >= changes + 2; }));
+    Settle();
+    EXPECT_EQ(mDisk.Count(Operation::Status) + mDisk.Count(Operation::ListFolder), 0) << "nobody sees it";
+    Open("Reels");
+    ASSERT_TRUE(WaitForRows({"Reels", "  B.zuproj", "  Old", "    A.zuproj", "    C.zuproj"}));
+}
+
+TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsAndTriesAgain) {
+    mFolder.Write("Reels/A.zuproj");
+    ShowRoot();
+    {
+        ExpectLogged log("(faulty)");
+        mDisk.Deny(mFolder.Path("Reels"), EIO);
+        Open("Reels");
+        EXPECT_EQ(ShownRows(), Rows{"Reels"});
+    }
+    mDisk.Allow(mFolder.Path("Reels"));
+    Close("Reels");
+    Open("Reels");
+    EXPECT_EQ(ShownRows(), (Rows{"Reels", "  A.zuproj"}));
+    {
+        ExpectLogged log("(faulty)");
+        mDisk.Deny(mFolder.Path("Reels"), EIO);
+        mView->RefreshDirectoryContent(Row("Reels"));
+        Settle();
+    }
+    EXPECT_EQ(ShownRows(), (Rows{"Reels", "  A.zuproj"}));
+}
+
+TEST_F(DirectoryViewTest, ShowsManyRowsInPartsAndFindsThem) {
+    for (int i = 0; i < 3000; ++i) mFolder.Write("Reel " + std::to_string(i) + ".zuproj");
+    ShowRoot();
+    EXPECT_GE(mView->mDeliveries, 3);
+    EXPECT_EQ(ShownRows().size(), 3000u);
+    for (int i = 0; i < 3000; i += 3) mFolder.Remove("Reel " + std::to_string(i) + ".zuproj");
+    mFolder.Write("Reel 5000.zuproj");
+    ASSERT_TRUE(WaitFor([&] { return ShownRows().size() == 2001; }));
+    CheckConsistent();
+}
+
+TEST_F(DirectoryViewTest, ShowsOnlyTheNewRoot) {
+    mFolder.Write("North/A.zuproj");
+    mFolder.Write("South/B.zuproj");
+    mView->mRoot = Path("North");
+    ShowRoot();
+    ASSERT_EQ(ShownRows(), Rows{"A.zuproj"});
+    mView->RequestDirectoryContent(mView->mRoot, {}, {});
+    mView->mRoot = Path("South");
+    ShowRoot();
+    EXPECT_EQ(ShownRows(), Rows{"B.zuproj"});
+    EXPECT_FALSE(mStore->IsListed(Path("North")));
+    mView->RemoveAllRows();
+    Settle();
+    EXPECT_EQ(ShownRows(), Rows{});
+    ShowRoot();
+    EXPECT_EQ(ShownRows(), Rows{"B.zuproj"}) << "what was removed is delivered whole again";
+}
+
+TEST_F(DirectoryViewTest, MayDieAtAnyTime) {
+    mFolder.Write("Reels/A.zuproj");
+    ShowRoot();
+    const host::RefPtr<host::MediaBrowserMultiColumnTree> tree = mView->GetTree();
+    mView->GetTree()->OpenRow(Row("Reels").get());
+    DropView();
+    mMain.Advance(std::chrono::seconds(1));
+    mFolder.Write("B.zuproj");
+    mMain.Advance(std::chrono::seconds(1));
+    EXPECT_FALSE(mStore->IsListed(mFolder.PathUTF16()));
+    // The tree may live on, without asking the view.
+    for (const RowRef& row : tree->GetTopLevelRows()) tree->CloseRow(row.get());
+    MakeView();
+    mManager.reset();
+    ShowRoot();
+    EXPECT_EQ(ShownRows(), (Rows{"B.zuproj", "Reels"}));
+}
+
+}  // namespace
