@@ -55,12 +55,12 @@ install_packages() {
 show_progress() {
     local line shown=
     while IFS= read -r line; do
-        [[ $line =~ ^\[([0-9]+)/([0-9]+)\] && $line != *Re-checking* ]] || continue
+        [[ $line =~ ^\[[0-9]+/([0-9]+)\]\ (Building|Linking|Automatic) ]] || continue
         if [[ -t 2 ]]; then
             printf '\r\033[K%s' "${line:0:${COLUMNS:-80}}" >&2
             shown=1
         elif [[ -z $shown ]]; then
-            say "Building (${BASH_REMATCH[2]} steps)"
+            say "Building (${BASH_REMATCH[1]} steps)"
             shown=1
         fi
     done

@@ -1,5 +1,7 @@
 #include "desk/app/Screenshot.h"
 
+#include <sys/stat.h>
+
 #include <QBuffer>
 #include <QPixmap>
 #include <QWidget>
@@ -55,6 +57,9 @@ std::string Screenshot::Write() const {
     if (!mWindow.grab().save(&buffer, "PNG")) return "the picture could not be made";
     try {
         GetServices().mFileSystem->ReplaceFile(mPath, bytes.toStdString());
+        const mode_t mask = umask(0);
+        umask(mask);
+        chmod(mPath.c_str(), 0666 & ~mask);  // A picture is no secret, as settings are.
         return {};
     } catch (const host::FileException& exception) {
         return exception.what();
