@@ -26,8 +26,9 @@ const std::vector<RowRef>& MediaBrowserMultiColumnTree::GetChildRowsOf(const UI_
     return row ? row->GetChildRows() : GetTopLevelRows();
 }
 
-void MediaBrowserMultiColumnTree::DrawCellText(Drawbot& drawbot, const UTF16String& text, const RectT<float>& cell,
-                                               Point offset, float fontSize, UI_Alignment alignment) {
+void MediaBrowserMultiColumnTree::DrawCellText(Drawbot& drawbot, const UTF16String& text,
+                                               const RectT<float>& cell, Point offset, float fontSize,
+                                               UI_Alignment alignment) {
     Drawbot::Impl& impl = drawbot.GetImpl();
     const QRectF rect(double(cell.x) + kCellMargin + offset.x, double(cell.y) + offset.y,
                       double(cell.width) - 2 * kCellMargin - offset.x, double(cell.height));

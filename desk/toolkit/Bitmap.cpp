@@ -41,7 +41,9 @@ void Bitmap::FillPictureSupplyMessage(UI_ImageSupplyMessage& message, std::strin
 
 Picture::~Picture() = default;
 
-PictureRef GetGenericFolderIcon(DrawSupplier*, int, int) { return PictureRef(new desk::ThemePicture("folder")); }
+PictureRef GetGenericFolderIcon(DrawSupplier*, int, int) {
+    return PictureRef(new desk::ThemePicture("folder"));
+}
 
 }  // namespace host
 
@@ -51,7 +53,8 @@ void PaintThemePicture(QPainter& painter, const std::string& name, const QRectF&
     const double side = std::floor(std::min(rect.width(), rect.height()));
     if (side < 1) return;
     const QPixmap picture = Theme::Picture(name, side, painter.device()->devicePixelRatioF(), enabled);
-    const QPointF corner(std::round(rect.x() + (rect.width() - side) / 2), std::round(rect.y() + (rect.height() - side) / 2));
+    const QPointF corner(std::round(rect.x() + (rect.width() - side) / 2),
+                         std::round(rect.y() + (rect.height() - side) / 2));
     painter.drawPixmap(corner, picture);
 }
 

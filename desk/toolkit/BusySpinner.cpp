@@ -23,7 +23,9 @@ BusySpinner::BusySpinner(QAbstractScrollArea& view) : QWidget(&view), mView(view
     hide();
 }
 
-BusySpinner::~BusySpinner() { Stop(); }
+BusySpinner::~BusySpinner() {
+    Stop();
+}
 
 void BusySpinner::Start(int alignment) {
     mAlignment = alignment;

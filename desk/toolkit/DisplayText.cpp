@@ -17,10 +17,14 @@ bool IsControl(char16_t unit) {
 
 QString Escape(char16_t unit) {
     switch (unit) {
-        case u'\n': return QStringLiteral("\\n");
-        case u'\r': return QStringLiteral("\\r");
-        case u'\t': return QStringLiteral("\\t");
-        default: break;
+        case u'\n':
+            return QStringLiteral("\\n");
+        case u'\r':
+            return QStringLiteral("\\r");
+        case u'\t':
+            return QStringLiteral("\\t");
+        default:
+            break;
     }
     const QString digits = QString::number(unit, 16).toUpper();
     // A lone unit in U+DC80..U+DCFF stands for a byte of a file name.

@@ -61,7 +61,9 @@ namespace desk {
 
 /// The desktop's half of a container.
 struct ContainerImpl : host::UI_Node::Impl {
-    static ContainerImpl& Of(const host::UI_Container& node) { return static_cast<ContainerImpl&>(node.GetImpl()); }
+    static ContainerImpl& Of(const host::UI_Container& node) {
+        return static_cast<ContainerImpl&>(node.GetImpl());
+    }
 
     void AddChild(host::RefPtr<host::UI_Node> child);
     void RemoveChild(host::UI_Node* child);

@@ -24,7 +24,9 @@ public:
     explicit CellContainer(host::UI_MultiColumnTreeRow& row) : UI_Container(std::make_unique<CellImpl>(row)) {}
 };
 
-inline CellImpl& ImplOf(const CellContainer& cell) { return static_cast<CellImpl&>(cell.GetImpl()); }
+inline CellImpl& ImplOf(const CellContainer& cell) {
+    return static_cast<CellImpl&>(cell.GetImpl());
+}
 
 }  // namespace desk
 

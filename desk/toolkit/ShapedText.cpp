@@ -28,7 +28,8 @@ struct CachedTextKey {
 };
 
 size_t qHash(const CachedTextKey& key, size_t seed) {
-    return qHashMulti(seed, QStringView(key.mText.data(), qsizetype(key.mText.size())), key.mFontHeight, key.mWidth);
+    return qHashMulti(seed, QStringView(key.mText.data(), qsizetype(key.mText.size())), key.mFontHeight,
+                      key.mWidth);
 }
 
 QCache<CachedTextKey, ShapedText>& Texts() {
@@ -84,7 +85,8 @@ double ShapedText::NaturalWidth(const TextFont& font) {
     return std::ceil(mNaturalWidth);
 }
 
-void ShapedText::Draw(QPainter& painter, const QRectF& rect, const TextFont& font, host::UI_Alignment alignment) {
+void ShapedText::Draw(QPainter& painter, const QRectF& rect, const TextFont& font,
+                      host::UI_Alignment alignment) {
     if (mText.isEmpty() || rect.width() <= 0) return;
     Shape(font, rect.width());
     double x = rect.x();

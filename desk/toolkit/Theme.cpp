@@ -26,10 +26,12 @@ namespace {
 using Colors = std::array<QRgb, 16>;
 
 // In the order of ThemeColor.
-constexpr Colors kDark{0xff22262c, 0xff1d2025, 0xff1b1e23, 0xff262a31, 0xff353a42, 0xffe6e9ef, 0xff9aa1ac, 0xff5d646e,
-                       0xff4a90e2, 0xff2b4f7e, 0xffffffff, 0xffd9b25f, 0xffc7ccd6, 0xffe0605a, 0xff59c27a, 0xff15171a};
-constexpr Colors kLight{0xfff3f4f6, 0xffe4e7eb, 0xffffffff, 0xffeceef1, 0xffcbd0d7, 0xff1f2328, 0xff59616c, 0xffa3aab4,
-                        0xff1f6fd0, 0xffcfe2fa, 0xff10233c, 0xffd9a53f, 0xff454c57, 0xffc8362f, 0xff23864a, 0xffffffff};
+constexpr Colors kDark{0xff22262c, 0xff1d2025, 0xff1b1e23, 0xff262a31, 0xff353a42, 0xffe6e9ef,
+                       0xff9aa1ac, 0xff5d646e, 0xff4a90e2, 0xff2b4f7e, 0xffffffff, 0xffd9b25f,
+                       0xffc7ccd6, 0xffe0605a, 0xff59c27a, 0xff15171a};
+constexpr Colors kLight{0xfff3f4f6, 0xffe4e7eb, 0xffffffff, 0xffeceef1, 0xffcbd0d7, 0xff1f2328,
+                        0xff59616c, 0xffa3aab4, 0xff1f6fd0, 0xffcfe2fa, 0xff10233c, 0xffd9a53f,
+                        0xff454c57, 0xffc8362f, 0xff23864a, 0xffffffff};
 
 constexpr int kFontPixels = 13;
 
@@ -73,7 +75,9 @@ public:
 QPalette MakePalette() {
     using enum ThemeColor;
     QPalette palette(Theme::Color(HeaderBackground), Theme::Color(WindowBackground));
-    const auto set = [&](QPalette::ColorRole role, ThemeColor color) { palette.setColor(role, Theme::Color(color)); };
+    const auto set = [&](QPalette::ColorRole role, ThemeColor color) {
+        palette.setColor(role, Theme::Color(color));
+    };
     set(QPalette::Window, WindowBackground);
     set(QPalette::WindowText, Text);
     set(QPalette::Base, FieldBackground);
@@ -89,7 +93,8 @@ QPalette MakePalette() {
     set(QPalette::HighlightedText, SelectionText);
     set(QPalette::Link, Accent);
     set(QPalette::LinkVisited, Accent);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::PlaceholderText})
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::PlaceholderText})
         palette.setColor(QPalette::Disabled, role, Theme::Color(DisabledText));
     return palette;
 }
@@ -104,9 +109,10 @@ QFont MakeFont() {
 /// The pictures are drawn in stand-in colours, one for each role.
 QByteArray WithRoleColors(QByteArray svg, bool enabled) {
     using enum ThemeColor;
-    const std::pair<const char*, ThemeColor> roles[] = {
-        {"#010101", IconStroke},   {"#020202", FolderIcon},     {"#030303", LockedIcon},    {"#040404", EditableIcon},
-        {"#050505", TreeBackground}, {"#060606", Accent},       {"#070707", SecondaryText}, {"#080808", Text}};
+    const std::pair<const char*, ThemeColor> roles[] = {{"#010101", IconStroke},     {"#020202", FolderIcon},
+                                                        {"#030303", LockedIcon},     {"#040404", EditableIcon},
+                                                        {"#050505", TreeBackground}, {"#060606", Accent},
+                                                        {"#070707", SecondaryText},  {"#080808", Text}};
     for (const auto& [standIn, role] : roles) {
         const bool isBackground = role == TreeBackground;
         const QColor color = Theme::Color(enabled || isBackground ? role : DisabledText);
@@ -141,7 +147,9 @@ void Theme::Apply(ThemeKind kind) {
     qApp->setStyleSheet(MakeStyleSheet());
 }
 
-ThemeKind Theme::CurrentKind() { return currentKind; }
+ThemeKind Theme::CurrentKind() {
+    return currentKind;
+}
 
 QColor Theme::Color(ThemeColor color) {
     return QColor((currentKind == ThemeKind::Dark ? kDark : kLight)[static_cast<std::size_t>(color)]);

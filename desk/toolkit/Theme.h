@@ -13,8 +13,22 @@ enum class ThemeKind { Dark, Light };
 
 /// Roles of colours beyond the palette's.
 enum class ThemeColor {
-    WindowBackground, PanelBackground, TreeBackground, HeaderBackground, Line, Text, SecondaryText, DisabledText,
-    Accent, Selection, SelectionText, FolderIcon, IconStroke, LockedIcon, EditableIcon, FieldBackground
+    WindowBackground,
+    PanelBackground,
+    TreeBackground,
+    HeaderBackground,
+    Line,
+    Text,
+    SecondaryText,
+    DisabledText,
+    Accent,
+    Selection,
+    SelectionText,
+    FolderIcon,
+    IconStroke,
+    LockedIcon,
+    EditableIcon,
+    FieldBackground
 };
 
 /// The look: colours, font, style sheet and pictures. UI thread.

@@ -85,15 +85,22 @@ QString MakeStyleSheet() {
     using enum ThemeColor;
     QString sheet = QString::fromLatin1(kTemplate);
     const bool isDark = Theme::CurrentKind() == ThemeKind::Dark;
-    const std::pair<const char*, QColor> names[] = {
-        {"@selectionText", Theme::Color(SelectionText)}, {"@selection", Theme::Color(Selection)},
-        {"@secondary", Theme::Color(SecondaryText)},     {"@disabled", Theme::Color(DisabledText)},
-        {"@window", Theme::Color(WindowBackground)},     {"@tabBar", isDark ? QColor(0x1a1d21) : QColor(0xdadee4)},
-        {"@accent", Theme::Color(Accent)},               {"@header", Theme::Color(HeaderBackground)},
-        {"@handle", Blend(Line, SecondaryText, 0.25)},   {"@hover", Blend(HeaderBackground, SecondaryText, 0.15)},
-        {"@field", Theme::Color(FieldBackground)},       {"@line", Theme::Color(Line)},
-        {"@tree", Theme::Color(TreeBackground)},         {"@text", Theme::Color(Text)},
-        {"@bar", Theme::Color(PanelBackground)},         {"@gap", isDark ? QColor(0x101215) : QColor(0xc3c9d1)}};
+    const std::pair<const char*, QColor> names[] = {{"@selectionText", Theme::Color(SelectionText)},
+                                                    {"@selection", Theme::Color(Selection)},
+                                                    {"@secondary", Theme::Color(SecondaryText)},
+                                                    {"@disabled", Theme::Color(DisabledText)},
+                                                    {"@window", Theme::Color(WindowBackground)},
+                                                    {"@tabBar", isDark ? QColor(0x1a1d21) : QColor(0xdadee4)},
+                                                    {"@accent", Theme::Color(Accent)},
+                                                    {"@header", Theme::Color(HeaderBackground)},
+                                                    {"@handle", Blend(Line, SecondaryText, 0.25)},
+                                                    {"@hover", Blend(HeaderBackground, SecondaryText, 0.15)},
+                                                    {"@field", Theme::Color(FieldBackground)},
+                                                    {"@line", Theme::Color(Line)},
+                                                    {"@tree", Theme::Color(TreeBackground)},
+                                                    {"@text", Theme::Color(Text)},
+                                                    {"@bar", Theme::Color(PanelBackground)},
+                                                    {"@gap", isDark ? QColor(0x101215) : QColor(0xc3c9d1)}};
     for (const auto& [name, color] : names) sheet.replace(QLatin1String(name), color.name());
     return sheet;
 }

@@ -66,14 +66,16 @@ void TreeHeader::paintSection(QPainter* painter, const QRect& rect, int section)
     if (isSorted) text.setWidth(std::max(0.0, text.width() - side - kMargin));
     painter->setPen(Theme::Color(ThemeColor::SecondaryText));
     const QString& title = column.mTitle;
-    const double natural = DrawCachedText(painter, {reinterpret_cast<const char16_t*>(title.utf16()), std::size_t(title.size())},
-                                          text, mFontHeight, column.mAlignment);
+    const double natural =
+        DrawCachedText(painter, {reinterpret_cast<const char16_t*>(title.utf16()), std::size_t(title.size())},
+                       text, mFontHeight, column.mAlignment);
     if (!isSorted) return;
     const bool isLeft = column.mAlignment == host::UI_Alignment::Left;
     const double x = isLeft ? text.x() + std::min(natural, text.width()) + kMargin : text.right() + kMargin;
     const bool isAscending = sortIndicatorOrder() == Qt::AscendingOrder;
-    painter->drawPixmap(QPointF(std::round(x), std::round(rect.y() + (rect.height() - side) / 2)),
-                        Theme::Picture(isAscending ? "sort-ascending" : "sort-descending", side, devicePixelRatioF()));
+    painter->drawPixmap(
+        QPointF(std::round(x), std::round(rect.y() + (rect.height() - side) / 2)),
+        Theme::Picture(isAscending ? "sort-ascending" : "sort-descending", side, devicePixelRatioF()));
 }
 
 }  // namespace desk

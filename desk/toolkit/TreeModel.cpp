@@ -39,7 +39,9 @@ int TreeModel::rowCount(const QModelIndex& parent) const {
 }
 
 // One column at least, so that rows have indexes before the columns are made.
-int TreeModel::columnCount(const QModelIndex&) const { return std::max(1, mTree.CountColumns()); }
+int TreeModel::columnCount(const QModelIndex&) const {
+    return std::max(1, mTree.CountColumns());
+}
 
 bool TreeModel::hasChildren(const QModelIndex& parent) const {
     if (!parent.isValid()) return rowCount() > 0;

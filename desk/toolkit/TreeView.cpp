@@ -16,7 +16,9 @@ class RowHeightDelegate : public QStyledItemDelegate {
 public:
     RowHeightDelegate(host::UI_MultiColumnTree::TreeImpl& tree, QObject* parent)
         : QStyledItemDelegate(parent), mTree(tree) {}
-    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override { return {0, mTree.mRowPixels}; }
+    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
+        return {0, mTree.mRowPixels};
+    }
 
 private:
     host::UI_MultiColumnTree::TreeImpl& mTree;
@@ -65,7 +67,8 @@ void TreeView::SetExpanded(const QModelIndex& index, bool expanded) {
 
 void TreeView::AnnounceRowChanged(const QModelIndex& index) {
     if (!QAccessible::isActive()) return;
-    Q_EMIT model()->dataChanged(index, index.siblingAtColumn(model()->columnCount() - 1), {Qt::AccessibleTextRole});
+    Q_EMIT model()->dataChanged(index, index.siblingAtColumn(model()->columnCount() - 1),
+                                {Qt::AccessibleTextRole});
 }
 
 void TreeView::doItemsLayout() {

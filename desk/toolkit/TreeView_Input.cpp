@@ -16,7 +16,9 @@ using Access = Row::Access;
 
 namespace {
 
-host::Point ToPoint(const QPoint& point) { return {point.x(), point.y()}; }
+host::Point ToPoint(const QPoint& point) {
+    return {point.x(), point.y()};
+}
 
 }  // namespace
 
@@ -100,7 +102,8 @@ void TreeView::contextMenuEvent(QContextMenuEvent* event) {
     if (event->reason() == QContextMenuEvent::Keyboard) {
         row = mTree.CurrentRow();
         if (row && !Access::IsSelected(*row)) row = mTree.mSelected.empty() ? nullptr : mTree.mSelected.back();
-        point = row ? mTree.CellRect(*row, 0, RectOf(row.get())).bottomLeft().toPoint() : viewport()->rect().center();
+        point = row ? mTree.CellRect(*row, 0, RectOf(row.get())).bottomLeft().toPoint()
+                    : viewport()->rect().center();
     } else {
         row = RowAt(point);
     }
@@ -109,7 +112,9 @@ void TreeView::contextMenuEvent(QContextMenuEvent* event) {
     event->setAccepted(Call(mTree.mCallbacks.mContextMenu, row, ToPoint(inTree)));
 }
 
-void TreeView::SelectByUser(Row& row) { mTree.Select(&row, true, true, true); }
+void TreeView::SelectByUser(Row& row) {
+    mTree.Select(&row, true, true, true);
+}
 
 void TreeView::OpenAllBelow(Row& row) {
     ToggleByUser(row, true);
@@ -133,14 +138,21 @@ bool TreeView::HandleTreeKey(int key, Row& current) {
             else if (const host::RowRef above = current.GetParentRow())
                 SelectByUser(*above);
             return true;
-        case Qt::Key_Plus: ToggleByUser(current, true); return true;
-        case Qt::Key_Minus: ToggleByUser(current, false); return true;
-        case Qt::Key_Asterisk: OpenAllBelow(current); return true;
+        case Qt::Key_Plus:
+            ToggleByUser(current, true);
+            return true;
+        case Qt::Key_Minus:
+            ToggleByUser(current, false);
+            return true;
+        case Qt::Key_Asterisk:
+            OpenAllBelow(current);
+            return true;
         case Qt::Key_Return:
         case Qt::Key_Enter:
             Call(mTree.mCallbacks.mDoubleClicked, host::RowRef(&current), ToPoint(RectOf(&current).center()));
             return true;
-        default: return false;
+        default:
+            return false;
     }
 }
 
@@ -154,9 +166,11 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
     QTreeView::keyPressEvent(event);
 }
 
-QItemSelectionModel::SelectionFlags TreeView::selectionCommand(const QModelIndex& index, const QEvent* event) const {
+QItemSelectionModel::SelectionFlags TreeView::selectionCommand(const QModelIndex& index,
+                                                               const QEvent* event) const {
     const auto command = QTreeView::selectionCommand(index, event);
-    if (!index.isValid() && !(mTree.mDeselectsOnEmptyClick && mTree.mSupportsNoneSelected)) return QItemSelectionModel::NoUpdate;
+    if (!index.isValid() && !(mTree.mDeselectsOnEmptyClick && mTree.mSupportsNoneSelected))
+        return QItemSelectionModel::NoUpdate;
     const bool couldEmpty = command & (QItemSelectionModel::Toggle | QItemSelectionModel::Deselect);
     if (!mTree.mSupportsNoneSelected && couldEmpty && mTree.mSelected.size() == 1 &&
         mTree.mSelected.front() == TreeModel::RowOf(index))
@@ -181,10 +195,12 @@ void TreeView::keyboardSearch(const QString& typed) {
     const bool isRepeated = mTyped.size() > 1 && mTyped.count(mTyped[0]) == mTyped.size();
     const QString wanted = isRepeated ? mTyped.left(1) : mTyped;
     const int current = mTree.IndexOfOpened(mTree.CurrentRow());
-    const std::size_t start = std::size_t(std::max(current, 0)) + ((isNew || isRepeated) && current >= 0 ? 1 : 0);
+    const std::size_t start =
+        std::size_t(std::max(current, 0)) + ((isNew || isRepeated) && current >= 0 ? 1 : 0);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         Row& row = *rows[(start + i) % rows.size()];
-        if (mTree.IsMine(&row) && mTree.NameOf(row).startsWith(wanted, Qt::CaseInsensitive)) return SelectByUser(row);
+        if (mTree.IsMine(&row) && mTree.NameOf(row).startsWith(wanted, Qt::CaseInsensitive))
+            return SelectByUser(row);
     }
 }
 

@@ -51,7 +51,8 @@ void TreeView::PaintEmptyText() {
     QPainter painter(viewport());
     painter.setPen(Theme::Color(ThemeColor::SecondaryText));
     painter.setFont(font());
-    painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap, mTree.mEmptyText);
+    painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap,
+                     mTree.mEmptyText);
 }
 
 void TreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
@@ -59,7 +60,8 @@ void TreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, co
     PaintBackground(*painter, option.rect, row);
     for (int column = 0; column < mTree.CountColumns(); ++column) {
         const int x = mHeader->sectionViewportPosition(column);
-        if (x < viewport()->width() && x + mHeader->sectionSize(column) > 0) PaintCell(*painter, option.rect, row, column);
+        if (x < viewport()->width() && x + mHeader->sectionSize(column) > 0)
+            PaintCell(*painter, option.rect, row, column);
     }
     PaintTriangle(*painter, option.rect, row);
     PaintLines(*painter, option.rect);
@@ -70,10 +72,12 @@ void TreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, co
 }
 
 void TreeView::PaintBackground(QPainter& painter, const QRect& rect, Row& row) const {
-    if (row.GetBackgroundColorID() == kPanelRowColor) painter.fillRect(rect, Theme::Color(ThemeColor::TreeBackground));
+    if (row.GetBackgroundColorID() == kPanelRowColor)
+        painter.fillRect(rect, Theme::Color(ThemeColor::TreeBackground));
     if (Access::IsSelected(row)) {
         const bool hasColor = IsSet(mTree.mCallbacks.mSelectionColor);
-        const bool isPanelRow = hasColor && Call(mTree.mCallbacks.mSelectionColor, host::RowRef(&row)) == kPanelRowColor;
+        const bool isPanelRow =
+            hasColor && Call(mTree.mCallbacks.mSelectionColor, host::RowRef(&row)) == kPanelRowColor;
         painter.fillRect(rect, Theme::Color(isPanelRow ? ThemeColor::TreeBackground : ThemeColor::Selection));
     } else if (&row == mHovered) {
         painter.fillRect(rect, WithAlpha(ThemeColor::SecondaryText, 22));
@@ -95,7 +99,8 @@ void TreeView::PaintCell(QPainter& painter, const QRect& rect, Row& row, int col
         host::Drawbot::Impl impl{&painter, color, 0};
         host::Drawbot drawbot(impl);
         Call(mTree.mCallbacks.mDrawCell, drawbot, host::RowRef(&row), unsigned(mTree.PositionOfColumn(column)),
-             host::RectT<float>{float(cellRect.x()), float(cellRect.y()), float(cellRect.width()), float(cellRect.height())});
+             host::RectT<float>{float(cellRect.x()), float(cellRect.y()), float(cellRect.width()),
+                                float(cellRect.height())});
     }
 }
 
@@ -103,8 +108,8 @@ void TreeView::PaintTriangle(QPainter& painter, const QRect& rect, Row& row) con
     if (!Access::MayHaveChildren(row) || mTree.CountColumns() == 0) return;
     const QRectF place = mTree.TriangleRect(row, rect);
     if (place.right() > mHeader->sectionViewportPosition(0) + mHeader->sectionSize(0)) return;
-    painter.drawPixmap(place.topLeft(), Theme::Picture(row.IsOpen() ? "triangle-open" : "triangle-closed", place.width(),
-                                                       devicePixelRatioF()));
+    painter.drawPixmap(place.topLeft(), Theme::Picture(row.IsOpen() ? "triangle-open" : "triangle-closed",
+                                                       place.width(), devicePixelRatioF()));
 }
 
 void TreeView::PaintLines(QPainter& painter, const QRect& rect) const {
@@ -119,7 +124,8 @@ void TreeView::PaintLines(QPainter& painter, const QRect& rect) const {
 
 int TreeView::sizeHintForColumn(int column) const {
     double width = 0;
-    for (const host::RowRef& row : mTree.mVisible) width = std::max(width, mTree.NaturalCellWidth(*row, column));
+    for (const host::RowRef& row : mTree.mVisible)
+        width = std::max(width, mTree.NaturalCellWidth(*row, column));
     return int(width) + mTree.mRowPixels / 2;
 }
 

@@ -37,7 +37,9 @@ void ControlImpl::Notify(const host::UI_ChangeFunction& function) {
 namespace host {
 
 namespace {
-desk::ControlImpl& ImplOf(UI_ControlView& control) { return static_cast<desk::ControlImpl&>(control.GetImpl()); }
+desk::ControlImpl& ImplOf(UI_ControlView& control) {
+    return static_cast<desk::ControlImpl&>(control.GetImpl());
+}
 }  // namespace
 
 UI_ControlView::~UI_ControlView() = default;
@@ -48,7 +50,9 @@ void UI_ControlView::SetToolTipText(const UTF16String& text, int delayMillisecon
     if (ImplOf(*this).mWidget) ImplOf(*this).ApplyToWidget();
 }
 
-void UI_ControlView::NotifyWhenChanged(UI_ChangeFunction function) { ImplOf(*this).mChanged = std::move(function); }
+void UI_ControlView::NotifyWhenChanged(UI_ChangeFunction function) {
+    ImplOf(*this).mChanged = std::move(function);
+}
 
 UI_InteractiveControlView::~UI_InteractiveControlView() = default;
 

@@ -17,7 +17,9 @@ namespace host {
 using TreeImpl = UI_MultiColumnTree::TreeImpl;
 using Row = UI_MultiColumnTreeRow;
 
-TreeImpl::TreeImpl() : mRoot(Access::Make()) { mView = new desk::TreeView(*this); }
+TreeImpl::TreeImpl() : mRoot(Access::Make()) {
+    mView = new desk::TreeView(*this);
+}
 
 TreeImpl::~TreeImpl() {
     mAlive.reset();
@@ -65,22 +67,38 @@ void TreeImpl::ApplyToWidget() {
     mView->setAccessibleName(mAccessibleName);
 }
 
-void TreeImpl::SetShown(bool shown) { ContainerImpl::SetShown(shown); }
+void TreeImpl::SetShown(bool shown) {
+    ContainerImpl::SetShown(shown);
+}
 
 UI_MultiColumnTree::UI_MultiColumnTree() : UI_MultiColumnTree(std::make_unique<TreeImpl>()) {}
 UI_MultiColumnTree::UI_MultiColumnTree(std::unique_ptr<UI_Node::Impl> impl) : UI_SubView(std::move(impl)) {}
 UI_MultiColumnTree::~UI_MultiColumnTree() = default;
 
 namespace {
-TreeImpl& ImplOf(const UI_MultiColumnTree& tree) { return TreeImpl::Of(tree); }
+TreeImpl& ImplOf(const UI_MultiColumnTree& tree) {
+    return TreeImpl::Of(tree);
+}
 }  // namespace
 
-RowRef UI_MultiColumnTree::CreateAndAppendRow(Row* parent) { return ImplOf(*this).Append(parent); }
-void UI_MultiColumnTree::LayoutAfterAppendRow(Row* parent) { ImplOf(*this).LayOutAppended(parent); }
-void UI_MultiColumnTree::RemoveRows(const RowVec& rows) { ImplOf(*this).Remove(rows); }
-void UI_MultiColumnTree::RemoveAllRows() { ImplOf(*this).RemoveAll(); }
-const std::vector<RowRef>& UI_MultiColumnTree::GetTopLevelRows() const { return ImplOf(*this).ChildrenOf(nullptr); }
-void UI_MultiColumnTree::SortTree() { ImplOf(*this).Sort(); }
+RowRef UI_MultiColumnTree::CreateAndAppendRow(Row* parent) {
+    return ImplOf(*this).Append(parent);
+}
+void UI_MultiColumnTree::LayoutAfterAppendRow(Row* parent) {
+    ImplOf(*this).LayOutAppended(parent);
+}
+void UI_MultiColumnTree::RemoveRows(const RowVec& rows) {
+    ImplOf(*this).Remove(rows);
+}
+void UI_MultiColumnTree::RemoveAllRows() {
+    ImplOf(*this).RemoveAll();
+}
+const std::vector<RowRef>& UI_MultiColumnTree::GetTopLevelRows() const {
+    return ImplOf(*this).ChildrenOf(nullptr);
+}
+void UI_MultiColumnTree::SortTree() {
+    ImplOf(*this).Sort();
+}
 
 void UI_MultiColumnTree::OpenRow(Row* row) {
     if (row) ImplOf(*this).SetOpen(*row, true);
@@ -90,7 +108,9 @@ void UI_MultiColumnTree::CloseRow(Row* row) {
     if (row) ImplOf(*this).SetOpen(*row, false);
 }
 
-bool UI_MultiColumnTree::IsRowOpen(const Row* row) const { return row && row->IsOpen(); }
+bool UI_MultiColumnTree::IsRowOpen(const Row* row) const {
+    return row && row->IsOpen();
+}
 
 void UI_MultiColumnTree::SetRowHasCustomChild(Row* row, bool hasCustomChild) {
     if (!ImplOf(*this).IsMine(row) || row->HasCustomChild() == hasCustomChild) return;
@@ -100,7 +120,8 @@ void UI_MultiColumnTree::SetRowHasCustomChild(Row* row, bool hasCustomChild) {
 }
 
 void UI_MultiColumnTree::SetAllowChildren(bool allow) {
-    if (std::exchange(ImplOf(*this).mAllowsChildren, allow) != allow) ImplOf(*this).UpdateMayHaveChildrenOfAll();
+    if (std::exchange(ImplOf(*this).mAllowsChildren, allow) != allow)
+        ImplOf(*this).UpdateMayHaveChildrenOfAll();
 }
 
 void UI_MultiColumnTree::SetCanRowHaveChildrenFunction(SharedFunction<bool(const RowRef& row)> function) {
@@ -112,17 +133,27 @@ void UI_MultiColumnTree::SelectRow(Row* row, bool deselectOthers, bool scrollInt
     ImplOf(*this).Select(row, deselectOthers, scrollIntoView, notify);
 }
 
-void UI_MultiColumnTree::SelectRows(const RowVec& rows) { ImplOf(*this).SelectRows(rows); }
-void UI_MultiColumnTree::DeselectAllRows(bool notify) { ImplOf(*this).DeselectAll(notify); }
-RowVec UI_MultiColumnTree::GetSelectedRows() const { return ImplOf(*this).mSelected; }
-std::size_t UI_MultiColumnTree::CountSelectedRows() const { return ImplOf(*this).mSelected.size(); }
+void UI_MultiColumnTree::SelectRows(const RowVec& rows) {
+    ImplOf(*this).SelectRows(rows);
+}
+void UI_MultiColumnTree::DeselectAllRows(bool notify) {
+    ImplOf(*this).DeselectAll(notify);
+}
+RowVec UI_MultiColumnTree::GetSelectedRows() const {
+    return ImplOf(*this).mSelected;
+}
+std::size_t UI_MultiColumnTree::CountSelectedRows() const {
+    return ImplOf(*this).mSelected.size();
+}
 
 void UI_MultiColumnTree::SetSupportMultipleSelections(bool support) {
     ImplOf(*this).mView->setSelectionMode(support ? QAbstractItemView::ExtendedSelection
                                                   : QAbstractItemView::SingleSelection);
 }
 
-void UI_MultiColumnTree::SetSupportNoneSelected(bool support) { ImplOf(*this).mSupportsNoneSelected = support; }
+void UI_MultiColumnTree::SetSupportNoneSelected(bool support) {
+    ImplOf(*this).mSupportsNoneSelected = support;
+}
 
 void UI_MultiColumnTree::SetSupportDeselectAllOnEmptyTreeClick(bool support) {
     ImplOf(*this).mDeselectsOnEmptyClick = support;
@@ -133,16 +164,24 @@ RowVec UI_MultiColumnTree::GetOpenedRows() const {
     return RowVec(rows.begin(), rows.end());
 }
 
-std::size_t UI_MultiColumnTree::CountOpenedRows() const { return ImplOf(*this).Opened().size(); }
+std::size_t UI_MultiColumnTree::CountOpenedRows() const {
+    return ImplOf(*this).Opened().size();
+}
 
 RowRef UI_MultiColumnTree::GetOpenedRow(int index) const {
     const std::vector<Row*>& rows = ImplOf(*this).Opened();
     return index >= 0 && std::size_t(index) < rows.size() ? RowRef(rows[std::size_t(index)]) : RowRef();
 }
 
-bool UI_MultiColumnTree::IsRowVisible(const Row* row) const { return row && ImplOf(*this).IsRowVisible(*row); }
-int UI_MultiColumnTree::GetFirstVisibleOpenedRowIndex() const { return ImplOf(*this).VisibleRange().mFirst; }
-int UI_MultiColumnTree::GetLastVisibleOpenedRowIndex() const { return ImplOf(*this).VisibleRange().mLast; }
+bool UI_MultiColumnTree::IsRowVisible(const Row* row) const {
+    return row && ImplOf(*this).IsRowVisible(*row);
+}
+int UI_MultiColumnTree::GetFirstVisibleOpenedRowIndex() const {
+    return ImplOf(*this).VisibleRange().mFirst;
+}
+int UI_MultiColumnTree::GetLastVisibleOpenedRowIndex() const {
+    return ImplOf(*this).VisibleRange().mLast;
+}
 
 void UI_MultiColumnTree::ScrollRowIntoView(Row* row, bool animate, float margin, bool openAncestors) {
     if (row) ImplOf(*this).ScrollIntoView(*row, animate, margin, openAncestors);
@@ -155,9 +194,15 @@ UI_ScrollView UI_MultiColumnTree::GetScrollView() const {
              float(view.viewport()->width()), float(view.viewport()->height())}};
 }
 
-float UI_MultiColumnTree::GetRowHeight() const { return ImplOf(*this).mRowHeight; }
-void UI_MultiColumnTree::SetRowHeight(float height) { ImplOf(*this).SetRowHeight(height); }
-RefPtr<UI_MultiColumnTreeHeaderRow> UI_MultiColumnTree::GetHeaderRow() const { return ImplOf(*this).mHeader; }
+float UI_MultiColumnTree::GetRowHeight() const {
+    return ImplOf(*this).mRowHeight;
+}
+void UI_MultiColumnTree::SetRowHeight(float height) {
+    ImplOf(*this).SetRowHeight(height);
+}
+RefPtr<UI_MultiColumnTreeHeaderRow> UI_MultiColumnTree::GetHeaderRow() const {
+    return ImplOf(*this).mHeader;
+}
 
 void UI_MultiColumnTree::SetHeaderRow(RefPtr<UI_MultiColumnTreeHeaderRow> headerRow) {
     ImplOf(*this).SetHeader(std::move(headerRow));
@@ -169,7 +214,9 @@ void UI_MultiColumnTree::SetDrawGridLines(bool horizontal, bool vertical) {
     ImplOf(*this).mView->viewport()->update();
 }
 
-void UI_MultiColumnTree::SetSpinnerAlignment(int alignment) { ImplOf(*this).mSpinnerAlignment = alignment; }
+void UI_MultiColumnTree::SetSpinnerAlignment(int alignment) {
+    ImplOf(*this).mSpinnerAlignment = alignment;
+}
 
 void UI_MultiColumnTree::BeginBusy() {
     if (ImplOf(*this).mBusy++ == 0) ImplOf(*this).ShowBusy(true);
@@ -203,7 +250,8 @@ void UI_MultiColumnTree::SetCellAccessibleTextFunction(
     ImplOf(*this).mCallbacks.mAccessibleText = std::move(function);
 }
 
-void UI_MultiColumnTree::SetCellSortDataFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function) {
+void UI_MultiColumnTree::SetCellSortDataFunction(
+    SharedFunction<UTF16String(const RowRef&, unsigned column)> function) {
     ImplOf(*this).mCallbacks.mSortData = std::move(function);
 }
 
@@ -219,15 +267,18 @@ void UI_MultiColumnTree::SetRowContextMenuCallback(SharedFunction<bool(const Row
     ImplOf(*this).mCallbacks.mContextMenu = std::move(callback);
 }
 
-void UI_MultiColumnTree::SetRowDoubleClickedCallback(SharedFunction<void(const RowRef&, Point point)> callback) {
+void UI_MultiColumnTree::SetRowDoubleClickedCallback(
+    SharedFunction<void(const RowRef&, Point point)> callback) {
     ImplOf(*this).mCallbacks.mDoubleClicked = std::move(callback);
 }
 
-void UI_MultiColumnTree::SetRowOpenStateChangedCallback(SharedFunction<void(const RowRef&, bool open)> callback) {
+void UI_MultiColumnTree::SetRowOpenStateChangedCallback(
+    SharedFunction<void(const RowRef&, bool open)> callback) {
     ImplOf(*this).mCallbacks.mOpenStateChanged = std::move(callback);
 }
 
-void UI_MultiColumnTree::SetRowDisclosureChangedCallback(SharedFunction<void(const RowRef&, bool open)> callback) {
+void UI_MultiColumnTree::SetRowDisclosureChangedCallback(
+    SharedFunction<void(const RowRef&, bool open)> callback) {
     ImplOf(*this).mCallbacks.mDisclosureChanged = std::move(callback);
 }
 
@@ -235,7 +286,8 @@ void UI_MultiColumnTree::SetRowVisibilityChangedCallback(SharedFunction<void(con
     ImplOf(*this).mCallbacks.mVisibilityChanged = std::move(callback);
 }
 
-void UI_MultiColumnTree::SetRowsSelectionChangedCallback(SharedFunction<void(const RowVec& selected)> callback) {
+void UI_MultiColumnTree::SetRowsSelectionChangedCallback(
+    SharedFunction<void(const RowVec& selected)> callback) {
     ImplOf(*this).mCallbacks.mSelectionChanged = std::move(callback);
 }
 

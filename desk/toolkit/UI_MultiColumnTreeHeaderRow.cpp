@@ -25,7 +25,9 @@ int Impl::PositionOf(int appended) const {
     return found == mOrder.end() ? -1 : int(found - mOrder.begin());
 }
 
-QHeaderView* Impl::View() const { return mTree && mTree->mView ? mTree->mView->header() : nullptr; }
+QHeaderView* Impl::View() const {
+    return mTree && mTree->mView ? mTree->mView->header() : nullptr;
+}
 
 void Impl::ApplyWidth(int appended) {
     QHeaderView* view = View();
@@ -98,7 +100,8 @@ void Impl::SectionClicked(int appended) {
     if (mTree) mTree->Sort();
 }
 
-UI_MultiColumnTreeHeaderRow::UI_MultiColumnTreeHeaderRow(UI_MultiColumnTree&) : mImpl(std::make_unique<Impl>()) {}
+UI_MultiColumnTreeHeaderRow::UI_MultiColumnTreeHeaderRow(UI_MultiColumnTree&)
+    : mImpl(std::make_unique<Impl>()) {}
 UI_MultiColumnTreeHeaderRow::~UI_MultiColumnTreeHeaderRow() = default;
 
 void UI_MultiColumnTreeHeaderRow::AppendColumn(const UTF16String& title, ColumnID column) {
@@ -114,7 +117,9 @@ void UI_MultiColumnTreeHeaderRow::AppendColumn(const UTF16String& title, ColumnI
     mImpl->Apply();
 }
 
-unsigned UI_MultiColumnTreeHeaderRow::GetCountOfColumns() const { return unsigned(mImpl->mColumns.size()); }
+unsigned UI_MultiColumnTreeHeaderRow::GetCountOfColumns() const {
+    return unsigned(mImpl->mColumns.size());
+}
 
 ColumnID UI_MultiColumnTreeHeaderRow::GetColumnAt(unsigned index) const {
     return index < mImpl->mOrder.size() ? mImpl->mColumns[std::size_t(mImpl->mOrder[index])].mID : 0;
@@ -171,10 +176,18 @@ void UI_MultiColumnTreeHeaderRow::SetAllowColumnMovingByUser(bool allow, bool pi
     mImpl->Apply();
 }
 
-ColumnID UI_MultiColumnTreeHeaderRow::GetSortColumn() const { return mImpl->mSortColumn; }
-bool UI_MultiColumnTreeHeaderRow::IsSortDirectionAscending() const { return mImpl->mIsAscending; }
-void UI_MultiColumnTreeHeaderRow::SetSortColumn(ColumnID column) { mImpl->SetSort(column, mImpl->mIsAscending); }
-void UI_MultiColumnTreeHeaderRow::SetSortDirection(bool ascending) { mImpl->SetSort(mImpl->mSortColumn, ascending); }
+ColumnID UI_MultiColumnTreeHeaderRow::GetSortColumn() const {
+    return mImpl->mSortColumn;
+}
+bool UI_MultiColumnTreeHeaderRow::IsSortDirectionAscending() const {
+    return mImpl->mIsAscending;
+}
+void UI_MultiColumnTreeHeaderRow::SetSortColumn(ColumnID column) {
+    mImpl->SetSort(column, mImpl->mIsAscending);
+}
+void UI_MultiColumnTreeHeaderRow::SetSortDirection(bool ascending) {
+    mImpl->SetSort(mImpl->mSortColumn, ascending);
+}
 
 void UI_MultiColumnTreeHeaderRow::ShowSortIndicator(bool show) {
     mImpl->mShowsSortIndicator = show;

@@ -8,7 +8,8 @@ namespace desk {
 
 void CellImpl::ContentChanged() {
     if (!mRow) return;
-    if (host::UI_MultiColumnTree* tree = host::UI_MultiColumnTreeRow::Access::Tree(*mRow)) tree->RedrawRow(mRow);
+    if (host::UI_MultiColumnTree* tree = host::UI_MultiColumnTreeRow::Access::Tree(*mRow))
+        tree->RedrawRow(mRow);
 }
 
 void CellImpl::Fit(float width, float height) {

@@ -29,7 +29,9 @@ constexpr std::chrono::milliseconds kBusyDelay(150);
 
 }  // namespace
 
-int TreeImpl::CountColumns() const { return mHeader ? int(mHeader->GetCountOfColumns()) : 0; }
+int TreeImpl::CountColumns() const {
+    return mHeader ? int(mHeader->GetCountOfColumns()) : 0;
+}
 
 int TreeImpl::ColumnAtPosition(unsigned position) const {
     if (!mHeader || position >= mHeader->GetCountOfColumns()) return -1;
@@ -71,9 +73,11 @@ int TreeImpl::DepthOf(const Row& row) const {
 
 QRectF TreeImpl::CellRect(const Row& row, int appended, const QRect& rowRect) const {
     const QHeaderView* header = mView->header();
-    QRectF rect(header->sectionViewportPosition(appended), rowRect.y(), header->sectionSize(appended), rowRect.height());
+    QRectF rect(header->sectionViewportPosition(appended), rowRect.y(), header->sectionSize(appended),
+                rowRect.height());
     if (appended == 0)
-        rect.setLeft(rect.left() + std::round(IndentationWidth() * (DepthOf(row) + 1) + kCellMargin * mRowPixels));
+        rect.setLeft(rect.left() +
+                     std::round(IndentationWidth() * (DepthOf(row) + 1) + kCellMargin * mRowPixels));
     return rect;
 }
 
@@ -98,7 +102,8 @@ UTF16String TreeImpl::AccessibleText(const Row& row, int appended) const {
 }
 
 QString TreeImpl::NameOf(const Row& row) const {
-    UTF16String name = desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)), unsigned(PositionOfColumn(0)));
+    UTF16String name =
+        desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)), unsigned(PositionOfColumn(0)));
     if (name.empty()) name = AccessibleText(row, 0);
     return desk::ToDisplayText(name);
 }

@@ -15,6 +15,7 @@ void TreeImpl::SetOpen(Row& row, bool open) {
     const RowRef keptAlive(&row);
     BeginChange();
     Access::IsOpen(row) = open;
+    mIsOpenedStale = true;
     if (IsInModel(row)) {
         if (!open) DeselectBelow(row);
         mView->SetExpanded(mModel.IndexOf(&row), open);

@@ -68,7 +68,9 @@ void TreeImpl::Renumber(const Row* parent, std::size_t first) {
     for (std::size_t i = first; i < rows.size(); ++i) Access::Position(*rows[i]) = std::uint32_t(i);
 }
 
-bool TreeImpl::IsMine(const Row* row) const { return row && Access::Tree(const_cast<Row&>(*row)) == mNode; }
+bool TreeImpl::IsMine(const Row* row) const {
+    return row && Access::Tree(const_cast<Row&>(*row)) == mNode;
+}
 
 bool TreeImpl::IsInModel(const Row& row) {
     if (!IsMine(&row)) return false;
@@ -180,8 +182,10 @@ void TreeImpl::RemoveChildren(Row* parent, std::vector<std::size_t> positions) {
     }
     // Rows that were not laid out yet go first, so that the positions before them hold.
     const std::vector<Run> hidden = RunsOf({firstHidden, positions.end()});
-    for (auto run = hidden.rbegin(); run != hidden.rend(); ++run) TakeOut(parent, run->mFirst, run->mLast, false);
-    for (auto run = runs.rbegin(); run != runs.rend(); ++run) TakeOut(parent, run->mFirst, run->mLast, isInModel);
+    for (auto run = hidden.rbegin(); run != hidden.rend(); ++run)
+        TakeOut(parent, run->mFirst, run->mLast, false);
+    for (auto run = runs.rbegin(); run != runs.rend(); ++run)
+        TakeOut(parent, run->mFirst, run->mLast, isInModel);
 }
 
 void TreeImpl::MoveToEnd(Row* parent, const std::vector<std::size_t>& positions) {
@@ -211,6 +215,7 @@ void TreeImpl::TakeOut(Row* parent, std::size_t first, std::size_t last, bool te
     if (isLaidOut) CountOfLaidOutChildren(parent) -= std::uint32_t(last - first + 1);
     Renumber(parent, first);
     for (const RowRef& row : removed) Detach(*this, *row);
+    mIsOpenedStale = true;
     if (tellModel) mModel.endRemoveRows();
     std::erase_if(mVisible, [this](const RowRef& row) { return !IsMine(row.get()); });
 }

@@ -42,7 +42,8 @@ QItemSelection TreeImpl::RangesOf(const std::vector<Row*>& rows) {
             ++end;
         const std::vector<RowRef>& beside = ChildrenOf(places[i].mParent);
         const QModelIndex first = mModel.IndexOf(beside[std::size_t(places[i].mPosition)].get());
-        const QModelIndex last = mModel.IndexOf(beside[std::size_t(places[end - 1].mPosition)].get(), lastColumn);
+        const QModelIndex last =
+            mModel.IndexOf(beside[std::size_t(places[end - 1].mPosition)].get(), lastColumn);
         selection.append(QItemSelectionRange(first, last));
         i = end;
     }
@@ -55,8 +56,8 @@ void TreeImpl::Select(Row* row, bool deselectOthers, bool scrollIntoView, bool n
     const bool isAlone = mSelected.size() == 1 && Access::IsSelected(*row);
     const bool isMultiple = mView->selectionMode() == QAbstractItemView::ExtendedSelection;
     if (!isAlone)
-        mView->selectionModel()->select(RangesOf({row}), deselectOthers || !isMultiple ? kClearAndSelect
-                                                                                       : QItemSelectionModel::Select);
+        mView->selectionModel()->select(
+            RangesOf({row}), deselectOthers || !isMultiple ? kClearAndSelect : QItemSelectionModel::Select);
     SetCurrentRow(row);
     mNotifiesSelection = notifiedBefore;
     if (scrollIntoView) ScrollIntoView(*row, false, 0, false);
@@ -100,7 +101,8 @@ void TreeImpl::SelectionChanged(const QItemSelection& selected, const QItemSelec
     if (mIsSettingSelection) return;
     for (const QItemSelectionRange& range : deselected)
         if (range.isValid())
-            for (int i = range.top(); i <= range.bottom(); ++i) Access::IsSelected(RowOfRange(*this, range, i)) = false;
+            for (int i = range.top(); i <= range.bottom(); ++i)
+                Access::IsSelected(RowOfRange(*this, range, i)) = false;
     if (!deselected.isEmpty())
         std::erase_if(mSelected, [](const RowRef& row) { return !Access::IsSelected(*row); });
     for (const QItemSelectionRange& range : selected) {

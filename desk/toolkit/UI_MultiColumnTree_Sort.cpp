@@ -32,7 +32,8 @@ Order Identity(std::size_t count) {
     return order;
 }
 
-/// The order that sorts `keys`: equal keys keep their order. Cheap for what is sorted already, either way round.
+/// The order that sorts `keys`: equal keys keep their order. Cheap for what is sorted already, either way
+/// round.
 Order SortedOrder(const std::vector<UTF16String>& keys, const Less& less) {
     Order order = Identity(keys.size());
     if (std::is_sorted(keys.begin(), keys.end(), less)) return order;
@@ -46,7 +47,9 @@ Order SortedOrder(const std::vector<UTF16String>& keys, const Less& less) {
     return order;
 }
 
-bool IsIdentity(const Order& order) { return std::is_sorted(order.begin(), order.end()); }
+bool IsIdentity(const Order& order) {
+    return std::is_sorted(order.begin(), order.end());
+}
 
 /// Where rows stand that go into a sorted list: `mSorted` are they in order, `mPlaces` the indices in the old
 /// list before which each goes.
@@ -77,7 +80,8 @@ Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std:
     std::unordered_map<std::size_t, UTF16String> oldKeys;
     const auto oldKey = [&](std::size_t i) -> const UTF16String& {
         const auto found = oldKeys.find(i);
-        return found != oldKeys.end() ? found->second : oldKeys.emplace(i, tree.SortKey(*rows[i])).first->second;
+        return found != oldKeys.end() ? found->second
+                                      : oldKeys.emplace(i, tree.SortKey(*rows[i])).first->second;
     };
     std::size_t first = 0;
     for (const std::uint32_t i : SortedOrder(keys, less)) {
@@ -138,12 +142,12 @@ void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore) {
         std::size_t begin = end - 1;
         while (begin > 0 && (!inPlace || insertion.mPlaces[begin - 1] == insertion.mPlaces[begin])) --begin;
         const std::size_t place = inPlace ? insertion.mPlaces[begin] : countBefore;
-        if (isInModel)
-            mModel.beginInsertRows(mModel.IndexOf(parent), int(place), int(place + end - begin) - 1);
+        if (isInModel) mModel.beginInsertRows(mModel.IndexOf(parent), int(place), int(place + end - begin) - 1);
         rows.insert(rows.begin() + std::ptrdiff_t(place), insertion.mSorted.begin() + std::ptrdiff_t(begin),
                     insertion.mSorted.begin() + std::ptrdiff_t(end));
         CountOfLaidOutChildren(parent) += std::uint32_t(end - begin);
         Renumber(parent, place);
+        mIsOpenedStale = true;
         if (isInModel) mModel.endInsertRows();
         end = begin;
     }
@@ -181,7 +185,9 @@ void TreeImpl::Sort() {
     EndLayoutChange();
 }
 
-void TreeImpl::SortLater() { RunLater(mSortLater, &TreeImpl::Sort); }
+void TreeImpl::SortLater() {
+    RunLater(mSortLater, &TreeImpl::Sort);
+}
 
 void TreeImpl::Reorder(const Row* parent, const Order& order) {
     std::vector<RowRef>& rows = ChildrenOf(parent);
@@ -191,6 +197,7 @@ void TreeImpl::Reorder(const Row* parent, const Order& order) {
     std::move(rows.begin() + std::ptrdiff_t(order.size()), rows.end(), std::back_inserter(reordered));
     rows = std::move(reordered);
     Renumber(parent, 0);
+    mIsOpenedStale = true;
 }
 
 void TreeImpl::BeginLayoutChange() {
@@ -200,7 +207,6 @@ void TreeImpl::BeginLayoutChange() {
 }
 
 void TreeImpl::EndLayoutChange() {
-    mIsOpenedStale = true;
     QModelIndexList from;
     QModelIndexList to;
     for (const QModelIndex& index : mModel.persistentIndexList()) {

@@ -37,7 +37,9 @@ TreeImpl::Range TreeImpl::VisibleRange() {
     return {first, std::min((top + height - 1) / mRowPixels, count - 1)};
 }
 
-void TreeImpl::UpdateVisibleRowsLater() { RunLater(mVisibleLater, &TreeImpl::UpdateVisibleRows); }
+void TreeImpl::UpdateVisibleRowsLater() {
+    RunLater(mVisibleLater, &TreeImpl::UpdateVisibleRows);
+}
 
 void TreeImpl::UpdateVisibleRows() {
     if (mIsUpdatingVisible) return UpdateVisibleRowsLater();
@@ -108,7 +110,8 @@ void TreeImpl::ScrollIntoView(Row& row, bool animate, float margin, bool openAnc
     const RowRef keptAlive(&row);
     if (openAncestors) {
         RowVec ancestors;
-        for (RowRef above = row.GetParentRow(); above; above = above->GetParentRow()) ancestors.push_back(above);
+        for (RowRef above = row.GetParentRow(); above; above = above->GetParentRow())
+            ancestors.push_back(above);
         for (auto above = ancestors.rbegin(); above != ancestors.rend(); ++above) SetOpen(**above, true);
     }
     if (!mView->isVisible()) {
@@ -152,7 +155,8 @@ void TreeImpl::RedrawRow(const Row& row) {
     if (!IsRowVisible(row)) return;
     const auto found = std::find(mVisible.begin(), mVisible.end(), &row);
     if (found == mVisible.end()) return;
-    const int y = (mFirstVisible + int(found - mVisible.begin())) * mRowPixels - mView->verticalScrollBar()->value();
+    const int y =
+        (mFirstVisible + int(found - mVisible.begin())) * mRowPixels - mView->verticalScrollBar()->value();
     mView->viewport()->update(0, y, mView->viewport()->width(), mRowPixels);
     mView->AnnounceRowChanged(mModel.IndexOf(&row));
 }

@@ -22,7 +22,9 @@ void UI_Node::Impl::Unrealize() {
     if (mWidget) delete mWidget.data();
 }
 
-QWidget* UI_Node::Impl::CreateWidget(QWidget&) { return nullptr; }
+QWidget* UI_Node::Impl::CreateWidget(QWidget&) {
+    return nullptr;
+}
 
 void UI_Node::Impl::Paint(const desk::LightPaint&) {}
 
@@ -59,7 +61,9 @@ void UI_Node::Impl::ContentChanged() {
     }
 }
 
-UI_Node::UI_Node(std::unique_ptr<Impl> impl) : mImpl(std::move(impl)) { mImpl->mNode = this; }
+UI_Node::UI_Node(std::unique_ptr<Impl> impl) : mImpl(std::move(impl)) {
+    mImpl->mNode = this;
+}
 UI_Node::~UI_Node() = default;
 
 void UI_Node::UI_SetNodeID(std::string_view id) {
@@ -67,20 +71,40 @@ void UI_Node::UI_SetNodeID(std::string_view id) {
     if (mImpl->mWidget) mImpl->mWidget->setObjectName(desk::ToQStringFromUTF8(id));
 }
 
-const std::string& UI_Node::UI_GetNodeID() const { return mImpl->mID; }
-UI_Container* UI_Node::UI_GetParent() const { return mImpl->mParent; }
-void UI_Node::UI_SetBounds(const RectT<float>& bounds) { mImpl->SetBounds(bounds); }
-RectT<float> UI_Node::UI_GetBounds() const { return mImpl->mBounds; }
-void UI_Node::UI_Show(bool show) { mImpl->SetShown(show); }
-bool UI_Node::UI_IsShown() const { return mImpl->mIsShown; }
+const std::string& UI_Node::UI_GetNodeID() const {
+    return mImpl->mID;
+}
+UI_Container* UI_Node::UI_GetParent() const {
+    return mImpl->mParent;
+}
+void UI_Node::UI_SetBounds(const RectT<float>& bounds) {
+    mImpl->SetBounds(bounds);
+}
+RectT<float> UI_Node::UI_GetBounds() const {
+    return mImpl->mBounds;
+}
+void UI_Node::UI_Show(bool show) {
+    mImpl->SetShown(show);
+}
+bool UI_Node::UI_IsShown() const {
+    return mImpl->mIsShown;
+}
 void UI_Node::UI_SizeChanged(const RectT<float>&) {}
 
 UI_Container::UI_Container() : UI_Container(std::make_unique<desk::ContainerImpl>()) {}
 UI_Container::UI_Container(std::unique_ptr<Impl> impl) : UI_Node(std::move(impl)) {}
-UI_Container::~UI_Container() { RemoveAllChildren(); }
-void UI_Container::AddChild(RefPtr<UI_Node> child) { desk::ContainerImpl::Of(*this).AddChild(std::move(child)); }
-void UI_Container::RemoveChild(UI_Node* child) { desk::ContainerImpl::Of(*this).RemoveChild(child); }
-void UI_Container::RemoveAllChildren() { desk::ContainerImpl::Of(*this).RemoveAllChildren(); }
+UI_Container::~UI_Container() {
+    RemoveAllChildren();
+}
+void UI_Container::AddChild(RefPtr<UI_Node> child) {
+    desk::ContainerImpl::Of(*this).AddChild(std::move(child));
+}
+void UI_Container::RemoveChild(UI_Node* child) {
+    desk::ContainerImpl::Of(*this).RemoveChild(child);
+}
+void UI_Container::RemoveAllChildren() {
+    desk::ContainerImpl::Of(*this).RemoveAllChildren();
+}
 
 const std::vector<RefPtr<UI_Node>>& UI_Container::GetChildren() const {
     return desk::ContainerImpl::Of(*this).mChildren;
@@ -129,7 +153,9 @@ void ContainerImpl::Unrealize() {
     Impl::Unrealize();
 }
 
-QWidget* ContainerImpl::CreateWidget(QWidget& parent) { return new NodeWidget(*this, &parent); }
+QWidget* ContainerImpl::CreateWidget(QWidget& parent) {
+    return new NodeWidget(*this, &parent);
+}
 
 void ContainerImpl::Paint(const LightPaint& paint) {
     for (const auto& child : mChildren) PaintLightNode(*child, paint);

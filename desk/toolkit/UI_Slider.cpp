@@ -20,7 +20,8 @@ constexpr int kGrooveThickness = 4;
 class ThumbSlider : public QSlider {
 public:
     ThumbSlider(SliderImpl& node, QWidget* parent)
-        : QSlider(node.mDirection == host::UI_Direction::Horizontal ? Qt::Horizontal : Qt::Vertical, parent), mNode(&node) {
+        : QSlider(node.mDirection == host::UI_Direction::Horizontal ? Qt::Horizontal : Qt::Vertical, parent),
+          mNode(&node) {
         setFocusPolicy(Qt::StrongFocus);
         connect(this, &QSlider::valueChanged, this, [this](int position) { mNode->Moved(position); });
         connect(this, &QSlider::sliderReleased, this, [this] { mNode->Notify(mNode->mChanged); });
@@ -76,10 +77,12 @@ void ThumbSlider::paintEvent(QPaintEvent*) {
     const double centre = Thumb() / 2 + (IsHorizontal() ? Fraction() : 1 - Fraction()) * Travel();
     const double across = (IsHorizontal() ? height() : width()) / 2.0;
     QRectF groove(0, across - kGrooveThickness / 2.0, width(), kGrooveThickness);
-    QRectF thumb(centre - Thumb() / 2, across - double(mNode->mThumbHeight) / 2, Thumb(), double(mNode->mThumbHeight));
+    QRectF thumb(centre - Thumb() / 2, across - double(mNode->mThumbHeight) / 2, Thumb(),
+                 double(mNode->mThumbHeight));
     if (!IsHorizontal()) {
         groove = QRectF(across - kGrooveThickness / 2.0, 0, kGrooveThickness, height());
-        thumb = QRectF(across - double(mNode->mThumbWidth) / 2, centre - Thumb() / 2, double(mNode->mThumbWidth), Thumb());
+        thumb = QRectF(across - double(mNode->mThumbWidth) / 2, centre - Thumb() / 2,
+                       double(mNode->mThumbWidth), Thumb());
     }
     painter.setBrush(Theme::Color(ThemeColor::Line));
     painter.drawRoundedRect(groove, kGrooveThickness / 2.0, kGrooveThickness / 2.0);
@@ -108,14 +111,17 @@ void SliderImpl::Moved(int position) {
     Notify(mChangedInteractively);
 }
 
-QWidget* SliderImpl::CreateWidget(QWidget& parent) { return new ThumbSlider(*this, &parent); }
+QWidget* SliderImpl::CreateWidget(QWidget& parent) {
+    return new ThumbSlider(*this, &parent);
+}
 
 void SliderImpl::ApplyToWidget() {
     ControlImpl::ApplyToWidget();
     auto* slider = static_cast<QSlider*>(mWidget.data());
     const QSignalBlocker silent(slider);
     slider->setEnabled(mIsEnabled);
-    slider->setRange(mIsContinuous ? 0 : ToPosition(mMinimum), mIsContinuous ? kContinuousSteps : ToPosition(mMaximum));
+    slider->setRange(mIsContinuous ? 0 : ToPosition(mMinimum),
+                     mIsContinuous ? kContinuousSteps : ToPosition(mMaximum));
     slider->setSingleStep(mIsContinuous ? kContinuousSteps / 20 : 1);
     slider->setPageStep(mIsContinuous ? kContinuousSteps / 4 : 1);
     slider->setValue(ToPosition(mValue));
@@ -128,7 +134,9 @@ namespace host {
 
 namespace {
 
-desk::SliderImpl& ImplOf(const UI_Slider& slider) { return static_cast<desk::SliderImpl&>(slider.GetImpl()); }
+desk::SliderImpl& ImplOf(const UI_Slider& slider) {
+    return static_cast<desk::SliderImpl&>(slider.GetImpl());
+}
 
 void Apply(const UI_Slider& slider) {
     if (ImplOf(slider).mWidget) ImplOf(slider).ApplyToWidget();
@@ -155,7 +163,9 @@ void UI_Slider::SetValue(double value) {
     Apply(*this);
 }
 
-double UI_Slider::GetValue() const { return ImplOf(*this).mValue; }
+double UI_Slider::GetValue() const {
+    return ImplOf(*this).mValue;
+}
 
 void UI_Slider::SetThumbSize(float width, float height) {
     ImplOf(*this).mThumbWidth = width;

@@ -14,12 +14,15 @@ namespace {
 /// assistive technology reads.
 class TextLabel : public QLabel {
 public:
-    TextLabel(StaticTextImpl& node, QWidget* parent) : QLabel(parent), mNode(&node) { setTextFormat(Qt::PlainText); }
+    TextLabel(StaticTextImpl& node, QWidget* parent) : QLabel(parent), mNode(&node) {
+        setTextFormat(Qt::PlainText);
+    }
 
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        mNode->Paint({painter, Theme::Color(isEnabled() ? ThemeColor::SecondaryText : ThemeColor::DisabledText)});
+        mNode->Paint(
+            {painter, Theme::Color(isEnabled() ? ThemeColor::SecondaryText : ThemeColor::DisabledText)});
     }
     QSize minimumSizeHint() const override { return {}; }
 
@@ -29,7 +32,9 @@ private:
 
 }  // namespace
 
-StaticTextImpl::StaticTextImpl(host::UTF16String value) { SetValue(value); }
+StaticTextImpl::StaticTextImpl(host::UTF16String value) {
+    SetValue(value);
+}
 
 void StaticTextImpl::SetValue(const host::UTF16String& value) {
     mValue = value;
@@ -40,10 +45,13 @@ void StaticTextImpl::SetValue(const host::UTF16String& value) {
 
 void StaticTextImpl::Paint(const LightPaint& paint) {
     paint.mPainter.setPen(paint.mTextColor);
-    mShaped.Draw(paint.mPainter, QRectF(0, 0, double(mBounds.width), double(mBounds.height)), Font(), mAlignment);
+    mShaped.Draw(paint.mPainter, QRectF(0, 0, double(mBounds.width), double(mBounds.height)), Font(),
+                 mAlignment);
 }
 
-QWidget* StaticTextImpl::CreateWidget(QWidget& parent) { return new TextLabel(*this, &parent); }
+QWidget* StaticTextImpl::CreateWidget(QWidget& parent) {
+    return new TextLabel(*this, &parent);
+}
 
 void StaticTextImpl::ApplyToWidget() {
     ControlImpl::ApplyToWidget();
@@ -55,7 +63,9 @@ void StaticTextImpl::ApplyToWidget() {
 namespace host {
 
 namespace {
-desk::StaticTextImpl& ImplOf(const UI_StaticText& text) { return static_cast<desk::StaticTextImpl&>(text.GetImpl()); }
+desk::StaticTextImpl& ImplOf(const UI_StaticText& text) {
+    return static_cast<desk::StaticTextImpl&>(text.GetImpl());
+}
 }  // namespace
 
 UI_StaticText::UI_StaticText(UTF16String value)
@@ -66,7 +76,9 @@ void UI_StaticText::SetValue(const UTF16String& value) {
     if (value != ImplOf(*this).mValue) ImplOf(*this).SetValue(value);
 }
 
-const UTF16String& UI_StaticText::GetValue() const { return ImplOf(*this).mValue; }
+const UTF16String& UI_StaticText::GetValue() const {
+    return ImplOf(*this).mValue;
+}
 
 void UI_StaticText::SetAlignment(UI_Alignment alignment) {
     ImplOf(*this).mAlignment = alignment;
@@ -79,13 +91,17 @@ void UI_StaticText::SetFontSize(float size) {
     ImplOf(*this).ContentChanged();
 }
 
-float UI_StaticText::GetFontSize() const { return ImplOf(*this).mFontSize; }
+float UI_StaticText::GetFontSize() const {
+    return ImplOf(*this).mFontSize;
+}
 
 void UI_StaticText::SetFontStyle(std::string_view style) {
     ImplOf(*this).mStyle = style;
     ImplOf(*this).ContentChanged();
 }
 
-const std::string& UI_StaticText::GetFontStyle() const { return ImplOf(*this).mStyle; }
+const std::string& UI_StaticText::GetFontStyle() const {
+    return ImplOf(*this).mStyle;
+}
 
 }  // namespace host

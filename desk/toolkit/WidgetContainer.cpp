@@ -24,7 +24,8 @@ struct WidgetContainerImpl final : ContainerImpl {
     /// Follows the widget's size, and takes the nodes' widgets out before it goes.
     class HostFollower : public QObject {
     public:
-        HostFollower(WidgetContainerImpl& container, QWidget& widget) : mContainer(container), mWatched(&widget) {
+        HostFollower(WidgetContainerImpl& container, QWidget& widget)
+            : mContainer(container), mWatched(&widget) {
             widget.installEventFilter(this);
             connect(&widget, &QObject::destroyed, this, [this] { mContainer.WidgetGone(); });
         }
@@ -61,11 +62,14 @@ public:
 }  // namespace
 
 host::RefPtr<host::UI_Container> CreateWidgetContainer(QWidget& widget) {
-    host::RefPtr<host::UI_Container> container(new WidgetContainer(std::make_unique<WidgetContainerImpl>(widget)));
+    host::RefPtr<host::UI_Container> container(
+        new WidgetContainer(std::make_unique<WidgetContainerImpl>(widget)));
     static_cast<WidgetContainerImpl&>(container->GetImpl()).FollowSize();
     return container;
 }
 
-QWidget* GetNodeWidget(const host::UI_Node& node) { return node.GetImpl().mWidget; }
+QWidget* GetNodeWidget(const host::UI_Node& node) {
+    return node.GetImpl().mWidget;
+}
 
 }  // namespace desk

@@ -136,10 +136,14 @@ TEST(DisplayTextTest, EscapesWhatWouldChangeTheLineAndNothingElse) {
 }
 
 TEST(ThemeTest, EveryPictureOfTheHostIsThereAndToldApartByItsShape) {
-    const char* names[] = {host::kZuProductionPanelProjectClosedNoLockDecal, host::kZuProductionPanelProjectClosedLockedDecal,
-                           host::kZuProductionPanelProjectOpenNoLockDecal, host::kZuProductionPanelProjectOpenLockedDecal,
-                           host::kZuProductionPanelProjectOpenEditableDecal, host::kHistoryActionDeleteDecal,
-                           host::kZuProductionPanelNewProjectButtonDecal, host::kProjectNewFolderNormalDecal,
+    const char* names[] = {host::kZuProductionPanelProjectClosedNoLockDecal,
+                           host::kZuProductionPanelProjectClosedLockedDecal,
+                           host::kZuProductionPanelProjectOpenNoLockDecal,
+                           host::kZuProductionPanelProjectOpenLockedDecal,
+                           host::kZuProductionPanelProjectOpenEditableDecal,
+                           host::kHistoryActionDeleteDecal,
+                           host::kZuProductionPanelNewProjectButtonDecal,
+                           host::kProjectNewFolderNormalDecal,
                            "folder"};
     std::vector<QImage> shapes;
     for (const char* name : names) {
@@ -152,7 +156,8 @@ TEST(ThemeTest, EveryPictureOfTheHostIsThereAndToldApartByItsShape) {
         for (int y = 0; y < shape.height(); ++y)
             for (int x = 0; x < shape.width(); ++x) {
                 const QRgb pixel = shape.pixel(x, y);
-                shape.setPixel(x, y, qAlpha(pixel) > 127 && (pixel | 0xff000000) != halo ? 0xffffffff : 0xff000000);
+                shape.setPixel(x, y,
+                               qAlpha(pixel) > 127 && (pixel | 0xff000000) != halo ? 0xffffffff : 0xff000000);
             }
         for (const QImage& other : shapes) {
             int differing = 0;
@@ -173,9 +178,11 @@ TEST(ThemeTest, AppliedAgainItRepaintsInItsColours) {
     EXPECT_GT(desk::Theme::Color(desk::ThemeColor::WindowBackground).lightness(), 128);
     desk::Theme::Apply(desk::ThemeKind::Dark);
     EXPECT_NE(desk::Theme::Picture("menu", 24, 1).toImage(), light);
-    EXPECT_NE(desk::Theme::Picture("menu", 24, 1, false).toImage(), desk::Theme::Picture("menu", 24, 1).toImage());
+    EXPECT_NE(desk::Theme::Picture("menu", 24, 1, false).toImage(),
+              desk::Theme::Picture("menu", 24, 1).toImage());
     EXPECT_LT(desk::Theme::Color(desk::ThemeColor::WindowBackground).lightness(), 128);
-    EXPECT_EQ(QApplication::palette().color(QPalette::Window), desk::Theme::Color(desk::ThemeColor::WindowBackground));
+    EXPECT_EQ(QApplication::palette().color(QPalette::Window),
+              desk::Theme::Color(desk::ThemeColor::WindowBackground));
 }
 
 }  // namespace

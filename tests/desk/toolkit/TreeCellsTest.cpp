@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QImage>
 
 #include "desk/toolkit/Theme.h"
@@ -51,13 +52,16 @@ TEST_F(TreeCellsTest, LightNodesArePaintedInTheirCellsAndNowhereElse) {
 TEST_F(TreeCellsTest, OtherCellsAreDrawnByTheCallbackWithEscapedText) {
     std::vector<std::string> drawn;
     host::UTF16String text = u"4.18 MB";
-    mTree->SetDrawCellOfRowCallback(Shared<void(host::Drawbot&, const host::RowRef&, unsigned, const host::RectT<float>&)>(
-        [&](host::Drawbot& drawbot, const host::RowRef& row, unsigned column, const host::RectT<float>& cell) {
-            drawn.push_back(DataOf(*row).mName + std::to_string(column));
-            EXPECT_EQ(cell.height, 25);
-            if (column == 1)
-                host::MediaBrowserMultiColumnTree::DrawCellText(drawbot, text, cell, {}, 12, host::UI_Alignment::Right);
-        }));
+    mTree->SetDrawCellOfRowCallback(
+        Shared<void(host::Drawbot&, const host::RowRef&, unsigned, const host::RectT<float>&)>(
+            [&](host::Drawbot& drawbot, const host::RowRef& row, unsigned column,
+                const host::RectT<float>& cell) {
+                drawn.push_back(DataOf(*row).mName + std::to_string(column));
+                EXPECT_EQ(cell.height, 25);
+                if (column == 1)
+                    host::MediaBrowserMultiColumnTree::DrawCellText(drawbot, text, cell, {}, 12,
+                                                                    host::UI_Alignment::Right);
+            }));
     const host::RowRef row = Add(nullptr, {"a"})[0];
     const int ink = InkAt(row, 1);
     EXPECT_GT(ink, 20);
@@ -84,6 +88,50 @@ TEST_F(TreeCellsTest, EveryCellSpeaksByItsPosition) {
     EXPECT_EQ(model.index(0, 2).data(Qt::AccessibleTextRole).toString(), "a in 0");
     mTree->SetAccessibleName(u"Production");
     EXPECT_EQ(View().accessibleName(), "Production");
+}
+
+TEST_F(TreeCellsTest, AssistiveTechnologyReadsTheTreeWhileItChanges) {
+    QAccessible::setActive(true);
+    mTree->SetCellAccessibleTextFunction(Shared<host::UTF16String(const host::RowRef&, unsigned)>(
+        [](const host::RowRef& row, unsigned) { return host::AsciiToUTF16(DataOf(*row).mName + ", locked"); }));
+    mTree->SetRowVisibilityChangedCallback(
+        Shared<void(const host::RowRef&)>([this](const host::RowRef& row) { mTree->RedrawRow(row.get()); }));
+    const host::RowRef folder = Add(nullptr, {"a/", "b"})[0];
+    Settle();
+    QAccessibleInterface* tree = QAccessible::queryAccessibleInterface(&View());
+    ASSERT_TRUE(tree && tree->tableInterface());
+    EXPECT_EQ(tree->role(), QAccessible::Tree);
+    EXPECT_EQ(tree->tableInterface()->cellAt(0, 0)->text(QAccessible::Name), "a/, locked");
+    Add(folder.get(), Names("p", 0, 50));
+    mTree->OpenRow(folder.get());
+    mTree->SelectRows(mTree->GetOpenedRows());
+    mWindow.grab();
+    Settle();
+    EXPECT_EQ(tree->tableInterface()->rowCount(), 52);
+    EXPECT_EQ(tree->tableInterface()->cellAt(1, 1)->text(QAccessible::Name), "p00000, locked");
+    mTree->RemoveRows({folder});
+    Settle();
+    EXPECT_EQ(tree->tableInterface()->rowCount(), 1);
+    QAccessible::setActive(false);
+}
+
+TEST_F(TreeCellsTest, AColumnFitsItsContentAndSpeaksWholeWhereItIsCut) {
+    mTree->SetDrawCellOfRowCallback(
+        Shared<void(host::Drawbot&, const host::RowRef&, unsigned, const host::RectT<float>&)>(
+            [](host::Drawbot& drawbot, const host::RowRef&, unsigned, const host::RectT<float>& cell) {
+                host::MediaBrowserMultiColumnTree::DrawCellText(
+                    drawbot, u"A text that needs some room of its own", cell, {}, 12, host::UI_Alignment::Left);
+            }));
+    mTree->SetCellAccessibleTextFunction(Shared<host::UTF16String(const host::RowRef&, unsigned)>(
+        [](const host::RowRef&, unsigned) { return u"<b>whole</b>"; }));
+    Add(nullptr, {"a"});
+    Settle();
+    const QModelIndex cell = View().model()->index(0, 1);
+    EXPECT_EQ(cell.data(Qt::ToolTipRole).toString(), "<qt>&lt;b&gt;whole&lt;/b&gt;</qt>");
+    View().resizeColumnToContents(1);
+    EXPECT_GT(mHeader->GetColumnWidth(kSizeColumn), 150);
+    EXPECT_LT(mHeader->GetColumnWidth(kSizeColumn), 500);
+    EXPECT_FALSE(cell.data(Qt::ToolTipRole).isValid());
 }
 
 TEST_F(TreeCellsTest, SelectionSpansTheRowAndEmptyTextShowsOnlyWithoutRows) {

@@ -54,11 +54,12 @@ protected:
         mHeader->AppendColumn(u"Name", kNameColumn);
         mHeader->AppendColumn(u"Size", kSizeColumn);
         mHeader->AppendColumn(u"Date", kDateColumn);
-        mTree->SetCellSortDataFunction(
-            Shared<host::UTF16String(const host::RowRef&, unsigned)>([this](const host::RowRef& row, unsigned column) {
+        mTree->SetCellSortDataFunction(Shared<host::UTF16String(const host::RowRef&, unsigned)>(
+            [this](const host::RowRef& row, unsigned column) {
                 ++mCountOfKeys;
                 const NamedRow& data = DataOf(*row);
-                return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize : data.mName);
+                return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize
+                                                                                      : data.mName);
             }));
         // As in a production: the trash comes last.
         mHeader->SetStringSortingCallback(Shared<bool(const host::UTF16String&, const host::UTF16String&)>(
@@ -68,8 +69,8 @@ protected:
             }));
         mContainer->AddChild(mTree);
         mTree->UI_SetBounds({0, 0, 600, 20 * 25 + 28});
-        mTester = std::make_unique<QAbstractItemModelTester>(View().model(),
-                                                             QAbstractItemModelTester::FailureReportingMode::Fatal);
+        mTester = std::make_unique<QAbstractItemModelTester>(
+            View().model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
         mWindow.show();
         Settle();
     }
@@ -129,7 +130,8 @@ protected:
         Rows shown;
         for (const host::RowRef& row : mTree->GetOpenedRows()) {
             std::string indentation;
-            for (host::RowRef above = row->GetParentRow(); above; above = above->GetParentRow()) indentation += "  ";
+            for (host::RowRef above = row->GetParentRow(); above; above = above->GetParentRow())
+                indentation += "  ";
             shown.push_back(indentation + DataOf(*row).mName);
         }
         return shown;
@@ -150,7 +152,8 @@ protected:
 
     void Click(const host::RowRef& row, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         Settle();
-        QTest::mouseClick(View().viewport(), Qt::LeftButton, modifiers, RectOf(row).topLeft() + QPoint(120, 12));
+        QTest::mouseClick(View().viewport(), Qt::LeftButton, modifiers,
+                          RectOf(row).topLeft() + QPoint(120, 12));
         Settle();
     }
 
@@ -158,7 +161,8 @@ protected:
         Settle();
         int depth = 0;
         for (host::RowRef above = row->GetParentRow(); above; above = above->GetParentRow()) ++depth;
-        QTest::mouseClick(View().viewport(), Qt::LeftButton, {}, RectOf(row).topLeft() + QPoint(int(15.5 * depth) + 9, 12));
+        QTest::mouseClick(View().viewport(), Qt::LeftButton, {},
+                          RectOf(row).topLeft() + QPoint(int(15.5 * depth) + 9, 12));
         Settle();
     }
 

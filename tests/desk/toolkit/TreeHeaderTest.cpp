@@ -5,8 +5,9 @@ namespace {
 class TreeHeaderTest : public TreeFixture {
 protected:
     TreeHeaderTest() {
-        mTree->SetColumnMovedCallback(Shared<void(unsigned, unsigned)>(
-            [this](unsigned from, unsigned to) { mHeard.push_back("move " + std::to_string(from) + " " + std::to_string(to)); }));
+        mTree->SetColumnMovedCallback(Shared<void(unsigned, unsigned)>([this](unsigned from, unsigned to) {
+            mHeard.push_back("move " + std::to_string(from) + " " + std::to_string(to));
+        }));
         mTree->SetColumnResizedCallback(Shared<void(unsigned, float)>([this](unsigned column, float width) {
             mHeard.push_back("resize " + std::to_string(column) + " " + std::to_string(int(width)));
         }));

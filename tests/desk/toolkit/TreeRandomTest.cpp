@@ -50,7 +50,8 @@ protected:
         const auto [rows, folder] = PickFolder();
         Rows names;
         for (int count = 1 + Pick(Pick(4) ? 6 : 60); count > 0; --count) {
-            names.push_back("n" + std::to_string(mRandom() % 100000) + "_" + std::to_string(++mLastNumber) + (Pick(3) ? "" : "/"));
+            names.push_back("n" + std::to_string(mRandom() % 100000) + "_" + std::to_string(++mLastNumber) +
+                            (Pick(3) ? "" : "/"));
             rows->push_back({names.back(), false, {}});
         }
         SortRows(*rows);
@@ -78,7 +79,8 @@ protected:
         if (IsFolder(row)) row.mIsOpen = !row.mIsOpen;
         if (found->IsOpen()) {
             mTree->CloseRow(found.get());
-            std::erase_if(mSelected, [&](const std::string& name) { return Find(name)->IsADescendent(*found); });
+            std::erase_if(mSelected,
+                          [&](const std::string& name) { return Find(name)->IsADescendent(*found); });
         } else {
             mTree->OpenRow(found.get());
         }
@@ -102,13 +104,15 @@ protected:
         ASSERT_EQ(ShownByView(), expected);
         ASSERT_EQ(NamesOf(mTree->GetSelectedRows()), mSelected);
         ASSERT_EQ(std::size_t(View().selectionModel()->selectedRows().size()), mSelected.size());
-        for (const std::string& name : mSelected) ASSERT_TRUE(View().selectionModel()->isSelected(IndexIn(name)));
+        for (const std::string& name : mSelected)
+            ASSERT_TRUE(View().selectionModel()->isSelected(IndexIn(name)));
     }
 
     QModelIndex IndexIn(const std::string& name) {
         QModelIndex index = View().model()->index(0, 0);
         for (; index.isValid(); index = View().indexBelow(index))
-            if (DataOf(*static_cast<host::UI_MultiColumnTreeRow*>(index.internalPointer())).mName == name) return index;
+            if (DataOf(*static_cast<host::UI_MultiColumnTreeRow*>(index.internalPointer())).mName == name)
+                return index;
         return {};
     }
 
@@ -125,11 +129,19 @@ TEST_F(TreeRandomTest, FollowsASimpleModelThroughRandomSteps) {
         switch (Pick(8)) {
             case 0:
             case 1:
-            case 2: AddRows(); break;
-            case 3: RemoveRows(); break;
+            case 2:
+                AddRows();
+                break;
+            case 3:
+                RemoveRows();
+                break;
             case 4:
-            case 5: ToggleRow(); break;
-            case 6: SelectSome(); break;
+            case 5:
+                ToggleRow();
+                break;
+            case 6:
+                SelectSome();
+                break;
             default:
                 mIsAscending = !mIsAscending;
                 SortRows(mRows);

@@ -8,7 +8,8 @@ struct ModelSignals {
         mConnections = {
             QObject::connect(&model, &QAbstractItemModel::rowsInserted, &mContext, [this] { ++mInserted; }),
             QObject::connect(&model, &QAbstractItemModel::rowsRemoved, &mContext, [this] { ++mRemoved; }),
-            QObject::connect(&model, &QAbstractItemModel::layoutChanged, &mContext, [this] { ++mLayoutChanged; }),
+            QObject::connect(&model, &QAbstractItemModel::layoutChanged, &mContext,
+                             [this] { ++mLayoutChanged; }),
             QObject::connect(&model, &QAbstractItemModel::modelReset, &mContext, [this] { ++mReset; })};
     }
     QObject mContext;
@@ -195,8 +196,10 @@ TEST_F(TreeRowsTest, FoldersShowATriangleWithoutChildrenAndCallWhenOpened) {
 }
 
 TEST_F(TreeRowsTest, ACallbackMayAppendRowsWhileItsRowOpens) {
-    mTree->SetRowOpenStateChangedCallback(Shared<void(const host::RowRef&, bool)>(
-        [this](const host::RowRef& row, bool open) { if (open && !row->HasChild()) Add(row.get(), {"child"}); }));
+    mTree->SetRowOpenStateChangedCallback(
+        Shared<void(const host::RowRef&, bool)>([this](const host::RowRef& row, bool open) {
+            if (open && !row->HasChild()) Add(row.get(), {"child"});
+        }));
     const host::RowRef folder = Add(nullptr, {"folder/"})[0];
     ClickTriangle(folder);
     EXPECT_EQ(Shown(), (Rows{"folder/", "  child"}));

@@ -5,8 +5,8 @@ namespace {
 class TreeSelectionTest : public TreeFixture {
 protected:
     TreeSelectionTest() {
-        mTree->SetRowsSelectionChangedCallback(
-            Shared<void(const host::RowVec&)>([this](const host::RowVec& rows) { mHeard.push_back(NamesOf(rows)); }));
+        mTree->SetRowsSelectionChangedCallback(Shared<void(const host::RowVec&)>(
+            [this](const host::RowVec& rows) { mHeard.push_back(NamesOf(rows)); }));
     }
     std::vector<Rows> mHeard;
 };
@@ -88,8 +88,10 @@ TEST_F(TreeSelectionTest, ClosingAFolderDeselectsWhatItHides) {
 
 TEST_F(TreeSelectionTest, KeysWalkTheTreeAndDisclose) {
     Rows heard;
-    mTree->SetRowDisclosureChangedCallback(Shared<void(const host::RowRef&, bool)>(
-        [&heard](const host::RowRef& row, bool open) { heard.push_back(DataOf(*row).mName + (open ? "+" : "-")); }));
+    mTree->SetRowDisclosureChangedCallback(
+        Shared<void(const host::RowRef&, bool)>([&heard](const host::RowRef& row, bool open) {
+            heard.push_back(DataOf(*row).mName + (open ? "+" : "-"));
+        }));
     const host::RowVec rows = Add(nullptr, {"folder/", "p"});
     const host::RowRef inner = Add(rows[0].get(), {"inner/", "x"})[0];
     Add(inner.get(), {"leaf"});
@@ -141,8 +143,10 @@ TEST_F(TreeSelectionTest, ADoubleClickMayEmptyTheTree) {
 
 TEST_F(TreeSelectionTest, ContextMenuNamesTheRowOrNone) {
     Rows heard;
-    mTree->SetRowContextMenuCallback(Shared<bool(const host::RowRef&, host::Point)>(
-        [&heard](const host::RowRef& row, host::Point) { return heard.push_back(row ? DataOf(*row).mName : "none"), true; }));
+    mTree->SetRowContextMenuCallback(
+        Shared<bool(const host::RowRef&, host::Point)>([&heard](const host::RowRef& row, host::Point) {
+            return heard.push_back(row ? DataOf(*row).mName : "none"), true;
+        }));
     const host::RowVec rows = Add(nullptr, {"a", "b"});
     Settle();
     const auto ask = [this](QContextMenuEvent::Reason reason, QPoint point) {

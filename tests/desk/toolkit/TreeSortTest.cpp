@@ -76,12 +76,13 @@ TEST_F(TreeSortTest, ClickingAHeaderTellsFirstThenSorts) {
     Rows heard;
     mHeader->SetUserChangedSortCallback(
         Shared<void(host::ColumnID, bool)>([&](host::ColumnID column, bool ascending) {
-            heard.push_back((column == kSizeColumn ? "size" : "name") + std::string(ascending ? "+" : "-") + " " +
-                            Shown()[0]);
+            heard.push_back((column == kSizeColumn ? "size" : "name") + std::string(ascending ? "+" : "-") +
+                            " " + Shown()[0]);
         }));
     const auto click = [this](int section) {
         const QHeaderView& header = *View().header();
-        QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, QPoint(header.sectionViewportPosition(section) + 30, 10));
+        QTest::mouseClick(header.viewport(), Qt::LeftButton, {},
+                          QPoint(header.sectionViewportPosition(section) + 30, 10));
         Settle();
     };
     click(1);

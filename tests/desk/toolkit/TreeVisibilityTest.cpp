@@ -7,13 +7,14 @@ namespace {
 class TreeVisibilityTest : public TreeFixture {
 protected:
     TreeVisibilityTest() {
-        mTree->SetRowVisibilityChangedCallback(Shared<void(const host::RowRef&)>([this](const host::RowRef& row) {
-            ++mCalls;
-            if (mTree->IsRowVisible(row.get()))
-                mVisible.insert(DataOf(*row).mName);
-            else
-                mVisible.erase(DataOf(*row).mName);
-        }));
+        mTree->SetRowVisibilityChangedCallback(
+            Shared<void(const host::RowRef&)>([this](const host::RowRef& row) {
+                ++mCalls;
+                if (mTree->IsRowVisible(row.get()))
+                    mVisible.insert(DataOf(*row).mName);
+                else
+                    mVisible.erase(DataOf(*row).mName);
+            }));
     }
 
     /// What the callbacks told, what the rows say, and what scrolling and sizes amount to, must be one.
