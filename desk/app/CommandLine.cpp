@@ -16,9 +16,10 @@ QString Text(const char* text) {
 std::unique_ptr<QCommandLineParser> MakeParser() {
     auto parser = std::make_unique<QCommandLineParser>();
     parser->setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    parser->setApplicationDescription(Text("Shows a production's folders and projects, and who works on what."));
-    parser->addPositionalArgument(Text("FOLDER"), Text("The production's folder; without it the last production."),
-                                  Text("[FOLDER]"));
+    parser->setApplicationDescription(
+        Text("Shows a production's folders and projects, and who works on what."));
+    parser->addPositionalArgument(
+        Text("FOLDER"), Text("The production's folder; without it the last production."), Text("[FOLDER]"));
     const auto add = [&](const char* name, const char* description, const char* value = nullptr) {
         parser->addOption({Text(name), Text(description), value ? Text(value) : QString()});
     };

@@ -30,7 +30,8 @@ FolderCheck CheckFolder(FileSystem& fileSystem, const std::string& folder) noexc
     }
 }
 
-FolderCheck CheckFolderWithin(FileSystem& fileSystem, const std::string& folder, std::chrono::milliseconds limit) {
+FolderCheck CheckFolderWithin(FileSystem& fileSystem, const std::string& folder,
+                              std::chrono::milliseconds limit) {
     std::promise<FolderCheck> promise;
     std::future<FolderCheck> result = promise.get_future();
     std::thread([&fileSystem, folder, done = std::move(promise)]() mutable {
@@ -45,14 +46,16 @@ QString DescribeProblem(const FolderCheck& check, const std::string& folder) {
     const host::UTF16String path = ToUTF16(ToDisplayText(host::UTF8to16(folder)));
     const host::UTF16String reason = host::UTF8to16(std::generic_category().message(check.mSystemError));
     switch (check.mProblem) {
-        case Problem::None: break;
+        case Problem::None:
+            break;
         case Problem::Missing:
-            return ToQString(host::ZString("$$$/Desk/Production/Missing=The folder \"@0\" does not exist.", {path}));
+            return ToQString(
+                host::ZString("$$$/Desk/Production/Missing=The folder \"@0\" does not exist.", {path}));
         case Problem::NoFolder:
             return ToQString(host::ZString("$$$/Desk/Production/NoFolder=\"@0\" is not a folder.", {path}));
         case Problem::Unreadable:
-            return ToQString(host::ZString("$$$/Desk/Production/Unreadable=The folder \"@0\" cannot be read: @1.",
-                                           {path, reason}));
+            return ToQString(host::ZString(
+                "$$$/Desk/Production/Unreadable=The folder \"@0\" cannot be read: @1.", {path, reason}));
         case Problem::NoAnswer:
             return ToQString(host::ZString(
                 "$$$/Desk/Production/NoAnswer=The volume of the folder \"@0\" does not answer.", {path}));

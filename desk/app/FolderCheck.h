@@ -22,7 +22,8 @@ FolderCheck CheckFolder(FileSystem& fileSystem, const std::string& folder) noexc
 
 /// The same on a thread of its own, which is left behind when the volume does not answer within `limit`.
 /// `fileSystem` must outlive that thread.
-FolderCheck CheckFolderWithin(FileSystem& fileSystem, const std::string& folder, std::chrono::milliseconds limit);
+FolderCheck CheckFolderWithin(FileSystem& fileSystem, const std::string& folder,
+                              std::chrono::milliseconds limit);
 
 /// What is wrong with `folder`, localised, in one line; empty for `Problem::None`. UI thread.
 QString DescribeProblem(const FolderCheck& check, const std::string& folder);

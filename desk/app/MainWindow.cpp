@@ -101,11 +101,13 @@ void MainWindow::FillWindowMenu(QMenu& menu) {
         menu.insertAction(first, action);
     };
     for (const PanelRegistry::WindowEntry& entry : PanelRegistry::Instance().GetWindowEntries()) {
-        auto* action = new QAction(ToDisplayText(entry.mTitle).replace(QLatin1Char('&'), QLatin1String("&&")), &menu);
+        auto* action =
+            new QAction(ToDisplayText(entry.mTitle).replace(QLatin1Char('&'), QLatin1String("&&")), &menu);
         const DockWorkspaceFrame* frame = mWorkspace->FindFrame(entry.mHandlerID);
         action->setCheckable(true);
         action->setChecked(frame && frame->IsShown());
-        connect(action, &QAction::triggered, this, [this, id = entry.mHandlerID] { mWorkspace->TogglePanel(id); });
+        connect(action, &QAction::triggered, this,
+                [this, id = entry.mHandlerID] { mWorkspace->TogglePanel(id); });
         insert(action);
     }
     auto* separator = new QAction(&menu);
@@ -127,8 +129,9 @@ void MainWindow::RestoreLayout(QSize size) {
 void MainWindow::SaveLayout() const {
     if (!mRecent || !mMayWriteLayout) return;
     try {
-        WriteJsonFile(mProfile.PathOf(kLayoutFileName),
-                      {{kGeometry, QString::fromLatin1(saveGeometry().toBase64())}, {kPanels, mWorkspace->SaveLayout()}});
+        WriteJsonFile(
+            mProfile.PathOf(kLayoutFileName),
+            {{kGeometry, QString::fromLatin1(saveGeometry().toBase64())}, {kPanels, mWorkspace->SaveLayout()}});
     } catch (const std::exception& exception) {
         Log(LogLevel::Warning, std::string("The window's layout is not saved: ") + exception.what());
     }
@@ -153,9 +156,10 @@ QMenu* MainWindow::createPopupMenu() {
 void MainWindow::ShowAbout() {
     GetServices().mDialogs->ShowMessage(
         host::ZString("$$$/Desk/About/Title=About Production Desk"),
-        host::ZString("$$$/Desk/About/Text=Production Desk @0\nShows a production's folders and projects, and who "
-                      "works on what.",
-                      {host::AsciiToUTF16(ZU_VERSION)}));
+        host::ZString(
+            "$$$/Desk/About/Text=Production Desk @0\nShows a production's folders and projects, and who "
+            "works on what.",
+            {host::AsciiToUTF16(ZU_VERSION)}));
 }
 
 void MainWindow::ShowPlaces() {

@@ -29,7 +29,8 @@ namespace {
 void ShowProductionPanel() {
     host::Workspace* workspace = host::Workspace::Instance().GetPtr();
     const std::vector<host::UTF16String> panels = PanelRegistry::Instance().GetHandlerIDs();
-    const bool isThere = std::find(panels.begin(), panels.end(), host::kZuProductionFolderHandlerID) != panels.end();
+    const bool isThere =
+        std::find(panels.begin(), panels.end(), host::kZuProductionFolderHandlerID) != panels.end();
     if (workspace && isThere) workspace->OpenTab(host::UTF16to8(host::kZuProductionFolderHandlerID));
 }
 
@@ -59,7 +60,9 @@ ProductionCommands::ProductionCommands(StatusLine& statusLine, RecentProductions
     commander.Register(kCommandOpenProduction, {}, done([this] { Open(); }));
     commander.Register(
         kCommandCloseProduction,
-        [] { return CommandStatus{.mIsKnown = true, .mIsEnabled = Production::Instance().IsOpen(), .mText = {}}; },
+        [] {
+            return CommandStatus{.mIsKnown = true, .mIsEnabled = Production::Instance().IsOpen(), .mText = {}};
+        },
         done([this] { Close(); }));
 }
 
@@ -74,7 +77,8 @@ void ProductionCommands::OpenAtStart(const std::string& folder, ProductionOpener
 }
 
 void ProductionCommands::OpenSample(ProductionOpener::Done done) {
-    mStatusLine.SetActivity(ToQString(host::ZString("$$$/Desk/Status/MakingSample=Making the sample production…")));
+    mStatusLine.SetActivity(
+        ToQString(host::ZString("$$$/Desk/Status/MakingSample=Making the sample production…")));
     const std::string trashName = host::UTF16to8(host::GetZuProductionTrashDirectoryDisplayName());
     mOpener.Open([trashName] { return EnsureSampleProduction(Profile::UserDataFolder(), trashName); },
                  ShowResultAtStart(std::move(done)));

@@ -32,7 +32,8 @@ QStringList ReadArguments(int count, char** arguments) {
 int ListPlugins(const CommandLine& commandLine) {
     for (const PluginFile& plugin : FindPlugins(GetPluginFolders(commandLine.mPluginFolders)))
         if (plugin.mRefusal.empty())
-            std::printf("%s (SDK version %u): %s\n", plugin.mName.c_str(), plugin.mSdkVersion, plugin.mPath.c_str());
+            std::printf("%s (SDK version %u): %s\n", plugin.mName.c_str(), plugin.mSdkVersion,
+                        plugin.mPath.c_str());
         else
             std::printf("refused: %s: %s\n", plugin.mPath.c_str(), plugin.mRefusal.c_str());
     return EXIT_SUCCESS;
@@ -99,12 +100,16 @@ int RunProgram(int argumentCount, char** arguments) {
         PrintError(commandLine.mError + QStringLiteral(" (see --help)"));
         return kWrongUse;
     }
-    if (commandLine.mAction == CommandLine::Action::Run) return RunSession(commandLine, argumentCount, arguments);
+    if (commandLine.mAction == CommandLine::Action::Run)
+        return RunSession(commandLine, argumentCount, arguments);
     const QCoreApplication application(argumentCount, arguments);
     switch (commandLine.mAction) {
-        case CommandLine::Action::ShowHelp: return ShowHelp();
-        case CommandLine::Action::ShowVersion: return ShowVersion();
-        default: return ListPlugins(commandLine);
+        case CommandLine::Action::ShowHelp:
+            return ShowHelp();
+        case CommandLine::Action::ShowVersion:
+            return ShowVersion();
+        default:
+            return ListPlugins(commandLine);
     }
 }
 

@@ -10,7 +10,8 @@ void DeclareProgramCommands() {
         context->DeclareCommand(name, id, host::CommandKind::LabelledCommand, label, nullptr, false);
     };
     declare("cmd.production.new", kCommandNewProduction, "$$$/Desk/Commands/NewProductionLabel=New Production");
-    declare("cmd.production.open", kCommandOpenProduction, "$$$/Desk/Commands/OpenProductionLabel=Open Production");
+    declare("cmd.production.open", kCommandOpenProduction,
+            "$$$/Desk/Commands/OpenProductionLabel=Open Production");
     declare("cmd.production.close", kCommandCloseProduction,
             "$$$/Desk/Commands/CloseProductionLabel=Close Production");
     declare("cmd.file.quit", kCommandQuit, "$$$/Desk/Commands/Quit=Quit");

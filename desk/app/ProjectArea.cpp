@@ -27,7 +27,8 @@ QWidget* MakeEmptyPage() {
     auto* layout = new QVBoxLayout(page);
     layout->addStretch(2);
     layout->addWidget(MakeLine("$$$/Desk/Projects/None=No project is open", 1.3, true));
-    layout->addWidget(MakeLine("$$$/Desk/Projects/Hint=Projects that you open have their place here.", 1, false));
+    layout->addWidget(
+        MakeLine("$$$/Desk/Projects/Hint=Projects that you open have their place here.", 1, false));
     layout->addStretch(3);
     return page;
 }

@@ -97,9 +97,10 @@ void WriteFile(const std::string& path, std::string_view text, std::int64_t byte
     const int file = open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0644);
     Check(file >= 0, "create file", path);
     const timespec times[] = {{0, UTIME_OMIT}, {modified, 0}};
-    const bool isWritten = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-                           ftruncate(file, std::max<std::int64_t>(bytes, static_cast<std::int64_t>(text.size()))) == 0 &&
-                           futimens(file, times) == 0;
+    const bool isWritten =
+        write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+        ftruncate(file, std::max<std::int64_t>(bytes, static_cast<std::int64_t>(text.size()))) == 0 &&
+        futimens(file, times) == 0;
     const int error = errno;
     const bool isClosed = close(file) == 0;
     if (!isWritten) errno = error;
@@ -147,7 +148,8 @@ void WriteProject(const std::string& folder, const SampleProject& project) {
     const std::string path = ProjectPath(folder, project.mPath);
     const std::int64_t modified = kLastDay - project.mAge * 60;
     MakeFolders(path.substr(0, path.rfind('/')));
-    WriteFile(path, std::string(project.mPath) + "\n00:00:00:00  Opening over black\n", project.mBytes, modified);
+    WriteFile(path, std::string(project.mPath) + "\n00:00:00:00  Opening over black\n", project.mBytes,
+              modified);
     if (project.mUser) WriteForeignLock(path, project.mUser, modified - 3'600);
 }
 
@@ -156,7 +158,8 @@ void FillLongFolder(const std::string& folder) {
     for (int i = 1; i <= kLongFolderProjects; ++i) {
         const std::string name = "Clip " + std::to_string(i);
         const std::int64_t spread = i * 7919 % 10'007;
-        WriteFile(ProjectPath(folder, name), name + '\n', 40'000 + spread * 55, kLastDay - 86'400 - spread * 97);
+        WriteFile(ProjectPath(folder, name), name + '\n', 40'000 + spread * 55,
+                  kLastDay - 86'400 - spread * 97);
     }
 }
 
@@ -166,7 +169,8 @@ void Fill(const std::string& folder, const std::string& trashName) {
     MakeFolders(folder + '/' + kEmptyFolder);
     MakeFolders(folder + '/' + trashName);
     for (const char* name : kDiscarded)
-        WriteFile(ProjectPath(folder + '/' + trashName, name), std::string(name) + '\n', 530'000, kLastDay - 604'800);
+        WriteFile(ProjectPath(folder + '/' + trashName, name), std::string(name) + '\n', 530'000,
+                  kLastDay - 604'800);
 }
 
 std::string UnfinishedName(pid_t process) {

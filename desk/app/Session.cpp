@@ -62,7 +62,8 @@ std::unique_ptr<QApplication> MakeApplication(int& argumentCount, char** argumen
     QApplication::setApplicationDisplayName(QStringLiteral("Production Desk"));
     QApplication::setApplicationVersion(QStringLiteral(ZU_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("production-desk"));
-    QApplication::setQuitOnLastWindowClosed(false);  // The main window's end counts, and closes no floating panels.
+    QApplication::setQuitOnLastWindowClosed(
+        false);  // The main window's end counts, and closes no floating panels.
     return application;
 }
 
@@ -118,7 +119,8 @@ int Session::Run(const CommandLine& commandLine, FileSystem& fileSystem, int arg
     try {
         return session.Execute();
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "production-desk: %s\n", ToUTF8(ToDisplayText(host::UTF8to16(exception.what()))).c_str());
+        std::fprintf(stderr, "production-desk: %s\n",
+                     ToUTF8(ToDisplayText(host::UTF8to16(exception.what()))).c_str());
         return EXIT_FAILURE;
     }
 }
@@ -170,9 +172,11 @@ void Session::LoadPanels() {
 }
 
 void Session::ApplyTheme() {
-    ThemeKind kind = mCommandLine.mTheme == CommandLine::ThemeChoice::Light ? ThemeKind::Light : ThemeKind::Dark;
+    ThemeKind kind =
+        mCommandLine.mTheme == CommandLine::ThemeChoice::Light ? ThemeKind::Light : ThemeKind::Dark;
     if (mCommandLine.mTheme == CommandLine::ThemeChoice::System) {
-        mParts->mColorScheme = std::make_unique<SystemColorScheme>([](ThemeKind changed) { Theme::Apply(changed); });
+        mParts->mColorScheme =
+            std::make_unique<SystemColorScheme>([](ThemeKind changed) { Theme::Apply(changed); });
         kind = mParts->mColorScheme->Current();
     }
     Theme::Apply(kind);
@@ -180,8 +184,8 @@ void Session::ApplyTheme() {
 
 void Session::OpenWindow() {
     const bool isPicture = !mCommandLine.mScreenshot.empty();
-    mParts->mWindow = std::make_unique<MainWindow>(*mParts->mProfile, isPicture ? nullptr : mParts->mRecent.get(),
-                                                   mCommandLine.mWindowSize);
+    mParts->mWindow = std::make_unique<MainWindow>(
+        *mParts->mProfile, isPicture ? nullptr : mParts->mRecent.get(), mCommandLine.mWindowSize);
     mParts->mWindow->show();
     mParts->mWindow->activateWindow();
     OpenFirstProduction();

@@ -15,8 +15,8 @@ inline constexpr char kNoDisplay[] =
 /// One run of the program with its window, from the services to the last saved setting. UI thread.
 class Session {
 public:
-    /// Runs until the user quits; returns the process's exit code. Does not return, but ends the process, when a
-    /// worker hangs on a volume that does not answer. `fileSystem` is never destroyed.
+    /// Runs until the user quits; returns the process's exit code. Does not return, but ends the process, when
+    /// a worker hangs on a volume that does not answer. `fileSystem` is never destroyed.
     static int Run(const CommandLine& commandLine, FileSystem& fileSystem, int argumentCount, char** arguments);
 
 private:

@@ -47,7 +47,8 @@ QString DescribeWatchStatus(const QString& name, const WatchStatus& status) {
                          {shownName, host::UTF8to16(std::generic_category().message(status.mSystemError))});
     if (status.mLimitReached)
         return Localized(
-            "$$$/Desk/Status/LimitReached=@0 — polled every @1 s: the system's limit of watched folders is reached",
+            "$$$/Desk/Status/LimitReached=@0 — polled every @1 s: the system's limit of watched folders is "
+            "reached",
             {shownName, interval});
     if (status.mPolledFolders > 0)
         return Localized("$$$/Desk/Status/Polled=@0 — shared volume, polled every @1 s", {shownName, interval});

@@ -57,7 +57,8 @@ SystemColorScheme::SystemColorScheme(Changed changed) {
             self->Follow();
         });
     });
-    if (answer.wait_for(kPatience) == std::future_status::ready) mCurrent = answer.get().value_or(ThemeKind::Dark);
+    if (answer.wait_for(kPatience) == std::future_status::ready)
+        mCurrent = answer.get().value_or(ThemeKind::Dark);
     mChanged = std::move(changed);
 }
 

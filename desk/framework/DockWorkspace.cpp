@@ -32,7 +32,8 @@ DockWorkspace::DockWorkspace(QMainWindow& window) : mWindow(window) {
                            QMainWindow::GroupedDragging);
     mWindow.setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
     mWindow.setDocumentMode(true);
-    connect(qApp, &QApplication::focusChanged, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
+    connect(
+        qApp, &QApplication::focusChanged, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
     PanelNavigation::Instance().mSelectPanel = [this](bool forward) { return SelectPanel(forward); };
     PanelNavigation::Instance().mCanSelectPanel = [this] {
         return std::count_if(mFrames.begin(), mFrames.end(), [](auto* frame) { return frame->IsShown(); }) > 1;
@@ -101,8 +102,10 @@ DockWorkspaceFrame& DockWorkspace::FindOrMakeFrame(const host::UTF16String& hand
     auto* frame = new DockWorkspaceFrame(mWindow, handlerID, [this, handlerID] { ClosePanel(handlerID); });
     if (!mWindow.restoreDockWidget(frame)) mWindow.addDockWidget(Qt::LeftDockWidgetArea, frame);
     for (const auto signal : {&QDockWidget::visibilityChanged, &QDockWidget::topLevelChanged})
-        connect(frame, signal, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
-    connect(frame, &QDockWidget::dockLocationChanged, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
+        connect(
+            frame, signal, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
+    connect(
+        frame, &QDockWidget::dockLocationChanged, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
     mFrames.push_back(frame);
     return *frame;
 }
@@ -119,7 +122,8 @@ void DockWorkspace::OpenPanels(const QJsonObject& layout) {
     }
     if (!layout.contains(kDocks)) return OpenByDefault();
     if (RestoreDocks(layout)) return;
-    Log(LogLevel::Warning, "The saved arrangement of panels cannot be used; panels stand where they stand at first");
+    Log(LogLevel::Warning,
+        "The saved arrangement of panels cannot be used; panels stand where they stand at first");
     OpenByDefault();
 }
 
@@ -146,20 +150,22 @@ bool DockWorkspace::RestoreDocks(const QJsonObject& layout) {
 QJsonObject DockWorkspace::SaveLayout() const {
     QJsonArray closed;
     for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs())
-        if (const DockWorkspaceFrame* frame = FindFrame(id); !frame || !frame->IsShown()) closed.append(ToQString(id));
+        if (const DockWorkspaceFrame* frame = FindFrame(id); !frame || !frame->IsShown())
+            closed.append(ToQString(id));
     return {{kDocks, QString::fromLatin1(mWindow.saveState().toBase64())}, {kClosedPanels, closed}};
 }
 
 bool DockWorkspace::SelectPanel(bool forward) {
     std::vector<DockWorkspaceFrame*> shown;
-    std::copy_if(mFrames.begin(), mFrames.end(), std::back_inserter(shown), [](auto* frame) { return frame->IsShown(); });
+    std::copy_if(mFrames.begin(), mFrames.end(), std::back_inserter(shown),
+                 [](auto* frame) { return frame->IsShown(); });
     if (shown.size() < 2) return false;
     const auto onDuty = std::find_if(shown.begin(), shown.end(), [](auto* frame) {
         return frame->GetView() == CommandRouter::Instance().GetViewOnDuty();
     });
     const std::size_t count = shown.size();
-    const std::size_t current = onDuty == shown.end() ? (forward ? count - 1 : 0)
-                                                      : static_cast<std::size_t>(onDuty - shown.begin());
+    const std::size_t current =
+        onDuty == shown.end() ? (forward ? count - 1 : 0) : static_cast<std::size_t>(onDuty - shown.begin());
     shown[(current + (forward ? 1 : count - 1)) % count]->TakeFocus();
     return true;
 }

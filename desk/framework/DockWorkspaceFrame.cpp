@@ -93,7 +93,8 @@ void DockWorkspaceFrame::TakeFocus() {
 }
 
 void DockWorkspaceFrame::RequestClose() {
-    QMetaObject::invokeMethod(this, [this] { mClose(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { mClose(); }, Qt::QueuedConnection);
 }
 
 void DockWorkspaceFrame::FillMenu(QMenu& menu) {

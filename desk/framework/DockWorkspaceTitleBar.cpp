@@ -25,7 +25,8 @@ constexpr int kButtonHeight = 22;
 /// A small picture of a few lines, drawn in the theme's colours.
 class BarButton : public QAbstractButton {
 public:
-    BarButton(QWidget* parent, QVector<QLineF> lines, const char* nameKey) : QAbstractButton(parent), mLines(lines) {
+    BarButton(QWidget* parent, QVector<QLineF> lines, const char* nameKey)
+        : QAbstractButton(parent), mLines(lines) {
         const QString name = ToQString(host::ZString(nameKey));
         setAccessibleName(name);
         setToolTip(name);
@@ -116,7 +117,8 @@ void DockWorkspaceTitleBar::PlaceButtons() {
 
 void DockWorkspaceTitleBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), Theme::Color(mIsTabbed ? ThemeColor::WindowBackground : ThemeColor::PanelBackground));
+    painter.fillRect(rect(),
+                     Theme::Color(mIsTabbed ? ThemeColor::WindowBackground : ThemeColor::PanelBackground));
     if (!mIsTabbed) PaintTab(painter);
 }
 

@@ -18,8 +18,8 @@ public:
         const bool isUnderstood =
             message.interface() == QLatin1String("org.freedesktop.portal.Settings") &&
             message.member() == QLatin1String("Read") &&
-            message.arguments() == QVariantList{QStringLiteral("org.freedesktop.appearance"),
-                                                QStringLiteral("color-scheme")};
+            message.arguments() ==
+                QVariantList{QStringLiteral("org.freedesktop.appearance"), QStringLiteral("color-scheme")};
         const QVariant light = QVariant::fromValue(QDBusVariant(QVariant(uint(2))));
         connection.send(isUnderstood ? message.createReply(QVariant::fromValue(QDBusVariant(light)))
                                      : message.createErrorReply(QDBusError::UnknownMethod, QString()));
@@ -32,7 +32,8 @@ class ColorScheme : public ProgramRun {
 protected:
     double PictureBrightness() {
         QProcess process;
-        Start(process, {"--screenshot", mHome.Path("picture.png"), "--profile", mHome.Path("profile"), mHome.Path()});
+        Start(process,
+              {"--screenshot", mHome.Path("picture.png"), "--profile", mHome.Path("profile"), mHome.Path()});
         EXPECT_TRUE(WaitFor([&] {
             QCoreApplication::processEvents();
             return process.state() == QProcess::NotRunning;
@@ -49,15 +50,17 @@ TEST_F(ColorScheme, ComesFromTheDesktopsPortalAndIsDarkWithoutOne) {
         GTEST_SKIP() << "there is no dbus-daemon to ask over";
     const QString address = QStringLiteral("unix:path=") + QString::fromStdString(mHome.Path("bus"));
     QProcess bus;
-    bus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                              QStringLiteral("--nopidfile"), QStringLiteral("--address"), address});
+    bus.start(QStringLiteral("dbus-daemon"),
+              {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
+               QStringLiteral("--address"), address});
     ASSERT_TRUE(WaitFor([&] { return mHome.Exists("bus"); }));
     SetVariable("DBUS_SESSION_BUS_ADDRESS", address.toStdString());
     {
         LightPortal portal;
         QDBusConnection connection = QDBusConnection::connectToBus(address, QStringLiteral("portal"));
         ASSERT_TRUE(connection.isConnected());
-        ASSERT_TRUE(connection.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), &portal));
+        ASSERT_TRUE(
+            connection.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), &portal));
         ASSERT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
         EXPECT_GT(PictureBrightness(), 0.7);
         EXPECT_EQ(portal.mQuestions, 1);

@@ -80,13 +80,15 @@ TEST_F(CommandLineUse, ListsThePanelsAndWhyOthersAreRefused) {
     std::map<std::string, std::string> lines;
     std::istringstream output(result.mOutput);
     for (std::string line; std::getline(output, line);)
-        for (const char* name : {"SharedProjects.so", "Text.so", "Cut.so", "WithoutRecord.so", "OtherVersion.so"})
+        for (const char* name :
+             {"SharedProjects.so", "Text.so", "Cut.so", "WithoutRecord.so", "OtherVersion.so"})
             if (line.find(std::string("/") + name) != std::string::npos) lines[name] = line;
     EXPECT_EQ(lines.size(), 5u) << result.mOutput;
     EXPECT_FALSE(lines["SharedProjects.so"].starts_with("refused")) << lines["SharedProjects.so"];
     for (const char* name : {"Text.so", "Cut.so", "WithoutRecord.so", "OtherVersion.so"})
         EXPECT_TRUE(lines[name].starts_with("refused: ")) << lines[name];
-    EXPECT_NE(lines["WithoutRecord.so"].find("no entry record"), std::string::npos) << lines["WithoutRecord.so"];
+    EXPECT_NE(lines["WithoutRecord.so"].find("no entry record"), std::string::npos)
+        << lines["WithoutRecord.so"];
     EXPECT_NE(lines["OtherVersion.so"].find("77"), std::string::npos) << lines["OtherVersion.so"];
 }
 

@@ -24,8 +24,8 @@ protected:
     using Arguments = std::initializer_list<std::string>;
 
     ProgramRun() : mEnvironment(QProcessEnvironment::systemEnvironment()) {
-        for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY", "ZUHOST_PLUGIN_PATH", "LANGUAGE",
-                                 "LC_ALL", "QT_SCALE_FACTOR"})
+        for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY", "ZUHOST_PLUGIN_PATH",
+                                 "LANGUAGE", "LC_ALL", "QT_SCALE_FACTOR"})
             mEnvironment.remove(QString::fromLatin1(name));
         SetVariable("HOME", mHome.MakeFolder("home"));
         SetVariable("XDG_CONFIG_HOME", mHome.Path("config"));
@@ -72,7 +72,8 @@ protected:
         return QImage(QString::fromStdString(mHome.Path("picture.png")));
     }
 
-    /// Opens the real window (on no screen), waits until `isReady`, and ends the program as a session's end does.
+    /// Opens the real window (on no screen), waits until `isReady`, and ends the program as a session's end
+    /// does.
     Result RunWindowUntil(const std::function<bool()>& isReady, Arguments arguments) {
         SetVariable("QT_QPA_PLATFORM", "offscreen");
         QProcess process;

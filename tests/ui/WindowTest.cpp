@@ -24,7 +24,9 @@ protected:
         return false;
     }
 
-    static double Brightness(const QImage& picture) { return QColor(picture.pixel(5, picture.height() / 2)).lightnessF(); }
+    static double Brightness(const QImage& picture) {
+        return QColor(picture.pixel(5, picture.height() / 2)).lightnessF();
+    }
 
     std::string MakeProduction(const std::string& name) const {
         mHome.Write(name + "/Reel 1.zuproj", "a");
@@ -45,8 +47,8 @@ TEST_F(Window, FirstStartShowsTheSampleAndAPictureLeavesNoTrace) {
     EXPECT_FALSE(mHome.Exists("profile/Recent Productions.json"));
     EXPECT_FALSE(mHome.Exists("profile/Window Layout.json"));
 
-    const QImage empty = Picture({"--screenshot", mPicture, "--profile", mProfile, "--theme", "dark",
-                                  mHome.MakeFolder("Empty")});
+    const QImage empty = Picture(
+        {"--screenshot", mPicture, "--profile", mProfile, "--theme", "dark", mHome.MakeFolder("Empty")});
     EXPECT_EQ(empty.size(), picture.size());
     EXPECT_NE(empty, picture);
 }
@@ -54,14 +56,15 @@ TEST_F(Window, FirstStartShowsTheSampleAndAPictureLeavesNoTrace) {
 TEST_F(Window, IsDrawnAtEveryScaleAndTheme) {
     const std::string production = MakeProduction("Harbour");
     SetVariable("QT_SCALE_FACTOR", "2");
-    const QImage light = Picture({"--screenshot", mPicture, "--profile", mProfile, "--theme", "light", "--window-size",
-                                  "900x600", production});
+    const QImage light = Picture({"--screenshot", mPicture, "--profile", mProfile, "--theme", "light",
+                                  "--window-size", "900x600", production});
     EXPECT_EQ(light.size(), QSize(1800, 1200));
     EXPECT_GT(Brightness(light), 0.7);
 }
 
 TEST_F(Window, SaysWhyAPictureCannotBeWritten) {
-    const Result result = Run({"--screenshot", mHome.Path("no/picture.png"), "--profile", mProfile, mHome.Path()});
+    const Result result =
+        Run({"--screenshot", mHome.Path("no/picture.png"), "--profile", mProfile, mHome.Path()});
     EXPECT_EQ(result.mExitCode, 1);
     EXPECT_NE(result.mErrors.find("no/picture.png"), std::string::npos) << result.mErrors;
 }
@@ -97,8 +100,8 @@ TEST_F(Window, GoesOnWithAProductionThatIsGoneAndSettingsThatAreNoJson) {
     for (const char* file : files)
         EXPECT_EQ(mHome.Read(std::string("profile/") + file + ".unreadable-1"), "{\"docks\": [") << file;
     const std::string log = mHome.Read("profile/log.txt");
-    for (const char* named : {"Recent Productions.json", "Window Layout.json", "Debug Database.json", "shortcuts.json",
-                              "mine.json", "Text.so"})
+    for (const char* named : {"Recent Productions.json", "Window Layout.json", "Debug Database.json",
+                              "shortcuts.json", "mine.json", "Text.so"})
         EXPECT_NE(log.find(named), std::string::npos) << named << " in:\n" << log;
 
     mHome.Remove("Harbour");

@@ -1,7 +1,6 @@
-#include "desk/app/CommandLine.h"
-
 #include <gtest/gtest.h>
 
+#include "desk/app/CommandLine.h"
 #include "desk/core/QtStrings.h"
 
 namespace desk {
@@ -32,7 +31,11 @@ TEST(CommandLine, Understands) {
 }
 
 TEST(CommandLine, KeepsTheBytesOfAFolderThatIsNotUtf8) {
-    EXPECT_EQ(ParseCommandLine({ToQStringFromUTF8("/r\xE9" "el\xFF")}).mFolder, "/r\xE9" "el\xFF");
+    EXPECT_EQ(ParseCommandLine({ToQStringFromUTF8("/r\xE9"
+                                                  "el\xFF")})
+                  .mFolder,
+              "/r\xE9"
+              "el\xFF");
 }
 
 TEST(CommandLine, RefusesWithOneLineThatNamesTheThing) {

@@ -1,10 +1,9 @@
-#include "desk/app/ProductionCommands.h"
-
 #include <gtest/gtest.h>
 
 #include <QMainWindow>
 #include <QMenu>
 
+#include "desk/app/ProductionCommands.h"
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/StatusLine.h"
@@ -151,7 +150,8 @@ TEST(WatchStatusText, SaysHowTheProductionIsFollowed) {
     EXPECT_EQ(text({.mPolledFolders = 3, .mPollInterval = 2}), "North Shore — shared volume, polled every 2 s");
     EXPECT_EQ(text({.mWatchedFolders = 8, .mPolledFolders = 1, .mLimitReached = true, .mPollInterval = 1.5}),
               "North Shore — polled every 1.5 s: the system's limit of watched folders is reached");
-    EXPECT_EQ(text({.mPolledFolders = 3, .mSystemError = ESTALE}), "North Shore — not answering: Stale file handle");
+    EXPECT_EQ(text({.mPolledFolders = 3, .mSystemError = ESTALE}),
+              "North Shore — not answering: Stale file handle");
 }
 
 }  // namespace

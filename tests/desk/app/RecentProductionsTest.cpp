@@ -1,7 +1,6 @@
-#include "desk/app/RecentProductions.h"
-
 #include <gtest/gtest.h>
 
+#include "desk/app/RecentProductions.h"
 #include "tests/desk/core/CoreFixture.h"
 #include "tests/support/FaultyFileSystem.h"
 
@@ -20,9 +19,21 @@ TEST_F(RecentProductionsTest, KeepsTheLastTenMostRecentFirstWithTheirBytes) {
     EXPECT_TRUE(recent.IsFirstStart());
     for (int i = 0; i < 12; ++i) recent.Add("/p/" + std::to_string(i));
     recent.Add("/p/5");
-    recent.Add("/r\xE9" "el%41 \"x\"\n");
-    const Folders expected{"/r\xE9" "el%41 \"x\"\n", "/p/5", "/p/11", "/p/10", "/p/9",
-                           "/p/8", "/p/7", "/p/6", "/p/4", "/p/3"};
+    recent.Add(
+        "/r\xE9"
+        "el%41 \"x\"\n");
+    const Folders expected{
+        "/r\xE9"
+        "el%41 \"x\"\n",
+        "/p/5",
+        "/p/11",
+        "/p/10",
+        "/p/9",
+        "/p/8",
+        "/p/7",
+        "/p/6",
+        "/p/4",
+        "/p/3"};
     EXPECT_EQ(recent.Get(), expected);
     EXPECT_EQ(Reread(), expected);
     recent.Remove("/p/9");
@@ -48,8 +59,9 @@ TEST_F(RecentProductionsTest, TwoWindowsAddToOneList) {
 }
 
 TEST_F(RecentProductionsTest, LeavesOutWhatIsNoLocalPath) {
-    mProfile.Write(RecentProductions::kFileName,
-                   R"({"productions": ["file:///a", 7, null, "b", "file://host/c", "http:///d", "file:///a", "file:///e%00f"]})");
+    mProfile.Write(
+        RecentProductions::kFileName,
+        R"({"productions": ["file:///a", 7, null, "b", "file://host/c", "http:///d", "file:///a", "file:///e%00f"]})");
     EXPECT_EQ(Reread(), Folders{"/a"});
 }
 
@@ -62,7 +74,8 @@ TEST_F(RecentProductionsTest, KeepsAListThatIsNoJsonAside) {
         recent.Add("/a");
     }
     EXPECT_EQ(Reread(), Folders{"/a"});
-    EXPECT_EQ(mProfile.Read(std::string(RecentProductions::kFileName) + ".unreadable-1"), "{\"productions\": [");
+    EXPECT_EQ(mProfile.Read(std::string(RecentProductions::kFileName) + ".unreadable-1"),
+              "{\"productions\": [");
 }
 
 TEST_F(RecentProductionsTest, NeverReplacesWhatItCouldNotRead) {

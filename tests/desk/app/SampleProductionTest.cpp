@@ -1,11 +1,10 @@
-#include "desk/app/SampleProduction.h"
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <map>
 #include <set>
 
+#include "desk/app/SampleProduction.h"
 #include "desk/project/LockRecord.h"
 #include "host/files/FileException.h"
 #include "tests/desk/core/CoreFixture.h"
@@ -37,7 +36,8 @@ TEST_F(SampleProductionTest, IsWhatAFirstStartIsToShow) {
         } else {
             const auto record = ReadLockRecord(mDisk, item.path().string());
             ASSERT_TRUE(record && record->mIsReadable) << item.path();
-            EXPECT_TRUE(fs::exists(item.path().parent_path() / host::UTF16to8(GetProjectNameOfLockFile(lockName))));
+            EXPECT_TRUE(
+                fs::exists(item.path().parent_path() / host::UTF16to8(GetProjectNameOfLockFile(lockName))));
             users.insert(host::UTF16to8(record->mUser));
         }
     }
@@ -71,7 +71,8 @@ TEST_F(SampleProductionTest, SweepsOnlyWhatADeadProcessLeft) {
 }
 
 TEST_F(SampleProductionTest, LeavesNothingBehindWhenItCannotBeMade) {
-    EXPECT_THROW(EnsureSampleProduction(mData.Path("data"), "no/" + std::string(300, 'x')), host::FileException);
+    EXPECT_THROW(EnsureSampleProduction(mData.Path("data"), "no/" + std::string(300, 'x')),
+                 host::FileException);
     EXPECT_TRUE(fs::is_empty(mData.Path("data")));
 }
 

@@ -1,5 +1,3 @@
-#include "desk/framework/DockWorkspace.h"
-
 #include <gtest/gtest.h>
 
 #include <QLabel>
@@ -8,6 +6,7 @@
 
 #include "desk/core/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
+#include "desk/framework/DockWorkspace.h"
 #include "desk/framework/PanelNavigation.h"
 #include "desk/framework/PanelRegistry.h"
 #include "host/framework/Handler.h"
@@ -52,8 +51,10 @@ const UTF16String kOne = u"test.dock.one", kTwo = u"test.dock.two";
 
 struct DockWorkspaceTest : testing::Test {
     static void SetUpTestSuite() {
-        host::Handler::RegisterFactory(kOne, [](const UTF16String&) -> host::Handler* { return new TestPanel(kOne); });
-        host::Handler::RegisterFactory(kTwo, [](const UTF16String&) -> host::Handler* { return new TestPanel(kTwo); });
+        host::Handler::RegisterFactory(
+            kOne, [](const UTF16String&) -> host::Handler* { return new TestPanel(kOne); });
+        host::Handler::RegisterFactory(
+            kTwo, [](const UTF16String&) -> host::Handler* { return new TestPanel(kTwo); });
     }
     DockWorkspaceTest() {
         TestPanel::sAllowClose = true;
@@ -66,7 +67,8 @@ struct DockWorkspaceTest : testing::Test {
         mMainThread.RunUntilIdle();
     }
     static bool IsShown(const UTF16String& id, bool frontmost) {
-        return host::WorkspaceUtils::TabIsShown(host::Workspace::Instance().GetPtr(), host::UTF16to8(id), frontmost);
+        return host::WorkspaceUtils::TabIsShown(host::Workspace::Instance().GetPtr(), host::UTF16to8(id),
+                                                frontmost);
     }
 
     ManualMainThread mMainThread;
@@ -133,14 +135,15 @@ TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanels) {
     EXPECT_EQ(workspace.FindFrame(kOne)->width(), width);
     EXPECT_EQ(workspace.FindFrame(kTwo), nullptr);
     const auto& entries = PanelRegistry::Instance().GetWindowEntries();
-    EXPECT_TRUE(std::any_of(entries.begin(), entries.end(), [](auto& entry) { return entry.mHandlerID == kTwo; }))
-        << "a closed panel must be there to be brought back";
+    EXPECT_TRUE(std::any_of(entries.begin(), entries.end(), [](auto& entry) {
+        return entry.mHandlerID == kTwo;
+    })) << "a closed panel must be there to be brought back";
 }
 
 TEST_F(DockWorkspaceTest, ABrokenLayoutGivesTheDefaultOne) {
     ExpectLogged log("arrangement of panels");
-    mWorkspace.OpenPanels({{QStringLiteral("docks"), QStringLiteral("bm9uc2Vuc2U=")},
-                           {QStringLiteral("closedPanels"), 7}});
+    mWorkspace.OpenPanels(
+        {{QStringLiteral("docks"), QStringLiteral("bm9uc2Vuc2U=")}, {QStringLiteral("closedPanels"), 7}});
     Show();
     EXPECT_TRUE(IsShown(kOne, false) && IsShown(kTwo, false));
     EXPECT_EQ(mWindow.dockWidgetArea(mWorkspace.FindFrame(kOne)), Qt::LeftDockWidgetArea);
