@@ -34,12 +34,14 @@ ParsedDebugDatabase Numbers(const JsonFile& file) {
 
 void Apply(const std::string& path, const JsonFile& file) {
     if (file.mState == JsonFile::State::Broken || file.mState == JsonFile::State::Unreadable) {
-        Log(LogLevel::Warning, "The debug database \"" + path + "\" was not read, its entries stay: " + file.mReason);
+        Log(LogLevel::Warning,
+            "The debug database \"" + path + "\" was not read, its entries stay: " + file.mReason);
         return;
     }
     ParsedDebugDatabase parsed = Numbers(file);
     for (const std::string& key : parsed.mIgnored)
-        Log(LogLevel::Warning, "The debug database \"" + path + "\": \"" + key + "\" is ignored, it is not a number");
+        Log(LogLevel::Warning,
+            "The debug database \"" + path + "\": \"" + key + "\" is ignored, it is not a number");
     SetDebugDatabaseEntries(std::move(*parsed.mEntries));
 }
 
@@ -66,7 +68,8 @@ struct DebugDatabaseFile::Watch : std::enable_shared_from_this<Watch> {
 };
 
 void DebugDatabaseFile::Watch::AddPaths() {
-    // A file that was replaced is no longer watched, and one that is not there cannot be. The folder tells of it.
+    // A file that was replaced is no longer watched, and one that is not there cannot be. The folder tells of
+    // it.
     const QString file = ToQStringFromUTF8(mPath);
     if (!mWatcher.directories().contains(mFolder)) mWatcher.addPath(mFolder);
     if (!mWatcher.files().contains(file)) mWatcher.addPath(file);

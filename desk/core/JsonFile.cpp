@@ -18,12 +18,17 @@ JsonFile Failed(JsonFile::State state, std::string reason) {
 
 JsonFile FromException(const host::FileException& exception, std::size_t limit) {
     switch (exception.SystemError()) {
-        case ENOENT: return Failed(JsonFile::State::Absent, "there is no such file");
+        case ENOENT:
+            return Failed(JsonFile::State::Absent, "there is no such file");
         case EFBIG:
-            return Failed(JsonFile::State::Broken, "it is larger than " + std::to_string(limit / 1024) + " KiB");
-        case EINVAL: return Failed(JsonFile::State::Broken, "it is no regular file");
-        case ELOOP: return Failed(JsonFile::State::Broken, "it is a symbolic link");
-        default: return Failed(JsonFile::State::Unreadable, std::strerror(exception.SystemError()));
+            return Failed(JsonFile::State::Broken,
+                          "it is larger than " + std::to_string(limit / 1024) + " KiB");
+        case EINVAL:
+            return Failed(JsonFile::State::Broken, "it is no regular file");
+        case ELOOP:
+            return Failed(JsonFile::State::Broken, "it is a symbolic link");
+        default:
+            return Failed(JsonFile::State::Unreadable, std::strerror(exception.SystemError()));
     }
 }
 
@@ -47,11 +52,11 @@ std::string SetAside(const std::string& path) {
 
 JsonFile ParseJsonObject(std::string_view text) {
     QJsonParseError error;
-    const auto document =
-        QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())), &error);
+    const auto document = QJsonDocument::fromJson(
+        QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())), &error);
     if (error.error != QJsonParseError::NoError)
-        return Failed(JsonFile::State::Broken,
-                      "it is no valid JSON, " + error.errorString().toStdString() + " at byte " + std::to_string(error.offset));
+        return Failed(JsonFile::State::Broken, "it is no valid JSON, " + error.errorString().toStdString() +
+                                                   " at byte " + std::to_string(error.offset));
     if (!document.isObject()) return Failed(JsonFile::State::Broken, "its content is no JSON object");
     return {JsonFile::State::Read, document.object(), {}};
 }

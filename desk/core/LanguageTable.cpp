@@ -47,7 +47,9 @@ std::string WithoutComments(std::string_view text) {
 std::string NormalizedTag(std::string_view tag) {
     std::string out(tag.substr(0, tag.find_first_of(".@")));
     std::ranges::replace(out, '-', '_');
-    const auto isTame = [](char c) { return c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); };
+    const auto isTame = [](char c) {
+        return c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    };
     return out.size() <= 35 && std::ranges::all_of(out, isTame) ? out : std::string();
 }
 
@@ -68,7 +70,8 @@ bool AddTables(LanguageTable& table, const std::string& tag, const std::string& 
         }
     };
     QFile resource(ToQStringFromUTF8(":/languages/" + tag + ".json"));
-    if (resource.open(QIODevice::ReadOnly)) add(ParseJsonObject(resource.readAll().toStdString()), tag + ".json");
+    if (resource.open(QIODevice::ReadOnly))
+        add(ParseJsonObject(resource.readAll().toStdString()), tag + ".json");
     if (profileFolder.empty()) return isKnown;
     const std::string path = profileFolder + "/languages/" + tag + ".json";
     add(ReadJsonFile(path), path);
@@ -88,7 +91,8 @@ std::string Load(LanguageTable& table, const std::string& tag, const std::string
 std::vector<std::string> WantedLanguages(std::string_view tag) {
     if (!tag.empty()) return {NormalizedTag(tag)};
     std::vector<std::string> tags;
-    for (const QString& language : QLocale::system().uiLanguages()) tags.push_back(NormalizedTag(ToUTF8(language)));
+    for (const QString& language : QLocale::system().uiLanguages())
+        tags.push_back(NormalizedTag(ToUTF8(language)));
     return tags;
 }
 
@@ -106,7 +110,8 @@ void LanguageTable::Add(const QJsonObject& texts, const std::string& source) {
         if (it.value().isString())
             mTexts.insert_or_assign(ToUTF8(it.key()), ToUTF16(it.value().toString()));
         else
-            Log(LogLevel::Warning, "The language table \"" + source + "\": \"" + ToUTF8(it.key()) + "\" is no text");
+            Log(LogLevel::Warning,
+                "The language table \"" + source + "\": \"" + ToUTF8(it.key()) + "\" is no text");
     }
 }
 

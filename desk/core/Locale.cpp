@@ -11,7 +11,8 @@ const std::locale& Locale::Native() {
         try {
             return std::locale("");
         } catch (const std::runtime_error&) {
-            desk::Log(desk::LogLevel::Info, "The system's locale is unknown to the C++ library; the classic one is used");
+            desk::Log(desk::LogLevel::Info,
+                      "The system's locale is unknown to the C++ library; the classic one is used");
             return std::locale::classic();
         }
     }();

@@ -34,9 +34,12 @@ LogState& State() {
 
 const char* LevelName(LogLevel level) {
     switch (level) {
-        case LogLevel::Info: return "info";
-        case LogLevel::Warning: return "warning";
-        case LogLevel::Error: break;
+        case LogLevel::Info:
+            return "info";
+        case LogLevel::Warning:
+            return "warning";
+        case LogLevel::Error:
+            break;
     }
     return "error";
 }
@@ -107,14 +110,17 @@ void WriteToStandardError(LogLevel level, const std::string& line) {
 }
 
 void WriteToFile(LogState& state, LogLevel level, const std::string& line) {
-    if (state.mFile < 0 || WriteLine(state.mFile, TimeStamp() + ' ' + LevelName(level) + ": " + line + '\n')) return;
-    WriteToStandardError(LogLevel::Warning, std::string("the log file cannot be written: ") + std::strerror(errno));
+    if (state.mFile < 0 || WriteLine(state.mFile, TimeStamp() + ' ' + LevelName(level) + ": " + line + '\n'))
+        return;
+    WriteToStandardError(LogLevel::Warning,
+                         std::string("the log file cannot be written: ") + std::strerror(errno));
     close(std::exchange(state.mFile, -1));
 }
 
 /// Opens a regular file for appending; -1 with errno when that fails.
 int OpenForAppending(const std::string& path) {
-    const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0600);
+    const int file =
+        open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0600);
     struct stat status {};
     if (file < 0 || (fstat(file, &status) == 0 && S_ISREG(status.st_mode))) return file;
     close(file);

@@ -48,7 +48,8 @@ std::int64_t NowNanoseconds() {
 
 void LogUnknownException(std::string_view context) noexcept {
     try {
-        desk::Log(desk::LogLevel::Error, "An exception of an unknown kind (caught in " + std::string(context) + ")");
+        desk::Log(desk::LogLevel::Error,
+                  "An exception of an unknown kind (caught in " + std::string(context) + ")");
     } catch (...) {
         desk::Log(desk::LogLevel::Error, "An exception of an unknown kind");
     }

@@ -27,7 +27,8 @@ std::unordered_map<StationID, Station>& Stations() {
     return stations;
 }
 
-/// A message that was posted only once. Owned by its task, so that a task that is dropped leaves nothing behind.
+/// A message that was posted only once. Owned by its task, so that a task that is dropped leaves nothing
+/// behind.
 struct Slot {
     std::shared_ptr<const Message> mMessage;
 };
@@ -66,7 +67,8 @@ void PostOnlyOnce(const StationID& station, std::shared_ptr<const Message> messa
 
 MessageTypeID HashMessageTypeNameToMessageID(const char* typeName) {
     MessageTypeID hash = 0xCBF29CE484222325u;
-    for (const char c : std::string_view(typeName)) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
+    for (const char c : std::string_view(typeName))
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
     return hash;
 }
 

@@ -51,7 +51,8 @@ void MakePrivateFolder(const std::string& path) {
         throw host::FileException("create folder", host::UTF8to16(path), error == EEXIST ? ENOTDIR : error);
 }
 
-Profile::Profile(const std::string& folder) : mFolder(AbsoluteFolder(folder.empty() ? DefaultFolder() : folder)) {
+Profile::Profile(const std::string& folder)
+    : mFolder(AbsoluteFolder(folder.empty() ? DefaultFolder() : folder)) {
     MakePrivateFolder(mFolder);
 }
 

@@ -11,7 +11,8 @@ namespace desk {
 class ZUHOST_API Profile {
 public:
     /// Opens `folder`, or the default one when it is empty, and makes it (mode 0700, with its parents) when it
-    /// is not there. Throws `host::FileException` when it cannot be made or is no folder. May wait for the disk.
+    /// is not there. Throws `host::FileException` when it cannot be made or is no folder. May wait for the
+    /// disk.
     explicit Profile(const std::string& folder = {});
 
     /// Absolute, without a trailing separator.

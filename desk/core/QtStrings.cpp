@@ -15,7 +15,8 @@ QString ToQStringFromUTF8(std::string_view utf8) {
 }
 
 std::string ToUTF8(const QString& text) {
-    return host::UTF16to8({reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())});
+    return host::UTF16to8(
+        {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())});
 }
 
 }  // namespace desk

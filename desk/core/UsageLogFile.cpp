@@ -42,8 +42,10 @@ std::string UTCNow() {
 
 using Values = std::vector<std::pair<std::string, std::string>>;
 
-std::string MakeLine(std::string_view category, std::string_view event, std::string_view group, const Values& values) {
-    std::string line = "{\"time\":" + Quoted(UTCNow()) + ",\"category\":" + Quoted(category) + ",\"event\":" + Quoted(event);
+std::string MakeLine(std::string_view category, std::string_view event, std::string_view group,
+                     const Values& values) {
+    std::string line =
+        "{\"time\":" + Quoted(UTCNow()) + ",\"category\":" + Quoted(category) + ",\"event\":" + Quoted(event);
     if (!group.empty()) line += ",\"group\":" + Quoted(group);
     line += ",\"values\":{";
     for (std::size_t i = 0; i < values.size(); ++i)

@@ -54,7 +54,8 @@ namespace {
 class LogListener : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override {
         LogWatch::Instance().TakeUnexpected();
-        desk::SetLogSink([](desk::LogLevel level, const std::string& line) { LogWatch::Instance().Take(level, line); });
+        desk::SetLogSink(
+            [](desk::LogLevel level, const std::string& line) { LogWatch::Instance().Take(level, line); });
     }
     void OnTestEnd(const testing::TestInfo&) override {
         desk::SetLogSink({});

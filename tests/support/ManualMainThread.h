@@ -25,7 +25,8 @@ public:
     void Advance(std::chrono::milliseconds time);
     /// Runs whatever comes, also from other threads and the system, until `isDone`; false when that has not
     /// happened within `limit` of real time. The clock of this main thread stands still meanwhile.
-    bool RunUntil(const std::function<bool()>& isDone, std::chrono::milliseconds limit = std::chrono::seconds(20));
+    bool RunUntil(const std::function<bool()>& isDone,
+                  std::chrono::milliseconds limit = std::chrono::seconds(20));
     /// Tasks that wait for the clock and timers that run.
     std::size_t CountDelayed() const;
 

@@ -61,7 +61,9 @@ public:
         return std::filesystem::exists(std::filesystem::symlink_status(Path(name), ignored));
     }
     void Remove(std::string_view name) const { std::filesystem::remove_all(Path(name)); }
-    void Rename(std::string_view from, std::string_view to) const { std::filesystem::rename(Path(from), Path(to)); }
+    void Rename(std::string_view from, std::string_view to) const {
+        std::filesystem::rename(Path(from), Path(to));
+    }
 
 private:
     std::string mPath;

@@ -1,11 +1,10 @@
-#include "host/core/DebugDatabase.h"
-
 #include <sys/stat.h>
 
 #include <string>
 
 #include "desk/core/DebugDatabaseFile.h"
 #include "desk/core/JsonFile.h"
+#include "host/core/DebugDatabase.h"
 #include "tests/desk/core/CoreFixture.h"
 
 namespace {
@@ -39,7 +38,8 @@ TEST_F(DebugDatabaseTest, FollowsTheFileHoweverItChanges) {
     desk::DebugDatabaseFile file(mProfile.Path());
     EXPECT_EQ(Height(), 25);
     const auto expectHeight = [&](int height, const char* how) {
-        ASSERT_TRUE(mMain.RunUntil([&] { return mMain.Advance(std::chrono::seconds(1)), Height() == height; })) << how;
+        ASSERT_TRUE(mMain.RunUntil([&] { return mMain.Advance(std::chrono::seconds(1)), Height() == height; }))
+            << how;
     };
     mProfile.Write(kName, R"({"RowHeight": 40, "Scale": 1.5})");
     expectHeight(40, "created");
@@ -74,8 +74,9 @@ TEST_F(DebugDatabaseTest, ABrokenFileLeavesTheEntriesAndItself) {
     EXPECT_EQ(Height(), 40);
     const std::string deep = std::string(100000, '[') + std::string(100000, ']');
     const std::string large = "{\"RowHeight\": 1" + std::string(desk::kJsonFileLimit, ' ') + "}";
-    for (const std::string& content : {std::string(), std::string("{\"RowHeight\": 41"), std::string("[1]"), deep, large,
-                                       std::string("{\"RowHeight\": 41}\0\0", 19), std::string("{\"\xFF\": 1}")}) {
+    for (const std::string& content :
+         {std::string(), std::string("{\"RowHeight\": 41"), std::string("[1]"), deep, large,
+          std::string("{\"RowHeight\": 41}\0\0", 19), std::string("{\"\xFF\": 1}")}) {
         ExpectLogged log("its entries stay");
         mProfile.Write(kName, content);
         EXPECT_TRUE(mMain.RunUntil([&] { return mMain.Advance(std::chrono::seconds(1)), log.Count() > 0; }));
@@ -94,7 +95,8 @@ TEST_F(DebugDatabaseTest, APipeInItsPlaceDoesNotHang) {
 }
 
 TEST_F(DebugDatabaseTest, OnlyNumbersCountAndTheyAreClamped) {
-    const auto parsed = desk::ParseDebugDatabase(R"({"a": 1, "b": "2", "c": {"d": 3}, "e": null, "f": -0.25, "a": 7})");
+    const auto parsed =
+        desk::ParseDebugDatabase(R"({"a": 1, "b": "2", "c": {"d": 3}, "e": null, "f": -0.25, "a": 7})");
     ASSERT_TRUE(parsed.mEntries);
     EXPECT_EQ(*parsed.mEntries, (desk::DebugDatabaseEntries{{"a", 7}, {"f", -0.25}}));
     EXPECT_EQ(parsed.mIgnored, (std::vector<std::string>{"b", "c", "e"}));

@@ -33,7 +33,8 @@ public:
                 TakeRawLiteral();
             else if (mText[mAt] == '"')
                 TakeLiteral();
-            else if (mText[mAt] == '\'' && (mAt == 0 || !std::isalnum(static_cast<unsigned char>(mText[mAt - 1]))))
+            else if (mText[mAt] == '\'' &&
+                     (mAt == 0 || !std::isalnum(static_cast<unsigned char>(mText[mAt - 1]))))
                 SkipCharacter();
             else
                 TakeOther();
@@ -109,7 +110,8 @@ std::map<std::string, std::string> KeysOf(const std::string& folder) {
     std::map<std::string, std::string> keys;
     for (const auto& entry : fs::recursive_directory_iterator(fs::path(ZU_SOURCE_DIR) / folder)) {
         const fs::path& path = entry.path();
-        const bool isSource = path.extension() == ".cpp" || path.extension() == ".h" || path.extension() == ".json";
+        const bool isSource =
+            path.extension() == ".cpp" || path.extension() == ".h" || path.extension() == ".json";
         if (!isSource || path.parent_path().filename() == "languages") continue;
         std::ifstream file(path);
         const std::string text(std::istreambuf_iterator<char>(file), {});
@@ -149,7 +151,8 @@ TEST(LanguageCoverageTest, TheScannerFindsKeysWhereverTheyStand) {
                  "xt \"quoted\"\n",
                  "$$$/A/Two=\u00e9"); x = R"($$$/A/Three=")";)__")
                            .Scan();
-    EXPECT_EQ(found, (std::set<std::string>{"", "$$$/A/One=Text \"quoted\"\n", "$$$/A/Two=é", "$$$/A/Three=\""}));
+    EXPECT_EQ(found,
+              (std::set<std::string>{"", "$$$/A/One=Text \"quoted\"\n", "$$$/A/Two=é", "$$$/A/Three=\""}));
     EXPECT_NE(Frame("Production: "), Frame("Produktion:"));
     EXPECT_NE(Frame("@0 of @1"), Frame("@0 von"));
     EXPECT_EQ(Frame("@0 of @1"), Frame("@1: @0"));

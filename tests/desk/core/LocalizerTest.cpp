@@ -1,6 +1,5 @@
-#include "host/core/Localizer.h"
-
 #include "desk/core/LanguageTable.h"
+#include "host/core/Localizer.h"
 #include "tests/desk/core/CoreFixture.h"
 
 namespace {
@@ -55,19 +54,23 @@ TEST_F(LocalizerTest, LanguagesAndTheirCountries) {
         EXPECT_EQ(Localizer::Get()->Localize(kSize), u"Size") << "the cache kept the language before";
     }
     const ExpectLogged log("no texts in the language");
-    for (const char* tag : {"tlh", "../../etc/passwd", "deutsch", "xx_DE"}) EXPECT_EQ(desk::SetLanguage(tag, {}), "en");
+    for (const char* tag : {"tlh", "../../etc/passwd", "deutsch", "xx_DE"})
+        EXPECT_EQ(desk::SetLanguage(tag, {}), "en");
     EXPECT_EQ(log.Count(), 4);
 }
 
 TEST_F(LocalizerTest, TheProfilesTablesGoBefore) {
     WriteTable("de", R"({"$$$/Vantor/Handlers/ZuProductionFolder/Columns/Size": "Umfang"})");
-    WriteTable("de_AT", R"({"$$$/Vantor/Handlers/ZuProductionFolder/Columns/Name": "Benennung", "$$$/T/Bad": 1})");
+    WriteTable("de_AT",
+               R"({"$$$/Vantor/Handlers/ZuProductionFolder/Columns/Name": "Benennung", "$$$/T/Bad": 1})");
     const ExpectLogged log("\"$$$/T/Bad\" is no text");
     EXPECT_EQ(desk::SetLanguage("de-AT", mProfile.Path()), "de_AT");
     EXPECT_EQ(Localizer::Get()->Localize(kSize), u"Umfang");
-    EXPECT_EQ(Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Columns/Name=Name"), u"Benennung");
-    EXPECT_EQ(Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Columns/ModDate=Date Modified"),
-              u"Änderungsdatum");
+    EXPECT_EQ(Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Columns/Name=Name"),
+              u"Benennung");
+    EXPECT_EQ(
+        Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Columns/ModDate=Date Modified"),
+        u"Änderungsdatum");
     WriteTable("fr", R"({"$$$/Vantor/Handlers/ZuProductionFolder/Columns/Size": "Taille"})");
     EXPECT_EQ(desk::SetLanguage("fr", mProfile.Path()), "fr");
     EXPECT_EQ(Localizer::Get()->Localize(kSize), u"Taille");

@@ -1,11 +1,10 @@
-#include "host/core/Messaging.h"
-
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <stdexcept>
 #include <string>
 
+#include "host/core/Messaging.h"
 #include "tests/support/LogExpectation.h"
 #include "tests/support/ManualMainThread.h"
 

@@ -109,8 +109,10 @@ TEST_F(SettingsTest, UsageLinesKeepTheirOrderAndTheirValuesTheirs) {
     EXPECT_FALSE(host::UsageLogger::Get());
     {
         const desk::UsageLogFile file(mProfile.Path("usage.jsonl"));
-        for (int i = 0; i < 200; ++i) host::UsageLogger::Get()->LogEvent("production", "Trash", std::to_string(i));
-        auto group = host::UsageLogger::Get()->CreateGroup("production", "PanelViewProperty", "view_properties");
+        for (int i = 0; i < 200; ++i)
+            host::UsageLogger::Get()->LogEvent("production", "Trash", std::to_string(i));
+        auto group =
+            host::UsageLogger::Get()->CreateGroup("production", "PanelViewProperty", "view_properties");
         group->AddKeyValue("z", "1");
         group->AddKeyValue("a", "\"quoted\"\n");
         group->AddKeyValue("z", "2");
@@ -122,13 +124,17 @@ TEST_F(SettingsTest, UsageLinesKeepTheirOrderAndTheirValuesTheirs) {
     const std::string text = mProfile.Read("usage.jsonl");
     EXPECT_EQ(std::ranges::count(text, '\n'), 201);
     for (int i = 0; i < 200; ++i)
-        ASSERT_EQ(Line(text, i).value(QStringLiteral("values")).toObject().value(QStringLiteral("value")).toString(),
-                  QString::number(i));
+        ASSERT_EQ(
+            Line(text, i).value(QStringLiteral("values")).toObject().value(QStringLiteral("value")).toString(),
+            QString::number(i));
     EXPECT_EQ(Line(text, 0).value(QStringLiteral("event")).toString(), QStringLiteral("Trash"));
-    EXPECT_NE(text.find(R"("event":"PanelViewProperty","group":"view_properties","values":{"z":"2","a":"\"quoted\"\n"}})"),
-              std::string::npos);
+    EXPECT_NE(
+        text.find(
+            R"("event":"PanelViewProperty","group":"view_properties","values":{"z":"2","a":"\"quoted\"\n"}})"),
+        std::string::npos);
     const QString time = Line(text, 0).value(QStringLiteral("time")).toString();
-    EXPECT_TRUE(time.endsWith(QLatin1Char('Z')) && QDateTime::fromString(time, Qt::ISODate).isValid()) << time.toStdString();
+    EXPECT_TRUE(time.endsWith(QLatin1Char('Z')) && QDateTime::fromString(time, Qt::ISODate).isValid())
+        << time.toStdString();
 }
 
 TEST_F(SettingsTest, AFullUsageFileIsBegunAnewAndAFailureToldOnce) {

@@ -1,11 +1,10 @@
-#include "host/core/Strings.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
 
 #include "desk/core/QtStrings.h"
 #include "host/core/ImmutableString.h"
+#include "host/core/Strings.h"
 
 using host::UTF16to8;
 using host::UTF8to16;
@@ -15,7 +14,8 @@ TEST(StringsTest, EveryByteStringSurvivesTheRoundTrip) {
     for (unsigned first = 0; first < 256; ++first)
         for (unsigned second = 0; second < 256; ++second) {
             const std::string pair{static_cast<char>(first), static_cast<char>(second)};
-            for (const std::string& bytes : {pair, "\xF0\x9F\x98\x80" + pair + "\xC3\xA9", "\xED\xA0" + pair + "\x80"}) {
+            for (const std::string& bytes :
+                 {pair, "\xF0\x9F\x98\x80" + pair + "\xC3\xA9", "\xED\xA0" + pair + "\x80"}) {
                 ASSERT_EQ(UTF16to8(UTF8to16(bytes)), bytes);
                 ASSERT_EQ(desk::ToUTF8(desk::ToQStringFromUTF8(bytes)), bytes);
             }
@@ -44,7 +44,9 @@ TEST(StringsTest, LoneSurrogatesBecomeBytesOrTheReplacement) {
     EXPECT_EQ(UTF16to8(Text{0xDC80, 0xDCFF}), "\x80\xFF");
     EXPECT_EQ(UTF16to8(Text{0xDC7F}), "\xEF\xBF\xBD");
     EXPECT_EQ(UTF16to8(Text{0xDD00}), "\xEF\xBF\xBD");
-    EXPECT_EQ(UTF16to8(Text{0xD800, u'a'}), "\xEF\xBF\xBD""a");
+    EXPECT_EQ(UTF16to8(Text{0xD800, u'a'}),
+              "\xEF\xBF\xBD"
+              "a");
     EXPECT_EQ(UTF16to8(Text{u'a', 0xDBFF}), "a\xEF\xBF\xBD");
     EXPECT_EQ(UTF16to8(Text{0xD800, 0xDC80}), "\xF0\x90\x82\x80") << "a pair, not a raw byte";
     EXPECT_EQ(UTF16to8(Text{0xD83D, 0xDE00, 0xDC80}), "\xF0\x9F\x98\x80\x80");
@@ -54,7 +56,8 @@ TEST(StringsTest, LoneSurrogatesBecomeBytesOrTheReplacement) {
 TEST(StringsTest, OtherConversions) {
     EXPECT_EQ(host::AsciiToUTF16("a~\x80"), u"a~\uFFFD");
     EXPECT_EQ(host::WcharToUTF16(L"\U0001F600"), u"\U0001F600");
-    EXPECT_EQ(host::WcharToUTF16(std::wstring{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000)}), u"\uFFFD\uFFFD");
+    EXPECT_EQ(host::WcharToUTF16(std::wstring{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000)}),
+              u"\uFFFD\uFFFD");
     EXPECT_EQ(host::NumberToString(25.0, 2), u"25.00");
     EXPECT_EQ(host::NumberToString(-1234.567, 1), u"-1234.6");
     EXPECT_EQ(host::NumberToString(std::numeric_limits<double>::max(), 17).size(), 309u + 18u);
