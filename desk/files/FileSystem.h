@@ -49,6 +49,14 @@ public:
     virtual void ReplaceFile(const std::string& path, const std::string& bytes) = 0;
     /// Adds to the end of a file, making it (mode 0600) when there is none.
     virtual void AppendToFile(const std::string& path, const std::string& bytes) = 0;
+    /// Makes a new file with this content and mode: O_EXCL, write loop, fsync, checked close, size check. Throws
+    /// with EEXIST when something stands at `path`. When a later step fails, what was made is removed.
+    virtual void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) = 0;
+    /// Gives the file at `from` the second name `to` in one atomic step (link(2)); follows no symbolic link.
+    /// Throws with EEXIST when something stands at `to`; for a volume without links see `HasNoLinks`.
+    virtual void Link(const std::string& from, const std::string& to) = 0;
+    /// Removes anything but a folder (unlink(2)).
+    virtual void RemoveFile(const std::string& path) = 0;
     virtual void CreateFolder(const std::string& path) = 0;
     /// Renames without replacing; throws with EEXIST when `to` exists.
     virtual void RenameNew(const std::string& from, const std::string& to) = 0;

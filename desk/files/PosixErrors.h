@@ -21,4 +21,9 @@ auto RetryInterrupted(Call call) {
     }
 }
 
+/// True for the errors with which link(2) says that the volume, or this file on it, has no links.
+inline bool HasNoLinks(int error) {
+    return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
+}
+
 }  // namespace desk

@@ -13,6 +13,9 @@ public:
     std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
     void ReplaceFile(const std::string& path, const std::string& bytes) override;
     void AppendToFile(const std::string& path, const std::string& bytes) override;
+    void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override;
+    void Link(const std::string& from, const std::string& to) override;
+    void RemoveFile(const std::string& path) override;
     void CreateFolder(const std::string& path) override;
     void RenameNew(const std::string& from, const std::string& to) override;
     long VolumeType(const std::string& path) override;

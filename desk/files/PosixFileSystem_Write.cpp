@@ -55,7 +55,7 @@ mode_t ModeForReplacement(const std::string& path) {
     return facts.st_mode & 0777;
 }
 
-/// Writes the whole of a new file and flushes it. Returns 0 or an errno.
+/// Writes the whole of a new file and flushes it. Returns 0, or an errno; what was made is then gone.
 int WriteNewFile(const std::string& path, const std::string& bytes, mode_t mode) {
     FileDescriptor file(RetryInterrupted(
         [&] { return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600); }));
@@ -65,16 +65,14 @@ int WriteNewFile(const std::string& path, const std::string& bytes, mode_t mode)
     if (error == 0) error = Flush(file.Get());
     int closeError = file.Close();
     if (error == 0) error = closeError;
-    return error == 0 ? CheckSize(path, bytes.size()) : error;
+    if (error == 0) error = CheckSize(path, bytes.size());
+    if (error != 0) ::unlink(path.c_str());
+    return error;
 }
 
 bool IsNothingAt(const std::string& path) {
     struct stat facts;
     return ::lstat(path.c_str(), &facts) != 0 && errno == ENOENT;
-}
-
-bool HasNoLinks(int error) {
-    return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
 }
 
 /// For volumes without an atomic "rename without replacing". Returns 0 or an errno.
@@ -96,8 +94,9 @@ void PosixFileSystem::ReplaceFile(const std::string& path, const std::string& by
     std::string folder = FolderOf(path);
     std::string temporary = folder + '/' + MakeTemporaryName();
     int error = WriteNewFile(temporary, bytes, ModeForReplacement(path));
-    if (error == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) error = errno;
-    if (error != 0) {
+    if (error != 0) ThrowFileException("write", path, error);
+    if (::rename(temporary.c_str(), path.c_str()) != 0) {
+        error = errno;
         ::unlink(temporary.c_str());
         ThrowFileException("write", path, error);
     }
@@ -113,6 +112,18 @@ void PosixFileSystem::AppendToFile(const std::string& path, const std::string& b
     int closeError = file.Close();
     if (error == 0) error = closeError;
     if (error != 0) ThrowFileException("append to", path, error);
+}
+
+void PosixFileSystem::CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) {
+    if (int error = WriteNewFile(path, bytes, mode)) ThrowFileException("create", path, error);
+}
+
+void PosixFileSystem::Link(const std::string& from, const std::string& to) {
+    if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) != 0) ThrowFileException("make link", to, errno);
+}
+
+void PosixFileSystem::RemoveFile(const std::string& path) {
+    if (::unlink(path.c_str()) != 0) ThrowFileException("remove", path, errno);
 }
 
 void PosixFileSystem::CreateFolder(const std::string& path) {

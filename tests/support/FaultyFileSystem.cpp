@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <thread>
+#include <type_traits>
 
 #include "desk/core/Services.h"
 #include "desk/files/PosixErrors.h"
@@ -28,6 +29,11 @@ void FaultyFileSystem::Fail(Operation operation, int nth, int error) {
     mFaults[operation][mCounts[operation] + nth] = error;
 }
 
+void FaultyFileSystem::FailAfter(Operation operation, int nth, int error) {
+    std::lock_guard lock(mMutex);
+    mLostReplies[operation][mCounts[operation] + nth] = error;
+}
+
 void FaultyFileSystem::Deny(const std::string& path, int error) {
     std::lock_guard lock(mMutex);
     mDenied[path] = error;
@@ -41,6 +47,11 @@ void FaultyFileSystem::Allow(const std::string& path) {
 void FaultyFileSystem::SetGone(bool isGone) {
     std::lock_guard lock(mMutex);
     mIsGone = isGone;
+}
+
+void FaultyFileSystem::SetHasLinks(bool hasLinks) {
+    std::lock_guard lock(mMutex);
+    mHasLinks = hasLinks;
 }
 
 void FaultyFileSystem::SetVolumeType(long type) {
@@ -83,23 +94,45 @@ int FaultyFileSystem::Count(Operation operation) const {
 
 void FaultyFileSystem::ResetCounts() {
     std::lock_guard lock(mMutex);
-    std::map<Operation, std::map<int, int>> faults;
-    for (const auto& [operation, byCall] : mFaults)
-        for (const auto& [call, error] : byCall) faults[operation][call - mCounts[operation]] = error;
-    mFaults = std::move(faults);
+    for (Faults* faults : {&mFaults, &mLostReplies}) {
+        Faults moved;
+        for (const auto& [operation, byCall] : *faults)
+            for (const auto& [call, error] : byCall) moved[operation][call - mCounts[operation]] = error;
+        *faults = std::move(moved);
+    }
     mCounts.clear();
 }
 
-/// Counts the call, waits as long as it is to take, and fails if it is to fail.
-void FaultyFileSystem::Enter(Operation operation, const std::string& path) {
+/// Counts the call, waits as long as it is to take, and fails if it is to fail. Returns the error with which it
+/// is to fail once it is done, or 0.
+int FaultyFileSystem::Enter(Operation operation, const std::string& path) {
     std::unique_lock lock(mMutex);
     ++mCounts[operation];
+    ++mCounts[Operation::Any];
     const int error = FindFault(operation, path);
+    const int lostReply = error == 0 ? TakeFault(mLostReplies, operation) : 0;
     PassGate(lock, operation, path);
     const auto delay = mDelay;
     lock.unlock();
     if (delay.count() > 0) std::this_thread::sleep_for(delay);
     if (error != 0) desk::ThrowFileException("(faulty) use", path, error);
+    return lostReply;
+}
+
+template <class Call>
+auto FaultyFileSystem::Do(Operation operation, const std::string& path, Call call) {
+    const int lostReply = Enter(operation, path);
+    const auto answer = [&] {
+        if (lostReply != 0) desk::ThrowFileException("(lost reply) use", path, lostReply);
+    };
+    if constexpr (std::is_void_v<decltype(call())>) {
+        call();
+        answer();
+    } else {
+        auto result = call();
+        answer();
+        return result;
+    }
 }
 
 void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation operation, const std::string& path) {
@@ -116,17 +149,18 @@ int FaultyFileSystem::FindFault(Operation operation, const std::string& path) {
     if (mIsGone) return ESTALE;
     for (const auto& [denied, error] : mDenied)
         if (IsAtOrBelow(path, denied)) return error;
-    auto& faults = mFaults[operation];
-    auto found = faults.find(mCounts[operation]);
-    if (found == faults.end()) return 0;
-    const int error = found->second;
-    faults.erase(found);
-    return error;
+    if (operation == Operation::Link && !mHasLinks) return EPERM;
+    return TakeFault(mFaults, operation);
+}
+
+int FaultyFileSystem::TakeFault(Faults& faults, Operation operation) {
+    for (const Operation kind : {operation, Operation::Any})
+        if (const auto fault = faults[kind].extract(mCounts[kind])) return fault.mapped();
+    return 0;
 }
 
 std::vector<desk::FolderEntry> FaultyFileSystem::ListFolder(const std::string& path) {
-    Enter(Operation::ListFolder, path);
-    std::vector<desk::FolderEntry> entries = mDisk.ListFolder(path);
+    auto entries = Do(Operation::ListFolder, path, [&] { return mDisk.ListFolder(path); });
     std::lock_guard lock(mMutex);
     if (mHidesKinds)
         for (desk::FolderEntry& entry : entries) entry.mKind = desk::ItemKind::Unknown;
@@ -134,37 +168,44 @@ std::vector<desk::FolderEntry> FaultyFileSystem::ListFolder(const std::string& p
 }
 
 desk::ItemStatus FaultyFileSystem::Status(const std::string& path, bool followLink) {
-    Enter(Operation::Status, path);
-    return mDisk.Status(path, followLink);
+    return Do(Operation::Status, path, [&] { return mDisk.Status(path, followLink); });
 }
 
 std::string FaultyFileSystem::ReadSmallFile(const std::string& path, std::size_t limit) {
-    Enter(Operation::ReadSmallFile, path);
-    return mDisk.ReadSmallFile(path, limit);
+    return Do(Operation::ReadSmallFile, path, [&] { return mDisk.ReadSmallFile(path, limit); });
 }
 
 void FaultyFileSystem::ReplaceFile(const std::string& path, const std::string& bytes) {
-    Enter(Operation::ReplaceFile, path);
-    mDisk.ReplaceFile(path, bytes);
+    Do(Operation::ReplaceFile, path, [&] { mDisk.ReplaceFile(path, bytes); });
 }
 
 void FaultyFileSystem::AppendToFile(const std::string& path, const std::string& bytes) {
-    Enter(Operation::AppendToFile, path);
-    mDisk.AppendToFile(path, bytes);
+    Do(Operation::AppendToFile, path, [&] { mDisk.AppendToFile(path, bytes); });
+}
+
+void FaultyFileSystem::CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) {
+    Do(Operation::CreateNewFile, path, [&] { mDisk.CreateNewFile(path, bytes, mode); });
+}
+
+void FaultyFileSystem::Link(const std::string& from, const std::string& to) {
+    Do(Operation::Link, from, [&] { mDisk.Link(from, to); });
+}
+
+void FaultyFileSystem::RemoveFile(const std::string& path) {
+    Do(Operation::RemoveFile, path, [&] { mDisk.RemoveFile(path); });
 }
 
 void FaultyFileSystem::CreateFolder(const std::string& path) {
-    Enter(Operation::CreateFolder, path);
-    mDisk.CreateFolder(path);
+    Do(Operation::CreateFolder, path, [&] { mDisk.CreateFolder(path); });
 }
 
 void FaultyFileSystem::RenameNew(const std::string& from, const std::string& to) {
-    Enter(Operation::RenameNew, from);
-    mDisk.RenameNew(from, to);
+    Do(Operation::RenameNew, from, [&] { mDisk.RenameNew(from, to); });
 }
 
 long FaultyFileSystem::VolumeType(const std::string& path) {
-    Enter(Operation::VolumeType, path);
-    std::lock_guard lock(mMutex);
-    return mVolumeType ? *mVolumeType : mDisk.VolumeType(path);
+    return Do(Operation::VolumeType, path, [&] {
+        std::lock_guard lock(mMutex);
+        return mVolumeType ? *mVolumeType : mDisk.VolumeType(path);
+    });
 }

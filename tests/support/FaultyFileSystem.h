@@ -21,9 +21,14 @@ public:
         ReadSmallFile,
         ReplaceFile,
         AppendToFile,
+        CreateNewFile,
+        Link,
+        RemoveFile,
         CreateFolder,
         RenameNew,
-        VolumeType
+        VolumeType,
+        /// Whichever comes.
+        Any
     };
 
     FaultyFileSystem();
@@ -31,11 +36,15 @@ public:
 
     /// The `nth` call of `operation` from now (1: the next one) fails with `error`, once.
     void Fail(Operation operation, int nth, int error);
+    /// Likewise, once the operation has been carried out: its reply is lost.
+    void FailAfter(Operation operation, int nth, int error);
     /// Everything at and below `path` fails, until `Allow` of the same path.
     void Deny(const std::string& path, int error = EACCES);
     void Allow(const std::string& path);
     /// The volume is gone (ESTALE for everything), or back.
     void SetGone(bool isGone);
+    /// Links fail with EPERM, as on volumes that have none.
+    void SetHasLinks(bool hasLinks);
     /// Volumes tell this type (statfs(2) f_type) from now on.
     void SetVolumeType(long type);
     /// The kinds of folder entries are not told, as on some volumes.
@@ -58,6 +67,9 @@ public:
     std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
     void ReplaceFile(const std::string& path, const std::string& bytes) override;
     void AppendToFile(const std::string& path, const std::string& bytes) override;
+    void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override;
+    void Link(const std::string& from, const std::string& to) override;
+    void RemoveFile(const std::string& path) override;
     void CreateFolder(const std::string& path) override;
     void RenameNew(const std::string& from, const std::string& to) override;
     long VolumeType(const std::string& path) override;
@@ -68,9 +80,15 @@ private:
         std::string mPath;
     };
 
-    void Enter(Operation operation, const std::string& path);
+    /// By operation and the number of its call.
+    using Faults = std::map<Operation, std::map<int, int>>;
+
+    int Enter(Operation operation, const std::string& path);
+    template <class Call>
+    auto Do(Operation operation, const std::string& path, Call call);
     void PassGate(std::unique_lock<std::mutex>& lock, Operation operation, const std::string& path);
     int FindFault(Operation operation, const std::string& path);
+    int TakeFault(Faults& faults, Operation operation);
 
     desk::PosixFileSystem mDisk;
     desk::FileSystem* mBefore;
@@ -79,10 +97,11 @@ private:
     std::optional<Gate> mGate;
     int mWaiting = 0;
     std::map<Operation, int> mCounts;
-    /// By the number of calls still to come.
-    std::map<Operation, std::map<int, int>> mFaults;
+    Faults mFaults;
+    Faults mLostReplies;
     std::map<std::string, int> mDenied;
     bool mIsGone = false;
+    bool mHasLinks = true;
     bool mHidesKinds = false;
     std::optional<long> mVolumeType;
     std::chrono::microseconds mDelay{0};

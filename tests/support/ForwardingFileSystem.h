@@ -19,6 +19,11 @@ public:
     void AppendToFile(const std::string& path, const std::string& bytes) override {
         mTarget.AppendToFile(path, bytes);
     }
+    void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override {
+        mTarget.CreateNewFile(path, bytes, mode);
+    }
+    void Link(const std::string& from, const std::string& to) override { mTarget.Link(from, to); }
+    void RemoveFile(const std::string& path) override { mTarget.RemoveFile(path); }
     void CreateFolder(const std::string& path) override { mTarget.CreateFolder(path); }
     void RenameNew(const std::string& from, const std::string& to) override { mTarget.RenameNew(from, to); }
     long VolumeType(const std::string& path) override { return mTarget.VolumeType(path); }
