@@ -5,13 +5,13 @@
 #include <array>
 #include <random>
 
-#include "desk/project/LockRecord.h"
+#include "desk/core/Services.h"
+#include "desk/project/Leftovers.h"
+#include "desk/project/LockProtocol.h"
 
 namespace desk {
 
 namespace {
-
-constexpr std::string_view kTemporaryPrefix = ".zutmp-";
 
 bool IsLockFileName(std::string_view name) {
     return name.ends_with(".lock") && !GetProjectNameOfLockFile(host::UTF8to16(name)).empty();
@@ -22,7 +22,7 @@ bool IsLockFileName(std::string_view name) {
 bool IsHiddenName(std::string_view name, ItemKind kind) {
     if (!name.starts_with('.')) return false;
     return kind == ItemKind::Folder || name.starts_with(".nfs") || name.starts_with(".fuse_hidden") ||
-           name.starts_with(kTemporaryPrefix) || IsLockFileName(name);
+           IsTemporaryName(name) || IsGuardName(name) || IsLockFileName(name);
 }
 
 std::string MakeNonce() {
@@ -41,7 +41,10 @@ std::string MakeNonce() {
 }
 
 std::string MakeTemporaryName() {
-    return std::string(kTemporaryPrefix) + MakeNonce();
+    LockRecord owner;
+    if (const Desktop* desktop = GetServices().mDesktop) owner = MakeLockRecord(*desktop, {}, {});
+    owner.mNonce = MakeNonce();
+    return MakeTemporaryName(owner);
 }
 
 }  // namespace desk

@@ -1,0 +1,307 @@
+#include "desk/project/LockProtocol.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <thread>
+#include <utility>
+
+#include "desk/core/Desktop.h"
+#include "desk/files/HostNames.h"
+#include "desk/files/PosixErrors.h"
+#include "desk/project/Leftovers.h"
+#include "desk/project/ProcessFacts.h"
+
+namespace desk {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr mode_t kLockMode = 0644;
+/// How often a call is repeated that a volume has failed.
+constexpr int kTries = 4;
+/// How often and at what distance what contradicts an earlier answer is looked at.
+constexpr int kLooks = 3;
+constexpr milliseconds kBetweenLooks(100);
+/// How long somebody else on this machine may take to remove a dead lock.
+constexpr int kMostRounds = 40;
+constexpr milliseconds kBetweenRounds(25);
+/// Guards of guards: each stands for a process that was killed while it removed the one before.
+constexpr int kDeepestGuard = 8;
+constexpr std::size_t kLongestName = 255;
+
+/// Runs a file operation; 0, or the errno with which it failed.
+template <class Operation>
+int ErrorOf(Operation operation) {
+    try {
+        operation();
+        return 0;
+    } catch (const host::FileException& exception) {
+        return exception.SystemError();
+    }
+}
+
+std::string FolderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string NameOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+/// True for errors that tell what stands there (no regular file, too large, not ours to read), as against those
+/// of a volume that does not answer.
+bool IsAnswer(int error) {
+    return error == EFBIG || error == ELOOP || error == EINVAL || error == EISDIR || error == EACCES || error == EPERM;
+}
+
+}  // namespace
+
+/// What stands at a path.
+struct LockProtocol::Content {
+    bool mIsThere = true;
+    /// Absent when it cannot be read.
+    std::optional<std::string> mBytes;
+    LockRecord mRecord;
+    /// Why it cannot be read: the volume does not answer. 0 otherwise.
+    int mSystemError = 0;
+
+    bool Bears(const std::string& nonce) const { return mRecord.mIsReadable && mRecord.mNonce == nonce; }
+    bool IsForeign(const std::string& nonce) const { return mRecord.mIsReadable && mRecord.mNonce != nonce; }
+};
+
+LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user, const host::UTF16String& machine) {
+    LockRecord record;
+    record.mIsReadable = true;
+    record.mNonce = MakeNonce();
+    record.mUser = user.substr(0, kLongestName);
+    record.mMachine = machine.substr(0, kLongestName);
+    record.mMachineID = desktop.MachineID();
+    record.mBootID = desktop.BootID();
+    record.mPidNamespace = GetOwnPidNamespace();
+    // Without its start a process cannot be told from a later one of the same number.
+    if (const auto facts = ReadProcessFacts(::getpid())) {
+        record.mPid = ::getpid();
+        record.mProcessStart = facts->mStart;
+    }
+    record.mTakenAt = std::chrono::system_clock::to_time_t(desktop.Now());
+    return record;
+}
+
+bool AreOfOneProcess(const LockRecord& a, const LockRecord& b) {
+    const auto identity = [](const LockRecord& record) {
+        return std::tie(record.mMachineID, record.mBootID, record.mPidNamespace, record.mPid, record.mProcessStart);
+    };
+    return a.mIsReadable && b.mIsReadable && !a.mMachineID.empty() && !a.mBootID.empty() && a.mPidNamespace != 0 &&
+           a.mPid != 0 && identity(a) == identity(b);
+}
+
+std::string GetGuardPath(const std::string& lockPath, const std::string& nonce) {
+    return FolderOf(lockPath) + '/' + GetGuardName(nonce);
+}
+
+LockProtocol::LockProtocol(FileSystem& fileSystem, const Desktop& desktop)
+    : mFileSystem(fileSystem), mDesktop(desktop) {}
+
+LockTaking LockProtocol::Take(const std::string& lockPath, const LockRecord& mine) {
+    const bool isGoodRecord = ParseLockRecord(WriteLockRecord(mine)).mIsReadable;
+    if (!isGoodRecord) return {LockTaking::Outcome::Failed, {}, EINVAL};
+    if (NameOf(lockPath).size() > kLongestName) return {LockTaking::Outcome::Failed, {}, ENAMETOOLONG};
+    LockTaking taking = TakeOnce(lockPath, mine);
+    for (int round = 0; round < kMostRounds && IsWorthAnother(taking); ++round) {
+        const bool isStale = taking.mOutcome == LockTaking::Outcome::Held;
+        if (isStale && !RemoveDead(lockPath, taking.mRecord.mNonce, mine)) std::this_thread::sleep_for(kBetweenRounds);
+        taking = TakeOnce(lockPath, mine);
+    }
+    if (taking.mOutcome == LockTaking::Outcome::Ours)
+        std::erase_if(mRemains, [&](const LockRemains& remains) { return remains.mPath == lockPath; });
+    return taking;
+}
+
+/// The holder is gone, or has given the lock up between our attempt and our look.
+bool LockProtocol::IsWorthAnother(const LockTaking& taking) const {
+    if (taking.mOutcome == LockTaking::Outcome::Failed) return taking.mSystemError == EEXIST;
+    return taking.mOutcome == LockTaking::Outcome::Held && IsLockStale(taking.mRecord, mDesktop);
+}
+
+LockTaking LockProtocol::TakeOnce(const std::string& lockPath, const LockRecord& mine) {
+    const std::string temporary = FolderOf(lockPath) + '/' + MakeTemporaryName(mine);
+    const std::string bytes = WriteLockRecord(mine);
+    if (const int error = WriteTemporary(temporary, bytes)) return {LockTaking::Outcome::Failed, {}, error};
+    int error = ErrorOf([&] { mFileSystem.Link(temporary, lockPath); });
+    LockTaking taking = Judge(lockPath, mine, error);
+    if (taking.mOutcome == LockTaking::Outcome::Failed && HasNoLinks(error)) {
+        error = ErrorOf([&] { mFileSystem.CreateNewFile(lockPath, bytes, kLockMode); });
+        taking = Judge(lockPath, mine, error);
+    }
+    RemoveOwnOrKeep(temporary, mine.mNonce);
+    return taking;
+}
+
+/// What an attempt came to, by what stands at the lock's place now: errors lie, and so do successes.
+LockTaking LockProtocol::Judge(const std::string& lockPath, const LockRecord& mine, int systemError) {
+    Content found = Read(lockPath);
+    // After a success, somebody else's record may be old content that the volume still shows.
+    for (int look = 1; look < kLooks && systemError == 0 && found.IsForeign(mine.mNonce); ++look) {
+        std::this_thread::sleep_for(kBetweenLooks);
+        found = Read(lockPath);
+    }
+    if (found.Bears(mine.mNonce)) return {LockTaking::Outcome::Ours, mine, 0};
+    if (systemError == 0 && !found.mRecord.mIsReadable) return {LockTaking::Outcome::Ours, mine, 0};
+    // Whatever was read: ours may yet come to light there.
+    if (systemError != EEXIST && !HasNoLinks(systemError)) mRemains.push_back({lockPath, mine.mNonce});
+    if (found.mIsThere && found.mSystemError == 0) return {LockTaking::Outcome::Held, found.mRecord, 0};
+    return {LockTaking::Outcome::Failed, {}, systemError};
+}
+
+LockProtocol::Content LockProtocol::Read(const std::string& path) {
+    Content content;
+    for (int tries = 0; tries < kTries; ++tries) {
+        std::string bytes;
+        const int error = ErrorOf([&] { bytes = mFileSystem.ReadSmallFile(path, kLockFileLimit); });
+        content.mSystemError = error;
+        if (error == 0) {
+            content.mRecord = ParseLockRecord(bytes);
+            content.mBytes = std::move(bytes);
+        } else if (error == ENOENT || error == ENOTDIR) {
+            content.mIsThere = false;
+        }
+        if (error == 0 || !content.mIsThere || IsAnswer(error)) {
+            content.mSystemError = 0;
+            return content;
+        }
+    }
+    return content;
+}
+
+/// Writes the record to a name that nobody else can have chosen. Returns 0 or an errno.
+int LockProtocol::WriteTemporary(const std::string& path, const std::string& bytes) {
+    int error = 0;
+    for (int tries = 0; tries < 2; ++tries) {
+        error = ErrorOf([&] { mFileSystem.CreateNewFile(path, bytes, kLockMode); });
+        if (error == 0 || Read(path).mBytes == bytes) return 0;
+        RemoveOwnOrKeep(path, {});
+        // A name's length, a missing folder, a want of rights do not change.
+        if (error != EEXIST && error != EIO && error != EINTR && error != EAGAIN) break;
+    }
+    return error;
+}
+
+LockRelease LockProtocol::Release(const std::string& lockPath, const std::string& nonce) {
+    const Content found = Read(lockPath);
+    if (!found.mIsThere) return LockRelease::Done;
+    if (found.IsForeign(nonce)) return LockRelease::NotOurs;
+    if (!found.Bears(nonce) || IsGuarded(lockPath, nonce)) return LockRelease::Retry;
+    return RemoveOwn(lockPath, nonce) == 0 ? LockRelease::Done : LockRelease::Retry;
+}
+
+/// Removes a file that bears `nonce`, or a temporary file, whatever the volume answers. Returns 0 once it is gone
+/// or no longer bears it, or an errno.
+int LockProtocol::RemoveOwn(const std::string& path, const std::string& nonce) {
+    const bool isTemporary = IsTemporaryName(NameOf(path));
+    int error = 0;
+    for (int tries = 0; tries < kTries; ++tries) {
+        error = ErrorOf([&] { mFileSystem.RemoveFile(path); });
+        if (error == 0 || error == ENOENT) return 0;
+        if (isTemporary) continue;
+        const Content found = Read(path);
+        if (!found.mIsThere || found.IsForeign(nonce)) return 0;
+        if (!found.Bears(nonce)) return error;
+    }
+    return error;
+}
+
+void LockProtocol::RemoveOwnOrKeep(const std::string& path, const std::string& nonce) {
+    if (RemoveOwn(path, nonce) != 0) mRemains.push_back({path, nonce});
+}
+
+/// A guard that cannot be read counts.
+bool LockProtocol::IsGuarded(const std::string& lockPath, const std::string& nonce) {
+    const Content guard = Read(GetGuardPath(lockPath, nonce));
+    return guard.mIsThere && !IsLockStale(guard.mRecord, mDesktop);
+}
+
+LockTaking LockProtocol::TakeGuard(const std::string& guardPath, const LockRecord& guard, int depth) {
+    LockTaking taking = TakeOnce(guardPath, guard);
+    if (taking.mOutcome == LockTaking::Outcome::Held && IsLockStale(taking.mRecord, mDesktop) &&
+        depth < kDeepestGuard && RemoveDead(guardPath, taking.mRecord.mNonce, guard, depth + 1))
+        taking = TakeOnce(guardPath, guard);
+    return taking;
+}
+
+bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine) {
+    return RemoveDead(path, nonce, mine, 0);
+}
+
+/// While we hold the guard and the nonce stands there, nobody else may remove it: what is removed is that.
+bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine, int depth) {
+    LockRecord guard = mine;
+    guard.mNonce = MakeNonce();
+    const std::string guardPath = GetGuardPath(path, nonce);
+    if (TakeGuard(guardPath, guard, depth).mOutcome != LockTaking::Outcome::Ours) return false;
+    const Content found = Read(path);
+    const bool isRemoved = !found.mIsThere || found.IsForeign(nonce) ||
+                           (found.Bears(nonce) && RemoveOwn(path, nonce) == 0);
+    RemoveOwnOrKeep(guardPath, guard.mNonce);
+    return isRemoved;
+}
+
+std::optional<LockSnapshot> LockProtocol::Look(const std::string& lockPath) {
+    LockSnapshot snapshot;
+    if (ErrorOf([&] { snapshot.mStatus = mFileSystem.Status(lockPath, false); }) != 0) return std::nullopt;
+    snapshot.mBytes = Read(lockPath).mBytes;
+    return snapshot;
+}
+
+LockBreaking LockProtocol::Break(const std::string& lockPath, const LockSnapshot& seen, const LockRecord& mine,
+                                 const std::function<void()>& wait) {
+    LockRecord guard = mine;
+    guard.mNonce = MakeNonce();
+    const std::string guardPath = FolderOf(lockPath) + '/' + GetGuardName(NameOf(lockPath), seen.mBytes.value_or(""));
+    const LockTaking guarding = TakeGuard(guardPath, guard, 0);
+    if (guarding.mOutcome == LockTaking::Outcome::Held)
+        return {LockBreaking::Outcome::Guarded, guarding.mRecord, 0};
+    if (guarding.mOutcome == LockTaking::Outcome::Failed)
+        return {LockBreaking::Outcome::Failed, {}, guarding.mSystemError};
+    wait();
+    LockBreaking breaking{LockBreaking::Outcome::Changed, {}, 0};
+    const std::optional<LockSnapshot> found = Look(lockPath);
+    const bool isSame = found && found->mBytes == seen.mBytes && found->mStatus.mKind == seen.mStatus.mKind &&
+                        (seen.mBytes || found->mStatus.mModified == seen.mStatus.mModified);
+    // A guard that was itself broken meanwhile gives no right.
+    if (isSame && Check(guardPath, guard.mNonce) == LockStanding::Ours) {
+        const int error = ErrorOf([&] { mFileSystem.RemoveFile(lockPath); });
+        const bool isGone = error == 0 || error == ENOENT || !Look(lockPath);
+        breaking.mOutcome = isGone ? LockBreaking::Outcome::Broken : LockBreaking::Outcome::Failed;
+        breaking.mSystemError = isGone ? 0 : error;
+    }
+    RemoveOwnOrKeep(guardPath, guard.mNonce);
+    return breaking;
+}
+
+LockStanding LockProtocol::Check(const std::string& lockPath, const std::string& nonce) {
+    for (int look = 1;; ++look) {
+        const Content found = Read(lockPath);
+        if (found.Bears(nonce)) return LockStanding::Ours;
+        if (look < kLooks) {
+            std::this_thread::sleep_for(kBetweenLooks);
+            continue;
+        }
+        return found.mSystemError != 0 ? LockStanding::Unknown : LockStanding::Lost;
+    }
+}
+
+std::vector<LockRemains> LockProtocol::TakeRemains() {
+    return std::exchange(mRemains, {});
+}
+
+LockRelease LockProtocol::RemoveRemains(const LockRemains& remains) {
+    if (!IsTemporaryName(NameOf(remains.mPath))) return Release(remains.mPath, remains.mNonce);
+    return RemoveOwn(remains.mPath, remains.mNonce) == 0 ? LockRelease::Done : LockRelease::Retry;
+}
+
+}  // namespace desk

@@ -1,0 +1,148 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "desk/files/FileSystem.h"
+#include "desk/project/LockRecord.h"
+#include "host/core/Export.h"
+
+namespace desk {
+
+class Desktop;
+
+/// What came of taking a lock.
+struct LockTaking {
+    enum class Outcome {
+        /// The lock is ours.
+        Ours,
+        /// Somebody else holds it, or something that cannot be read stands in its place.
+        Held,
+        /// It could not be taken, for the reason that `mSystemError` names.
+        Failed,
+    };
+    Outcome mOutcome = Outcome::Failed;
+    /// Our record, or the holder's.
+    LockRecord mRecord;
+    /// An errno value.
+    int mSystemError = 0;
+};
+
+/// What stands at a lock's place, byte for byte, so that it can be told whether it is still the same.
+struct LockSnapshot {
+    /// Absent for what is no readable regular file of at most `kLockFileLimit` bytes.
+    std::optional<std::string> mBytes;
+    ItemStatus mStatus;
+};
+
+enum class LockRelease {
+    /// The lock file is gone.
+    Done,
+    /// The lock was not (or is no longer) ours; nothing was removed.
+    NotOurs,
+    /// It could not be removed now: a reader has it open, or somebody is about to break it. Try again.
+    Retry,
+};
+
+enum class LockStanding {
+    Ours,
+    /// Another lock stands in its place, or none.
+    Lost,
+    /// The volume does not tell.
+    Unknown,
+};
+
+/// What came of breaking a lock.
+struct LockBreaking {
+    enum class Outcome {
+        Broken,
+        /// The lock is not what the person saw any more; nothing was removed.
+        Changed,
+        /// Somebody else is about to break it (`mGuard`) or was when they died on another machine.
+        Guarded,
+        /// For the reason that `mSystemError` names.
+        Failed,
+    };
+    Outcome mOutcome = Outcome::Failed;
+    LockRecord mGuard;
+    int mSystemError = 0;
+};
+
+/// A file of ours that could not be removed.
+struct LockRemains {
+    std::string mPath;
+    std::string mNonce;
+};
+
+/// A record for this process with a fresh nonce, taken now. Names are cut at 255 units. Any thread.
+ZUHOST_API LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
+                                     const host::UTF16String& machine);
+
+/// True when both records are of one process.
+ZUHOST_API bool AreOfOneProcess(const LockRecord& a, const LockRecord& b);
+
+/// Where the guard stands that gives the right to remove, in its owner's place, a lock with this nonce: beside
+/// the lock. Since a nonce never comes back, such a right never extends to a later lock.
+ZUHOST_API std::string GetGuardPath(const std::string& lockPath, const std::string& nonce);
+
+/// Takes, gives up and breaks lock files on shared volumes, as `docs/locking.md` describes. Every operation may
+/// wait for the volume; none throws. Any thread, one at a time.
+class ZUHOST_API LockProtocol {
+public:
+    /// Neither is owned.
+    LockProtocol(FileSystem& fileSystem, const Desktop& desktop);
+
+    /// Takes the lock at `lockPath` for `mine` in one atomic step: the whole record is written to a temporary
+    /// file, which is linked to the lock's name. After any error the lock is read again, since a volume may
+    /// fail a call that it has carried out. A lock whose holder is known to be gone is taken over; of several
+    /// takers one wins.
+    LockTaking Take(const std::string& lockPath, const LockRecord& mine);
+
+    /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it.
+    LockRelease Release(const std::string& lockPath, const std::string& nonce);
+
+    /// Reads the lock again. A volume may show old content for a moment, so a loss is looked at three times
+    /// within 200 ms.
+    LockStanding Check(const std::string& lockPath, const std::string& nonce);
+
+    /// Absent when nothing stands there.
+    std::optional<LockSnapshot> Look(const std::string& lockPath);
+
+    /// Removes somebody else's lock, after a person has been shown it: guards it for `mine`, calls `wait` (which
+    /// takes at least three seconds and twice the time that the volume caches), and removes it if it is still
+    /// what the person saw. A guard that is in the way can be broken the same way.
+    LockBreaking Break(const std::string& lockPath, const LockSnapshot& seen, const LockRecord& mine,
+                       const std::function<void()>& wait);
+
+    /// Removes the lock, guard or temporary file at `path` that bears `nonce`, whose holder is gone (the caller
+    /// has made sure), in its holder's place. False when somebody else is about to, or when it cannot be.
+    bool RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine);
+
+    /// The files that earlier operations have left or may have left, against their will: temporary files, guards,
+    /// locks. To be removed by `RemoveRemains` when the volume has recovered.
+    std::vector<LockRemains> TakeRemains();
+    /// Removes a file if it stands there and bears the nonce.
+    LockRelease RemoveRemains(const LockRemains& remains);
+
+private:
+    struct Content;
+
+    Content Read(const std::string& path);
+    bool IsWorthAnother(const LockTaking& taking) const;
+    LockTaking TakeOnce(const std::string& lockPath, const LockRecord& mine);
+    LockTaking Judge(const std::string& lockPath, const LockRecord& mine, int systemError);
+    int WriteTemporary(const std::string& path, const std::string& bytes);
+    LockTaking TakeGuard(const std::string& guardPath, const LockRecord& guard, int depth);
+    bool RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine, int depth);
+    bool IsGuarded(const std::string& lockPath, const std::string& nonce);
+    int RemoveOwn(const std::string& path, const std::string& nonce);
+    void RemoveOwnOrKeep(const std::string& path, const std::string& nonce);
+
+    FileSystem& mFileSystem;
+    const Desktop& mDesktop;
+    std::vector<LockRemains> mRemains;
+};
+
+}  // namespace desk

@@ -1,0 +1,220 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <thread>
+
+#include "desk/files/PosixErrors.h"
+#include "desk/files/PosixFileSystem.h"
+#include "desk/project/Leftovers.h"
+#include "desk/project/LockProtocol.h"
+#include "tests/support/RecordingDesktop.h"
+#include "tests/support/TemporaryFolder.h"
+
+using desk::LockProtocol;
+using desk::LockRecord;
+using desk::LockRelease;
+using desk::LockTaking;
+
+namespace {
+
+/// Memory that the test and its processes share.
+template <class Data>
+class Shared {
+public:
+    Shared()
+        : mData(new(::mmap(nullptr, sizeof(Data), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Data) {}
+    ~Shared() { ::munmap(mData, sizeof(Data)); }
+    Shared(const Shared&) = delete;
+    Shared& operator=(const Shared&) = delete;
+    Data* operator->() { return mData; }
+
+private:
+    Data* mData;
+};
+
+/// Starts a process that ends with what `work` returns.
+pid_t Start(const std::function<int()>& work) {
+    const pid_t process = ::fork();
+    if (process == 0) ::_exit(work());
+    return process;
+}
+
+int ResultOf(pid_t process) {
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// A volume on which links have been taken away.
+class WithoutLinks : public desk::PosixFileSystem {
+public:
+    void Link(const std::string&, const std::string& to) override {
+        desk::ThrowFileException("make link", to, EPERM);
+    }
+};
+
+class LockRace : public testing::TestWithParam<bool> {
+protected:
+    /// Where fsync costs nothing: more happens in the same time.
+    static std::string MakePath() {
+        if (::access("/dev/shm", W_OK) == 0) ::setenv("TMPDIR", "/dev/shm", 1);
+        return {};
+    }
+    std::string LockOf(int project) const { return mFolder.Path(".Reel " + std::to_string(project) + ".zuproj.lock"); }
+    desk::FileSystem& Disk() { return GetParam() ? static_cast<desk::FileSystem&>(mDisk) : mDiskWithoutLinks; }
+    LockRecord Mine() const { return desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1"); }
+    /// Every name in the folder that is no project's.
+    std::vector<std::string> StrayNames() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(mFolder.Path()))
+            if (entry.path().filename().string().starts_with('.')) names.push_back(entry.path().filename());
+        return names;
+    }
+
+    const std::string mMemory = MakePath();
+    TemporaryFolder mFolder;
+    RecordingDesktop mDesktop;
+    desk::PosixFileSystem mDisk;
+    WithoutLinks mDiskWithoutLinks;
+};
+
+INSTANTIATE_TEST_SUITE_P(Volumes, LockRace, testing::Bool(),
+                         [](const auto& volume) { return volume.param ? "WithLinks" : "WithoutLinks"; });
+
+constexpr int kProjects = 4;
+constexpr int kProcesses = 16;
+constexpr int kTries = 1000;
+
+/// Writes to a project as its only holder; false when somebody else wrote meanwhile.
+bool AppendAlone(const std::string& project, const std::string& line) {
+    const int file = ::open(project.c_str(), O_RDWR | O_APPEND | O_CLOEXEC);
+    const off_t before = ::lseek(file, 0, SEEK_END);
+    std::string found(line.size(), '\0');
+    bool isAlone = ::write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    ::sched_yield();
+    isAlone = isAlone && ::pread(file, found.data(), found.size(), before) == static_cast<ssize_t>(line.size());
+    isAlone = isAlone && found == line && ::lseek(file, 0, SEEK_END) == before + static_cast<off_t>(line.size());
+    ::close(file);
+    return isAlone;
+}
+
+}  // namespace
+
+TEST_P(LockRace, ManyProcessesNeverHoldOneProjectTogether) {
+    struct Counts {
+        std::atomic<int> mHeld[kProjects];
+        std::atomic<int> mFaults;
+    };
+    Shared<Counts> counts;
+    for (int i = 0; i < kProjects; ++i) mFolder.Write("Reel " + std::to_string(i) + ".zuproj");
+    const auto compete = [&](int number) {
+        LockProtocol protocol(Disk(), mDesktop);
+        for (int i = 0; i < kTries; ++i) {
+            const int project = (number + i * 7 / 3) % kProjects;
+            const LockRecord mine = Mine();
+            const LockTaking taking = protocol.Take(LockOf(project), mine);
+            if (taking.mOutcome == LockTaking::Outcome::Failed) ++counts->mFaults;
+            if (taking.mOutcome != LockTaking::Outcome::Ours) continue;
+            const std::string path = mFolder.Path("Reel " + std::to_string(project) + ".zuproj");
+            if (!AppendAlone(path, mine.mNonce + '\n')) ++counts->mFaults;
+            ++counts->mHeld[project];
+            if (protocol.Release(LockOf(project), mine.mNonce) != LockRelease::Done) ++counts->mFaults;
+        }
+        return protocol.TakeRemains().empty() ? 0 : 1;
+    };
+    std::vector<pid_t> processes;
+    for (int number = 0; number < kProcesses; ++number) processes.push_back(Start([&] { return compete(number); }));
+    for (const pid_t process : processes) EXPECT_EQ(ResultOf(process), 0);
+    EXPECT_EQ(counts->mFaults, 0);
+    for (int i = 0; i < kProjects; ++i) {
+        EXPECT_GT(counts->mHeld[i], 100);
+        EXPECT_EQ(mFolder.Read("Reel " + std::to_string(i) + ".zuproj").size(), counts->mHeld[i] * 33u);
+    }
+    EXPECT_TRUE(StrayNames().empty()) << StrayNames().front();
+}
+
+TEST_P(LockRace, OfSeveralTakersOfADeadLockOneWins) {
+    constexpr int kTakers = 4;
+    constexpr int kRounds = 150;
+    struct Board {
+        std::atomic<int> mReady;
+        std::atomic<int> mDone;
+        std::atomic<int> mWinners;
+        std::atomic<int> mFailures;
+        char mNonce[33];
+    };
+    LockRecord dead = Mine();
+    dead.mProcessStart += 1'000'000'000;
+    for (int round = 0; round < kRounds; ++round) {
+        dead.mNonce[0] = "0123456789abcdef"[round % 16];
+        mFolder.Write(".Reel 0.zuproj.lock", WriteLockRecord(dead));
+        Shared<Board> board;
+        const auto take = [&] {
+            const LockRecord mine = Mine();
+            LockProtocol protocol(Disk(), mDesktop);
+            ++board->mReady;
+            while (board->mReady < kTakers) ::sched_yield();
+            const auto outcome = protocol.Take(LockOf(0), mine).mOutcome;
+            if (outcome == LockTaking::Outcome::Failed) ++board->mFailures;
+            if (outcome == LockTaking::Outcome::Ours && ++board->mWinners == 1) mine.mNonce.copy(board->mNonce, 32);
+            // Whoever ends is dead to the others.
+            ++board->mDone;
+            while (board->mDone < kTakers) ::usleep(100);
+            return 0;
+        };
+        std::vector<pid_t> processes;
+        for (int i = 0; i < kTakers; ++i) processes.push_back(Start(take));
+        for (const pid_t process : processes) ASSERT_EQ(ResultOf(process), 0);
+        ASSERT_EQ(board->mWinners, 1) << "round " << round;
+        ASSERT_EQ(board->mFailures, 0);
+        ASSERT_EQ(desk::ParseLockRecord(mFolder.Read(".Reel 0.zuproj.lock")).mNonce, board->mNonce);
+        ASSERT_EQ(StrayNames().size(), 1u) << "nothing but the lock";
+    }
+}
+
+class KilledHolder : public LockRace {};
+// Without links a process can be killed between the creation of its lock and the writing: that lock a person breaks.
+INSTANTIATE_TEST_SUITE_P(Volumes, KilledHolder, testing::Values(true),
+                         [](const auto&) { return "WithLinks"; });
+
+TEST_P(KilledHolder, IsSucceededByTheNextWheneverItDied) {
+    constexpr int kRounds = 300;
+    std::mt19937 random(7);
+    int locksLeft = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const pid_t process = Start([&]() -> int {
+            LockProtocol protocol(Disk(), mDesktop);
+            for (;;) {
+                const LockRecord mine = Mine();
+                // It begins with taking over what the one before has left.
+                if (protocol.Take(LockOf(0), mine).mOutcome != LockTaking::Outcome::Ours) return 1;
+                if (protocol.Release(LockOf(0), mine.mNonce) != LockRelease::Done) return 1;
+            }
+        });
+        ::usleep(static_cast<useconds_t>(random() % 6000));
+        ::kill(process, SIGKILL);
+        ASSERT_EQ(ResultOf(process), -1) << "it could not take or give up in round " << round;
+        locksLeft += mFolder.Exists(".Reel 0.zuproj.lock");
+        if (round % 3 != 0) continue;
+        LockProtocol protocol(Disk(), mDesktop);
+        const LockRecord mine = Mine();
+        ASSERT_EQ(protocol.Take(LockOf(0), mine).mOutcome, LockTaking::Outcome::Ours) << "round " << round;
+        ASSERT_EQ(protocol.Release(LockOf(0), mine.mNonce), LockRelease::Done);
+    }
+    EXPECT_GT(locksLeft, 10) << "the processes died too early or too late to prove anything";
+    const LockRecord mine = Mine();
+    LockProtocol protocol(Disk(), mDesktop);
+    ASSERT_EQ(protocol.Take(LockOf(0), mine).mOutcome, LockTaking::Outcome::Ours);
+    ASSERT_EQ(protocol.Release(LockOf(0), mine.mNonce), LockRelease::Done);
+    desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path());
+    EXPECT_TRUE(StrayNames().empty()) << StrayNames().front();
+}
