@@ -1,12 +1,22 @@
 #include "host/project/ProjectLockFile.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <ctime>
+#include <optional>
+
 #include "desk/core/Desktop.h"
+#include "desk/core/Log.h"
 #include "desk/core/Services.h"
 #include "desk/files/FolderStore.h"
 #include "desk/files/KnownFacts.h"
+#include "desk/project/LockKeeper.h"
 #include "desk/project/LockRecord.h"
 #include "host/core/Localizer.h"
+#include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
+#include "host/project/ProjectFiles.h"
 
 namespace host {
 
@@ -20,6 +30,25 @@ public:
     bool IsLocked() const override { return true; }
     UTF16String GetLockOwner() const override { return {}; }
     bool IsHeldByReader() const override { return false; }
+    bool IsLost() override { return false; }
+};
+
+/// A share in a lock that this process holds.
+class CreatedLockFile : public IProjectLockFile {
+public:
+    explicit CreatedLockFile(desk::HeldLockPtr lock) : mLock(std::move(lock)) {}
+    bool IsLocked() const override { return !mLock->IsLost(); }
+    UTF16String GetLockOwner() const override { return mLock->GetRecord().mUser; }
+    bool IsHeldByReader() const override { return !mLock->IsLost(); }
+    bool IsLost() override {
+        const desk::LockStanding standing = mLock->Check();
+        if (standing == desk::LockStanding::Unknown)
+            throw FileException("read lock", UTF8to16(mLock->GetPath()), EIO);
+        return standing == desk::LockStanding::Lost;
+    }
+
+private:
+    desk::HeldLockPtr mLock;
 };
 
 /// What a lock file said when it was read.
@@ -37,6 +66,7 @@ public:
     bool IsLocked() const override { return mIsLocked; }
     UTF16String GetLockOwner() const override { return mOwner; }
     bool IsHeldByReader() const override { return mIsHeldByReader; }
+    bool IsLost() override { return false; }
 
 private:
     bool mIsLocked;
@@ -44,9 +74,44 @@ private:
     UTF16String mOwner;
 };
 
-UTF16String LockFilePath(const UTF16String& projectPath) {
+/// In bytes.
+std::string LockFilePath(const UTF16String& projectPath) {
     const UTF16String path = PathUtils::ToNormalizedPath(projectPath);
-    return PathUtils::GetFullDirectoryPart(path) + desk::GetLockFileName(PathUtils::GetFullFilePart(path));
+    return UTF16to8(PathUtils::GetFullDirectoryPart(path) +
+                    desk::GetLockFileName(PathUtils::GetFullFilePart(path)));
+}
+
+/// Why a lock must not even be tried to take: an errno value, or 0.
+int ReasonToRefuse(const UTF16String& projectPath, const UTF16String& userName, const UTF16String& machineName) {
+    constexpr std::size_t kLongestName = 255;
+    const UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(projectPath));
+    if (!IsVantorProjectFile(name) || userName.empty() || machineName.empty()) return EINVAL;
+    return UTF16to8(desk::GetLockFileName(name)).size() > kLongestName ? ENAMETOOLONG : 0;
+}
+
+std::string ToText(std::int64_t secondsSinceEpoch) {
+    const std::time_t time = secondsSinceEpoch;
+    std::tm parts{};
+    char text[32] = "";
+    if (gmtime_r(&time, &parts)) std::strftime(text, sizeof text, "%FT%TZ", &parts);
+    return text;
+}
+
+void LogRefusal(const UTF16String& projectPath, const desk::LockTaking& taking) {
+    const desk::LockRecord& holder = taking.mRecord;
+    if (taking.mOutcome == desk::LockTaking::Outcome::Failed)
+        return desk::Log(desk::LogLevel::Warning,
+                         FileException("take lock of", projectPath, taking.mSystemError).what());
+    const std::string text = "take lock of " + UTF16to8(projectPath) + ": held by ";
+    if (!holder.mIsReadable) return desk::Log(desk::LogLevel::Info, text + "an unknown user (it cannot be read)");
+    desk::Log(desk::LogLevel::Info, text + UTF16to8(holder.mUser) + " on " + UTF16to8(holder.mMachine) + " since " +
+                                        ToText(holder.mTakenAt));
+}
+
+/// True for a lock that this process has given up since it was read.
+bool IsOutdated(const desk::LockRecord& record) {
+    return record.mIsReadable && record.mPid == ::getpid() &&
+           desk::AreOfOneProcess(record, desk::MakeLockRecord(*desk::GetServices().mDesktop, {}, {}));
 }
 
 }  // namespace
@@ -61,16 +126,32 @@ bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machineName) {
     return false;
 }
 
+ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
+                                         const UTF16String& machineName) {
+    if (const int error = ReasonToRefuse(projectPath, userName, machineName)) {
+        LogRefusal(projectPath, {desk::LockTaking::Outcome::Failed, {}, error});
+        return {};
+    }
+    auto [lock, result] = desk::LockKeeper::Instance().Take(LockFilePath(projectPath), userName, machineName);
+    if (lock) return new CreatedLockFile(std::move(lock));
+    LogRefusal(projectPath, result);
+    return {};
+}
+
 ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                        const UTF16String& machineName) {
+    // What this process holds it knows best.
+    if (const desk::LockKeeper& keeper = desk::LockKeeper::Instance(); keeper.HoldsAny())
+        if (const auto held = keeper.Find(LockFilePath(projectPath)); held && !held->IsLost())
+            return new ReadLockFile(held->GetRecord(), userName, machineName);
     const desk::KnownItem known = desk::FindKnownItemAndRequest(projectPath);
     if (known.mIsAbsent) return {};
     if (known.mFacts) {
         if (!known.mFacts->mHasLockFile) return {};
         if (!known.mFacts->mLock) return new UnreadLockFile;
-        return new ReadLockFile(*known.mFacts->mLock, userName, machineName);
+        if (!IsOutdated(*known.mFacts->mLock)) return new ReadLockFile(*known.mFacts->mLock, userName, machineName);
     }
-    auto record = desk::ReadLockRecord(*desk::GetServices().mFileSystem, UTF16to8(LockFilePath(projectPath)));
+    auto record = desk::ReadLockRecord(*desk::GetServices().mFileSystem, LockFilePath(projectPath));
     if (!record) return {};
     return new ReadLockFile(*record, userName, machineName);
 }

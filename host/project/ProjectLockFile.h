@@ -6,7 +6,9 @@
 
 namespace host {
 
-/// What a project's lock file says. A reference that was read never removes anything. UI thread.
+/// A project's lock. The last reference to one that this process created gives the lock up: it removes the file,
+/// if it is still its own. A reference that was read says what the file said, and never removes anything.
+/// UI thread.
 class ZUHOST_API IProjectLockFile : public RefCounted {
 public:
     ~IProjectLockFile() override;
@@ -22,6 +24,12 @@ public:
     /// True when the lock is held by the user and identity that it was read for, so that the project
     /// can be edited here.
     virtual bool IsHeldByReader() const = 0;
+
+    /// Reads the lock again. True when this reference was created and the lock is no longer this process's:
+    /// somebody broke it, or removed its file. Then the project must not be written nor moved any more. A lost
+    /// lock stays lost. Always false for a reference that was read. Throws `FileException` when the volume does
+    /// not tell. May wait for the volume.
+    virtual bool IsLost() = 0;
 };
 
 using ProjectLockFileRef = RefPtr<IProjectLockFile>;
@@ -29,6 +37,16 @@ using ProjectLockFileRef = RefPtr<IProjectLockFile>;
 /// The current user's locking identity: the user name and the name of the machine. Returns false, and
 /// leaves both empty, when there is none. UI thread.
 ZUHOST_API bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machineName);
+
+/// Takes the lock of the project at `projectPath` in one atomic step, whether the project exists or not; empty when
+/// it could not be taken (the log says why: who holds it, or operation, path and reason). A lock whose holder is
+/// known to be gone is taken over. A project whose lock this process holds already gives another reference to the
+/// same lock, if user and machine are the same. The file goes when the last reference does; if it cannot be
+/// removed then (a reader has it open), it is tried again in the background for three seconds. Refused before the
+/// disk is touched: what is no project's name, a name whose lock file's name would exceed 255 bytes, an empty user
+/// or machine. The only way to take a lock. May wait for the volume. UI thread.
+ZUHOST_API ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
+                                                    const UTF16String& machineName);
 
 /// Reads the lock file of the project at `projectPath`; empty when it has none. Answered from fresh
 /// facts of a listed folder without touching the disk, else asks the disk: may wait for the volume.

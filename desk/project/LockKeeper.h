@@ -1,0 +1,87 @@
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desk/project/LockProtocol.h"
+#include "desk/project/LockRecord.h"
+#include "host/core/Export.h"
+
+namespace desk {
+
+/// A lock that this process holds. It is given up when its last owner lets go. UI thread.
+class ZUHOST_API HeldLock {
+public:
+    ~HeldLock();
+    HeldLock(const HeldLock&) = delete;
+    HeldLock& operator=(const HeldLock&) = delete;
+
+    const LockRecord& GetRecord() const { return mRecord; }
+    /// The lock file's path, in bytes.
+    const std::string& GetPath() const { return mPath; }
+    /// Reads the lock again; `Unknown` when the volume does not answer. A lost lock stays lost. To be asked before
+    /// each save and each move of the project. May wait for the volume.
+    LockStanding Check();
+    /// What the last `Check` found.
+    bool IsLost() const { return mIsLost; }
+
+private:
+    friend class LockKeeper;
+    HeldLock(std::string path, LockRecord record) : mPath(std::move(path)), mRecord(std::move(record)) {}
+
+    std::string mPath;
+    LockRecord mRecord;
+    bool mIsLost = false;
+};
+
+using HeldLockPtr = std::shared_ptr<HeldLock>;
+
+/// The locks that this process holds, one for each project, however many refer to it. UI thread.
+class ZUHOST_API LockKeeper {
+public:
+    static LockKeeper& Instance();
+
+    struct Taking {
+        /// Empty when the lock could not be taken.
+        HeldLockPtr mLock;
+        /// Why not: who holds it, or the error.
+        LockTaking mResult;
+    };
+
+    /// Takes the lock at `lockPath` (bytes, normalised) for a user and a machine. A lock that this process holds
+    /// already for them is shared, once it has been read again; so is one whose file came here with a moved
+    /// folder, one that is just being given up, and one that an earlier failure left behind. May wait for the
+    /// volume.
+    Taking Take(const std::string& lockPath, const host::UTF16String& user, const host::UTF16String& machine);
+
+    /// The lock that this process holds at `lockPath`; empty when it holds none. Touches no disk.
+    HeldLockPtr Find(const std::string& lockPath) const;
+    bool HoldsAny() const { return !mLocks.empty(); }
+
+    /// The locks at and below `oldFolder` (bytes, normalised) have moved with it to `newFolder`: they keep their
+    /// nonces and are from now on looked for there. Call it after a folder has been renamed or moved, before
+    /// anything asks for locks at the new place. Touches no disk.
+    void FollowMove(const std::string& oldFolder, const std::string& newFolder);
+
+private:
+    friend class HeldLock;
+    struct GivingUp;
+
+    Taking TakeOnce(const std::string& lockPath, const LockRecord& mine);
+    HeldLockPtr Keep(const std::string& lockPath, const LockRecord& record);
+    HeldLockPtr TakeBack(const std::string& lockPath, const LockRecord& found, const LockRecord& wanted);
+    HeldLockPtr FindByNonce(const std::string& nonce) const;
+    void Forget(const HeldLock& lock);
+    void GiveUp(const HeldLock& lock);
+    void GiveUpLater(std::vector<LockRemains> remains, bool isDoubtful);
+    void TryAgain(const std::shared_ptr<GivingUp>& task);
+    void Finish(const std::shared_ptr<GivingUp>& task, LockRelease release);
+
+    std::map<std::string, std::weak_ptr<HeldLock>> mLocks;
+    std::vector<std::shared_ptr<GivingUp>> mGivingUp;
+};
+
+}  // namespace desk
