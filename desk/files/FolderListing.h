@@ -78,6 +78,7 @@ private:
     };
 
     void List();
+    void SweepIfNeeded(const std::vector<FolderEntry>& entries);
     void TakeEntry(const FolderEntry& entry);
     void MarkLocked();
     void ChooseWhatToRead();
