@@ -46,8 +46,10 @@ double Ratio(const Result& result) {
     return Median(result.mOurs) / Median(result.mBaseline);
 }
 
-void PrintTable(std::ostream& out, const std::vector<Result>& results) {
-    out << "| job | panel | tuned QFSM | ratio | at most | | runs |\n|---|---:|---:|---:|---|---|---:|\n";
+void PrintTable(std::ostream& out, const std::vector<Result>& results, const std::string& ours,
+                const std::string& baseline) {
+    out << "| job | " << ours << " | " << baseline
+        << " | ratio | at most | | runs |\n|---|---:|---:|---:|---|---|---:|\n";
     for (const auto& result : results) {
         const auto& unit = result.mFigure.mUnit;
         out << "| " << result.mFigure.mName << " | " << ToText(Median(result.mOurs)) << ' ' << unit << " | "

@@ -28,7 +28,8 @@ double Median(std::vector<double> values);
 /// Median of ours by median of the baseline.
 double Ratio(const Result& result);
 
-/// Writes the results as a Markdown table.
-void PrintTable(std::ostream& out, const std::vector<Result>& results);
+/// Writes the results as a Markdown table, with names for the two sides.
+void PrintTable(std::ostream& out, const std::vector<Result>& results, const std::string& ours = "panel",
+                const std::string& baseline = "tuned QFSM");
 
 }  // namespace bench
