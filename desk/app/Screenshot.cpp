@@ -51,6 +51,8 @@ void Screenshot::Look() {
 }
 
 std::string Screenshot::Write() const {
+    // Where the keyboard is depends on what came first, the rows or the window's activation.
+    if (QWidget* focused = mWindow.focusWidget()) focused->clearFocus();
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);

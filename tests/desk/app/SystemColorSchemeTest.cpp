@@ -1,0 +1,43 @@
+#include "desk/app/SystemColorScheme.h"
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+
+#include "desk/core/QtMainThread.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "tests/support/DesktopPortal.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace desk {
+namespace {
+
+TEST(SystemColorScheme, TakesAPortalsLateAnswerAndFollowsTheUser) {
+    if (!DesktopPortal::IsPossible()) GTEST_SKIP() << "there is no dbus-daemon to ask over";
+    const TemporaryFolder folder;
+    DesktopPortal portal(folder.Path());
+    ASSERT_TRUE(portal.IsThere());
+    qputenv("DBUS_SESSION_BUS_ADDRESS", portal.Address().toUtf8());
+    const Services before = GetServices();
+    QtMainThread mainThread;
+    WorkerPool pool(1);
+    GetServices().mMainThread = &mainThread;
+    GetServices().mWorkerPool = &pool;
+
+    std::vector<ThemeKind> changes;
+    SystemColorScheme scheme([&changes](ThemeKind kind) { changes.push_back(kind); });
+    EXPECT_EQ(scheme.Current(), ThemeKind::Dark) << "this thread is the portal's: it cannot have answered";
+    const auto count = [&changes](std::size_t n) { return [&changes, n] { return changes.size() == n; }; };
+    ASSERT_TRUE(QTest::qWaitFor(count(1)));
+    EXPECT_EQ(scheme.Current(), ThemeKind::Light);
+
+    portal.Choose(1);
+    ASSERT_TRUE(QTest::qWaitFor(count(2)));
+    EXPECT_EQ(changes, (std::vector<ThemeKind>{ThemeKind::Light, ThemeKind::Dark}));
+    pool.WaitUntilIdle(std::chrono::seconds(10));
+    GetServices() = before;
+}
+
+}  // namespace
+}  // namespace desk
