@@ -17,11 +17,13 @@ bool IsShown(const UTF16String& path) {
 /// whose name now stands for some other file has no row any more.
 std::set<UTF16String> FilterContent(const DirectoryContent& content, ContentDelivery& delivery) {
     std::set<UTF16String> paths;
+    // Contents come nearly sorted: most paths go next to the one before.
+    auto place = paths.end();
     for (const PropertyMap& item : content) {
         const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
         if (!path) continue;
         if (IsShown(*path))
-            paths.insert(paths.end(), *path);
+            place = std::next(paths.insert(place, *path));
         else if (delivery.mExtent == ContentDelivery::Extent::Change)
             delivery.mRemovedPaths.push_back(*path);
     }

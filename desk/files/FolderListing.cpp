@@ -180,7 +180,7 @@ void FolderListing::BuildContents() {
     std::vector<std::u16string_view> names;
     names.reserve(mFound.size());
     for (const Found& found : mFound) names.push_back(found.mName);
-    const std::vector<std::uint32_t> order = OrderNaturally(names);
+    const std::vector<std::uint32_t> order = OrderAsShown(names);
     const std::size_t partSize =
         mFound.size() > kLongestWhole ? kPartSize : std::max<std::size_t>(1, mFound.size());
     for (std::size_t begin = 0; begin == 0 || begin < mFound.size(); begin += partSize) {

@@ -5,6 +5,7 @@
 #include "desk/core/Services.h"
 #include "desk/mediabrowser/ContentManagerImpl.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
+#include "desk/project/NaturalOrder.h"
 #include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
 
@@ -66,9 +67,11 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
     if (delivery.mDelivery.mExtent == ContentDelivery::Extent::Change) DropFactsOfRowsScrolledAway();
 }
 
+/// In the order in which they mostly show, so that the tree finds them sorted.
 void DirectoryImpl::Create(Row* parent, const std::vector<std::u16string_view>& names) {
-    for (const std::u16string_view name : names)
-        if (const RowRef row = mTree->CreateAndAppendRow(parent)) mView.AddRowToMaps(row, {UTF16String(name)});
+    for (const std::uint32_t place : desk::OrderAsShown(names))
+        if (const RowRef row = mTree->CreateAndAppendRow(parent))
+            mView.AddRowToMaps(row, {UTF16String(names[place])});
 }
 
 void DirectoryImpl::Remove(const RowVec& rows) {

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "host/project/ProjectFiles.h"
+
 namespace desk {
 
 namespace {
@@ -147,6 +149,18 @@ std::u16string_view PrepareForCollator(std::u16string_view text, std::u16string&
     return storage;
 }
 
+std::u16string_view ShownName(std::u16string_view name) {
+    const std::u16string_view extension = host::GetProjectFileExtension();
+    if (name.size() <= extension.size()) return name;
+    const std::size_t length = name.size() - extension.size();
+    const bool isProject =
+        std::equal(extension.begin(), extension.end(), name.begin() + static_cast<std::ptrdiff_t>(length),
+                   [](char16_t expected, char16_t unit) {
+                       return expected == (unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit);
+                   });
+    return isProject ? name.substr(0, length) : name;
+}
+
 }  // namespace
 
 NaturalOrder::NaturalOrder(const QLocale& locale)
@@ -275,7 +289,7 @@ const NaturalOrder& UserNaturalOrder() {
     return order;
 }
 
-std::vector<std::uint32_t> OrderNaturally(const std::vector<std::u16string_view>& names) {
+std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& names) {
     const NaturalOrder& order = UserNaturalOrder();
     std::vector<std::uint32_t> places(names.size());
     std::iota(places.begin(), places.end(), 0u);
@@ -283,17 +297,20 @@ std::vector<std::uint32_t> OrderNaturally(const std::vector<std::u16string_view>
     std::vector<std::size_t> ends;
     ends.reserve(names.size());
     for (const std::u16string_view name : names) {
-        if (!order.AppendSortKey(name, keys)) break;
+        if (!order.AppendSortKey(ShownName(name), keys)) break;
         ends.push_back(keys.size());
     }
     const auto keyOf = [&](std::uint32_t place) {
         const std::size_t begin = place == 0 ? 0 : ends[place - 1];
         return std::string_view(keys).substr(begin, ends[place] - begin);
     };
+    const auto isLess = [&](std::uint32_t a, std::uint32_t b) {
+        return order.Compare(ShownName(names[a]), ShownName(names[b])) < 0;
+    };
     if (ends.size() == names.size())
         std::ranges::sort(places, {}, keyOf);
     else
-        std::ranges::sort(places, [&](auto a, auto b) { return order.Compare(names[a], names[b]) < 0; });
+        std::ranges::sort(places, isLess);
     return places;
 }
 

@@ -62,7 +62,8 @@ private:
 /// The natural order of the user's language, for the calling thread.
 ZUHOST_API const NaturalOrder& UserNaturalOrder();
 
-/// The places of `names` in the natural order of the user's language. Any thread.
-ZUHOST_API std::vector<std::uint32_t> OrderNaturally(const std::vector<std::u16string_view>& names);
+/// The places of items' names in the order in which they are shown: the natural order of the user's language,
+/// without the extension of project files. Any thread.
+ZUHOST_API std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& names);
 
 }  // namespace desk

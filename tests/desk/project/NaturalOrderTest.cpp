@@ -135,11 +135,12 @@ TEST(NaturalOrder, TheHostsComparisonFollowsIt) {
     EXPECT_EQ(host::CompareStringsIncludingNumericValues(u"Take 9", u"Take 9"), 0);
 }
 
-TEST(NaturalOrder, OrdersNamesByKeysOrByTheCollator) {
+TEST(NaturalOrder, OrdersItemsAsShownByKeysOrByTheCollator) {
     using Places = std::vector<std::uint32_t>;
-    EXPECT_EQ(desk::OrderNaturally({}), Places());
-    EXPECT_EQ(desk::OrderNaturally({u"Take 10", u"take 9", u"Take 9", u"Edit"}), (Places{3, 1, 2, 0}));
-    EXPECT_EQ(desk::OrderNaturally({u"Take 10", u"T\u00E4ke 9", u"Take 9", u"Edit"}), (Places{3, 2, 1, 0}));
+    EXPECT_EQ(desk::OrderAsShown({}), Places());
+    EXPECT_EQ(desk::OrderAsShown({u"Take 10", u"take 9", u"Take 9", u"Edit"}), (Places{3, 1, 2, 0}));
+    EXPECT_EQ(desk::OrderAsShown({u"Take 10", u"T\u00E4ke 9", u"Take 9", u"Edit"}), (Places{3, 2, 1, 0}));
+    EXPECT_EQ(desk::OrderAsShown({u"Take b.zuproj", u"Take.ZUPROJ", u"Take.", u"Take a.zuproj"}), (Places{1, 3, 0, 2}));
     const std::u16string longName(300, u'1');
-    EXPECT_EQ(desk::OrderNaturally({longName, u"9"}), (Places{1, 0}));
+    EXPECT_EQ(desk::OrderAsShown({longName, u"9"}), (Places{1, 0}));
 }
