@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include <QLocale>
+#include <QScopeGuard>
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
@@ -31,9 +32,9 @@ void Add(const std::vector<double>& values, std::vector<Result>& results, std::v
 /// Runs the baseline without the program's style sheet, which it has no use for.
 void RunBaseline(const Job& job, BenchedTree& baseline, std::vector<Result>& results) {
     const QString styleSheet = qApp->styleSheet();
+    const auto restore = qScopeGuard([&] { qApp->setStyleSheet(styleSheet); });
     qApp->setStyleSheet({});
     Add(job.mRun(baseline), results, &Result::mBaseline);
-    qApp->setStyleSheet(styleSheet);
 }
 
 /// One repetition of both sides, each in turn the first. Returns the panel's milliseconds.
