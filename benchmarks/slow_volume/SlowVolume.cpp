@@ -5,6 +5,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -164,11 +165,13 @@ void MakeFolder(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t 
 
 void Link(fuse_req_t request, fuse_ino_t number, fuse_ino_t newParent, const char* newName) {
     auto& volume = SlowVolume::Begin(request, Operation::Link);
+    if (volume.Fails(request, Operation::Link, false)) return;
     const std::string source = volume.GetNodes().Get(number).ProcPath();
     Node& folder = volume.GetNodes().Get(newParent);
     if (::linkat(AT_FDCWD, source.c_str(), folder.mDescriptor, newName, AT_SYMLINK_FOLLOW) != 0) {
         return ReplyResult(request, -1);
     }
+    if (volume.Fails(request, Operation::Link, true)) return;
     volume.ReplyEntry(request, folder, newName);
 }
 
@@ -190,7 +193,8 @@ void ReadLink(fuse_req_t request, fuse_ino_t number) {
 
 void Unlink(fuse_req_t request, fuse_ino_t parent, const char* name) {
     auto& volume = SlowVolume::Begin(request, Operation::Unlink);
-    ReplyResult(request, ::unlinkat(volume.GetNodes().Get(parent).mDescriptor, name, 0));
+    volume.Perform(request, Operation::Unlink,
+                   [&] { return ::unlinkat(volume.GetNodes().Get(parent).mDescriptor, name, 0); });
 }
 
 void RemoveFolder(fuse_req_t request, fuse_ino_t parent, const char* name) {
@@ -207,8 +211,9 @@ void Rename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t 
         return;
     }
     auto& nodes = volume.GetNodes();
-    ReplyResult(request,
-                ::renameat(nodes.Get(parent).mDescriptor, name, nodes.Get(newParent).mDescriptor, newName));
+    volume.Perform(request, Operation::Rename, [&] {
+        return ::renameat(nodes.Get(parent).mDescriptor, name, nodes.Get(newParent).mDescriptor, newName);
+    });
 }
 
 void VolumeStatus(fuse_req_t request, fuse_ino_t number) {
@@ -222,7 +227,14 @@ void VolumeStatus(fuse_req_t request, fuse_ino_t number) {
 
 }  // namespace
 
-SlowVolume::SlowVolume(const Options& options) : mOptions(options), mNodes(options.mSource) {}
+std::optional<Operation> FindOperation(std::string_view name) {
+    const auto found = std::find(kOperationNames.begin(), kOperationNames.end(), name);
+    if (found == kOperationNames.end()) return {};
+    return static_cast<Operation>(found - kOperationNames.begin());
+}
+
+SlowVolume::SlowVolume(const Options& options)
+    : mOptions(options), mNodes(options.mSource), mFaultCounts(options.mFaults.size()) {}
 
 fuse_lowlevel_ops SlowVolume::MakeOperations() {
     fuse_lowlevel_ops operations{};
@@ -258,6 +270,17 @@ SlowVolume& SlowVolume::Begin(fuse_req_t request, Operation operation) {
     ++volume.mCounts[static_cast<std::size_t>(operation)];
     std::this_thread::sleep_for(volume.mOptions.mDelay);
     return volume;
+}
+
+bool SlowVolume::Fails(fuse_req_t request, Operation operation, bool isAfter) {
+    for (std::size_t i = 0; i < mOptions.mFaults.size(); ++i) {
+        const Fault& fault = mOptions.mFaults[i];
+        if (fault.mOperation != operation || fault.mIsAfter != isAfter) continue;
+        if (++mFaultCounts[i] % fault.mEvery != 0) continue;
+        fuse_reply_err(request, fault.mError);
+        return true;
+    }
+    return false;
 }
 
 bool SlowVolume::FillEntry(Node& parent, const char* name, fuse_entry_param& entry) {

@@ -25,10 +25,15 @@ void Open(fuse_req_t request, fuse_ino_t number, fuse_file_info* info) {
 
 void Create(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode, fuse_file_info* info) {
     auto& volume = SlowVolume::Begin(request, Operation::Create);
+    if (volume.Fails(request, Operation::Create, false)) return;
     Node& folder = volume.GetNodes().Get(parent);
     const int descriptor =
         ::openat(folder.mDescriptor, name, (info->flags & ~O_NOFOLLOW) | O_CREAT | O_CLOEXEC, mode);
     if (descriptor < 0) return ReplyResult(request, -1);
+    if (volume.Fails(request, Operation::Create, true)) {
+        ::close(descriptor);
+        return;
+    }
     info->fh = static_cast<std::uint64_t>(descriptor);
     fuse_entry_param entry;
     if (volume.FillEntry(folder, name, entry)) {
@@ -49,9 +54,11 @@ void Read(fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fuse_f
 
 void Write(fuse_req_t request, fuse_ino_t, const char* bytes, std::size_t size, off_t offset,
            fuse_file_info* info) {
-    SlowVolume::Begin(request, Operation::Write);
+    auto& volume = SlowVolume::Begin(request, Operation::Write);
+    if (volume.Fails(request, Operation::Write, false)) return;
     const auto count = ::pwrite(DescriptorOf(*info), bytes, size, offset);
     if (count < 0) return ReplyResult(request, -1);
+    if (volume.Fails(request, Operation::Write, true)) return;
     fuse_reply_write(request, static_cast<std::size_t>(count));
 }
 
@@ -61,8 +68,9 @@ void Release(fuse_req_t request, fuse_ino_t, fuse_file_info* info) {
 }
 
 void Sync(fuse_req_t request, fuse_ino_t, int dataOnly, fuse_file_info* info) {
-    SlowVolume::Begin(request, Operation::Sync);
-    ReplyResult(request, dataOnly ? ::fdatasync(DescriptorOf(*info)) : ::fsync(DescriptorOf(*info)));
+    auto& volume = SlowVolume::Begin(request, Operation::Sync);
+    volume.Perform(request, Operation::Sync,
+                   [&] { return dataOnly ? ::fdatasync(DescriptorOf(*info)) : ::fsync(DescriptorOf(*info)); });
 }
 
 }  // namespace

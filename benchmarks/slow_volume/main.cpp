@@ -7,6 +7,8 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <sstream>
+#include <string>
 
 #include "benchmarks/slow_volume/SlowVolume.h"
 
@@ -22,14 +24,34 @@ constexpr char kUsage[] =
     "  --delay-ms N       what an operation costs; 10\n"
     "  --cache-seconds S  how long the kernel may keep names and attributes; 1\n"
     "  --threads N        most operations at a time; 64\n"
+    "  --fail RULE        fails every n-th call of an operation (link, create, unlink, rename, write, fsync), "
+    "before\n"
+    "                     it is done, or after, as when a reply is lost; \"link:3:5:after\" is operation, n, "
+    "errno\n"
     "  --statistics       prints at the end how often each operation was asked for\n";
 
+bool ParseFault(const std::string& rule, Options& options) {
+    std::istringstream text(rule);
+    std::string operation, moment;
+    slowvolume::Fault fault{};
+    char colon = 0;
+    if (!std::getline(text, operation, ':') || !(text >> fault.mEvery >> colon >> fault.mError >> colon))
+        return false;
+    std::getline(text, moment);
+    const auto found = slowvolume::FindOperation(operation);
+    fault.mIsAfter = moment == "after";
+    if (!found || fault.mEvery == 0 || fault.mError <= 0 || (!fault.mIsAfter && moment != "before"))
+        return false;
+    fault.mOperation = *found;
+    options.mFaults.push_back(fault);
+    return true;
+}
+
 bool ParseOptions(int argc, char** argv, Options& options) {
-    const option longOptions[] = {{"delay-ms", required_argument, nullptr, 'd'},
-                                  {"cache-seconds", required_argument, nullptr, 'c'},
-                                  {"threads", required_argument, nullptr, 't'},
-                                  {"statistics", no_argument, nullptr, 's'},
-                                  {nullptr, 0, nullptr, 0}};
+    const option longOptions[] = {
+        {"delay-ms", required_argument, nullptr, 'd'}, {"cache-seconds", required_argument, nullptr, 'c'},
+        {"threads", required_argument, nullptr, 't'},  {"fail", required_argument, nullptr, 'f'},
+        {"statistics", no_argument, nullptr, 's'},     {nullptr, 0, nullptr, 0}};
     for (int choice; (choice = getopt_long(argc, argv, "", longOptions, nullptr)) != -1;) {
         switch (choice) {
             case 'd':
@@ -40,6 +62,9 @@ bool ParseOptions(int argc, char** argv, Options& options) {
                 break;
             case 't':
                 options.mThreads = static_cast<unsigned>(std::max(1, std::atoi(optarg)));
+                break;
+            case 'f':
+                if (!ParseFault(optarg, options)) return false;
                 break;
             case 's':
                 options.mStatistics = true;
