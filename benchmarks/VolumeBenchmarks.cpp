@@ -28,7 +28,8 @@ void Require(bool isGood) {
 }
 
 void TakeAndGiveUp(const std::string& folder) {
-    const auto taking = desk::LockKeeper::Instance().Take(folder + "/.Reel 1.zuproj.lock", u"ines", u"edit-bay-1");
+    const auto taking =
+        desk::LockKeeper::Instance().Take(folder + "/.Reel 1.zuproj.lock", u"ines", u"edit-bay-1");
     Require(taking.mLock != nullptr);
 }
 
@@ -53,8 +54,8 @@ double Measure(const std::function<void()>& work) {
 void RunLocks(benchmark::State& state, const std::string& parent, Result& result) {
     const QTemporaryDir temporary(QString::fromStdString(parent + "/production-desk-XXXXXX"));
     const std::string folder = temporary.path().toStdString();
-    const std::string record = WriteLockRecord(
-        desk::MakeLockRecord(*desk::GetServices().mDesktop, u"ines", u"edit-bay-1"));
+    const std::string record =
+        WriteLockRecord(desk::MakeLockRecord(*desk::GetServices().mDesktop, u"ines", u"edit-bay-1"));
     bool oursFirst = false;
     try {
         for ([[maybe_unused]] auto _ : state) {
@@ -91,9 +92,12 @@ int main(int argc, char** argv) {
     std::vector<Result> results = MakeResults();
     const std::string parents[] = {QDir::tempPath().toStdString(), "/dev/shm"};
     for (std::size_t i = 0; i < results.size(); ++i)
-        benchmark::RegisterBenchmark(results[i].mFigure.mName.c_str(), [&, i](benchmark::State& state) {
-            RunLocks(state, parents[i], results[i]);
-        })->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(kRepetitions);
+        benchmark::RegisterBenchmark(
+            results[i].mFigure.mName.c_str(),
+            [&, i](benchmark::State& state) { RunLocks(state, parents[i], results[i]); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond)
+            ->Iterations(kRepetitions);
     benchmark::RunSpecifiedBenchmarks();
     std::cout << '\n';
     std::erase_if(results, [](const Result& result) { return result.mOurs.empty(); });

@@ -68,6 +68,7 @@ void SweepGuard(FileSystem& fileSystem, const Desktop& desktop, const std::strin
     const LockRecord mine = MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
     if (protocol.RemoveDead(path, guard->mNonce, mine))
         Log(LogLevel::Info, "removed what a process left that is gone: " + path);
+    for (const LockRemains& remains : protocol.TakeRemains()) protocol.RemoveRemains(remains);
 }
 
 }  // namespace
@@ -76,8 +77,8 @@ std::string MakeTemporaryName(const LockRecord& owner) {
     std::string name(kTemporaryPrefix);
     name += owner.mNonce;
     if (!IsUsableID(owner.mMachineID) || !IsUsableID(owner.mBootID)) return name;
-    return name + '.' + owner.mMachineID + '.' + owner.mBootID + '.' + std::to_string(owner.mPidNamespace) + '.' +
-           std::to_string(owner.mPid) + '.' + std::to_string(owner.mProcessStart);
+    return name + '.' + owner.mMachineID + '.' + owner.mBootID + '.' + std::to_string(owner.mPidNamespace) +
+           '.' + std::to_string(owner.mPid) + '.' + std::to_string(owner.mProcessStart);
 }
 
 bool IsTemporaryName(std::string_view name) {
@@ -95,7 +96,8 @@ std::string GetGuardName(std::string_view nonce) {
 }
 
 std::string GetGuardName(const std::string& lockName, const std::string& content) {
-    if (const LockRecord record = ParseLockRecord(content); record.mIsReadable) return GetGuardName(record.mNonce);
+    if (const LockRecord record = ParseLockRecord(content); record.mIsReadable)
+        return GetGuardName(record.mNonce);
     QCryptographicHash hash(QCryptographicHash::Sha256);
     hash.addData(QByteArray::fromStdString(lockName + '\0' + content));
     return GetGuardName(hash.result().toHex().left(kDigitsOfNonce).toStdString());

@@ -23,15 +23,15 @@ ZUHOST_API bool IsTemporaryName(std::string_view name);
 /// thread; reads /proc only.
 ZUHOST_API bool IsTemporaryOfDead(std::string_view name, const Desktop& desktop);
 
-/// The name of the guard of a lock: by the lock's nonce; for a lock whose content is no record, by the lock's name
-/// and the content.
+/// The name of the guard of a lock: by the lock's nonce; for a lock whose content is no record, by the lock's
+/// name and the content.
 ZUHOST_API std::string GetGuardName(std::string_view nonce);
 ZUHOST_API std::string GetGuardName(const std::string& lockName, const std::string& content);
 ZUHOST_API bool IsGuardName(std::string_view name);
 
-/// Removes the temporary files and guards in `folder` (bytes) whose processes are known to be gone, which can only
-/// be processes of this machine; nobody else's. What cannot be removed stays. Writes what it does to the log.
-/// Waits for the volume: for a worker.
+/// Removes the temporary files and guards in `folder` (bytes) whose processes are known to be gone, which can
+/// only be processes of this machine; nobody else's. What cannot be removed stays. Writes what it does to the
+/// log. Waits for the volume: for a worker.
 ZUHOST_API void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::string& folder);
 
 }  // namespace desk

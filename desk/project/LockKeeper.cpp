@@ -60,7 +60,8 @@ LockKeeper::Taking LockKeeper::Take(const std::string& lockPath, const host::UTF
                                     const host::UTF16String& machine) {
     const LockRecord mine = MakeLockRecord(*GetServices().mDesktop, user, machine);
     if (HeldLockPtr held = Find(lockPath); held && held->Check() != LockStanding::Lost) {
-        const bool isTheirs = held->GetRecord().mUser == mine.mUser && held->GetRecord().mMachine == mine.mMachine;
+        const bool isTheirs =
+            held->GetRecord().mUser == mine.mUser && held->GetRecord().mMachine == mine.mMachine;
         const auto outcome = isTheirs ? LockTaking::Outcome::Ours : LockTaking::Outcome::Held;
         const LockRecord record = held->GetRecord();
         return {isTheirs ? held : nullptr, {outcome, record, 0}};
@@ -76,7 +77,8 @@ LockKeeper::Taking LockKeeper::TakeOnce(const std::string& lockPath, const LockR
     LockTaking taking = protocol.Take(lockPath, mine);
     GiveUpLater(protocol.TakeRemains(), true);
     if (taking.mOutcome == LockTaking::Outcome::Ours) return {Keep(lockPath, mine), taking};
-    HeldLockPtr lock = taking.mOutcome == LockTaking::Outcome::Held ? TakeBack(lockPath, taking.mRecord, mine) : nullptr;
+    HeldLockPtr lock =
+        taking.mOutcome == LockTaking::Outcome::Held ? TakeBack(lockPath, taking.mRecord, mine) : nullptr;
     if (lock) taking.mOutcome = LockTaking::Outcome::Ours;
     return {lock, taking};
 }
@@ -87,10 +89,12 @@ HeldLockPtr LockKeeper::Keep(const std::string& lockPath, const LockRecord& reco
     return lock;
 }
 
-/// The lock that stands in the way is of this very process: it moved here, is just being given up, or was left by
-/// a call of which the volume said that it had failed.
-HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& found, const LockRecord& wanted) {
-    if (!AreOfOneProcess(found, wanted) || found.mUser != wanted.mUser || found.mMachine != wanted.mMachine) return {};
+/// The lock that stands in the way is of this very process: it moved here, is just being given up, or was left
+/// by a call of which the volume said that it had failed.
+HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& found,
+                                 const LockRecord& wanted) {
+    if (!AreOfOneProcess(found, wanted) || found.mUser != wanted.mUser || found.mMachine != wanted.mMachine)
+        return {};
     if (const HeldLockPtr held = FindByNonce(found.mNonce)) {
         // A copy, if the lock still stands where it was taken.
         if (MakeProtocol().Check(held->mPath, found.mNonce) != LockStanding::Lost) return {};

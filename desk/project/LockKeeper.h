@@ -22,8 +22,8 @@ public:
     const LockRecord& GetRecord() const { return mRecord; }
     /// The lock file's path, in bytes.
     const std::string& GetPath() const { return mPath; }
-    /// Reads the lock again; `Unknown` when the volume does not answer. A lost lock stays lost. To be asked before
-    /// each save and each move of the project. May wait for the volume.
+    /// Reads the lock again; `Unknown` when the volume does not answer. A lost lock stays lost. To be asked
+    /// before each save and each move of the project. May wait for the volume.
     LockStanding Check();
     /// What the last `Check` found.
     bool IsLost() const { return mIsLost; }
@@ -51,19 +51,19 @@ public:
         LockTaking mResult;
     };
 
-    /// Takes the lock at `lockPath` (bytes, normalised) for a user and a machine. A lock that this process holds
-    /// already for them is shared, once it has been read again; so is one whose file came here with a moved
-    /// folder, one that is just being given up, and one that an earlier failure left behind. May wait for the
-    /// volume.
+    /// Takes the lock at `lockPath` (bytes, normalised) for a user and a machine. A lock that this process
+    /// holds already for them is shared, once it has been read again; so is one whose file came here with a
+    /// moved folder, one that is just being given up, and one that an earlier failure left behind. May wait for
+    /// the volume.
     Taking Take(const std::string& lockPath, const host::UTF16String& user, const host::UTF16String& machine);
 
     /// The lock that this process holds at `lockPath`; empty when it holds none. Touches no disk.
     HeldLockPtr Find(const std::string& lockPath) const;
     bool HoldsAny() const { return !mLocks.empty(); }
 
-    /// The locks at and below `oldFolder` (bytes, normalised) have moved with it to `newFolder`: they keep their
-    /// nonces and are from now on looked for there. Call it after a folder has been renamed or moved, before
-    /// anything asks for locks at the new place. Touches no disk.
+    /// The locks at and below `oldFolder` (bytes, normalised) have moved with it to `newFolder`: they keep
+    /// their nonces and are from now on looked for there. Call it after a folder has been renamed or moved,
+    /// before anything asks for locks at the new place. Touches no disk.
     void FollowMove(const std::string& oldFolder, const std::string& newFolder);
 
 private:

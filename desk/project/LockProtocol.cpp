@@ -56,7 +56,8 @@ std::string NameOf(const std::string& path) {
 /// True for errors that tell what stands there (no regular file, too large, not ours to read), as against those
 /// of a volume that does not answer.
 bool IsAnswer(int error) {
-    return error == EFBIG || error == ELOOP || error == EINVAL || error == EISDIR || error == EACCES || error == EPERM;
+    return error == EFBIG || error == ELOOP || error == EINVAL || error == EISDIR || error == EACCES ||
+           error == EPERM;
 }
 
 }  // namespace
@@ -74,7 +75,8 @@ struct LockProtocol::Content {
     bool IsForeign(const std::string& nonce) const { return mRecord.mIsReadable && mRecord.mNonce != nonce; }
 };
 
-LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user, const host::UTF16String& machine) {
+LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
+                          const host::UTF16String& machine) {
     LockRecord record;
     record.mIsReadable = true;
     record.mNonce = MakeNonce();
@@ -94,10 +96,11 @@ LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
 
 bool AreOfOneProcess(const LockRecord& a, const LockRecord& b) {
     const auto identity = [](const LockRecord& record) {
-        return std::tie(record.mMachineID, record.mBootID, record.mPidNamespace, record.mPid, record.mProcessStart);
+        return std::tie(record.mMachineID, record.mBootID, record.mPidNamespace, record.mPid,
+                        record.mProcessStart);
     };
-    return a.mIsReadable && b.mIsReadable && !a.mMachineID.empty() && !a.mBootID.empty() && a.mPidNamespace != 0 &&
-           a.mPid != 0 && identity(a) == identity(b);
+    return a.mIsReadable && b.mIsReadable && !a.mMachineID.empty() && !a.mBootID.empty() &&
+           a.mPidNamespace != 0 && a.mPid != 0 && identity(a) == identity(b);
 }
 
 std::string GetGuardPath(const std::string& lockPath, const std::string& nonce) {
@@ -114,7 +117,8 @@ LockTaking LockProtocol::Take(const std::string& lockPath, const LockRecord& min
     LockTaking taking = TakeOnce(lockPath, mine);
     for (int round = 0; round < kMostRounds && IsWorthAnother(taking); ++round) {
         const bool isStale = taking.mOutcome == LockTaking::Outcome::Held;
-        if (isStale && !RemoveDead(lockPath, taking.mRecord.mNonce, mine)) std::this_thread::sleep_for(kBetweenRounds);
+        if (isStale && !RemoveDead(lockPath, taking.mRecord.mNonce, mine))
+            std::this_thread::sleep_for(kBetweenRounds);
         taking = TakeOnce(lockPath, mine);
     }
     if (taking.mOutcome == LockTaking::Outcome::Ours)
@@ -199,8 +203,8 @@ LockRelease LockProtocol::Release(const std::string& lockPath, const std::string
     return RemoveOwn(lockPath, nonce) == 0 ? LockRelease::Done : LockRelease::Retry;
 }
 
-/// Removes a file that bears `nonce`, or a temporary file, whatever the volume answers. Returns 0 once it is gone
-/// or no longer bears it, or an errno.
+/// Removes a file that bears `nonce`, or a temporary file, whatever the volume answers. Returns 0 once it is
+/// gone or no longer bears it, or an errno.
 int LockProtocol::RemoveOwn(const std::string& path, const std::string& nonce) {
     const bool isTemporary = IsTemporaryName(NameOf(path));
     int error = 0;
@@ -238,14 +242,15 @@ bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce,
 }
 
 /// While we hold the guard and the nonce stands there, nobody else may remove it: what is removed is that.
-bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine, int depth) {
+bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine,
+                              int depth) {
     LockRecord guard = mine;
     guard.mNonce = MakeNonce();
     const std::string guardPath = GetGuardPath(path, nonce);
     if (TakeGuard(guardPath, guard, depth).mOutcome != LockTaking::Outcome::Ours) return false;
     const Content found = Read(path);
-    const bool isRemoved = !found.mIsThere || found.IsForeign(nonce) ||
-                           (found.Bears(nonce) && RemoveOwn(path, nonce) == 0);
+    const bool isRemoved =
+        !found.mIsThere || found.IsForeign(nonce) || (found.Bears(nonce) && RemoveOwn(path, nonce) == 0);
     RemoveOwnOrKeep(guardPath, guard.mNonce);
     return isRemoved;
 }
@@ -261,7 +266,8 @@ LockBreaking LockProtocol::Break(const std::string& lockPath, const LockSnapshot
                                  const std::function<void()>& wait) {
     LockRecord guard = mine;
     guard.mNonce = MakeNonce();
-    const std::string guardPath = FolderOf(lockPath) + '/' + GetGuardName(NameOf(lockPath), seen.mBytes.value_or(""));
+    const std::string guardPath =
+        FolderOf(lockPath) + '/' + GetGuardName(NameOf(lockPath), seen.mBytes.value_or(""));
     const LockTaking guarding = TakeGuard(guardPath, guard, 0);
     if (guarding.mOutcome == LockTaking::Outcome::Held)
         return {LockBreaking::Outcome::Guarded, guarding.mRecord, 0};

@@ -110,9 +110,9 @@ public:
     /// Absent when nothing stands there.
     std::optional<LockSnapshot> Look(const std::string& lockPath);
 
-    /// Removes somebody else's lock, after a person has been shown it: guards it for `mine`, calls `wait` (which
-    /// takes at least three seconds and twice the time that the volume caches), and removes it if it is still
-    /// what the person saw. A guard that is in the way can be broken the same way.
+    /// Removes somebody else's lock, after a person has been shown it: guards it for `mine`, calls `wait`
+    /// (which takes at least three seconds and twice the time that the volume caches), and removes it if it is
+    /// still what the person saw. A guard that is in the way can be broken the same way.
     LockBreaking Break(const std::string& lockPath, const LockSnapshot& seen, const LockRecord& mine,
                        const std::function<void()>& wait);
 
@@ -120,8 +120,8 @@ public:
     /// has made sure), in its holder's place. False when somebody else is about to, or when it cannot be.
     bool RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine);
 
-    /// The files that earlier operations have left or may have left, against their will: temporary files, guards,
-    /// locks. To be removed by `RemoveRemains` when the volume has recovered.
+    /// The files that earlier operations have left or may have left, against their will: temporary files,
+    /// guards, locks. To be removed by `RemoveRemains` when the volume has recovered.
     std::vector<LockRemains> TakeRemains();
     /// Removes a file if it stands there and bears the nonce.
     LockRelease RemoveRemains(const LockRemains& remains);

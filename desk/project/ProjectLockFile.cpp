@@ -82,7 +82,8 @@ std::string LockFilePath(const UTF16String& projectPath) {
 }
 
 /// Why a lock must not even be tried to take: an errno value, or 0.
-int ReasonToRefuse(const UTF16String& projectPath, const UTF16String& userName, const UTF16String& machineName) {
+int ReasonToRefuse(const UTF16String& projectPath, const UTF16String& userName,
+                   const UTF16String& machineName) {
     constexpr std::size_t kLongestName = 255;
     const UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(projectPath));
     if (!IsVantorProjectFile(name) || userName.empty() || machineName.empty()) return EINVAL;
@@ -103,9 +104,10 @@ void LogRefusal(const UTF16String& projectPath, const desk::LockTaking& taking) 
         return desk::Log(desk::LogLevel::Warning,
                          FileException("take lock of", projectPath, taking.mSystemError).what());
     const std::string text = "take lock of " + UTF16to8(projectPath) + ": held by ";
-    if (!holder.mIsReadable) return desk::Log(desk::LogLevel::Info, text + "an unknown user (it cannot be read)");
-    desk::Log(desk::LogLevel::Info, text + UTF16to8(holder.mUser) + " on " + UTF16to8(holder.mMachine) + " since " +
-                                        ToText(holder.mTakenAt));
+    if (!holder.mIsReadable)
+        return desk::Log(desk::LogLevel::Info, text + "an unknown user (it cannot be read)");
+    desk::Log(desk::LogLevel::Info, text + UTF16to8(holder.mUser) + " on " + UTF16to8(holder.mMachine) +
+                                        " since " + ToText(holder.mTakenAt));
 }
 
 /// True for a lock that this process has given up since it was read.
@@ -149,7 +151,8 @@ ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF
     if (known.mFacts) {
         if (!known.mFacts->mHasLockFile) return {};
         if (!known.mFacts->mLock) return new UnreadLockFile;
-        if (!IsOutdated(*known.mFacts->mLock)) return new ReadLockFile(*known.mFacts->mLock, userName, machineName);
+        if (!IsOutdated(*known.mFacts->mLock))
+            return new ReadLockFile(*known.mFacts->mLock, userName, machineName);
     }
     auto record = desk::ReadLockRecord(*desk::GetServices().mFileSystem, LockFilePath(projectPath));
     if (!record) return {};

@@ -6,8 +6,8 @@
 
 namespace host {
 
-/// A project's lock. The last reference to one that this process created gives the lock up: it removes the file,
-/// if it is still its own. A reference that was read says what the file said, and never removes anything.
+/// A project's lock. The last reference to one that this process created gives the lock up: it removes the
+/// file, if it is still its own. A reference that was read says what the file said, and never removes anything.
 /// UI thread.
 class ZUHOST_API IProjectLockFile : public RefCounted {
 public:
@@ -38,13 +38,13 @@ using ProjectLockFileRef = RefPtr<IProjectLockFile>;
 /// leaves both empty, when there is none. UI thread.
 ZUHOST_API bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machineName);
 
-/// Takes the lock of the project at `projectPath` in one atomic step, whether the project exists or not; empty when
-/// it could not be taken (the log says why: who holds it, or operation, path and reason). A lock whose holder is
-/// known to be gone is taken over. A project whose lock this process holds already gives another reference to the
-/// same lock, if user and machine are the same. The file goes when the last reference does; if it cannot be
-/// removed then (a reader has it open), it is tried again in the background for three seconds. Refused before the
-/// disk is touched: what is no project's name, a name whose lock file's name would exceed 255 bytes, an empty user
-/// or machine. The only way to take a lock. May wait for the volume. UI thread.
+/// Takes the lock of the project at `projectPath` in one atomic step, whether the project exists or not; empty
+/// when it could not be taken (the log says why: who holds it, or operation, path and reason). A lock whose
+/// holder is known to be gone is taken over. A project whose lock this process holds already gives another
+/// reference to the same lock, if user and machine are the same. The file goes when the last reference does; if
+/// it cannot be removed then (a reader has it open), it is tried again in the background for three seconds.
+/// Refused before the disk is touched: what is no project's name, a name whose lock file's name would exceed
+/// 255 bytes, an empty user or machine. The only way to take a lock. May wait for the volume. UI thread.
 ZUHOST_API ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                                     const UTF16String& machineName);
 

@@ -135,7 +135,8 @@ auto FaultyFileSystem::Do(Operation operation, const std::string& path, Call cal
     }
 }
 
-void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation operation, const std::string& path) {
+void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation operation,
+                                const std::string& path) {
     auto isClosed = [&] { return mGate && mGate->mOperation == operation && IsAtOrBelow(path, mGate->mPath); };
     if (!isClosed()) return;
     ++mWaiting;
@@ -165,6 +166,10 @@ std::vector<desk::FolderEntry> FaultyFileSystem::ListFolder(const std::string& p
     if (mHidesKinds)
         for (desk::FolderEntry& entry : entries) entry.mKind = desk::ItemKind::Unknown;
     return entries;
+}
+
+void FaultyFileSystem::TryFolder(const std::string& path) {
+    Do(Operation::TryFolder, path, [&] { mDisk.TryFolder(path); });
 }
 
 desk::ItemStatus FaultyFileSystem::Status(const std::string& path, bool followLink) {

@@ -31,7 +31,8 @@ template <class Data>
 class Shared {
 public:
     Shared()
-        : mData(new(::mmap(nullptr, sizeof(Data), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Data) {}
+        : mData(new (::mmap(nullptr, sizeof(Data), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
+                    Data) {}
     ~Shared() { ::munmap(mData, sizeof(Data)); }
     Shared(const Shared&) = delete;
     Shared& operator=(const Shared&) = delete;
@@ -69,7 +70,9 @@ protected:
         if (::access("/dev/shm", W_OK) == 0) ::setenv("TMPDIR", "/dev/shm", 1);
         return {};
     }
-    std::string LockOf(int project) const { return mFolder.Path(".Reel " + std::to_string(project) + ".zuproj.lock"); }
+    std::string LockOf(int project) const {
+        return mFolder.Path(".Reel " + std::to_string(project) + ".zuproj.lock");
+    }
     desk::FileSystem& Disk() { return GetParam() ? static_cast<desk::FileSystem&>(mDisk) : mDiskWithoutLinks; }
     LockRecord Mine() const { return desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1"); }
     /// Every name in the folder that is no project's.
@@ -102,7 +105,8 @@ bool AppendAlone(const std::string& project, const std::string& line) {
     bool isAlone = ::write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size());
     ::sched_yield();
     isAlone = isAlone && ::pread(file, found.data(), found.size(), before) == static_cast<ssize_t>(line.size());
-    isAlone = isAlone && found == line && ::lseek(file, 0, SEEK_END) == before + static_cast<off_t>(line.size());
+    isAlone =
+        isAlone && found == line && ::lseek(file, 0, SEEK_END) == before + static_cast<off_t>(line.size());
     ::close(file);
     return isAlone;
 }
@@ -132,7 +136,8 @@ TEST_P(LockRace, ManyProcessesNeverHoldOneProjectTogether) {
         return protocol.TakeRemains().empty() ? 0 : 1;
     };
     std::vector<pid_t> processes;
-    for (int number = 0; number < kProcesses; ++number) processes.push_back(Start([&] { return compete(number); }));
+    for (int number = 0; number < kProcesses; ++number)
+        processes.push_back(Start([&] { return compete(number); }));
     for (const pid_t process : processes) EXPECT_EQ(ResultOf(process), 0);
     EXPECT_EQ(counts->mFaults, 0);
     for (int i = 0; i < kProjects; ++i) {
@@ -165,7 +170,8 @@ TEST_P(LockRace, OfSeveralTakersOfADeadLockOneWins) {
             while (board->mReady < kTakers) ::sched_yield();
             const auto outcome = protocol.Take(LockOf(0), mine).mOutcome;
             if (outcome == LockTaking::Outcome::Failed) ++board->mFailures;
-            if (outcome == LockTaking::Outcome::Ours && ++board->mWinners == 1) mine.mNonce.copy(board->mNonce, 32);
+            if (outcome == LockTaking::Outcome::Ours && ++board->mWinners == 1)
+                mine.mNonce.copy(board->mNonce, 32);
             // Whoever ends is dead to the others.
             ++board->mDone;
             while (board->mDone < kTakers) ::usleep(100);
@@ -182,9 +188,9 @@ TEST_P(LockRace, OfSeveralTakersOfADeadLockOneWins) {
 }
 
 class KilledHolder : public LockRace {};
-// Without links a process can be killed between the creation of its lock and the writing: that lock a person breaks.
-INSTANTIATE_TEST_SUITE_P(Volumes, KilledHolder, testing::Values(true),
-                         [](const auto&) { return "WithLinks"; });
+// Without links a process can be killed between the creation of its lock and the writing: that lock a person
+// breaks.
+INSTANTIATE_TEST_SUITE_P(Volumes, KilledHolder, testing::Values(true), [](const auto&) { return "WithLinks"; });
 
 TEST_P(KilledHolder, IsSucceededByTheNextWheneverItDied) {
     constexpr int kRounds = 300;

@@ -1,12 +1,13 @@
-#include "desk/project/LockKeeper.h"
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
+#include "desk/files/ChangeSource.h"
+#include "desk/files/FolderStore.h"
 #include "desk/project/Leftovers.h"
+#include "desk/project/LockKeeper.h"
 #include "host/files/FileException.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/support/FaultyFileSystem.h"
@@ -32,12 +33,15 @@ protected:
     ~LockKeeperTest() override { desk::GetServices().mWorkerPool = nullptr; }
 
     host::ProjectLockFileRef Create(std::string_view project = kProject) {
-        return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName, mDesktop.mMachineName);
+        return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName,
+                                           mDesktop.mMachineName);
     }
     host::ProjectLockFileRef Read(std::string_view project = kProject) {
         return host::ReadProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName, mDesktop.mMachineName);
     }
-    std::string NonceAt(std::string_view lock) const { return desk::ParseLockRecord(mFolder.Read(lock)).mNonce; }
+    std::string NonceAt(std::string_view lock) const {
+        return desk::ParseLockRecord(mFolder.Read(lock)).mNonce;
+    }
     void WriteForeign() {
         desk::LockRecord record = desk::MakeLockRecord(mDesktop, u"tomas", u"edit-bay-2");
         record.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";
@@ -192,6 +196,18 @@ TEST_F(LockKeeperTest, ALockFollowsAMovedFolder) {
         EXPECT_FALSE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock"));
         mFolder.Rename("Day 2", "Day 1");
     }
+}
+
+TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListed) {
+    desk::LockRecord earlier = desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1");
+    earlier.mBootID = "99999999-2222-3333-4444-555555555555";
+    const std::string temporary = "Day 1/" + desk::MakeTemporaryName(earlier);
+    mFolder.Write(temporary);
+    const auto store = desk::CreateFolderStore();
+    store->RequestListing(mFolder.PathUTF16("Day 1"), [](const desk::FolderStore::Delivery&) {});
+    mMainThread.RunUntilIdle();
+    EXPECT_FALSE(mFolder.Exists(temporary));
+    EXPECT_TRUE(mFolder.Exists(kProject));
 }
 
 TEST_F(LockKeeperTest, ACopyOfALockIsNotTheLock) {

@@ -1,5 +1,3 @@
-#include "desk/project/LockProtocol.h"
-
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -9,6 +7,7 @@
 #include <set>
 
 #include "desk/project/Leftovers.h"
+#include "desk/project/LockProtocol.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/RecordingDesktop.h"
 #include "tests/support/TemporaryFolder.h"
@@ -288,9 +287,11 @@ TEST_P(LockProtocolTest, ALivingOwnerWaitsForTheOneWhoBreaks) {
 TEST_P(LockProtocolTest, OneAtATimeBreaksALock) {
     Stand(OfAnotherMachine());
     mSeen = mProtocol.Look(mPath);
-    EXPECT_EQ(Break([&] { EXPECT_EQ(Break(), LockBreaking::Outcome::Guarded); }), LockBreaking::Outcome::Broken);
+    EXPECT_EQ(Break([&] { EXPECT_EQ(Break(), LockBreaking::Outcome::Guarded); }),
+              LockBreaking::Outcome::Broken);
 
-    // A guard of a machine that does not come back is broken like a lock; one of ours that died is in nobody's way.
+    // A guard of a machine that does not come back is broken like a lock; one of ours that died is in nobody's
+    // way.
     const LockRecord held = OfAnotherMachine();
     const std::string guard = desk::GetGuardName(held.mNonce);
     Stand(held);
