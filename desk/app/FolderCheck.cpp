@@ -19,7 +19,7 @@ FolderCheck CheckFolder(FileSystem& fileSystem, const std::string& folder) noexc
     using Problem = FolderCheck::Problem;
     try {
         if (fileSystem.Status(folder, true).mKind != ItemKind::Folder) return {Problem::NoFolder, 0};
-        fileSystem.ListFolder(folder);
+        fileSystem.TryFolder(folder);
         return {};
     } catch (const host::FileException& exception) {
         const int error = exception.SystemError();

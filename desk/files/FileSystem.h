@@ -36,6 +36,8 @@ public:
     /// The entries of a folder but for "." and "..", in the volume's order. Asks for nothing beyond the
     /// directory entries themselves.
     virtual std::vector<FolderEntry> ListFolder(const std::string& path) = 0;
+    /// Opens a folder as for listing, and closes it: throws as `ListFolder` would, at none of its cost.
+    virtual void TryFolder(const std::string& path) = 0;
     /// What stands at `path` (statx); with `followLink` a symbolic link is followed, else it is a `Link`.
     virtual ItemStatus Status(const std::string& path, bool followLink) = 0;
     /// The whole of a regular file of at most `limit` bytes: never blocks on a pipe or device, never follows
@@ -49,8 +51,8 @@ public:
     virtual void ReplaceFile(const std::string& path, const std::string& bytes) = 0;
     /// Adds to the end of a file, making it (mode 0600) when there is none.
     virtual void AppendToFile(const std::string& path, const std::string& bytes) = 0;
-    /// Makes a new file with this content and mode: O_EXCL, write loop, fsync, checked close, size check. Throws
-    /// with EEXIST when something stands at `path`. When a later step fails, what was made is removed.
+    /// Makes a new file with this content and mode: O_EXCL, write loop, fsync, checked close, size check.
+    /// Throws with EEXIST when something stands at `path`. When a later step fails, what was made is removed.
     virtual void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) = 0;
     /// Gives the file at `from` the second name `to` in one atomic step (link(2)); follows no symbolic link.
     /// Throws with EEXIST when something stands at `to`; for a volume without links see `HasNoLinks`.

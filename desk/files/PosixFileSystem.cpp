@@ -64,12 +64,17 @@ std::int64_t ToNanoseconds(const struct statx_timestamp& time) {
     return std::clamp<std::int64_t>(time.tv_sec, -kLimit, kLimit) * kSecond + time.tv_nsec;
 }
 
-}  // namespace
-
-std::vector<FolderEntry> PosixFileSystem::ListFolder(const std::string& path) {
+FileDescriptor OpenFolder(const std::string& path) {
     FileDescriptor folder(RetryInterrupted(
         [&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC); }));
     if (!folder.IsOpen()) ThrowFileException("list folder", path, errno);
+    return folder;
+}
+
+}  // namespace
+
+std::vector<FolderEntry> PosixFileSystem::ListFolder(const std::string& path) {
+    const FileDescriptor folder = OpenFolder(path);
     std::vector<FolderEntry> entries;
     alignas(dirent64) char records[kListingBuffer];
     for (;;) {
@@ -79,6 +84,10 @@ std::vector<FolderEntry> PosixFileSystem::ListFolder(const std::string& path) {
         if (size == 0) return entries;
         AddEntries(records, size, entries);
     }
+}
+
+void PosixFileSystem::TryFolder(const std::string& path) {
+    OpenFolder(path);
 }
 
 ItemStatus PosixFileSystem::Status(const std::string& path, bool followLink) {

@@ -9,6 +9,7 @@ namespace desk {
 class ZUHOST_API PosixFileSystem : public FileSystem {
 public:
     std::vector<FolderEntry> ListFolder(const std::string& path) override;
+    void TryFolder(const std::string& path) override;
     ItemStatus Status(const std::string& path, bool followLink) override;
     std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
     void ReplaceFile(const std::string& path, const std::string& bytes) override;

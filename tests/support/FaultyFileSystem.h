@@ -17,6 +17,7 @@ class FaultyFileSystem : public ForwardingFileSystem {
 public:
     enum class Operation {
         ListFolder,
+        TryFolder,
         Status,
         ReadSmallFile,
         ReplaceFile,
@@ -63,6 +64,7 @@ public:
     void ResetCounts();
 
     std::vector<desk::FolderEntry> ListFolder(const std::string& path) override;
+    void TryFolder(const std::string& path) override;
     desk::ItemStatus Status(const std::string& path, bool followLink) override;
     std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
     void ReplaceFile(const std::string& path, const std::string& bytes) override;

@@ -9,6 +9,7 @@ public:
     explicit ForwardingFileSystem(desk::FileSystem& target) : mTarget(target) {}
 
     std::vector<desk::FolderEntry> ListFolder(const std::string& path) override { return mTarget.ListFolder(path); }
+    void TryFolder(const std::string& path) override { mTarget.TryFolder(path); }
     desk::ItemStatus Status(const std::string& path, bool followLink) override {
         return mTarget.Status(path, followLink);
     }
