@@ -11,7 +11,7 @@
 
 namespace desk {
 
-/// The items of one folder, found by name: 88 bytes and a hash place each, all names in one string. Items have
+/// The items of one folder, found by name: 40 bytes and a hash place each, all names in one string. Items have
 /// no order after a change. A value type; any thread, one at a time.
 class FolderItems {
 public:

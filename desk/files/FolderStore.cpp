@@ -93,7 +93,7 @@ const ItemFacts* FolderStoreImpl::Find(std::u16string_view path) const {
     Folder* folder = nullptr;
     if (const FolderItems::Item* item = FindItem(path, folder)) return &item->mFacts;
     static const ItemFacts kFolder{
-        .mKind = ItemKind::Folder, .mStatus = {}, .mHasLockFile = false, .mLock = {}};
+        .mKind = ItemKind::Folder, .mHasLockFile = false, .mStatus = {}, .mLock = {}};
     return !folder && IsListed(path) ? &kFolder : nullptr;
 }
 

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string_view>
 #include <vector>
 
+#include "desk/files/Boxed.h"
 #include "desk/files/FileSystem.h"
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
@@ -23,10 +23,10 @@ struct ItemFacts {
     /// `Folder` also for a link to a folder. `Unknown` while it is not known (links and volumes that do not
     /// tell; project files only, which are told by their names).
     ItemKind mKind = ItemKind::Unknown;
-    /// Absent until it has been read. After a change it stays as it was until it has been read anew.
-    std::optional<ItemStatus> mStatus;
     /// A lock file stands beside the item (told by the listing alone).
     bool mHasLockFile = false;
+    /// Absent until it has been read. After a change it stays as it was until it has been read anew.
+    Boxed<ItemStatus> mStatus;
     /// What the lock file says; null until it has been read.
     std::shared_ptr<const LockRecord> mLock;
 };
