@@ -29,8 +29,10 @@ UTF16String DirectoryImpl::PathOf(const Row* row) const {
     std::size_t size = mRoot.size();
     for (const Row* each = row; each; each = Row::Access::Parent(*each))
         size += desk::NameOfRow(each).size() + 1;
-    UTF16String path = mRoot;
-    if (path.ends_with(u'/')) --size;
+    if (mRoot.ends_with(u'/')) --size;
+    UTF16String path;
+    path.reserve(size);
+    path = mRoot;
     path.resize(size, u'/');
     for (const Row* each = row; each; each = Row::Access::Parent(*each)) {
         const std::u16string_view name = desk::NameOfRow(each);

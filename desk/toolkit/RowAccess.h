@@ -43,7 +43,11 @@ struct host::UI_MultiColumnTreeRow::Access {
     static UI_MultiColumnTree*& Tree(Row& row) { return row.mTree; }
     static Row*& Parent(Row& row) { return row.mParent; }
     static Row* Parent(const Row& row) { return row.mParent; }
-    static std::vector<RowRef>& Children(Row& row) { return row.mChildren; }
+    static std::vector<RowRef>& Children(Row& row) {
+        if (!row.mChildren) row.mChildren = std::make_unique<std::vector<RowRef>>();
+        return *row.mChildren;
+    }
+    static void ForgetChildren(Row& row) { row.mChildren.reset(); }
     static std::unique_ptr<Data>& DataOf(Row& row) { return row.mData; }
     static std::unique_ptr<Cells>& CellsOf(Row& row) { return row.mCells; }
     static std::uint32_t& Position(Row& row) { return row.mPosition; }

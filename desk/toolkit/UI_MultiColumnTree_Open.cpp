@@ -42,6 +42,7 @@ const std::vector<Row*>& TreeImpl::Opened() {
     if (!mIsOpenedStale) return mOpened;
     mIsOpenedStale = false;
     mOpened.clear();
+    mOpened.reserve(ChildrenOf(nullptr).size());
     const auto add = [this](const auto& self, const Row* parent) -> void {
         const std::vector<RowRef>& rows = ChildrenOf(parent);
         const std::uint32_t count = CountOfLaidOutChildren(parent);

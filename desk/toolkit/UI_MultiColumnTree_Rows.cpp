@@ -36,8 +36,8 @@ std::vector<Run> RunsOf(const std::vector<std::size_t>& sortedPositions) {
 /// Lets go of a row that has left the tree, and of all below it.
 void Detach(TreeImpl& tree, Row& row) {
     tree.mSortedKeys.erase(&row);
-    for (const RowRef& child : Access::Children(row)) Detach(tree, *child);
-    Access::Children(row).clear();
+    for (const RowRef& child : row.GetChildRows()) Detach(tree, *child);
+    Access::ForgetChildren(row);
     Access::CountOfLaidOutChildren(row) = 0;
     Access::CellsOf(row).reset();
     Access::Tree(row) = nullptr;

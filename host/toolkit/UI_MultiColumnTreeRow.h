@@ -32,9 +32,12 @@ public:
     RowRef GetParentRow() const { return RowRef(mParent); }
     /// The rows below, in the order in which they are sorted; rows that were appended but not laid out yet
     /// stand at the end.
-    const std::vector<RowRef>& GetChildRows() const { return mChildren; }
-    std::size_t CountChildRows() const { return mChildren.size(); }
-    bool HasChild() const { return !mChildren.empty(); }
+    const std::vector<RowRef>& GetChildRows() const {
+        static const std::vector<RowRef> sNoRows;
+        return mChildren ? *mChildren : sNoRows;
+    }
+    std::size_t CountChildRows() const { return GetChildRows().size(); }
+    bool HasChild() const { return !GetChildRows().empty(); }
     /// True when the row shows a disclosure triangle although it may have no child rows.
     bool HasCustomChild() const { return mHasCustomChild; }
     /// True when the row is disclosed: its child rows show if the row itself does.
@@ -56,7 +59,8 @@ private:
 
     UI_MultiColumnTree* mTree = nullptr;
     UI_MultiColumnTreeRow* mParent = nullptr;
-    std::vector<RowRef> mChildren;
+    /// Null for a row that never had any: most are such.
+    std::unique_ptr<std::vector<RowRef>> mChildren;
     std::unique_ptr<Data> mData;
     std::unique_ptr<Cells> mCells;
     std::uint32_t mPosition = 0;
