@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -10,7 +10,8 @@ namespace desk {
 
 /// Finds values by the names they bear, without holding the names: a hash table of bare values (open
 /// addressing, at most 2/3 full). `Value()` marks an empty place. Operations take the function that gives a
-/// value's name, the same each time. A value type; any thread, one at a time.
+/// value's name, the same each time: a string view or what has its size, its units and its comparison. A value
+/// type; any thread, one at a time.
 template <class Value>
 class NameIndex {
 public:
@@ -26,8 +27,8 @@ public:
             if (value != Value()) Put(value, nameOf);
     }
     /// The value with that name, or `Value()`.
-    template <class NameOf>
-    Value Find(std::u16string_view name, const NameOf& nameOf) const {
+    template <class Name, class NameOf>
+    Value Find(const Name& name, const NameOf& nameOf) const {
         return mPlaces.empty() ? Value() : mPlaces[PlaceOf(name, nameOf)];
     }
     /// Adds a value whose name no other bears.
@@ -37,13 +38,13 @@ public:
         Put(value, nameOf);
     }
     /// Puts `value` in the place of the value of the same name, which must be there.
-    template <class NameOf>
-    void Replace(std::u16string_view name, Value value, const NameOf& nameOf) {
+    template <class Name, class NameOf>
+    void Replace(const Name& name, Value value, const NameOf& nameOf) {
         mPlaces[PlaceOf(name, nameOf)] = value;
     }
     /// Removes the value with that name, which must be there.
-    template <class NameOf>
-    void Remove(std::u16string_view name, const NameOf& nameOf) {
+    template <class Name, class NameOf>
+    void Remove(const Name& name, const NameOf& nameOf) {
         std::size_t hole = PlaceOf(name, nameOf);
         --mCount;
         for (std::size_t i = Next(hole); mPlaces[i] != Value(); i = Next(i)) {
@@ -55,14 +56,18 @@ public:
     }
 
 private:
-    std::size_t HomeOf(std::u16string_view name) const {
-        return std::hash<std::u16string_view>{}(name) & (mPlaces.size() - 1);
+    /// FNV-1a, whose high bits are the better ones.
+    template <class Name>
+    std::size_t HomeOf(const Name& name) const {
+        std::uint64_t hash = 0xCBF29CE484222325;
+        for (std::size_t i = 0; i < name.size(); ++i) hash = (hash ^ name[i]) * 0x100000001B3;
+        return (hash ^ hash >> 32) & (mPlaces.size() - 1);
     }
     std::size_t Next(std::size_t place) const { return (place + 1) & (mPlaces.size() - 1); }
-    template <class NameOf>
-    std::size_t PlaceOf(std::u16string_view name, const NameOf& nameOf) const {
+    template <class Name, class NameOf>
+    std::size_t PlaceOf(const Name& name, const NameOf& nameOf) const {
         std::size_t i = HomeOf(name);
-        while (mPlaces[i] != Value() && nameOf(mPlaces[i]) != name) i = Next(i);
+        while (mPlaces[i] != Value() && !(nameOf(mPlaces[i]) == name)) i = Next(i);
         return i;
     }
     template <class NameOf>

@@ -35,9 +35,9 @@ UTF16String DirectoryImpl::PathOf(const Row* row) const {
     path = mRoot;
     path.resize(size, u'/');
     for (const Row* each = row; each; each = Row::Access::Parent(*each)) {
-        const std::u16string_view name = desk::NameOfRow(each);
+        const desk::NameText name = desk::NameOfRow(each);
         size -= name.size();
-        std::ranges::copy(name, path.begin() + static_cast<std::ptrdiff_t>(size));
+        for (std::size_t i = 0; i < name.size(); ++i) path[size + i] = name[i];
         path[--size] = u'/';
     }
     return path;
@@ -62,7 +62,8 @@ Row* DirectoryImpl::FindChild(const Row* parent, std::u16string_view name) const
     const auto folder = mFolders.find(parent);
     if (folder != mFolders.end() && folder->second.mHasIndex) return folder->second.mIndex.Find(name, kNameOf);
     const std::vector<RowRef>& rows = mTree->GetChildRowsOf(parent);
-    const auto found = std::ranges::find(rows, name, [](const RowRef& row) { return kNameOf(row.get()); });
+    const auto found =
+        std::ranges::find_if(rows, [name](const RowRef& row) { return kNameOf(row.get()) == name; });
     return found == rows.end() ? nullptr : found->get();
 }
 
@@ -84,7 +85,7 @@ void DirectoryImpl::Record(Row& row, std::u16string_view name) {
 }
 
 void DirectoryImpl::ForgetRow(Row& row) {
-    const std::u16string_view name = kNameOf(&row);
+    const desk::NameText name = kNameOf(&row);
     if (name.empty()) return;
     const auto parent = mFolders.find(Row::Access::Parent(row));
     if (parent != mFolders.end() && parent->second.mHasIndex) parent->second.mIndex.Remove(name, kNameOf);

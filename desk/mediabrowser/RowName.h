@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -9,32 +10,70 @@
 
 namespace desk {
 
+/// A name whose UTF-16 units are kept in a byte each where that is enough for all of them. Not owned.
+class NameText {
+public:
+    NameText() = default;
+    NameText(const void* units, std::size_t size, bool isNarrow)
+        : mUnits(units), mSize(size), mIsNarrow(isNarrow) {}
+
+    std::size_t size() const { return mSize; }
+    bool empty() const { return mSize == 0; }
+    char16_t operator[](std::size_t i) const {
+        return mIsNarrow ? static_cast<const unsigned char*>(mUnits)[i]
+                         : static_cast<const char16_t*>(mUnits)[i];
+    }
+    friend bool operator==(const NameText& a, std::u16string_view b) {
+        if (a.mSize != b.size()) return false;
+        return a.mIsNarrow ? std::equal(b.begin(), b.end(), static_cast<const unsigned char*>(a.mUnits))
+                           : std::equal(b.begin(), b.end(), static_cast<const char16_t*>(a.mUnits));
+    }
+    friend bool operator==(const NameText& a, const NameText& b) {
+        if (a.mSize != b.mSize) return false;
+        for (std::size_t i = 0; i < a.mSize; ++i)
+            if (a[i] != b[i]) return false;
+        return true;
+    }
+
+private:
+    const void* mUnits = nullptr;
+    std::size_t mSize = 0;
+    bool mIsNarrow = false;
+};
+
 /// What a row of a directory view keeps: its item's name, in one block of memory, since there are many.
 class RowName final : public host::UI_MultiColumnTreeRow::Data {
 public:
     static std::unique_ptr<Data> Make(std::u16string_view name) {
-        void* place = ::operator new(sizeof(RowName) + name.size() * sizeof(char16_t));
-        return std::unique_ptr<Data>(::new (place) RowName(name));
+        const bool isNarrow = std::ranges::all_of(name, [](char16_t unit) { return unit < 0x100; });
+        void* place = ::operator new(sizeof(RowName) + name.size() * (isNarrow ? 1 : sizeof(char16_t)));
+        return std::unique_ptr<Data>(::new (place) RowName(name, isNarrow));
     }
-    std::u16string_view Get() const { return {Units(), mLength}; }
+    NameText Get() const { return {this + 1, mSize, mIsNarrow != 0}; }
 
     // The block is larger than the object: it is given back without its size.
     static void operator delete(void* place) { ::operator delete(place); }
 
 private:
-    explicit RowName(std::u16string_view name) : mLength(static_cast<std::uint32_t>(name.size())) {
-        name.copy(const_cast<char16_t*>(Units()), name.size());
+    RowName(std::u16string_view name, bool isNarrow)
+        : mSize(static_cast<std::uint32_t>(name.size()) & 0x7FFFFFFF), mIsNarrow(isNarrow) {
+        void* units = this + 1;
+        if (isNarrow)
+            std::ranges::transform(name, static_cast<unsigned char*>(units),
+                                   [](char16_t unit) { return static_cast<unsigned char>(unit); });
+        else
+            name.copy(static_cast<char16_t*>(units), name.size());
     }
-    const char16_t* Units() const { return reinterpret_cast<const char16_t*>(this + 1); }
 
-    std::uint32_t mLength;
+    std::uint32_t mSize : 31;
+    std::uint32_t mIsNarrow : 1;
 };
 
 /// The name of a row that stands in a directory view's map; empty otherwise.
-inline std::u16string_view NameOfRow(const host::UI_MultiColumnTreeRow* row) {
+inline NameText NameOfRow(const host::UI_MultiColumnTreeRow* row) {
     using Row = host::UI_MultiColumnTreeRow;
     const auto& data = Row::Access::DataOf(const_cast<Row&>(*row));
-    return data ? static_cast<const RowName&>(*data).Get() : std::u16string_view();
+    return data ? static_cast<const RowName&>(*data).Get() : NameText();
 }
 
 }  // namespace desk
