@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 
@@ -37,13 +39,14 @@ void SharedProjectsTreeView::LayOutViews(const Rect& bounds) {
 }
 
 void SharedProjectsTreeView::SetView(TreeViewType type) {
-    mViewType = type;
+    // A view that shows already has the columns as the user has set them meanwhile.
+    const bool isSwitch = std::exchange(mViewType, type) != type;
     if (type == TreeViewType::SearchResultsView) {
-        SyncTreeColumnProperties(*mDirectoryView);
+        if (isSwitch) SyncTreeColumnProperties(*mDirectoryView);
         mSearchResultsView->UI_Show(true);
         mDirectoryView->UI_Show(false);
     } else if (type == TreeViewType::DirectoryView) {
-        SyncTreeColumnProperties(*mSearchResultsView);
+        if (isSwitch) SyncTreeColumnProperties(*mSearchResultsView);
         mDirectoryView->UI_Show(true);
         mSearchResultsView->UI_Show(false);
         mDirectoryView->UpdateOpenRows();

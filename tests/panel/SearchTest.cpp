@@ -56,6 +56,8 @@ TEST_F(SearchTest, DeletingTheTextReturnsToTheTreeWithTheColumnsAsSetMeanwhile) 
     hits->SetColumnWidth(Columns::kSizeColumnID, 77);
     hits->SetSortColumn(Columns::kLockedColumnID);
     hits->SetSortDirection(true);
+    TypeSearch(QStringLiteral("a"));
+    EXPECT_EQ(hits->GetColumnWidth(Columns::kSizeColumnID), 77);
     TypeSearch({});
     EXPECT_EQ(ShownHits(), Rows{});
     EXPECT_TRUE(TreeWidget().isVisible());
