@@ -62,6 +62,9 @@ bool SharedProjectsDirectoryView::ColumnSortStringIsLess(const UTF16String& a, c
 }
 
 void SharedProjectsDirectoryView::OnSortChanged(ColumnID, bool) {
+    // Rows in closed folders need the new column's fact when they come to be seen.
+    for (auto& [row, request] : mRowToMetadata)
+        if (!IsRowExposed(row)) request.mIsStale = true;
     UpdateOpenRows();
 }
 
