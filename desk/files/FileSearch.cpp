@@ -40,7 +40,8 @@ public:
 
     void SubmitFolder(std::string path) {
         ++mFoldersLeft;
-        desk::GetServices().mWorkerPool->Submit([self = shared_from_this(), folder = std::move(path)] {
+        // Behind what waits already: a long walk must not hold up listings and polls.
+        desk::GetServices().mWorkerPool->SubmitLast([self = shared_from_this(), folder = std::move(path)] {
             if (!self->mIsCancelled) self->SearchFolder(folder);
             if (--self->mFoldersLeft == 0) self->Finish();
         });

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <string_view>
+#include <unordered_set>
 
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
@@ -38,7 +40,10 @@ void FolderListing::List() {
         const std::vector<FolderEntry> entries =
             GetServices().mFileSystem->ListFolder(mRequest.mFolder->mBytes);
         mFound.reserve(entries.size());
-        for (const FolderEntry& entry : entries) TakeEntry(entry);
+        // A volume may name an entry twice while its folder changes.
+        std::unordered_set<std::string_view> names(entries.size());
+        for (const FolderEntry& entry : entries)
+            if (names.insert(entry.mName).second) TakeEntry(entry);
         if (!mRequest.mKnown) SweepIfNeeded(entries);
     } catch (const host::FileException& exception) {
         return Fail(exception.SystemError(), exception.what());
@@ -127,7 +132,8 @@ void FolderListing::ReadLock(Found& found) {
             const std::lock_guard lock(mMutex);
             const auto [known, isNew] = stamps.try_emplace(found.mName, stamp);
             const bool isSame = !isNew && std::exchange(known->second, stamp) == stamp;
-            if (isSame && found.mKnown && found.mKnown->mFacts.mLock) return;
+            if (isSame && found.mKnown && found.mKnown->mFacts.mLock && found.mKnown->mFacts.mLock->mIsReadable)
+                return;
         }
         if (auto record = ReadLockRecord(fileSystem, path))
             found.mFacts.mLock = std::make_shared<const LockRecord>(*std::move(record));

@@ -59,6 +59,8 @@ private:
         bool mAreChangesWanted = false;
         int mSystemError = 0;
         bool mHasLoggedFacts = false;
+        /// Items whose facts could not be read will be read again.
+        bool mIsRetrying = false;
         FolderChange mPending;
         /// What a poll has found, until it is asked for.
         std::unique_ptr<FolderListing::Result> mFound;
@@ -110,6 +112,7 @@ private:
     void DeliverChanges(const FolderPtr& folder, Changes&& changes);
     void Deliver(const FolderPtr& folder, const Subscriber& subscriber, Delivery&& delivery);
     void DeliverNext(const FolderPtr& folder);
+    void RetryLater(Folder& folder, const host::UTF16String& name);
     void Post(std::function<void()> task);
 
     std::map<host::UTF16String, FolderPtr, std::less<>> mFolders;

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <utility>
 
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
@@ -9,6 +11,12 @@
 #include "host/files/FileException.h"
 
 namespace desk {
+
+namespace {
+
+constexpr std::chrono::seconds kRetryDelay{5};
+
+}  // namespace
 
 void FolderStoreImpl::OnFolderChanged(const host::UTF16String& path, FolderChange&& change) {
     if (Folder* folder = FindFolder(path)) folder->mPending.Merge(std::move(change));
@@ -170,6 +178,7 @@ FolderStoreImpl::Changes FolderStoreImpl::Apply(Folder& folder, std::vector<Item
             changes.mRemovedPaths.push_back(JoinPath(folder.mPath->mText, update.mName));
             ++folder.mGeneration;
         }
+        if (!update.mIsGone && update.mSystemError != 0) RetryLater(folder, update.mName);
         if (update.mIsGone || update.mSystemError != 0) continue;
         const bool isNew = item == nullptr;
         if (isNew) {
@@ -218,13 +227,29 @@ bool FolderStoreImpl::TakeAnswer(Folder& folder, ItemUpdate& update) {
     if (update.mIsGone) {
         folder.mPending.Add(update.mName);
         Post([this, path = folder.mPath] { mMonitor.Announce(path->mText); });
-    } else if (!std::exchange(folder.mHasLoggedFacts, true)) {
+        return false;
+    }
+    RetryLater(folder, update.mName);
+    if (!std::exchange(folder.mHasLoggedFacts, true))
         Log(LogLevel::Warning,
             host::FileException("read status of", JoinPath(folder.mPath->mText, update.mName),
                                 update.mSystemError)
                 .what());
-    }
     return false;
+}
+
+/// A volume that failed a call may answer the next one: the item counts as changed again after a while.
+void FolderStoreImpl::RetryLater(Folder& folder, const host::UTF16String& name) {
+    folder.mPending.Add(name);
+    if (std::exchange(folder.mIsRetrying, true)) return;
+    GetServices().mMainThread->PostDelayed(
+        [this, token = std::weak_ptr(mToken), path = folder.mPath] {
+            Folder* retried = token.expired() ? nullptr : FindFolder(path->mText);
+            if (!retried) return;
+            retried->mIsRetrying = false;
+            mMonitor.Announce(path->mText);
+        },
+        kRetryDelay);
 }
 
 }  // namespace desk

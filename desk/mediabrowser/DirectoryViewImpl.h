@@ -50,6 +50,7 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
 
     void Request(const UTF16String& path, Row* row, const UTF16String& context);
     void Receive(const desk::FolderStore::Delivery& delivery);
+    void TellWhyEmpty(int systemError);
     void SetBusy(Folder& folder, bool busy);
     void Create(Row* parent, const std::vector<std::u16string_view>& names);
     void Remove(const RowVec& rows);

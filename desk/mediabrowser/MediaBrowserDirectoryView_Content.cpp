@@ -1,11 +1,14 @@
 // Contents of folders, from the request to the rows.
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "desk/core/Services.h"
 #include "desk/mediabrowser/ContentManagerImpl.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
 #include "desk/project/NaturalOrder.h"
+#include "desk/toolkit/HeaderRowImpl.h"
+#include "host/core/Localizer.h"
 #include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
 
@@ -53,7 +56,10 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
     const auto folder = mFolders.find(found);
     if (folder == mFolders.end()) return;
     if (delivery.mIsLast) SetBusy(folder->second, false);
-    if (!delivery.mContent) return;
+    if (!delivery.mContent) {
+        if (!found && mTree->GetTopLevelRows().empty()) TellWhyEmpty(delivery.mSystemError);
+        return;
+    }
     folder->second.mHasContent = true;
     const RowRef row(found);
     const std::weak_ptr token(mToken);
@@ -65,6 +71,12 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
     if (token.expired()) return;
     mTree->LayoutAfterAppendRow(row.get());
     if (delivery.mDelivery.mExtent == ContentDelivery::Extent::Change) DropFactsOfRowsScrolledAway();
+}
+
+/// Whoever fills the tree says what an empty one means; nobody else can say why it could not be filled.
+void DirectoryImpl::TellWhyEmpty(int systemError) {
+    mTree->SetEmptyText(ZString("$$$/Vantor/Desk/MediaBrowser/FolderCannotBeRead=This folder cannot be read: @0",
+                                {UTF8to16(std::generic_category().message(systemError))}));
 }
 
 /// In the order in which they mostly show, so that the tree finds them sorted.
@@ -108,7 +120,7 @@ void DirectoryImpl::OpenStateChanged(Row& row, bool open) {
 void DirectoryImpl::DropFactsOfRowsScrolledAway() {
     desk::FolderStore* store = desk::GetServices().mFolderStore;
     const auto header = mTree->GetHeaderRow();
-    if (!store || !header || header->GetIndexOfColumn(header->GetSortColumn()) != 0) return;
+    if (!store || !header || header->GetImpl().Find(header->GetSortColumn()) != 0) return;
     const int first = mTree->GetFirstVisibleOpenedRowIndex();
     const int last = mTree->GetLastVisibleOpenedRowIndex();
     const bool hasJumped = first > mLastVisible || last < mFirstVisible;
