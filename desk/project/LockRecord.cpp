@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <limits>
 
 #include "desk/core/Desktop.h"
@@ -139,7 +140,10 @@ std::optional<LockRecord> ReadLockRecord(FileSystem& fileSystem, const std::stri
     try {
         return ParseLockRecord(fileSystem.ReadSmallFile(path, kLockFileLimit));
     } catch (const host::FileException& exception) {
-        if (exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR) return {};
+        const int error = exception.SystemError();
+        if (error == ENOENT || error == ENOTDIR) return {};
+        // No lock file can have a name that is too long; that the whole path is too long says nothing.
+        if (error == ENAMETOOLONG && path.size() - (path.rfind('/') + 1) > NAME_MAX) return {};
         return LockRecord();
     }
 }

@@ -107,6 +107,7 @@ TEST(LockRecord, WhateverStandsAtTheLocksPlaceIsAnsweredAtOnce) {
     auto read = [&](const char* name) { return desk::ReadLockRecord(disk, folder.Path(name)); };
     EXPECT_FALSE(read("absent"));
     EXPECT_FALSE(read("no folder/absent"));
+    EXPECT_FALSE(read(std::string(256, 'x').c_str()));
     folder.Write("good", WriteLockRecord(GoodRecord()));
     ASSERT_TRUE(read("good"));
     EXPECT_TRUE(read("good")->mIsReadable);
