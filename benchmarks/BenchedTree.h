@@ -7,7 +7,7 @@
 
 namespace bench {
 
-/// The size of the window that both sides are shown in.
+/// The size of the window that the panel is shown in.
 inline constexpr QSize kWindowSize{1200, 700};
 
 /// A tree on the screen that shows what a folder holds, sorted by name: the panel's, or the one that it is

@@ -155,7 +155,7 @@ void Click(QWidget& widget, QPoint point) {
 
 void ClickHeader(QTreeView& view, int section) {
     QWidget& header = *view.header()->viewport();
-    Click(header, QPoint(view.header()->sectionViewportPosition(section) + 40, header.height() / 2));
+    Click(header, QPoint(view.header()->sectionViewportPosition(section) + 12, header.height() / 2));
 }
 
 /// With the rows sorted by size, a click on the header of the names, to the paint of the rows sorted by name.

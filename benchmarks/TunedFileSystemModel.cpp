@@ -8,8 +8,11 @@ namespace bench {
 
 namespace {
 
+/// Makes the rows as high as the panel's.
+constexpr QSize kIconSize(23, 23);
+
 QIcon MakeIcon(Qt::GlobalColor color) {
-    QPixmap picture(16, 16);
+    QPixmap picture(64, 64);
     picture.fill(color);
     return QIcon(picture);
 }
@@ -23,8 +26,8 @@ QString ConstantIconProvider::type(const QFileInfo& info) const {
     return info.isDir() ? QStringLiteral("Folder") : QStringLiteral("Project");
 }
 
-TunedFileSystemModel::TunedFileSystemModel() : mView(MakeView()), mSearchView(MakeView()) {
-    mWindow.resize(kWindowSize);
+TunedFileSystemModel::TunedFileSystemModel(QSize size) : mView(MakeView()), mSearchView(MakeView()) {
+    mWindow.resize(size);
     mWindow.show();
 }
 
@@ -35,6 +38,7 @@ TunedFileSystemModel::~TunedFileSystemModel() {
 QTreeView* TunedFileSystemModel::MakeView() {
     auto* view = new QTreeView;
     view->setUniformRowHeights(true);
+    view->setIconSize(kIconSize);
     view->setSortingEnabled(true);
     view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     mWindow.addWidget(view);
@@ -68,7 +72,7 @@ void TunedFileSystemModel::Zoom(int steps) {
     QFont font = mView->font();
     font.setPixelSize(std::max(8, QFontInfo(font).pixelSize() + 2 * steps));
     mView->setFont(font);
-    mView->setIconSize(QSize(font.pixelSize() + 3, font.pixelSize() + 3));
+    mView->setIconSize(mView->iconSize() + QSize(11, 11) * steps);
 }
 
 void TunedFileSystemModel::Search(const QString& text) {

@@ -27,7 +27,8 @@ private:
 /// a `QTreeView` with uniform row heights. It is the figure that the panel is compared with.
 class TunedFileSystemModel : public BenchedTree {
 public:
-    TunedFileSystemModel();
+    /// `size`: of the view; as many rows are to show as on the other side.
+    explicit TunedFileSystemModel(QSize size);
     ~TunedFileSystemModel() override;
 
     void Prepare() override;

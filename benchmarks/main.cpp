@@ -93,9 +93,9 @@ Options TakeOptions(int& argc, char** argv) {
 }
 
 int Run(const Options& options) {
-    TunedFileSystemModel baseline;
     desk::Theme::Apply(desk::ThemeKind::Dark);
     PanelBench panel;
+    TunedFileSystemModel baseline(panel.GetView().size());
     const Sides sides{panel, options.mIsPanelOnly ? nullptr : &baseline};
     const auto jobs = MakeJobs();
     std::vector<Result> results;
