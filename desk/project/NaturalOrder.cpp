@@ -189,21 +189,26 @@ int NaturalOrder::CompareEquivalents(std::u16string_view a, std::u16string_view 
 /// text. A number begins with the weight of a digit, followed by its length and its digits.
 bool NaturalOrder::AppendSortKey(std::u16string_view text, std::string& key) const {
     if (!IsUsingTable() || text.size() > kLongestSortKeyText || !IsPrintableAscii(text)) return false;
+    const auto byte = [](auto value) { return static_cast<char>(value); };
+    const std::size_t before = key.size();
+    key.resize(before + text.size() * 5 + 1);
+    char* out = key.data() + before;
     const char16_t* const end = text.data() + text.size();
     for (const char16_t* at = text.data(); at != end;) {
         if (!IsAsciiDigit(*at)) {
-            key += static_cast<char>(mTable->mWeights[*at++].mLetter);
+            *out++ = byte(mTable->mWeights[*at++].mLetter);
             continue;
         }
-        key += static_cast<char>(mTable->mWeights[u'0'].mLetter);
         const std::u16string_view digits = TakeNumber(at, end);
-        key += static_cast<char>(digits.size());
-        key.append(digits.begin(), digits.end());
+        *out++ = byte(mTable->mWeights[u'0'].mLetter);
+        *out++ = byte(digits.size());
+        out = std::ranges::transform(digits, out, byte).out;
     }
-    key += '\0';
+    *out++ = '\0';
     for (const char16_t unit : text)
-        if (!IsAsciiDigit(unit)) key += static_cast<char>(mTable->mWeights[unit].mCase);
-    key.append(text.begin(), text.end());
+        if (!IsAsciiDigit(unit)) *out++ = byte(mTable->mWeights[unit].mCase);
+    out = std::ranges::transform(text, out, byte).out;
+    key.resize(static_cast<std::size_t>(out - key.data()));
     return true;
 }
 
