@@ -51,9 +51,12 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
     if (!PathUtils::ExistsOnDisk(directoryPath, true)) return;
     ContentDelivery rowDelivery = delivery;
     const std::set<UTF16String> paths = FilterContent(content, rowDelivery);
+    const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
     InsertDirectoryContent(row, paths, rowDelivery, SharedProjectsHandler::GetRootDirectory());
     if (row && paths.empty() && !row->HasChild()) GetTree()->SetRowHasCustomChild(row.get(), true);
-    UpdateChildRows(row, paths, delivery);
+    // Rows that have just been made are up to date.
+    const bool areAllNew = GetTree()->GetChildRowsOf(row.get()).size() == countBefore + paths.size();
+    if (!areAllNew) UpdateChildRows(row, paths, delivery);
     // New rows count, and can be selected, from here on.
     GetTree()->LayoutAfterAppendRow(row.get());
     if (!row && delivery.mExtent != ContentDelivery::Extent::Part)

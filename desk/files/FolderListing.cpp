@@ -62,8 +62,9 @@ void FolderListing::List() {
 
 /// When a folder is first listed, what dead processes of this machine have left there goes.
 void FolderListing::SweepIfNeeded(const std::vector<FolderEntry>& entries) {
-    const bool hasAny = std::ranges::any_of(
-        entries, [](const FolderEntry& entry) { return IsTemporaryName(entry.mName) || IsGuardName(entry.mName); });
+    const bool hasAny = std::ranges::any_of(entries, [](const FolderEntry& entry) {
+        return IsTemporaryName(entry.mName) || IsGuardName(entry.mName);
+    });
     if (!hasAny || !GetServices().mDesktop) return;
     GetServices().mWorkerPool->SubmitLast([folder = mRequest.mFolder->mBytes] {
         SweepLeftovers(*GetServices().mFileSystem, *GetServices().mDesktop, folder);
@@ -187,16 +188,15 @@ void FolderListing::BuildContents() {
     names.reserve(mFound.size());
     for (const Found& found : mFound) names.push_back(found.mName);
     const std::vector<std::uint32_t> order = OrderAsShown(names);
-    const std::size_t partSize =
-        mFound.size() > kLongestWhole ? kPartSize : std::max<std::size_t>(1, mFound.size());
-    for (std::size_t begin = 0; begin == 0 || begin < mFound.size(); begin += partSize) {
+    std::size_t begin = 0;
+    std::size_t end = order.size() > kLongestWhole ? kFirstPartSize : order.size();
+    do {
         host::DirectoryContent content;
-        const std::size_t end = std::min(begin + partSize, mFound.size());
         content.reserve(end - begin);
-        for (std::size_t i = begin; i < end; ++i)
-            content.push_back(MakeProperties(*mRequest.mFolder, names[order[i]]));
+        for (; begin < end; ++begin) content.push_back(MakeProperties(*mRequest.mFolder, names[order[begin]]));
         mResult.mContents.push_back(ShareContent(std::move(content)));
-    }
+        end = std::min(end + kPartSize, order.size());
+    } while (begin < order.size());
 }
 
 void FolderListing::Compare() {

@@ -29,9 +29,10 @@ struct ListingMemory {
 /// first time, builds the folder's items and content, sorted by name.
 class FolderListing : public std::enable_shared_from_this<FolderListing> {
 public:
-    /// Longer contents are delivered in parts of this size.
-    static constexpr std::size_t kPartSize = 1000;
+    /// Longer contents are delivered in parts: a small one first, so that something shows soon.
     static constexpr std::size_t kLongestWhole = 2000;
+    static constexpr std::size_t kFirstPartSize = 1000;
+    static constexpr std::size_t kPartSize = 3000;
 
     struct Request {
         std::shared_ptr<const FolderPath> mFolder;

@@ -8,7 +8,7 @@ namespace desk {
 namespace {
 
 /// So many items are delivered in one turn of the event loop.
-constexpr std::size_t kMostAtOnce = FolderListing::kPartSize;
+constexpr std::size_t kMostAtOnce = 1000;
 
 /// Takes the last `kMostAtOnce` items.
 host::DirectoryContent TakeSome(host::DirectoryContent& content) {

@@ -161,6 +161,37 @@ std::u16string_view ShownName(std::u16string_view name) {
     return isProject ? name.substr(0, length) : name;
 }
 
+/// The order of keys that stand one behind the other in `bytes`. Names of one folder often begin alike: what
+/// they share is left out, and the next eight bytes decide most comparisons.
+std::vector<std::uint32_t> OrderOfKeys(std::string_view bytes, const std::vector<std::size_t>& ends) {
+    struct Key {
+        std::uint64_t mHead = 0;
+        std::string_view mBytes;
+        std::uint32_t mPlace = 0;
+    };
+    std::vector<Key> keys(ends.size());
+    std::size_t shared = ends.empty() ? 0 : ends[0];
+    for (std::uint32_t i = 0; i < keys.size(); ++i) {
+        const std::size_t begin = i == 0 ? 0 : ends[i - 1];
+        keys[i].mBytes = bytes.substr(begin, ends[i] - begin);
+        keys[i].mPlace = i;
+        const auto [end, unused] = std::ranges::mismatch(keys[i].mBytes, keys[0].mBytes.substr(0, shared));
+        shared = static_cast<std::size_t>(end - keys[i].mBytes.begin());
+    }
+    for (Key& key : keys) {
+        key.mBytes.remove_prefix(shared);
+        for (std::size_t i = 0; i < sizeof key.mHead; ++i)
+            key.mHead =
+                key.mHead << 8 | (i < key.mBytes.size() ? static_cast<unsigned char>(key.mBytes[i]) : 0);
+    }
+    std::ranges::sort(keys, [](const Key& a, const Key& b) {
+        return a.mHead != b.mHead ? a.mHead < b.mHead : a.mBytes < b.mBytes;
+    });
+    std::vector<std::uint32_t> places(keys.size());
+    std::ranges::transform(keys, places.begin(), &Key::mPlace);
+    return places;
+}
+
 }  // namespace
 
 NaturalOrder::NaturalOrder(const QLocale& locale)
@@ -296,26 +327,19 @@ const NaturalOrder& UserNaturalOrder() {
 
 std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& names) {
     const NaturalOrder& order = UserNaturalOrder();
-    std::vector<std::uint32_t> places(names.size());
-    std::iota(places.begin(), places.end(), 0u);
-    std::string keys;
+    std::string bytes;
     std::vector<std::size_t> ends;
     ends.reserve(names.size());
     for (const std::u16string_view name : names) {
-        if (!order.AppendSortKey(ShownName(name), keys)) break;
-        ends.push_back(keys.size());
+        if (!order.AppendSortKey(ShownName(name), bytes)) break;
+        ends.push_back(bytes.size());
     }
-    const auto keyOf = [&](std::uint32_t place) {
-        const std::size_t begin = place == 0 ? 0 : ends[place - 1];
-        return std::string_view(keys).substr(begin, ends[place] - begin);
-    };
-    const auto isLess = [&](std::uint32_t a, std::uint32_t b) {
+    if (ends.size() == names.size()) return OrderOfKeys(bytes, ends);
+    std::vector<std::uint32_t> places(names.size());
+    std::iota(places.begin(), places.end(), 0u);
+    std::ranges::sort(places, [&](std::uint32_t a, std::uint32_t b) {
         return order.Compare(ShownName(names[a]), ShownName(names[b])) < 0;
-    };
-    if (ends.size() == names.size())
-        std::ranges::sort(places, {}, keyOf);
-    else
-        std::ranges::sort(places, isLess);
+    });
     return places;
 }
 

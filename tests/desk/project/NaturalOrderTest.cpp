@@ -5,6 +5,7 @@
 #include <QLocale>
 #include <algorithm>
 #include <random>
+#include <set>
 #include <vector>
 
 #include "host/core/Strings.h"
@@ -143,4 +144,12 @@ TEST(NaturalOrder, OrdersItemsAsShownByKeysOrByTheCollator) {
     EXPECT_EQ(desk::OrderAsShown({u"Take b.zuproj", u"Take.ZUPROJ", u"Take.", u"Take a.zuproj"}), (Places{1, 3, 0, 2}));
     const std::u16string longName(300, u'1');
     EXPECT_EQ(desk::OrderAsShown({longName, u"9"}), (Places{1, 0}));
+
+    RandomNames name(AsciiPieces());
+    Names names;
+    for (int i = 0; i < 2'000; ++i) names.push_back(u"Scene 1" + name());
+    const auto order = desk::OrderAsShown({names.begin(), names.end()});
+    ASSERT_EQ(std::set(order.begin(), order.end()).size(), names.size());
+    for (std::size_t i = 1; i < order.size(); ++i)
+        EXPECT_LE(host::CompareStringsIncludingNumericValues(names[order[i - 1]], names[order[i]]), 0);
 }
