@@ -61,6 +61,17 @@ void DockWorkspace::OpenTab(const std::string& handlerID) {
     UpdateTabs();
 }
 
+host::TabView* DockWorkspace::FindFirstTabViewOfType(const host::UTF16String& handlerID) {
+    const DockWorkspaceFrame* frame = FindFrame(handlerID);
+    return frame && frame->IsShown() ? frame->GetView() : nullptr;
+}
+
+host::TabView* DockWorkspace::CreateOrReanimateTabView(const host::UTF16String& handlerID,
+                                                       const host::PropertyList&) {
+    OpenTab(host::UTF16to8(handlerID));
+    return FindFirstTabViewOfType(handlerID);
+}
+
 bool DockWorkspace::ClosePanel(const host::UTF16String& handlerID) {
     DockWorkspaceFrame* frame = FindFrame(handlerID);
     host::Handler* handler = host::Handler::FindHandler(handlerID);
@@ -183,6 +194,8 @@ void DockWorkspace::UpdateTabs() {
 namespace host {
 
 WorkspaceFrame::~WorkspaceFrame() = default;
+
+TopLevelWindow::~TopLevelWindow() = default;
 
 Workspace::~Workspace() = default;
 

@@ -10,6 +10,16 @@ class QMainWindow;
 
 namespace desk {
 
+/// The main window as the panels know it.
+class ZUHOST_API MainTopLevelWindow : public host::TopLevelWindow {
+public:
+    explicit MainTopLevelWindow(QMainWindow& window) : mWindow(window) {}
+    QMainWindow& GetWindow() const { return mWindow; }
+
+private:
+    QMainWindow& mWindow;
+};
+
 /// The arrangement of panels as docks of a main window: moved, tabbed, floated, closed and brought back. It is
 /// the current workspace while it exists, and says how panels follow each other (`PanelNavigation`). UI thread.
 class ZUHOST_API DockWorkspace : public QObject, public host::Workspace {
@@ -20,6 +30,10 @@ public:
     ~DockWorkspace() override;
 
     void OpenTab(const std::string& handlerID) override;
+    host::TabView* FindFirstTabViewOfType(const host::UTF16String& handlerID) override;
+    host::TabView* CreateOrReanimateTabView(const host::UTF16String& handlerID,
+                                            const host::PropertyList& properties) override;
+    host::TopLevelWindow* GetMainTopLevelWindow() override { return &mTopLevelWindow; }
     /// Closes a panel: asks its handler, then destroys view and handler, or hides the panel, as the handler
     /// wishes. False when the handler did not allow it.
     bool ClosePanel(const host::UTF16String& handlerID);
@@ -45,6 +59,7 @@ private:
     void UpdateTabs();
 
     QMainWindow& mWindow;
+    MainTopLevelWindow mTopLevelWindow{mWindow};
     std::vector<DockWorkspaceFrame*> mFrames;
 };
 

@@ -34,6 +34,17 @@ public:
     /// Size in bytes; absent while it is not known. Throws `FileException` when the disk refused to tell.
     std::optional<std::uint64_t> Size() const;
 
+    /// Moves a file or folder to `destination`, which must not exist: nothing is ever replaced, on any volume. On
+    /// another volume it is copied, compared and only then removed at `source`. A symbolic link is moved as a
+    /// link. The host takes note of the move: locks of this process that stood in a moved folder are from then on
+    /// its locks at the new place, and what moves to the production's trash is recorded there. Returns 0, or a
+    /// negative number when nothing was done: nothing stands at `source`, or it is a project that somebody else
+    /// has locked; the reason is told to the user and logged. Throws `FileException` with operation, path and
+    /// reason when the disk refuses (EEXIST when something stands at `destination`, ECANCELED when the user
+    /// cancelled); then the source stands as it was. May wait for the volume; events go on being handled when it
+    /// takes long, but no command is let in. UI thread.
+    static int Move(const UTF16String& source, const UTF16String& destination);
+
 private:
     void ThrowIfRefused() const;
 

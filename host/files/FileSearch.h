@@ -36,6 +36,12 @@ public:
     [[nodiscard]] static std::unique_ptr<Request> FindFilesOrDirectories(const UTF16String& root,
                                                                          Parameters parameters,
                                                                          Completion completion);
+
+    /// The files below `root`, at any depth, with the extension (with its dot, ASCII letter case ignored), sorted
+    /// by path. Hidden folders, the host's own files and what cannot be read are left out; symbolic links are not
+    /// entered. Waits for the volume; events go on being handled when it takes long, but no command is let in.
+    /// UI thread.
+    static UTF16StringVec FindFiles(const UTF16String& root, const UTF16String& extension);
 };
 
 }  // namespace host

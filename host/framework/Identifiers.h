@@ -5,6 +5,8 @@ namespace host {
 
 inline constexpr char16_t kZuProductionFolderModuleID[] = u"host.module.zuproductionfolder";
 inline constexpr char16_t kZuProductionFolderHandlerID[] = u"host.handler.zuproductionfolder";
+/// The host's panel that shows what is being copied.
+inline constexpr char16_t kProgressHandlerID[] = u"host.handler.progress";
 inline constexpr char16_t kZuProductionFolderWindowTypeID[] = u"host.windowtype.zuproductionfolder";
 inline constexpr char16_t kDefaultWindowID[] = u"host.window.default";
 inline constexpr char16_t kDefaultWindowContextID[] = u"host.windowcontext.default";

@@ -6,6 +6,7 @@
 #include "host/core/Messaging.h"
 #include "host/core/RefCounted.h"
 #include "host/core/Strings.h"
+#include "host/project/ProjectLockFile.h"
 
 namespace host {
 
@@ -15,6 +16,12 @@ public:
     ~IProject() override;
     /// The project's document path, normalised.
     virtual UTF16String GetProjectPath() const = 0;
+    /// The project's file has moved to `path` (normalised). Touches no disk.
+    virtual void SetProjectPath(const UTF16String& path) = 0;
+    /// True when the project has unsaved changes.
+    virtual bool IsDirty() const = 0;
+    /// The project holds `lockFile` from now on, in place of the lock that it held.
+    virtual void SetProjectLockFile(const ProjectLockFileRef& lockFile) = 0;
     /// True when the project is open without holding its lock.
     virtual bool IsReadOnly() const = 0;
 };

@@ -36,26 +36,12 @@
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPanelFrame.h"
+#include "tests/support/TestProject.h"
 
 namespace HandlerSharedProjects {
 
 /// Rows as they show, two blanks a level.
 using Rows = std::vector<std::string>;
-
-/// A project that the test has opened.
-class TestProject final : public desk::OpenProject {
-public:
-    explicit TestProject(UTF16String path) : mPath(std::move(path)) {}
-    UTF16String GetProjectPath() const override { return mPath; }
-    bool IsReadOnly() const override { return mIsReadOnly; }
-    bool IsOutOfDate() const override { return mIsOutOfDate; }
-
-    bool mIsReadOnly = false;
-    bool mIsOutOfDate = false;
-
-private:
-    UTF16String mPath;
-};
 
 /// Counts what a tree's model tells its view.
 struct ModelSignals {

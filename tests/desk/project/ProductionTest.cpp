@@ -4,6 +4,7 @@
 #include "desk/project/Production.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/SharedProjectsManager.h"
+#include "tests/support/TestProject.h"
 
 namespace {
 
@@ -34,17 +35,6 @@ private:
     }
     host::StationID mStation;
     host::UTF16StringVec mNotes;
-};
-
-struct TestProject : desk::OpenProject {
-    explicit TestProject(host::UTF16String path) : mPath(std::move(path)) {}
-    host::UTF16String GetProjectPath() const override { return mPath; }
-    bool IsReadOnly() const override { return mIsReadOnly; }
-    bool IsOutOfDate() const override { return mIsOutOfDate; }
-
-    host::UTF16String mPath;
-    bool mIsReadOnly = false;
-    bool mIsOutOfDate = false;
 };
 
 class ProductionTest : public testing::Test {

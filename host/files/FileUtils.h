@@ -1,0 +1,24 @@
+#pragma once
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+#include "host/files/Dir.h"
+
+/// Copies show their progress and can be cancelled once they take long; events go on being handled meanwhile,
+/// but no command is let in. Each copy has the times and permissions of its source, and lands under its name
+/// only when it is complete: a copy that fails or is cancelled leaves nothing of its own. Nothing is replaced.
+/// All throw `FileException` with operation, path and reason: EEXIST when the destination exists, ECANCELED when
+/// the user cancelled. All may wait for the volume. UI thread.
+namespace host::FileUtils {
+
+/// Copies the file `source` to `destination`; a symbolic link is copied as a link.
+ZUHOST_API void Copy(const UTF16String& source, const UTF16String& destination);
+
+/// Copies a folder with all that is in it, but for lock files and the host's own files; symbolic links are
+/// copied as links. What is neither file, folder nor link (a pipe, a device) is left out, and logged.
+ZUHOST_API void Copy(const Dir& source, const Dir& destination);
+
+/// Makes the folder `path`, in a parent that exists.
+ZUHOST_API void CreateNewDirectory(const UTF16String& path);
+
+}  // namespace host::FileUtils
