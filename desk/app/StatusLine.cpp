@@ -10,6 +10,7 @@
 #include "desk/core/Desktop.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
+#include "desk/core/UserNotice.h"
 #include "desk/files/WatchStatus.h"
 #include "desk/project/Production.h"
 #include "desk/toolkit/Theme.h"
@@ -64,6 +65,7 @@ StatusLine::StatusLine(QMainWindow& window) : mText(MakeLabel()) {
     window.statusBar()->addWidget(mText, 1);
     window.statusBar()->addPermanentWidget(user);
     host::AddListener(kStation_WatchStatus, this);
+    host::AddListener(kStation_UserNotices, this);
     host::AddListener(host::kStation_ZuProductionFolderPanel, this);
     mNoticeTimer.setSingleShot(true);
     QObject::connect(&mNoticeTimer, &QTimer::timeout, &mNoticeTimer, [this] {
@@ -75,6 +77,7 @@ StatusLine::StatusLine(QMainWindow& window) : mText(MakeLabel()) {
 
 StatusLine::~StatusLine() {
     host::RemoveListener(host::kStation_ZuProductionFolderPanel, this);
+    host::RemoveListener(kStation_UserNotices, this);
     host::RemoveListener(kStation_WatchStatus, this);
 }
 
@@ -94,7 +97,9 @@ void StatusLine::SetTip(const QString& tip) {
     Update();
 }
 
-void StatusLine::ListenToMessage(const host::Message&) {
+void StatusLine::ListenToMessage(const host::Message& message) {
+    if (const auto* notice = host::MessageCast<UserNoticeMessage>(message))
+        return ShowNotice(ToDisplayText(notice->GetText()));
     Update();
 }
 

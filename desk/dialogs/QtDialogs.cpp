@@ -1,11 +1,10 @@
 #include "desk/dialogs/QtDialogs.h"
 
-#include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
-#include <QStringList>
 
 #include "desk/core/QtStrings.h"
+#include "desk/dialogs/DialogParts.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -13,27 +12,6 @@
 namespace desk {
 
 namespace {
-
-/// The window to stand over: the active one, else any that the user sees.
-QWidget* FindParentWindow() {
-    if (QWidget* window = QApplication::activeModalWidget()) return window;
-    if (QWidget* window = QApplication::activeWindow()) return window;
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget* window : windows)
-        if (window->isVisible() && window->windowType() == Qt::Window) return window;
-    return nullptr;
-}
-
-/// `text` escaped line by line: its own line breaks are the message's paragraphs.
-QString ToDisplayLines(std::u16string_view text) {
-    QStringList lines;
-    for (;;) {
-        std::size_t end = text.find(u'\n');
-        lines << ToDisplayText(text.substr(0, end));
-        if (end == std::u16string_view::npos) return lines.join(QLatin1Char('\n'));
-        text.remove_prefix(end + 1);
-    }
-}
 
 /// Lets the user choose; empty when the user cancels.
 std::optional<host::UTF16String> Run(QFileDialog& dialog) {

@@ -1,5 +1,6 @@
 #include "desk/framework/CommandRouter.h"
 
+#include "desk/dialogs/LongWork.h"
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/PanelNavigation.h"
@@ -89,6 +90,7 @@ CommandStatus CommandRouter::FindStatus(int commandID) const {
 }
 
 bool CommandRouter::SendFrom(host::CommandHandler* first, int commandID) {
+    if (IsLongWorkRunning()) return true;
     const host::Command command(commandID);
     try {
         for (const Step step : {Step::First, Step::View, Step::Handler, Step::Main})

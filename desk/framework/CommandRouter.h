@@ -38,7 +38,8 @@ public:
     host::TabView* GetViewOnDuty() const { return mView; }
 
     CommandStatus FindStatus(int commandID) const;
-    /// Carries the command out; false when nobody did. Exceptions are logged.
+    /// Carries the command out; false when nobody did. Exceptions are logged. While long work is under way
+    /// (`RunLongWork`) nothing is carried out.
     bool Send(int commandID) { return SendFrom(nullptr, commandID); }
     /// The same, asking `first` (may be null) and its chain before all others.
     bool SendFrom(host::CommandHandler* first, int commandID);

@@ -1,0 +1,30 @@
+#include "desk/dialogs/DialogParts.h"
+
+#include <QApplication>
+#include <QStringList>
+#include <QWidget>
+
+#include "desk/toolkit/Theme.h"
+
+namespace desk {
+
+QWidget* FindParentWindow() {
+    if (QWidget* window = QApplication::activeModalWidget()) return window;
+    if (QWidget* window = QApplication::activeWindow()) return window;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows)
+        if (window->isVisible() && window->windowType() == Qt::Window) return window;
+    return nullptr;
+}
+
+QString ToDisplayLines(std::u16string_view text) {
+    QStringList lines;
+    for (;;) {
+        std::size_t end = text.find(u'\n');
+        lines << ToDisplayText(text.substr(0, end));
+        if (end == std::u16string_view::npos) return lines.join(QLatin1Char('\n'));
+        text.remove_prefix(end + 1);
+    }
+}
+
+}  // namespace desk

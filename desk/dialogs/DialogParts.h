@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QString>
+#include <string_view>
+
+class QWidget;
+
+namespace desk {
+
+/// The window for a dialog to stand over: the active one, else any that the user sees; may be null. UI thread.
+QWidget* FindParentWindow();
+
+/// `text` escaped line by line: its own line breaks are the message's paragraphs.
+QString ToDisplayLines(std::u16string_view text);
+
+}  // namespace desk

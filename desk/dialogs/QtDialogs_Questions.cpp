@@ -1,0 +1,84 @@
+// Questions with buttons, texts and files.
+
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "desk/core/QtStrings.h"
+#include "desk/dialogs/DialogParts.h"
+#include "desk/dialogs/QtDialogs.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+
+namespace desk {
+
+namespace {
+
+QString ButtonText(const host::UTF16String& text) {
+    return ToDisplayText(text).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+host::UTF16String ToPath(const QString& file) {
+    return host::PathUtils::ToNormalizedPath(ToUTF16(file));
+}
+
+}  // namespace
+
+Answer QtDialogs::Ask(const Question& question) {
+    QMessageBox box(question.mIsWarning ? QMessageBox::Warning : QMessageBox::Question,
+                    ToDisplayText(question.mTitle), ToDisplayLines(question.mText), QMessageBox::NoButton,
+                    FindParentWindow());
+    box.setTextFormat(Qt::PlainText);
+    QList<QAbstractButton*> buttons;
+    for (std::size_t i = 0; i < question.mButtons.size(); ++i)
+        buttons << box.addButton(ButtonText(question.mButtons[i]),
+                                 i == question.mCancel ? QMessageBox::RejectRole : QMessageBox::AcceptRole);
+    box.setDefaultButton(qobject_cast<QPushButton*>(buttons.constFirst()));
+    box.setEscapeButton(buttons.at(static_cast<qsizetype>(question.mCancel)));
+    if (question.mOffersApplyToAll)
+        box.setCheckBox(
+            new QCheckBox(ToQString(host::ZString("$$$/Desk/Dialogs/ApplyToAll=Apply to all"))));
+    box.exec();
+    const qsizetype pressed = buttons.indexOf(box.clickedButton());
+    return {pressed < 0 ? question.mCancel : static_cast<std::size_t>(pressed),
+            box.checkBox() && box.checkBox()->isChecked()};
+}
+
+std::optional<host::UTF16String> QtDialogs::AskText(const host::UTF16String& title,
+                                                    const host::UTF16String& label,
+                                                    const host::UTF16String& value) {
+    bool isAccepted = false;
+    const QString text = QInputDialog::getText(FindParentWindow(), ToDisplayText(title), ToDisplayText(label),
+                                               QLineEdit::Normal, ToQString(value), &isAccepted);
+    if (!isAccepted) return {};
+    return ToUTF16(text);
+}
+
+host::UTF16StringVec QtDialogs::AskFiles(const host::UTF16String& title, const host::UTF16String& startFolder,
+                                         const host::UTF16String& typeLabel, const host::UTF16String& pattern) {
+    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), ToQString(startFolder));
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    // The label may hold the pattern in parentheses, as the filter's text does.
+    const QString label = ToQString(typeLabel).section(QLatin1String(" ("), 0, 0);
+    dialog.setNameFilter(label + QLatin1String(" (") + ToQString(pattern) + QLatin1Char(')'));
+    host::UTF16StringVec files;
+    if (dialog.exec() == QDialog::Accepted)
+        for (const QString& file : dialog.selectedFiles()) files.push_back(ToPath(file));
+    return files;
+}
+
+std::optional<host::UTF16String> QtDialogs::AskNewFile(const host::UTF16String& title,
+                                                       const host::UTF16String& path) {
+    QFileDialog dialog(FindParentWindow(), ToDisplayText(title),
+                       ToQString(host::PathUtils::GetFullDirectoryPart(path)));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.selectFile(ToQString(host::PathUtils::GetFullFilePart(path)));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+    return ToPath(dialog.selectedFiles().constFirst());
+}
+
+}  // namespace desk

@@ -1,0 +1,78 @@
+// Waiting for long work with the window alive.
+
+#include <QEventLoop>
+#include <QProgressDialog>
+#include <QTimer>
+#include <chrono>
+
+#include "desk/core/QtStrings.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/dialogs/DialogParts.h"
+#include "desk/dialogs/QtDialogs.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+
+namespace desk {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kInterval = 20ms;
+constexpr auto kBeforeDialog = 500ms;
+constexpr int kBarSteps = 1000;
+
+bool IsReady(const std::future<void>& done) {
+    return done.wait_for(0s) == std::future_status::ready;
+}
+
+/// Handles events, but no input, until the work is done or `patience` has passed.
+void WaitWithoutInput(const std::future<void>& done, std::chrono::milliseconds patience) {
+    QEventLoop loop;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (IsReady(done)) loop.quit();
+    });
+    poll.start(kInterval);
+    QTimer::singleShot(patience, &loop, &QEventLoop::quit);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
+void ShowProgress(QProgressDialog& dialog, const WorkProgress& progress) {
+    const WorkProgress::State state = progress.Get();
+    dialog.setLabelText(ToDisplayText(state.mItem));
+    const bool isKnown = state.mBytesTotal > 0;
+    dialog.setMaximum(isKnown ? kBarSteps : 0);
+    if (isKnown) dialog.setValue(int(double(state.mBytesDone) / double(state.mBytesTotal) * (kBarSteps - 1)));
+}
+
+}  // namespace
+
+void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, const std::future<void>& done) {
+    WaitWithoutInput(done, kBeforeDialog);
+    if (IsReady(done)) return;
+    QProgressDialog dialog({}, ToQString(host::ZString("$$$/Desk/Dialogs/Cancel=Cancel")), 0, 0,
+                           FindParentWindow());
+    dialog.setWindowTitle(ToDisplayText(title));
+    dialog.setWindowModality(Qt::ApplicationModal);
+    dialog.setAutoClose(false);
+    dialog.setAutoReset(false);
+    dialog.setMinimumWidth(420);
+    QEventLoop loop;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (IsReady(done)) loop.quit();
+        ShowProgress(dialog, progress);
+    });
+    // The work ends at its own next step; until then the dialog stays.
+    QObject::connect(&dialog, &QProgressDialog::canceled, &dialog, [&] {
+        progress.Cancel();
+        dialog.show();
+    });
+    poll.start(kInterval);
+    ShowProgress(dialog, progress);
+    dialog.show();
+    loop.exec();
+}
+
+}  // namespace desk
