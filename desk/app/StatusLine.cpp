@@ -43,6 +43,9 @@ QLabel* MakeLabel() {
 QString DescribeWatchStatus(const QString& name, const WatchStatus& status) {
     const host::UTF16String shownName = ToUTF16(name);
     const host::UTF16String interval = IntervalText(status.mPollInterval);
+    if (status.mSecondsWithoutAnswer > 0)
+        return Localized("$$$/Desk/Status/Silent=@0 — not answering for @1 s",
+                         {shownName, host::NumberToString(static_cast<long long>(status.mSecondsWithoutAnswer))});
     if (status.mSystemError != 0)
         return Localized("$$$/Desk/Status/NotAnswering=@0 — not answering: @1",
                          {shownName, host::UTF8to16(std::generic_category().message(status.mSystemError))});

@@ -26,7 +26,12 @@ bool IsErrorOfFolder(int systemError) {
 
 auto Compared(const WatchStatus& status) {
     return std::tie(status.mWatchedFolders, status.mPolledFolders, status.mLimitReached, status.mSystemError,
-                    status.mPollInterval);
+                    status.mPollInterval, status.mSecondsWithoutAnswer);
+}
+
+/// Few of the workers: each poll of a hung volume keeps one for good.
+std::size_t MostPollsAtATime() {
+    return std::max<std::size_t>(1, GetServices().mWorkerPool->CountThreads() / 6);
 }
 
 }  // namespace
@@ -34,12 +39,16 @@ auto Compared(const WatchStatus& status) {
 DirectoryMonitor::DirectoryMonitor(std::unique_ptr<ChangeSource> source, Client& client)
     : mClient(client),
       mWatcher(std::make_shared<FolderWatcher>(std::move(source), mCollector)),
-      mPoller([this](const host::UTF16String& folder) { mClient.PollFolder(folder); }) {
+      mAnswerWatch(
+          std::make_shared<AnswerWatch>([this](const host::UTF16String& folder) { return IsMonitored(folder); },
+                                        [this] { AnnounceStatus(); })),
+      mPoller([this](const host::UTF16String& folder) { mClient.PollFolder(folder); }, MostPollsAtATime()) {
     mCollector->SetReceiver([this](FolderChanges changes) { OnChanges(std::move(changes)); });
 }
 
 DirectoryMonitor::~DirectoryMonitor() {
     mWatcher->Stop();
+    mAnswerWatch->Stop();
     mCollector->SetReceiver({});
 }
 
@@ -54,13 +63,18 @@ void DirectoryMonitor::MonitorDirectory(const host::UTF16String& path, bool recu
 
 /// Also a root that nobody has listed announces its changes.
 void DirectoryMonitor::WatchRoot(const host::UTF16String& root) {
-    GetServices().mWorkerPool->Submit([this, root, watcher = mWatcher, token = std::weak_ptr(mToken)] {
-        const std::string path = host::UTF16to8(root);
-        watcher->Follow(path);
-        GetServices().mMainThread->Post([this, root, path, watcher, token] {
-            if (!token.expired() && !IsMonitored(root) && !mFollowed.contains(root)) watcher->Unfollow(path);
+    GetServices().mWorkerPool->Submit(
+        [this, root, watcher = mWatcher, answerWatch = mAnswerWatch, token = std::weak_ptr(mToken)] {
+            const std::string path = host::UTF16to8(root);
+            {
+                const AnswerWatch::Call call(answerWatch, std::make_shared<FolderPath>(root));
+                watcher->Follow(path);
+            }
+            GetServices().mMainThread->Post([this, root, path, watcher, token] {
+                if (!token.expired() && !IsMonitored(root) && !mFollowed.contains(root))
+                    watcher->Unfollow(path);
+            });
         });
-    });
 }
 
 void DirectoryMonitor::StopMonitoringDirectory(const host::UTF16String& path, bool recursive) {
@@ -120,6 +134,11 @@ void DirectoryMonitor::FinishPoll(const host::UTF16String& folder, std::chrono::
     AnnounceStatus();
 }
 
+bool DirectoryMonitor::IsPolled(const host::UTF16String& folder) const {
+    const auto found = mFollowed.find(folder);
+    return found != mFollowed.end() && found->second.mFollowing.mHow == Following::How::Polled;
+}
+
 bool DirectoryMonitor::IsLost(const host::UTF16String& folder) const {
     const auto found = mFollowed.find(folder);
     return found != mFollowed.end() && found->second.mIsLost;
@@ -163,6 +182,7 @@ WatchStatus DirectoryMonitor::GetStatus() const {
         if (IsRoot(folder) || !IsErrorOfFolder(followed.mSystemError))
             status.mSystemError = status.mSystemError != 0 ? status.mSystemError : followed.mSystemError;
     }
+    status.mSecondsWithoutAnswer = static_cast<int>(mAnswerWatch->GetSilence().count());
     status.mPollInterval = std::chrono::duration<double>(mPoller.GetInterval()).count();
     return status;
 }

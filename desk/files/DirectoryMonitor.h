@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/files/AnswerWatch.h"
 #include "desk/files/FolderPoller.h"
 #include "desk/files/FolderWatcher.h"
 #include "desk/files/WatchStatus.h"
@@ -41,10 +42,13 @@ public:
 
     /// What listings use to begin watching, on their workers.
     const std::shared_ptr<FolderWatcher>& GetWatcher() const { return mWatcher; }
+    /// Where workers mark their calls to the volume.
+    const std::shared_ptr<AnswerWatch>& GetAnswerWatch() const { return mAnswerWatch; }
     /// Takes what a listing has found: how the folder can be followed, and how the volume answered (errno).
     /// False when the folder is not followed.
     bool FinishListing(const host::UTF16String& folder, Following following, int systemError);
     void FinishPoll(const host::UTF16String& folder, std::chrono::milliseconds duration);
+    bool IsPolled(const host::UTF16String& folder) const;
     /// True when the folder's watch was lost and it has not been listed since.
     bool IsLost(const host::UTF16String& folder) const;
     void Forget(const host::UTF16String& folder);
@@ -73,6 +77,7 @@ private:
     Client& mClient;
     std::shared_ptr<ChangeCollector> mCollector = std::make_shared<ChangeCollector>();
     std::shared_ptr<FolderWatcher> mWatcher;
+    std::shared_ptr<AnswerWatch> mAnswerWatch;
     FolderPoller mPoller;
     std::vector<Root> mRoots;
     std::map<host::UTF16String, Followed, std::less<>> mFollowed;

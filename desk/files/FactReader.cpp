@@ -14,15 +14,14 @@ using Clock = std::chrono::steady_clock;
 /// Answers that come one after another are brought to the UI thread at this pace.
 constexpr std::chrono::milliseconds kPace{16};
 
-/// Listings find a free worker although every item of a volume that stands still is being asked for.
-std::size_t MostWorkers() {
-    return std::max<std::size_t>(1, GetServices().mWorkerPool->CountThreads() * 3 / 4);
-}
-
 }  // namespace
 
-FactReader::FactReader(std::shared_ptr<VolumeSpeed> speed, Receiver receiver)
-    : mSpeed(std::move(speed)), mReceiver(std::move(receiver)) {}
+FactReader::FactReader(std::shared_ptr<VolumeSpeed> speed, std::shared_ptr<ReadingLane> lane,
+                       std::shared_ptr<AnswerWatch> answerWatch, Receiver receiver)
+    : mSpeed(std::move(speed)),
+      mLane(std::move(lane)),
+      mAnswerWatch(std::move(answerWatch)),
+      mReceiver(std::move(receiver)) {}
 
 void FactReader::Ask(std::vector<Question> questions) {
     {
@@ -43,13 +42,14 @@ void FactReader::StartWorkers() {
     {
         const std::lock_guard lock(mMutex);
         const std::size_t wanted = (mWaiting.size() + mSpeed->ChunkSize() - 1) / mSpeed->ChunkSize();
-        count = std::min(wanted, MostWorkers() - std::min(mWorkers, MostWorkers()));
+        const std::size_t most = ReadingLane::CountWorkers();
+        count = std::min(wanted, most - std::min(mWorkers, most));
         mWorkers += count;
     }
-    for (; count > 0; --count) GetServices().mWorkerPool->Submit([self = shared_from_this()] { self->Work(); });
+    for (; count > 0; --count) mLane->Submit([self = shared_from_this()] { self->Work(); });
 }
 
-/// Answers one chunk and stands in line again, behind listings that have been asked for meanwhile.
+/// Answers one chunk and stands in line again.
 void FactReader::Work() {
     std::vector<Question> questions = TakeChunk();
     if (questions.empty()) return;
@@ -57,13 +57,14 @@ void FactReader::Work() {
     answers.reserve(questions.size());
     const auto begin = Clock::now();
     for (Question& question : questions) {
+        const AnswerWatch::Call call(mAnswerWatch, question.mFolder);
         Answer& answer = answers.emplace_back();
         answer.mUpdate = ReadItem(*question.mFolder, question.mName, question.mHasLockFile);
         answer.mFolder = std::move(question.mFolder);
     }
     mSpeed->Note(Clock::now() - begin, answers.size());
     Finish(std::move(answers));
-    GetServices().mWorkerPool->SubmitLast([self = shared_from_this()] { self->Work(); });
+    mLane->Submit([self = shared_from_this()] { self->Work(); });
 }
 
 std::vector<FactReader::Question> FactReader::TakeChunk() {

@@ -6,8 +6,10 @@
 #include <mutex>
 #include <vector>
 
+#include "desk/files/AnswerWatch.h"
 #include "desk/files/ItemReading.h"
 #include "desk/files/ParallelWork.h"
+#include "desk/files/ReadingLane.h"
 
 namespace desk {
 
@@ -26,7 +28,8 @@ public:
     };
     using Receiver = std::function<void(std::vector<Answer>)>;
 
-    FactReader(std::shared_ptr<VolumeSpeed> speed, Receiver receiver);
+    FactReader(std::shared_ptr<VolumeSpeed> speed, std::shared_ptr<ReadingLane> lane,
+               std::shared_ptr<AnswerWatch> answerWatch, Receiver receiver);
     /// After it the receiver is not called any more.
     void Stop() { mReceiver = nullptr; }
 
@@ -42,6 +45,8 @@ private:
     void Flush();
 
     const std::shared_ptr<VolumeSpeed> mSpeed;
+    const std::shared_ptr<ReadingLane> mLane;
+    const std::shared_ptr<AnswerWatch> mAnswerWatch;
     Receiver mReceiver;
     std::mutex mMutex;
     /// The newest at the back.

@@ -36,7 +36,9 @@ FolderListing::FolderListing(Request request, Completion completion)
 
 void FolderListing::List() {
     try {
+        AnswerWatch::Call call(mRequest.mAnswerWatch, mRequest.mFolder);
         mResult.mFollowing = mRequest.mWatcher->Follow(mRequest.mFolder->mBytes);
+        call.Next();
         const std::vector<FolderEntry> entries =
             GetServices().mFileSystem->ListFolder(mRequest.mFolder->mBytes);
         mFound.reserve(entries.size());
@@ -49,15 +51,8 @@ void FolderListing::List() {
         return Fail(exception.SystemError(), exception.what());
     }
     MarkLocked();
-    ChooseWhatToRead();
-    RunInChunks(
-        *GetServices().mWorkerPool, mToRead.size(), mRequest.mSpeed->ChunkSize(),
-        [self = shared_from_this()](std::size_t begin, std::size_t end) {
-            const auto start = Clock::now();
-            for (std::size_t i = begin; i < end; ++i) self->Read(self->mFound[self->mToRead[i]]);
-            self->mRequest.mSpeed->Note(Clock::now() - start, end - begin);
-        },
-        [self = shared_from_this()] { self->Complete(); });
+    ChooseUnknown();
+    ReadChosen(&FolderListing::CompleteNames);
 }
 
 /// When a folder is first listed, what dead processes of this machine have left there goes.
@@ -94,17 +89,41 @@ void FolderListing::MarkLocked() {
         found.mFacts.mHasLockFile = found.mIsProject && std::ranges::binary_search(mLocked, found.mName);
 }
 
-/// The kinds of what is no project; and again the facts that are known, and those of few new items.
-void FolderListing::ChooseWhatToRead() {
+/// The kinds of what is no project, and the facts of few new items.
+void FolderListing::ChooseUnknown() {
     std::size_t newProjects = 0;
     for (const Found& found : mFound) newProjects += found.mIsProject && !found.mKnown;
+    const bool areNewRead = mRequest.mKnown && newProjects <= kMostNewToRead;
     for (std::size_t i = 0; i < mFound.size(); ++i) {
         const Found& found = mFound[i];
-        const bool isRead = !found.mIsProject ? found.mFacts.mKind == ItemKind::Unknown
-                            : found.mKnown    ? found.mKnown->mFacts.mStatus.has_value()
-                                              : mRequest.mKnown && newProjects <= kMostNewToRead;
+        const bool isRead =
+            found.mIsProject ? areNewRead && !found.mKnown : found.mFacts.mKind == ItemKind::Unknown;
         if (isRead) mToRead.push_back(i);
     }
+}
+
+/// Again the facts that are known.
+void FolderListing::ChooseKnown() {
+    mToRead.clear();
+    for (std::size_t i = 0; i < mFound.size(); ++i) {
+        const FolderItems::Item* known = mFound[i].mKnown;
+        if (mFound[i].mIsProject && known && known->mFacts.mStatus) mToRead.push_back(i);
+    }
+}
+
+void FolderListing::ReadChosen(void (FolderListing::*then)()) {
+    RunInChunks(
+        [lane = mRequest.mLane, isPoll = mRequest.mIsPoll](ReadingLane::Task task) {
+            isPoll ? lane->SubmitLast(std::move(task)) : lane->Submit(std::move(task));
+        },
+        mToRead.size(), mRequest.mSpeed->ChunkSize(),
+        [self = shared_from_this()](std::size_t begin, std::size_t end) {
+            const auto start = Clock::now();
+            AnswerWatch::Call call(self->mRequest.mAnswerWatch, self->mRequest.mFolder);
+            for (std::size_t i = begin; i < end; ++i, call.Next()) self->Read(self->mFound[self->mToRead[i]]);
+            self->mRequest.mSpeed->Note(Clock::now() - start, end - begin);
+        },
+        [self = shared_from_this(), then] { ((*self).*then)(); });
 }
 
 void FolderListing::Read(Found& found) {
@@ -145,28 +164,61 @@ void FolderListing::ReadLock(Found& found) {
     }
 }
 
-void FolderListing::Complete() {
-    try {
+void FolderListing::CompleteNames() {
+    Try([this] {
         std::erase_if(mFound, [](const Found& found) { return !found.mIsKept; });
-        if (IsVolumeGone())
-            return Fail(ENODEV, host::FileException("list folder", mRequest.mFolder->mText, ENODEV).what());
+        if (IsVolumeGone()) throw host::FileException("list folder", mRequest.mFolder->mText, ENODEV);
         if (!mRequest.mKnown || mRequest.mIsContentWanted) BuildContents();
+        ChooseKnown();
+        if (mToRead.empty()) return Complete();
+        PostFirst();
+        ReadChosen(&FolderListing::Complete);
+    });
+}
+
+void FolderListing::Complete() {
+    Try([this] {
+        std::erase_if(mFound, [](const Found& found) { return !found.mIsKept; });
         if (mRequest.mKnown)
-            Compare();
+            mResult.mUpdates = Compare();
         else
             BuildItems();
+        DropStamps();
+        Post(std::move(mCompletion), std::move(mResult), mBegin);
+    });
+}
+
+void FolderListing::Try(const std::function<void()>& step) {
+    try {
+        step();
     } catch (const host::FileException& exception) {
-        return Fail(exception.SystemError(), exception.what());
+        Fail(exception.SystemError(), exception.what());
     } catch (const std::exception& exception) {
-        return Fail(EIO, exception.what());
+        Fail(EIO, exception.what());
     }
-    Post();
+}
+
+/// What the names tell does not wait for the facts.
+void FolderListing::PostFirst() {
+    Result first;
+    first.mKnown = mResult.mKnown;
+    first.mFollowing = mResult.mFollowing;
+    first.mIsFirst = true;
+    first.mContents = std::exchange(mResult.mContents, {});
+    first.mUpdates = Compare();
+    if (!first.mContents.empty() || !first.mUpdates.empty()) Post(mCompletion, std::move(first), mBegin);
+}
+
+void FolderListing::DropStamps() {
+    std::erase_if(mRequest.mMemory->mLockStamps,
+                  [&](const auto& stamp) { return !std::ranges::binary_search(mLocked, stamp.first); });
 }
 
 /// An empty root that was not empty may be the folder on which its volume was mounted.
 bool FolderListing::IsVolumeGone() {
     if (!mRequest.mIsRoot) return false;
     std::optional<long>& type = mRequest.mMemory->mVolumeType;
+    const AnswerWatch::Call call(mRequest.mAnswerWatch, mRequest.mFolder);
     const long now = GetServices().mFileSystem->VolumeType(mRequest.mFolder->mBytes);
     const bool hasEmptied = mFound.empty() && mRequest.mKnown && mRequest.mKnown->Count() > 0;
     if (hasEmptied && (mRequest.mIsLost || (type && *type != now))) return true;
@@ -199,27 +251,30 @@ void FolderListing::BuildContents() {
     } while (begin < order.size());
 }
 
-void FolderListing::Compare() {
+/// What differs from what was known.
+std::vector<ItemUpdate> FolderListing::Compare() const {
     const FolderItems& known = *mRequest.mKnown;
+    std::vector<ItemUpdate> updates;
     std::vector<bool> isStillThere(known.Count());
-    for (Found& found : mFound) {
+    for (const Found& found : mFound) {
         if (found.mKnown) {
             isStillThere[static_cast<std::size_t>(found.mKnown - known.Get().data())] = true;
             ItemFacts facts = found.mKnown->mFacts;
             if (!MergeFacts(facts, found.mFacts, true)) continue;
         }
-        ItemUpdate& update = mResult.mUpdates.emplace_back();
+        ItemUpdate& update = updates.emplace_back();
         update.mProperties = MakeProperties(*mRequest.mFolder, found.mName);
-        update.mName = std::move(found.mName);
-        update.mFacts = std::move(found.mFacts);
+        update.mName = found.mName;
+        update.mFacts = found.mFacts;
         update.mIsLockKnown = true;
     }
     for (std::size_t i = 0; i < isStillThere.size(); ++i) {
         if (isStillThere[i]) continue;
-        ItemUpdate& update = mResult.mUpdates.emplace_back();
+        ItemUpdate& update = updates.emplace_back();
         update.mName = known.NameOf(known.Get()[i]);
         update.mIsGone = true;
     }
+    return updates;
 }
 
 void FolderListing::Fail(int systemError, std::string text) {
@@ -227,15 +282,15 @@ void FolderListing::Fail(int systemError, std::string text) {
     mResult.mErrorText = std::move(text);
     mResult.mContents.clear();
     mResult.mUpdates.clear();
-    Post();
+    Post(std::move(mCompletion), std::move(mResult), mBegin);
 }
 
 /// Only the result goes to the UI thread; all else is destroyed here.
-void FolderListing::Post() {
-    mResult.mDuration = std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - mBegin);
+void FolderListing::Post(Completion completion, Result&& result, Clock::time_point begin) {
+    result.mDuration = std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - begin);
     GetServices().mMainThread->Post(
-        [completion = std::move(mCompletion), result = std::make_shared<Result>(std::move(mResult))] {
-            completion(std::move(*result));
+        [completion = std::move(completion), posted = std::make_shared<Result>(std::move(result))] {
+            completion(std::move(*posted));
         });
 }
 

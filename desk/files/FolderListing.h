@@ -10,10 +10,12 @@
 #include <utility>
 #include <vector>
 
+#include "desk/files/AnswerWatch.h"
 #include "desk/files/FolderItems.h"
 #include "desk/files/FolderWatcher.h"
 #include "desk/files/ItemReading.h"
 #include "desk/files/ParallelWork.h"
+#include "desk/files/ReadingLane.h"
 
 namespace desk {
 
@@ -26,7 +28,8 @@ struct ListingMemory {
 };
 
 /// Lists a folder on workers: follows it first, then lists it, then compares with what was known or, the
-/// first time, builds the folder's items and content, sorted by name.
+/// first time, builds the folder's items and content, sorted by name. The facts that are known are read again
+/// last of all, and take long on a slow volume: if names or locks have changed, they come in a result before.
 class FolderListing : public std::enable_shared_from_this<FolderListing> {
 public:
     /// Longer contents are delivered in parts: a small one first, so that something shows soon.
@@ -45,12 +48,18 @@ public:
         /// Its watch was lost: an empty folder may be what a volume was mounted on.
         bool mIsLost = false;
         std::shared_ptr<FolderWatcher> mWatcher;
+        std::shared_ptr<AnswerWatch> mAnswerWatch;
         std::shared_ptr<VolumeSpeed> mSpeed;
+        std::shared_ptr<ReadingLane> mLane;
+        /// Others read before it.
+        bool mIsPoll = false;
         std::shared_ptr<ListingMemory> mMemory;
     };
     struct Result {
         std::shared_ptr<const FolderItems> mKnown;
         Following mFollowing;
+        /// The names, and where locks are; the result with all facts follows.
+        bool mIsFirst = false;
         /// 0, or why the folder could not be listed.
         int mSystemError = 0;
         std::string mErrorText;
@@ -64,7 +73,7 @@ public:
     };
     using Completion = std::function<void(Result)>;
 
-    /// Lists the folder; `completion` is called on the UI thread. On a worker.
+    /// Lists the folder; `completion` is called on the UI thread, once or twice. On a worker.
     static void Run(Request request, Completion completion);
 
     FolderListing(Request request, Completion completion);
@@ -82,16 +91,22 @@ private:
     void SweepIfNeeded(const std::vector<FolderEntry>& entries);
     void TakeEntry(const FolderEntry& entry);
     void MarkLocked();
-    void ChooseWhatToRead();
+    void ChooseUnknown();
+    void ChooseKnown();
+    void ReadChosen(void (FolderListing::*then)());
     void Read(Found& found);
     void ReadLock(Found& found);
+    void CompleteNames();
     void Complete();
+    void Try(const std::function<void()>& step);
+    void PostFirst();
+    void DropStamps();
     bool IsVolumeGone();
     void BuildItems();
     void BuildContents();
-    void Compare();
+    std::vector<ItemUpdate> Compare() const;
     void Fail(int systemError, std::string text);
-    void Post();
+    static void Post(Completion completion, Result&& result, std::chrono::steady_clock::time_point begin);
 
     const Request mRequest;
     Completion mCompletion;

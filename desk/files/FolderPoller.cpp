@@ -8,7 +8,6 @@
 namespace desk {
 namespace {
 
-constexpr std::size_t kMostAtATime = 8;
 /// A folder is polled at most for this part of the time.
 constexpr int kShareOfTime = 3;
 
@@ -56,7 +55,7 @@ void FolderPoller::Tick() {
 }
 
 void FolderPoller::StartWaiting() {
-    while (mUnderWay < kMostAtATime && !mWaiting.empty()) {
+    while (mUnderWay < mMostAtATime && !mWaiting.empty()) {
         const host::UTF16String folder = std::move(mWaiting.front());
         mWaiting.pop_front();
         const auto found = mFolders.find(folder);

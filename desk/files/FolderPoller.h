@@ -17,8 +17,10 @@ public:
     using Milliseconds = std::chrono::milliseconds;
     static constexpr Milliseconds kInterval{2000};
 
-    /// `poll` begins the poll of a folder; `Finished` is called when it has come to an end.
-    explicit FolderPoller(std::function<void(const host::UTF16String& folder)> poll) : mPoll(std::move(poll)) {}
+    /// `poll` begins the poll of a folder; `Finished` is called when it has come to an end. No more than
+    /// `mostAtATime` are under way: what a hung volume does not answer holds up as many workers, and no more.
+    FolderPoller(std::function<void(const host::UTF16String& folder)> poll, std::size_t mostAtATime)
+        : mPoll(std::move(poll)), mMostAtATime(mostAtATime) {}
     ~FolderPoller();
 
     void Add(const host::UTF16String& folder);
@@ -37,7 +39,8 @@ private:
     void Tick();
     void StartWaiting();
 
-    std::function<void(const host::UTF16String&)> mPoll;
+    const std::function<void(const host::UTF16String&)> mPoll;
+    const std::size_t mMostAtATime;
     std::map<host::UTF16String, Poll> mFolders;
     std::deque<host::UTF16String> mWaiting;
     std::size_t mUnderWay = 0;

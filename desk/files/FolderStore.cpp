@@ -14,9 +14,10 @@ std::unique_ptr<FolderStore> CreateFolderStore(std::unique_ptr<ChangeSource> sou
 }
 
 FolderStoreImpl::FolderStoreImpl(std::unique_ptr<ChangeSource> source)
-    : mFactReader(std::make_shared<FactReader>(
-          mSpeed, [this](std::vector<FactReader::Answer> answers) { TakeFacts(std::move(answers)); })),
-      mMonitor(std::move(source), *this) {}
+    : mMonitor(std::move(source), *this),
+      mFactReader(std::make_shared<FactReader>(
+          mSpeed, mLane, mMonitor.GetAnswerWatch(),
+          [this](std::vector<FactReader::Answer> answers) { TakeFacts(std::move(answers)); })) {}
 
 FolderStoreImpl::~FolderStoreImpl() {
     mFactReader->Stop();

@@ -56,6 +56,8 @@ private:
         unsigned mGeneration = 0;
         bool mIsFollowed = false;
         Job mJob = Job::None;
+        /// The generation that the listing under way has seen, or made with its first result.
+        unsigned mListedGeneration = 0;
         bool mAreChangesWanted = false;
         int mSystemError = 0;
         bool mHasLoggedFacts = false;
@@ -98,9 +100,11 @@ private:
     void StartListing(const FolderPtr& folder, Job job);
     void StartChanges(const FolderPtr& folder);
     void StartNames(const FolderPtr& folder, FolderChange&& change);
-    void FinishListing(const FolderPtr& folder, unsigned generation, FolderListing::Result&& result);
+    void TakeFirst(const FolderPtr& folder, FolderListing::Result&& result);
+    void FinishListing(const FolderPtr& folder, FolderListing::Result&& result);
     void FinishNames(const FolderPtr& folder, std::vector<ItemUpdate>&& updates);
     void FailListing(const FolderPtr& folder, const FolderListing::Result& result);
+    bool TakeFound(const FolderPtr& folder);
     void TakePoll(const FolderPtr& folder, FolderListing::Result&& result);
     void TakeListing(const FolderPtr& folder, FolderListing::Result&& result);
     void TakeFacts(std::vector<FactReader::Answer>&& answers);
@@ -119,10 +123,11 @@ private:
     /// The folder that was looked up last.
     mutable Folder* mLast = nullptr;
     std::shared_ptr<VolumeSpeed> mSpeed = std::make_shared<VolumeSpeed>();
+    std::shared_ptr<ReadingLane> mLane = std::make_shared<ReadingLane>();
+    DirectoryMonitor mMonitor;
     std::shared_ptr<FactReader> mFactReader;
     /// Asked for in this turn of the event loop.
     std::vector<FactReader::Question> mQuestions;
-    DirectoryMonitor mMonitor;
     std::shared_ptr<int> mToken = std::make_shared<int>();
 };
 

@@ -43,15 +43,19 @@ void FolderStoreImpl::PollFolder(const host::UTF16String& path) {
 }
 
 void FolderStoreImpl::StartNext(const FolderPtr& folder) {
-    if (folder->mJob != Job::None || !IsCurrent(folder)) return;
+    if (!IsCurrent(folder)) return;
+    if (folder->mJob == Job::Poll && folder->mAreChangesWanted && TakeFound(folder)) {
+        folder->mListedGeneration = folder->mGeneration;
+        folder->mAreChangesWanted = folder->mPending.mIsWhole || !folder->mPending.mNames.empty();
+    }
+    if (folder->mJob != Job::None) return;
     if (std::ranges::any_of(folder->mSubscribers, &Subscriber::mIsWaiting))
         return StartListing(folder, Job::Listing);
     if (std::exchange(folder->mAreChangesWanted, false)) StartChanges(folder);
 }
 
 void FolderStoreImpl::StartChanges(const FolderPtr& folder) {
-    const bool hasFound = folder->mFound != nullptr;
-    if (hasFound) TakeListing(folder, std::move(*std::exchange(folder->mFound, nullptr)));
+    const bool hasFound = TakeFound(folder);
     FolderChange change = std::exchange(folder->mPending, {});
     if (!change.mIsWhole && change.mNames.empty() && hasFound) return;
     if (!folder->mItems || change.mIsWhole || change.mNames.empty()) return StartListing(folder, Job::Listing);
@@ -60,13 +64,17 @@ void FolderStoreImpl::StartChanges(const FolderPtr& folder) {
 
 void FolderStoreImpl::StartListing(const FolderPtr& folder, Job job) {
     folder->mJob = job;
+    folder->mListedGeneration = folder->mGeneration;
     FolderListing::Request request;
     request.mFolder = folder->mPath;
     request.mKnown = folder->mItems;
     request.mIsRoot = mMonitor.IsRoot(folder->mPath->mText);
     request.mIsLost = mMonitor.IsLost(folder->mPath->mText);
     request.mWatcher = mMonitor.GetWatcher();
+    request.mAnswerWatch = mMonitor.GetAnswerWatch();
     request.mSpeed = mSpeed;
+    request.mLane = mLane;
+    request.mIsPoll = job == Job::Poll;
     request.mMemory = folder->mMemory;
     for (Subscriber& subscriber : folder->mSubscribers) {
         request.mIsContentWanted |= !subscriber.mHasContent;
@@ -74,17 +82,23 @@ void FolderStoreImpl::StartListing(const FolderPtr& folder, Job job) {
     }
     folder->mIsShared = folder->mItems != nullptr;
     if (job == Job::Listing) folder->mPending = {};
-    const auto done = [this, folder, generation = folder->mGeneration,
-                       token = std::weak_ptr(mToken)](FolderListing::Result result) {
-        if (!token.expired()) FinishListing(folder, generation, std::move(result));
+    const auto done = [this, folder, token = std::weak_ptr(mToken)](FolderListing::Result result) {
+        if (token.expired()) return;
+        result.mIsFirst ? TakeFirst(folder, std::move(result)) : FinishListing(folder, std::move(result));
     };
     auto task = [request, done] { FolderListing::Run(request, done); };
     WorkerPool& pool = *GetServices().mWorkerPool;
     job == Job::Poll ? pool.SubmitLast(std::move(task)) : pool.Submit(std::move(task));
 }
 
-void FolderStoreImpl::FinishListing(const FolderPtr& folder, unsigned generation,
-                                    FolderListing::Result&& result) {
+/// What has been found out while the rest of a listing goes on.
+void FolderStoreImpl::TakeFirst(const FolderPtr& folder, FolderListing::Result&& result) {
+    if (!IsCurrent(folder) || folder->mListedGeneration != folder->mGeneration) return;
+    folder->mJob == Job::Poll ? TakePoll(folder, std::move(result)) : TakeListing(folder, std::move(result));
+    folder->mListedGeneration = folder->mGeneration;
+}
+
+void FolderStoreImpl::FinishListing(const FolderPtr& folder, FolderListing::Result&& result) {
     const Job job = std::exchange(folder->mJob, Job::None);
     const host::UTF16String& path = folder->mPath->mText;
     if (result.mKnown == folder->mItems) folder->mIsShared = false;
@@ -96,7 +110,7 @@ void FolderStoreImpl::FinishListing(const FolderPtr& folder, unsigned generation
     if (job == Job::Poll) mMonitor.FinishPoll(path, result.mDuration);
     if (result.mSystemError != 0)
         FailListing(folder, result);
-    else if (generation == folder->mGeneration)
+    else if (folder->mListedGeneration == folder->mGeneration)
         job == Job::Poll ? TakePoll(folder, std::move(result)) : TakeListing(folder, std::move(result));
     else if (job == Job::Listing)
         return StartListing(folder, job);
@@ -117,6 +131,13 @@ void FolderStoreImpl::FailListing(const FolderPtr& folder, const FolderListing::
         Deliver(folder, subscriber, std::move(delivery));
     }
     DeliverNext(folder);
+}
+
+/// False when no poll has found anything.
+bool FolderStoreImpl::TakeFound(const FolderPtr& folder) {
+    if (!folder->mFound) return false;
+    TakeListing(folder, std::move(*std::exchange(folder->mFound, nullptr)));
+    return true;
 }
 
 /// What a poll has found waits until the views want it: they may be holding changes back.
@@ -151,8 +172,9 @@ void FolderStoreImpl::TakeListing(const FolderPtr& folder, FolderListing::Result
 void FolderStoreImpl::StartNames(const FolderPtr& folder, FolderChange&& change) {
     folder->mJob = Job::Names;
     auto task = [this, path = folder->mPath, folder, names = std::move(change.mNames),
-                 token = std::weak_ptr(mToken)] {
-        auto updates = std::make_shared<std::vector<ItemUpdate>>(ReadChanged(*path, names));
+                 answerWatch = mMonitor.GetAnswerWatch(), token = std::weak_ptr(mToken)] {
+        AnswerWatch::Call call(answerWatch, path);
+        auto updates = std::make_shared<std::vector<ItemUpdate>>(ReadChanged(*path, names, call));
         GetServices().mMainThread->Post([this, folder, updates, token] {
             if (!token.expired()) FinishNames(folder, std::move(*updates));
         });

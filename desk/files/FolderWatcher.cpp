@@ -63,17 +63,33 @@ Following FolderWatcher::Follow(const std::string& folder) {
         Unfollow(folder);
         return {Following::How::Polled, false};
     }
-    // Events of the new watch wait at the lock until its path is known.
-    const std::lock_guard lock(mMutex);
+    {
+        const std::lock_guard lock(mMutex);
+        ++mBeginning;
+    }
+    // May wait for the volume: nobody may wait for this meanwhile.
     const int watch = mSource->Add(folder);
-    if (watch < 0) return {Following::How::Polled, watch == -ENOSPC || watch == -EMFILE || watch == -ENOMEM};
+    FolderChanges early;
+    {
+        const std::lock_guard lock(mMutex);
+        if (watch >= 0) TakeWatch(folder, watch, early);
+        if (--mBeginning == 0) mEarly.clear();
+    }
+    mCollector->Add(std::move(early));
+    if (watch >= 0) return {Following::How::Watched, false};
+    return {Following::How::Polled, watch == -ENOSPC || watch == -EMFILE || watch == -ENOMEM};
+}
+
+/// Also takes what the watch told before its path was known.
+void FolderWatcher::TakeWatch(const std::string& folder, int watch, FolderChanges& changes) {
     const auto known = mWatches.find(folder);
-    if (known != mWatches.end() && known->second == watch) return {Following::How::Watched, false};
+    if (known != mWatches.end() && known->second == watch) return;
     FolderChanges ignored;
     if (known != mWatches.end()) LosePath(known, ignored);
     mWatches.emplace(folder, watch);
     mPaths[watch].push_back(folder);
-    return {Following::How::Watched, false};
+    for (const ChangeSource::Event& event : mEarly)
+        if (event.mWatch == watch) ReceiveEvent(event, changes);
 }
 
 void FolderWatcher::Unfollow(const std::string& folder) {
@@ -88,7 +104,10 @@ void FolderWatcher::Receive(const std::vector<ChangeSource::Event>& events) {
     FolderChanges changes;
     {
         const std::lock_guard lock(mMutex);
-        for (const ChangeSource::Event& event : events) ReceiveEvent(event, changes);
+        for (const ChangeSource::Event& event : events) {
+            if (mBeginning > 0 && !mPaths.contains(event.mWatch)) mEarly.push_back(event);
+            ReceiveEvent(event, changes);
+        }
     }
     mCollector->Add(std::move(changes));
 }

@@ -46,6 +46,7 @@ private:
     };
 
     bool MustPoll(const std::string& folder);
+    void TakeWatch(const std::string& folder, int watch, FolderChanges& changes);
     void Receive(const std::vector<ChangeSource::Event>& events);
     void ReceiveEvent(const ChangeSource::Event& event, FolderChanges& changes);
     void Lose(int watch, FolderChanges& changes);
@@ -58,6 +59,9 @@ private:
     std::map<std::string, int> mWatches;
     /// One folder may be followed by several paths (links).
     std::unordered_map<int, std::vector<std::string>> mPaths;
+    /// Watches that are being added, and what unknown watches tell meanwhile.
+    int mBeginning = 0;
+    std::vector<ChangeSource::Event> mEarly;
     std::unique_ptr<ChangeSource> mSource;
 };
 

@@ -84,7 +84,8 @@ ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, boo
     return update;
 }
 
-std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<host::UTF16String>& names) {
+std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<host::UTF16String>& names,
+                                    AnswerWatch::Call& call) {
     std::set<host::UTF16String> items;
     for (const host::UTF16String& name : names) {
         if (host::UTF16String project = GetProjectNameOfLockFile(name); !project.empty())
@@ -93,7 +94,10 @@ std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<hos
             items.insert(name);
     }
     std::vector<ItemUpdate> updates;
-    for (const host::UTF16String& name : items) updates.push_back(ReadItem(folder, name, true));
+    for (const host::UTF16String& name : items) {
+        updates.push_back(ReadItem(folder, name, true));
+        call.Next();
+    }
     return updates;
 }
 

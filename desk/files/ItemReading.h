@@ -4,6 +4,7 @@
 #include <set>
 #include <vector>
 
+#include "desk/files/AnswerWatch.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/FolderStore.h"
 #include "host/core/PropertyMap.h"
@@ -35,8 +36,9 @@ std::string LockPath(const FolderPath& folder, const host::UTF16String& projectN
 ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, bool lookForLock);
 
 /// Reads the items that belong to changed entries of a folder: an item itself, or the project whose lock file
-/// an entry is. May wait for the volume; any thread.
-std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<host::UTF16String>& names);
+/// an entry is. `call` is told of each answer. May wait for the volume; any thread.
+std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<host::UTF16String>& names,
+                                    AnswerWatch::Call& call);
 
 /// Brings `known` in line with what was read; false when nothing was new.
 bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown);

@@ -7,8 +7,6 @@
 #include <functional>
 #include <memory>
 
-#include "desk/core/WorkerPool.h"
-
 namespace desk {
 
 /// How fast the volume answers, from what was measured: how many questions one worker should ask in a row, so
@@ -32,10 +30,10 @@ private:
     std::atomic<long long> mNanoseconds{0};
 };
 
-/// Calls `body(begin, end)` for all of 0..count in chunks, on the workers, several at once; then `done`, on one
-/// of them. The caller is a worker and does not wait.
-inline void RunInChunks(WorkerPool& pool, std::size_t count, std::size_t chunk,
-                        std::function<void(std::size_t begin, std::size_t end)> body,
+/// Calls `body(begin, end)` for all of 0..count in chunks, several at once, as tasks that `submit` takes; then
+/// `done`, in one of them. The caller is a worker and does not wait.
+inline void RunInChunks(const std::function<void(std::function<void()>)>& submit, std::size_t count,
+                        std::size_t chunk, std::function<void(std::size_t begin, std::size_t end)> body,
                         std::function<void()> done) {
     if (count <= chunk) {
         body(0, count);
@@ -48,7 +46,7 @@ inline void RunInChunks(WorkerPool& pool, std::size_t count, std::size_t chunk,
     };
     auto work = std::make_shared<Work>(std::move(body), std::move(done), (count + chunk - 1) / chunk);
     for (std::size_t begin = 0; begin < count; begin += chunk)
-        pool.Submit([work, begin, end = std::min(begin + chunk, count)] {
+        submit([work, begin, end = std::min(begin + chunk, count)] {
             work->mBody(begin, end);
             if (--work->mLeft == 0) work->mDone();
         });

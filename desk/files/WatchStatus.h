@@ -15,6 +15,8 @@ struct WatchStatus {
     bool mLimitReached = false;
     /// The volume did not answer the last listing or poll (errno), 0 when it did.
     int mSystemError = 0;
+    /// A call to the volume has been waiting for so long; 0 while the volume answers, be it with an error.
+    int mSecondsWithoutAnswer = 0;
     /// Seconds between two polls.
     double mPollInterval = 2;
 };

@@ -2,6 +2,7 @@
 
 #include <sys/inotify.h>
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -14,15 +15,22 @@ public:
     void Start(Receiver receiver) override { mReceiver = std::move(receiver); }
     void Stop() override { mReceiver = nullptr; }
     int Add(const std::string& path) override {
-        const std::lock_guard lock(mMutex);
-        if (mError != 0) return -mError;
-        return mWatches.try_emplace(path, ++mLast).first->second;
+        int watch = 0;
+        {
+            const std::lock_guard lock(mMutex);
+            if (mError != 0) return -mError;
+            watch = mWatches.try_emplace(path, ++mLast).first->second;
+        }
+        if (mDuringAdd) mDuringAdd();
+        return watch;
     }
     void Remove(int watch) override {
         const std::lock_guard lock(mMutex);
         std::erase_if(mWatches, [watch](const auto& entry) { return entry.second == watch; });
     }
 
+    /// What happens before `Add` returns.
+    std::function<void()> mDuringAdd;
     /// Every new watch fails with this errno; 0 for none.
     void FailWatches(int error) {
         const std::lock_guard lock(mMutex);

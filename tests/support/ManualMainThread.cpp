@@ -49,7 +49,7 @@ void ManualMainThread::RunUntilIdle() {
 /// Waits for the workers to finish or to ask for the main thread; false when they had nothing to do.
 bool ManualMainThread::WaitForWorkers() {
     const desk::Services& services = desk::GetServices();
-    if (!services.mWorkerPool || !services.mWorkerPool->IsBusy()) return false;
+    if (mIsAlone || !services.mWorkerPool || !services.mWorkerPool->IsBusy()) return false;
     const auto end = std::chrono::steady_clock::now() + (mHaveWorkersHung ? milliseconds(0) : kLongestWork);
     while (!services.mWorkerPool->WaitUntilIdle(milliseconds(1)) && !HasQueued()) {
         mHaveWorkersHung = std::chrono::steady_clock::now() >= end;
@@ -76,6 +76,12 @@ void ManualMainThread::Advance(milliseconds time) {
         RunUntilIdle();
         if (Now() >= end || mHaveWorkersHung) return;
     }
+}
+
+void ManualMainThread::AdvanceAlone(milliseconds time) {
+    mIsAlone = true;
+    Advance(time);
+    mIsAlone = false;
 }
 
 bool ManualMainThread::RunUntil(const std::function<bool()>& isDone, milliseconds limit) {

@@ -23,6 +23,8 @@ public:
     /// Moves the clock, stopping at each delay and timer on the way, in their order, and runs all that comes
     /// of it.
     void Advance(std::chrono::milliseconds time);
+    /// The same while a worker stands still: does not wait for the workers.
+    void AdvanceAlone(std::chrono::milliseconds time);
     /// Runs whatever comes, also from other threads and the system, until `isDone`; false when that has not
     /// happened within `limit` of real time. The clock of this main thread stands still meanwhile.
     bool RunUntil(const std::function<bool()>& isDone,
@@ -58,6 +60,7 @@ private:
     Time mNow{std::chrono::hours(1000)};
     TimerID mLastTimer = 0;
     bool mHaveWorkersHung = false;
+    bool mIsAlone = false;
     const std::thread::id mThread = std::this_thread::get_id();
     desk::MainThread* mBefore;
 };

@@ -152,6 +152,7 @@ TEST(WatchStatusText, SaysHowTheProductionIsFollowed) {
               "North Shore — polled every 1.5 s: the system's limit of watched folders is reached");
     EXPECT_EQ(text({.mPolledFolders = 3, .mSystemError = ESTALE}),
               "North Shore — not answering: Stale file handle");
+    EXPECT_EQ(text({.mPolledFolders = 3, .mSecondsWithoutAnswer = 7}), "North Shore — not answering for 7 s");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <future>
 
 #include "desk/files/DirectoryMonitor.h"
 #include "desk/files/WatchStatus.h"
@@ -272,10 +273,83 @@ TEST_F(DirectoryMonitorTest, TakesAFailedPollForNoAnswer) {
     EXPECT_EQ(desk::GetWatchStatus().mSystemError, 0);
 }
 
+TEST_F(DirectoryMonitorTest, SaysForHowLongAVolumeHasNotAnswered) {
+    UseFakeSource();
+    mDisk.SetVolumeType(kNfs);
+    Monitor();
+    host::UTF16StringVec names;
+    for (int i = 0; i < 40; ++i) {
+        names.push_back(host::UTF8to16("Reel " + std::to_string(i) + ".zuproj"));
+        mFolder.Write(host::UTF16to8(names.back()));
+        mFolder.Write("Rushes " + std::to_string(i) + "/A.zuproj");
+    }
+    List();
+    for (int i = 0; i < 40; ++i) List("Rushes " + std::to_string(i));
+    mStore->RequestFacts(Path(""), names);
+    mMain.RunUntilIdle();
+    const auto silence = [] { return desk::GetWatchStatus().mSecondsWithoutAnswer; };
+    for (const Operation operation : {Operation::ListFolder, Operation::Status}) {
+        SCOPED_TRACE(operation == Operation::ListFolder ? "listings hang" : "reads of facts hang");
+        ExpectLogged log("did not answer for ");
+        mDisk.CloseGate(operation, mFolder.Path());
+        mMain.AdvanceAlone(2s);
+        ASSERT_TRUE(mDisk.WaitAtGate());
+        mMain.AdvanceAlone(3s);
+        EXPECT_EQ(silence(), 0);
+        mMain.AdvanceAlone(60s);
+        EXPECT_GE(silence(), 60);
+        EXPECT_EQ(desk::GetWatchStatus().mSystemError, 0);
+        EXPECT_EQ(Shown().size(), 80u);
+        std::promise<void> isWorkDone;
+        mWorkers.SubmitLast([&] { isWorkDone.set_value(); });
+        EXPECT_EQ(isWorkDone.get_future().wait_for(20s), std::future_status::ready) << "all workers hang";
+        EXPECT_EQ(log.Count(), 0);
+        mDisk.OpenGate();
+        mMain.RunUntilIdle();
+        EXPECT_EQ(silence(), 0);
+        EXPECT_EQ(log.Count(), 1);
+    }
+    mFolder.Write("New.zuproj");
+    mMain.Advance(10s);
+    EXPECT_TRUE(Shown().contains("New.zuproj")) << "polled as before";
+}
+
+TEST_F(DirectoryMonitorTest, ShowsNamesAndLocksThatAPollFindsBeforeItsFacts) {
+    UseFakeSource();
+    mDisk.SetVolumeType(kNfs);
+    for (const char* name : {"A.zuproj", "B.zuproj", "C.zuproj"}) mFolder.Write(name, "1");
+    Monitor();
+    List();
+    ReadFacts("A.zuproj");
+    mDisk.CloseGate(Operation::Status, mFolder.Path("A.zuproj"));
+    mFolder.Write("A.zuproj", "12345");
+    Lock("", "B.zuproj", u"Ada");
+    mFolder.Remove("C.zuproj");
+    mFolder.Write("D.zuproj", "123");
+    mMain.AdvanceAlone(2s);
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    mMain.AdvanceAlone(0s);
+    EXPECT_EQ(Shown(), (Names{"A.zuproj", "B.zuproj", "D.zuproj"}));
+    EXPECT_TRUE(Facts("B.zuproj")->mHasLockFile);
+    EXPECT_EQ(SizeOf("D.zuproj"), 3u) << "a new row comes complete";
+    EXPECT_EQ(SizeOf("A.zuproj"), 1u);
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(SizeOf("A.zuproj"), 5u);
+}
+
+TEST_F(DirectoryMonitorTest, HearsWhatAWatchTellsBeforeItIsKnown) {
+    UseFakeSource();
+    mSource->mDuringAdd = [&] { mSource->Tell(mFolder.Path(), IN_CREATE, "A.zuproj"); };
+    Monitor();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(mAnnouncements, 1);
+}
+
 TEST(FolderPollerTest, PollsFewFoldersAtATimeAndSlowOnesLessOften) {
     ManualMainThread main;
     std::vector<host::UTF16String> begun;
-    desk::FolderPoller poller([&](const host::UTF16String& folder) { begun.push_back(folder); });
+    desk::FolderPoller poller([&](const host::UTF16String& folder) { begun.push_back(folder); }, 8);
     const auto finishAll = [&](std::chrono::milliseconds duration) {
         for (std::size_t i = 0; i < begun.size(); ++i) poller.Finished(begun[i], duration);
         return std::exchange(begun, {}).size();
