@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+namespace desk {
+
+class FileSystem;
+
+/// What is known of an item that was moved to a production's trash. On disk one small JSON object (RFC 8259) in
+/// UTF-8 a file, `<nonce>.json` in the trash's records folder: "version" (1), "name" and "from" (bytes,
+/// percent-encoded as by RFC 3986), "user", "machine", "movedAt" (UTC, ISO 8601).
+struct TrashRecord {
+    /// The item's name in the trash, in bytes.
+    std::string mName;
+    /// Where it came from: its path relative to the production's folder, in bytes; for an item from outside the
+    /// production its absolute path.
+    std::string mFrom;
+    host::UTF16String mUser;
+    host::UTF16String mMachine;
+    /// Seconds since the epoch.
+    std::int64_t mMovedAt = 0;
+};
+
+/// The folder beside the items of a trash folder (bytes) that holds its records: ".records". Like every folder
+/// that begins with a dot it is never shown, searched or copied.
+ZUHOST_API std::string GetTrashRecordsFolder(const std::string& trashFolder);
+
+/// Makes the records folder of `trashFolder`, and the trash folder itself, where they are not there. Throws
+/// `host::FileException`, with ELOOP when one of them is a symbolic link. Waits for the volume; any thread.
+ZUHOST_API void MakeTrashRecordsFolder(FileSystem& fileSystem, const std::string& trashFolder);
+
+/// The format's one writer: adds a record, making the records folder when there is none. Throws
+/// `host::FileException`; then nothing of the record is there. Waits for the volume; any thread.
+ZUHOST_API void WriteTrashRecord(FileSystem& fileSystem, const std::string& trashFolder,
+                                 const TrashRecord& record);
+
+/// The format's one reader: the records of a trash folder, oldest first. What is no record is left out; empty
+/// when there is no records folder. Throws `host::FileException` when the folder cannot be read. Waits for the
+/// volume; any thread.
+ZUHOST_API std::vector<TrashRecord> ReadTrashRecords(FileSystem& fileSystem, const std::string& trashFolder);
+
+/// To be called before anything moves to `destination`: when that lies directly in the trash folder of the open
+/// production, throws `host::FileException` if the trash folder is a symbolic link (ELOOP) or no folder
+/// (ENOTDIR). May wait for the volume. UI thread.
+ZUHOST_API void CheckMoveToTrash(const host::UTF16String& destination);
+
+/// To be called when an item has been moved from `source` to `destination` (normalised): records it when it has
+/// gone to the trash of the open production. The record is written by a worker; when that fails, the log says
+/// so, once for each trash folder. UI thread.
+ZUHOST_API void RecordMoveToTrash(const host::UTF16String& source, const host::UTF16String& destination);
+
+}  // namespace desk

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+namespace desk {
+
+class FileSystem;
+
+/// A name in two parts: numbers and words are put between them.
+struct NameParts {
+    host::UTF16String mStem;
+    /// The project extension as the name spells it, with its dot; empty for all other names.
+    host::UTF16String mExtension;
+};
+
+/// Splits the last component of a path. Any thread.
+ZUHOST_API NameParts SplitName(std::u16string_view name);
+
+/// The parts with `suffix` between them. The stem loses whole characters from its end until the name's bytes
+/// can stand on disk, and for a project those of its lock file too (249; else 255). Any thread.
+ZUHOST_API host::UTF16String MakeName(const NameParts& parts, const host::UTF16String& suffix);
+
+/// True when something stands at `path`, a link too, as the volume itself answers. False when it does not
+/// answer. Waits for the volume; any thread.
+ZUHOST_API bool IsTaken(FileSystem& fileSystem, const host::UTF16String& path);
+
+/// `path` with `separator` and the first number from `startNumber` on for which `isTaken`, which is given the
+/// new path, says false. Any thread.
+ZUHOST_API host::UTF16String MakeUniquePath(const host::UTF16String& path, int startNumber,
+                                            const host::UTF16String& separator,
+                                            const std::function<bool(const host::UTF16String&)>& isTaken);
+
+}  // namespace desk
