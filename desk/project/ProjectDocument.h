@@ -1,0 +1,114 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "desk/project/OpenProjectList.h"
+#include "desk/project/ProjectFile.h"
+#include "host/core/Export.h"
+#include "host/core/Messaging.h"
+
+namespace desk {
+
+/// An open project: its path, its content, its lock, and what has become of them. What changes is announced on
+/// `kStation_ProjectDocuments`, and what a row shows also as `host::ReadOnlyStateChangedMessage`. `ProjectDocuments`
+/// makes it and runs everything that asks the user or waits for the volume. UI thread.
+///
+/// An editor shows `GetContent` and, if that is editable text, `GetEditorText`. While it exists it lends itself by
+/// `SetTextSource`, and tells by `SetDirty` whether its text differs from what it was given (Qt:
+/// `QTextDocument::modificationChanged`). It lets nobody type while `IsReadOnly`. On `Content` it takes the
+/// text anew; on `State` it looks at dirty, read-only and out of date anew (after a save the document is not
+/// dirty: the editor's text counts as unmodified from then on, its undo steps stay).
+class ZUHOST_API ProjectDocument final : public OpenProject {
+public:
+    /// A text of lines as `EditedText` takes it (`QTextDocument::toRawText`).
+    using TextSource = std::function<host::UTF16String()>;
+
+    /// `path`: normalised. `filePath`: where the file really is, in bytes.
+    ProjectDocument(host::UTF16String path, std::string filePath, ProjectContent content);
+    ~ProjectDocument() override;
+
+    host::UTF16String GetProjectPath() const override { return mPath; }
+    void SetProjectPath(const host::UTF16String& path) override;
+    bool IsDirty() const override { return mIsDirty; }
+    void SetProjectLockFile(const host::ProjectLockFileRef& lockFile) override;
+    bool IsReadOnly() const override;
+    bool IsOutOfDate() const override { return mIsOutOfDate; }
+
+    const ProjectContent& GetContent() const { return mContent; }
+    /// True when the content can be edited at all; whether it may be now says `IsReadOnly`.
+    bool IsEditable() const { return mContent.mKind == ProjectContent::Kind::EditableText; }
+    /// The text as it was last read or saved, for the editor; empty when it is not editable.
+    host::UTF16String GetEditorText() const;
+
+    /// The editor that shows the document; an empty function when it goes. Without one there are no edits.
+    void SetTextSource(TextSource source) { mTextSource = std::move(source); }
+    /// Told by the editor. Ignored for what is not editable.
+    void SetDirty(bool isDirty);
+
+    /// What is to be written: the content as it was read but for the edits.
+    std::string GetBytesToSave() const;
+    /// Where the file really is, in bytes: differs from the path when that is a symbolic link. A save writes there.
+    const std::string& GetFilePath() const { return mFilePath; }
+    /// True when `GetProjectPath` is a symbolic link to the file.
+    bool IsLink() const { return mIsLink; }
+
+    const host::ProjectLockFileRef& GetLock() const { return mLock; }
+    /// A project that is a link holds the lock of the file that it leads to as well.
+    const host::ProjectLockFileRef& GetTargetLock() const { return mTargetLock; }
+    /// Sets both locks; empty references make the project read-only.
+    void SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock);
+
+    /// The file has been read anew: the editor takes the text anew, and unsaved changes are gone.
+    void ReplaceContent(ProjectContent content);
+    /// `bytes` stand in the file now. Unsaved changes are gone if the editor still shows these bytes.
+    void NoteSaved(std::string bytes, const ItemStatus& status);
+    /// The file's times have changed, its bytes have not.
+    void NoteStatus(const ItemStatus& status);
+    void SetOutOfDate(bool isOutOfDate);
+
+private:
+    void Announce() const;
+
+    host::UTF16String mPath;
+    std::string mFilePath;
+    bool mIsLink;
+    ProjectContent mContent;
+    host::ProjectLockFileRef mLock;
+    host::ProjectLockFileRef mTargetLock;
+    TextSource mTextSource;
+    bool mIsDirty = false;
+    bool mIsOutOfDate = false;
+};
+
+using ProjectDocumentRef = host::RefPtr<ProjectDocument>;
+
+/// The open project as a document; empty for an empty reference or one that is none (tests have such).
+ZUHOST_API ProjectDocumentRef ToDocument(const host::ProjectRef& project);
+
+/// Announced on `kStation_ProjectDocuments`, at once, on the UI thread. That a document has been opened or closed
+/// is told by `host::ProjectOpenedMessage` and `host::ProjectClosedMessage`.
+class ZUHOST_API ProjectDocumentMessage : public host::MessageTemplate<ProjectDocumentMessage> {
+public:
+    enum class What {
+        /// Dirty, read-only, out of date, or the path: what the tab's title shows.
+        State,
+        /// The content has been replaced: the editor takes it anew (its kind too). The state may have changed with it.
+        Content,
+        /// The document is to be brought to the front.
+        Activated,
+    };
+    ProjectDocumentMessage(What what, ProjectDocumentRef document);
+    ~ProjectDocumentMessage() override;
+    What GetWhat() const { return mWhat; }
+    const ProjectDocumentRef& GetDocument() const { return mDocument; }
+
+private:
+    What mWhat;
+    ProjectDocumentRef mDocument;
+};
+
+inline const host::StationID kStation_ProjectDocuments{"desk.projectdocuments"};
+
+}  // namespace desk

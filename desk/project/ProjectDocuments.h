@@ -1,0 +1,97 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+
+#include "desk/project/ProjectDocument.h"
+#include "host/core/Export.h"
+#include "host/project/DocumentManager.h"
+
+namespace desk {
+
+class OutOfDateWatch;
+
+/// The host's document manager: every operation of `host::DocumentManager`, with its questions by the process's
+/// `Dialogs`. Files are read and written by workers while the window lives (`RunLongWork`). The process has one
+/// while it has a place for open projects: the program makes it before the window and destroys it after it.
+/// While an operation on a project asks or waits, another one on the same project is refused (false). UI thread.
+class ZUHOST_API ProjectDocuments final : public host::DocumentManager {
+public:
+    /// Becomes `host::DocumentManager::Instance()`.
+    ProjectDocuments();
+    /// Closes what is still open without a question, and gives the locks up.
+    ~ProjectDocuments() override;
+
+    /// Null while there is none.
+    static ProjectDocuments* Instance();
+
+    host::UTF16String CreateProject(const host::UTF16String& folder) override;
+    bool OpenProject(const host::UTF16String& path) override;
+    bool SaveProject(const host::ProjectRef& project) override;
+    bool CloseProject(const host::ProjectRef& project, bool prompt) override;
+    bool CloseAllProjects() override;
+    bool ReloadProject(const host::ProjectRef& project) override;
+    bool SetProjectReadOnly(const host::ProjectRef& project, bool readOnly) override;
+    host::ProjectRef GetActiveProject() const override;
+    /// Announces `Activated` when another project was in front. The tabs call it too, when the user brings one
+    /// to the front; an empty reference when there is none any more.
+    void SetActiveProject(const host::ProjectRef& project) override;
+
+    /// Saves every project with unsaved changes; one that fails does not keep the others. False when any is
+    /// still unsaved.
+    bool SaveAllProjects();
+    /// Asks for a place and saves the project's present content there as a new project, which is opened in its
+    /// place; the project's own file stays as it is. False when the user cancelled or it could not be written.
+    bool SaveProjectAsCopy(const host::ProjectRef& project);
+    /// Closes the projects in `folder` (at any depth) with the same questions; false at the first that stays
+    /// open. To be called before the production in that folder is closed.
+    bool CloseProjectsIn(const host::UTF16String& folder);
+
+private:
+    friend class host::ScEnableSaveApplyToAllOption;
+    class Operation;
+
+    enum class SaveResult {
+        Saved,
+        /// The user saved a copy; the project's own file is as it was.
+        Copied,
+        NotSaved,
+    };
+    enum class SaveAnswer { Save, Discard, Cancel };
+
+    /// Locks that an opening has got, or why there is none.
+    struct Locks;
+
+    bool Open(const host::UTF16String& path);
+    bool OpenCopy(const host::UTF16String& path, const std::string& filePath);
+    std::optional<Locks> TakeLocksOrAsk(const host::UTF16String& path, const std::string& filePath, bool& makesCopy);
+
+    SaveResult Save(const ProjectDocumentRef& document);
+    SaveResult Write(const ProjectDocumentRef& document);
+    SaveResult OfferCopy(const ProjectDocumentRef& document, const host::UTF16String& title,
+                         const host::UTF16String& text);
+    bool IsLockStillOurs(const ProjectDocumentRef& document, SaveResult& result);
+    host::UTF16String WriteCopy(const ProjectDocumentRef& document);
+    bool OpenInPlaceOf(const ProjectDocumentRef& document, const host::UTF16String& copy);
+
+    bool Close(const ProjectDocumentRef& document, bool prompt);
+    bool CloseAll(const std::vector<ProjectDocumentRef>& documents);
+    SaveAnswer AskToSave(const ProjectDocumentRef& document);
+    void Drop(const ProjectDocumentRef& document);
+
+    bool MakeReadOnly(const ProjectDocumentRef& document);
+    bool MakeWritable(const ProjectDocumentRef& document);
+
+    std::vector<ProjectDocumentRef> GetDocuments() const;
+    bool IsOpen(const ProjectDocumentRef& document) const;
+
+    std::set<const void*> mBusy;
+    std::set<host::UTF16String> mOpening;
+    ProjectDocumentRef mActive;
+    int mApplyToAllScopes = 0;
+    std::optional<SaveAnswer> mAnswerForAll;
+    std::unique_ptr<OutOfDateWatch> mWatch;
+};
+
+}  // namespace desk
