@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "desk/core/DebugDatabaseFile.h"
+#include "desk/core/TraceSettings.h"
 
 namespace desk {
 namespace {
@@ -26,6 +27,14 @@ std::optional<double> FindEntry(std::string_view key) {
     return found == State().mEntries.end() ? std::nullopt : std::optional(found->second);
 }
 
+TraceLevels FindTraceLevels(const DebugDatabaseEntries& entries) {
+    TraceLevels levels;
+    for (const auto& [key, level] : entries)
+        if (key.starts_with(kTraceKeyPrefix))
+            levels[key.substr(sizeof kTraceKeyPrefix - 1)] = static_cast<int>(std::clamp(level, -1.0, 9.0));
+    return levels;
+}
+
 }  // namespace
 
 void SetDebugDatabaseEntries(DebugDatabaseEntries entries) {
@@ -33,6 +42,7 @@ void SetDebugDatabaseEntries(DebugDatabaseEntries entries) {
     if (entries == state.mEntries) return;
     state.mEntries = std::move(entries);
     ++state.mChangeCount;
+    SetTraceLevels(FindTraceLevels(state.mEntries));
     BroadcastMessage(host::kStation_DebugDatabase, host::DebugDatabaseChangedMessage());
 }
 

@@ -1,14 +1,16 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
 
 namespace desk {
 
-/// The edge to the desktop around the program: who and where the user is, and the wall clock.
+/// The edge to the desktop around the program: who and where the user is, the wall clock, and the file browser.
 class ZUHOST_API Desktop {
 public:
     virtual ~Desktop() = default;
@@ -20,6 +22,18 @@ public:
     /// Identifies the time since the machine was started (/proc/sys/kernel/random/boot_id).
     virtual std::string BootID() const = 0;
     virtual std::chrono::system_clock::time_point Now() const = 0;
+
+    enum class Reveal {
+        /// The items are selected in the folders that hold them.
+        Items,
+        /// The folders themselves are opened.
+        Folders,
+    };
+    /// Told why nothing could be shown, in one line.
+    using RevealFailed = std::function<void(const std::string& reason)>;
+    /// Shows `paths` (bytes, absolute) in the system's file browser. Returns at once and waits for nobody; `failed`
+    /// is called later, on the UI thread. UI thread.
+    virtual void ShowInFileBrowser(const std::vector<std::string>& paths, Reveal reveal, RevealFailed failed) = 0;
 };
 
 }  // namespace desk

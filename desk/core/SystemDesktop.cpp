@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <string_view>
+#include <utility>
+
+#include "desk/core/FileBrowser.h"
 
 namespace desk {
 
@@ -51,5 +54,10 @@ SystemDesktop::SystemDesktop(const host::UTF16String& userName)
       mMachineName(host::UTF8to16(ReadMachineName())),
       mMachineID(ReadMachineID()),
       mBootID(ReadFirstLine("/proc/sys/kernel/random/boot_id")) {}
+
+void SystemDesktop::ShowInFileBrowser(const std::vector<std::string>& paths, Reveal reveal,
+                                      RevealFailed failed) {
+    desk::ShowInFileBrowser(paths, reveal, std::move(failed));
+}
 
 }  // namespace desk

@@ -1,40 +1,26 @@
 #pragma once
 
-#include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QProcess>
-#include <QStandardPaths>
+
+#include "tests/support/SessionBus.h"
 
 /// A message bus of its own with a desktop portal on it that prefers light, in the form of the interface's
 /// version 1: a variant in a variant. The portal answers while the test handles Qt's events.
 class DesktopPortal : public QDBusVirtualObject {
 public:
-    static bool IsPossible() { return !QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty(); }
+    static bool IsPossible() { return SessionBus::IsPossible(); }
 
     /// `folder` is where the bus has its socket.
-    explicit DesktopPortal(const std::string& folder)
-        : mSocket(QString::fromStdString(folder) + QStringLiteral("/bus")) {
-        mBus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                   QStringLiteral("--nopidfile"), QStringLiteral("--address"),
-                                                   Address()});
-        QElapsedTimer time;
-        for (time.start(); !mConnection.isConnected() && time.elapsed() < 20'000;)
-            if (mBus.waitForReadyRead(20) || QFile::exists(mSocket))
-                mConnection = QDBusConnection::connectToBus(Address(), Name());
-        mIsThere = mConnection.registerVirtualObject(kPath, this) &&
-                   mConnection.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    explicit DesktopPortal(const std::string& folder) : mBus(folder, QStringLiteral("test portal")) {
+        mIsThere = mBus.Connection().registerVirtualObject(kPath, this) &&
+                   mBus.Connection().registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
     }
-    ~DesktopPortal() override {
-        Leave();
-        mBus.kill();
-        mBus.waitForFinished();
-    }
+    ~DesktopPortal() override { Leave(); }
 
-    QString Address() const { return QStringLiteral("unix:path=") + mSocket; }
+    QString Address() const { return mBus.Address(); }
     bool IsThere() const { return mIsThere; }
     int CountQuestions() const { return mQuestions; }
 
@@ -42,12 +28,11 @@ public:
     void Choose(uint scheme) {
         QDBusMessage signal = QDBusMessage::createSignal(kPath, kInterface, QStringLiteral("SettingChanged"));
         signal << kNamespace << kKey << QVariant::fromValue(QDBusVariant(scheme));
-        mConnection.send(signal);
+        mBus.Connection().send(signal);
     }
     /// The portal goes away; the bus stays.
     void Leave() {
-        if (mIsThere) QDBusConnection::disconnectFromBus(Name());
-        mConnection = QDBusConnection(QString());
+        mBus.Leave();
         mIsThere = false;
     }
 
@@ -63,15 +48,11 @@ public:
     }
 
 private:
-    static QString Name() { return QStringLiteral("test portal"); }
-
     const QString kPath = QStringLiteral("/org/freedesktop/portal/desktop");
     const QString kInterface = QStringLiteral("org.freedesktop.portal.Settings");
     const QString kNamespace = QStringLiteral("org.freedesktop.appearance");
     const QString kKey = QStringLiteral("color-scheme");
-    QString mSocket;
-    QProcess mBus;
-    QDBusConnection mConnection{QString()};
+    SessionBus mBus;
     bool mIsThere = false;
     int mQuestions = 0;
 };

@@ -14,6 +14,11 @@ public:
     std::string MachineID() const override { return mMachineID; }
     std::string BootID() const override { return mBootID; }
     std::chrono::system_clock::time_point Now() const override { return mNow; }
+    void ShowInFileBrowser(const std::vector<std::string>& paths, Reveal reveal, RevealFailed failed) override {
+        mShown.push_back(reveal == Reveal::Folders ? "folders" : "items");
+        mShown.insert(mShown.end(), paths.begin(), paths.end());
+        if (!mRevealProblem.empty()) failed(mRevealProblem);
+    }
 
     host::UTF16String mUserName = u"ines";
     host::UTF16String mMachineName = u"edit-bay-1";
@@ -21,6 +26,10 @@ public:
     std::string mBootID = "11111111-2222-3333-4444-555555555555";
     /// 2026-03-02T09:30:00Z.
     std::chrono::system_clock::time_point mNow{std::chrono::seconds(1772443800)};
+    /// What was shown in the file browser: "items" or "folders", then the paths.
+    std::vector<std::string> mShown;
+    /// Why nothing can be shown; empty when it can.
+    std::string mRevealProblem;
 
 private:
     desk::Desktop* mBefore;

@@ -1,0 +1,113 @@
+#include "desk/core/FileBrowser.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QTest>
+
+#include "desk/core/QtMainThread.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "tests/support/LogExpectation.h"
+#include "tests/support/SessionBus.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace desk {
+namespace {
+
+/// The file manager on the bus: notes what it is asked, or refuses.
+class FileManager : public QDBusVirtualObject {
+public:
+    explicit FileManager(SessionBus& bus) {
+        mIsThere = bus.Connection().registerVirtualObject(QStringLiteral("/org/freedesktop/FileManager1"), this) &&
+                   bus.Connection().registerService(QStringLiteral("org.freedesktop.FileManager1"));
+    }
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        const QString uris = message.arguments().value(0).toStringList().join(QLatin1Char(' '));
+        mAsked << message.member() + QLatin1Char(' ') + uris + message.signature();
+        connection.send(mRefuses ? message.createErrorReply(QDBusError::AccessDenied, QStringLiteral("not now"))
+                                 : message.createReply());
+        return true;
+    }
+
+    bool mIsThere = false;
+    bool mRefuses = false;
+    QStringList mAsked;
+};
+
+class FileBrowserTest : public testing::Test {
+protected:
+    FileBrowserTest() {
+        GetServices().mMainThread = &mMainThread;
+        GetServices().mWorkerPool = &mPool;
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QByteArray::fromStdString(mFolder.Path("bus")));
+    }
+    ~FileBrowserTest() override {
+        mPool.WaitUntilIdle(std::chrono::seconds(10));
+        qputenv("PATH", mPathBefore);
+        GetServices() = mBefore;
+    }
+    /// The only program there is from now on.
+    void MakeOpener(const std::string& script) {
+        chmod(mFolder.Write("bin/xdg-open", "#!/bin/sh\n" + script).c_str(), 0700);
+        qputenv("PATH", QByteArray::fromStdString(mFolder.Path("bin")));
+    }
+    void Show(const std::vector<std::string>& paths, Desktop::Reveal reveal) {
+        ShowInFileBrowser(paths, reveal, [this](const std::string& reason) { mProblems.push_back(reason); });
+    }
+    std::string Opened() const { return mFolder.Exists("opened") ? mFolder.Read("opened") : ""; }
+
+    const Services mBefore = GetServices();
+    const QByteArray mPathBefore = qgetenv("PATH");
+    TemporaryFolder mFolder;
+    QtMainThread mMainThread;
+    WorkerPool mPool{1};
+    std::vector<std::string> mProblems;
+};
+
+TEST_F(FileBrowserTest, AsksTheFileManagerOnTheBus) {
+    if (!SessionBus::IsPossible()) GTEST_SKIP() << "there is no dbus-daemon to ask over";
+    SessionBus bus(mFolder.Path(), QStringLiteral("test file manager"));
+    FileManager manager(bus);
+    ASSERT_TRUE(manager.mIsThere);
+    Show({"/p/Reel 1%.zuproj", "/p/\xE9\xC3\xA9"}, Desktop::Reveal::Items);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return manager.mAsked.size() == 1; }));
+    EXPECT_EQ(manager.mAsked[0], QStringLiteral("ShowItems file:///p/Reel%201%25.zuproj file:///p/%E9%C3%A9ass"));
+    Show({"/p"}, Desktop::Reveal::Folders);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return manager.mAsked.size() == 2; }));
+    EXPECT_EQ(manager.mAsked[1], QStringLiteral("ShowFolders file:///pass"));
+    EXPECT_TRUE(mProblems.empty());
+
+    manager.mRefuses = true;
+    const ExpectLogged log("not now");
+    MakeOpener("echo \"$1\" >> '" + mFolder.Path("opened") + "'");
+    Show({"/p"}, Desktop::Reveal::Folders);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return Opened() == "file:///p\n"; }));
+}
+
+TEST_F(FileBrowserTest, WithoutAFileManagerEachFolderIsOpenedOnce) {
+    const ExpectLogged log("No file browser shows items");
+    MakeOpener("echo \"$1\" >> '" + mFolder.Path("opened") + "'");
+    Show({"/p/a b/1", "/p/a b/2", "/1"}, Desktop::Reveal::Items);
+    const auto isOpened = [this] { return Opened().size() == std::string("file:///p/a%20b\nfile:///\n").size(); };
+    ASSERT_TRUE(QTest::qWaitFor(isOpened)) << Opened();
+    EXPECT_NE(Opened().find("file:///p/a%20b\n"), std::string::npos);
+    EXPECT_TRUE(mProblems.empty());
+}
+
+TEST_F(FileBrowserTest, SaysWhyNothingCanBeShown) {
+    const ExpectLogged log("No file browser shows items");
+    MakeOpener("exit 4");
+    Show({"/p"}, Desktop::Reveal::Folders);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return mProblems.size() == 1; }));
+    EXPECT_EQ(mProblems[0], "xdg-open: exit code 4");
+    mFolder.Remove("bin");
+    Show({"/p"}, Desktop::Reveal::Folders);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return mProblems.size() == 2; }));
+    EXPECT_TRUE(mProblems[1].starts_with("xdg-open: ")) << mProblems[1];
+}
+
+}  // namespace
+}  // namespace desk
