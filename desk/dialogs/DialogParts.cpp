@@ -17,11 +17,25 @@ QWidget* FindParentWindow() {
     return nullptr;
 }
 
+namespace {
+
+/// Lines break at blanks only; one path would make the dialog as wide as the screen.
+constexpr qsizetype kLongWord = 60;
+
+QString WithPlacesToBreak(const QString& line) {
+    QStringList words = line.split(QLatin1Char(' '));
+    for (QString& word : words)
+        if (word.size() > kLongWord) word.replace(QLatin1Char('/'), QStringLiteral("/\u200B"));
+    return words.join(QLatin1Char(' '));
+}
+
+}  // namespace
+
 QString ToDisplayLines(std::u16string_view text) {
     QStringList lines;
     for (;;) {
         std::size_t end = text.find(u'\n');
-        lines << ToDisplayText(text.substr(0, end));
+        lines << WithPlacesToBreak(ToDisplayText(text.substr(0, end)));
         if (end == std::u16string_view::npos) return lines.join(QLatin1Char('\n'));
         text.remove_prefix(end + 1);
     }

@@ -10,7 +10,8 @@ namespace desk {
 /// The window for a dialog to stand over: the active one, else any that the user sees; may be null. UI thread.
 QWidget* FindParentWindow();
 
-/// `text` escaped line by line: its own line breaks are the message's paragraphs.
+/// `text` escaped line by line: its own line breaks are the message's paragraphs. Long paths may be broken behind
+/// their separators.
 QString ToDisplayLines(std::u16string_view text);
 
 }  // namespace desk

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -16,6 +17,8 @@
 namespace desk {
 
 namespace {
+
+constexpr int kTextWidth = 380;
 
 QString ButtonText(const host::UTF16String& text) {
     return ToDisplayText(text).replace(QLatin1Char('&'), QLatin1String("&&"));
@@ -50,11 +53,19 @@ Answer QtDialogs::Ask(const Question& question) {
 std::optional<host::UTF16String> QtDialogs::AskText(const host::UTF16String& title,
                                                     const host::UTF16String& label,
                                                     const host::UTF16String& value) {
-    bool isAccepted = false;
-    const QString text = QInputDialog::getText(FindParentWindow(), ToDisplayText(title), ToDisplayText(label),
-                                               QLineEdit::Normal, ToQString(value), &isAccepted);
-    if (!isAccepted) return {};
-    return ToUTF16(text);
+    QInputDialog dialog(FindParentWindow());
+    dialog.setWindowTitle(ToDisplayText(title));
+    dialog.setLabelText(ToDisplayText(label));
+    dialog.setTextValue(ToQString(value));
+    dialog.setOkButtonText(ToQString(host::ZString("$$$/Desk/Dialogs/OK=OK")));
+    dialog.setCancelButtonText(ToQString(host::ZString("$$$/Desk/Dialogs/Cancel=Cancel")));
+    dialog.resize(kTextWidth, dialog.sizeHint().height());
+    if (auto* box = dialog.findChild<QLineEdit*>()) {
+        box->setAccessibleName(ToDisplayText(label));
+        box->selectAll();
+    }
+    if (dialog.exec() != QDialog::Accepted) return {};
+    return ToUTF16(dialog.textValue());
 }
 
 host::UTF16StringVec QtDialogs::AskFiles(const host::UTF16String& title, const host::UTF16String& startFolder,
@@ -63,7 +74,10 @@ host::UTF16StringVec QtDialogs::AskFiles(const host::UTF16String& title, const h
     dialog.setFileMode(QFileDialog::ExistingFiles);
     // The label may hold the pattern in parentheses, as the filter's text does.
     const QString label = ToQString(typeLabel).section(QLatin1String(" ("), 0, 0);
-    dialog.setNameFilter(label + QLatin1String(" (") + ToQString(pattern) + QLatin1Char(')'));
+    // Some systems' own dialogs look at letter case.
+    const QString shown = ToQString(pattern);
+    dialog.setNameFilter(
+        QStringLiteral("%1 (%2 %3)").arg(label, shown.toLower(), shown.toUpper()));
     host::UTF16StringVec files;
     if (dialog.exec() == QDialog::Accepted)
         for (const QString& file : dialog.selectedFiles()) files.push_back(ToPath(file));

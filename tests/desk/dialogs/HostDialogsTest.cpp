@@ -1,0 +1,56 @@
+#include <gtest/gtest.h>
+
+#include "host/dialogs/AskOpenFile.h"
+#include "host/dialogs/MessageBox.h"
+#include "host/dialogs/SimpleInputBox.h"
+#include "tests/support/ScriptedDialogs.h"
+
+namespace {
+
+using host::UTF16String;
+using namespace std::string_literals;
+
+TEST(HostDialogsTest, TheInputBoxGivesOneLineAndKeepsTheValueWhenItIsCancelled) {
+    ScriptedDialogs dialogs;
+    UTF16String value = u"Untitled";
+    dialogs.ExpectText("New Folder", std::nullopt);
+    EXPECT_FALSE(host::SimpleInputBox(nullptr, u"New Folder", u"Name", value));
+    EXPECT_EQ(value, u"Untitled");
+    for (const UTF16String& entered : {u"\r\nReel 1\r\nv2\n"s, u"Reel 1\nv2"s, u"Reel 1\u2028v2"s}) {
+        dialogs.ExpectText("New Folder", entered);
+        EXPECT_TRUE(host::SimpleInputBox(nullptr, u"New Folder", u"Name", value));
+        EXPECT_EQ(value, u"Reel 1 v2");
+    }
+    dialogs.ExpectText("New Folder", u"\n");
+    EXPECT_TRUE(host::SimpleInputBox(nullptr, u"New Folder", u"Name", value));
+    EXPECT_EQ(value, u"");
+}
+
+TEST(HostDialogsTest, OnlyFilesOfTheKindAreOpened) {
+    ScriptedDialogs dialogs;
+    host::UTF16StringVec paths;
+    const auto ask = [&] { return host::AskOpenFile(u"Add", paths, u"Project (*.zuproj)", u"*.ZUPROJ", u".zuproj", {}); };
+    dialogs.ExpectFiles("Add", {});
+    EXPECT_FALSE(ask());
+    dialogs.ExpectFiles("Add", {u"/p/One.zuproj", u"/p/Two.ZuProj"});
+    EXPECT_TRUE(ask());
+    EXPECT_EQ(paths, (host::UTF16StringVec{u"/p/One.zuproj", u"/p/Two.ZuProj"}));
+    dialogs.ExpectFiles("Add", {u"/p/One.zuproj", u"/p/notes.txt"});
+    dialogs.ExpectMessage("Add");
+    EXPECT_FALSE(ask());
+    EXPECT_NE(dialogs.LastText().find("notes.txt"), std::string::npos);
+    EXPECT_EQ(paths.size(), 2u);
+}
+
+TEST(HostDialogsTest, MessageBoxesReturnThePressedButton) {
+    ScriptedDialogs dialogs;
+    dialogs.ExpectMessage("Title");
+    EXPECT_EQ(host::MessageBox(u"Title", u"Text", host::kMessageBoxOK, host::kMessageBoxIconInformation, 1), 1);
+    EXPECT_EQ(dialogs.LastText(), "Text");
+    dialogs.ExpectQuestion("Replace?", u"Replace");
+    dialogs.ExpectQuestion("Replace?", u"Keep");
+    EXPECT_EQ(host::Messagebox(nullptr, u"Replace?", u"Text", u"Replace", u"Keep"), 1);
+    EXPECT_EQ(host::Messagebox(nullptr, u"Replace?", u"Text", u"Replace", u"Keep"), 2);
+}
+
+}  // namespace

@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTest>
+#include <QTimer>
+
+#include "desk/core/LanguageTable.h"
+#include "desk/core/QtStrings.h"
+#include "desk/dialogs/QtDialogs.h"
+
+namespace desk {
+namespace {
+
+/// Does `act` with the next dialog, once it shows.
+template <class Act>
+void WhenShown(Act act) {
+    QTimer::singleShot(0, qApp, [act] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        ASSERT_TRUE(dialog);
+        act(*dialog);
+    });
+}
+
+QStringList ButtonTexts(const QWidget& dialog) {
+    QStringList texts;
+    for (const QPushButton* button : dialog.findChildren<QPushButton*>()) texts << button->text();
+    texts.sort();
+    return texts;
+}
+
+TEST(QtDialogsTest, TheTextIsSelectedSoThatTypingReplacesItAndEnterAccepts) {
+    QtDialogs dialogs;
+    SetLanguage("de", "");
+    WhenShown([](QWidget& dialog) {
+        EXPECT_EQ(dialog.windowTitle(), QStringLiteral("New Folder"));
+        EXPECT_EQ(dialog.findChild<QLabel*>()->text(), QStringLiteral("Name"));
+        EXPECT_EQ(ButtonTexts(dialog), (QStringList{QStringLiteral("Abbrechen"), QStringLiteral("OK")}));
+        QLineEdit& box = *dialog.findChild<QLineEdit*>();
+        EXPECT_EQ(box.selectedText(), QStringLiteral("Untitled"));
+        QTest::keyClicks(&box, QStringLiteral("Reel"));
+        QTest::keyClick(&box, Qt::Key_Return);
+    });
+    EXPECT_EQ(dialogs.AskText(u"New Folder", u"Name", u"Untitled"), u"Reel");
+    WhenShown([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    EXPECT_EQ(dialogs.AskText(u"New Folder", u"Name", u"Untitled"), std::nullopt);
+    SetLanguage("en", "");
+}
+
+TEST(QtDialogsTest, QuestionsHaveTheirButtonsAndClosingIsCancelling) {
+    QtDialogs dialogs;
+    Question question{.mTitle = u"Save?",
+                      .mText = u"/a" + host::UTF16String(80, u'x') + u"/b\nSecond",
+                      .mButtons = {u"Save & Close", u"Discard", u"Cancel"},
+                      .mCancel = 2,
+                      .mOffersApplyToAll = true};
+    WhenShown([](QWidget& dialog) {
+        const auto& box = dynamic_cast<QMessageBox&>(dialog);
+        EXPECT_EQ(box.defaultButton()->text(), QStringLiteral("Save && Close"));
+        EXPECT_EQ(box.text().count(QChar(0x200B)), 2) << "a long path can be broken";
+        EXPECT_TRUE(box.text().endsWith(QStringLiteral("\nSecond")));
+        box.checkBox()->setChecked(true);
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    const Answer cancelled = dialogs.Ask(question);
+    EXPECT_EQ(cancelled.mButton, 2u);
+    EXPECT_TRUE(cancelled.mAppliesToAll);
+    WhenShown([](QWidget& dialog) {
+        for (QPushButton* button : dialog.findChildren<QPushButton*>())
+            if (button->text() == QStringLiteral("Discard")) return button->click();
+    });
+    EXPECT_EQ(dialogs.Ask(question).mButton, 1u);
+}
+
+}  // namespace
+}  // namespace desk
