@@ -1,16 +1,11 @@
-#include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <filesystem>
-#include <functional>
 #include <random>
-#include <thread>
 
 #include "desk/files/PosixErrors.h"
 #include "desk/files/PosixFileSystem.h"
@@ -18,6 +13,8 @@
 #include "desk/project/LockProtocol.h"
 #include "tests/support/RecordingDesktop.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/volume/LockCompetition.h"
+#include "tests/volume/Processes.h"
 
 using desk::LockProtocol;
 using desk::LockRecord;
@@ -25,35 +22,6 @@ using desk::LockRelease;
 using desk::LockTaking;
 
 namespace {
-
-/// Memory that the test and its processes share.
-template <class Data>
-class Shared {
-public:
-    Shared()
-        : mData(new (::mmap(nullptr, sizeof(Data), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
-                    Data) {}
-    ~Shared() { ::munmap(mData, sizeof(Data)); }
-    Shared(const Shared&) = delete;
-    Shared& operator=(const Shared&) = delete;
-    Data* operator->() { return mData; }
-
-private:
-    Data* mData;
-};
-
-/// Starts a process that ends with what `work` returns.
-pid_t Start(const std::function<int()>& work) {
-    const pid_t process = ::fork();
-    if (process == 0) ::_exit(work());
-    return process;
-}
-
-int ResultOf(pid_t process) {
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 /// A volume on which links have been taken away.
 class WithoutLinks : public desk::PosixFileSystem {
@@ -93,58 +61,19 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Volumes, LockRace, testing::Bool(),
                          [](const auto& volume) { return volume.param ? "WithLinks" : "WithoutLinks"; });
 
-constexpr int kProjects = 4;
-constexpr int kProcesses = 16;
-constexpr int kTries = 1000;
-
-/// Writes to a project as its only holder; false when somebody else wrote meanwhile.
-bool AppendAlone(const std::string& project, const std::string& line) {
-    const int file = ::open(project.c_str(), O_RDWR | O_APPEND | O_CLOEXEC);
-    const off_t before = ::lseek(file, 0, SEEK_END);
-    std::string found(line.size(), '\0');
-    bool isAlone = ::write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size());
-    ::sched_yield();
-    isAlone = isAlone && ::pread(file, found.data(), found.size(), before) == static_cast<ssize_t>(line.size());
-    isAlone =
-        isAlone && found == line && ::lseek(file, 0, SEEK_END) == before + static_cast<off_t>(line.size());
-    ::close(file);
-    return isAlone;
-}
-
 }  // namespace
 
 TEST_P(LockRace, ManyProcessesNeverHoldOneProjectTogether) {
-    struct Counts {
-        std::atomic<int> mHeld[kProjects];
-        std::atomic<int> mFaults;
-    };
-    Shared<Counts> counts;
-    for (int i = 0; i < kProjects; ++i) mFolder.Write("Reel " + std::to_string(i) + ".zuproj");
-    const auto compete = [&](int number) {
-        LockProtocol protocol(Disk(), mDesktop);
-        for (int i = 0; i < kTries; ++i) {
-            const int project = (number + i * 7 / 3) % kProjects;
-            const LockRecord mine = Mine();
-            const LockTaking taking = protocol.Take(LockOf(project), mine);
-            if (taking.mOutcome == LockTaking::Outcome::Failed) ++counts->mFaults;
-            if (taking.mOutcome != LockTaking::Outcome::Ours) continue;
-            const std::string path = mFolder.Path("Reel " + std::to_string(project) + ".zuproj");
-            if (!AppendAlone(path, mine.mNonce + '\n')) ++counts->mFaults;
-            ++counts->mHeld[project];
-            if (protocol.Release(LockOf(project), mine.mNonce) != LockRelease::Done) ++counts->mFaults;
-        }
-        return protocol.TakeRemains().empty() ? 0 : 1;
-    };
-    std::vector<pid_t> processes;
-    for (int number = 0; number < kProcesses; ++number)
-        processes.push_back(Start([&] { return compete(number); }));
-    for (const pid_t process : processes) EXPECT_EQ(ResultOf(process), 0);
-    EXPECT_EQ(counts->mFaults, 0);
-    for (int i = 0; i < kProjects; ++i) {
-        EXPECT_GT(counts->mHeld[i], 100);
-        EXPECT_EQ(mFolder.Read("Reel " + std::to_string(i) + ".zuproj").size(), counts->mHeld[i] * 33u);
-    }
-    EXPECT_TRUE(StrayNames().empty()) << StrayNames().front();
+    LockCompetition competition;
+    competition.mFolders = {mFolder.Path()};
+    const LockCompetitionResult result = RunLockCompetition(competition, Disk());
+    for (const int held : result.mHeld) EXPECT_GT(held, 100);
+    EXPECT_EQ(result.mHeldTogether, 0);
+    EXPECT_EQ(result.mWritesSeenToChange, 0);
+    EXPECT_EQ(result.mLinesMissing, 0);
+    EXPECT_EQ(result.mLost, 0);
+    EXPECT_THAT(result.mFailures, testing::IsEmpty());
+    EXPECT_THAT(result.mNamesLeft, testing::IsEmpty());
 }
 
 TEST_P(LockRace, OfSeveralTakersOfADeadLockOneWins) {
@@ -178,7 +107,7 @@ TEST_P(LockRace, OfSeveralTakersOfADeadLockOneWins) {
             return 0;
         };
         std::vector<pid_t> processes;
-        for (int i = 0; i < kTakers; ++i) processes.push_back(Start(take));
+        for (int i = 0; i < kTakers; ++i) processes.push_back(StartProcess(take));
         for (const pid_t process : processes) ASSERT_EQ(ResultOf(process), 0);
         ASSERT_EQ(board->mWinners, 1) << "round " << round;
         ASSERT_EQ(board->mFailures, 0);
@@ -197,7 +126,7 @@ TEST_P(KilledHolder, IsSucceededByTheNextWheneverItDied) {
     std::mt19937 random(7);
     int locksLeft = 0;
     for (int round = 0; round < kRounds; ++round) {
-        const pid_t process = Start([&]() -> int {
+        const pid_t process = StartProcess([&]() -> int {
             LockProtocol protocol(Disk(), mDesktop);
             for (;;) {
                 const LockRecord mine = Mine();
