@@ -21,12 +21,6 @@ namespace {
 /// Sort key of projects that nobody holds, so that they stand together.
 constexpr char16_t kUnlockedSortKey[] = u"__UNLOCKED";
 
-bool IsEqualFoldingASCII(const UTF16String& a, const UTF16String& b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char16_t x, char16_t y) {
-               return Utils::FoldASCII(x) == Utils::FoldASCII(y);
-           });
-}
-
 UTF16String FormatDate(std::time_t time) {
     std::tm local{};
     if (!localtime_r(&time, &local)) return {};
@@ -172,8 +166,8 @@ UTF16String GetPathDisplayName(const UTF16String& path) {
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b) {
     const CodeProfilerScope profile("HandlerSharedProjects::Columns::SortStringIsLess()");
     static const UTF16String kTrashFolderName = GetZuProductionTrashDirectoryDisplayName();
-    if (IsEqualFoldingASCII(a, kTrashFolderName)) return false;
-    if (IsEqualFoldingASCII(b, kTrashFolderName)) return true;
+    if (Utils::IsEqualFoldingASCII(a, kTrashFolderName)) return false;
+    if (Utils::IsEqualFoldingASCII(b, kTrashFolderName)) return true;
     return CompareStringsIncludingNumericValues(a, b) < 0;
 }
 

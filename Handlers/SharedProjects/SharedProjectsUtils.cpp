@@ -1,10 +1,14 @@
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <string>
+#include <system_error>
 
+#include "host/core/Localizer.h"
 #include "host/core/UsageLogger.h"
+#include "host/dialogs/MessageBox.h"
 #include "host/files/PathUtils.h"
 #include "host/project/OpenProjects.h"
 #include "host/project/ProductionTrash.h"
@@ -57,13 +61,16 @@ void LogViewPropertyUsage(const char* property, const ViewPropertyLoggingData& d
     group->Send();
 }
 
+void TellRefusal(const char* titleKey, const char* textKey, const FileException& exception) {
+    if (exception.SystemError() == ECANCELED) return;
+    const UTF16String title = ZString(titleKey);
+    const UTF16String reason = UTF8to16(std::generic_category().message(exception.SystemError()));
+    MessageBox(title, ZString(textKey, {exception.Path(), reason}));
+}
+
 bool IsRefreshable(const UTF16String& path) {
     ProjectRef project;
     return IsProjectOpen(path, project) && project->IsReadOnly() && Utilities::IsProjectOutOfDate(project);
-}
-
-bool IsInTrash(const UTF16String& path, bool includeTrashFolder) {
-    return IsInZuProductionTrash(path, includeTrashFolder);
 }
 
 int GetPathTypes(UTF16StringVec paths) {

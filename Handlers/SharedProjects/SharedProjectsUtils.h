@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <memory>
@@ -7,6 +8,7 @@
 
 #include "host/core/Geometry.h"
 #include "host/core/Strings.h"
+#include "host/files/FileException.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
 
 namespace HandlerSharedProjects {
@@ -16,7 +18,8 @@ using namespace host;
 /// The production's background colour of rows, in the host's colour table.
 inline constexpr int kRowBackgroundColorID = 277;
 
-/// What both trees and the panel's commands share: usage events, questions about paths, page moves. UI thread.
+/// What both trees and the panel's commands share: usage events, questions about paths, operations on the
+/// production's files, page moves. UI thread.
 namespace Utils {
 
 /// The state of the panel's view that goes with a view-property event.
@@ -36,8 +39,65 @@ void LogViewPropertyUsage(const char* property, const ViewPropertyLoggingData& d
 /// True for a project that is open read-only and whose file on disk is newer than what was read.
 bool IsRefreshable(const UTF16String& path);
 
+/// True when somebody else than the local user has the project locked. A lock whose holder is known to be gone
+/// does not count; one whose holder has not been told yet does. For projects of listed folders it does not wait
+/// for the volume.
+bool IsALockedProject(const UTF16String& path);
+
+// Moving, copying, trashing. All may wait for the volume and for the user; events go on being handled
+// meanwhile.
+
+/// Moves a project, taking its lock at `destination` before the file moves; an open project goes on there.
+/// False, with nothing moved, when either path is no project's, when a lock cannot be had, or when the project
+/// is held by somebody else: the trace says which. Throws `FileException` when the disk refuses; then the
+/// project stands where it was, and all locks are as they were.
+bool MoveProjectAndLockFiles(const UTF16String& source, const UTF16String& destination);
+
+/// Tells the projects that are open for writing and lay inside `oldFolder` that the folder is now `newFolder`,
+/// and gives each a lock at its new place. Every occurrence of the old folder's text in a project's path is
+/// replaced. A project that is not found at its new path keeps the old one.
+void UpdatePathsOfOpenProjectsAndLockFiles(const UTF16String& oldFolder, const UTF16String& newFolder);
+
+/// Copies, or with `move` moves, files and folders into `destinationFolder`. All are checked first, and one
+/// that cannot go refuses them all, each such item with a message: a folder into itself, or a name that is
+/// taken. With `makeUniqueNames` a taken name is exchanged for a free one instead ("x_1"). An item that lies
+/// there already is passed over. They then go in the order of their paths. When the disk refuses one, the user
+/// is told why, those before it stay done and the rest untouched. False when the check or the disk refused; a
+/// project that could not be locked just stays, which the user is told too.
+bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
+               bool makeUniqueNames);
+
+/// Tells the user, under the localised title, why the disk refused: in the text of `textKey`, "@0" stands for
+/// the path and "@1" for the reason. Says nothing when it was the user who cancelled.
+void TellRefusal(const char* titleKey, const char* textKey, const FileException& exception);
+/// The same for a copy.
+void TellCopyRefusal(const FileException& exception);
+
+/// Moves items to the production's trash, which is made when there is none; names that are taken there get free
+/// ones. Projects among and inside them that are open are closed first (see `CloseOpenProjectsInList`, which
+/// gets the two flags); when one stays open, nothing is moved.
+void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst);
+
+/// True when all of `paths`, at least one, may go to the trash: none is there already, none is a project that
+/// somebody else has locked nor a folder that holds one. Of folders that are not listed the disk is asked.
+bool CanAllBeDeleted(const UTF16StringVec& paths);
+
 /// True for a path inside the production's trash; with `includeTrashFolder` for the trash folder too.
 bool IsInTrash(const UTF16String& path, bool includeTrashFolder);
+
+// Projects.
+
+/// Copies projects from outside into `destinationFolder`, once the user has agreed, and brings the progress
+/// panel forward. When the first of them is in the production already, the user is told so and nothing happens.
+void AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths, const UTF16String& destinationFolder);
+
+/// Closes the projects that are open among `paths` and, at any depth, in the folders among them. The user is
+/// asked about unsaved changes unless `closeWithoutPrompt` is set; then they are saved with `saveFirst`, else
+/// dropped. When several have some, the questions offer one answer for all. False when one stays open: those
+/// before it are closed then, the others not. May wait for the volume and for the user.
+bool CloseOpenProjectsInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst);
+/// The same for all open projects but those.
+bool CloseOpenProjectsNotInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst);
 
 /// The bits of a path-type mask.
 inline constexpr int kPathTypeFile = 1;
@@ -52,6 +112,11 @@ int GetPathTypes(UTF16StringVec paths);
 /// Folds the ASCII letters A to Z to lower case; everything else stays. Any thread.
 inline char16_t FoldASCII(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
+}
+
+/// True for texts that differ in the case of ASCII letters at most. Any thread.
+inline bool IsEqualFoldingASCII(std::u16string_view a, std::u16string_view b) {
+    return std::ranges::equal(a, b, {}, FoldASCII, FoldASCII);
 }
 
 /// A framework rectangle in the toolkit's numbers.
