@@ -15,7 +15,7 @@ class FileSystem;
 /// UTF-8 a file, `<nonce>.json` in the trash's records folder: "version" (1), "name" and "from" (bytes,
 /// percent-encoded as by RFC 3986), "user", "machine", "movedAt" (UTC, ISO 8601).
 struct TrashRecord {
-    /// The item's name in the trash, in bytes.
+    /// Where the item lies now: its path relative to the trash folder, in bytes; mostly a name.
     std::string mName;
     /// Where it came from: its path relative to the production's folder, in bytes; for an item from outside the
     /// production its absolute path.
@@ -43,15 +43,5 @@ ZUHOST_API void WriteTrashRecord(FileSystem& fileSystem, const std::string& tras
 /// when there is no records folder. Throws `host::FileException` when the folder cannot be read. Waits for the
 /// volume; any thread.
 ZUHOST_API std::vector<TrashRecord> ReadTrashRecords(FileSystem& fileSystem, const std::string& trashFolder);
-
-/// To be called before anything moves to `destination`: when that lies directly in the trash folder of the open
-/// production, throws `host::FileException` if the trash folder is a symbolic link (ELOOP) or no folder
-/// (ENOTDIR). May wait for the volume. UI thread.
-ZUHOST_API void CheckMoveToTrash(const host::UTF16String& destination);
-
-/// To be called when an item has been moved from `source` to `destination` (normalised): records it when it has
-/// gone to the trash of the open production. The record is written by a worker; when that fails, the log says
-/// so, once for each trash folder. UI thread.
-ZUHOST_API void RecordMoveToTrash(const host::UTF16String& source, const host::UTF16String& destination);
 
 }  // namespace desk

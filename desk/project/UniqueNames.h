@@ -35,4 +35,10 @@ ZUHOST_API host::UTF16String MakeUniquePath(const host::UTF16String& path, int s
                                             const host::UTF16String& separator,
                                             const std::function<bool(const host::UTF16String&)>& isTaken);
 
+/// Where a copy of `path` is to stand: beside it, with `word` behind the name ("x copy"), from the second on
+/// with a number too ("x copy 2"). A name that ends so already counts on. The first for which `isTaken` says
+/// false. Any thread.
+ZUHOST_API host::UTF16String MakeCopyPath(const host::UTF16String& path, const host::UTF16String& word,
+                                          const std::function<bool(const host::UTF16String&)>& isTaken);
+
 }  // namespace desk

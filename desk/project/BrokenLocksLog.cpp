@@ -1,0 +1,80 @@
+#include "desk/project/BrokenLocksLog.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <cerrno>
+#include <chrono>
+#include <string>
+
+#include "desk/core/Desktop.h"
+#include "desk/core/Log.h"
+#include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/FolderPath.h"
+#include "desk/files/PosixErrors.h"
+#include "desk/project/Production.h"
+#include "desk/project/RecordTexts.h"
+#include "desk/project/TrashRecords.h"
+#include "host/project/ProductionTrash.h"
+#include "host/project/SharedProjectsManager.h"
+
+namespace desk {
+
+namespace {
+
+constexpr std::string_view kFileName = "broken-locks.jsonl";
+/// Everybody who works in the production adds to it.
+constexpr unsigned kMode = 0666;
+
+std::string MakeLine(const std::string& project, const LockRecord& broken) {
+    const Desktop& desktop = *GetServices().mDesktop;
+    const QJsonObject line{
+        {QStringLiteral("brokenAt"), ToTimeText(std::chrono::system_clock::to_time_t(desktop.Now()))},
+        {QStringLiteral("user"), ToQString(desktop.UserName())},
+        {QStringLiteral("machine"), ToQString(desktop.MachineName())},
+        {QStringLiteral("project"), ToPercentEncoded(project)},
+        {QStringLiteral("owner"), ToQString(broken.mUser)},
+        {QStringLiteral("ownerMachine"), ToQString(broken.mMachine)},
+        {QStringLiteral("takenAt"), broken.mIsReadable ? ToTimeText(broken.mTakenAt) : QString()},
+        {QStringLiteral("nonce"), QString::fromStdString(broken.mNonce)}};
+    return QJsonDocument(line).toJson(QJsonDocument::Compact).toStdString() + '\n';
+}
+
+/// Makes the file where there is none. Throws when something else stands there.
+void MakeFile(FileSystem& fileSystem, const std::string& path) {
+    try {
+        fileSystem.CreateNewFile(path, {}, kMode);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != EEXIST) throw;
+        const ItemKind kind = fileSystem.Status(path, false).mKind;
+        if (kind != ItemKind::File)
+            ThrowFileException("append to", path, kind == ItemKind::Link ? ELOOP : EINVAL);
+    }
+}
+
+void Append(const std::string& trashFolder, const std::string& line) {
+    FileSystem& fileSystem = *GetServices().mFileSystem;
+    try {
+        MakeTrashRecordsFolder(fileSystem, trashFolder);
+        const std::string path = JoinPath(GetTrashRecordsFolder(trashFolder), kFileName);
+        MakeFile(fileSystem, path);
+        fileSystem.AppendToFile(path, line);
+    } catch (const host::FileException& exception) {
+        Log(LogLevel::Warning, std::string("A broken lock is not recorded: ") + exception.what());
+    }
+}
+
+}  // namespace
+
+void LogBrokenLock(const host::UTF16String& project, const LockRecord& broken) {
+    if (!host::IsWithinCurrentZuProductionFolder(project)) return;
+    const std::string folder = host::UTF16to8(Production::Instance().GetFolder());
+    GetServices().mWorkerPool->Submit([trashFolder = host::UTF16to8(host::GetZuProductionTrashDirectoryPath()),
+                                       line = MakeLine(MakeRelative(host::UTF16to8(project), folder), broken)] {
+        Append(trashFolder, line);
+    });
+}
+
+}  // namespace desk
