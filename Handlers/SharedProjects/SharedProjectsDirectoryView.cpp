@@ -1,5 +1,7 @@
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 
+#include <algorithm>
+
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
@@ -103,10 +105,18 @@ bool SharedProjectsDirectoryView::IsFileRow(const RowRef& row) const {
 }
 
 RowRef SharedProjectsDirectoryView::GetRowFromPath(const UTF16String& path) const {
+    const UTF16String root = PathUtils::AddTrailingSlash(SharedProjectsHandler::GetRootDirectory());
     const UTF16String normalized = PathUtils::ToNormalizedPath(path);
-    for (const RowRef& row : GetAllRows())
-        if (PathUtils::ToNormalizedPath(GetRowPath(row.get())) == normalized) return row;
-    return {};
+    if (root.empty() || !normalized.starts_with(root)) return {};
+    RowRef row;
+    for (std::size_t begin = root.size(); begin < normalized.size();) {
+        const std::size_t end =
+            std::min(normalized.find(PathUtils::GetPathSeparator(), begin), normalized.size());
+        row = FindChildRow(row.get(), normalized.substr(begin, end - begin));
+        if (!row) return {};
+        begin = end + 1;
+    }
+    return row;
 }
 
 std::size_t SharedProjectsDirectoryView::GetOpenedRowsCount() const {
@@ -230,6 +240,7 @@ void SharedProjectsDirectoryView::OnZuProductionOpened(const UTF16String& path) 
 
 void SharedProjectsDirectoryView::OnZuProductionClosed(const UTF16String&) {
     mPendingDirectoryChanges.clear();
+    mAwaitedPaths.clear();
     RemoveAllRows();
     ShowRoot(SharedProjectsHandler::GetRootDirectory());
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();

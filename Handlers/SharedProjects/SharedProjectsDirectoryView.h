@@ -31,7 +31,7 @@ public:
 
     /// True for a project's row, false for a folder's.
     bool IsFileRow(const RowRef& row) const;
-    /// The row of a path in any spelling; empty when there is none. Walks all rows.
+    /// The row of a path in any spelling; empty when there is none.
     RowRef GetRowFromPath(const UTF16String& path) const;
     /// The number of rows that show, scrolled into view or not.
     std::size_t GetOpenedRowsCount() const;
@@ -56,6 +56,15 @@ public:
                                const DirectoryContent& content, const ContentDelivery& delivery) override;
     void ListenToMessage(const Message& message) override;
 
+    /// The paths of the selected rows but those inside another selected row's folder, in the order in which they
+    /// were selected.
+    UTF16StringVec GetSelectedNonRedundantPaths() const;
+    /// Makes the rows of `paths` the selection; paths without a row are passed over.
+    void SelectRowsByPaths(const UTF16StringVec& paths);
+    /// Selects items that are being made, and scrolls to them, as soon as they have rows; a closed folder that
+    /// they are in is opened. They become the selection in place of the present one; once the user has selected
+    /// something else, those that are still to come are left alone. A newer call drops an older one.
+    void SelectWhenShown(const UTF16StringVec& paths);
     /// Selects all opened rows but the trash folder and what is in it.
     void SelectAll();
     void DeselectAll();
@@ -102,8 +111,9 @@ private:
     void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
                          const ContentDelivery& delivery);
     void AddNameCellView(const RowRef& row);
-    RowRef FindRowOfPath(const UTF16String& path) const;
-    void SelectDeferredRenameRow(const ContentDelivery& delivery);
+    void OpenFoldersAbove(const UTF16String& path);
+    void SelectAwaitedRows();
+    void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
     void ExecutePendingDirectoryChanges();
 
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
@@ -127,6 +137,11 @@ private:
     std::set<UTF16String> mPendingDirectoryChanges;
     RefPtr<QueueOnlyOnce> mQueuedSort;
     bool mPauseUpdates = false;
+    /// Items that are to be selected when their rows come, those of them that have come, and the selection as it
+    /// must still be then.
+    UTF16StringVec mAwaitedPaths;
+    RowVec mArrivedRows;
+    RowVec mSelectionBeforeArrival;
     /// The folder that the change monitor watches for this view; empty when none.
     UTF16String mMonitoredRoot;
     /// Lives as long as the view may be called back.

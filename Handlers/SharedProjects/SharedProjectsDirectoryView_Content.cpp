@@ -65,7 +65,8 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
     if (!tabView || !tabView->IsCreated()) return;
     tabView->OnTreeChanged();
     tabView->OnItemsDelivered(paths, rowDelivery.mRemovedPaths);
-    SelectDeferredRenameRow(delivery);
+    SelectDeferredRenameRow(directoryPath, delivery);
+    SelectAwaitedRows();
 }
 
 void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
@@ -81,20 +82,17 @@ void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const std::
             UpdateRow(child, exposed);
 }
 
-RowRef SharedProjectsDirectoryView::FindRowOfPath(const UTF16String& path) const {
-    for (const RowRef& row : GetAllRows())
-        if (GetRowPath(row.get()) == path) return row;
-    return {};
-}
-
-void SharedProjectsDirectoryView::SelectDeferredRenameRow(const ContentDelivery& delivery) {
+void SharedProjectsDirectoryView::SelectDeferredRenameRow(const UTF16String& directoryPath,
+                                                          const ContentDelivery& delivery) {
     const auto tabView = mTabView.lock();
     const UTF16String path = tabView->GetDeferredRenameRowPath();
     if (path.empty()) return;
-    const RowRef row = FindRowOfPath(path);
+    const RowRef row = GetRowFromPath(path);
     if (row) GetTree()->SelectRow(row.get(), true, true, true);
-    // A delivery that does not tell all of a folder says nothing of an item that it does not name.
-    if (row || delivery.mExtent == ContentDelivery::Extent::Whole) tabView->SetDeferredRenameRowPath({});
+    // Only a delivery that tells all of its folder says anything of an item that it does not name.
+    const bool isMissing = delivery.mExtent == ContentDelivery::Extent::Whole &&
+                           PathUtils::AddTrailingSlash(directoryPath) == PathUtils::GetFullDirectoryPart(path);
+    if (row || isMissing) tabView->SetDeferredRenameRowPath({});
 }
 
 void SharedProjectsDirectoryView::OnRowOpenStateChanged(const RowRef& row, bool open) {

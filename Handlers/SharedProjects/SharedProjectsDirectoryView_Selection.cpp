@@ -1,11 +1,57 @@
 // What the user does in the tree: selection, opening rows, sorting and the columns.
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/files/PathUtils.h"
 
 namespace HandlerSharedProjects {
 
 void SharedProjectsDirectoryView::OnRowSelectionChanged(const RowVec&) {
     BroadcastMessage(GetStationID(), DirectoryViewSelectionChangedMessage());
+}
+
+UTF16StringVec SharedProjectsDirectoryView::GetSelectedNonRedundantPaths() const {
+    UTF16StringVec paths;
+    for (const RowRef& row : Utils::GetNonRedundantRows(GetTree()->GetSelectedRows()))
+        paths.push_back(GetRowPath(row.get()));
+    return paths;
+}
+
+void SharedProjectsDirectoryView::SelectRowsByPaths(const UTF16StringVec& paths) {
+    RowVec rows;
+    for (const UTF16String& path : paths)
+        if (RowRef row = GetRowFromPath(path)) rows.push_back(std::move(row));
+    GetTree()->SelectRows(rows);
+}
+
+void SharedProjectsDirectoryView::SelectWhenShown(const UTF16StringVec& paths) {
+    mAwaitedPaths = paths;
+    mArrivedRows.clear();
+    mSelectionBeforeArrival = GetTree()->GetSelectedRows();
+    for (const UTF16String& path : paths) OpenFoldersAbove(path);
+    SelectAwaitedRows();
+}
+
+void SharedProjectsDirectoryView::OpenFoldersAbove(const UTF16String& path) {
+    const UTF16String folder = PathUtils::GetFullDirectoryPart(PathUtils::ToNormalizedPath(path));
+    RowVec closed;
+    for (RowRef row = GetRowFromPath(folder); row; row = row->GetParentRow())
+        if (!row->IsOpen()) closed.push_back(row);
+    for (auto row = closed.rbegin(); row != closed.rend(); ++row) GetTree()->OpenRow(row->get());
+}
+
+void SharedProjectsDirectoryView::SelectAwaitedRows() {
+    if (mAwaitedPaths.empty()) return;
+    if (GetTree()->GetSelectedRows() != mSelectionBeforeArrival) return mAwaitedPaths.clear();
+    const std::size_t countBefore = mArrivedRows.size();
+    std::erase_if(mAwaitedPaths, [this](const UTF16String& path) {
+        const RowRef row = GetRowFromPath(path);
+        if (row) mArrivedRows.push_back(row);
+        return row != nullptr;
+    });
+    if (mArrivedRows.size() == countBefore) return;
+    GetTree()->SelectRows(mArrivedRows);
+    GetTree()->ScrollRowIntoView(mArrivedRows[countBefore].get(), false, 0, true);
+    mSelectionBeforeArrival = GetTree()->GetSelectedRows();
 }
 
 void SharedProjectsDirectoryView::SelectAll() {
@@ -36,7 +82,11 @@ void SharedProjectsDirectoryView::MovePageDown() {
 }
 
 void SharedProjectsDirectoryView::OnRowDoubleClicked(const RowRef& row, Point) {
-    if (row && !IsFileRow(row)) ToggleRow(row);
+    if (!row) return;
+    if (IsFileRow(row))
+        Utils::OpenProjectOutsideTrash(GetRowPath(row.get()));
+    else
+        ToggleRow(row);
 }
 
 void SharedProjectsDirectoryView::OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column,

@@ -101,6 +101,20 @@ UTF16StringVec SharedProjectsSearchResultsView::GetSelectedPaths(bool includeAll
     return paths;
 }
 
+UTF16StringVec SharedProjectsSearchResultsView::GetSelectedNonRedundantPaths() const {
+    UTF16StringVec paths;
+    for (const RowRef& row : Utils::GetNonRedundantRows(mTree->GetSelectedRows()))
+        paths.push_back(PathUtils::ToNormalizedPath(GetRowPath(row)));
+    return paths;
+}
+
+void SharedProjectsSearchResultsView::SelectRowsByPaths(const UTF16StringVec& paths) {
+    RowVec rows;
+    for (const UTF16String& path : paths)
+        if (RowRef row = GetRowFromPath(path)) rows.push_back(std::move(row));
+    mTree->SelectRows(rows);
+}
+
 std::size_t SharedProjectsSearchResultsView::CountSelectedRows() const {
     return mTree->CountSelectedRows();
 }
@@ -225,8 +239,12 @@ UTF16String SharedProjectsSearchResultsView::GetCellAccessibleText(const RowRef&
 }
 
 void SharedProjectsSearchResultsView::OnRowDoubleClicked(const RowRef& row, Point) {
-    if (!row || IsFileRow(row) || !PathUtils::ExistsOnDisk(GetRowPath(row), true)) return;
-    ToggleRow(row);
+    const UTF16String path = GetRowPath(row);
+    if (!row || !PathUtils::ExistsOnDisk(path, true)) return;
+    if (IsFileRow(row))
+        Utils::OpenProjectOutsideTrash(path);
+    else
+        ToggleRow(row);
 }
 
 void SharedProjectsSearchResultsView::OnOpenStateChanged(const RowRef&, bool) {

@@ -48,7 +48,12 @@ public:
     RowRef GetRowFromPath(const UTF16String& path) const;
     std::size_t GetOpenedRowsCount() const;
 
+    /// The paths of the selected rows but those inside another selected row's folder, normalised, in the order in
+    /// which they were selected.
+    UTF16StringVec GetSelectedNonRedundantPaths() const;
     /// The paths of the selected rows in the order in which they were selected: of all, or of projects only.
+    /// Makes the rows of `paths` the selection; paths without a row are passed over.
+    void SelectRowsByPaths(const UTF16StringVec& paths);
     UTF16StringVec GetSelectedPaths(bool includeAll) const;
     std::size_t CountSelectedRows() const;
     void SelectAllProjects();

@@ -8,6 +8,7 @@
 #include "host/framework/DC.h"
 #include "host/framework/Identifiers.h"
 #include "host/framework/ShortcutManager.h"
+#include "host/project/ProductionItems.h"
 #include "host/project/SharedProjectsManager.h"
 
 namespace HandlerSharedProjects {
@@ -70,17 +71,22 @@ SharedProjectsTabView::~SharedProjectsTabView() {
 void SharedProjectsTabView::FinishCreateSelf(const Rect& bounds) {
     try {
         TabView::FinishCreateSelf(bounds);
+        mQueuedControlUpdate = new QueueOnlyOnce(GetRegisteredMainThread(), [weakSelf = weak_from_this()] {
+            const auto self = weakSelf.lock();
+            if (self && self->IsCreated()) self->UpdateControlEnabledStates();
+        });
         SetHostsToolkitChildViews(true);
         EnableDoubleBuffering(true);
         CreateTreeView(bounds);
         UpdateBaseColumnWidthMapForAllColumns(mTreeView->GetDirectoryView()->GetHeaderRow());
-        InstallPauseFunction();
+        InstallHostFunctions();
         CreateSearchBox(bounds);
         CreateSelectionCount(bounds);
         CreateZoomSlider(bounds);
         CreateButtons(bounds);
         AddListener(kStation_ZuProductionFolderPanel, this);
         AddListener(kStation_DebugDatabase, this);
+        AddListener(kBackendProjectActivationStationID, this);
         UpdateViewsFromZoomAmount();
         UpdateControlEnabledStates();
         UpdateTabName();
@@ -95,11 +101,19 @@ void SharedProjectsTabView::CreateTreeView(const Rect& bounds) {
     AddListener(mTreeView->GetDirectoryView()->GetStationID(), this);
 }
 
-void SharedProjectsTabView::InstallPauseFunction() {
+void SharedProjectsTabView::InstallHostFunctions() {
+    Scripting::SetTryToMoveToSharedProjectsTrashFn([weakSelf = weak_from_this()](const UTF16StringVec& paths) {
+        if (const auto self = weakSelf.lock()) self->TryToMoveToSharedProjectsTrash(paths);
+    });
     SetSharedProjectsNotifyPauseFn([weakSelf = weak_from_this()](bool pause) {
         const auto self = weakSelf.lock();
         if (self && self->AreTreeViewsCreated()) self->mTreeView->GetDirectoryView()->SetPauseUpdates(pause);
     });
+}
+
+void SharedProjectsTabView::RemoveHostFunctions() {
+    SetSharedProjectsNotifyPauseFn({});
+    Scripting::SetTryToMoveToSharedProjectsTrashFn({});
 }
 
 void SharedProjectsTabView::CreateSearchBox(const Rect& bounds) {
@@ -145,6 +159,7 @@ void SharedProjectsTabView::CreateButtons(const Rect& bounds) {
 void SharedProjectsTabView::DestroySelf() {
     RemoveListener(kStation_DebugDatabase, this);
     RemoveListener(kStation_ZuProductionFolderPanel, this);
+    RemoveListener(kBackendProjectActivationStationID, this);
     PostMessageToUIThread(kStation_WindowClosing,
                           std::make_shared<HandlerWindowClosingMessage>(kZuProductionFolderHandlerID), false);
     mNewFolderButton.Destroy();
@@ -152,7 +167,7 @@ void SharedProjectsTabView::DestroySelf() {
     mTrashButton.Destroy();
     RemoveListener(mSearchBox.GetStationID(), this);
     mSearchBox.Destroy();
-    SetSharedProjectsNotifyPauseFn({});
+    RemoveHostFunctions();
     if (const SharedProjectsDirectoryView* directoryView = mTreeView->GetDirectoryView())
         RemoveListener(directoryView->GetStationID(), this);
     mTreeView->Destroy();
@@ -176,6 +191,9 @@ void SharedProjectsTabView::ListenToMessage(const Message& message) {
         OnProductionClosed();
     } else if (MessageCast<DebugDatabaseChangedMessage>(message)) {
         OnDebugDatabaseChanged();
+    } else if (MessageCast<ProjectOpenedMessage>(message) || MessageCast<ProjectClosedMessage>(message) ||
+               MessageCast<ReadOnlyStateChangedMessage>(message)) {
+        UpdateControlEnabledStatesLater();
     }
 }
 
@@ -202,11 +220,13 @@ void SharedProjectsTabView::OnEditTextValueChanged() {
     mTreeView->GetSearchResultsView()->Find(text);
     mPreviousSearchText = text;
     mTreeView->SetView(text.empty() ? TreeViewType::DirectoryView : TreeViewType::SearchResultsView);
+    ForgetKnownSelection();
     UpdateControlEnabledStates();
     UpdateSelectionCount();
 }
 
 void SharedProjectsTabView::OnSelectionChanged() {
+    ForgetKnownSelection();
     UpdateControlEnabledStates();
     UpdateSelectionCount();
 }
@@ -214,6 +234,7 @@ void SharedProjectsTabView::OnSelectionChanged() {
 void SharedProjectsTabView::OnTreeChanged() {
     UpdateSelectionCount();
     UpdateStackedDimensions(true);
+    UpdateControlEnabledStatesLater();
 }
 
 void SharedProjectsTabView::OnItemsDelivered(const std::set<UTF16String>& paths,
@@ -242,6 +263,12 @@ void SharedProjectsTabView::UpdateTabName() {
 }
 
 void SharedProjectsTabView::UpdateControlEnabledStates() {
+UTF16StringVec SharedProjectsTabView::GetSelectedNonRedundantPaths() const {
+    UTF16StringVec paths;
+    OnShownView([&paths](const auto& view) { paths = view.GetSelectedNonRedundantPaths(); });
+    return paths;
+}
+
     const bool isProductionOpen = !SharedProjectsHandler::GetRootDirectory().empty();
     const auto follow = [&](PictureButton& button, int commandID) {
         bool enabled = false;

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsSearchResultsView.h"
+#include "host/core/MainThread.h"
 #include "host/framework/ControlView.h"
 #include "host/framework/TabView.h"
 #include "host/toolkit/UI_Slider.h"
@@ -81,6 +83,13 @@ public:
 
     /// The paths of the selected rows of the tree that is shown, in the order in which they were selected.
     UTF16StringVec GetSelectedPaths() const;
+    /// The same without those inside another selected row's folder.
+    UTF16StringVec GetSelectedNonRedundantPaths() const;
+    /// Those of them that may be moved to the trash. May wait for the volume.
+    UTF16StringVec GetDeleteableSelectedPaths() const;
+    /// Moves the items to the production's trash unless one of them may not go there. May wait for the volume and
+    /// for the user.
+    void TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths);
 
     /// The item whose row is selected, to be renamed, as soon as it is there; empty for none.
     void SetDeferredRenameRowPath(const UTF16String& path) { mDeferredRenameRowPath = path; }
@@ -124,7 +133,8 @@ private:
     void CreateSelectionCount(const Rect& bounds);
     void CreateZoomSlider(const Rect& bounds);
     void CreateButtons(const Rect& bounds);
-    void InstallPauseFunction();
+    void InstallHostFunctions();
+    static void RemoveHostFunctions();
     void ApplyControlTunables();
 
     static Rect GetDirectoryViewBounds(const Rect& bounds);
@@ -133,10 +143,57 @@ private:
     static Rect GetZoomSliderBounds(const Rect& bounds);
     static Rect GetNewProjectButtonBounds(const Rect& bounds);
     static Rect GetNewFolderButtonBounds(const Rect& bounds);
+    /// Runs `action` on the tree that is shown, if there is one.
+    template <class Action>
+    void OnShownView(Action action) const;
+    /// The paths of the selection, for status functions: kept until the selection or a row changes.
+    const UTF16StringVec& GetKnownSelection() const;
+    void ForgetKnownSelection();
+    void UpdateControlEnabledStatesLater();
+
+    bool CanCreateItems() const;
+    UTF16String GetTargetFolder() const;
+    void ShowCreatedItems(const UTF16StringVec& paths);
+    bool CanSelectionGoToTrash() const;
+
     static Rect GetTrashButtonBounds(const Rect& bounds);
 
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();
+    // The commands, in pairs. They may wait for the volume and for the user; the statuses wait for nothing.
+    bool OnNewFolderCommandStatus(bool& enabled) const;
+    bool OnNewProjectCommandStatus(bool& enabled) const;
+    bool OnAddProjectCommandStatus(bool& enabled) const;
+    bool OnOpenProjectCommandStatus(bool& enabled) const;
+    bool OnCloseProjectCommandStatus(bool& enabled) const;
+    bool OnCloseAllOtherProjectsCommandStatus(bool& enabled) const;
+    bool OnCloseAllProjectsCommandStatus(bool& enabled) const;
+    bool OnRefreshProjectCommandStatus(bool& enabled) const;
+    bool OnRefreshAllProjectsCommandStatus(bool& enabled) const;
+    bool OnSaveAllProjectsCommandStatus(bool& enabled) const;
+    bool OnDeleteItemCommandStatus(bool& enabled) const;
+    bool OnToggleLockCommandStatus(bool& enabled) const;
+    bool OnRevealRootInSystemCommandStatus(bool& enabled) const;
+    bool OnRevealItemInSystemCommandStatus(bool& enabled) const;
+    bool OnMakeACopyCommandStatus(bool& enabled) const;
+    bool OnNewFolderCommand(const Command& command);
+    bool OnNewProjectCommand(const Command& command);
+    bool OnAddProjectCommand(const Command& command);
+    bool OnOpenProjectCommand(const Command& command);
+    bool OnCloseProjectCommand(const Command& command);
+    bool OnCloseAllOtherProjectsCommand(const Command& command);
+    bool OnCloseAllProjectsCommand(const Command& command);
+    bool OnRefreshProjectCommand(const Command& command);
+    bool OnRefreshAllProjectsCommand(const Command& command);
+    bool OnSaveAllProjectsCommand(const Command& command);
+    bool OnDeleteItemCommand(const Command& command);
+    bool OnToggleLockCommand(const Command& command);
+    bool OnRevealRootInSystemCommand(const Command& command);
+    bool OnRevealItemInSystemCommand(const Command& command);
+    bool OnMakeACopyCommand(const Command& command);
+    /// What Toggle Lock would do, as the menu says it.
+    UTF16String GetToggleLockCommandText() const;
+
     void OnProductionClosed();
 
     bool OnMovementCommandStatus(bool& enabled) const;
@@ -164,10 +221,22 @@ private:
     PictureButton mNewProjectButton;
     PictureButton mTrashButton;
     Columns::ColumnWidths mColumnIDToBaseWidth;
+    mutable std::optional<UTF16StringVec> mKnownSelection;
+    mutable std::optional<bool> mCanSelectionGoToTrash;
+    RefPtr<QueueOnlyOnce> mQueuedControlUpdate;
     /// From 0 to 1.
     double mZoomAmount = 0;
     UTF16String mPreviousSearchText;
     UTF16String mDeferredRenameRowPath;
+template <class Action>
+void SharedProjectsTabView::OnShownView(Action action) const {
+    if (!AreTreeViewsCreated()) return;
+    if (mTreeView->GetViewType() == TreeViewType::SearchResultsView)
+        action(*mTreeView->GetSearchResultsView());
+    else
+        action(*mTreeView->GetDirectoryView());
+}
+
 };
 
 }  // namespace HandlerSharedProjects

@@ -3,32 +3,34 @@
 
 namespace HandlerSharedProjects {
 
-namespace {
-
-/// Runs `action` on the tree that is shown.
-template <class Action>
-void OnShownView(const SharedProjectsTabView& tabView, Action action) {
-    if (!tabView.AreTreeViewsCreated()) return;
-    const SharedProjectsTreeView& views = tabView.GetTreeView();
-    if (views.GetViewType() == TreeViewType::SearchResultsView)
-        action(*views.GetSearchResultsView());
-    else
-        action(*views.GetDirectoryView());
-}
-
-}  // namespace
-
 /// What a command's status is asked of, and who carries it out. Both answer false to decline: the command
 /// then goes to the base.
 struct SharedProjectsTabView::CommandPair {
     int mID;
     bool (SharedProjectsTabView::*mStatus)(bool& enabled) const;
     bool (SharedProjectsTabView::*mObey)(const Command& command);
+    /// The menu text of an enabled command; null for the menu's own.
+    UTF16String (SharedProjectsTabView::*mText)() const = nullptr;
 };
 
 const SharedProjectsTabView::CommandPair* SharedProjectsTabView::FindCommandPair(int id) {
     using Self = SharedProjectsTabView;
     static constexpr CommandPair kCommandPairs[] = {
+        {1296191078, &Self::OnNewFolderCommandStatus, &Self::OnNewFolderCommand},
+        {30303, &Self::OnNewProjectCommandStatus, &Self::OnNewProjectCommand},
+        {30304, &Self::OnAddProjectCommandStatus, &Self::OnAddProjectCommand},
+        {30305, &Self::OnOpenProjectCommandStatus, &Self::OnOpenProjectCommand},
+        {30306, &Self::OnCloseProjectCommandStatus, &Self::OnCloseProjectCommand},
+        {30307, &Self::OnRefreshProjectCommandStatus, &Self::OnRefreshProjectCommand},
+        {30309, &Self::OnRevealRootInSystemCommandStatus, &Self::OnRevealRootInSystemCommand},
+        {30310, &Self::OnRevealItemInSystemCommandStatus, &Self::OnRevealItemInSystemCommand},
+        {30311, &Self::OnToggleLockCommandStatus, &Self::OnToggleLockCommand, &Self::GetToggleLockCommandText},
+        {30319, &Self::OnMakeACopyCommandStatus, &Self::OnMakeACopyCommand},
+        {30320, &Self::OnRefreshAllProjectsCommandStatus, &Self::OnRefreshAllProjectsCommand},
+        {30321, &Self::OnSaveAllProjectsCommandStatus, &Self::OnSaveAllProjectsCommand},
+        {30322, &Self::OnCloseAllProjectsCommandStatus, &Self::OnCloseAllProjectsCommand},
+        {30325, &Self::OnDeleteItemCommandStatus, &Self::OnDeleteItemCommand},
+        {11215, &Self::OnCloseAllOtherProjectsCommandStatus, &Self::OnCloseAllOtherProjectsCommand},
         {30313, &Self::OnMovementCommandStatus, &Self::OnMoveHomeCommand},
         {30314, &Self::OnMovementCommandStatus, &Self::OnMoveEndCommand},
         {30315, &Self::OnMovementCommandStatus, &Self::OnMovePageDownCommand},
@@ -50,6 +52,7 @@ bool SharedProjectsTabView::FindCommandStatus(int id, bool& enabled, bool& check
         return CommandHandler::FindCommandStatus(id, enabled, checked, mark, text);
     checked = false;
     mark = MenuMark::None;
+    if (enabled && pair->mText) text = (this->*pair->mText)();
     return true;
 }
 
@@ -89,27 +92,27 @@ bool SharedProjectsTabView::OnSelectAllCommand(const Command&) {
 
 bool SharedProjectsTabView::OnDeselectAllCommand(const Command&) {
     if (!AreTreeViewsCreated()) return false;
-    OnShownView(*this, [](auto& view) { view.DeselectAll(); });
+    OnShownView([](auto& view) { view.DeselectAll(); });
     return true;
 }
 
 bool SharedProjectsTabView::OnMoveHomeCommand(const Command&) {
-    OnShownView(*this, [](auto& view) { view.MoveHome(); });
+    OnShownView([](auto& view) { view.MoveHome(); });
     return true;
 }
 
 bool SharedProjectsTabView::OnMoveEndCommand(const Command&) {
-    OnShownView(*this, [](auto& view) { view.MoveEnd(); });
+    OnShownView([](auto& view) { view.MoveEnd(); });
     return true;
 }
 
 bool SharedProjectsTabView::OnMovePageUpCommand(const Command&) {
-    OnShownView(*this, [](auto& view) { view.MovePageUp(); });
+    OnShownView([](auto& view) { view.MovePageUp(); });
     return true;
 }
 
 bool SharedProjectsTabView::OnMovePageDownCommand(const Command&) {
-    OnShownView(*this, [](auto& view) { view.MovePageDown(); });
+    OnShownView([](auto& view) { view.MovePageDown(); });
     return true;
 }
 

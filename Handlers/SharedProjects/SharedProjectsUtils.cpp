@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <iterator>
 #include <string>
 #include <system_error>
+#include <unordered_set>
 
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/Localizer.h"
 #include "host/core/UsageLogger.h"
 #include "host/dialogs/MessageBox.h"
@@ -61,6 +64,15 @@ void LogViewPropertyUsage(const char* property, const ViewPropertyLoggingData& d
     group->Send();
 }
 
+UTF16String ToNameLines(const UTF16StringVec& paths) {
+    constexpr std::size_t kMostLines = 10;
+    UTF16String lines;
+    for (std::size_t i = 0; i < std::min(paths.size(), kMostLines); ++i)
+        lines += u"\n" + Columns::GetPathDisplayName(paths[i]);
+    if (paths.size() > kMostLines) lines += u"\n…";
+    return lines;
+}
+
 void TellRefusal(const char* titleKey, const char* textKey, const FileException& exception) {
     if (exception.SystemError() == ECANCELED) return;
     const UTF16String title = ZString(titleKey);
@@ -80,6 +92,19 @@ int GetPathTypes(UTF16StringVec paths) {
         if (types == kAllPathTypes) break;
     }
     return types;
+}
+
+RowVec GetNonRedundantRows(const RowVec& rows) {
+    std::unordered_set<const UI_MultiColumnTreeRow*> all;
+    for (const RowRef& row : rows) all.insert(row.get());
+    const auto isRedundant = [&all](const RowRef& row) {
+        for (RowRef parent = row->GetParentRow(); parent; parent = parent->GetParentRow())
+            if (all.contains(parent.get())) return true;
+        return false;
+    };
+    RowVec kept;
+    std::ranges::remove_copy_if(rows, std::back_inserter(kept), isRedundant);
+    return kept;
 }
 
 void MoveHome(const TreeRef& tree) {

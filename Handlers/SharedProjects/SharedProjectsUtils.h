@@ -67,6 +67,9 @@ void UpdatePathsOfOpenProjectsAndLockFiles(const UTF16String& oldFolder, const U
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames);
 
+/// The names of the items for a message, each on a line of its own; of many the first ones.
+UTF16String ToNameLines(const UTF16StringVec& paths);
+
 /// Tells the user, under the localised title, why the disk refused: in the text of `textKey`, "@0" stands for
 /// the path and "@1" for the reason. Says nothing when it was the user who cancelled.
 void TellRefusal(const char* titleKey, const char* textKey, const FileException& exception);
@@ -90,6 +93,10 @@ bool IsInTrash(const UTF16String& path, bool includeTrashFolder);
 /// Copies projects from outside into `destinationFolder`, once the user has agreed, and brings the progress
 /// panel forward. When the first of them is in the production already, the user is told so and nothing happens.
 void AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths, const UTF16String& destinationFolder);
+
+/// Opens the project at `path` with the host's questions; nothing for one in the trash. May wait for the volume
+/// and for the user.
+void OpenProjectOutsideTrash(const UTF16String& path);
 
 /// Closes the projects that are open among `paths` and, at any depth, in the folders among them. The user is
 /// asked about unsaved changes unless `closeWithoutPrompt` is set; then they are saved with `saveFirst`, else
@@ -124,6 +131,9 @@ inline RectT<float> ToToolkitRect(const Rect& rect) {
     return {static_cast<float>(rect.x), static_cast<float>(rect.y), static_cast<float>(rect.width),
             static_cast<float>(rect.height)};
 }
+
+/// The rows but those inside the folder of another of them, in the same order.
+RowVec GetNonRedundantRows(const RowVec& rows);
 
 using TreeRef = RefPtr<UI_MultiColumnTree>;
 

@@ -1,7 +1,6 @@
 // Copies and moves of files and folders: first checked, then done.
 #include <map>
 
-#include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
@@ -108,14 +107,12 @@ void TellMoveRefusal(const FileException& exception) {
 
 void TellWhoStayed(const UTF16StringVec& projects) {
     if (projects.empty()) return;
-    UTF16String names;
-    for (const UTF16String& project : projects) names += u"\n" + Columns::GetPathDisplayName(project);
     const UTF16String title =
         ZString("$$$/Vantor/Handlers/ZuProductionFolder/ProjectsNotMoved/Title=Projects Not Moved");
     const UTF16String text = ZString(
         "$$$/Vantor/Handlers/ZuProductionFolder/ProjectsNotMoved/Message=These projects stay where they "
         "are, because their lock could not be taken: \n@0",
-        {names});
+        {ToNameLines(projects)});
     MessageBox(title, text);
 }
 

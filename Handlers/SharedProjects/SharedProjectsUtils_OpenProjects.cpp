@@ -69,6 +69,11 @@ bool CloseAll(DocumentManager& documents, const ProjectVec& projects, bool close
 
 }  // namespace
 
+void OpenProjectOutsideTrash(const UTF16String& path) {
+    DocumentManager* documents = DocumentManager::Instance();
+    if (documents && !IsInTrash(path, true)) documents->OpenProject(path);
+}
+
 bool CloseOpenProjectsInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst) {
     DocumentManager* documents = DocumentManager::Instance();
     return !documents || CloseAll(*documents, FindOpenProjects(paths), closeWithoutPrompt, saveFirst);

@@ -1,0 +1,313 @@
+// Commands on files and folders: making, copying, trashing and revealing them.
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/core/Localizer.h"
+#include "host/core/Logging.h"
+#include "host/dialogs/AskOpenFile.h"
+#include "host/dialogs/MessageBox.h"
+#include "host/dialogs/SimpleInputBox.h"
+#include "host/files/Dir.h"
+#include "host/files/FileSearch.h"
+#include "host/files/PathUtils.h"
+#include "host/framework/SystemReveal.h"
+#include "host/framework/Workspace.h"
+#include "host/project/DocumentManager.h"
+#include "host/project/ProductionItems.h"
+#include "host/project/ProductionTrash.h"
+#include "host/project/ProjectFiles.h"
+
+namespace HandlerSharedProjects {
+
+namespace {
+
+TopLevelWindow* GetDialogParent() {
+    Workspace* workspace = Workspace::Instance().GetPtr();
+    return workspace ? workspace->GetMainTopLevelWindow() : nullptr;
+}
+
+// New Folder.
+
+bool AskFolderName(UTF16String& name) {
+    name = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Untitled=Untitled");
+    const UTF16String title =
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/NameFolderDialog/Title=New Folder");
+    const UTF16String label = ZString("$$$/Vantor/Handlers/ZuProduction/NameItemDialog/TextBoxLabel=Name");
+    return SimpleInputBox(GetDialogParent(), title, label, name);
+}
+
+/// What a name on a disk of this system can be, but for blanks alone, which nobody could see.
+bool IsValidName(const UTF16String& name) {
+    const bool isBlank = name.find_first_not_of(u" \t\u00A0\u3000") == UTF16String::npos;
+    return !isBlank && name != u"." && name != u".." &&
+           name.find_first_of(UTF16String{PathUtils::GetPathSeparator(), u'\0'}) == UTF16String::npos;
+}
+
+void TellInvalidName() {
+    const UTF16String title =
+        ZString("$$$/Vantor/Handlers/ZuProduction/NameItemDialog/InvalidNameWarning/Title=Invalid Name");
+    const UTF16String text = ZString(
+        "$$$/Vantor/Handlers/ZuProduction/NameItemDialog/InvalidNameWarning/Message=A valid name cannot be "
+        "empty "
+        "and cannot contain any of the following characters: \n");
+    MessageBox(title, text + PathUtils::GetPathSeparator());
+}
+
+void TellDirectoryExists() {
+    const UTF16String title =
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/MessageBox/DirectoryExistsTitle=Directory Exists");
+    const UTF16String text = ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/MessageBox/DirectoryExistsMessage=Directory already exists");
+    MessageBox(title, text);
+}
+
+void TellCreationRefused(const FileException& exception) {
+    Utils::TellRefusal(
+        "$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Title=Folder Not Created",
+        "$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Message=The folder “@0” could not "
+        "be created: @1",
+        exception);
+}
+
+/// Makes a folder named by the user in `targetFolder`; returns its path, empty when none was made.
+UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
+    UTF16String name;
+    if (!AskFolderName(name)) return {};
+    if (!IsValidName(name)) {
+        TellInvalidName();
+        return {};
+    }
+    const Dir folder(PathUtils::CombinePaths(targetFolder, name));
+    if (folder.Exists()) {
+        TellDirectoryExists();
+        return {};
+    }
+    folder.Create();
+    return folder.FullPath();
+}
+
+// Move to Trash.
+
+/// As far as the rows tell: a folder that was never opened is looked at when it is to be moved.
+template <class View>
+bool HoldsLockedProject(const View& view, const RowRef& row) {
+    return std::ranges::any_of(row->GetChildRows(), [&view](const RowRef& child) {
+        return view.IsFileRow(child) ? Utils::IsALockedProject(view.GetRowPath(child.get()))
+                                     : HoldsLockedProject(view, child);
+    });
+}
+
+template <class View>
+bool CanRowGoToTrash(const View& view, const RowRef& row) {
+    const UTF16String path = view.GetRowPath(row.get());
+    if (Utils::IsInTrash(path, true)) return false;
+    return view.IsFileRow(row) ? !Utils::IsALockedProject(path) : !HoldsLockedProject(view, row);
+}
+
+/// Tells which of the `selected` items are not among those that can go.
+void TellNotMovedToTrash(UTF16StringVec selected, const UTF16StringVec& deleteable) {
+    if (selected.size() == deleteable.size()) return;
+    const std::set<UTF16String> gone(deleteable.begin(), deleteable.end());
+    std::erase_if(selected, [&gone](const UTF16String& path) { return gone.contains(path); });
+    const UTF16String title =
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/NotMovedToTrash/Title=Not Moved to Trash");
+    const UTF16String text = ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/NotMovedToTrash/Message=These items stay where they are, "
+        "because somebody else has locked them or projects inside: \n@0",
+        {Utils::ToNameLines(selected)});
+    MessageBox(title, text);
+}
+
+// Make a Copy.
+
+/// Copies the whole folder, and makes the projects in the copy projects of the production.
+void CopyFolder(const UTF16String& path, const UTF16String& copyPath) {
+    Dir(copyPath).Create();
+    Utilities::CopyDirectoryTree(path, copyPath);
+    const UTF16StringVec projects = FileSearch::FindFiles(copyPath, GetProjectFileExtension());
+    if (!projects.empty()) AddProjectsToZuProduction(projects, copyPath);
+}
+
+/// Copies each item beside itself; returns where the copies are or will be.
+class CopyMaker {
+public:
+    void Copy(const UTF16String& path) {
+        UTF16StringVec& namesBeside = mNames[PathUtils::GetFullDirectoryPart(path)];
+        const UTF16String copyPath = GetZuProductionItemCopyPath(path, namesBeside);
+        namesBeside.push_back(PathUtils::GetFullFilePart(copyPath));
+        if (PathUtils::IsDirectory(path))
+            CopyFolder(path, copyPath);
+        else
+            AddProjectToZuProduction(path, copyPath);
+        mCopies.push_back(copyPath);
+    }
+
+    const UTF16StringVec& GetCopies() const { return mCopies; }
+
+private:
+    /// The names of copies that may not be there yet, by folder.
+    std::map<UTF16String, UTF16StringVec> mNames;
+    UTF16StringVec mCopies;
+};
+
+}  // namespace
+
+bool SharedProjectsTabView::CanCreateItems() const {
+    const UTF16StringVec& selected = GetKnownSelection();
+    if (selected.empty()) return !SharedProjectsHandler::GetRootDirectory().empty();
+    return selected.size() == 1 && !IsInZuProductionTrash(selected.front(), true);
+}
+
+/// The selected folder, or the folder that holds the selected project; without a selection the production's.
+UTF16String SharedProjectsTabView::GetTargetFolder() const {
+    const UTF16StringVec selected = GetSelectedPaths();
+    if (selected.empty()) return SharedProjectsHandler::GetRootDirectory();
+    const UTF16String path = PathUtils::ToNormalizedPath(selected.front());
+    return PathUtils::IsDirectory(path) ? path
+                                        : PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(path));
+}
+
+void SharedProjectsTabView::ShowCreatedItems(const UTF16StringVec& paths) {
+    if (AreTreeViewsCreated()) mTreeView->GetDirectoryView()->SelectWhenShown(paths);
+}
+
+bool SharedProjectsTabView::OnNewFolderCommandStatus(bool& enabled) const {
+    if (!IsCreated()) return false;
+    enabled = CanCreateItems();
+    return true;
+}
+
+bool SharedProjectsTabView::OnNewFolderCommand(const Command&) {
+    if (!IsCreated()) return false;
+    if (!CanCreateItems()) return true;
+    try {
+        const UTF16String path = CreateNamedFolder(GetTargetFolder());
+        if (path.empty()) return true;
+        Utils::LogUsage("DirectoryTree", "NewFolder");
+        ShowCreatedItems({path});
+    } catch (const FileException& exception) {
+        LogException(exception, __PRETTY_FUNCTION__);
+        TellCreationRefused(exception);
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    return true;
+}
+
+bool SharedProjectsTabView::OnNewProjectCommandStatus(bool& enabled) const {
+    enabled = DocumentManager::Instance() && CanCreateItems();
+    return true;
+}
+
+bool SharedProjectsTabView::OnNewProjectCommand(const Command&) {
+    DocumentManager* documents = DocumentManager::Instance();
+    if (!documents || !CanCreateItems()) return true;
+    const UTF16String path = documents->CreateProject(GetTargetFolder());
+    Utils::LogUsage("DirectoryTree", "NewProject");
+    if (path.empty()) return true;
+    SetDeferredRenameRowPath(path);
+    ShowCreatedItems({path});
+    return true;
+}
+
+bool SharedProjectsTabView::OnAddProjectCommandStatus(bool& enabled) const {
+    enabled = CanCreateItems();
+    return true;
+}
+
+bool SharedProjectsTabView::OnAddProjectCommand(const Command&) {
+    if (!CanCreateItems()) return true;
+    const UTF16String targetFolder = GetTargetFolder();
+    const UTF16String title = ZString("$$$/Vantor/Handlers/ZuProductionFolder/AddProject=Add Project");
+    const UTF16String typeLabel = ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/ProjectFileOpenType=Orlen Vantor Pro Project (*.zuproj)");
+    UTF16StringVec paths;
+    if (AskOpenFile(title, paths, typeLabel, u"*.ZUPROJ", GetProjectFileExtension(), GetDialogParent()))
+        Utils::AddProjectsToZuProductionWithPrompt(paths, targetFolder);
+    return true;
+}
+
+bool SharedProjectsTabView::CanSelectionGoToTrash() const {
+    bool canGo = !GetKnownSelection().empty();
+    OnShownView([&canGo](const auto& view) {
+        const RowVec rows = view.GetTree()->GetSelectedRows();
+        canGo =
+            canGo && std::ranges::all_of(rows, [&](const RowRef& row) { return CanRowGoToTrash(view, row); });
+    });
+    return canGo;
+}
+
+bool SharedProjectsTabView::OnDeleteItemCommandStatus(bool& enabled) const {
+    if (!IsCreated()) return false;
+    if (!mCanSelectionGoToTrash) mCanSelectionGoToTrash = CanSelectionGoToTrash();
+    enabled = *mCanSelectionGoToTrash;
+    return true;
+}
+
+bool SharedProjectsTabView::OnDeleteItemCommand(const Command&) {
+    if (!IsCreated()) return false;
+    const UTF16StringVec paths = GetDeleteableSelectedPaths();
+    TellNotMovedToTrash(GetSelectedNonRedundantPaths(), paths);
+    Utils::LogUsage("Trash", "DeleteCommand");
+    TryToMoveToSharedProjectsTrash(paths);
+    return true;
+}
+
+UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths() const {
+    UTF16StringVec paths = GetSelectedNonRedundantPaths();
+    std::erase_if(paths, [](const UTF16String& path) { return !Utils::CanAllBeDeleted({path}); });
+    return paths;
+}
+
+void SharedProjectsTabView::TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths) {
+    Utils::MoveToSharedProjectsTrash(paths, false, true);
+}
+
+bool SharedProjectsTabView::OnRevealRootInSystemCommandStatus(bool& enabled) const {
+    enabled = !SharedProjectsHandler::GetRootDirectory().empty();
+    return true;
+}
+
+bool SharedProjectsTabView::OnRevealRootInSystemCommand(const Command&) {
+    const UTF16String root = SharedProjectsHandler::GetRootDirectory();
+    if (!root.empty()) RevealFolder(root);
+    return true;
+}
+
+bool SharedProjectsTabView::OnRevealItemInSystemCommandStatus(bool& enabled) const {
+    enabled = !GetKnownSelection().empty();
+    return true;
+}
+
+bool SharedProjectsTabView::OnRevealItemInSystemCommand(const Command&) {
+    const UTF16StringVec paths = GetSelectedPaths();
+    if (paths.size() == 1)
+        RevealAndSelectFile(paths.front());
+    else if (!paths.empty())
+        RevealAndSelectFiles(paths);
+    return true;
+}
+
+bool SharedProjectsTabView::OnMakeACopyCommandStatus(bool& enabled) const {
+    enabled = !GetKnownSelection().empty();
+    return true;
+}
+
+bool SharedProjectsTabView::OnMakeACopyCommand(const Command&) {
+    CopyMaker maker;
+    try {
+        for (const UTF16String& path : GetSelectedNonRedundantPaths()) maker.Copy(path);
+    } catch (const FileException& exception) {
+        LogException(exception, __PRETTY_FUNCTION__);
+        Utils::TellCopyRefusal(exception);
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    if (!maker.GetCopies().empty()) ShowCreatedItems(maker.GetCopies());
+    return true;
+}
+
+}  // namespace HandlerSharedProjects
