@@ -242,6 +242,21 @@ void SharedProjectsTabView::OnItemsDelivered(const std::set<UTF16String>& paths,
     if (AreTreeViewsCreated()) mTreeView->GetSearchResultsView()->UpdateFromDelivery(paths, removedPaths);
 }
 
+const UTF16StringVec& SharedProjectsTabView::GetKnownSelection() const {
+    if (!mKnownSelection) mKnownSelection = GetSelectedPaths();
+    return *mKnownSelection;
+}
+
+void SharedProjectsTabView::ForgetKnownSelection() {
+    mKnownSelection.reset();
+    mCanSelectionGoToTrash.reset();
+}
+
+void SharedProjectsTabView::UpdateControlEnabledStatesLater() {
+    ForgetKnownSelection();
+    if (mQueuedControlUpdate) mQueuedControlUpdate->Queue();
+}
+
 bool SharedProjectsTabView::AreTreeViewsCreated() const {
     return mTreeView && mTreeView->IsCreated();
 }
@@ -251,6 +266,12 @@ UTF16StringVec SharedProjectsTabView::GetSelectedPaths() const {
     return mTreeView->GetViewType() == TreeViewType::SearchResultsView
                ? mTreeView->GetSearchResultsView()->GetSelectedPaths(true)
                : mTreeView->GetDirectoryView()->GetSelectedPaths();
+}
+
+UTF16StringVec SharedProjectsTabView::GetSelectedNonRedundantPaths() const {
+    UTF16StringVec paths;
+    OnShownView([&paths](const auto& view) { paths = view.GetSelectedNonRedundantPaths(); });
+    return paths;
 }
 
 void SharedProjectsTabView::UpdateTabName() {
@@ -263,12 +284,6 @@ void SharedProjectsTabView::UpdateTabName() {
 }
 
 void SharedProjectsTabView::UpdateControlEnabledStates() {
-UTF16StringVec SharedProjectsTabView::GetSelectedNonRedundantPaths() const {
-    UTF16StringVec paths;
-    OnShownView([&paths](const auto& view) { paths = view.GetSelectedNonRedundantPaths(); });
-    return paths;
-}
-
     const bool isProductionOpen = !SharedProjectsHandler::GetRootDirectory().empty();
     const auto follow = [&](PictureButton& button, int commandID) {
         bool enabled = false;
