@@ -143,6 +143,8 @@ private:
     static Rect GetZoomSliderBounds(const Rect& bounds);
     static Rect GetNewProjectButtonBounds(const Rect& bounds);
     static Rect GetNewFolderButtonBounds(const Rect& bounds);
+    static Rect GetTrashButtonBounds(const Rect& bounds);
+
     /// Runs `action` on the tree that is shown, if there is one.
     template <class Action>
     void OnShownView(Action action) const;
@@ -156,10 +158,10 @@ private:
     void ShowCreatedItems(const UTF16StringVec& paths);
     bool CanSelectionGoToTrash() const;
 
-    static Rect GetTrashButtonBounds(const Rect& bounds);
-
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();
+    void OnProductionClosed();
+
     // The commands, in pairs. They may wait for the volume and for the user; the statuses wait for nothing.
     bool OnNewFolderCommandStatus(bool& enabled) const;
     bool OnNewProjectCommandStatus(bool& enabled) const;
@@ -194,8 +196,6 @@ private:
     /// What Toggle Lock would do, as the menu says it.
     UTF16String GetToggleLockCommandText() const;
 
-    void OnProductionClosed();
-
     bool OnMovementCommandStatus(bool& enabled) const;
     bool OnZoomCommandStatus(bool& enabled) const;
     bool OnSelectAllCommandStatus(bool& enabled) const;
@@ -221,13 +221,15 @@ private:
     PictureButton mNewProjectButton;
     PictureButton mTrashButton;
     Columns::ColumnWidths mColumnIDToBaseWidth;
+    /// From 0 to 1.
+    double mZoomAmount = 0;
     mutable std::optional<UTF16StringVec> mKnownSelection;
     mutable std::optional<bool> mCanSelectionGoToTrash;
     RefPtr<QueueOnlyOnce> mQueuedControlUpdate;
-    /// From 0 to 1.
-    double mZoomAmount = 0;
     UTF16String mPreviousSearchText;
     UTF16String mDeferredRenameRowPath;
+};
+
 template <class Action>
 void SharedProjectsTabView::OnShownView(Action action) const {
     if (!AreTreeViewsCreated()) return;
@@ -236,7 +238,5 @@ void SharedProjectsTabView::OnShownView(Action action) const {
     else
         action(*mTreeView->GetDirectoryView());
 }
-
-};
 
 }  // namespace HandlerSharedProjects
