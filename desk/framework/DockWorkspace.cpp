@@ -19,8 +19,12 @@ namespace {
 
 constexpr QLatin1String kDocks("docks");
 constexpr QLatin1String kClosedPanels("closedPanels");
+/// Those of the panels on demand.
+constexpr QLatin1String kOpenPanels("openPanels");
 /// Of the window's width, as long as the user has not chosen: a panel shows five columns without scrolling.
 constexpr double kDefaultShare = 0.725;
+/// Of a panel on demand, in view units.
+constexpr int kDefaultHeight = 190;
 
 DockWorkspace* sCurrent = nullptr;
 
@@ -111,7 +115,7 @@ DockWorkspaceFrame* DockWorkspace::FindFrame(const host::UTF16String& handlerID)
 DockWorkspaceFrame& DockWorkspace::FindOrMakeFrame(const host::UTF16String& handlerID) {
     if (DockWorkspaceFrame* frame = FindFrame(handlerID)) return *frame;
     auto* frame = new DockWorkspaceFrame(mWindow, handlerID, [this, handlerID] { ClosePanel(handlerID); });
-    if (!mWindow.restoreDockWidget(frame)) mWindow.addDockWidget(Qt::LeftDockWidgetArea, frame);
+    if (!mWindow.restoreDockWidget(frame)) AddDock(*frame);
     for (const auto signal : {&QDockWidget::visibilityChanged, &QDockWidget::topLevelChanged})
         connect(
             frame, signal, this, [this] { UpdateTabs(); }, Qt::QueuedConnection);
@@ -121,10 +125,19 @@ DockWorkspaceFrame& DockWorkspace::FindOrMakeFrame(const host::UTF16String& hand
     return *frame;
 }
 
+void DockWorkspace::AddDock(DockWorkspaceFrame& frame) {
+    if (!PanelRegistry::Instance().IsOnDemand(frame.GetHandlerID()))
+        return mWindow.addDockWidget(Qt::LeftDockWidgetArea, &frame);
+    mWindow.addDockWidget(Qt::BottomDockWidgetArea, &frame);
+    mWindow.resizeDocks({&frame}, {kDefaultHeight}, Qt::Vertical);
+}
+
 void DockWorkspace::OpenPanels(const QJsonObject& layout) {
     const QJsonArray closed = layout.value(kClosedPanels).toArray();
+    const QJsonArray open = layout.value(kOpenPanels).toArray();
     for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs()) {
-        const bool isClosed = closed.contains(ToQString(id));
+        const bool isClosed = PanelRegistry::Instance().IsOnDemand(id) ? !open.contains(ToQString(id))
+                                                                        : closed.contains(ToQString(id));
         // A handler announces its entry in the Window menu when it is made: that entry stays.
         if (isClosed && PanelRegistry::Instance().FindOrCreateHandler(id))
             PanelRegistry::Instance().DestroyHandler(id);
@@ -160,10 +173,16 @@ bool DockWorkspace::RestoreDocks(const QJsonObject& layout) {
 
 QJsonObject DockWorkspace::SaveLayout() const {
     QJsonArray closed;
-    for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs())
-        if (const DockWorkspaceFrame* frame = FindFrame(id); !frame || !frame->IsShown())
-            closed.append(ToQString(id));
-    return {{kDocks, QString::fromLatin1(mWindow.saveState().toBase64())}, {kClosedPanels, closed}};
+    QJsonArray open;
+    for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs()) {
+        const DockWorkspaceFrame* frame = FindFrame(id);
+        const bool isOpen = frame && frame->IsShown();
+        if (!isOpen) closed.append(ToQString(id));
+        if (isOpen && PanelRegistry::Instance().IsOnDemand(id)) open.append(ToQString(id));
+    }
+    return {{kDocks, QString::fromLatin1(mWindow.saveState().toBase64())},
+            {kClosedPanels, closed},
+            {kOpenPanels, open}};
 }
 
 bool DockWorkspace::SelectPanel(bool forward) {

@@ -42,7 +42,8 @@ public:
     /// Closes all panels without asking, as the program ends.
     void DestroyPanels();
 
-    /// Opens all panels that there are, as `layout` tells: where they were, and without those that were closed.
+    /// Opens all panels that there are, as `layout` tells: where they were, and without those that were closed; of
+    /// those that are opened on demand (`PanelRegistry::SetOnDemand`) only those that were open.
     /// An empty layout gives the default one; so does a layout that cannot be used, which is logged.
     void OpenPanels(const QJsonObject& layout);
     QJsonObject SaveLayout() const;
@@ -52,6 +53,7 @@ public:
 
 private:
     DockWorkspaceFrame& FindOrMakeFrame(const host::UTF16String& handlerID);
+    void AddDock(DockWorkspaceFrame& frame);
     void OpenByDefault();
     bool RestoreDocks(const QJsonObject& layout);
     void DestroyPanel(DockWorkspaceFrame& frame);

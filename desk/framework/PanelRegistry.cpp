@@ -47,6 +47,14 @@ void PanelRegistry::DestroyHandler(const host::UTF16String& handlerID) {
     auto node = Registrations::Instance().mOwnedHandlers.extract(id);
 }
 
+void PanelRegistry::SetOnDemand(const host::UTF16String& handlerID) {
+    Registrations::Instance().mOnDemand.insert(handlerID);
+}
+
+bool PanelRegistry::IsOnDemand(const host::UTF16String& handlerID) const {
+    return Registrations::Instance().mOnDemand.contains(handlerID);
+}
+
 const std::vector<PanelRegistry::WindowEntry>& PanelRegistry::GetWindowEntries() const {
     return Registrations::Instance().mWindowEntries;
 }

@@ -31,6 +31,9 @@ public:
     /// factory threw (logged).
     host::Handler* FindOrCreateHandler(const host::UTF16String& handlerID);
     void DestroyHandler(const host::UTF16String& handlerID);
+    /// The panel is opened when it is wanted: it is closed at first, and then stands below the others.
+    void SetOnDemand(const host::UTF16String& handlerID);
+    bool IsOnDemand(const host::UTF16String& handlerID) const;
     /// The entries of the Window menu, in the order of registration.
     const std::vector<WindowEntry>& GetWindowEntries() const;
 };

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "desk/framework/PanelRegistry.h"
@@ -31,6 +32,8 @@ struct Registrations {
     std::map<host::UTF16String, Factory<host::Module::Factory>> mModuleFactories;
     std::map<host::UTF16String, Factory<host::Handler::Factory>> mHandlerFactories;
     std::map<host::UTF16String, std::unique_ptr<host::Module>> mModules;
+    /// The handlers of panels that are closed at first.
+    std::set<host::UTF16String> mOnDemand;
 
     std::map<host::UTF16String, host::Handler*> mLiveHandlers;
     std::map<host::UTF16String, std::unique_ptr<host::Handler>> mOwnedHandlers;
