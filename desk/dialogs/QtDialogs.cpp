@@ -5,6 +5,7 @@
 
 #include "desk/core/QtStrings.h"
 #include "desk/dialogs/DialogParts.h"
+#include "desk/dialogs/StartFolder.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -30,7 +31,7 @@ void QtDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16Str
 
 std::optional<host::UTF16String> QtDialogs::AskFolder(const host::UTF16String& title,
                                                       const host::UTF16String& startFolder) {
-    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), ToQString(startFolder));
+    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), FindStartFolder(startFolder));
     dialog.setFileMode(QFileDialog::Directory);
     dialog.setOption(QFileDialog::ShowDirsOnly);
     return Run(dialog);
@@ -38,7 +39,7 @@ std::optional<host::UTF16String> QtDialogs::AskFolder(const host::UTF16String& t
 
 std::optional<host::UTF16String> QtDialogs::AskNewFolder(const host::UTF16String& title,
                                                          const host::UTF16String& startFolder) {
-    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), ToQString(startFolder));
+    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), FindStartFolder(startFolder));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::ShowDirsOnly);
