@@ -1,4 +1,5 @@
 #include <QStringView>
+#include <algorithm>
 
 #include "desk/toolkit/Theme.h"
 
@@ -32,9 +33,15 @@ QString Escape(char16_t unit) {
     return QStringLiteral("\\u") + digits.rightJustified(4, u'0');
 }
 
+/// A text of spaces alone would look as if there were none.
+bool IsBlank(std::u16string_view text) {
+    return std::ranges::all_of(text, [](char16_t unit) { return QChar::isSpace(unit); });
+}
+
 }  // namespace
 
 QString ToDisplayText(std::u16string_view text) {
+    const bool isBlank = IsBlank(text);
     QString shown;
     shown.reserve(qsizetype(text.size()));
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -42,7 +49,7 @@ QString ToDisplayText(std::u16string_view text) {
         if (QChar::isHighSurrogate(unit) && i + 1 < text.size() && QChar::isLowSurrogate(text[i + 1])) {
             shown += QChar(unit);
             shown += QChar(text[++i]);
-        } else if (IsControl(unit) || IsBidirectionalFormat(unit) || QChar::isSurrogate(unit)) {
+        } else if (isBlank || IsControl(unit) || IsBidirectionalFormat(unit) || QChar::isSurrogate(unit)) {
             shown += Escape(unit);
         } else {
             shown += QChar(unit);

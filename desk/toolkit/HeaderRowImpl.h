@@ -26,7 +26,10 @@ struct host::UI_MultiColumnTreeHeaderRow::Impl {
     QHeaderView* View() const;
     /// Brings a header view that has as many sections in line with this header row.
     void Apply();
-    void ApplyWidth(int appended);
+    void ApplyWidths();
+    /// How much narrower than it is set the last column shows, so that the vertical scroll bar alone brings no
+    /// horizontal one along.
+    int WidthLeftToScrollBar() const;
     void ApplySortIndicator();
     void SetSort(ColumnID column, bool ascending);
 

@@ -45,7 +45,8 @@ public:
 };
 
 /// `text` made safe to show as one line of plain text: control and bidirectional formatting characters,
-/// line separators and units that stand for raw bytes become visible escapes ("\n", "\u202E", "\xE9").
+/// line separators and units that stand for raw bytes become visible escapes ("\n", "\u202E", "\xE9"), and so
+/// do spaces where there is nothing else.
 ZUHOST_API QString ToDisplayText(std::u16string_view text);
 
 }  // namespace desk

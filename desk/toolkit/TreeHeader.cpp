@@ -44,6 +44,10 @@ void TreeHeader::FollowRowHeight() {
     viewport()->update();
 }
 
+void TreeHeader::FollowViewWidth() {
+    if (mTree.mHeader) host::UI_MultiColumnTreeHeaderRow::Impl::Of(*mTree.mHeader).ApplyWidths();
+}
+
 void TreeHeader::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     painter.fillRect(rect(), Theme::Color(ThemeColor::HeaderBackground));

@@ -13,6 +13,8 @@ public:
 
     /// The height of its text and of itself follow the rows' height.
     void FollowRowHeight();
+    /// The last column makes room for the vertical scroll bar.
+    void FollowViewWidth();
 
 protected:
     void paintSection(QPainter* painter, const QRect& rect, int section) const override;

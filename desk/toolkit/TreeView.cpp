@@ -83,6 +83,7 @@ void TreeView::scrollContentsBy(int dx, int dy) {
 
 void TreeView::resizeEvent(QResizeEvent* event) {
     QTreeView::resizeEvent(event);
+    mHeader->FollowViewWidth();
     mSpinner->Place();
     mTree.UpdateVisibleRowsLater();
 }

@@ -1,6 +1,7 @@
 #include "host/toolkit/UI_MultiColumnTreeHeaderRow.h"
 
 #include <QHeaderView>
+#include <QScrollBar>
 #include <algorithm>
 #include <cmath>
 
@@ -29,12 +30,26 @@ QHeaderView* Impl::View() const {
     return mTree && mTree->mView ? mTree->mView->header() : nullptr;
 }
 
-void Impl::ApplyWidth(int appended) {
+void Impl::ApplyWidths() {
     QHeaderView* view = View();
-    if (!view) return;
+    if (!view || mOrder.empty()) return;
     const bool wasApplying = std::exchange(mIsApplying, true);
-    view->resizeSection(appended, int(std::lround(mColumns[std::size_t(appended)].mWidth)));
+    const int left = WidthLeftToScrollBar();
+    for (const int appended : mOrder) {
+        const int width = int(std::lround(mColumns[std::size_t(appended)].mWidth));
+        view->resizeSection(appended, appended == mOrder.back() ? width - left : width);
+    }
     mIsApplying = wasApplying;
+}
+
+int Impl::WidthLeftToScrollBar() const {
+    const QScrollBar& bar = *mTree->mView->verticalScrollBar();
+    if (!bar.isVisibleTo(mTree->mView)) return 0;
+    long missing = -mTree->mView->viewport()->width();
+    for (const Column& column : mColumns) missing += std::lround(column.mWidth);
+    const Column& last = mColumns[std::size_t(mOrder.back())];
+    const bool isEnough = missing <= bar.width() && last.mWidth - float(missing) >= last.mMinimumWidth;
+    return missing > 0 && isEnough ? int(missing) : 0;
 }
 
 void Impl::ApplySortIndicator() {
@@ -52,8 +67,8 @@ void Impl::Apply() {
     for (int position = 0; position < int(mOrder.size()); ++position) {
         const int appended = mOrder[std::size_t(position)];
         view->moveSection(view->visualIndex(appended), position);
-        ApplyWidth(appended);
     }
+    ApplyWidths();
     view->setSectionsMovable(mAllowsMoving);
     view->setFirstSectionMovable(!mPinsFirst);
     ApplySortIndicator();
@@ -75,7 +90,7 @@ void Impl::SectionResized(int appended, int width) {
     Column& column = mColumns[std::size_t(appended)];
     const float before = column.mWidth;
     column.mWidth = std::max(float(width), column.mMinimumWidth);
-    if (int(std::lround(column.mWidth)) != width) ApplyWidth(appended);
+    if (int(std::lround(column.mWidth)) != width) ApplyWidths();
     if (column.mWidth != before && mTree)
         desk::Call(mTree->mCallbacks.mColumnResized, unsigned(PositionOf(appended)), column.mWidth);
 }
@@ -85,6 +100,7 @@ void Impl::SectionMoved(int from, int to) {
     const int appended = mOrder[std::size_t(from)];
     mOrder.erase(mOrder.begin() + from);
     mOrder.insert(mOrder.begin() + to, appended);
+    ApplyWidths();
     mTree->ColumnsChanged();
     desk::Call(mTree->mCallbacks.mColumnMoved, unsigned(from), unsigned(to));
 }
@@ -140,7 +156,7 @@ void UI_MultiColumnTreeHeaderRow::SetColumnWidth(ColumnID column, float width) {
     if (appended < 0) return;
     Impl::Column& found = mImpl->mColumns[std::size_t(appended)];
     found.mWidth = std::max(width, found.mMinimumWidth);
-    mImpl->ApplyWidth(appended);
+    mImpl->ApplyWidths();
 }
 
 void UI_MultiColumnTreeHeaderRow::SetColumnAllowedMinimumWidth(ColumnID column, float width) {

@@ -36,12 +36,13 @@ public:
     /// Paints by way of a buffer, so that nothing flickers.
     void EnableDoubleBuffering(bool enable);
 
-    /// Tells the frame that the stacked height of the view has changed; with `animate` the frame moves
-    /// there smoothly.
+    /// Tells the frame that the stacked height of the view has changed. A frame that stacks its panels moves
+    /// there, with `animate` smoothly; one that shares the window's height with others, as a dock does, keeps
+    /// the height that the user has given it.
     void UpdateStackedDimensions(bool animate);
 
-    /// Heights for frames that stack their panels, in view units: the height of all content, and the
-    /// bounds that the frame keeps to. The base answers 0, 0 and 0: no wish.
+    /// Heights for frames that stack their panels, and no others, in view units: the height of all content,
+    /// and the bounds that the frame keeps to. The base answers 0, 0 and 0: no wish.
     virtual float GetStackedDimensionHeight() const;
     virtual int GetStackedDimensionHeightMin() const;
     virtual int GetStackedDimensionHeightMax() const;

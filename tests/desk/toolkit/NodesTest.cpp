@@ -133,6 +133,7 @@ TEST(DisplayTextTest, EscapesWhatWouldChangeTheLineAndNothingElse) {
     EXPECT_EQ(desk::ToDisplayText(u"a\nb\tc\r\u001b"), "a\\nb\\tc\\r\\u001B");
     EXPECT_EQ(desk::ToDisplayText(u"x\u202Egpj\u2066\u2029"), "x\\u202Egpj\\u2066\\u2029");
     EXPECT_EQ(desk::ToDisplayText(std::u16string{u'a', 0xDCE9, 0xD800, u'b'}), "a\\xE9\\uD800b");
+    EXPECT_EQ(desk::ToDisplayText(u" \u00a0"), "\\u0020\\u00A0") << "a project named \" .zuproj\" has a name";
 }
 
 TEST(ThemeTest, EveryPictureOfTheHostIsThereAndToldApartByItsShape) {

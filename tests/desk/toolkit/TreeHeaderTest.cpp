@@ -93,6 +93,28 @@ TEST_F(TreeHeaderTest, AHeaderRowMadeBeforehandBringsItsLayout) {
     EXPECT_EQ(mTree->CountOpenedRows(), 1u);
 }
 
+TEST_F(TreeHeaderTest, TheVerticalScrollBarBringsNoHorizontalOne) {
+    const auto hasHorizontalBar = [&] { return View().horizontalScrollBar()->isVisibleTo(&View()); };
+    const int width = View().viewport()->width();
+    const float rest = float(width - 200);
+    mHeader->SetColumnWidth(kDateColumn, rest);
+    Settle();
+    const host::RowVec rows = Add(nullptr, Names("a", 0, 100));
+    Settle();
+    ASSERT_LT(View().viewport()->width(), width);
+    EXPECT_FALSE(hasHorizontalBar());
+    EXPECT_EQ(mHeader->GetColumnWidth(kDateColumn), rest);
+    mHeader->SetColumnWidth(kDateColumn, rest + 1);
+    Settle();
+    EXPECT_TRUE(hasHorizontalBar()) << "wider than the view by more than the scroll bar";
+    mHeader->MoveColumn(kDateColumn, 0, true);
+    mHeader->SetColumnWidth(kDateColumn, rest);
+    mTree->RemoveRows(rows);
+    Settle();
+    EXPECT_EQ(View().header()->length(), width);
+    EXPECT_TRUE(mHeard.empty());
+}
+
 TEST_F(TreeHeaderTest, CellsStayWithTheirColumns) {
     const host::RowRef row = Add(nullptr, {"a"})[0];
     Settle();
