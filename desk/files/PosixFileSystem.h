@@ -17,8 +17,17 @@ public:
     void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override;
     void Link(const std::string& from, const std::string& to) override;
     void RemoveFile(const std::string& path) override;
-    void CreateFolder(const std::string& path) override;
+    void CreateFolder(const std::string& path, unsigned mode) override;
     void RenameNew(const std::string& from, const std::string& to) override;
+    ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
+                        const CopyStep& step) override;
+    void CopyLink(const std::string& from, const std::string& to) override;
+    void CopyFolderAttributes(const std::string& from, const std::string& to) override;
+    void RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) override;
+    void TryToChangeFolder(const std::string& path) override;
+    void MakeFolderChangeable(const std::string& path) override;
+    void FlushFolder(const std::string& path) override;
+    void FlushVolume(const std::string& path) override;
     long VolumeType(const std::string& path) override;
 };
 

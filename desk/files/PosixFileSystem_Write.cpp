@@ -8,6 +8,7 @@
 #include "desk/files/HostNames.h"
 #include "desk/files/PosixErrors.h"
 #include "desk/files/PosixFileSystem.h"
+#include "desk/files/PosixWriting.h"
 
 namespace desk {
 
@@ -17,29 +18,6 @@ std::string FolderOf(const std::string& path) {
     std::size_t slash = path.rfind('/');
     if (slash == std::string::npos) return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-/// Returns 0 or an errno.
-int WriteAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        ssize_t count = RetryInterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
-        if (count < 0) return errno;
-        if (count == 0) return ENOSPC;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return 0;
-}
-
-int Flush(int file) {
-    return RetryInterrupted([&] { return ::fsync(file); }) == 0 ? 0 : errno;
-}
-
-/// Makes a rename durable. A volume whose folders cannot be flushed says EINVAL and has nothing to flush.
-int FlushFolder(const std::string& folder) {
-    FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor.IsOpen()) return errno;
-    int error = Flush(descriptor.Get());
-    return error == EINVAL || error == ENOTSUP ? 0 : error;
 }
 
 int CheckSize(const std::string& path, std::size_t size) {
@@ -70,25 +48,28 @@ int WriteNewFile(const std::string& path, const std::string& bytes, mode_t mode)
     return error;
 }
 
-bool IsNothingAt(const std::string& path) {
-    struct stat facts;
-    return ::lstat(path.c_str(), &facts) != 0 && errno == ENOENT;
-}
-
-/// For volumes without an atomic "rename without replacing". Returns 0 or an errno.
-int RenameByLink(const std::string& from, const std::string& to) {
-    if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) == 0) {
-        if (::unlink(from.c_str()) == 0) return 0;
-        int error = errno;
-        ::unlink(to.c_str());
-        return error;
-    }
-    if (!HasNoLinks(errno)) return errno;
-    if (!IsNothingAt(to)) return EEXIST;
-    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
 }  // namespace
+
+int WriteAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t count = RetryInterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
+        if (count < 0) return errno;
+        if (count == 0) return ENOSPC;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return 0;
+}
+
+int Flush(int file) {
+    return RetryInterrupted([&] { return ::fsync(file); }) == 0 ? 0 : errno;
+}
+
+int FlushFolderAt(const std::string& folder) {
+    FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor.IsOpen()) return errno;
+    int error = Flush(descriptor.Get());
+    return error == EINVAL || error == ENOTSUP ? 0 : error;
+}
 
 void PosixFileSystem::ReplaceFile(const std::string& path, const std::string& bytes) {
     std::string folder = FolderOf(path);
@@ -100,7 +81,7 @@ void PosixFileSystem::ReplaceFile(const std::string& path, const std::string& by
         ::unlink(temporary.c_str());
         ThrowFileException("write", path, error);
     }
-    error = FlushFolder(folder);
+    error = FlushFolderAt(folder);
     if (error != 0) ThrowFileException("flush folder of", path, error);
 }
 
@@ -124,18 +105,6 @@ void PosixFileSystem::Link(const std::string& from, const std::string& to) {
 
 void PosixFileSystem::RemoveFile(const std::string& path) {
     if (::unlink(path.c_str()) != 0) ThrowFileException("remove", path, errno);
-}
-
-void PosixFileSystem::CreateFolder(const std::string& path) {
-    if (::mkdir(path.c_str(), 0777) != 0) ThrowFileException("create folder", path, errno);
-}
-
-void PosixFileSystem::RenameNew(const std::string& from, const std::string& to) {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
-    int error = errno;
-    if (error == EINVAL || error == ENOSYS) error = RenameByLink(from, to);
-    if (error == EEXIST) ThrowFileException("rename (the new name exists)", to, error);
-    if (error != 0) ThrowFileException("rename", from, error);
 }
 
 }  // namespace desk

@@ -1,7 +1,6 @@
 #include "tests/support/FaultyFileSystem.h"
 
 #include <algorithm>
-#include <thread>
 #include <type_traits>
 
 #include "desk/core/Services.h"
@@ -11,6 +10,10 @@ namespace {
 
 bool IsAtOrBelow(const std::string& path, const std::string& folder) {
     return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/'));
 }
 
 }  // namespace
@@ -54,6 +57,10 @@ void FaultyFileSystem::SetHasLinks(bool hasLinks) {
     mHasLinks = hasLinks;
 }
 
+void FaultyFileSystem::SetVolumes(bool areMany) {
+    mAreManyVolumes = areMany;
+}
+
 void FaultyFileSystem::SetVolumeType(long type) {
     std::lock_guard lock(mMutex);
     mVolumeType = type;
@@ -92,6 +99,11 @@ int FaultyFileSystem::Count(Operation operation) const {
     return found == mCounts.end() ? 0 : found->second;
 }
 
+int FaultyFileSystem::CountOnUIThread() const {
+    std::lock_guard lock(mMutex);
+    return mCountOnUIThread;
+}
+
 void FaultyFileSystem::ResetCounts() {
     std::lock_guard lock(mMutex);
     for (Faults* faults : {&mFaults, &mLostReplies}) {
@@ -101,6 +113,7 @@ void FaultyFileSystem::ResetCounts() {
         *faults = std::move(moved);
     }
     mCounts.clear();
+    mCountOnUIThread = 0;
 }
 
 /// Counts the call, waits as long as it is to take, and fails if it is to fail. Returns the error with which it
@@ -109,6 +122,7 @@ int FaultyFileSystem::Enter(Operation operation, const std::string& path) {
     std::unique_lock lock(mMutex);
     ++mCounts[operation];
     ++mCounts[Operation::Any];
+    mCountOnUIThread += std::this_thread::get_id() == mUIThread;
     const int error = FindFault(operation, path);
     const int lostReply = error == 0 ? TakeFault(mLostReplies, operation) : 0;
     PassGate(lock, operation, path);
@@ -200,12 +214,49 @@ void FaultyFileSystem::RemoveFile(const std::string& path) {
     Do(Operation::RemoveFile, path, [&] { mDisk.RemoveFile(path); });
 }
 
-void FaultyFileSystem::CreateFolder(const std::string& path) {
-    Do(Operation::CreateFolder, path, [&] { mDisk.CreateFolder(path); });
+void FaultyFileSystem::CreateFolder(const std::string& path, unsigned mode) {
+    Do(Operation::CreateFolder, path, [&] { mDisk.CreateFolder(path, mode); });
 }
 
 void FaultyFileSystem::RenameNew(const std::string& from, const std::string& to) {
-    Do(Operation::RenameNew, from, [&] { mDisk.RenameNew(from, to); });
+    Do(Operation::RenameNew, from, [&] {
+        if (mAreManyVolumes && FolderOf(from) != FolderOf(to)) desk::ThrowFileException("rename", from, EXDEV);
+        mDisk.RenameNew(from, to);
+    });
+}
+
+desk::ItemStatus FaultyFileSystem::CopyFile(const std::string& from, const std::string& to, bool isFlushed,
+                                            const desk::CopyStep& step) {
+    return Do(Operation::CopyFile, from, [&] { return mDisk.CopyFile(from, to, isFlushed, step); });
+}
+
+void FaultyFileSystem::CopyLink(const std::string& from, const std::string& to) {
+    Do(Operation::CopyLink, from, [&] { mDisk.CopyLink(from, to); });
+}
+
+void FaultyFileSystem::CopyFolderAttributes(const std::string& from, const std::string& to) {
+    Do(Operation::CopyFolderAttributes, from, [&] { mDisk.CopyFolderAttributes(from, to); });
+}
+
+void FaultyFileSystem::RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) {
+    Do(Operation::RemoveFromTree, below.empty() ? root : root + '/' + below,
+       [&] { mDisk.RemoveFromTree(root, below, isFolder); });
+}
+
+void FaultyFileSystem::TryToChangeFolder(const std::string& path) {
+    Do(Operation::TryToChangeFolder, path, [&] { mDisk.TryToChangeFolder(path); });
+}
+
+void FaultyFileSystem::MakeFolderChangeable(const std::string& path) {
+    Do(Operation::MakeFolderChangeable, path, [&] { mDisk.MakeFolderChangeable(path); });
+}
+
+void FaultyFileSystem::FlushFolder(const std::string& path) {
+    Do(Operation::FlushFolder, path, [&] { mDisk.FlushFolder(path); });
+}
+
+void FaultyFileSystem::FlushVolume(const std::string& path) {
+    Do(Operation::FlushVolume, path, [&] { mDisk.FlushVolume(path); });
 }
 
 long FaultyFileSystem::VolumeType(const std::string& path) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -7,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "desk/files/PosixFileSystem.h"
 #include "tests/support/ForwardingFileSystem.h"
@@ -27,6 +29,14 @@ public:
         RemoveFile,
         CreateFolder,
         RenameNew,
+        CopyFile,
+        CopyLink,
+        CopyFolderAttributes,
+        RemoveFromTree,
+        TryToChangeFolder,
+        MakeFolderChangeable,
+        FlushFolder,
+        FlushVolume,
         VolumeType,
         /// Whichever comes.
         Any
@@ -46,6 +56,8 @@ public:
     void SetGone(bool isGone);
     /// Links fail with EPERM, as on volumes that have none.
     void SetHasLinks(bool hasLinks);
+    /// Every folder is a volume of its own: `RenameNew` of anything to another folder fails with EXDEV.
+    void SetVolumes(bool areMany);
     /// Volumes tell this type (statfs(2) f_type) from now on.
     void SetVolumeType(long type);
     /// The kinds of folder entries are not told, as on some volumes.
@@ -61,6 +73,8 @@ public:
 
     /// Calls of `operation` since the beginning or the last `ResetCounts`, those that failed too.
     int Count(Operation operation) const;
+    /// Those of the thread that made this: the UI thread.
+    int CountOnUIThread() const;
     void ResetCounts();
 
     std::vector<desk::FolderEntry> ListFolder(const std::string& path) override;
@@ -72,8 +86,17 @@ public:
     void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override;
     void Link(const std::string& from, const std::string& to) override;
     void RemoveFile(const std::string& path) override;
-    void CreateFolder(const std::string& path) override;
+    void CreateFolder(const std::string& path, unsigned mode) override;
     void RenameNew(const std::string& from, const std::string& to) override;
+    desk::ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
+                              const desk::CopyStep& step) override;
+    void CopyLink(const std::string& from, const std::string& to) override;
+    void CopyFolderAttributes(const std::string& from, const std::string& to) override;
+    void RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) override;
+    void TryToChangeFolder(const std::string& path) override;
+    void MakeFolderChangeable(const std::string& path) override;
+    void FlushFolder(const std::string& path) override;
+    void FlushVolume(const std::string& path) override;
     long VolumeType(const std::string& path) override;
 
 private:
@@ -99,11 +122,14 @@ private:
     std::optional<Gate> mGate;
     int mWaiting = 0;
     std::map<Operation, int> mCounts;
+    const std::thread::id mUIThread = std::this_thread::get_id();
+    int mCountOnUIThread = 0;
     Faults mFaults;
     Faults mLostReplies;
     std::map<std::string, int> mDenied;
     bool mIsGone = false;
     bool mHasLinks = true;
+    std::atomic<bool> mAreManyVolumes = false;
     bool mHidesKinds = false;
     std::optional<long> mVolumeType;
     std::chrono::microseconds mDelay{0};

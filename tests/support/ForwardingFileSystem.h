@@ -25,8 +25,23 @@ public:
     }
     void Link(const std::string& from, const std::string& to) override { mTarget.Link(from, to); }
     void RemoveFile(const std::string& path) override { mTarget.RemoveFile(path); }
-    void CreateFolder(const std::string& path) override { mTarget.CreateFolder(path); }
+    void CreateFolder(const std::string& path, unsigned mode) override { mTarget.CreateFolder(path, mode); }
     void RenameNew(const std::string& from, const std::string& to) override { mTarget.RenameNew(from, to); }
+    desk::ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
+                              const desk::CopyStep& step) override {
+        return mTarget.CopyFile(from, to, isFlushed, step);
+    }
+    void CopyLink(const std::string& from, const std::string& to) override { mTarget.CopyLink(from, to); }
+    void CopyFolderAttributes(const std::string& from, const std::string& to) override {
+        mTarget.CopyFolderAttributes(from, to);
+    }
+    void RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) override {
+        mTarget.RemoveFromTree(root, below, isFolder);
+    }
+    void TryToChangeFolder(const std::string& path) override { mTarget.TryToChangeFolder(path); }
+    void MakeFolderChangeable(const std::string& path) override { mTarget.MakeFolderChangeable(path); }
+    void FlushFolder(const std::string& path) override { mTarget.FlushFolder(path); }
+    void FlushVolume(const std::string& path) override { mTarget.FlushVolume(path); }
     long VolumeType(const std::string& path) override { return mTarget.VolumeType(path); }
 
 private:
