@@ -64,7 +64,6 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
     const auto tabView = mTabView.lock();
     if (!tabView || !tabView->IsCreated()) return;
     tabView->OnTreeChanged();
-    tabView->OnItemsDelivered(paths, rowDelivery.mRemovedPaths);
     SelectDeferredRenameRow(directoryPath, delivery);
     SelectAwaitedRows();
 }

@@ -25,9 +25,9 @@ SharedProjectsSearchResultsView::SharedProjectsSearchResultsView(
     AddChild(mTree);
     SetupTree();
     SetupHeaderRow();
-    mQueuedUpdate =
+    mQueuedSort =
         new QueueOnlyOnce(GetRegisteredMainThread(), [this, lifetime = std::weak_ptr<const void>(mLifetime)] {
-            if (!lifetime.expired()) UpdateNextRow();
+            if (!lifetime.expired()) mTree->SortTree();
         });
     AddListener(kBackendProjectActivationStationID, this);
 }
@@ -155,6 +155,7 @@ void SharedProjectsSearchResultsView::MovePageDown() {
 }
 
 void SharedProjectsSearchResultsView::UpdateRow(const RowRef& row) {
+    mTree->RedrawRow(row.get());
     UpdateMetadataForRow(row);
     AddNameCellView(row);
 }
@@ -164,29 +165,9 @@ void SharedProjectsSearchResultsView::UpdateOpenRows() {
 }
 
 void SharedProjectsSearchResultsView::UpdateMetadataForRow(const RowRef& row) {
-    if (!IsFileRow(row)) return;
-    mRowsToUpdate.push_back(row);
-    mQueuedUpdate->Queue();
-}
-
-void SharedProjectsSearchResultsView::UpdateNextRow() {
-    // A hit's folder need not be listed, and then each row may wait for the volume: one in a turn of the queue,
-    // so that input and painting get theirs.
-    if (!mRowsToUpdate.empty()) {
-        const RowRef row = std::move(mRowsToUpdate.back());
-        mRowsToUpdate.pop_back();
-        const auto entry = mRowToMetadata.find(row);
-        if (entry != mRowToMetadata.end()) {
-            mHasSortKeyChanged |=
-                entry->second.Update(mTree->IsRowVisible(row.get()), mHeaderRow->GetSortColumn());
-            mTree->RedrawRow(row.get());
-            AddNameCellView(row);
-        }
-    }
-    if (!mRowsToUpdate.empty())
-        mQueuedUpdate->Queue();
-    else if (std::exchange(mHasSortKeyChanged, false))
-        mTree->SortTree();
+    const auto entry = mRowToMetadata.find(row);
+    if (entry == mRowToMetadata.end() || !IsFileRow(row)) return;
+    if (entry->second.Update(mTree->IsRowVisible(row.get()), mHeaderRow->GetSortColumn())) mQueuedSort->Queue();
 }
 
 void SharedProjectsSearchResultsView::AddNameCellView(const RowRef& row) {

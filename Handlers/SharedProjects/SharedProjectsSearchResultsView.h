@@ -4,8 +4,6 @@
 #include <boost/bimap/unordered_set_of.hpp>
 #include <map>
 #include <memory>
-#include <set>
-#include <vector>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/MainThread.h"
@@ -26,13 +24,13 @@ public:
     explicit SharedProjectsSearchResultsView(const std::shared_ptr<SharedProjectsTabView>& tabView);
     ~SharedProjectsSearchResultsView() override;
 
-    /// Searches the production for `text`, in the background; what was found before stays until `Populate`.
-    /// An empty text empties the view at once. A newer call drops an older one.
+    /// Searches the production for `text`, in the background; what was found before stays, and stays current,
+    /// until `Populate`. From then on hits come and go as the volume changes. An empty text empties the view at
+    /// once. A newer call drops an older one. Of folders that cannot be read, those of the hits before stay
+    /// that the text matches; an empty tree says what could not be read, and why.
     void Find(const UTF16String& text);
     /// Shows the rows of the found paths, and no others, with their folders open.
     void Populate(const UTF16StringVec& paths);
-    /// Follows what the volume tells while results show: hits come and go, their rows stay current.
-    void UpdateFromDelivery(const std::set<UTF16String>& paths, const UTF16StringVec& removedPaths);
 
     UI_MultiColumnTree* GetTree() const { return mTree.get(); }
     Columns::HeaderRowRef GetHeaderRow() const { return mHeaderRow; }
@@ -48,14 +46,14 @@ public:
     RowRef GetRowFromPath(const UTF16String& path) const;
     std::size_t GetOpenedRowsCount() const;
 
+    /// The paths of the selected rows in the order in which they were selected: of all, or of projects only.
+    UTF16StringVec GetSelectedPaths(bool includeAll) const;
     /// The paths of the selected rows but those inside another selected row's folder, normalised, in the order in
     /// which they were selected.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
-    /// The paths of the selected rows in the order in which they were selected: of all, or of projects only.
+    std::size_t CountSelectedRows() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
-    UTF16StringVec GetSelectedPaths(bool includeAll) const;
-    std::size_t CountSelectedRows() const;
     void SelectAllProjects();
     void DeselectAll();
     void ToggleRow(const RowRef& row);
@@ -66,8 +64,8 @@ public:
 
     void UpdateRow(const RowRef& row);
     void UpdateOpenRows();
-    /// Reads the facts of a project's row anew, later: all of them if it is visible then, else that of the sort
-    /// column.
+    /// Takes what the host knows of a project's row: all facts if it is visible, else that of the sort column.
+    /// Sorts later if the order hangs on it.
     void UpdateMetadataForRow(const RowRef& row);
     void ListenToMessage(const Message& message) override;
 
@@ -85,7 +83,10 @@ private:
     void ClearResults();
     void BeginSearch(const UTF16String& root);
     void EndSearch();
-    void OnFound(const UTF16StringVec& paths);
+    void OnFound(const UTF16String& text, const FileSearch::Result& result);
+    void OnChanged(const FileSearch::Changes& changes);
+    UTF16StringVec AddUnreadableHits(const FileSearch::Result& result) const;
+    void TellWhyEmpty(const FileSearch::Result& result);
     void RemoveAllRows();
     void AddHits(const UTF16StringVec& paths);
     void AddHit(const UTF16String& root, const UTF16String& path, NewRows& newRows);
@@ -94,7 +95,6 @@ private:
     void RemoveHits(const UTF16StringVec& paths);
     void ForgetRow(const RowRef& row);
     void AddNameCellView(const RowRef& row);
-    void UpdateNextRow();
 
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     void OnSortChanged(ColumnID column, bool ascending);
@@ -116,11 +116,12 @@ private:
     Columns::HeaderRowRef mHeaderRow;
     RowPathMap mRowToPath;
     std::map<RowRef, Columns::FileMetadata> mRowToMetadata;
-    /// Rows whose facts are to be read, the next one at the end.
-    RowVec mRowsToUpdate;
-    bool mHasSortKeyChanged = false;
-    RefPtr<QueueOnlyOnce> mQueuedUpdate;
-    std::unique_ptr<FileSearch::Request> mRequest;
+    RefPtr<QueueOnlyOnce> mQueuedSort;
+    /// The search whose hits show; it tells what changes.
+    std::unique_ptr<FileSearch::Request> mShownSearch;
+    UTF16String mShownText;
+    /// The one under way.
+    std::unique_ptr<FileSearch::Request> mSearch;
     UTF16String mText;
     bool mIsSearching = false;
     bool mIsHeaderChanged = false;

@@ -1,5 +1,9 @@
 // From a search text to rows.
 #include <algorithm>
+#include <map>
+#include <set>
+#include <system_error>
+#include <vector>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsSearchResultsView.h"
@@ -17,6 +21,13 @@ bool IsMatch(const UTF16String& path, const UTF16String& text) {
     const UTF16String name = Columns::GetPathDisplayName(path);
     const auto isEqual = [](char16_t a, char16_t b) { return Utils::FoldASCII(a) == Utils::FoldASCII(b); };
     return std::search(name.begin(), name.end(), text.begin(), text.end(), isEqual) != name.end();
+}
+
+/// True when nothing could be searched at all.
+bool IsRootUnreadable(const FileSearch::Result& result) {
+    const UTF16String root = PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
+    return std::ranges::find(result.mUnreadable, root, &FileSearch::UnreadableFolder::mPath) !=
+           result.mUnreadable.end();
 }
 
 }  // namespace
@@ -50,8 +61,7 @@ private:
 
 void SharedProjectsSearchResultsView::Find(const UTF16String& text) {
     mText = text;
-    mRequest.reset();
-    mTree->SetEmptyText({});
+    mSearch.reset();
     const UTF16String root = SharedProjectsHandler::GetRootDirectory();
     if (text.empty() || root.empty())
         ClearResults();
@@ -61,7 +71,10 @@ void SharedProjectsSearchResultsView::Find(const UTF16String& text) {
 
 void SharedProjectsSearchResultsView::ClearResults() {
     EndSearch();
+    mShownSearch.reset();
+    mShownText.clear();
     RemoveAllRows();
+    mTree->SetEmptyText({});
 }
 
 void SharedProjectsSearchResultsView::BeginSearch(const UTF16String& root) {
@@ -70,8 +83,11 @@ void SharedProjectsSearchResultsView::BeginSearch(const UTF16String& root) {
     FileSearch::Parameters parameters;
     parameters.mExtensions = {GetProjectFileExtension()};
     parameters.mFilter = [text = mText](const UTF16String& path) { return IsMatch(path, text); };
-    mRequest = FileSearch::FindFilesOrDirectories(root, std::move(parameters),
-                                                  [this](const UTF16StringVec& paths) { OnFound(paths); });
+    parameters.mChanged = [this](const FileSearch::Changes& changes) { OnChanged(changes); };
+    mSearch = FileSearch::FindFilesOrDirectories(
+        root, std::move(parameters),
+        [this, text = mText](const FileSearch::Result& result) { OnFound(text, result); });
+    if (mRowToPath.empty()) mTree->SetEmptyText({});
 }
 
 void SharedProjectsSearchResultsView::EndSearch() {
@@ -79,12 +95,51 @@ void SharedProjectsSearchResultsView::EndSearch() {
     mIsSearching = false;
 }
 
-void SharedProjectsSearchResultsView::OnFound(const UTF16StringVec& paths) {
+void SharedProjectsSearchResultsView::OnFound(const UTF16String& text, const FileSearch::Result& result) {
+    // A search that comes to an end late, when its production can be read again, may have a successor.
+    if (text != mText) return;
     EndSearch();
-    Populate(paths);
-    mTree->SetEmptyText(ZString(
-        "$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResults=No project or folder matches “@0”", {mText}));
+    if (mSearch) mShownSearch = std::move(mSearch);
+    mShownText = text;
+    Populate(AddUnreadableHits(result));
+    TellWhyEmpty(result);
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
+}
+
+/// What was found, and of the hits that show those that stand in folders that could not be read now: they are
+/// not gone.
+UTF16StringVec SharedProjectsSearchResultsView::AddUnreadableHits(const FileSearch::Result& result) const {
+    UTF16StringVec paths = result.mPaths;
+    if (result.mUnreadable.empty()) return paths;
+    const auto isUnreadable = [&](const UTF16String& path) {
+        return std::ranges::any_of(result.mUnreadable, [&](const FileSearch::UnreadableFolder& folder) {
+            return path.starts_with(PathUtils::AddTrailingSlash(folder.mPath));
+        });
+    };
+    for (const auto& [row, path] : mRowToPath.left)
+        if (IsMatch(path, mText) && isUnreadable(path)) paths.push_back(PathUtils::ToNormalizedPath(path));
+    std::ranges::sort(paths);
+    return paths;
+}
+
+void SharedProjectsSearchResultsView::TellWhyEmpty(const FileSearch::Result& result) {
+    UTF16String text = ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResults=No project or folder matches “@0”", {mText});
+    if (!result.mUnreadable.empty()) {
+        const FileSearch::UnreadableFolder& folder = result.mUnreadable.front();
+        const UTF16String reason = UTF8to16(std::generic_category().message(folder.mSystemError));
+        if (IsRootUnreadable(result))
+            text = ZString(
+                "$$$/Vantor/Handlers/ZuProductionFolder/SearchCannotRead=This production cannot be searched: "
+                "@0",
+                {reason});
+        else
+            text = ZString(
+                "$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResultsUnreadable=No project or folder matches "
+                "“@0”, but the folder “@1” cannot be read: @2",
+                {mText, Columns::GetPathDisplayName(folder.mPath), reason});
+    }
+    mTree->SetEmptyText(text);
 }
 
 void SharedProjectsSearchResultsView::Populate(const UTF16StringVec& paths) {
@@ -96,7 +151,6 @@ void SharedProjectsSearchResultsView::RemoveAllRows() {
     mTree->RemoveAllRows();
     mRowToPath.clear();
     mRowToMetadata.clear();
-    mRowsToUpdate.clear();
 }
 
 void SharedProjectsSearchResultsView::AddHits(const UTF16StringVec& paths) {
@@ -149,30 +203,34 @@ RowRef SharedProjectsSearchResultsView::FindRow(const UTF16String& path) const {
     return entry == rows.end() ? RowRef() : entry->second;
 }
 
-void SharedProjectsSearchResultsView::UpdateFromDelivery(const std::set<UTF16String>& paths,
-                                                         const UTF16StringVec& removedPaths) {
-    // A search under way finds out by itself.
-    if (mText.empty() || mIsSearching) return;
-    RemoveHits(removedPaths);
+void SharedProjectsSearchResultsView::OnChanged(const FileSearch::Changes& changes) {
+    RemoveHits(changes.mRemovedPaths);
     UTF16StringVec newHits;
-    for (const UTF16String& path : paths) {
+    for (const UTF16String& path : changes.mPaths) {
         if (const RowRef row = FindRow(path))
             UpdateRow(row);
-        else if (IsMatch(path, mText))
+        else
             newHits.push_back(path);
     }
     if (!newHits.empty()) AddHits(newHits);
-    if (const auto tabView = mTabView.lock()) tabView->UpdateSelectionCount();
+    if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
 }
 
 void SharedProjectsSearchResultsView::RemoveHits(const UTF16StringVec& paths) {
     RowVec rows;
+    std::set<RowRef> removed;
+    std::map<RowRef, std::size_t> removedChildren;
     for (const UTF16String& path : paths)
-        if (const RowRef row = FindRow(path)) {
-            ForgetRow(row);
-            rows.push_back(row);
-        }
-    if (!rows.empty()) mTree->RemoveRows(rows);
+        if (const RowRef row = FindRow(path); row && removed.insert(row).second) rows.push_back(row);
+    // Folders that led to these only, and do not match themselves, go with them.
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const RowRef parent = rows[i]->GetParentRow();
+        if (!parent || ++removedChildren[parent] < parent->GetChildRows().size()) continue;
+        if (!IsMatch(GetRowPath(parent), mShownText) && removed.insert(parent).second) rows.push_back(parent);
+    }
+    if (rows.empty()) return;
+    for (const RowRef& row : rows) ForgetRow(row);
+    mTree->RemoveRows(rows);
 }
 
 void SharedProjectsSearchResultsView::ForgetRow(const RowRef& row) {

@@ -237,11 +237,6 @@ void SharedProjectsTabView::OnTreeChanged() {
     UpdateControlEnabledStatesLater();
 }
 
-void SharedProjectsTabView::OnItemsDelivered(const std::set<UTF16String>& paths,
-                                             const UTF16StringVec& removedPaths) {
-    if (AreTreeViewsCreated()) mTreeView->GetSearchResultsView()->UpdateFromDelivery(paths, removedPaths);
-}
-
 const UTF16StringVec& SharedProjectsTabView::GetKnownSelection() const {
     if (!mKnownSelection) mKnownSelection = GetSelectedPaths();
     return *mKnownSelection;

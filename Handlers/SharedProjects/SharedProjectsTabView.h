@@ -99,8 +99,6 @@ public:
     void OnTreeChanged();
     /// The selection of the tree that is shown has changed.
     void OnSelectionChanged();
-    /// The volume has told of these items, and that those are gone.
-    void OnItemsDelivered(const std::set<UTF16String>& paths, const UTF16StringVec& removedPaths);
 
     void UpdateTabName();
     /// The buttons follow the status of their commands; nothing is enabled while no production is open.
@@ -156,7 +154,6 @@ private:
     bool CanCreateItems() const;
     UTF16String GetTargetFolder() const;
     void ShowCreatedItems(const UTF16StringVec& paths);
-    bool CanSelectionGoToTrash() const;
 
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();

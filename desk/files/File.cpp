@@ -22,23 +22,22 @@ std::time_t ToSeconds(std::int64_t nanoseconds) {
 
 File::File(const UTF16String& path) {
     const desk::KnownItem known = desk::FindKnownItemAndRequest(path);
-    if (known.mIsAbsent) return;
+    mExists = !known.mIsAbsent;
+    if (known.mIsAbsent || known.mIsAwaited) return;
     auto keep = [this](const desk::ItemStatus& status) {
         mModified = ToSeconds(status.mModified);
         if (status.mCreated) mCreated = ToSeconds(*status.mCreated);
         mSize = status.mSize;
     };
     if (known.mFacts) {
-        mExists = true;
         if (known.mFacts->mStatus) keep(*known.mFacts->mStatus);
         return;
     }
     try {
         keep(desk::GetServices().mFileSystem->Status(UTF16to8(path), true));
-        mExists = true;
     } catch (const FileException& exception) {
-        if (exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR) return;
-        mExists = true;
+        mExists = exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR;
+        if (!mExists) return;
         mSystemError = exception.SystemError();
         mPath = path;
     }

@@ -1,17 +1,17 @@
 #include "host/files/FileSearch.h"
 
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
-#include <mutex>
+#include <chrono>
+#include <set>
+#include <utility>
 
-#include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/files/FileSystem.h"
-#include "desk/files/HostNames.h"
-#include "host/files/FileException.h"
+#include "desk/files/ChangeCollector.h"
+#include "desk/files/FolderFollower.h"
+#include "desk/files/FolderPath.h"
+#include "desk/files/FolderStore.h"
+#include "desk/files/FolderWalk.h"
 #include "host/files/PathUtils.h"
 
 namespace host {
@@ -20,146 +20,167 @@ FileSearch::Request::~Request() = default;
 
 namespace {
 
-using desk::ItemKind;
-
-/// `text` ends with `ending`, ASCII letter case ignored.
-bool EndsWithIgnoringCase(std::u16string_view text, std::u16string_view ending) {
-    auto fold = [](char16_t unit) {
-        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-    };
-    return text.size() > ending.size() &&
-           std::equal(ending.rbegin(), ending.rend(), text.rbegin(),
-                      [&](char16_t a, char16_t b) { return fold(a) == fold(b); });
-}
-
-/// One walk over the folders below a root, shared by its request and the workers' tasks: one task a folder.
-class Walk : public std::enable_shared_from_this<Walk> {
+/// A search: a walk, and while it lives what the followed folders tell.
+class Search final : public FileSearch::Request {
 public:
-    Walk(FileSearch::Parameters parameters, FileSearch::Completion completion)
-        : mParameters(std::move(parameters)), mCompletion(std::move(completion)) {}
-
-    void SubmitFolder(std::string path) {
-        ++mFoldersLeft;
-        // Behind what waits already: a long walk must not hold up listings and polls.
-        desk::GetServices().mWorkerPool->SubmitLast([self = shared_from_this(), folder = std::move(path)] {
-            if (!self->mIsCancelled) self->SearchFolder(folder);
-            if (--self->mFoldersLeft == 0) self->Finish();
-        });
-    }
-    /// UI thread.
-    void Cancel() {
-        mIsCancelled = true;
-        mCompletion = nullptr;
-    }
+    Search(const UTF16String& root, FileSearch::Parameters parameters, FileSearch::Completion completion);
+    ~Search() override;
 
 private:
-    void SearchFolder(const std::string& folder);
-    void SearchEntry(const std::string& folder, const UTF16String& folderUTF16, const desk::FolderEntry& entry,
-                     UTF16StringVec& found);
-    ItemKind ResolveKind(const std::string& path, ItemKind kind) const;
-    bool HasWantedExtension(std::u16string_view name) const;
-    void Finish();
+    void StartWalk();
+    void FinishWalk(desk::FolderWalk::Result&& found);
+    void Receive(const desk::FolderFollower::News& news);
+    void AppendVanished(const UTF16String& folder);
+    void Remove(const UTF16String& path);
+    bool IsAccepted(const UTF16String& path) const;
+    void TellLater(std::chrono::milliseconds delay);
+    void Tell();
+    template <class Function>
+    auto WhileAlive(Function function) {
+        return [token = std::weak_ptr(mToken), function](auto&&... arguments) {
+            if (!token.expired()) function(std::forward<decltype(arguments)>(arguments)...);
+        };
+    }
 
+    const UTF16String mRoot;
     const FileSearch::Parameters mParameters;
-    FileSearch::Completion mCompletion;
-    std::atomic<bool> mIsCancelled = false;
-    std::atomic<std::size_t> mFoldersLeft = 0;
-    std::mutex mMutex;
+    const FileSearch::Completion mCompletion;
+    /// Null when nothing is followed.
+    std::shared_ptr<desk::FolderFollower> mFollower;
+    /// Null when none is under way.
+    std::shared_ptr<desk::FolderWalk> mWalk;
+    /// What the walk has found, sorted.
     UTF16StringVec mFound;
+    bool mIsRootUnreadable = false;
+    std::set<UTF16String> mChanged;
+    std::set<UTF16String> mRemoved;
+    bool mIsTelling = false;
+    std::shared_ptr<int> mToken = std::make_shared<int>();
 };
 
-std::string Join(const std::string& folder, const std::string& name) {
-    return folder.ends_with('/') ? folder + name : folder + '/' + name;
+/// False only when the item's folder is listed and does not hold it.
+bool MayExist(const UTF16String& path) {
+    const desk::FolderStore& store = *desk::GetServices().mFolderStore;
+    return store.Find(path) || !store.IsListed(desk::FolderOf(path));
 }
 
-void LogFailure(const FileException& exception) {
-    // What vanishes under a walk is no failure.
-    if (exception.SystemError() != ENOENT) desk::Log(desk::LogLevel::Warning, exception.what());
+/// The folders of hits first, and how many those are.
+std::size_t PutFoldersOfHitsFirst(UTF16StringVec& folders, const UTF16StringVec& hits) {
+    std::set<UTF16String> wanted;
+    for (const UTF16String& hit : hits) wanted.emplace(desk::FolderOf(hit));
+    std::ranges::sort(folders);
+    const auto others = std::ranges::stable_partition(
+        folders, [&](const UTF16String& folder) { return wanted.contains(folder); });
+    return folders.size() - others.size();
 }
 
-void Walk::SearchFolder(const std::string& folder) {
-    std::vector<desk::FolderEntry> entries;
-    try {
-        entries = desk::GetServices().mFileSystem->ListFolder(folder);
-    } catch (const FileException& exception) {
-        LogFailure(exception);
-        return;
+Search::Search(const UTF16String& root, FileSearch::Parameters parameters, FileSearch::Completion completion)
+    : mRoot(PathUtils::ToNormalizedPath(root)),
+      mParameters(std::move(parameters)),
+      mCompletion(std::move(completion)) {
+    // What changes while the walk goes on counts too.
+    if (mParameters.mChanged) mFollower = desk::FolderFollower::Get(mRoot);
+    if (mFollower)
+        mFollower->AddReceiver(this,
+                               WhileAlive([this](const desk::FolderFollower::News& news) { Receive(news); }));
+    StartWalk();
+}
+
+Search::~Search() {
+    if (mWalk) mWalk->Cancel();
+    if (mFollower) mFollower->RemoveReceiver(this);
+}
+
+void Search::StartWalk() {
+    mWalk = std::make_shared<desk::FolderWalk>(
+        desk::FolderWalk::Parameters{mParameters.mExtensions, mParameters.mFilter},
+        WhileAlive([this](desk::FolderWalk::Result result) { FinishWalk(std::move(result)); }));
+    mWalk->Start(mRoot);
+}
+
+void Search::FinishWalk(desk::FolderWalk::Result&& found) {
+    mWalk.reset();
+    FileSearch::Result result;
+    for (auto& folder : found.mUnreadable) {
+        mIsRootUnreadable |= folder.mPath == mRoot;
+        result.mUnreadable.push_back({std::move(folder.mPath), folder.mSystemError});
     }
-    const UTF16String folderUTF16 = UTF8to16(folder);
-    UTF16StringVec found;
-    for (const desk::FolderEntry& entry : entries) {
-        if (mIsCancelled) return;
-        SearchEntry(folder, folderUTF16, entry, found);
+    if (mFollower) {
+        std::erase_if(found.mPaths, [](const UTF16String& path) { return !MayExist(path); });
+        mFollower->Follow(found.mFolders, PutFoldersOfHitsFirst(found.mFolders, found.mPaths));
+        mFound = found.mPaths;
     }
-    if (found.empty()) return;
-    std::lock_guard lock(mMutex);
-    std::move(found.begin(), found.end(), std::back_inserter(mFound));
+    result.mPaths = std::move(found.mPaths);
+    const std::weak_ptr token(mToken);
+    const FileSearch::Completion completion = mCompletion;
+    completion(std::move(result));
+    if (!token.expired() && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
 }
 
-void Walk::SearchEntry(const std::string& folder, const UTF16String& folderUTF16,
-                       const desk::FolderEntry& entry, UTF16StringVec& found) {
-    if (desk::IsHiddenName(entry.mName, entry.mKind) || entry.mKind == ItemKind::Other) return;
-    ItemKind kind = entry.mKind;
-    if (kind == ItemKind::Unknown) kind = ResolveKind(Join(folder, entry.mName), kind);
-    if (kind == ItemKind::Folder) {
-        if (desk::IsHiddenName(entry.mName, kind)) return;
-        SubmitFolder(Join(folder, entry.mName));
-    }
-    const UTF16String name = UTF8to16(entry.mName);
-    if (kind == ItemKind::File && !HasWantedExtension(name)) return;
-    UTF16String path = PathUtils::CombinePaths(folderUTF16, name);
-    if (mParameters.mFilter && !mParameters.mFilter(path)) return;
-    if (kind == ItemKind::Link) {
-        kind = ResolveKind(Join(folder, entry.mName), kind);
-        if (desk::IsHiddenName(entry.mName, kind)) return;
-    }
-    if (kind == ItemKind::Folder || (kind == ItemKind::File && HasWantedExtension(name)))
-        found.push_back(std::move(path));
+void Search::Receive(const desk::FolderFollower::News& news) {
+    if (news.mContent && news.mFolder == mRoot && !mWalk && std::exchange(mIsRootUnreadable, false))
+        StartWalk();
+    for (const UTF16String& path : news.mRemovedPaths) Remove(path);
+    if (news.mIsListed) AppendVanished(news.mFolder);
+    if (news.mContent)
+        for (const PropertyMap& item : *news.mContent) {
+            const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
+            if (path && IsAccepted(*path)) mChanged.insert(*path);
+        }
+    if (!mWalk && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
 }
 
-/// What stands at `path` where the entry alone does not tell: behind a link, or of unknown kind.
-ItemKind Walk::ResolveKind(const std::string& path, ItemKind kind) const {
-    try {
-        return desk::GetServices().mFileSystem->Status(path, kind == ItemKind::Link).mKind;
-    } catch (const FileException& exception) {
-        if (kind != ItemKind::Link) LogFailure(exception);
-        return ItemKind::Other;
-    }
+/// Hits that have gone between the walk and the folder's first listing.
+void Search::AppendVanished(const UTF16String& folder) {
+    const UTF16String prefix = desk::JoinPath<UTF16String>(folder, {});
+    for (auto hit = std::ranges::lower_bound(mFound, prefix); hit != mFound.end() && hit->starts_with(prefix);
+         ++hit)
+        if (desk::FolderOf(*hit) == folder && !MayExist(*hit)) Remove(*hit);
 }
 
-bool Walk::HasWantedExtension(std::u16string_view name) const {
-    const UTF16StringVec& extensions = mParameters.mExtensions;
-    return std::any_of(extensions.begin(), extensions.end(),
-                       [&](const UTF16String& extension) { return EndsWithIgnoringCase(name, extension); });
+void Search::Remove(const UTF16String& path) {
+    for (auto changed = mChanged.lower_bound(path); changed != mChanged.end() && changed->starts_with(path);)
+        changed = desk::IsSameOrBelow(*changed, path) ? mChanged.erase(changed) : std::next(changed);
+    mRemoved.insert(path);
 }
 
-void Walk::Finish() {
-    if (mIsCancelled) return;
-    std::sort(mFound.begin(), mFound.end());
-    desk::GetServices().mMainThread->Post([self = shared_from_this()] {
-        if (self->mIsCancelled) return;
-        FileSearch::Completion completion = std::move(self->mCompletion);
-        completion(std::move(self->mFound));
-    });
+bool Search::IsAccepted(const UTF16String& path) const {
+    const desk::ItemFacts* facts = desk::GetServices().mFolderStore->Find(path);
+    if (!facts) return false;
+    if (facts->mKind != desk::ItemKind::Folder && !desk::HasExtension(path, mParameters.mExtensions))
+        return false;
+    return !mParameters.mFilter || mParameters.mFilter(path);
 }
 
-class WalkRequest : public FileSearch::Request {
-public:
-    explicit WalkRequest(std::shared_ptr<Walk> walk) : mWalk(std::move(walk)) {}
-    ~WalkRequest() override { mWalk->Cancel(); }
+/// The first changes at once, then one batch in each pace.
+void Search::TellLater(std::chrono::milliseconds delay) {
+    if (std::exchange(mIsTelling, true)) return;
+    auto tell = WhileAlive([this] { Tell(); });
+    if (delay.count() == 0)
+        desk::GetServices().mMainThread->Post(tell);
+    else
+        desk::GetServices().mMainThread->PostDelayed(tell, delay);
+}
 
-private:
-    std::shared_ptr<Walk> mWalk;
-};
+void Search::Tell() {
+    mIsTelling = false;
+    if (mWalk || (mChanged.empty() && mRemoved.empty())) return;
+    FileSearch::Changes changes;
+    changes.mPaths.assign(mChanged.begin(), mChanged.end());
+    changes.mRemovedPaths.assign(mRemoved.begin(), mRemoved.end());
+    mChanged.clear();
+    mRemoved.clear();
+    TellLater(desk::ChangeCollector::kPace);
+    const auto changed = mParameters.mChanged;
+    changed(changes);
+}
 
 }  // namespace
 
 std::unique_ptr<FileSearch::Request> FileSearch::FindFilesOrDirectories(const UTF16String& root,
                                                                         Parameters parameters,
                                                                         Completion completion) {
-    auto walk = std::make_shared<Walk>(std::move(parameters), std::move(completion));
-    walk->SubmitFolder(UTF16to8(root));
-    return std::make_unique<WalkRequest>(walk);
+    return std::make_unique<Search>(root, std::move(parameters), std::move(completion));
 }
 
 }  // namespace host

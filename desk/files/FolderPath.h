@@ -25,6 +25,12 @@ Text JoinPath(const Text& folder, std::basic_string_view<typename Text::value_ty
     return path;
 }
 
+/// The path of the folder in which `path` (normalised) stands; empty when it names none. Any thread.
+inline std::u16string_view FolderOf(std::u16string_view path) {
+    const std::size_t slash = path.rfind(u'/');
+    return slash == std::u16string_view::npos ? std::u16string_view() : path.substr(0, slash == 0 ? 1 : slash);
+}
+
 /// A folder's path for the UI thread and for the disk.
 struct FolderPath {
     explicit FolderPath(const host::UTF16String& text) : mText(text), mBytes(host::UTF16to8(text)) {}

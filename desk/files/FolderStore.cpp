@@ -24,18 +24,39 @@ FolderStoreImpl::~FolderStoreImpl() {
 }
 
 void FolderStoreImpl::RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) {
-    const host::UTF16String normalized = host::PathUtils::ToNormalizedPath(path);
-    FolderPtr& folder = mFolders[normalized];
-    if (!folder) {
-        folder = std::make_shared<Folder>();
-        folder->mPath = std::make_shared<FolderPath>(normalized);
+    FolderPtr folder;
+    Subscriber& subscriber = Subscribe(path, std::move(receiver), owner, folder);
+    subscriber.mIsOnDemand = false;
+    subscriber.mIsWaiting = true;
+    StartNext(folder);
+}
+
+void FolderStoreImpl::RequestListingOnDemand(const host::UTF16String& path, Receiver receiver,
+                                             const void* owner) {
+    FolderPtr folder;
+    Subscriber& subscriber = Subscribe(path, std::move(receiver), owner, folder);
+    if (!folder->mItems && folder->mJob == Job::None) {
+        subscriber.mIsOnDemand = true;
+        return;
     }
+    subscriber.mIsWaiting = true;
+    StartNext(folder);
+}
+
+FolderStoreImpl::Subscriber& FolderStoreImpl::Subscribe(const host::UTF16String& path, Receiver&& receiver,
+                                                        const void* owner, FolderPtr& folder) {
+    const host::UTF16String normalized = host::PathUtils::ToNormalizedPath(path);
+    FolderPtr& known = mFolders[normalized];
+    if (!known) {
+        known = std::make_shared<Folder>();
+        known->mPath = std::make_shared<FolderPath>(normalized);
+    }
+    folder = known;
     auto subscriber = std::ranges::find(folder->mSubscribers, owner, &Subscriber::mOwner);
     if (subscriber == folder->mSubscribers.end())
         subscriber = folder->mSubscribers.insert(subscriber, Subscriber{.mOwner = owner, .mReceiver = {}});
     subscriber->mReceiver = std::make_shared<Receiver>(std::move(receiver));
-    subscriber->mIsWaiting = true;
-    StartNext(folder);
+    return *subscriber;
 }
 
 void FolderStoreImpl::RequestChanges(const host::UTF16String& path) {
@@ -90,6 +111,13 @@ bool FolderStoreImpl::IsListed(std::u16string_view path) const {
     return folder && folder->mItems && folder->mIsFollowed;
 }
 
+bool FolderStoreImpl::IsAwaited(std::u16string_view path) const {
+    const Folder* folder = FindFolder(path);
+    // One that could not be listed is polled until it can be, or nobody will ever tell.
+    return folder && !folder->mItems && (folder->mSystemError == 0 || folder->mIsFollowed) &&
+           mMonitor.IsMonitored(path);
+}
+
 const ItemFacts* FolderStoreImpl::Find(std::u16string_view path) const {
     Folder* folder = nullptr;
     if (const FolderItems::Item* item = FindItem(path, folder)) return &item->mFacts;
@@ -101,9 +129,24 @@ const ItemFacts* FolderStoreImpl::Find(std::u16string_view path) const {
 const ItemFacts* FolderStoreImpl::FindAndRequest(std::u16string_view path) {
     Folder* folder = nullptr;
     FolderItems::Item* item = FindItem(path, folder);
-    if (!item) return Find(path);
+    if (!item) {
+        if (!folder) ListOnDemand(path);
+        return Find(path);
+    }
     Ask(*folder, *item);
     return &item->mFacts;
+}
+
+void FolderStoreImpl::ListOnDemand(std::u16string_view itemPath) {
+    const FolderPtr folder = FindFolderPtr(FolderOf(itemPath));
+    if (!folder) return;
+    bool isDemanded = false;
+    for (Subscriber& subscriber : folder->mSubscribers) {
+        if (!std::exchange(subscriber.mIsOnDemand, false)) continue;
+        subscriber.mIsWaiting = true;
+        isDemanded = true;
+    }
+    if (isDemanded) StartNext(folder);
 }
 
 FolderStoreImpl::Folder* FolderStoreImpl::FindFolder(std::u16string_view path) const {

@@ -58,6 +58,10 @@ public:
     /// nothing), and takes the place of that owner's earlier receiver.
     virtual void RequestListing(const host::UTF16String& folder, Receiver receiver,
                                 const void* owner = nullptr) = 0;
+    /// Likewise, but lists the folder only when the facts of one of its items are asked for (`FindAndRequest`),
+    /// or at once when it has been listed already for somebody else. Until then the folder is awaited.
+    virtual void RequestListingOnDemand(const host::UTF16String& folder, Receiver receiver,
+                                        const void* owner = nullptr) = 0;
     /// Brings what has changed in a listed folder since the last listing: only the items that the monitor
     /// named are read, or all of the folder when it could not name them.
     virtual void RequestChanges(const host::UTF16String& folder) = 0;
@@ -72,11 +76,15 @@ public:
 
     /// True when the folder's listing is known, and the folder is watched or polled.
     virtual bool IsListed(std::u16string_view folder) const = 0;
+    /// True when the folder lies below a monitored root and its first listing is under way or has been
+    /// requested: what is in it will be delivered, and nobody need wait for the volume to say it now.
+    virtual bool IsAwaited(std::u16string_view folder) const = 0;
     /// The facts of an item of a listed folder, by its path; null when its folder is not listed, or (told by
     /// `IsListed`) when the folder holds no such item. A listed folder is itself found as a folder. A pointer
     /// into the store: valid until the next change.
     virtual const ItemFacts* Find(std::u16string_view path) const = 0;
-    /// Like `Find`; when status or lock are missing they are asked for in the background.
+    /// Like `Find`; when status or lock are missing they are asked for in the background, and so is the listing
+    /// of a folder that waits to be listed on demand.
     virtual const ItemFacts* FindAndRequest(std::u16string_view path) = 0;
 
     /// What follows the folders.

@@ -23,11 +23,13 @@ public:
     ~FolderStoreImpl() override;
 
     void RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) override;
+    void RequestListingOnDemand(const host::UTF16String& path, Receiver receiver, const void* owner) override;
     void RequestChanges(const host::UTF16String& path) override;
     void RequestFacts(const host::UTF16String& path, const host::UTF16StringVec& names) override;
     void DropWaitingFacts() override;
     void Forget(const host::UTF16String& path, const void* owner) override;
     bool IsListed(std::u16string_view path) const override;
+    bool IsAwaited(std::u16string_view path) const override;
     const ItemFacts* Find(std::u16string_view path) const override;
     const ItemFacts* FindAndRequest(std::u16string_view path) override;
     DirectoryMonitor& GetMonitor() override { return mMonitor; }
@@ -37,6 +39,8 @@ private:
         const void* mOwner = nullptr;
         std::shared_ptr<Receiver> mReceiver;
         bool mHasContent = false;
+        /// Asks for a listing as soon as somebody asks for an item.
+        bool mIsOnDemand = false;
         /// Has asked for a listing that has not begun, or is under way.
         bool mIsWaiting = false;
         bool mIsBeingServed = false;
@@ -90,6 +94,9 @@ private:
     FolderPtr FindFolderPtr(std::u16string_view path) const;
     bool IsCurrent(const FolderPtr& folder) const;
     FolderItems::Item* FindItem(std::u16string_view path, Folder*& folder) const;
+    Subscriber& Subscribe(const host::UTF16String& path, Receiver&& receiver, const void* owner,
+                          FolderPtr& folder);
+    void ListOnDemand(std::u16string_view itemPath);
     static FolderItems& Writable(Folder& folder);
     void ForgetFoldersBelow(const host::UTF16String& path);
     void Ask(Folder& folder, FolderItems::Item& item);

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "desk/core/Services.h"
+#include "desk/files/FolderPath.h"
 #include "desk/files/FolderStore.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
@@ -10,12 +11,6 @@
 namespace desk {
 
 namespace {
-
-std::u16string_view FolderOf(std::u16string_view path) {
-    std::size_t slash = path.rfind(u'/');
-    if (slash == std::u16string_view::npos) return {};
-    return path.substr(0, slash == 0 ? 1 : slash);
-}
 
 /// `find` looks a normalised path up in the store.
 template <class Find>
@@ -27,7 +22,9 @@ KnownItem FindInStore(const host::UTF16String& path, Find find) {
     if (normalized != path) {
         if (const ItemFacts* facts = find(*store, normalized)) return {.mFacts = facts};
     }
-    return {.mIsAbsent = host::IsVantorProjectFile(normalized) && store->IsListed(FolderOf(normalized))};
+    const std::u16string_view folder = FolderOf(normalized);
+    return {.mIsAbsent = host::IsVantorProjectFile(normalized) && store->IsListed(folder),
+            .mIsAwaited = store->IsAwaited(folder)};
 }
 
 }  // namespace

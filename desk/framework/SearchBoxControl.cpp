@@ -51,6 +51,7 @@ public:
             clear();
             setFocus();
         });
+        parent->installEventFilter(this);
         connect(this, &QLineEdit::textChanged, clearAction,
                 [clearAction](const QString& text) { clearAction->setVisible(!text.isEmpty()); });
     }
@@ -70,6 +71,20 @@ protected:
             clear();
         else if (event->key() != Qt::Key_Down || !FocusList())
             QLineEdit::keyPressEvent(event);
+    }
+
+    /// What the parent gets has been left by its child that has the keyboard.
+    bool eventFilter(QObject*, QEvent* event) override {
+        const bool isPress = event->type() == QEvent::KeyPress;
+        if (text().isEmpty() || !(isPress || event->type() == QEvent::ShortcutOverride)) return false;
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        if (key.key() != Qt::Key_Escape || key.modifiers() != Qt::NoModifier) return false;
+        event->accept();
+        if (isPress) {
+            clear();
+            FocusList();
+        }
+        return true;
     }
 
 private:

@@ -147,7 +147,7 @@ ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF
         if (const auto held = keeper.Find(LockFilePath(projectPath)); held && !held->IsLost())
             return new ReadLockFile(held->GetRecord(), userName, machineName);
     const desk::KnownItem known = desk::FindKnownItemAndRequest(projectPath);
-    if (known.mIsAbsent) return {};
+    if (known.mIsAbsent || known.mIsAwaited) return {};
     if (known.mFacts) {
         if (!known.mFacts->mHasLockFile) return {};
         if (!known.mFacts->mLock) return new UnreadLockFile;

@@ -59,7 +59,9 @@ public:
 };
 
 /// A text field for searching, with a button that empties it. Announces `ValueChangedMessage` on its
-/// station whenever the text has changed, whether by the user or by `SetText`. Escape empties it.
+/// station whenever the text has changed, whether by the user or by `SetText`. Escape empties it, also when it
+/// comes from what stands beside it in the parent and is of no use there; the keyboard then goes to the list or
+/// tree that shows.
 class ZUHOST_API SearchBoxControl : public ControlView {
 public:
     SearchBoxControl();

@@ -48,9 +48,9 @@ ZUHOST_API bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machi
 ZUHOST_API ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                                     const UTF16String& machineName);
 
-/// Reads the lock file of the project at `projectPath`; empty when it has none. Answered from what
-/// this process holds itself, else from fresh
-/// facts of a listed folder without touching the disk, else asks the disk: may wait for the volume.
+/// Reads the lock file of the project at `projectPath`; empty when it has none, and while the first listing of
+/// its monitored folder is awaited. Answered from what this process holds itself, else from fresh facts of a
+/// listed folder without touching the disk, else asks the disk: may wait for the volume.
 /// Whatever stands at the lock's place (empty, huge, binary, a pipe, a link) is answered at once and
 /// counts as held. UI thread.
 ZUHOST_API ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,

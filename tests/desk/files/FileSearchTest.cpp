@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <cstring>
 
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
@@ -26,14 +26,20 @@ protected:
     std::unique_ptr<FileSearch::Request> Start(const std::string& text) {
         return FileSearch::FindFilesOrDirectories(
             mFolder.PathUTF16(),
-            {{u".zuproj"},
-             [needle = host::UTF8to16(text)](const host::UTF16String& path) {
-                 return host::PathUtils::GetFullFilePart(path).find(needle) != std::u16string::npos;
-             }},
-            [this](host::UTF16StringVec paths) {
+            {.mExtensions = {u".zuproj"},
+             .mFilter =
+                 [needle = host::UTF8to16(text)](const host::UTF16String& path) {
+                     return host::PathUtils::GetFullFilePart(path).find(needle) != std::u16string::npos;
+                 },
+             .mChanged = {}},
+            [this](const FileSearch::Result& result) {
                 ++mCompletions;
                 mFound.clear();
-                for (const host::UTF16String& path : paths)
+                mUnreadable.clear();
+                for (const auto& folder : result.mUnreadable)
+                    mUnreadable.push_back(host::UTF16to8(folder.mPath).substr(mFolder.Path().size()) + ": " +
+                                          std::strerror(folder.mSystemError));
+                for (const host::UTF16String& path : result.mPaths)
                     mFound.push_back(host::UTF16to8(path).substr(mFolder.Path().size() + 1));
             });
     }
@@ -50,6 +56,8 @@ protected:
     desk::WorkerPool mPool{4};
     ManualMainThread mMainThread;
     Names mFound;
+    /// Relative to the folder, with the reason.
+    Names mUnreadable;
     int mCompletions = 0;
 };
 
@@ -90,16 +98,23 @@ TEST_F(FileSearchTest, LinksAreFoundButNotEntered) {
     EXPECT_EQ(Find("Reel"), expected);
 }
 
-TEST_F(FileSearchTest, AFolderThatCannotBeReadIsLoggedAndLeftOut) {
+TEST_F(FileSearchTest, AFolderThatCannotBeReadIsLoggedAndNamed) {
     mFolder.Write("open/Reel 1.zuproj");
     mFolder.Write("shut/Reel 2.zuproj");
     mDisk.Deny(mFolder.Path("shut"));
     ExpectLogged log(mFolder.Path("shut") + ": Permission denied");
     EXPECT_EQ(Find("Reel"), Names{"open/Reel 1.zuproj"});
+    EXPECT_EQ(mUnreadable, Names{"/shut: Permission denied"});
     mDisk.SetGone(true);
     ExpectLogged gone("Stale file handle");
     EXPECT_EQ(Find("Reel"), Names{});
-    EXPECT_EQ(mCompletions, 2);
+    EXPECT_EQ(mUnreadable, Names{": Stale file handle"});
+    mDisk.SetGone(false);
+    ExpectLogged missing("No such file or directory");
+    mFolder.Remove("");
+    EXPECT_EQ(Find("Reel"), Names{});
+    EXPECT_EQ(mUnreadable, Names{": No such file or directory"});
+    EXPECT_EQ(mCompletions, 3);
 }
 
 TEST_F(FileSearchTest, ADroppedRequestEndsTheWalkAndNeverCompletes) {

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "desk/files/FileSystem.h"
+#include "host/core/Strings.h"
+
+namespace desk {
+
+/// Finds the files with certain extensions, and the folders, below a root: one task of the worker pool for
+/// each folder, behind what waits already. Symbolic links to folders are found but not entered; hidden folders
+/// and the host's own files are left out. UI thread, but for what its workers do inside.
+class FolderWalk : public std::enable_shared_from_this<FolderWalk> {
+public:
+    struct Parameters {
+        /// With the dot; ASCII letter case is ignored.
+        host::UTF16StringVec mExtensions;
+        /// Accepts what is found; empty accepts all. On workers, several at a time.
+        std::function<bool(const host::UTF16String& path)> mFilter;
+    };
+    struct UnreadableFolder {
+        host::UTF16String mPath;
+        /// An errno value.
+        int mSystemError = 0;
+    };
+    struct Result {
+        /// What was found, sorted.
+        host::UTF16StringVec mPaths;
+        /// The root and all folders that were entered, also those that could not be read; in no order.
+        host::UTF16StringVec mFolders;
+        /// Folders that could not be read, but for those that vanished meanwhile; the log names each. Also a
+        /// root that is not there.
+        std::vector<UnreadableFolder> mUnreadable;
+    };
+    using Completion = std::function<void(Result)>;
+
+    FolderWalk(Parameters parameters, Completion completion)
+        : mParameters(std::move(parameters)), mCompletion(std::move(completion)) {}
+
+    /// Begins the walk; `completion` is called later. Called once.
+    void Start(const host::UTF16String& root);
+    /// From now on `completion` is not called any more; no more folders are begun.
+    void Cancel();
+
+private:
+    void SubmitFolder(const host::UTF16String& path);
+    void SearchFolder(const host::UTF16String& folder);
+    bool ListFolder(const host::UTF16String& folder, std::vector<FolderEntry>& entries);
+    void SearchEntry(const host::UTF16String& folder, const FolderEntry& entry, host::UTF16StringVec& found);
+    ItemKind ResolveKind(const std::string& path, ItemKind kind) const;
+    void Finish();
+
+    const Parameters mParameters;
+    Completion mCompletion;
+    host::UTF16String mRoot;
+    std::atomic<bool> mIsCancelled = false;
+    std::atomic<std::size_t> mFoldersLeft = 0;
+    std::mutex mMutex;
+    Result mResult;
+};
+
+/// `name` ends with one of the extensions, ASCII letter case ignored, and has something before it. Any thread.
+bool HasExtension(std::u16string_view name, const host::UTF16StringVec& extensions);
+
+}  // namespace desk
