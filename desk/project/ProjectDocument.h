@@ -25,8 +25,8 @@ public:
     /// A text of lines as `EditedText` takes it (`QTextDocument::toRawText`).
     using TextSource = std::function<host::UTF16String()>;
 
-    /// `path`: normalised. `filePath`: where the file really is, in bytes.
-    ProjectDocument(host::UTF16String path, std::string filePath, ProjectContent content);
+    /// `path`: normalised. Read-only until it gets its locks.
+    ProjectDocument(host::UTF16String path, ProjectFilePlace file, ProjectContent content);
     ~ProjectDocument() override;
 
     host::UTF16String GetProjectPath() const override { return mPath; }
@@ -36,45 +36,51 @@ public:
     bool IsReadOnly() const override;
     bool IsOutOfDate() const override { return mIsOutOfDate; }
 
-    const ProjectContent& GetContent() const { return mContent; }
+    const ProjectContent& GetContent() const { return *mContent; }
+    /// The same, for workers.
+    const ProjectContentPtr& ShareContent() const { return mContent; }
     /// True when the content can be edited at all; whether it may be now says `IsReadOnly`.
-    bool IsEditable() const { return mContent.mKind == ProjectContent::Kind::EditableText; }
+    bool IsEditable() const { return mContent->mKind == ProjectContent::Kind::EditableText; }
     /// The text as it was last read or saved, for the editor; empty when it is not editable.
     host::UTF16String GetEditorText() const;
 
-    /// The editor that shows the document; an empty function when it goes. Without one there are no edits.
-    void SetTextSource(TextSource source) { mTextSource = std::move(source); }
+    /// The editor that shows the document; an empty function when it goes, and its edits with it.
+    void SetTextSource(TextSource source);
     /// Told by the editor. Ignored for what is not editable.
     void SetDirty(bool isDirty);
 
-    /// What is to be written: the content as it was read but for the edits.
-    std::string GetBytesToSave() const;
-    /// Where the file really is, in bytes: differs from the path when that is a symbolic link. A save writes there.
-    const std::string& GetFilePath() const { return mFilePath; }
-    /// True when `GetProjectPath` is a symbolic link to the file.
-    bool IsLink() const { return mIsLink; }
+    /// What the editor shows now (see `EditedText`).
+    host::UTF16String GetCurrentText() const;
+    /// Where the file really is: a save writes there.
+    const ProjectFilePlace& GetFile() const { return mFile; }
 
     const host::ProjectLockFileRef& GetLock() const { return mLock; }
     /// A project that is a link holds the lock of the file that it leads to as well.
     const host::ProjectLockFileRef& GetTargetLock() const { return mTargetLock; }
     /// Sets both locks; empty references make the project read-only.
     void SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock);
+    /// Gives the locks up without a word, as the project is being closed.
+    void ReleaseLocks();
 
     /// The file has been read anew: the editor takes the text anew, and unsaved changes are gone.
     void ReplaceContent(ProjectContent content);
-    /// `bytes` stand in the file now. Unsaved changes are gone if the editor still shows these bytes.
-    void NoteSaved(std::string bytes, const ItemStatus& status);
+    /// Unsaved changes are dropped: the editor takes the text anew that was last read or saved.
+    void DropChanges();
+    /// `bytes` stand in the file now, in this state; unsaved changes stay.
+    void NoteWritten(std::string bytes, const ItemStatus& status);
+    /// After `NoteWritten` of what the editor showed as `text`: unsaved changes are gone if it still does.
+    void NoteSaved(const host::UTF16String& text);
     /// The file's times have changed, its bytes have not.
     void NoteStatus(const ItemStatus& status);
     void SetOutOfDate(bool isOutOfDate);
 
 private:
-    void Announce() const;
+    void AnnounceState();
+    void AnnounceContent();
 
     host::UTF16String mPath;
-    std::string mFilePath;
-    bool mIsLink;
-    ProjectContent mContent;
+    ProjectFilePlace mFile;
+    ProjectContentPtr mContent;
     host::ProjectLockFileRef mLock;
     host::ProjectLockFileRef mTargetLock;
     TextSource mTextSource;

@@ -3,8 +3,11 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <vector>
 
 #include "desk/project/ProjectDocument.h"
+#include "desk/project/ProjectLocking.h"
+#include "desk/project/ProjectQuestions.h"
 #include "host/core/Export.h"
 #include "host/project/DocumentManager.h"
 
@@ -52,32 +55,38 @@ private:
     friend class host::ScEnableSaveApplyToAllOption;
     class Operation;
 
+    /// Scopes may outlive the manager: they are counted apart from it.
+    static void CountApplyToAllScope(int step);
+
     enum class SaveResult {
         Saved,
-        /// The user saved a copy; the project's own file is as it was.
+        /// The user saved a copy, at `mCopy`; the project's own file is as it was.
         Copied,
         NotSaved,
     };
-    enum class SaveAnswer { Save, Discard, Cancel };
-
-    /// Locks that an opening has got, or why there is none.
-    struct Locks;
+    struct Saving {
+        SaveResult mResult = SaveResult::NotSaved;
+        host::UTF16String mCopy;
+    };
 
     bool Open(const host::UTF16String& path);
-    bool OpenCopy(const host::UTF16String& path, const std::string& filePath);
-    std::optional<Locks> TakeLocksOrAsk(const host::UTF16String& path, const std::string& filePath, bool& makesCopy);
+    /// Absent when the user does not want to open the project itself (a copy may be open then: `isCopyOpen`). Without
+    /// locks: read-only.
+    std::optional<ProjectLocking> LockOrAsk(const host::UTF16String& path, const ProjectFilePlace& file,
+                                            bool& isCopyOpen);
+    bool OpenCopy(const host::UTF16String& path, const ProjectFilePlace& file);
 
-    SaveResult Save(const ProjectDocumentRef& document);
-    SaveResult Write(const ProjectDocumentRef& document);
-    SaveResult OfferCopy(const ProjectDocumentRef& document, const host::UTF16String& title,
-                         const host::UTF16String& text);
-    bool IsLockStillOurs(const ProjectDocumentRef& document, SaveResult& result);
-    host::UTF16String WriteCopy(const ProjectDocumentRef& document);
+    Saving Save(const ProjectDocumentRef& document);
+    std::optional<Saving> CheckLocks(const ProjectDocumentRef& document);
+    FileWriting Write(const ProjectDocumentRef& document, const host::UTF16String& text,
+                      const std::optional<FileComparison>& approved);
+    Saving SaveAsCopy(const ProjectDocumentRef& document);
+    /// The project's own tab goes when the copy could be opened.
     bool OpenInPlaceOf(const ProjectDocumentRef& document, const host::UTF16String& copy);
 
     bool Close(const ProjectDocumentRef& document, bool prompt);
     bool CloseAll(const std::vector<ProjectDocumentRef>& documents);
-    SaveAnswer AskToSave(const ProjectDocumentRef& document);
+    ProjectQuestions::SaveAnswer AskToSave(const ProjectDocumentRef& document);
     void Drop(const ProjectDocumentRef& document);
 
     bool MakeReadOnly(const ProjectDocumentRef& document);
@@ -86,11 +95,10 @@ private:
     std::vector<ProjectDocumentRef> GetDocuments() const;
     bool IsOpen(const ProjectDocumentRef& document) const;
 
-    std::set<const void*> mBusy;
+    std::set<const ProjectDocument*> mBusy;
     std::set<host::UTF16String> mOpening;
     ProjectDocumentRef mActive;
-    int mApplyToAllScopes = 0;
-    std::optional<SaveAnswer> mAnswerForAll;
+    std::optional<ProjectQuestions::SaveAnswer> mAnswerForAll;
     std::unique_ptr<OutOfDateWatch> mWatch;
 };
 

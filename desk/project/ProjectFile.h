@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -11,17 +11,17 @@
 
 namespace desk {
 
-class WorkProgress;
-
 /// What a project's file holds, as far as the host has to know: bytes, which are opaque.
 struct ProjectContent {
     enum class Kind {
-        /// Text that the editor gives back as it is: `mBytes` holds all of it.
+        /// Text that an editor gives back as it is: `mBytes` holds all of it. The other kinds are not kept.
         EditableText,
-        /// Text that an editor would not give back (`mObstacle`), or too large a one. `mBytes` holds its beginning.
+        /// Text that an editor would not give back, for the reason `mObstacle`.
         Text,
-        /// Anything else. `mBytes` holds its beginning.
+        /// Something else.
         Binary,
+        /// More than `kEditableLimit` bytes, which nobody has looked at.
+        Large,
     };
     Kind mKind = Kind::Binary;
     EditedText::Obstacle mObstacle = EditedText::Obstacle::None;
@@ -31,18 +31,26 @@ struct ProjectContent {
     ItemStatus mStatus;
 };
 
-/// The largest file that is edited; of anything larger only the beginning is read.
+using ProjectContentPtr = std::shared_ptr<const ProjectContent>;
+
+/// The largest file that is read.
 inline constexpr std::size_t kEditableLimit = 4 * 1024 * 1024;
-/// How much is read of what is not edited.
-inline constexpr std::size_t kBeginningLength = 4096;
 
-/// Where the file of the project at `path` (bytes) really is: `path` without symbolic links at its end. Throws
-/// `host::FileException` when nothing stands there (ENOENT), when it is no regular file (EINVAL), when a link
-/// leads in circles (ELOOP). May wait for the volume; any thread.
-ZUHOST_API std::string FindProjectFile(FileSystem& fileSystem, const std::string& path);
+/// Where a project's file really is.
+struct ProjectFilePlace {
+    /// In bytes.
+    std::string mPath;
+    /// The project's path is a symbolic link to it.
+    bool mIsLink = false;
+};
 
-/// Reads the regular file at `path`; once more when it changes meanwhile. Throws `host::FileException`. May wait
-/// for the volume; any thread.
+/// Follows the project's path (bytes) to a regular file. Throws `host::FileException` when nothing stands there
+/// (ENOENT), when it is no regular file (EINVAL), when links lead in circles (ELOOP). May wait for the volume; any
+/// thread.
+ZUHOST_API ProjectFilePlace FindProjectFile(FileSystem& fileSystem, const std::string& path);
+
+/// Reads the regular file at `path`; again when it changes meanwhile. Throws `host::FileException`. May wait for
+/// the volume; any thread.
 ZUHOST_API ProjectContent ReadProjectFile(FileSystem& fileSystem, const std::string& path);
 
 /// True when both are of one state of a file, told by size and time of modification.
@@ -59,7 +67,7 @@ struct FileComparison {
         Missing,
     };
     Outcome mOutcome = Outcome::Same;
-    /// The file's present state; with `Same` it is `expected`'s from now on, even if only its time has changed.
+    /// The file's present state.
     ItemStatus mStatus;
 };
 
@@ -69,5 +77,31 @@ struct FileComparison {
 /// thread.
 ZUHOST_API FileComparison CompareProjectFile(FileSystem& fileSystem, const std::string& path,
                                              const ProjectContent& expected, bool alwaysReads);
+
+/// What came of writing a project's file.
+struct FileWriting {
+    enum class Outcome {
+        Written,
+        /// The file is not what was expected (`mFound`); nothing was written.
+        Differs,
+        /// For the reason that `mError` names.
+        Failed,
+    };
+    Outcome mOutcome = Outcome::Failed;
+    FileComparison mFound;
+    /// The bytes stand in the file now; after a failure too, when only its reply was lost or the last flush failed.
+    bool mStands = false;
+    /// The file's state after it was written.
+    ItemStatus mStatus;
+    /// Operation, path and reason.
+    std::string mError;
+};
+
+/// Replaces the file at `path` by `bytes`, whole or not at all, if it still is what was `expected`, or what the user
+/// has agreed to overwrite (`approved`: what an earlier attempt found). Throws nothing. May wait for the volume; any
+/// thread.
+ZUHOST_API FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
+                                        const ProjectContent& expected,
+                                        const std::optional<FileComparison>& approved);
 
 }  // namespace desk

@@ -1,0 +1,31 @@
+#include "host/project/DocumentManager.h"
+
+#include "desk/project/OutOfDateWatch.h"
+#include "desk/project/ProjectDocuments.h"
+
+namespace host {
+
+DocumentManager::~DocumentManager() = default;
+
+DocumentManager* DocumentManager::Instance() {
+    return desk::ProjectDocuments::Instance();
+}
+
+ProjectRef GetActiveProject() {
+    const DocumentManager* manager = DocumentManager::Instance();
+    return manager ? manager->GetActiveProject() : ProjectRef();
+}
+
+void SetActiveProject(const ProjectRef& project) {
+    if (DocumentManager* manager = DocumentManager::Instance(); manager && project) manager->SetActiveProject(project);
+}
+
+ScEnableSaveApplyToAllOption::ScEnableSaveApplyToAllOption() {
+    desk::ProjectDocuments::CountApplyToAllScope(1);
+}
+
+ScEnableSaveApplyToAllOption::~ScEnableSaveApplyToAllOption() {
+    desk::ProjectDocuments::CountApplyToAllScope(-1);
+}
+
+}  // namespace host

@@ -1,0 +1,129 @@
+#include "desk/project/ProjectDocument.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/files/PathUtils.h"
+
+namespace desk {
+
+ProjectDocument::ProjectDocument(host::UTF16String path, ProjectFilePlace file, ProjectContent content)
+    : mPath(std::move(path)),
+      mFile(std::move(file)),
+      mContent(std::make_shared<const ProjectContent>(std::move(content))) {}
+
+ProjectDocument::~ProjectDocument() = default;
+
+void ProjectDocument::SetProjectPath(const host::UTF16String& path) {
+    if (path == mPath) return;
+    mPath = path;
+    if (!mFile.mIsLink) mFile.mPath = host::UTF16to8(path);
+    AnnounceState();
+}
+
+void ProjectDocument::SetProjectLockFile(const host::ProjectLockFileRef& lockFile) {
+    SetLocks(lockFile, mTargetLock);
+}
+
+bool ProjectDocument::IsReadOnly() const {
+    const auto isHeld = [](const host::ProjectLockFileRef& lock) { return lock && lock->IsHeldByReader(); };
+    return !isHeld(mLock) || (mFile.mIsLink && !isHeld(mTargetLock));
+}
+
+host::UTF16String ProjectDocument::GetEditorText() const {
+    return IsEditable() ? EditedText(mContent->mBytes).GetEditorText() : host::UTF16String();
+}
+
+host::UTF16String ProjectDocument::GetCurrentText() const {
+    return mTextSource ? mTextSource() : GetEditorText();
+}
+
+void ProjectDocument::SetTextSource(TextSource source) {
+    mTextSource = std::move(source);
+    if (!mTextSource) SetDirty(false);
+}
+
+void ProjectDocument::SetDirty(bool isDirty) {
+    isDirty = isDirty && IsEditable();
+    if (isDirty == mIsDirty) return;
+    mIsDirty = isDirty;
+    AnnounceState();
+}
+
+void ProjectDocument::SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock) {
+    mLock.swap(lock);
+    mTargetLock.swap(targetLock);
+    // What was held is given up before anybody looks.
+    lock.reset();
+    targetLock.reset();
+    AnnounceState();
+}
+
+void ProjectDocument::ReleaseLocks() {
+    mLock.reset();
+    mTargetLock.reset();
+}
+
+void ProjectDocument::ReplaceContent(ProjectContent content) {
+    mContent = std::make_shared<const ProjectContent>(std::move(content));
+    mIsOutOfDate = false;
+    DropChanges();
+}
+
+void ProjectDocument::DropChanges() {
+    mIsDirty = false;
+    AnnounceContent();
+    AnnounceState();
+}
+
+void ProjectDocument::NoteWritten(std::string bytes, const ItemStatus& status) {
+    ProjectContent content;
+    content.mKind = ProjectContent::Kind::EditableText;
+    content.mBytes = std::move(bytes);
+    content.mStatus = status;
+    mContent = std::make_shared<const ProjectContent>(std::move(content));
+    SetOutOfDate(false);
+}
+
+void ProjectDocument::NoteSaved(const host::UTF16String& text) {
+    if (GetCurrentText() == text) SetDirty(false);
+}
+
+void ProjectDocument::NoteStatus(const ItemStatus& status) {
+    if (IsSameState(status, mContent->mStatus)) return;
+    ProjectContent content = *mContent;
+    content.mStatus = status;
+    mContent = std::make_shared<const ProjectContent>(std::move(content));
+}
+
+void ProjectDocument::SetOutOfDate(bool isOutOfDate) {
+    if (isOutOfDate == mIsOutOfDate) return;
+    mIsOutOfDate = isOutOfDate;
+    AnnounceState();
+}
+
+void ProjectDocument::AnnounceState() {
+    const auto& open = OpenProjectList::Instance().Get();
+    const ProjectDocumentRef self(this);
+    if (std::find(open.begin(), open.end(), self) == open.end()) return;
+    host::BroadcastMessage(kStation_ProjectDocuments,
+                           ProjectDocumentMessage(ProjectDocumentMessage::What::State, self));
+    OpenProjectList::Instance().AnnounceReadOnlyState(self);
+}
+
+void ProjectDocument::AnnounceContent() {
+    host::BroadcastMessage(
+        kStation_ProjectDocuments,
+        ProjectDocumentMessage(ProjectDocumentMessage::What::Content, ProjectDocumentRef(this)));
+}
+
+ProjectDocumentRef ToDocument(const host::ProjectRef& project) {
+    return dynamic_cast<ProjectDocument*>(project.get());
+}
+
+ProjectDocumentMessage::ProjectDocumentMessage(What what, ProjectDocumentRef document)
+    : mWhat(what), mDocument(std::move(document)) {}
+
+ProjectDocumentMessage::~ProjectDocumentMessage() = default;
+
+}  // namespace desk

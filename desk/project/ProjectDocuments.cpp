@@ -1,0 +1,130 @@
+#include "desk/project/ProjectDocuments.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <utility>
+
+#include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/dialogs/LongWork.h"
+#include "desk/files/FileSystem.h"
+#include "desk/project/OutOfDateWatch.h"
+#include "desk/project/ProjectDocumentsImpl.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+#include "host/files/FileException.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProductionItems.h"
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+
+namespace {
+
+constexpr int kMostNames = 100;
+
+ProjectDocuments* sInstance = nullptr;
+
+}  // namespace
+
+ProjectDocuments::ProjectDocuments() : mWatch(std::make_unique<OutOfDateWatch>()) {
+    sInstance = this;
+}
+
+ProjectDocuments::~ProjectDocuments() {
+    for (const ProjectDocumentRef& document : GetDocuments()) Drop(document);
+    sInstance = nullptr;
+}
+
+ProjectDocuments* ProjectDocuments::Instance() {
+    return sInstance;
+}
+
+ProjectDocuments::Operation::Operation(ProjectDocuments& documents, const ProjectDocumentRef& document)
+    : mDocuments(documents), mDocument(document) {
+    mHasBegun = document && documents.IsOpen(document) && documents.mBusy.insert(document.get()).second;
+}
+
+ProjectDocuments::Operation::~Operation() {
+    if (mHasBegun) mDocuments.mBusy.erase(mDocument.get());
+}
+
+std::vector<ProjectDocumentRef> ProjectDocuments::GetDocuments() const {
+    std::vector<ProjectDocumentRef> documents;
+    for (const OpenProjectRef& project : OpenProjectList::Instance().Get())
+        if (ProjectDocumentRef document = ToDocument(project)) documents.push_back(std::move(document));
+    return documents;
+}
+
+bool ProjectDocuments::IsOpen(const ProjectDocumentRef& document) const {
+    const auto& open = OpenProjectList::Instance().Get();
+    return std::find(open.begin(), open.end(), document) != open.end();
+}
+
+host::ProjectRef ProjectDocuments::GetActiveProject() const {
+    return mActive;
+}
+
+void ProjectDocuments::SetActiveProject(const host::ProjectRef& project) {
+    const ProjectDocumentRef document = ToDocument(project);
+    if (document == mActive || (document && !IsOpen(document))) return;
+    mActive = document;
+    if (!document) return;
+    host::BroadcastMessage(kStation_ProjectDocuments,
+                           ProjectDocumentMessage(ProjectDocumentMessage::What::Activated, document));
+}
+
+host::UTF16String ProjectDocuments::CreateProject(const host::UTF16String& folder) {
+    const host::UTF16String name =
+        host::ZString("$$$/Vantor/Handlers/ZuProductionFolder/Untitled=Untitled") + host::GetProjectFileExtension();
+    const host::UTF16String wanted =
+        host::PathUtils::CombinePaths(host::PathUtils::ToNormalizedPath(folder), name);
+    host::UTF16StringVec taken;
+    host::UTF16String path = wanted;
+    try {
+        for (int i = 0; i < kMostNames; ++i) {
+            if (i > 0) path = host::Utilities::MakeUniqueFilename(wanted, 1, u"_", taken);
+            if (CreateFileOnDisk(path, {})) return path;
+            taken.push_back(host::PathUtils::GetFullFilePart(path));
+        }
+        throw host::FileException("create", wanted, EEXIST);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotMade(path, ReasonOf(exception));
+    }
+    return {};
+}
+
+host::UTF16String EscapedReason(const std::string& reason) {
+    return ToUTF16(ToDisplayText(host::UTF8to16(reason)));
+}
+
+host::UTF16String ReasonOf(const host::FileException& exception) {
+    return EscapedReason(exception.what());
+}
+
+unsigned GetModeOfNewFiles() {
+    // proc(5); umask(2) could only be asked by changing it for all threads.
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word)
+        if (unsigned mask = 0; word == "Umask:" && status >> std::oct >> mask) return 0666 & ~mask;
+    return 0644;
+}
+
+bool CreateFileOnDisk(const host::UTF16String& path, const std::string& bytes) {
+    const std::string pathBytes = host::UTF16to8(path);
+    try {
+        RunLongWork(host::ZString("$$$/Desk/Project/Creating=Creating Project"), [&](WorkProgress& progress) {
+            progress.SetItem(path);
+            GetServices().mFileSystem->CreateNewFile(pathBytes, bytes, GetModeOfNewFiles());
+        });
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != EEXIST) throw;
+        return false;
+    }
+    return true;
+}
+
+}  // namespace desk

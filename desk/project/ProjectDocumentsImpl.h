@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "desk/project/ProjectDocuments.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+
+/// An operation on a document: only one at a time, however many questions and events lie between.
+class ProjectDocuments::Operation {
+public:
+    Operation(ProjectDocuments& documents, const ProjectDocumentRef& document);
+    ~Operation();
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+    /// False when the document is not open, or another operation on it is under way.
+    bool HasBegun() const { return mHasBegun; }
+
+private:
+    ProjectDocuments& mDocuments;
+    ProjectDocumentRef mDocument;
+    bool mHasBegun = false;
+};
+
+/// Operation, path and reason, ready to be shown.
+host::UTF16String EscapedReason(const std::string& reason);
+host::UTF16String ReasonOf(const host::FileException& exception);
+
+/// The permissions with which a new project is made: what the process's umask leaves of 0666, so that colleagues
+/// can read it as they can the files of other programs. Any thread; reads /proc only.
+unsigned GetModeOfNewFiles();
+
+/// Makes a new file on a worker. False when something stands at `path`; throws `host::FileException`.
+bool CreateFileOnDisk(const host::UTF16String& path, const std::string& bytes);
+
+}  // namespace desk

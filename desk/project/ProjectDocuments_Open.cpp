@@ -1,0 +1,128 @@
+// Opening, with its lock and its questions.
+
+#include <cerrno>
+#include <utility>
+
+#include "desk/core/Services.h"
+#include "desk/core/UserNotice.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/dialogs/LongWork.h"
+#include "desk/project/ProjectDocumentsImpl.h"
+#include "host/core/Localizer.h"
+#include "host/files/FileUtils.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProductionItems.h"
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+
+namespace {
+
+using host::UTF16String;
+using ProjectQuestions::LockedAnswer;
+
+/// Copies that somebody else has made under the same name meanwhile.
+constexpr int kMostCopyNames = 20;
+
+/// Runs `work` on a worker; false when it failed, which the user has been told, or was cancelled.
+bool WorkOnOpening(const UTF16String& path, const std::function<void(FileSystem&)>& work) {
+    try {
+        RunLongWork(host::ZString("$$$/Desk/Project/Opening=Opening Project"), [&](WorkProgress& progress) {
+            progress.SetItem(path);
+            work(*GetServices().mFileSystem);
+            progress.ThrowIfCancelled("open", host::UTF16to8(path));
+        });
+        return true;
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() == EINVAL)
+            ProjectQuestions::TellNotOpened(path, host::ZString("$$$/Desk/Project/NoFile=It is not a file."));
+        else if (exception.SystemError() != ECANCELED)
+            ProjectQuestions::TellNotOpened(path, ReasonOf(exception));
+        return false;
+    }
+}
+
+}  // namespace
+
+bool ProjectDocuments::OpenProject(const UTF16String& path) {
+    const UTF16String normalized = host::PathUtils::ToNormalizedPath(path);
+    host::ProjectRef open;
+    if (host::IsProjectOpen(normalized, open)) {
+        SetActiveProject(open);
+        return true;
+    }
+    if (!host::IsVantorProjectFile(normalized)) {
+        ProjectQuestions::TellNotOpened(normalized, host::ZString("$$$/Desk/Project/NoProject=It is not a project."));
+        return false;
+    }
+    if (!mOpening.insert(normalized).second) return false;
+    const bool isOpen = Open(normalized);
+    mOpening.erase(normalized);
+    return isOpen;
+}
+
+bool ProjectDocuments::Open(const UTF16String& path) {
+    ProjectFilePlace file;
+    const std::string bytes = host::UTF16to8(path);
+    if (!WorkOnOpening(path, [&](FileSystem& fileSystem) { file = FindProjectFile(fileSystem, bytes); })) return false;
+    for (const ProjectDocumentRef& document : GetDocuments()) {
+        if (document->GetFile().mPath != file.mPath) continue;
+        SetActiveProject(document);
+        TellUser(host::ZString("$$$/Desk/Project/SameFile=\"@0\" and \"@1\" are one file, which is open already.",
+                               {ProjectQuestions::NameOf(path),
+                                ProjectQuestions::NameOf(document->GetProjectPath())}));
+        return true;
+    }
+    bool isCopyOpen = false;
+    const std::optional<ProjectLocking> locking = LockOrAsk(path, file, isCopyOpen);
+    if (!locking) return isCopyOpen;
+    // Under the lock, so that nobody writes after this reading.
+    ProjectContent content;
+    if (!WorkOnOpening(path, [&](FileSystem& fileSystem) { content = ReadProjectFile(fileSystem, file.mPath); }))
+        return false;
+    const ProjectDocumentRef document = new ProjectDocument(path, file, std::move(content));
+    document->SetLocks(locking->mLock, locking->mTargetLock);
+    OpenProjectList::Instance().Add(document);
+    SetActiveProject(document);
+    return true;
+}
+
+std::optional<ProjectLocking> ProjectDocuments::LockOrAsk(const UTF16String& path, const ProjectFilePlace& file,
+                                                          bool& isCopyOpen) {
+    ProjectLocking locking = TakeProjectLocks(path, file);
+    if (locking.mObstacle == ProjectLocking::Obstacle::None) return locking;
+    switch (ProjectQuestions::AskAboutLock(path, locking)) {
+        case LockedAnswer::OpenReadOnly:
+            return ProjectLocking{};
+        case LockedAnswer::MakeCopy:
+            isCopyOpen = OpenCopy(path, file);
+            break;
+        case LockedAnswer::Cancel:
+            break;
+    }
+    return {};
+}
+
+/// A link's copy is a copy of what it leads to.
+bool ProjectDocuments::OpenCopy(const UTF16String& path, const ProjectFilePlace& file) {
+    host::UTF16StringVec taken;
+    UTF16String copy;
+    for (int i = 0; i < kMostCopyNames; ++i) {
+        copy = host::GetZuProductionItemCopyPath(path, taken);
+        try {
+            host::FileUtils::Copy(host::UTF8to16(file.mPath), copy);
+            return OpenProject(copy);
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() == ECANCELED) return false;
+            if (exception.SystemError() != EEXIST) {
+                ProjectQuestions::TellNotCopied(copy, ReasonOf(exception));
+                return false;
+            }
+            taken.push_back(host::PathUtils::GetFullFilePart(copy));
+        }
+    }
+    ProjectQuestions::TellNotCopied(copy, ReasonOf(host::FileException("copy to", copy, EEXIST)));
+    return false;
+}
+
+}  // namespace desk

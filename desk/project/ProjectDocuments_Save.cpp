@@ -1,0 +1,140 @@
+// Saving, with the locks that are read again before, and copies of what cannot be saved.
+
+#include <cerrno>
+#include <utility>
+
+#include "desk/core/Services.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/dialogs/LongWork.h"
+#include "desk/project/ProjectDocumentsImpl.h"
+#include "host/core/Localizer.h"
+#include "host/files/FileUtils.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProductionItems.h"
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+
+namespace {
+
+using host::UTF16String;
+using ProjectQuestions::ChangedAnswer;
+
+/// Writes the document's present content to a new file. False when something stands at `path`.
+bool WriteCopy(const ProjectDocument& document, const UTF16String& path) {
+    if (document.IsEditable())
+        return CreateFileOnDisk(path, EditedText(document.GetContent().mBytes).ToBytes(document.GetCurrentText()));
+    try {
+        host::FileUtils::Copy(host::UTF8to16(document.GetFile().mPath), path);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != EEXIST) throw;
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool ProjectDocuments::SaveProject(const host::ProjectRef& project) {
+    const ProjectDocumentRef document = ToDocument(project);
+    const Operation operation(*this, document);
+    if (!operation.HasBegun()) return false;
+    const Saving saving = Save(document);
+    if (saving.mResult == SaveResult::Copied) OpenInPlaceOf(document, saving.mCopy);
+    return saving.mResult == SaveResult::Saved;
+}
+
+bool ProjectDocuments::SaveAllProjects() {
+    bool isAllSaved = true;
+    for (const ProjectDocumentRef& document : GetDocuments())
+        if (document->IsDirty() && !SaveProject(document)) isAllSaved = false;
+    return isAllSaved;
+}
+
+bool ProjectDocuments::SaveProjectAsCopy(const host::ProjectRef& project) {
+    const ProjectDocumentRef document = ToDocument(project);
+    const Operation operation(*this, document);
+    if (!operation.HasBegun()) return false;
+    const Saving saving = SaveAsCopy(document);
+    return saving.mResult == SaveResult::Copied && OpenInPlaceOf(document, saving.mCopy);
+}
+
+ProjectDocuments::Saving ProjectDocuments::Save(const ProjectDocumentRef& document) {
+    if (!document->IsDirty()) return {SaveResult::Saved, {}};
+    const auto copyIf = [&](bool isWanted) { return isWanted ? SaveAsCopy(document) : Saving{}; };
+    if (document->IsReadOnly()) return copyIf(ProjectQuestions::AskToCopyReadOnly(document->GetProjectPath()));
+    std::optional<FileComparison> approved;
+    for (;;) {
+        if (std::optional<Saving> stopped = CheckLocks(document)) return *std::move(stopped);
+        const FileWriting writing = Write(document, document->GetCurrentText(), approved);
+        if (writing.mOutcome == FileWriting::Outcome::Written) return {SaveResult::Saved, {}};
+        if (writing.mOutcome == FileWriting::Outcome::Failed) return {};
+        if (writing.mFound.mOutcome == FileComparison::Outcome::Changed) document->SetOutOfDate(true);
+        const ChangedAnswer answer = ProjectQuestions::AskAboutChange(document->GetProjectPath(), writing.mFound);
+        if (answer != ChangedAnswer::Overwrite) return copyIf(answer == ChangedAnswer::SaveAsCopy);
+        approved = writing.mFound;
+    }
+}
+
+/// Absent when the locks are still ours.
+std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const ProjectDocumentRef& document) {
+    const UTF16String path = document->GetProjectPath();
+    try {
+        const bool isLost = document->GetLock()->IsLost();
+        const bool isTargetLost = !isLost && document->GetTargetLock() && document->GetTargetLock()->IsLost();
+        if (!isLost && !isTargetLost) return {};
+        const ProjectLocking holder =
+            FindLockHolder(isLost ? path : host::UTF8to16(document->GetFile().mPath));
+        document->SetLocks({}, {});
+        return ProjectQuestions::AskToCopyAfterLoss(path, holder) ? SaveAsCopy(document) : Saving{};
+    } catch (const host::FileException& exception) {
+        ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
+        return Saving{};
+    }
+}
+
+/// What fails is told.
+FileWriting ProjectDocuments::Write(const ProjectDocumentRef& document, const UTF16String& text,
+                                    const std::optional<FileComparison>& approved) {
+    const ProjectContentPtr expected = document->ShareContent();
+    const std::string file = document->GetFile().mPath;
+    const UTF16String path = document->GetProjectPath();
+    FileWriting writing;
+    std::string bytes;
+    RunLongWork(host::ZString("$$$/Desk/Project/Saving=Saving Project"), [&](WorkProgress& progress) {
+        progress.SetItem(path);
+        bytes = EditedText(expected->mBytes).ToBytes(text);
+        writing = WriteProjectFile(*GetServices().mFileSystem, file, bytes, *expected, approved);
+    });
+    if (writing.mStands) document->NoteWritten(std::move(bytes), writing.mStatus);
+    if (writing.mOutcome == FileWriting::Outcome::Written) document->NoteSaved(text);
+    if (writing.mOutcome == FileWriting::Outcome::Failed)
+        ProjectQuestions::TellNotSaved(path, EscapedReason(writing.mError));
+    return writing;
+}
+
+ProjectDocuments::Saving ProjectDocuments::SaveAsCopy(const ProjectDocumentRef& document) {
+    UTF16String path = host::GetZuProductionItemCopyPath(document->GetProjectPath(), {});
+    for (;;) {
+        const auto chosen = GetServices().mDialogs->AskNewFile(
+            host::ZString("$$$/Desk/Project/SaveAsCopy=Save as Copy"), path);
+        if (!chosen) return {};
+        path = host::PathUtils::ToNormalizedPath(*chosen);
+        if (!host::IsVantorProjectFile(path)) path += host::GetProjectFileExtension();
+        try {
+            if (WriteCopy(*document, path)) return {SaveResult::Copied, path};
+            ProjectQuestions::TellNotCopied(
+                path, host::ZString("$$$/Desk/Project/NameTaken=There is something of this name already."));
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotCopied(path, ReasonOf(exception));
+        }
+    }
+}
+
+bool ProjectDocuments::OpenInPlaceOf(const ProjectDocumentRef& document, const UTF16String& copy) {
+    if (!OpenProject(copy)) return false;
+    Drop(document);
+    return true;
+}
+
+}  // namespace desk

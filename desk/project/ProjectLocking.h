@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+#include "desk/project/LockProtocol.h"
+#include "desk/project/ProjectFile.h"
+#include "host/core/Export.h"
+#include "host/project/ProjectLockFile.h"
+
+namespace desk {
+
+/// The locks with which a project can be edited, or why they could not be had.
+struct ProjectLocking {
+    /// Why not.
+    enum class Obstacle {
+        None,
+        /// `mHolder` has the lock.
+        Held,
+        /// For the reason that `mSystemError` names: a folder or volume that cannot be written, a name without room.
+        Refused,
+        /// The project is a link to a file whose name is no project's: nobody could lock that.
+        TargetIsNoProject,
+    };
+    Obstacle mObstacle = Obstacle::None;
+    host::ProjectLockFileRef mLock;
+    /// The lock of the file that a project leads to that is a symbolic link; else empty.
+    host::ProjectLockFileRef mTargetLock;
+    /// Unreadable when nobody can tell who it is.
+    LockRecord mHolder;
+    int mSystemError = 0;
+};
+
+/// Takes the lock of the project at `path` (normalised), and of the file that it leads to if it is a link, for the
+/// current user; all of them or none. May wait for the volume. UI thread.
+ZUHOST_API ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFilePlace& file);
+
+/// Who holds the project now, from its lock file on the disk; unreadable when nobody can tell, with
+/// `mSystemError` ENOENT and no obstacle when it has no lock file. May wait for the volume. UI thread.
+ZUHOST_API ProjectLocking FindLockHolder(const host::UTF16String& path);
+
+}  // namespace desk

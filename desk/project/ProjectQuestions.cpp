@@ -1,0 +1,214 @@
+#include "desk/project/ProjectQuestions.h"
+
+#include <QDateTime>
+#include <QLocale>
+#include <system_error>
+#include <utility>
+
+#include "desk/core/Log.h"
+#include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+
+namespace desk::ProjectQuestions {
+
+namespace {
+
+using host::UTF16String;
+using host::ZString;
+
+UTF16String Shown(const UTF16String& text) {
+    return ToUTF16(ToDisplayText(text));
+}
+
+UTF16String ShownLocalTime(std::int64_t secondsSinceEpoch) {
+    return ToUTF16(QLocale().toString(QDateTime::fromSecsSinceEpoch(secondsSinceEpoch), QLocale::ShortFormat));
+}
+
+UTF16String SaveButton() {
+    return ZString("$$$/Desk/Project/Save=Save");
+}
+UTF16String CopyButton() {
+    return ZString("$$$/Desk/Project/SaveAsCopy=Save as Copy");
+}
+UTF16String CancelButton() {
+    return ZString("$$$/Desk/Dialogs/Cancel=Cancel");
+}
+
+void Tell(const UTF16String& title, const UTF16String& text) {
+    Log(LogLevel::Info, host::UTF16to8(text));
+    GetServices().mDialogs->ShowMessage(title, text);
+}
+
+/// The last button cancels.
+Question MakeQuestion(UTF16String title, UTF16String text, host::UTF16StringVec buttons) {
+    Question question;
+    question.mTitle = std::move(title);
+    question.mText = std::move(text);
+    question.mButtons = std::move(buttons);
+    question.mCancel = question.mButtons.size() - 1;
+    return question;
+}
+
+Answer Ask(const Question& question) {
+    const Answer answer = GetServices().mDialogs->Ask(question);
+    Log(LogLevel::Info, host::UTF16to8(question.mText + u" - " + question.mButtons.at(answer.mButton)));
+    return answer;
+}
+
+bool AskToCopy(UTF16String title, UTF16String text) {
+    Question question = MakeQuestion(std::move(title), std::move(text), {CopyButton(), CancelButton()});
+    question.mIsWarning = true;
+    return Ask(question).mButton == 0;
+}
+
+}  // namespace
+
+UTF16String NameOf(const UTF16String& path) {
+    return Shown(host::PathUtils::GetFilePart(path));
+}
+
+UTF16String DescribeHolder(const LockRecord& holder) {
+    if (!holder.mIsReadable) return ZString("$$$/Desk/Project/UnknownHolder=an unknown user");
+    return ZString("$$$/Desk/Project/Holder=@0 on @1 since @2",
+                   {Shown(holder.mUser), Shown(holder.mMachine), ShownLocalTime(holder.mTakenAt)});
+}
+
+UTF16String DescribeObstacle(const UTF16String& path, const ProjectLocking& locking) {
+    const UTF16String name = NameOf(path);
+    switch (locking.mObstacle) {
+        case ProjectLocking::Obstacle::None:
+            return {};
+        case ProjectLocking::Obstacle::Held:
+            return ZString("$$$/Desk/Project/HeldBy=\"@0\" is locked by @1.",
+                           {name, DescribeHolder(locking.mHolder)});
+        case ProjectLocking::Obstacle::TargetIsNoProject:
+            return ZString("$$$/Desk/Project/LinkToNoProject=\"@0\" is a link to a file that is no project, and "
+                           "cannot be locked.",
+                           {name});
+        case ProjectLocking::Obstacle::Refused:
+            break;
+    }
+    return ZString("$$$/Desk/Project/LockRefused=\"@0\" cannot be locked: @1.",
+                   {name, host::UTF8to16(std::generic_category().message(locking.mSystemError))});
+}
+
+void TellNotOpened(const UTF16String& path, const UTF16String& reason) {
+    Tell(ZString("$$$/Desk/Project/NotOpened=The Project Was Not Opened"),
+         ZString("$$$/Desk/Project/NotOpenedText=\"@0\" was not opened.\n@1", {NameOf(path), reason}));
+}
+
+void TellNotSaved(const UTF16String& path, const UTF16String& reason) {
+    Tell(ZString("$$$/Desk/Project/NotSaved=The Project Was Not Saved"),
+         ZString("$$$/Desk/Project/NotSavedText=\"@0\" was not saved; it still has its unsaved changes.\n@1",
+                 {NameOf(path), reason}));
+}
+
+void TellNotCopied(const UTF16String& path, const UTF16String& reason) {
+    Tell(ZString("$$$/Desk/Project/NotCopied=The Copy Was Not Made"),
+         ZString("$$$/Desk/Project/NotCopiedText=The copy \"@0\" was not made.\n@1", {NameOf(path), reason}));
+}
+
+void TellNotReloaded(const UTF16String& path, const UTF16String& reason) {
+    Tell(ZString("$$$/Desk/Project/NotReloaded=The Project Was Not Reloaded"),
+         ZString("$$$/Desk/Project/NotReloadedText=\"@0\" was not reloaded, and stays as it was.\n@1",
+                 {NameOf(path), reason}));
+}
+
+void TellNotMade(const UTF16String& path, const UTF16String& reason) {
+    Tell(ZString("$$$/Desk/Project/NotMade=The Project Was Not Made"),
+         ZString("$$$/Desk/Project/NotMadeText=\"@0\" was not made.\n@1", {NameOf(path), reason}));
+}
+
+void TellNotWritable(const UTF16String& path, const UTF16String& reason) {
+    Tell(ZString("$$$/Desk/Project/NotWritable=The Project Stays Read-Only"),
+         ZString("$$$/Desk/Project/NotWritableText=\"@0\" cannot be edited now.\n@1", {NameOf(path), reason}));
+}
+
+LockedAnswer AskAboutLock(const UTF16String& path, const ProjectLocking& locking) {
+    const bool isHeld = locking.mObstacle == ProjectLocking::Obstacle::Held;
+    const UTF16String readOnly = ZString("$$$/Desk/Project/OpenReadOnly=Open Read-Only");
+    const UTF16String copy = ZString("$$$/Desk/Project/MakeACopy=Make a Copy");
+    const UTF16String title = isHeld ? ZString("$$$/Desk/Project/Locked=Project Locked")
+                                     : ZString("$$$/Desk/Project/CannotBeLocked=Project Cannot Be Locked");
+    const UTF16String advice =
+        isHeld ? ZString("$$$/Desk/Project/LockedAdvice=You can open it read-only, or edit a copy.")
+               : ZString("$$$/Desk/Project/ReadOnlyAdvice=You can open it read-only.");
+    const UTF16String text = DescribeObstacle(path, locking) + u"\n" + advice;
+    const Answer answer =
+        Ask(MakeQuestion(title, text,
+                         isHeld ? host::UTF16StringVec{readOnly, copy, CancelButton()}
+                                : host::UTF16StringVec{readOnly, CancelButton()}));
+    if (answer.mButton == 0) return LockedAnswer::OpenReadOnly;
+    return isHeld && answer.mButton == 1 ? LockedAnswer::MakeCopy : LockedAnswer::Cancel;
+}
+
+SaveChoice AskToSave(const UTF16String& path, bool offersApplyToAll) {
+    Question question = MakeQuestion(
+        ZString("$$$/Desk/Project/SaveChanges=Save Changes"),
+        ZString("$$$/Desk/Project/SaveChangesText=\"@0\" has unsaved changes. Discarded changes are lost.",
+                {NameOf(path)}),
+        {SaveButton(), ZString("$$$/Desk/Project/Discard=Discard"), CancelButton()});
+    question.mOffersApplyToAll = offersApplyToAll;
+    question.mIsWarning = true;
+    const Answer answer = Ask(question);
+    if (answer.mButton == question.mCancel) return {};
+    return {answer.mButton == 0 ? SaveAnswer::Save : SaveAnswer::Discard, answer.mAppliesToAll};
+}
+
+ChangedAnswer AskAboutChange(const UTF16String& path, const FileComparison& found) {
+    const bool isMissing = found.mOutcome == FileComparison::Outcome::Missing;
+    const UTF16String text =
+        isMissing ? ZString("$$$/Desk/Project/GoneText=The file of \"@0\" is no longer there: somebody has moved or "
+                            "removed it.",
+                            {NameOf(path)})
+                  : ZString("$$$/Desk/Project/ChangedText=The file of \"@0\" was changed at @1 by somebody who does not "
+                            "hold its lock. To overwrite it loses what they have written.",
+                            {NameOf(path), ShownLocalTime(found.mStatus.mModified / 1'000'000'000)});
+    Question question =
+        MakeQuestion(isMissing ? ZString("$$$/Desk/Project/Gone=Project File Is Gone")
+                               : ZString("$$$/Desk/Project/Changed=Project File Has Changed"),
+                     text,
+                     {CopyButton(),
+                      isMissing ? ZString("$$$/Desk/Project/SaveAgain=Save It Again")
+                                : ZString("$$$/Desk/Project/Overwrite=Overwrite"),
+                      CancelButton()});
+    question.mIsWarning = true;
+    const std::size_t button = Ask(question).mButton;
+    if (button == question.mCancel) return ChangedAnswer::Cancel;
+    return button == 0 ? ChangedAnswer::SaveAsCopy : ChangedAnswer::Overwrite;
+}
+
+bool AskToCopyAfterLoss(const UTF16String& path, const ProjectLocking& holder) {
+    const UTF16String who =
+        holder.mObstacle == ProjectLocking::Obstacle::Held
+            ? ZString("$$$/Desk/Project/LostTo=Your lock on \"@0\" was taken over: it is held by @1.",
+                      {NameOf(path), DescribeHolder(holder.mHolder)})
+            : ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on \"@0\".", {NameOf(path)});
+    return AskToCopy(
+        ZString("$$$/Desk/Project/LockLost=Lock Lost"),
+        who + u"\n" +
+            ZString("$$$/Desk/Project/LockLostAdvice=Nothing was overwritten. The project is read-only now; your changes "
+                    "can be saved as a copy."));
+}
+
+bool AskToCopyReadOnly(const UTF16String& path) {
+    return AskToCopy(ZString("$$$/Desk/Project/ReadOnly=Project Is Read-Only"),
+                     ZString("$$$/Desk/Project/ReadOnlyText=\"@0\" is open read-only. Your changes can be saved as a copy.",
+                             {NameOf(path)}));
+}
+
+bool AskToReload(const UTF16String& path) {
+    Question question = MakeQuestion(
+        ZString("$$$/Desk/Project/Reload=Reload Project"),
+        ZString("$$$/Desk/Project/ReloadText=\"@0\" has unsaved changes, which are lost when it is read from the disk again.",
+                {NameOf(path)}),
+        {CancelButton(), ZString("$$$/Desk/Project/DiscardAndReload=Discard and Reload")});
+    question.mCancel = 0;
+    question.mIsWarning = true;
+    return Ask(question).mButton == 1;
+}
+
+}  // namespace desk::ProjectQuestions

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+
+#include "desk/dialogs/Dialogs.h"
+#include "desk/project/ProjectFile.h"
+#include "desk/project/ProjectLocking.h"
+#include "host/core/Strings.h"
+
+/// What the document manager says and asks, through the process's `Dialogs`. All name the project. UI thread.
+namespace desk::ProjectQuestions {
+
+/// A project's name as it is shown: without folder and extension, escaped.
+host::UTF16String NameOf(const host::UTF16String& path);
+/// "tomas on edit-bay-2 since 2/3/26 10:30", in local time; for a lock that cannot be read, an unknown user.
+host::UTF16String DescribeHolder(const LockRecord& holder);
+/// Why locks could not be had, as a sentence.
+host::UTF16String DescribeObstacle(const host::UTF16String& path, const ProjectLocking& locking);
+
+/// Something was not done; `reason` is a sentence, or operation, path and reason of the system.
+void TellNotOpened(const host::UTF16String& path, const host::UTF16String& reason);
+void TellNotSaved(const host::UTF16String& path, const host::UTF16String& reason);
+void TellNotCopied(const host::UTF16String& path, const host::UTF16String& reason);
+void TellNotReloaded(const host::UTF16String& path, const host::UTF16String& reason);
+void TellNotMade(const host::UTF16String& path, const host::UTF16String& reason);
+void TellNotWritable(const host::UTF16String& path, const host::UTF16String& reason);
+
+enum class LockedAnswer { OpenReadOnly, MakeCopy, Cancel };
+/// The project to be opened is held by somebody, or (then without the offer of a copy) cannot be locked.
+LockedAnswer AskAboutLock(const host::UTF16String& path, const ProjectLocking& locking);
+
+enum class SaveAnswer { Save, Discard, Cancel };
+struct SaveChoice {
+    SaveAnswer mAnswer = SaveAnswer::Cancel;
+    bool mAppliesToAll = false;
+};
+/// The project has unsaved changes and is to be closed, or to become read-only.
+SaveChoice AskToSave(const host::UTF16String& path, bool offersApplyToAll);
+
+enum class ChangedAnswer { SaveAsCopy, Overwrite, Cancel };
+/// The file to be saved to is not what was read from it.
+ChangedAnswer AskAboutChange(const host::UTF16String& path, const FileComparison& found);
+
+/// The project cannot be saved to its file: the lock was lost to `holder`.
+bool AskToCopyAfterLoss(const host::UTF16String& path, const ProjectLocking& holder);
+/// The project cannot be saved to its file: it is read-only.
+bool AskToCopyReadOnly(const host::UTF16String& path);
+
+/// Unsaved changes would be lost.
+bool AskToReload(const host::UTF16String& path);
+
+}  // namespace desk::ProjectQuestions
