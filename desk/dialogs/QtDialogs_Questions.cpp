@@ -10,6 +10,7 @@
 #include "desk/core/QtStrings.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/QtDialogs.h"
+#include "desk/dialogs/StartFolder.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -70,7 +71,7 @@ std::optional<host::UTF16String> QtDialogs::AskText(const host::UTF16String& tit
 
 host::UTF16StringVec QtDialogs::AskFiles(const host::UTF16String& title, const host::UTF16String& startFolder,
                                          const host::UTF16String& typeLabel, const host::UTF16String& pattern) {
-    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), ToQString(startFolder));
+    QFileDialog dialog(FindParentWindow(), ToDisplayText(title), FindStartFolder(startFolder));
     dialog.setFileMode(QFileDialog::ExistingFiles);
     // The label may hold the pattern in parentheses, as the filter's text does.
     const QString label = ToQString(typeLabel).section(QLatin1String(" ("), 0, 0);
@@ -87,7 +88,7 @@ host::UTF16StringVec QtDialogs::AskFiles(const host::UTF16String& title, const h
 std::optional<host::UTF16String> QtDialogs::AskNewFile(const host::UTF16String& title,
                                                        const host::UTF16String& path) {
     QFileDialog dialog(FindParentWindow(), ToDisplayText(title),
-                       ToQString(host::PathUtils::GetFullDirectoryPart(path)));
+                       FindStartFolder(host::PathUtils::GetFullDirectoryPart(path)));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.selectFile(ToQString(host::PathUtils::GetFullFilePart(path)));

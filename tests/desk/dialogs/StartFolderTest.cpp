@@ -1,11 +1,10 @@
-#include "desk/dialogs/StartFolder.h"
-
 #include <gtest/gtest.h>
 
 #include <QDir>
 #include <filesystem>
 
 #include "desk/core/QtStrings.h"
+#include "desk/dialogs/StartFolder.h"
 #include "tests/desk/core/CoreFixture.h"
 #include "tests/support/FaultyFileSystem.h"
 
