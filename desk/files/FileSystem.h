@@ -102,6 +102,9 @@ public:
     /// this machine: others take it for their own caches alone.
     virtual void FlushVolume(const std::string& path) = 0;
 
+    /// `path` without any symbolic link in it (realpath(3)). Throws with ENOENT when a link leads nowhere, ELOOP when
+    /// links lead in circles.
+    virtual std::string ResolveLinks(const std::string& path) = 0;
     /// The file system's type number (statfs(2) f_type) of the volume that holds `path`.
     virtual long VolumeType(const std::string& path) = 0;
 };

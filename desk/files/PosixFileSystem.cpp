@@ -7,8 +7,10 @@
 #include <sys/syscall.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include "desk/files/FileDescriptor.h"
 #include "desk/files/PosixErrors.h"
@@ -129,6 +131,12 @@ std::string PosixFileSystem::ReadSmallFile(const std::string& path, std::size_t 
     }
     bytes.resize(size);
     return bytes;
+}
+
+std::string PosixFileSystem::ResolveLinks(const std::string& path) {
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
+    if (!resolved) ThrowFileException("follow links of", path, errno);
+    return resolved.get();
 }
 
 long PosixFileSystem::VolumeType(const std::string& path) {

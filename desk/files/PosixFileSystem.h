@@ -28,6 +28,7 @@ public:
     void MakeFolderChangeable(const std::string& path) override;
     void FlushFolder(const std::string& path) override;
     void FlushVolume(const std::string& path) override;
+    std::string ResolveLinks(const std::string& path) override;
     long VolumeType(const std::string& path) override;
 };
 

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 #include <utility>
 
@@ -17,12 +16,6 @@ constexpr std::chrono::milliseconds kBetweenReadings(100);
 
 bool IsAbsence(int error) {
     return error == ENOENT || error == ENOTDIR;
-}
-
-std::string ResolveLinks(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    if (!resolved) ThrowFileException("follow link", path, errno);
-    return resolved.get();
 }
 
 ItemStatus ReadStatusOfFile(FileSystem& fileSystem, const std::string& path) {
@@ -72,7 +65,7 @@ bool DoBytesStand(FileSystem& fileSystem, const std::string& path, const std::st
 
 ProjectFilePlace FindProjectFile(FileSystem& fileSystem, const std::string& path) {
     ProjectFilePlace place{path, false};
-    if (fileSystem.Status(path, false).mKind == ItemKind::Link) place = {ResolveLinks(path), true};
+    if (fileSystem.Status(path, false).mKind == ItemKind::Link) place = {fileSystem.ResolveLinks(path), true};
     ReadStatusOfFile(fileSystem, place.mPath);
     return place;
 }

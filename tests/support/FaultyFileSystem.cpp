@@ -259,6 +259,10 @@ void FaultyFileSystem::FlushVolume(const std::string& path) {
     Do(Operation::FlushVolume, path, [&] { mDisk.FlushVolume(path); });
 }
 
+std::string FaultyFileSystem::ResolveLinks(const std::string& path) {
+    return Do(Operation::ResolveLinks, path, [&] { return mDisk.ResolveLinks(path); });
+}
+
 long FaultyFileSystem::VolumeType(const std::string& path) {
     return Do(Operation::VolumeType, path, [&] {
         std::lock_guard lock(mMutex);

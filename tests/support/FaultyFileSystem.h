@@ -37,6 +37,7 @@ public:
         MakeFolderChangeable,
         FlushFolder,
         FlushVolume,
+        ResolveLinks,
         VolumeType,
         /// Whichever comes.
         Any
@@ -97,6 +98,7 @@ public:
     void MakeFolderChangeable(const std::string& path) override;
     void FlushFolder(const std::string& path) override;
     void FlushVolume(const std::string& path) override;
+    std::string ResolveLinks(const std::string& path) override;
     long VolumeType(const std::string& path) override;
 
 private:

@@ -42,6 +42,7 @@ public:
     void MakeFolderChangeable(const std::string& path) override { mTarget.MakeFolderChangeable(path); }
     void FlushFolder(const std::string& path) override { mTarget.FlushFolder(path); }
     void FlushVolume(const std::string& path) override { mTarget.FlushVolume(path); }
+    std::string ResolveLinks(const std::string& path) override { return mTarget.ResolveLinks(path); }
     long VolumeType(const std::string& path) override { return mTarget.VolumeType(path); }
 
 private:
