@@ -91,20 +91,14 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
 
 // Move to Trash.
 
-/// As far as the rows tell: a folder that was never opened is looked at when it is to be moved.
-template <class View>
-bool HoldsLockedProject(const View& view, const RowRef& row) {
-    return std::ranges::any_of(row->GetChildRows(), [&view](const RowRef& child) {
-        return view.IsFileRow(child) ? Utils::IsALockedProject(view.GetRowPath(child.get()))
-                                     : HoldsLockedProject(view, child);
-    });
+/// Looks at all projects below the folder: nothing is known of folders that no view has shown.
+bool HoldsLockedProject(const UTF16String& folder) {
+    return std::ranges::any_of(FileSearch::FindFiles(folder, GetProjectFileExtension()),
+                               Utils::IsALockedProject);
 }
 
-template <class View>
-bool CanRowGoToTrash(const View& view, const RowRef& row) {
-    const UTF16String path = view.GetRowPath(row.get());
-    if (Utils::IsInTrash(path, true)) return false;
-    return view.IsFileRow(row) ? !Utils::IsALockedProject(path) : !HoldsLockedProject(view, row);
+bool CanBeDeleted(const UTF16String& path) {
+    return Utils::CanAllBeDeleted({path}) && !(PathUtils::IsDirectory(path) && HoldsLockedProject(path));
 }
 
 /// Tells which of the `selected` items are not among those that can go.
@@ -230,19 +224,9 @@ bool SharedProjectsTabView::OnAddProjectCommand(const Command&) {
     return true;
 }
 
-bool SharedProjectsTabView::CanSelectionGoToTrash() const {
-    bool canGo = !GetKnownSelection().empty();
-    OnShownView([&canGo](const auto& view) {
-        const RowVec rows = view.GetTree()->GetSelectedRows();
-        canGo =
-            canGo && std::ranges::all_of(rows, [&](const RowRef& row) { return CanRowGoToTrash(view, row); });
-    });
-    return canGo;
-}
-
 bool SharedProjectsTabView::OnDeleteItemCommandStatus(bool& enabled) const {
     if (!IsCreated()) return false;
-    if (!mCanSelectionGoToTrash) mCanSelectionGoToTrash = CanSelectionGoToTrash();
+    if (!mCanSelectionGoToTrash) mCanSelectionGoToTrash = Utils::CanAllBeDeleted(GetKnownSelection());
     enabled = *mCanSelectionGoToTrash;
     return true;
 }
@@ -258,12 +242,12 @@ bool SharedProjectsTabView::OnDeleteItemCommand(const Command&) {
 
 UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths() const {
     UTF16StringVec paths = GetSelectedNonRedundantPaths();
-    std::erase_if(paths, [](const UTF16String& path) { return !Utils::CanAllBeDeleted({path}); });
+    std::erase_if(paths, [](const UTF16String& path) { return !CanBeDeleted(path); });
     return paths;
 }
 
 void SharedProjectsTabView::TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths) {
-    Utils::MoveToSharedProjectsTrash(paths, false, true);
+    if (Utils::CanAllBeDeleted(paths)) Utils::MoveToSharedProjectsTrash(paths, false, true);
 }
 
 bool SharedProjectsTabView::OnRevealRootInSystemCommandStatus(bool& enabled) const {

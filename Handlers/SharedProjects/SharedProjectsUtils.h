@@ -82,7 +82,8 @@ void TellCopyRefusal(const FileException& exception);
 void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst);
 
 /// True when all of `paths`, at least one, may go to the trash: none is there already, none is a project that
-/// somebody else has locked nor a folder that holds one. Of folders that are not listed the disk is asked.
+/// somebody else has locked nor a folder that is known to hold one. Of folders that no view has listed nothing
+/// is known. For items of listed folders it does not wait for the volume.
 bool CanAllBeDeleted(const UTF16StringVec& paths);
 
 /// True for a path inside the production's trash; with `includeTrashFolder` for the trash folder too.
