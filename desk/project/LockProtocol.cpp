@@ -262,18 +262,24 @@ std::optional<LockSnapshot> LockProtocol::Look(const std::string& lockPath) {
     return snapshot;
 }
 
+std::string LockProtocol::FindGuardPath(const std::string& lockPath, const LockSnapshot& seen) {
+    return FolderOf(lockPath) + '/' + GetGuardName(NameOf(lockPath), seen.mBytes.value_or(""));
+}
+
 LockBreaking LockProtocol::Break(const std::string& lockPath, const LockSnapshot& seen, const LockRecord& mine,
-                                 const std::function<void()>& wait) {
+                                 const std::function<bool()>& wait) {
     LockRecord guard = mine;
     guard.mNonce = MakeNonce();
-    const std::string guardPath =
-        FolderOf(lockPath) + '/' + GetGuardName(NameOf(lockPath), seen.mBytes.value_or(""));
+    const std::string guardPath = FindGuardPath(lockPath, seen);
     const LockTaking guarding = TakeGuard(guardPath, guard, 0);
     if (guarding.mOutcome == LockTaking::Outcome::Held)
         return {LockBreaking::Outcome::Guarded, guarding.mRecord, 0};
     if (guarding.mOutcome == LockTaking::Outcome::Failed)
         return {LockBreaking::Outcome::Failed, {}, guarding.mSystemError};
-    wait();
+    if (!wait()) {
+        RemoveOwnOrKeep(guardPath, guard.mNonce);
+        return {LockBreaking::Outcome::Cancelled, {}, 0};
+    }
     LockBreaking breaking{LockBreaking::Outcome::Changed, {}, 0};
     const std::optional<LockSnapshot> found = Look(lockPath);
     const bool isSame = found && found->mBytes == seen.mBytes && found->mStatus.mKind == seen.mStatus.mKind &&

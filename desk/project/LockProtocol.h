@@ -62,6 +62,8 @@ struct LockBreaking {
         Changed,
         /// Somebody else is about to break it (`mGuard`) or was when they died on another machine.
         Guarded,
+        /// The person has changed their mind; nothing was removed.
+        Cancelled,
         /// For the reason that `mSystemError` names.
         Failed,
     };
@@ -111,10 +113,13 @@ public:
     std::optional<LockSnapshot> Look(const std::string& lockPath);
 
     /// Removes somebody else's lock, after a person has been shown it: guards it for `mine`, calls `wait`
-    /// (which takes at least three seconds and twice the time that the volume caches), and removes it if it is
-    /// still what the person saw. A guard that is in the way can be broken the same way.
+    /// (which takes at least three seconds and twice the time that the volume caches, and returns false to give
+    /// up), and removes it if it is still what the person saw. A guard that is in the way can be broken the same
+    /// way.
     LockBreaking Break(const std::string& lockPath, const LockSnapshot& seen, const LockRecord& mine,
-                       const std::function<void()>& wait);
+                       const std::function<bool()>& wait);
+    /// Where the guard of a lock stands that was seen so.
+    static std::string FindGuardPath(const std::string& lockPath, const LockSnapshot& seen);
 
     /// Removes the lock, guard or temporary file at `path` that bears `nonce`, whose holder is gone (the caller
     /// has made sure), in its holder's place. False when somebody else is about to, or when it cannot be.

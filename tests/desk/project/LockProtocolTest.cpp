@@ -57,7 +57,7 @@ protected:
         for (const desk::LockRemains& remains : mProtocol.TakeRemains()) mProtocol.RemoveRemains(remains);
     }
     LockBreaking::Outcome Break(std::function<void()> meanwhile = [] {}) {
-        return mProtocol.Break(mPath, *mSeen, Mine(), meanwhile).mOutcome;
+        return mProtocol.Break(mPath, *mSeen, Mine(), [&] { return meanwhile(), true; }).mOutcome;
     }
 
     static constexpr char kLock[] = ".Reel 1.zuproj.lock";
@@ -269,6 +269,14 @@ TEST_P(LockProtocolTest, ALockThatChangedIsNotBroken) {
     EXPECT_TRUE(Names().empty());
 }
 
+TEST_P(LockProtocolTest, BreakingThatIsGivenUpLeavesTheLockAlone) {
+    Stand(OfAnotherMachine());
+    mSeen = mProtocol.Look(mPath);
+    EXPECT_EQ(mProtocol.Break(mPath, *mSeen, Mine(), [] { return false; }).mOutcome,
+              LockBreaking::Outcome::Cancelled);
+    EXPECT_EQ(Names(), kOnlyLock);
+}
+
 TEST_P(LockProtocolTest, ALivingOwnerWaitsForTheOneWhoBreaks) {
     const LockRecord owner = Mine();
     mProtocol.Take(mPath, owner);
@@ -299,7 +307,7 @@ TEST_P(LockProtocolTest, OneAtATimeBreaksALock) {
     mFolder.Write(guard, WriteLockRecord(OfAnotherMachine()));
     EXPECT_EQ(Break(), LockBreaking::Outcome::Guarded);
     const auto seenGuard = mProtocol.Look(mFolder.Path(guard));
-    EXPECT_EQ(mProtocol.Break(mFolder.Path(guard), *seenGuard, Mine(), [] {}).mOutcome,
+    EXPECT_EQ(mProtocol.Break(mFolder.Path(guard), *seenGuard, Mine(), [] { return true; }).mOutcome,
               LockBreaking::Outcome::Broken);
     mFolder.Write(guard, WriteLockRecord(OfDeadProcess(mDesktop)));
     EXPECT_EQ(Break(), LockBreaking::Outcome::Broken);

@@ -1,0 +1,88 @@
+#include "desk/files/VolumeCache.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <charconv>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+namespace desk {
+namespace {
+
+using std::chrono::seconds;
+
+/// What the client keeps at most when nothing is said: nfs(5) 60 seconds, sshfs(1) 20, others about one.
+seconds DefaultTime(std::string_view type) {
+    if (type == "nfs" || type == "nfs4") return seconds(60);
+    if (type == "fuse.sshfs") return seconds(20);
+    return seconds(1);
+}
+
+std::vector<std::string_view> Split(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    for (;;) {
+        const std::size_t end = text.find(separator);
+        parts.push_back(text.substr(0, end));
+        if (end == std::string_view::npos) return parts;
+        text.remove_prefix(end + 1);
+    }
+}
+
+bool IsTime(std::string_view name) {
+    return name == "acregmax" || name == "acdirmax" || name == "actimeo" || name == "closetimeo";
+}
+
+/// The ID of the mount that holds `path`, as mountinfo names it; empty when the system does not tell.
+std::string FindMountID(const std::string& path) {
+    struct statx status {};
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &status) != 0) return {};
+    return status.stx_mask & STATX_MNT_ID ? std::to_string(status.stx_mnt_id) : std::string();
+}
+
+/// A line ends, behind " - ", with type, source and the file system's own options.
+seconds FindCacheTimeInLine(const std::string& line) {
+    const std::size_t dash = line.find(" - ");
+    if (dash == std::string::npos) return DefaultTime({});
+    std::istringstream rest(line.substr(dash + 3));
+    std::string type, source, options;
+    rest >> type >> source >> options;
+    return FindCacheTime(type, options);
+}
+
+}  // namespace
+
+seconds FindCacheTime(std::string_view type, std::string_view options) {
+    seconds longest(-1);
+    for (const std::string_view option : Split(options, ',')) {
+        if (option == "noac") return seconds(0);
+        const std::size_t equals = option.find('=');
+        if (equals == std::string_view::npos || !IsTime(option.substr(0, equals))) continue;
+        long value = 0;
+        std::from_chars(option.data() + equals + 1, option.data() + option.size(), value);
+        longest = std::max(longest, seconds(std::clamp(value, 0L, 600L)));
+    }
+    const bool isSaid = longest >= seconds(0);
+    // nfs(5): a maximum that is the default is not listed.
+    const bool isWhole = options.find("acregmax") == std::string_view::npos ||
+                         options.find("acdirmax") == std::string_view::npos;
+    if (isSaid && type.starts_with("nfs") && isWhole && options.find("actimeo") == std::string_view::npos)
+        return std::max(longest, DefaultTime(type));
+    return isSaid ? longest : DefaultTime(type);
+}
+
+seconds FindCacheTime(const std::string& path) noexcept {
+    try {
+        const std::string id = FindMountID(path);
+        std::ifstream file("/proc/self/mountinfo");
+        for (std::string line; !id.empty() && std::getline(file, line);)
+            if (line.starts_with(id + ' ')) return FindCacheTimeInLine(line);
+    } catch (...) {
+        // As for a volume of which nothing is known.
+    }
+    return DefaultTime({});
+}
+
+}  // namespace desk
