@@ -8,6 +8,8 @@
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
+#include "desk/app/ProjectCommands.h"
+#include "desk/app/ProjectTexts.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/StatusLine.h"
 #include "desk/core/JsonFile.h"
@@ -16,12 +18,14 @@
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
 #include "desk/dialogs/Dialogs.h"
+#include "desk/dialogs/LongWork.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/framework/PanelRegistry.h"
 #include "desk/framework/Shortcuts.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
+#include "host/project/DocumentManager.h"
 
 namespace desk {
 namespace {
@@ -42,9 +46,12 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
       mRecent(recent),
       mStatusLine(std::make_unique<StatusLine>(*this)),
       mWorkspace(std::make_unique<DockWorkspace>(*this)),
-      mProductions(std::make_unique<ProductionCommands>(*mStatusLine, recent)) {
-    setWindowTitle(QStringLiteral("Production Desk"));
-    setCentralWidget(new ProjectArea(this));
+      mProductions(std::make_unique<ProductionCommands>(*mStatusLine, recent)),
+      mProjects(new ProjectArea(this)),
+      mProjectCommands(std::make_unique<ProjectCommands>(*mProjects)) {
+    setCentralWidget(mProjects);
+    connect(mProjects, &ProjectArea::ActiveProjectChanged, this, &MainWindow::UpdateTitle);
+    UpdateTitle();
     RegisterCommands();
     DeclareProgramCommands();
     MakeMenus();
@@ -57,6 +64,8 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
 MainWindow::~MainWindow() {
     for (const int command : {kCommandQuit, kCommandAbout, kCommandShowPlaces})
         MainCommander::Instance().Register(command, {}, {});
+    mProjects->disconnect(this);
+    mProjectCommands.reset();
     mProductions.reset();
     mWorkspace.reset();
     mStatusLine.reset();
@@ -143,9 +152,28 @@ bool MainWindow::event(QEvent* event) {
     return true;
 }
 
+/// Who comes back to the window may find that another has taken or given up a lock.
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && mProjectCommands) mProjects->UpdateHolders();
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (mIsClosing || IsLongWorkRunning()) return;
+    mIsClosing = true;
+    host::DocumentManager* manager = host::DocumentManager::Instance();
+    const bool isDone = !manager || manager->CloseAllProjects();
+    mIsClosing = false;
+    if (!isDone) return;
     event->accept();
     QCoreApplication::exit();
+}
+
+void MainWindow::UpdateTitle() {
+    const ProjectDocumentRef active = mProjects->GetActiveDocument();
+    const QString program = QStringLiteral("Production Desk");
+    setWindowTitle(active ? ProjectTitle(*active) + QStringLiteral(" — ") + program : program);
 }
 
 /// Qt would offer the docks here, and hide them past the workspace.

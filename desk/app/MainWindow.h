@@ -9,6 +9,8 @@
 namespace desk {
 
 class Profile;
+class ProjectArea;
+class ProjectCommands;
 class RecentProductions;
 class StatusLine;
 
@@ -28,7 +30,8 @@ public:
 
 protected:
     bool event(QEvent* event) override;
-    /// Ends the program.
+    void changeEvent(QEvent* event) override;
+    /// Ends the program, unless the user wants to keep a project open.
     void closeEvent(QCloseEvent* event) override;
     QMenu* createPopupMenu() override;
 
@@ -40,6 +43,7 @@ private:
     void RestoreLayout(QSize size);
     void ShowAbout();
     void ShowPlaces();
+    void UpdateTitle();
 
     const Profile& mProfile;
     RecentProductions* mRecent;
@@ -47,6 +51,9 @@ private:
     std::unique_ptr<StatusLine> mStatusLine;
     std::unique_ptr<DockWorkspace> mWorkspace;
     std::unique_ptr<ProductionCommands> mProductions;
+    ProjectArea* mProjects;
+    std::unique_ptr<ProjectCommands> mProjectCommands;
+    bool mIsClosing = false;
 };
 
 }  // namespace desk

@@ -14,6 +14,7 @@
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/PanelRegistry.h"
 #include "desk/project/Production.h"
+#include "desk/project/ProjectDocuments.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -113,6 +114,8 @@ void ProductionCommands::OpenRecent(const std::string& folder) {
 }
 
 void ProductionCommands::Close() {
+    ProjectDocuments* documents = ProjectDocuments::Instance();
+    if (documents && !documents->CloseProjectsIn(Production::Instance().GetFolder())) return;
     Production::Instance().Close();
     if (mRecent) mRecent->ForgetFolderToOpen();
 }
@@ -120,6 +123,7 @@ void ProductionCommands::Close() {
 ProductionOpener::Done ProductionCommands::ShowResult(const char* title) {
     return [this, title](const ProductionOpener::Result& result) {
         mStatusLine.SetActivity({});
+        if (result.mIsCancelled) return;
         if (result.mProblem.isEmpty()) {
             Opened(result.mFolder);
             return ShowProductionPanel();

@@ -12,7 +12,9 @@
 #include "desk/core/WorkerPool.h"
 #include "desk/files/FileSystem.h"
 #include "desk/project/Production.h"
+#include "desk/project/ProjectDocuments.h"
 #include "desk/toolkit/Theme.h"
+#include "host/files/PathUtils.h"
 
 namespace desk {
 namespace {
@@ -35,13 +37,25 @@ Outcome Prepare(const ProductionOpener::MakeFolder& makeFolder) {
     return outcome;
 }
 
+/// Closes the projects of the open production, unless `next` is the same; false when the user wants to keep one.
+bool LeaveOpenProduction(const host::UTF16String& next) {
+    const Production& production = Production::Instance();
+    ProjectDocuments* documents = ProjectDocuments::Instance();
+    if (!documents || !production.IsOpen() || production.GetFolder() == host::PathUtils::ToNormalizedPath(next))
+        return true;
+    return documents->CloseProjectsIn(production.GetFolder());
+}
+
 ProductionOpener::Result Finish(const Outcome& outcome) {
     ProductionOpener::Result result{outcome.mFolder, DescribeProblem(outcome.mCheck, outcome.mFolder),
                                     outcome.mCheck.mProblem == FolderCheck::Problem::Missing};
     if (!outcome.mError.empty()) result.mProblem = ToDisplayText(host::UTF8to16(outcome.mError));
+    const host::UTF16String folder = host::UTF8to16(outcome.mFolder);
     if (result.mProblem.isEmpty())
-        Production::Instance().Open(host::UTF8to16(outcome.mFolder));
-    else
+        result.mIsCancelled = !LeaveOpenProduction(folder);
+    if (result.mProblem.isEmpty() && !result.mIsCancelled)
+        Production::Instance().Open(folder);
+    else if (!result.mIsCancelled)
         Log(LogLevel::Info, "A production was not opened: " + ToUTF8(result.mProblem));
     return result;
 }

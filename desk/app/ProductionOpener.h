@@ -17,6 +17,8 @@ public:
         std::string mFolder;
         QString mProblem;
         bool mIsMissing = false;
+        /// The user wants to keep a project of the production open that would have been closed.
+        bool mIsCancelled = false;
     };
     using Done = std::function<void(const Result&)>;
     /// Runs on a worker; returns the folder to open. What it throws is told as the problem.

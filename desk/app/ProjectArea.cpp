@@ -1,14 +1,38 @@
 #include "desk/app/ProjectArea.h"
 
+#include <QApplication>
 #include <QFontInfo>
 #include <QLabel>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "desk/app/ProgramCommands.h"
+#include "desk/app/ProjectPage.h"
+#include "desk/app/ProjectTabBar.h"
+#include "desk/app/ProjectTexts.h"
 #include "desk/core/QtStrings.h"
+#include "desk/dialogs/LongWork.h"
+#include "desk/framework/CommandRouter.h"
+#include "desk/framework/MenuResources.h"
 #include "host/core/Localizer.h"
+#include "host/framework/ShortcutManager.h"
+#include "host/project/DocumentManager.h"
 
 namespace desk {
+
+/// Lets the bar of tabs be one of ours.
+class ProjectTabs : public QTabWidget {
+public:
+    ProjectTabs() : mBar(new ProjectTabBar(this)) {
+        setTabBar(mBar);
+        setDocumentMode(true);
+    }
+    ProjectTabBar& Bar() { return *mBar; }
+
+private:
+    ProjectTabBar* mBar;
+};
+
 namespace {
 
 QLabel* MakeLine(const char* key, double scale, bool isEnabled) {
@@ -35,12 +59,136 @@ QWidget* MakeEmptyPage() {
 
 }  // namespace
 
-ProjectArea::ProjectArea(QWidget* parent) : QStackedWidget(parent), mProjects(new QTabWidget) {
-    mProjects->setDocumentMode(true);
-    mProjects->setMovable(true);
+ProjectArea::ProjectArea(QWidget* parent) : QStackedWidget(parent), CommandHandler(nullptr), mTabs(new ProjectTabs) {
     addWidget(MakeEmptyPage());
-    addWidget(mProjects);
+    addWidget(mTabs);
     setMinimumWidth(160);
+    connect(mTabs, &QTabWidget::currentChanged, this, &ProjectArea::TabChanged);
+    connect(mTabs, &QTabWidget::tabCloseRequested, this, &ProjectArea::CloseTab);
+    connect(&mTabs->Bar(), &QWidget::customContextMenuRequested, this, &ProjectArea::ShowTabMenu);
+    connect(qApp, &QApplication::focusChanged, this, &ProjectArea::FocusChanged);
+    host::AddListener(host::kBackendProjectActivationStationID, this);
+    host::AddListener(kStation_ProjectDocuments, this);
+    for (const OpenProjectRef& project : OpenProjectList::Instance().Get())
+        if (const ProjectDocumentRef document = ToDocument(project)) Add(document);
+}
+
+ProjectArea::~ProjectArea() {
+    qApp->disconnect(this);
+    mTabs->disconnect(this);
+    host::RemoveListener(kStation_ProjectDocuments, this);
+    host::RemoveListener(host::kBackendProjectActivationStationID, this);
+    CommandRouter::Instance().ForgetEditor(this);
+}
+
+ProjectPage* ProjectArea::GetPage(int index) const {
+    return static_cast<ProjectPage*>(mTabs->widget(index));
+}
+
+ProjectPage* ProjectArea::GetFrontPage() const {
+    return GetPage(mTabs->currentIndex());
+}
+
+ProjectDocumentRef ProjectArea::GetActiveDocument() const {
+    const ProjectPage* page = GetFrontPage();
+    return page ? page->GetDocument() : ProjectDocumentRef();
+}
+
+int ProjectArea::FindTab(const ProjectDocument* document) const {
+    for (int i = 0; i < mTabs->count(); ++i)
+        if (GetPage(i)->GetDocument().get() == document) return i;
+    return -1;
+}
+
+void ProjectArea::ListenToMessage(const host::Message& message) {
+    if (const auto* opened = host::MessageCast<host::ProjectOpenedMessage>(message)) {
+        if (const ProjectDocumentRef document = ToDocument(opened->GetProject())) Add(document);
+    } else if (const auto* closed = host::MessageCast<host::ProjectClosedMessage>(message)) {
+        if (const ProjectDocumentRef document = ToDocument(closed->GetProject())) Remove(document);
+    } else {
+        Follow(message);
+    }
+}
+
+void ProjectArea::Follow(const host::Message& message) {
+    using What = ProjectDocumentMessage::What;
+    const auto* news = host::MessageCast<ProjectDocumentMessage>(message);
+    const int index = news ? FindTab(news->GetDocument().get()) : -1;
+    if (index < 0) return;
+    if (news->GetWhat() == What::Activated) {
+        mTabs->setCurrentIndex(index);
+        GetPage(index)->setFocus();
+        return;
+    }
+    if (news->GetWhat() == What::Content)
+        GetPage(index)->UpdateContent();
+    else
+        GetPage(index)->UpdateState();
+    UpdateTab(index);
+}
+
+void ProjectArea::Add(const ProjectDocumentRef& document) {
+    if (FindTab(document.get()) >= 0) return;
+    auto* page = new ProjectPage(document);
+    const int index = mTabs->insertTab(mTabs->currentIndex() + 1, page, ProjectName(*document));
+    UpdateTab(index);
+    setCurrentWidget(mTabs);
+    mTabs->setCurrentIndex(index);
+    page->setFocus();
+}
+
+void ProjectArea::Remove(const ProjectDocumentRef& document) {
+    const int index = FindTab(document.get());
+    if (index < 0) return;
+    ProjectPage* page = GetPage(index);
+    const bool hadFocus = page->isAncestorOf(QApplication::focusWidget());
+    page->Leave();
+    mTabs->removeTab(index);
+    page->deleteLater();
+    if (mTabs->count() == 0) setCurrentIndex(0);
+    if (ProjectPage* next = GetFrontPage(); next && hadFocus) next->setFocus();
+}
+
+void ProjectArea::UpdateTab(int index) {
+    const ProjectDocument& document = *GetPage(index)->GetDocument();
+    const QString title = ProjectTitle(document);
+    mTabs->setTabText(index, QString(title).replace(QLatin1Char('&'), QLatin1String("&&")));
+    mTabs->setTabToolTip(index, ProjectToolTip(document));
+    mTabs->Bar().setAccessibleTabName(index, SpokenProjectTitle(document));
+    mTabs->Bar().SetItalic(index, document.IsReadOnly() && document.IsOutOfDate());
+    if (index == mTabs->currentIndex()) Q_EMIT ActiveProjectChanged();
+}
+
+void ProjectArea::TabChanged() {
+    if (host::DocumentManager* manager = host::DocumentManager::Instance())
+        manager->SetActiveProject(GetActiveDocument());
+    if (ProjectPage* page = GetFrontPage()) page->UpdateHolder();
+    Q_EMIT ActiveProjectChanged();
+}
+
+void ProjectArea::UpdateHolders() {
+    for (int i = 0; i < mTabs->count(); ++i) GetPage(i)->UpdateHolder();
+}
+
+void ProjectArea::CloseTab(int index) {
+    host::DocumentManager* manager = host::DocumentManager::Instance();
+    const ProjectPage* page = GetPage(index);
+    if (manager && page && !IsLongWorkRunning()) manager->CloseProject(page->GetDocument(), true);
+}
+
+void ProjectArea::ShowTabMenu(QPoint point) {
+    const int index = mTabs->Bar().tabAt(point);
+    if (index < 0) return;
+    mTabs->setCurrentIndex(index);
+    const QPoint screen = mTabs->Bar().mapToGlobal(point);
+    MenuResources::Instance().Track("ProductionDesk_Project_Menu", mTabs->Bar(), screen.x(), screen.y());
+}
+
+void ProjectArea::FocusChanged(QWidget* old, QWidget* now) {
+    const bool isWithin = old && isAncestorOf(old) && CommandRouter::Instance().GetEditorOnDuty() == this;
+    if (!now || !isAncestorOf(now) || isWithin) return;
+    CommandRouter::Instance().SetEditorOnDuty(this);
+    host::ShortcutManager::Instance()->ApplyContext(kProjectsContext, false);
 }
 
 }  // namespace desk

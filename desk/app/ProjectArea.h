@@ -2,18 +2,56 @@
 
 #include <QStackedWidget>
 
-class QTabWidget;
+#include "desk/project/ProjectDocument.h"
+#include "host/core/Messaging.h"
+#include "host/framework/CommandHandler.h"
+
+class QPlainTextEdit;
 
 namespace desk {
 
-/// The middle of the window: the place for open projects, one tab each. While there are none, a page says so.
-/// UI thread.
-class ProjectArea : public QStackedWidget {
+class ProjectPage;
+class ProjectTabs;
+
+/// The middle of the window: the place for open projects, one tab each. While there are none, a page says so. It
+/// follows the open projects and is on duty for commands while the keyboard is in it. UI thread.
+class ProjectArea : public QStackedWidget, public host::Listener, public host::CommandHandler {
+    Q_OBJECT
+
 public:
     explicit ProjectArea(QWidget* parent);
+    ~ProjectArea() override;
+
+    /// The project in front; empty when none is open.
+    ProjectDocumentRef GetActiveDocument() const;
+    /// Looks again who holds the projects that are read-only.
+    void UpdateHolders();
+
+    void ListenToMessage(const host::Message& message) override;
+    bool FindCommandStatus(int id, bool& enabled, bool& checked, host::MenuMark& mark,
+                           host::UTF16String& text) override;
+    bool ObeyCommand(const host::Command& command) override;
+
+    /// Another project is in front, or its title is another.
+    Q_SIGNAL void ActiveProjectChanged();
 
 private:
-    QTabWidget* mProjects;
+    void Add(const ProjectDocumentRef& document);
+    void Remove(const ProjectDocumentRef& document);
+    void Follow(const host::Message& message);
+    int FindTab(const ProjectDocument* document) const;
+    ProjectPage* GetPage(int index) const;
+    /// Null when there is none.
+    ProjectPage* GetFrontPage() const;
+    /// The editor of the project in front; null when it shows no text.
+    QPlainTextEdit* FindFrontEditor() const;
+    void UpdateTab(int index);
+    void TabChanged();
+    void CloseTab(int index);
+    void ShowTabMenu(QPoint point);
+    void FocusChanged(QWidget* old, QWidget* now);
+
+    ProjectTabs* mTabs;
 };
 
 }  // namespace desk

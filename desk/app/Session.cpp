@@ -13,6 +13,7 @@
 #include "desk/app/CommandLine.h"
 #include "desk/app/MainWindow.h"
 #include "desk/app/PluginFolders.h"
+#include "desk/app/ProgressPanel.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/Screenshot.h"
 #include "desk/app/SystemColorScheme.h"
@@ -32,6 +33,9 @@
 #include "desk/framework/MenuResources.h"
 #include "desk/framework/PluginLoader.h"
 #include "desk/framework/Shortcuts.h"
+#include "desk/project/ProjectDocuments.h"
+#include "desk/project/CopyQueue.h"
+#include "desk/project/TrashMoves.h"
 
 namespace desk {
 namespace {
@@ -74,11 +78,15 @@ void WakeForSignal(int) {
     [[maybe_unused]] const ssize_t written = write(sSignalEvent, &one, sizeof one);
 }
 
-/// The session's end and an interrupt close the program as the user would.
-std::unique_ptr<QSocketNotifier> QuitOnSignals() {
+/// The session's end and an interrupt close the program as the user would: with the questions that this takes.
+std::unique_ptr<QSocketNotifier> QuitOnSignals(MainWindow& window) {
     sSignalEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     auto notifier = std::make_unique<QSocketNotifier>(sSignalEvent, QSocketNotifier::Read);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, qApp, [] { QCoreApplication::exit(); });
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, &window, [&window] {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const ssize_t got = read(sSignalEvent, &count, sizeof count);
+        window.close();
+    });
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, WakeForSignal);
     return notifier;
 }
@@ -102,11 +110,13 @@ struct Session::Parts {
     WorkerPool mWorkerPool{kWorkers};
     QtDialogs mDialogs;
     std::unique_ptr<FolderStore> mFolderStore;
+    std::unique_ptr<CopyQueue> mCopyQueue;
     std::optional<Profile> mProfile;
     std::unique_ptr<UsageLogFile> mUsageLog;
     std::unique_ptr<DebugDatabaseFile> mDebugDatabase;
     std::unique_ptr<RecentProductions> mRecent;
     std::unique_ptr<SystemColorScheme> mColorScheme;
+    std::unique_ptr<ProjectDocuments> mDocuments;
     std::unique_ptr<MainWindow> mWindow;
     std::unique_ptr<Screenshot> mScreenshot;
     std::unique_ptr<QSocketNotifier> mSignals;
@@ -135,6 +145,8 @@ Session::Session(const CommandLine& commandLine, FileSystem& fileSystem)
     services.mWorkerPool = &mParts->mWorkerPool;
     mParts->mFolderStore = CreateFolderStore();
     services.mFolderStore = mParts->mFolderStore.get();
+    mParts->mCopyQueue = std::make_unique<CopyQueue>();
+    RecordMovesToTrash();
 }
 
 Session::~Session() {
@@ -147,7 +159,7 @@ int Session::Execute() {
     ApplyTheme();
     LoadPanels();
     OpenWindow();
-    mParts->mSignals = QuitOnSignals();
+    mParts->mSignals = QuitOnSignals(*mParts->mWindow);
     const int exitCode = QApplication::exec();
     mParts->mWindow->SaveLayout();
     EndAtTheLatestIn(kPatience, exitCode);
@@ -169,6 +181,7 @@ void Session::OpenProfile() {
 void Session::LoadPanels() {
     std::vector<PluginFile> plugins = FindPlugins(GetPluginFolders(mCommandLine.mPluginFolders));
     LoadPlugins(plugins);
+    RegisterProgressPanel();
 }
 
 void Session::ApplyTheme() {
@@ -184,6 +197,7 @@ void Session::ApplyTheme() {
 
 void Session::OpenWindow() {
     const bool isPicture = !mCommandLine.mScreenshot.empty();
+    mParts->mDocuments = std::make_unique<ProjectDocuments>();
     mParts->mWindow = std::make_unique<MainWindow>(
         *mParts->mProfile, isPicture ? nullptr : mParts->mRecent.get(), mCommandLine.mWindowSize);
     mParts->mWindow->show();
@@ -219,10 +233,12 @@ void Session::TakeScreenshot() {
         std::make_unique<Screenshot>(*mParts->mWindow, mCommandLine.mScreenshot, isOpening, done);
 }
 
-/// The panels go first: they use everything else.
+/// Copies end at their next step, and remove what they have made, while the panels go, which use everything else.
 void Session::Close() {
+    mParts->mCopyQueue.reset();
     mParts->mScreenshot.reset();
     mParts->mWindow.reset();
+    mParts->mDocuments.reset();
     mParts->mColorScheme.reset();
     mParts->mDebugDatabase.reset();
     mParts->mUsageLog.reset();

@@ -44,9 +44,19 @@ CommandRouter& CommandRouter::Instance() {
 }
 
 void CommandRouter::SetOnDuty(host::Handler* handler, host::TabView* view) {
-    if (view != mView) Shortcuts::Instance().ResetContext();
+    if (view != mView || mEditor) Shortcuts::Instance().ResetContext();
+    mEditor = nullptr;
     mHandler = handler;
     mView = view;
+}
+
+void CommandRouter::SetEditorOnDuty(host::CommandHandler* editor) {
+    SetOnDuty(nullptr, nullptr);
+    mEditor = editor;
+}
+
+void CommandRouter::ForgetEditor(const host::CommandHandler* editor) {
+    if (mEditor == editor) SetOnDuty(nullptr, nullptr);
 }
 
 void CommandRouter::ForgetHandler(const host::Handler* handler) {
@@ -65,6 +75,7 @@ host::Handler* CommandRouter::FindHandler() const {
 
 host::CommandHandler* CommandRouter::FindCommander(Step step, host::CommandHandler* first) const {
     if (step == Step::First) return first;
+    if (step == Step::Editor) return mEditor;
     if (step == Step::Handler) return FindHandler();
     if (step == Step::Main) return &MainCommander::Instance();
     if (mView || mHandler) return mView;
@@ -74,7 +85,7 @@ host::CommandHandler* CommandRouter::FindCommander(Step step, host::CommandHandl
 
 CommandStatus CommandRouter::FindStatus(int commandID) const {
     try {
-        for (const Step step : {Step::View, Step::Handler, Step::Main}) {
+        for (const Step step : {Step::Editor, Step::View, Step::Handler, Step::Main}) {
             CommandStatus status;
             host::CommandHandler* commander = FindCommander(step, nullptr);
             status.mIsKnown =
@@ -93,7 +104,7 @@ bool CommandRouter::SendFrom(host::CommandHandler* first, int commandID) {
     if (IsLongWorkRunning()) return true;
     const host::Command command(commandID);
     try {
-        for (const Step step : {Step::First, Step::View, Step::Handler, Step::Main})
+        for (const Step step : {Step::First, Step::Editor, Step::View, Step::Handler, Step::Main})
             if (host::CommandHandler* commander = FindCommander(step, first);
                 commander && commander->ObeyCommand(command))
                 return true;

@@ -22,7 +22,8 @@ struct CommandStatus {
 
 /// Knows which panel is on duty (the one that has, or last had, the keyboard focus; while there is none, the
 /// first open one) and takes commands to it: first the panel's view and its chain of commanders, then the
-/// panel's handler, whose chains end at the application's main commander. Going to the next or previous panel
+/// panel's handler, whose chains end at the application's main commander. While the place for open projects is on
+/// duty in place of a panel, it is asked before them. Going to the next or previous panel
 /// works also when none of them decides. UI thread.
 class ZUHOST_API CommandRouter {
 public:
@@ -31,6 +32,10 @@ public:
     /// A panel with a shortcut context of its own applies it after this; until then only the global
     /// shortcuts are active.
     void SetOnDuty(host::Handler* handler, host::TabView* view);
+    /// `editor` (not owned) is on duty, and no panel is.
+    void SetEditorOnDuty(host::CommandHandler* editor);
+    void ForgetEditor(const host::CommandHandler* editor);
+    host::CommandHandler* GetEditorOnDuty() const { return mEditor; }
     /// Called when a panel is destroyed: it is no longer on duty.
     void ForgetHandler(const host::Handler* handler);
     void ForgetView(const host::TabView* view);
@@ -45,10 +50,11 @@ public:
     bool SendFrom(host::CommandHandler* first, int commandID);
 
 private:
-    enum class Step { First, View, Handler, Main };
+    enum class Step { First, Editor, View, Handler, Main };
     host::CommandHandler* FindCommander(Step step, host::CommandHandler* first) const;
     host::Handler* FindHandler() const;
 
+    host::CommandHandler* mEditor = nullptr;
     host::Handler* mHandler = nullptr;
     host::TabView* mView = nullptr;
 };

@@ -1,0 +1,123 @@
+#include "desk/app/ProjectCommands.h"
+
+#include <algorithm>
+
+#include "desk/app/ProgramCommands.h"
+#include "desk/app/ProjectArea.h"
+#include "desk/core/Services.h"
+#include "desk/dialogs/Dialogs.h"
+#include "desk/framework/MainCommander.h"
+#include "desk/project/BreakLock.h"
+#include "desk/project/Production.h"
+#include "desk/project/ProjectDocuments.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+#include "host/framework/SystemReveal.h"
+
+namespace desk {
+namespace {
+
+constexpr int kCommands[] = {kCommandOpenProject,       kCommandSaveProject,      kCommandSaveAllProjects,
+                             kCommandSaveProjectAsCopy, kCommandReloadProject,    kCommandCloseProject,
+                             kCommandCloseOtherProjects, kCommandCloseAllProjects, kCommandToggleReadOnly,
+                             kCommandBreakLock,         kCommandRevealProject};
+
+CommandStatus Enabled(bool isEnabled) {
+    return {.mIsKnown = true, .mIsEnabled = isEnabled, .mText = {}};
+}
+
+bool IsAnyDirty() {
+    const auto& projects = OpenProjectList::Instance().Get();
+    return std::ranges::any_of(projects, [](const OpenProjectRef& project) { return project->IsDirty(); });
+}
+
+/// The entry's text changes with what it would do.
+CommandStatus ToggleStatus(const ProjectDocumentRef& document) {
+    CommandStatus status = Enabled(static_cast<bool>(document));
+    if (document && document->IsReadOnly())
+        status.mText = host::ZString("$$$/Desk/Projects/ReadWriteMode=Read-Write Mode");
+    return status;
+}
+
+}  // namespace
+
+ProjectCommands::ProjectCommands(const ProjectArea& area) : mArea(area) {
+    MainCommander& commander = MainCommander::Instance();
+    const auto add = [&commander](int id, auto status, auto action) {
+        commander.Register(id, status, [action] {
+            if (ProjectDocuments::Instance()) action(*ProjectDocuments::Instance());
+            return true;
+        });
+    };
+    const auto whenOpen = [this] { return Enabled(static_cast<bool>(Active())); };
+    const auto whenAnyOpen = [] { return Enabled(!OpenProjectList::Instance().Get().empty()); };
+    add(kCommandOpenProject, [] { return Enabled(ProjectDocuments::Instance() != nullptr); },
+        [this](ProjectDocuments&) { Open(); });
+    add(kCommandSaveProject, [this] { return Enabled(Active() && Active()->IsDirty()); },
+        [this](ProjectDocuments& documents) { documents.SaveProject(Active()); });
+    add(kCommandSaveAllProjects, [] { return Enabled(IsAnyDirty()); },
+        [](ProjectDocuments& documents) { documents.SaveAllProjects(); });
+    add(kCommandSaveProjectAsCopy, whenOpen,
+        [this](ProjectDocuments& documents) { documents.SaveProjectAsCopy(Active()); });
+    add(kCommandReloadProject, whenOpen, [this](ProjectDocuments& documents) { documents.ReloadProject(Active()); });
+    add(kCommandCloseProject, whenOpen,
+        [this](ProjectDocuments& documents) { documents.CloseProject(Active(), true); });
+    add(kCommandCloseOtherProjects, [] { return Enabled(OpenProjectList::Instance().Get().size() > 1); },
+        [this](ProjectDocuments&) { CloseOthers(); });
+    add(kCommandCloseAllProjects, whenAnyOpen, [](ProjectDocuments& documents) { documents.CloseAllProjects(); });
+    add(kCommandToggleReadOnly, [this] { return ToggleStatus(Active()); },
+        [this](ProjectDocuments&) { ToggleReadOnly(); });
+    add(kCommandBreakLock, [this] { return Enabled(Active() && Active()->IsReadOnly()); },
+        [this](ProjectDocuments&) { BreakLock(); });
+    add(kCommandRevealProject, whenOpen,
+        [this](ProjectDocuments&) { host::RevealAndSelectFile(Active()->GetProjectPath()); });
+}
+
+ProjectCommands::~ProjectCommands() {
+    for (const int command : kCommands) MainCommander::Instance().Register(command, {}, {});
+}
+
+ProjectDocumentRef ProjectCommands::Active() const {
+    return mArea.GetActiveDocument();
+}
+
+void ProjectCommands::Open() const {
+    const ProjectDocumentRef active = Active();
+    const host::UTF16String folder = active ? host::PathUtils::GetFullDirectoryPart(active->GetProjectPath())
+                                            : Production::Instance().GetFolder();
+    const host::UTF16StringVec paths = GetServices().mDialogs->AskFiles(
+        host::ZString("$$$/Desk/Projects/OpenTitle=Open Project"), folder,
+        host::ZString("$$$/Desk/Projects/Kind=Projects"), u"*.zuproj");
+    for (const host::UTF16String& path : paths)
+        if (host::DocumentManager* manager = host::DocumentManager::Instance()) manager->OpenProject(path);
+}
+
+void ProjectCommands::CloseOthers() const {
+    const ProjectDocumentRef active = Active();
+    const host::ScEnableSaveApplyToAllOption applyToAll;
+    for (const host::ProjectRef& project : host::GetOpenProjectList())
+        if (project != active && !ProjectDocuments::Instance()->CloseProject(project, true)) return;
+}
+
+void ProjectCommands::ToggleReadOnly() const {
+    const ProjectDocumentRef active = Active();
+    if (active) ProjectDocuments::Instance()->SetProjectReadOnly(active, !active->IsReadOnly());
+}
+
+void ProjectCommands::BreakLock() const {
+    const ProjectDocumentRef active = Active();
+    if (!active || !active->IsReadOnly()) return;
+    if (!BreakProjectLock(active->GetProjectPath(), active->GetFile().mPath)) return;
+    const Answer answer = GetServices().mDialogs->Ask(
+        {.mTitle = host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
+         .mText = host::ZString("$$$/Desk/BreakLock/Broken=The lock of \u201C@0\u201D was broken. The project can now "
+                                "be switched to read-write.",
+                                {host::PathUtils::GetFilePart(active->GetProjectPath())}),
+         .mButtons = {host::ZString("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write"),
+                      host::ZString("$$$/Desk/BreakLock/StayReadOnly=Stay Read-Only")},
+         .mCancel = 1});
+    if (answer.mButton == 0 && ProjectDocuments::Instance())
+        ProjectDocuments::Instance()->SetProjectReadOnly(active, false);
+}
+
+}  // namespace desk

@@ -1,0 +1,58 @@
+#include "desk/app/ProjectNotice.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+
+#include "desk/core/QtStrings.h"
+#include "desk/framework/CommandRouter.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+
+namespace desk {
+namespace {
+
+constexpr int kMarkWidth = 3;
+
+QString ButtonName(int commandID) {
+    return QStringLiteral("command-%1").arg(commandID);
+}
+
+}  // namespace
+
+ProjectNotice::ProjectNotice(QWidget* parent)
+    : QWidget(parent), mText(new QLabel(this)), mLayout(new QHBoxLayout(this)) {
+    mText->setTextFormat(Qt::PlainText);
+    mText->setWordWrap(true);
+    mLayout->setContentsMargins(16, 6, 10, 6);
+    mLayout->setSpacing(8);
+    mLayout->addWidget(mText, 1);
+}
+
+void ProjectNotice::SetText(const QString& text) {
+    mText->setText(text);
+    setAccessibleName(text);
+}
+
+void ProjectNotice::AddButton(const char* textKey, int commandID) {
+    auto* button = new QPushButton(ToQString(host::ZString(textKey)), this);
+    button->setObjectName(ButtonName(commandID));
+    button->setAutoDefault(false);
+    button->setFocusPolicy(Qt::TabFocus);
+    connect(button, &QPushButton::clicked, this, [commandID] { CommandRouter::Instance().Send(commandID); });
+    mLayout->addWidget(button);
+}
+
+void ProjectNotice::ShowButton(int commandID, bool show) {
+    if (auto* button = findChild<QPushButton*>(ButtonName(commandID))) button->setVisible(show);
+}
+
+void ProjectNotice::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), Theme::Color(ThemeColor::HeaderBackground));
+    painter.fillRect(QRect(0, 0, kMarkWidth, height()), Theme::Color(ThemeColor::Accent));
+    painter.fillRect(QRect(0, height() - 1, width(), 1), Theme::Color(ThemeColor::Line));
+}
+
+}  // namespace desk

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+class QHBoxLayout;
+class QLabel;
+
+namespace desk {
+
+/// A bar above a project's text that says something about its state, with buttons for what can be done about it.
+/// UI thread.
+class ProjectNotice : public QWidget {
+public:
+    explicit ProjectNotice(QWidget* parent);
+
+    /// `text` is localised and ready to be shown.
+    void SetText(const QString& text);
+    /// Adds a button that sends a command.
+    void AddButton(const char* textKey, int commandID);
+    void ShowButton(int commandID, bool show);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QLabel* mText;
+    QHBoxLayout* mLayout;
+};
+
+}  // namespace desk

@@ -1,0 +1,176 @@
+#include "desk/app/ProjectPage.h"
+
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QLabel>
+#include <QStackedWidget>
+#include <QTextDocument>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "desk/app/ProgramCommands.h"
+#include "desk/app/ProjectNotice.h"
+#include "desk/app/ProjectTexts.h"
+#include "desk/core/MainThread.h"
+#include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
+
+namespace desk {
+namespace {
+
+constexpr int kMargin = 14;
+constexpr int kTabWidth = 4;
+
+QString Localized(const char* key) {
+    return ToQString(host::ZString(key));
+}
+
+QPlainTextEdit* MakeEditor() {
+    auto* editor = new QPlainTextEdit;
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPixelSize(QFontInfo(editor->font()).pixelSize());
+    editor->setFont(font);
+    editor->setTabStopDistance(kTabWidth * QFontMetricsF(font).horizontalAdvance(QLatin1Char(' ')));
+    editor->setLineWrapMode(QPlainTextEdit::NoWrap);
+    editor->document()->setDocumentMargin(kMargin);
+    return editor;
+}
+
+/// A text that nobody may change can still be selected and copied by keyboard.
+void LetEdit(QPlainTextEdit& editor, bool isAllowed) {
+    editor.setTextInteractionFlags(isAllowed ? Qt::TextEditorInteraction
+                                             : Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+}
+
+QLabel* MakeFact(double scale, bool isEnabled) {
+    auto* label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    QFont font = label->font();
+    font.setPixelSize(qRound(QFontInfo(font).pixelSize() * scale));
+    label->setFont(font);
+    label->setEnabled(isEnabled);
+    label->setAlignment(Qt::AlignCenter);
+    label->setWordWrap(true);
+    return label;
+}
+
+}  // namespace
+
+struct ProjectPage::Watch {
+    ProjectPage* mPage;
+};
+
+ProjectPage::ProjectPage(ProjectDocumentRef document)
+    : mDocument(std::move(document)),
+      mReadOnly(new ProjectNotice(this)),
+      mOutOfDate(new ProjectNotice(this)),
+      mLockLost(new ProjectNotice(this)),
+      mContent(new QStackedWidget),
+      mEditor(MakeEditor()),
+      mKind(MakeFact(1.3, true)),
+      mFile(MakeFact(1, false)),
+      mWatch(std::make_shared<Watch>(Watch{this})) {
+    MakeNotices();
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    for (QWidget* part : std::initializer_list<QWidget*>{mLockLost, mReadOnly, mOutOfDate}) layout->addWidget(part);
+    layout->addWidget(mContent, 1);
+    mContent->addWidget(mEditor);
+    mContent->addWidget(MakeFacts());
+    setFocusPolicy(Qt::StrongFocus);
+    UpdateContent();
+    connect(mEditor->document(), &QTextDocument::modificationChanged, this,
+            [this](bool isModified) {
+                if (!mIsTakingText) mDocument->SetDirty(isModified);
+            });
+    mDocument->SetTextSource([this] { return ToUTF16(mEditor->document()->toRawText()); });
+}
+
+ProjectPage::~ProjectPage() {
+    if (mWatch) Leave();
+}
+
+void ProjectPage::Leave() {
+    mWatch.reset();
+    mEditor->document()->disconnect(this);
+    mDocument->SetTextSource({});
+}
+
+bool ProjectPage::ShowsText() const {
+    return mContent->currentWidget() == mEditor;
+}
+
+QWidget* ProjectPage::MakeFacts() {
+    auto* page = new QWidget;
+    auto* layout = new QVBoxLayout(page);
+    layout->addStretch(2);
+    layout->addWidget(mKind);
+    layout->addWidget(mFile);
+    layout->addStretch(3);
+    return page;
+}
+
+void ProjectPage::MakeNotices() {
+    mLockLost->SetText(
+        Localized("$$$/Desk/Projects/LockLostText=The lock was broken by somebody else, or its file was removed. "
+                  "This project cannot be saved any more, only a copy of it."));
+    mLockLost->AddButton("$$$/Desk/Commands/SaveAsCopy=Save as Copy…", kCommandSaveProjectAsCopy);
+    mReadOnly->AddButton("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write", kCommandToggleReadOnly);
+    mReadOnly->AddButton("$$$/Desk/Commands/BreakLock=Break Lock…", kCommandBreakLock);
+    mOutOfDate->SetText(Localized("$$$/Desk/Projects/OutOfDateText=The file has changed on disk."));
+    mOutOfDate->AddButton("$$$/Desk/Commands/Reload=Reload", kCommandReloadProject);
+}
+
+void ProjectPage::UpdateContent() {
+    const ProjectContent& content = mDocument->GetContent();
+    const bool isText = mDocument->IsEditable();
+    mContent->setCurrentIndex(isText ? 0 : 1);
+    setFocusProxy(isText ? mEditor : nullptr);
+    mKind->setText(ProjectName(*mDocument) + QLatin1Char('\n') + DescribeContent(content));
+    mFile->setText(DescribeFile(content));
+    mIsTakingText = true;
+    mEditor->setPlainText(ToQString(mDocument->GetEditorText()));
+    mEditor->document()->setModified(false);
+    mIsTakingText = false;
+    UpdateState();
+}
+
+void ProjectPage::UpdateState() {
+    const bool isLost = HasLostLock(*mDocument);
+    const bool isReadOnly = mDocument->IsReadOnly();
+    if (!mDocument->IsDirty() && mEditor->document()->isModified()) mEditor->document()->setModified(false);
+    LetEdit(*mEditor, !isReadOnly);
+    mEditor->setAccessibleName(ProjectName(*mDocument));
+    mLockLost->setVisible(isLost);
+    mOutOfDate->setVisible(mDocument->IsOutOfDate());
+    if (isReadOnly && !isLost && mReadOnly->isHidden()) ShowHolder({});
+    mReadOnly->setVisible(isReadOnly && !isLost);
+    if (isReadOnly && !isLost) UpdateHolder();
+}
+
+void ProjectPage::UpdateHolder() {
+    if (!mDocument->IsReadOnly() || !GetServices().mWorkerPool) return;
+    GetServices().mWorkerPool->Submit([watch = std::weak_ptr<Watch>(mWatch), path = mDocument->GetProjectPath(),
+                                       file = mDocument->GetFile().mPath] {
+        GetServices().mMainThread->Post([watch, locks = FindStandingLocks(path, file)] {
+            if (const auto here = watch.lock()) here->mPage->ShowHolder(locks);
+        });
+    });
+}
+
+void ProjectPage::ShowHolder(const std::vector<StandingLock>& locks) {
+    const auto lock = std::ranges::find_if_not(locks, IsOurs);
+    const bool isHeld = lock != locks.end() && !IsLockStale(lock->mRecord, *GetServices().mDesktop);
+    mReadOnly->SetText(
+        isHeld ? ToDisplayText(host::ZString("$$$/Desk/Projects/ReadOnlyHeld=Read-only. Locked by @0.",
+                                             {DescribeHolder(lock->mRecord)}))
+               : Localized("$$$/Desk/Projects/ReadOnlyText=Read-only."));
+    mReadOnly->ShowButton(kCommandToggleReadOnly, !isHeld);
+    mReadOnly->ShowButton(kCommandBreakLock, isHeld);
+}
+
+}  // namespace desk

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QPlainTextEdit>
+#include <QStackedWidget>
+#include <memory>
+
+#include "desk/project/BreakLock.h"
+#include "desk/project/ProjectDocument.h"
+
+class QLabel;
+
+namespace desk {
+
+class ProjectNotice;
+
+/// What the tab of an open project shows: its text in an editor, or, where there is no text to edit, what the
+/// project is; above that what is to be known of its state. UI thread.
+class ProjectPage : public QWidget {
+public:
+    explicit ProjectPage(ProjectDocumentRef document);
+    ~ProjectPage() override;
+
+    /// The document is closed: nothing is shown of it any more.
+    void Leave();
+
+    const ProjectDocumentRef& GetDocument() const { return mDocument; }
+    QPlainTextEdit& GetEditor() { return *mEditor; }
+    /// False where there is no text.
+    bool ShowsText() const;
+
+    /// The document's content has been replaced.
+    void UpdateContent();
+    /// Dirty, read-only or out of date may have changed.
+    void UpdateState();
+    /// Looks who holds the lock of a project that is open read-only, on a worker.
+    void UpdateHolder();
+
+private:
+    struct Watch;
+
+    QWidget* MakeFacts();
+    void MakeNotices();
+    void ShowHolder(const std::vector<StandingLock>& locks);
+
+    ProjectDocumentRef mDocument;
+    ProjectNotice* mReadOnly;
+    ProjectNotice* mOutOfDate;
+    ProjectNotice* mLockLost;
+    QStackedWidget* mContent;
+    QPlainTextEdit* mEditor;
+    QLabel* mKind;
+    QLabel* mFile;
+    bool mIsTakingText = false;
+    /// Gone when the page is: what a worker brings then is dropped.
+    std::shared_ptr<Watch> mWatch;
+};
+
+}  // namespace desk
