@@ -3,6 +3,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -32,6 +33,7 @@ public:
     bool IsAwaited(std::u16string_view path) const override;
     const ItemFacts* Find(std::u16string_view path) const override;
     const ItemFacts* FindAndRequest(std::u16string_view path) override;
+    void VisitLocks(std::u16string_view path, bool recursive, const LockVisitor& visitor) const override;
     DirectoryMonitor& GetMonitor() override { return mMonitor; }
 
 private:
@@ -97,10 +99,13 @@ private:
     Subscriber& Subscribe(const host::UTF16String& path, Receiver&& receiver, const void* owner,
                           FolderPtr& folder);
     void ListOnDemand(std::u16string_view itemPath);
+    static bool VisitLocksIn(const Folder& folder, const LockVisitor& visitor);
     static FolderItems& Writable(Folder& folder);
     void ForgetFoldersBelow(const host::UTF16String& path);
     void Ask(Folder& folder, FolderItems::Item& item);
     void SendQuestions();
+    void WatchHolder(std::u16string_view path, const ItemFacts& facts);
+    void LookForHolders();
 
     // Jobs.
     void StartNext(const FolderPtr& folder);
@@ -135,6 +140,9 @@ private:
     std::shared_ptr<FactReader> mFactReader;
     /// Asked for in this turn of the event loop.
     std::vector<FactReader::Question> mQuestions;
+    /// Items that somebody has asked for whose locks processes of this machine hold.
+    std::set<host::UTF16String, std::less<>> mHeldHere;
+    MainThread::TimerID mHolderTimer = 0;
     std::shared_ptr<int> mToken = std::make_shared<int>();
 };
 
