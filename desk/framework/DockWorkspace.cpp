@@ -137,7 +137,7 @@ void DockWorkspace::OpenPanels(const QJsonObject& layout) {
     const QJsonArray open = layout.value(kOpenPanels).toArray();
     for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs()) {
         const bool isClosed = PanelRegistry::Instance().IsOnDemand(id) ? !open.contains(ToQString(id))
-                                                                        : closed.contains(ToQString(id));
+                                                                       : closed.contains(ToQString(id));
         // A handler announces its entry in the Window menu when it is made: that entry stays.
         if (isClosed && PanelRegistry::Instance().FindOrCreateHandler(id))
             PanelRegistry::Instance().DestroyHandler(id);

@@ -42,9 +42,9 @@ public:
     /// Closes all panels without asking, as the program ends.
     void DestroyPanels();
 
-    /// Opens all panels that there are, as `layout` tells: where they were, and without those that were closed; of
-    /// those that are opened on demand (`PanelRegistry::SetOnDemand`) only those that were open.
-    /// An empty layout gives the default one; so does a layout that cannot be used, which is logged.
+    /// Opens all panels that there are, as `layout` tells: where they were, and without those that were closed;
+    /// of those that are opened on demand (`PanelRegistry::SetOnDemand`) only those that were open. An empty
+    /// layout gives the default one; so does a layout that cannot be used, which is logged.
     void OpenPanels(const QJsonObject& layout);
     QJsonObject SaveLayout() const;
 
