@@ -48,7 +48,7 @@ public:
     /// place; the project's own file stays as it is. False when the user cancelled or it could not be written.
     bool SaveProjectAsCopy(const host::ProjectRef& project);
     /// Closes the projects in `folder` (at any depth) with the same questions; false at the first that stays
-    /// open. To be called before the production in that folder is closed.
+    /// open. To be called before the production in that folder is closed, which is then not to happen.
     bool CloseProjectsIn(const host::UTF16String& folder);
 
 private:

@@ -85,7 +85,8 @@ std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const Proje
         if (!isLost && !isTargetLost) return {};
         const ProjectLocking holder =
             FindLockHolder(isLost ? path : host::UTF8to16(document->GetFile().mPath));
-        document->SetLocks({}, {});
+        // The lost one stays, and says so; another is of no use any more.
+        document->SetLocks(isLost ? document->GetLock() : nullptr, isLost ? nullptr : document->GetTargetLock());
         return ProjectQuestions::AskToCopyAfterLoss(path, holder) ? SaveAsCopy(document) : Saving{};
     } catch (const host::FileException& exception) {
         ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
