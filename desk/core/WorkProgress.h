@@ -24,6 +24,7 @@ public:
 
     void SetItem(const host::UTF16String& item);
     void SetTotal(std::uint64_t bytes) { mBytesTotal = bytes; }
+    void AddToTotal(std::uint64_t bytes) { mBytesTotal += bytes; }
     void AddDone(std::uint64_t bytes) { mBytesDone += bytes; }
     State Get() const;
 

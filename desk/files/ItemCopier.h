@@ -38,8 +38,8 @@ struct ItemMove {
 ZUHOST_API ItemMove MoveItem(const std::string& source, const std::string& destination, WorkProgress& progress);
 
 /// Renames what stands at `from` to `to` on one volume, without replacing. Looks after an error: when `from` is gone
-/// and what stands at `to` has its kind, size and time, the move was done and only the reply was lost. Then makes
-/// it durable.
+/// and what stands at `to` has its kind and size, the move was done and only the reply was lost. Then makes
+/// it durable; what cannot be flushed has moved nevertheless, and the log says so.
 ZUHOST_API void MoveOnVolume(const std::string& from, const std::string& to);
 
 /// Removes the folder, file or link `path` with all that is in it; follows no link. Stops at the first item that

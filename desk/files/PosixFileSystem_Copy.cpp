@@ -86,7 +86,8 @@ private:
         if (count > 0) return count;
         // Also where it ends too early: some file systems tell no size, and some of them do not copy.
         if (count == 0 && at > 0 && at == mFacts.st_size) return 0;
-        const bool isFault = count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EIO || errno == EFBIG);
+        const bool isFault =
+            count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EIO || errno == EFBIG);
         if (isFault) return Fail(errno);
         mDoesSystemCopy = false;
         return CopyByHand(at, size);
@@ -94,12 +95,13 @@ private:
 
     ssize_t CopyByHand(off_t at, std::size_t size) {
         if (!mBuffer) mBuffer = std::make_unique_for_overwrite<char[]>(kBuffer);
-        const ssize_t count = RetryInterrupted(
-            [&] { return ::pread(mFrom, mBuffer.get(), std::min(size, kBuffer), at); });
+        const ssize_t count =
+            RetryInterrupted([&] { return ::pread(mFrom, mBuffer.get(), std::min(size, kBuffer), at); });
         if (count < 0) return Fail(errno);
         if (count == 0) return 0;
         if (::lseek(mTo, at, SEEK_SET) < 0) return Fail(errno);
-        if (const int error = WriteAll(mTo, {mBuffer.get(), static_cast<std::size_t>(count)})) return Fail(error);
+        if (const int error = WriteAll(mTo, {mBuffer.get(), static_cast<std::size_t>(count)}))
+            return Fail(error);
         return count;
     }
 

@@ -29,8 +29,8 @@ bool IsSameFile(const std::string& path, const struct stat& facts) {
            found.st_mtim.tv_nsec == facts.st_mtim.tv_nsec;
 }
 
-/// The second half of a rename by link. A volume may fail a call that it has carried out: the new name goes only
-/// where the old one is seen.
+/// The second half of a rename by link. A volume may fail a call that it has carried out: the new name goes
+/// only where the old one is seen.
 int RemoveOldName(const std::string& from, const std::string& to, const struct stat& facts) {
     if (::unlink(from.c_str()) == 0) return 0;
     const int error = errno;
@@ -54,16 +54,16 @@ int RenameByLink(const std::string& from, const std::string& to) {
 
 /// Opens the folder in which `below` stands in the folder `root`, following no link on the way.
 FileDescriptor OpenFolderOf(const std::string& root, const std::string& below) {
-    FileDescriptor folder(RetryInterrupted(
-        [&] { return ::open(root.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+    FileDescriptor folder(
+        RetryInterrupted([&] { return ::open(root.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
     const std::size_t slash = below.rfind('/');
     if (!folder.IsOpen() || slash == std::string::npos) return folder;
     open_how how{};
     how.flags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_BENEATH;
     const std::string way = below.substr(0, slash);
-    return FileDescriptor(static_cast<int>(RetryInterrupted(
-        [&] { return ::syscall(SYS_openat2, folder.Get(), way.c_str(), &how, sizeof how); })));
+    return FileDescriptor(static_cast<int>(
+        RetryInterrupted([&] { return ::syscall(SYS_openat2, folder.Get(), way.c_str(), &how, sizeof how); })));
 }
 
 }  // namespace
@@ -99,10 +99,12 @@ void PosixFileSystem::TryToChangeFolder(const std::string& path) {
 }
 
 void PosixFileSystem::MakeFolderChangeable(const std::string& path) {
-    // Not opened: it need not be readable. O_PATH does not follow, and the link of /proc leads to what it found.
+    // Not opened: it need not be readable. O_PATH does not follow, and the link of /proc leads to what it
+    // found.
     FileDescriptor folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat facts;
-    if (!folder.IsOpen() || ::fstat(folder.Get(), &facts) != 0) ThrowFileException("change mode of", path, errno);
+    if (!folder.IsOpen() || ::fstat(folder.Get(), &facts) != 0)
+        ThrowFileException("change mode of", path, errno);
     const std::string same = "/proc/self/fd/" + std::to_string(folder.Get());
     if (::chmod(same.c_str(), (facts.st_mode & 07777) | S_IRWXU) != 0)
         ThrowFileException("change mode of", path, errno);

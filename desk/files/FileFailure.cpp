@@ -1,0 +1,50 @@
+#include "desk/files/FileFailure.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include "desk/core/Log.h"
+#include "desk/core/UserNotice.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+
+namespace desk {
+
+namespace {
+
+void Tell(const char* key, const host::UTF16String& path, const host::FileException& exception) {
+    Log(LogLevel::Info, exception.what());
+    if (exception.SystemError() == ECANCELED) return;
+    TellUser(host::ZString(key, {host::PathUtils::GetFullFilePart(path), DescribeReason(exception)}));
+}
+
+}  // namespace
+
+host::UTF16String DescribeReason(const host::FileException& exception) {
+    switch (exception.SystemError()) {
+        case EEXIST:
+            return host::ZString("$$$/Vantor/Desk/Copies/Exists=Something with that name is there already.");
+        case ENAMETOOLONG:
+            return host::ZString("$$$/Vantor/Desk/Copies/LongName=The name is too long.");
+        case ENOSPC:
+        case EDQUOT:
+            return host::ZString("$$$/Vantor/Desk/Copies/NoRoom=There is no room left on the volume.");
+        case EBUSY:
+            return host::ZString("$$$/Vantor/Desk/Files/Busy=\"@0\" is in use or was changed meanwhile.",
+                                 {host::PathUtils::GetFullFilePart(exception.Path())});
+        default:
+            return host::ZString(
+                "$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
+                {host::UTF8to16(std::generic_category().message(exception.SystemError())), exception.Path()});
+    }
+}
+
+void TellNotCopied(const host::UTF16String& path, const host::FileException& exception) {
+    Tell("$$$/Vantor/Desk/Copies/NotCopied=\"@0\" was not copied. @1", path, exception);
+}
+
+void TellNotMoved(const host::UTF16String& path, const host::FileException& exception) {
+    Tell("$$$/Vantor/Desk/Files/NotMoved=\"@0\" was not moved. @1", path, exception);
+}
+
+}  // namespace desk

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+
+/// Why an operation on the disk failed, as a sentence for the user (localised). UI thread.
+ZUHOST_API host::UTF16String DescribeReason(const host::FileException& exception);
+
+/// Tells the user that the item at `path` was not copied or not moved, and why; nothing when it was the user
+/// that cancelled. The log has operation, path and reason. UI thread.
+ZUHOST_API void TellNotCopied(const host::UTF16String& path, const host::FileException& exception);
+ZUHOST_API void TellNotMoved(const host::UTF16String& path, const host::FileException& exception);
+
+}  // namespace desk

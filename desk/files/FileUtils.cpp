@@ -1,0 +1,69 @@
+#include "host/files/FileUtils.h"
+
+#include <cerrno>
+
+#include "desk/core/Services.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/dialogs/LongWork.h"
+#include "desk/files/FileFailure.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/ItemCopier.h"
+#include "desk/files/LookAgain.h"
+#include "host/core/Localizer.h"
+#include "host/files/FileException.h"
+#include "host/files/PathUtils.h"
+
+namespace host {
+
+namespace {
+
+void CopyOfKind(const UTF16String& from, const UTF16String& to, bool isFolder) {
+    const UTF16String source = PathUtils::ToNormalizedPath(from);
+    const UTF16String destination = PathUtils::ToNormalizedPath(to);
+    const auto work = [&](desk::WorkProgress& progress) {
+        const std::string path = UTF16to8(source);
+        const desk::ItemKind kind = desk::GetServices().mFileSystem->Status(path, false).mKind;
+        if ((kind == desk::ItemKind::Folder) != isFolder)
+            throw FileException("copy", source, isFolder ? ENOTDIR : EISDIR);
+        desk::CopyItem(path, UTF16to8(destination), progress);
+    };
+    try {
+        desk::RunLongWork(ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying \"@0\"",
+                                  {PathUtils::GetFullFilePart(source)}),
+                          work);
+    } catch (const FileException& exception) {
+        desk::TellNotCopied(source, exception);
+        throw;
+    }
+    desk::LookAgainAround(destination);
+}
+
+}  // namespace
+
+void FileUtils::Copy(const UTF16String& source, const UTF16String& destination) {
+    CopyOfKind(source, destination, false);
+}
+
+void FileUtils::Copy(const Dir& source, const Dir& destination) {
+    CopyOfKind(source.FullPath(), destination.FullPath(), true);
+}
+
+void FileUtils::CreateNewDirectory(const UTF16String& path) {
+    Dir(path).Create();
+    desk::LookAgainAround(path);
+}
+
+bool Dir::Exists() const {
+    try {
+        const auto& fileSystem = desk::GetServices().mFileSystem;
+        return fileSystem->Status(UTF16to8(mPath), true).mKind == desk::ItemKind::Folder;
+    } catch (const FileException&) {
+        return false;
+    }
+}
+
+void Dir::Create() const {
+    desk::GetServices().mFileSystem->CreateFolder(UTF16to8(PathUtils::ToNormalizedPath(mPath)));
+}
+
+}  // namespace host

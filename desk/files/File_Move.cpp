@@ -1,0 +1,129 @@
+#include <cerrno>
+#include <optional>
+
+#include "desk/core/Services.h"
+#include "desk/core/UserNotice.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/dialogs/LongWork.h"
+#include "desk/files/FileFailure.h"
+#include "desk/files/FileMoves.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/FolderPath.h"
+#include "desk/files/ItemCopier.h"
+#include "desk/files/LookAgain.h"
+#include "desk/project/LockKeeper.h"
+#include "desk/project/LockProtocol.h"
+#include "host/core/Localizer.h"
+#include "host/files/File.h"
+#include "host/files/FileException.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProjectFiles.h"
+
+namespace host {
+
+namespace {
+
+constexpr int kNotMoved = -1;
+
+/// One call of `File::Move`.
+class FileMove {
+public:
+    FileMove(const UTF16String& source, const UTF16String& destination)
+        : mSource(PathUtils::ToNormalizedPath(source)), mDestination(PathUtils::ToNormalizedPath(destination)) {
+        if (!IsVantorProjectFile(mSource)) return;
+        mLockPath =
+            desk::JoinPath<std::string>(UTF16to8(desk::FolderOf(mSource)),
+                                        UTF16to8(desk::GetLockFileName(PathUtils::GetFullFilePart(mSource))));
+        if (const desk::HeldLockPtr lock = desk::LockKeeper::Instance().Find(mLockPath))
+            mHeldNonce = lock->GetRecord().mNonce;
+    }
+
+    int Run() {
+        try {
+            desk::RunLongWork(
+                ZString("$$$/Vantor/Desk/Files/Moving=Moving \"@0\"", {PathUtils::GetFullFilePart(mSource)}),
+                [this](desk::WorkProgress& progress) { Work(progress); });
+        } catch (const FileException& exception) {
+            desk::TellNotMoved(mSource, exception);
+            throw;
+        }
+        return mMove ? Finish() : Refuse();
+    }
+
+private:
+    // On a worker.
+    void Work(desk::WorkProgress& progress) {
+        mIsThere = IsThere();
+        if (!mIsThere || (!mLockPath.empty() && IsHeldByAnother())) return;
+        mMove = desk::MoveItem(UTF16to8(mSource), UTF16to8(mDestination), progress);
+    }
+
+    bool IsThere() const {
+        try {
+            desk::GetServices().mFileSystem->Status(UTF16to8(mSource), false);
+            return true;
+        } catch (const FileException& exception) {
+            if (exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR) return false;
+            throw;
+        }
+    }
+
+    bool IsHeldByAnother() {
+        const desk::Desktop& desktop = *desk::GetServices().mDesktop;
+        mHolder = desk::ReadLockRecord(*desk::GetServices().mFileSystem, mLockPath);
+        if (!mHolder) return false;
+        if (!mHolder->mIsReadable) return true;
+        // A lock that was lost is not held any more, whatever its nonce.
+        const bool isOurs = mHolder->mNonce == mHeldNonce ||
+                            desk::AreOfOneProcess(*mHolder, desk::MakeLockRecord(desktop, {}, {}));
+        return !isOurs && !desk::IsLockStale(*mHolder, desktop);
+    }
+
+    // On the UI thread.
+    int Refuse() const {
+        const UTF16String name = PathUtils::GetFullFilePart(mSource);
+        if (!mIsThere)
+            desk::TellUser(
+                ZString("$$$/Vantor/Desk/Files/Gone=\"@0\" was not moved. It is not there any more.", {name}));
+        else if (mHolder && mHolder->mIsReadable)
+            desk::TellUser(ZString("$$$/Vantor/Desk/Files/Locked=\"@0\" was not moved. @1 has it open on @2.",
+                                   {name, mHolder->mUser, mHolder->mMachine}));
+        else
+            desk::TellUser(ZString(
+                "$$$/Vantor/Desk/Files/LockedUnknown=\"@0\" was not moved. Somebody has it open.", {name}));
+        return kNotMoved;
+    }
+
+    int Finish() const {
+        const desk::MovedItem item{UTF16to8(mSource), UTF16to8(mDestination), mMove->mIsFolder};
+        if (item.mIsFolder) desk::LockKeeper::Instance().FollowMove(item.mFrom, item.mTo);
+        desk::NoteMove(item);
+        desk::LookAgainAround(mSource);
+        desk::LookAgainAround(mDestination);
+        if (!mMove->mLeftBehind.empty())
+            desk::TellUser(
+                ZString("$$$/Vantor/Desk/Files/LeftBehind=\"@0\" was moved, but a part of it also stands where "
+                        "it was: @1",
+                        {PathUtils::GetFullFilePart(mSource), UTF8to16(mMove->mLeftBehind)}));
+        return 0;
+    }
+
+    const UTF16String mSource;
+    const UTF16String mDestination;
+    /// Empty for what is no project.
+    std::string mLockPath;
+    /// Empty when this process does not hold the lock.
+    std::string mHeldNonce;
+    bool mIsThere = false;
+    std::optional<desk::LockRecord> mHolder;
+    /// Absent when it was refused.
+    std::optional<desk::ItemMove> mMove;
+};
+
+}  // namespace
+
+int File::Move(const UTF16String& source, const UTF16String& destination) {
+    return FileMove(source, destination).Run();
+}
+
+}  // namespace host

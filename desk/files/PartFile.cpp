@@ -1,0 +1,144 @@
+#include "desk/files/PartFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <ranges>
+
+#include "desk/core/Log.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/files/FolderPath.h"
+#include "desk/files/HostNames.h"
+#include "desk/files/ItemCopier.h"
+#include "desk/files/SharedWork.h"
+#include "desk/files/VolumeTypes.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+
+namespace {
+
+/// Files from this size on are copied one after the other: a disk that turns reads several at once slowly.
+constexpr std::uint64_t kLargeFile = 8 * 1024 * 1024;
+/// So many files are flushed one by one; more, with their volume.
+constexpr std::size_t kFewFiles = 8;
+/// How often a file is copied that changes meanwhile.
+constexpr int kTries = 3;
+
+FileSystem& Disk() {
+    return *GetServices().mFileSystem;
+}
+
+std::string_view NameOf(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace
+
+std::string ParentFolder(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+PartFile::PartFile(const std::string& destination)
+    : mDestination(destination), mPath(JoinPath<std::string>(ParentFolder(destination), MakeTemporaryName())) {}
+
+PartFile::~PartFile() {
+    if (mIsBegun && !mIsPublished) Remove();
+}
+
+std::string PartFile::PathOf(const TreeItem& item) const {
+    return item.mBelow.empty() ? mPath : JoinPath<std::string>(mPath, item.mBelow);
+}
+
+void PartFile::Copy(ItemTree& tree, WorkProgress& progress) {
+    mProgress = &progress;
+    mIsBegun = true;
+    const bool isFlushedEach = ShouldFlushEach(tree);
+    CopyFolders(tree);
+    CopyFiles(tree, isFlushedEach);
+    RunShared(tree.mLinks.size(), [&](std::size_t index) {
+        Disk().CopyLink(tree.PathOf(tree.mLinks[index]), PathOf(tree.mLinks[index]));
+    });
+    FinishFolders(tree, isFlushedEach);
+    if (!isFlushedEach) Disk().FlushVolume(mPath);
+    progress.ThrowIfCancelled("copy", tree.mRoot);
+}
+
+/// What the system holds back of a volume of another machine, its flush of volumes need not reach.
+bool PartFile::ShouldFlushEach(const ItemTree& tree) const {
+    return !tree.IsFolder() || tree.mFiles.size() <= kFewFiles ||
+           !DoesVolumeReportChanges(Disk().VolumeType(ParentFolder(mDestination)));
+}
+
+void PartFile::CopyFolders(const ItemTree& tree) {
+    // For the owner alone as long as it is made.
+    for (const TreeItem& folder : tree.mFolders) {
+        mProgress->ThrowIfCancelled("copy", tree.mRoot);
+        Disk().CreateFolder(PathOf(folder), 0700);
+    }
+}
+
+void PartFile::CopyFiles(ItemTree& tree, bool isFlushed) {
+    const auto large = std::ranges::stable_partition(
+        tree.mFiles, [](const TreeItem& file) { return file.mStatus.mSize < kLargeFile; });
+    RunShared(tree.mFiles.size() - large.size(),
+              [&](std::size_t index) { CopyFile(tree, tree.mFiles[index], isFlushed); });
+    for (TreeItem& file : large) CopyFile(tree, file, isFlushed);
+}
+
+void PartFile::CopyFile(const ItemTree& tree, TreeItem& file, bool isFlushed) {
+    const std::string from = tree.PathOf(file);
+    mProgress->ThrowIfCancelled("copy", from);
+    mProgress->SetItem(host::UTF8to16(NameOf(from)));
+    for (int tries = 1;; ++tries) {
+        std::uint64_t done = 0;
+        try {
+            file.mStatus = Disk().CopyFile(from, PathOf(file), isFlushed, [&](std::uint64_t bytes) {
+                mProgress->AddDone(bytes);
+                done += bytes;
+                return !mProgress->IsCancelled();
+            });
+            return;
+        } catch (const host::FileException& exception) {
+            mProgress->AddDone(0 - done);
+            if (exception.SystemError() != EBUSY || tries == kTries) throw;
+        }
+    }
+}
+
+void PartFile::FinishFolders(const ItemTree& tree, bool isFlushed) {
+    for (const TreeItem& folder : tree.mFolders | std::views::reverse) {
+        Disk().CopyFolderAttributes(tree.PathOf(folder), PathOf(folder));
+        if (isFlushed) Disk().FlushFolder(PathOf(folder));
+    }
+}
+
+void PartFile::Publish() {
+    MoveOnVolume(mPath, mDestination);
+    mIsPublished = true;
+}
+
+void PartFile::TakeBack() noexcept {
+    try {
+        MoveOnVolume(mDestination, mPath);
+    } catch (const host::FileException& exception) {
+        Log(LogLevel::Error, std::string("a copy could not be taken back: ") + exception.what());
+        return;
+    }
+    mIsPublished = false;
+    Remove();
+}
+
+void PartFile::Remove() noexcept {
+    mIsBegun = false;
+    try {
+        RemoveTree(mPath);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != ENOENT)
+            Log(LogLevel::Warning, std::string("what was begun could not be removed: ") + exception.what());
+    }
+}
+
+}  // namespace desk

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+
+#include "desk/files/ItemTree.h"
+
+namespace desk {
+
+class WorkProgress;
+
+/// The folder in which `path` (bytes, normalised) stands.
+std::string ParentFolder(const std::string& path);
+
+/// A copy in the making: a file, link or folder under a hidden name beside its destination. What has not been
+/// published when it is destroyed is removed. For a worker.
+class PartFile {
+public:
+    explicit PartFile(const std::string& destination);
+    ~PartFile();
+    PartFile(const PartFile&) = delete;
+    PartFile& operator=(const PartFile&) = delete;
+
+    /// Copies all of `tree` but its pipes and devices, and makes it durable. The status of each file becomes
+    /// what was copied of it. Adds to what `progress` has done.
+    void Copy(ItemTree& tree, WorkProgress& progress);
+    /// Gives it its name; throws with EEXIST when that is taken.
+    void Publish();
+    /// Takes the name away again, and all that was made.
+    void TakeBack() noexcept;
+
+private:
+    void CopyFolders(const ItemTree& tree);
+    void CopyFiles(ItemTree& tree, bool isFlushed);
+    void CopyFile(const ItemTree& tree, TreeItem& file, bool isFlushed);
+    void FinishFolders(const ItemTree& tree, bool isFlushed);
+    bool ShouldFlushEach(const ItemTree& tree) const;
+    std::string PathOf(const TreeItem& item) const;
+    void Remove() noexcept;
+
+    const std::string mDestination;
+    const std::string mPath;
+    bool mIsBegun = false;
+    bool mIsPublished = false;
+    WorkProgress* mProgress = nullptr;
+};
+
+}  // namespace desk

@@ -1,0 +1,62 @@
+#include <cerrno>
+
+#include "desk/core/Services.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/FolderPath.h"
+#include "desk/files/ItemCopier.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+
+namespace {
+
+class TreeRemoval {
+public:
+    explicit TreeRemoval(const std::string& root) : mRoot(root) {}
+
+    void Remove(const std::string& below, ItemKind kind) {
+        if (kind == ItemKind::Unknown) kind = mDisk.Status(PathOf(below), false).mKind;
+        if (kind == ItemKind::Folder) Empty(below);
+        try {
+            mDisk.RemoveFromTree(mRoot, below, kind == ItemKind::Folder);
+        } catch (const host::FileException& exception) {
+            // The reply to what was done may be lost.
+            if (exception.SystemError() != ENOENT && !IsGone(below)) throw;
+        }
+    }
+
+private:
+    std::string PathOf(const std::string& below) const {
+        return below.empty() ? mRoot : JoinPath<std::string>(mRoot, below);
+    }
+
+    bool IsGone(const std::string& below) const {
+        try {
+            mDisk.Status(PathOf(below), false);
+        } catch (const host::FileException& exception) {
+            return exception.SystemError() == ENOENT;
+        }
+        return false;
+    }
+
+    void Empty(const std::string& folder) {
+        try {
+            mDisk.TryToChangeFolder(PathOf(folder));
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() == EACCES) mDisk.MakeFolderChangeable(PathOf(folder));
+        }
+        for (const FolderEntry& entry : mDisk.ListFolder(PathOf(folder)))
+            Remove(folder.empty() ? entry.mName : JoinPath<std::string>(folder, entry.mName), entry.mKind);
+    }
+
+    const std::string& mRoot;
+    FileSystem& mDisk = *GetServices().mFileSystem;
+};
+
+}  // namespace
+
+void RemoveTree(const std::string& path) {
+    TreeRemoval(path).Remove({}, ItemKind::Unknown);
+}
+
+}  // namespace desk
