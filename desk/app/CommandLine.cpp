@@ -23,6 +23,7 @@ std::unique_ptr<QCommandLineParser> MakeParser() {
     const auto add = [&](const char* name, const char* description, const char* value = nullptr) {
         parser->addOption({Text(name), Text(description), value ? Text(value) : QString()});
     };
+    add("open", "Open this project; can be given several times.", "FILE.zuproj");
     add("screenshot", "Write a picture of the window with the production's rows, and end. Needs no display.",
         "FILE.png");
     add("user", "Work under this name instead of the system's.", "NAME");
@@ -76,6 +77,8 @@ public:
         mResult.mScreenshot = ToUTF8(Value("screenshot"));
         mResult.mProfile = ToUTF8(Value("profile"));
         Value("plugin-dir");
+        Value("open");
+        for (const QString& project : mParser.values(Text("open"))) mResult.mProjects.push_back(ToUTF8(project));
         for (const QString& folder : mParser.values(Text("plugin-dir")))
             mResult.mPluginFolders.push_back(ToUTF8(folder));
         const QStringList folders = mParser.positionalArguments();

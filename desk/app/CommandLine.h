@@ -16,6 +16,8 @@ struct CommandLine {
     Action mAction = Action::Run;
     /// The production's folder; empty: the last one.
     std::string mFolder;
+    /// Projects to open.
+    std::vector<std::string> mProjects;
     /// The picture to write instead of running; empty: run.
     std::string mScreenshot;
     /// Empty: the system's.

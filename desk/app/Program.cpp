@@ -55,8 +55,9 @@ FileSystem& Disk() {
     return disk;
 }
 
-/// Makes the folders of the command line absolute; says which of them cannot be used.
+/// Makes the paths of the command line absolute; says which of its folders cannot be used.
 QString CheckFolders(CommandLine& commandLine) {
+    for (std::string& project : commandLine.mProjects) project = ToAbsolutePath(project);
     std::vector<std::string*> folders;
     if (!commandLine.mFolder.empty()) folders.push_back(&commandLine.mFolder);
     for (std::string& folder : commandLine.mPluginFolders) folders.push_back(&folder);

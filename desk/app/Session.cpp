@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <cstdio>
 #include <optional>
 #include <thread>
@@ -27,6 +28,7 @@
 #include "desk/core/SystemDesktop.h"
 #include "desk/core/UsageLogFile.h"
 #include "desk/core/WorkerPool.h"
+#include "desk/dialogs/LongWork.h"
 #include "desk/dialogs/QtDialogs.h"
 #include "desk/files/ChangeSource.h"
 #include "desk/files/FolderStore.h"
@@ -43,6 +45,7 @@ namespace {
 /// Many, since they mostly wait for the volume.
 constexpr unsigned kWorkers = 24;
 constexpr std::chrono::seconds kPatience(3);
+constexpr std::chrono::milliseconds kBetweenTries(100);
 
 /// While Qt looks for the display: it would end the process with its own words and a core dump.
 void ExplainMissingDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
@@ -78,6 +81,14 @@ void WakeForSignal(int) {
     [[maybe_unused]] const ssize_t written = write(sSignalEvent, &one, sizeof one);
 }
 
+/// What is being read or written is finished first.
+void CloseWhenIdle(MainWindow& window) {
+    if (IsLongWorkRunning())
+        QTimer::singleShot(kBetweenTries, &window, [&window] { CloseWhenIdle(window); });
+    else
+        window.close();
+}
+
 /// The session's end and an interrupt close the program as the user would: with the questions that this takes.
 std::unique_ptr<QSocketNotifier> QuitOnSignals(MainWindow& window) {
     sSignalEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
@@ -85,7 +96,7 @@ std::unique_ptr<QSocketNotifier> QuitOnSignals(MainWindow& window) {
     QObject::connect(notifier.get(), &QSocketNotifier::activated, &window, [&window] {
         std::uint64_t count = 0;
         [[maybe_unused]] const ssize_t got = read(sSignalEvent, &count, sizeof count);
-        window.close();
+        CloseWhenIdle(window);
     });
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, WakeForSignal);
     return notifier;
@@ -207,7 +218,8 @@ void Session::OpenWindow() {
 
 void Session::OpenFirstProduction() {
     const bool isPicture = !mCommandLine.mScreenshot.empty();
-    const auto done = [isPicture](const ProductionOpener::Result& result) {
+    const auto done = [this, isPicture](const ProductionOpener::Result& result) {
+        OpenProjects();
         if (!isPicture || result.mProblem.isEmpty()) return;
         std::fprintf(stderr, "production-desk: %s\n", ToUTF8(result.mProblem).c_str());
         QCoreApplication::exit(EXIT_FAILURE);
@@ -220,7 +232,15 @@ void Session::OpenFirstProduction() {
         productions.OpenAtStart(last, done);
     else if (mParts->mRecent->IsFirstStart())
         productions.OpenSample(done);
+    else
+        OpenProjects();
     if (isPicture) TakeScreenshot();
+}
+
+/// Those of the command line.
+void Session::OpenProjects() {
+    for (const std::string& project : mCommandLine.mProjects)
+        mParts->mDocuments->OpenProject(host::UTF8to16(project));
 }
 
 void Session::TakeScreenshot() {

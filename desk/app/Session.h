@@ -30,6 +30,7 @@ private:
     void ApplyTheme();
     void OpenWindow();
     void OpenFirstProduction();
+    void OpenProjects();
     void TakeScreenshot();
     void Close();
 

@@ -12,7 +12,7 @@ QStringList Split(const char* line) {
 
 TEST(CommandLine, Understands) {
     const CommandLine all = ParseCommandLine(
-        Split("--screenshot p.png --user anna --profile=/p --plugin-dir /a --plugin-dir /b --language de "
+        Split("--screenshot p.png --user anna --profile=/p --plugin-dir /a --plugin-dir /b --open a --open b --language de "
               "--theme light --window-size 1024x700 -- -folder"));
     EXPECT_EQ(all.mError, QString());
     EXPECT_EQ(all.mAction, CommandLine::Action::Run);
@@ -20,6 +20,7 @@ TEST(CommandLine, Understands) {
     EXPECT_EQ(ToUTF8(all.mUser), "anna");
     EXPECT_EQ(all.mProfile, "/p");
     EXPECT_EQ(all.mPluginFolders, (std::vector<std::string>{"/a", "/b"}));
+    EXPECT_EQ(all.mProjects, (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(ToUTF8(all.mLanguage), "de");
     EXPECT_EQ(all.mTheme, CommandLine::ThemeChoice::Light);
     EXPECT_EQ(all.mWindowSize, QSize(1024, 700));
