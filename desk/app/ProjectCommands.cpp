@@ -6,13 +6,17 @@
 #include "desk/app/ProjectArea.h"
 #include "desk/core/Services.h"
 #include "desk/dialogs/Dialogs.h"
+#include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"
+#include "desk/mediabrowser/DirectorySelection.h"
 #include "desk/project/BreakLock.h"
 #include "desk/project/Production.h"
 #include "desk/project/ProjectDocuments.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/SystemReveal.h"
+#include "host/project/ProjectFiles.h"
+#include "host/project/ProjectLockFile.h"
 
 namespace desk {
 namespace {
@@ -37,6 +41,27 @@ CommandStatus ToggleStatus(const ProjectDocumentRef& document) {
     if (document && document->IsReadOnly())
         status.mText = host::ZString("$$$/Desk/Projects/ReadWriteMode=Read-Write Mode");
     return status;
+}
+
+bool IsLockedBySomebodyElse(const host::UTF16String& path) {
+    host::UTF16String user, machine;
+    host::GetProjectLockingPrefs(user, machine);
+    if (!host::IsVantorProjectFile(path)) return false;
+    const host::ProjectLockFileRef lock = host::ReadProjectLockFile(path, user, machine);
+    return lock && lock->IsLocked() && !lock->IsHeldByReader();
+}
+
+void OfferToEdit(const ProjectDocumentRef& document) {
+    const Answer answer = GetServices().mDialogs->Ask(
+        {.mTitle = host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
+         .mText = host::ZString("$$$/Desk/BreakLock/Broken=The lock of \u201C@0\u201D was broken. The project can now "
+                                "be switched to read-write.",
+                                {host::PathUtils::GetFilePart(document->GetProjectPath())}),
+         .mButtons = {host::ZString("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write"),
+                      host::ZString("$$$/Desk/BreakLock/StayReadOnly=Stay Read-Only")},
+         .mCancel = 1});
+    if (answer.mButton == 0 && ProjectDocuments::Instance())
+        ProjectDocuments::Instance()->SetProjectReadOnly(document, false);
 }
 
 }  // namespace
@@ -67,7 +92,7 @@ ProjectCommands::ProjectCommands(const ProjectArea& area) : mArea(area) {
     add(kCommandCloseAllProjects, whenAnyOpen, [](ProjectDocuments& documents) { documents.CloseAllProjects(); });
     add(kCommandToggleReadOnly, [this] { return ToggleStatus(Active()); },
         [this](ProjectDocuments&) { ToggleReadOnly(); });
-    add(kCommandBreakLock, [this] { return Enabled(Active() && Active()->IsReadOnly()); },
+    add(kCommandBreakLock, [this] { return Enabled(!FindLockedProject().empty()); },
         [this](ProjectDocuments&) { BreakLock(); });
     add(kCommandRevealProject, whenOpen,
         [this](ProjectDocuments&) { host::RevealAndSelectFile(Active()->GetProjectPath()); });
@@ -104,20 +129,29 @@ void ProjectCommands::ToggleReadOnly() const {
     if (active) ProjectDocuments::Instance()->SetProjectReadOnly(active, !active->IsReadOnly());
 }
 
-void ProjectCommands::BreakLock() const {
+host::UTF16String ProjectCommands::FindLockedProject() const {
     const ProjectDocumentRef active = Active();
-    if (!active || !active->IsReadOnly()) return;
-    if (!BreakProjectLock(active->GetProjectPath(), active->GetFile().mPath)) return;
-    const Answer answer = GetServices().mDialogs->Ask(
-        {.mTitle = host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
-         .mText = host::ZString("$$$/Desk/BreakLock/Broken=The lock of \u201C@0\u201D was broken. The project can now "
-                                "be switched to read-write.",
-                                {host::PathUtils::GetFilePart(active->GetProjectPath())}),
-         .mButtons = {host::ZString("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write"),
-                      host::ZString("$$$/Desk/BreakLock/StayReadOnly=Stay Read-Only")},
-         .mCancel = 1});
-    if (answer.mButton == 0 && ProjectDocuments::Instance())
-        ProjectDocuments::Instance()->SetProjectReadOnly(active, false);
+    const bool isActiveLocked = active && active->IsReadOnly();
+    if (isActiveLocked && CommandRouter::Instance().GetEditorOnDuty()) return active->GetProjectPath();
+    const host::UTF16StringVec selected = GetPathsSelectedInDirectoryView();
+    if (selected.size() == 1 && IsLockedBySomebodyElse(selected.front())) return selected.front();
+    return isActiveLocked ? active->GetProjectPath() : host::UTF16String();
+}
+
+void ProjectCommands::BreakLock() const {
+    const host::UTF16String path = FindLockedProject();
+    if (path.empty()) return;
+    host::ProjectRef project;
+    host::IsProjectOpen(path, project);
+    const ProjectDocumentRef document = ToDocument(project);
+    if (!BreakProjectLock(path, document ? document->GetFile().mPath : host::UTF16to8(path))) return;
+    if (document)
+        OfferToEdit(document);
+    else
+        GetServices().mDialogs->ShowMessage(
+            host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
+            host::ZString("$$$/Desk/BreakLock/BrokenOnly=The lock of \u201C@0\u201D was broken.",
+                          {host::PathUtils::GetFilePart(path)}));
 }
 
 }  // namespace desk

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "desk/mediabrowser/ContentManagerImpl.h"
+#include "desk/mediabrowser/DirectorySelection.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
 #include "host/files/DirectoryChangeMonitor.h"
 
@@ -41,9 +42,11 @@ MediaBrowserDirectoryView::DirectoryImpl::DirectoryImpl(
       mTree(new MediaBrowserMultiColumnTree(0, kIndentation)),
       mStation(MakeStation()) {
     SetCallbacks();
+    desk::AddDirectoryView(view);
 }
 
 MediaBrowserDirectoryView::DirectoryImpl::~DirectoryImpl() {
+    desk::RemoveDirectoryView(mView);
     mToken.reset();
     ClearCallbacks();
     if (!mRoot.empty()) mContentManager->GetImpl().Forget(mRoot, this);
