@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <system_error>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
@@ -11,7 +12,9 @@
 #include "host/dialogs/MessageBox.h"
 #include "host/dialogs/SimpleInputBox.h"
 #include "host/files/Dir.h"
+#include "host/files/FileException.h"
 #include "host/files/FileSearch.h"
+#include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/SystemReveal.h"
 #include "host/framework/Workspace.h"
@@ -65,11 +68,14 @@ void TellDirectoryExists() {
 }
 
 void TellCreationRefused(const FileException& exception) {
-    Utils::TellRefusal(
-        "$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Title=Folder Not Created",
-        "$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Message=The folder “@0” could not "
-        "be created: @1",
-        exception);
+    const UTF16String title =
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Title=Folder Not Created");
+    const UTF16String reason = UTF8to16(std::generic_category().message(exception.SystemError()));
+    const UTF16String text = ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Message=The folder “@0” could not be "
+        "created: @1",
+        {exception.Path(), reason});
+    MessageBox(title, text);
 }
 
 /// Makes a folder named by the user in `targetFolder`; returns its path, empty when none was made.
@@ -80,13 +86,13 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
         TellInvalidName();
         return {};
     }
-    const Dir folder(PathUtils::CombinePaths(targetFolder, name));
-    if (folder.Exists()) {
+    const UTF16String path = PathUtils::CombinePaths(targetFolder, name);
+    if (Dir(path).Exists()) {
         TellDirectoryExists();
         return {};
     }
-    folder.Create();
-    return folder.FullPath();
+    FileUtils::CreateNewDirectory(path);
+    return path;
 }
 
 // Move to Trash.
@@ -119,8 +125,7 @@ void TellNotMovedToTrash(UTF16StringVec selected, const UTF16StringVec& deleteab
 
 /// Copies the whole folder, and makes the projects in the copy projects of the production.
 void CopyFolder(const UTF16String& path, const UTF16String& copyPath) {
-    Dir(copyPath).Create();
-    Utilities::CopyDirectoryTree(path, copyPath);
+    FileUtils::Copy(Dir(path), Dir(copyPath));
     const UTF16StringVec projects = FileSearch::FindFiles(copyPath, GetProjectFileExtension());
     if (!projects.empty()) AddProjectsToZuProduction(projects, copyPath);
 }
@@ -284,9 +289,6 @@ bool SharedProjectsTabView::OnMakeACopyCommand(const Command&) {
     CopyMaker maker;
     try {
         for (const UTF16String& path : GetSelectedNonRedundantPaths()) maker.Copy(path);
-    } catch (const FileException& exception) {
-        LogException(exception, __PRETTY_FUNCTION__);
-        Utils::TellCopyRefusal(exception);
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
     }

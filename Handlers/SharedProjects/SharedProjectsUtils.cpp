@@ -1,17 +1,13 @@
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <iterator>
 #include <string>
-#include <system_error>
 #include <unordered_set>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
-#include "host/core/Localizer.h"
 #include "host/core/UsageLogger.h"
-#include "host/dialogs/MessageBox.h"
 #include "host/files/PathUtils.h"
 #include "host/project/OpenProjects.h"
 #include "host/project/ProductionTrash.h"
@@ -71,13 +67,6 @@ UTF16String ToNameLines(const UTF16StringVec& paths) {
         lines += u"\n" + Columns::GetPathDisplayName(paths[i]);
     if (paths.size() > kMostLines) lines += u"\n…";
     return lines;
-}
-
-void TellRefusal(const char* titleKey, const char* textKey, const FileException& exception) {
-    if (exception.SystemError() == ECANCELED) return;
-    const UTF16String title = ZString(titleKey);
-    const UTF16String reason = UTF8to16(std::generic_category().message(exception.SystemError()));
-    MessageBox(title, ZString(textKey, {exception.Path(), reason}));
 }
 
 bool IsRefreshable(const UTF16String& path) {

@@ -8,7 +8,6 @@
 
 #include "host/core/Geometry.h"
 #include "host/core/Strings.h"
-#include "host/files/FileException.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
 
 namespace HandlerSharedProjects {
@@ -69,12 +68,6 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
 
 /// The names of the items for a message, each on a line of its own; of many the first ones.
 UTF16String ToNameLines(const UTF16StringVec& paths);
-
-/// Tells the user, under the localised title, why the disk refused: in the text of `textKey`, "@0" stands for
-/// the path and "@1" for the reason. Says nothing when it was the user who cancelled.
-void TellRefusal(const char* titleKey, const char* textKey, const FileException& exception);
-/// The same for a copy.
-void TellCopyRefusal(const FileException& exception);
 
 /// Moves items to the production's trash, which is made when there is none; names that are taken there get free
 /// ones. Projects among and inside them that are open are closed first (see `CloseOpenProjectsInList`, which

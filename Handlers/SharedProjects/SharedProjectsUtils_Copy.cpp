@@ -99,12 +99,6 @@ bool MoveItem(const UTF16String& source, const UTF16String& destination) {
     return true;
 }
 
-void TellMoveRefusal(const FileException& exception) {
-    TellRefusal("$$$/Vantor/Handlers/ZuProductionFolder/MoveRefused/Title=Could Not Move",
-                "$$$/Vantor/Handlers/ZuProductionFolder/MoveRefused/Message=“@0” could not be moved: @1",
-                exception);
-}
-
 void TellWhoStayed(const UTF16StringVec& projects) {
     if (projects.empty()) return;
     const UTF16String title =
@@ -117,12 +111,6 @@ void TellWhoStayed(const UTF16StringVec& projects) {
 }
 
 }  // namespace
-
-void TellCopyRefusal(const FileException& exception) {
-    TellRefusal("$$$/Vantor/Handlers/ZuProductionFolder/CopyRefused/Title=Could Not Copy",
-                "$$$/Vantor/Handlers/ZuProductionFolder/CopyRefused/Message=“@0” could not be copied: @1",
-                exception);
-}
 
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames) {
@@ -140,7 +128,6 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
         }
     } catch (const FileException& exception) {
         LogException(exception, __PRETTY_FUNCTION__);
-        move ? TellMoveRefusal(exception) : TellCopyRefusal(exception);
         isDone = false;
     }
     TellWhoStayed(stayed);

@@ -1,0 +1,252 @@
+#include <QTest>
+
+#include "desk/core/UsageLogFile.h"
+#include "tests/panel/CommandsFixture.h"
+
+namespace HandlerSharedProjects {
+
+class CommandsTest : public CommandsFixture {
+protected:
+    /// Which of `commands` are enabled.
+    std::vector<int> EnabledOf(const std::vector<int>& commands) {
+        std::vector<int> enabled;
+        for (const int command : commands)
+            if (IsEnabled(command)) enabled.push_back(command);
+        return enabled;
+    }
+    void NewFolder(const UTF16String& name) {
+        mDialogs.ExpectText("New Folder", name);
+        EXPECT_TRUE(Send(kNewFolder));
+    }
+    void DoubleClick(const std::string& name) {
+        const RowRef row = RowOf(name);
+        QModelIndex index = TreeWidget().model()->index(0, 0);
+        while (index.isValid() && index.internalPointer() != row.get()) index = TreeWidget().indexBelow(index);
+        QTest::mouseDClick(TreeWidget().viewport(), Qt::LeftButton, {},
+                           TreeWidget().visualRect(index).center());
+        Settle();
+    }
+
+    using Names = std::vector<std::string>;
+    const std::vector<int> kCreating{kNewFolder, kNewProject, kAddProject};
+    const std::vector<int> kAll{kNewFolder,  kNewProject, kAddProject, kOpen,        kClose,
+                                kRefresh,    kRevealRoot, kRevealItem, kToggleLock,  kMakeACopy,
+                                kRefreshAll, kSaveAll,    kCloseAll,   kMoveToTrash, kCloseAllOthers};
+};
+
+TEST_F(CommandsTest, StatusesFollowSelectionAndProjects) {
+    OpenPanel();
+    EXPECT_EQ(EnabledOf(kAll), std::vector<int>{});
+    MakeProject("A");
+    MakeProject("B");
+    MakeProject("Trash/Old");
+    MakeFolder("Reels");
+    OpenProduction();
+    OpenFolder("Trash");
+    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kNewFolder, kNewProject, kAddProject, kRevealRoot}));
+    Select({"Reels"});
+    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kNewFolder, kNewProject, kAddProject, kRevealRoot, kRevealItem,
+                                                 kMakeACopy, kMoveToTrash}));
+    Select({"A"});
+    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kNewFolder, kNewProject, kAddProject, kOpen, kRevealRoot,
+                                                 kRevealItem, kMakeACopy, kMoveToTrash}));
+    Select({"A", "B"});
+    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kOpen, kRevealRoot, kRevealItem, kMakeACopy, kMoveToTrash}));
+    for (const char* name : {"Trash", "Trash/Old"}) {
+        Select({name});
+        EXPECT_EQ(EnabledOf(kCreating), std::vector<int>{}) << name;
+        EXPECT_FALSE(IsEnabled(kMoveToTrash)) << name;
+    }
+    Select({"A", "B"});
+    OpenDocument("A");
+    Settle();
+    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kOpen, kClose, kRevealRoot, kRevealItem, kMakeACopy, kSaveAll,
+                                                 kCloseAll, kMoveToTrash}));
+    Select({"A"});
+    OpenDocument("B");
+    Settle();
+    EXPECT_EQ(EnabledOf({kOpen, kClose, kToggleLock, kCloseAllOthers}),
+              (std::vector<int>{kClose, kToggleLock, kCloseAllOthers}));
+    // One read-only, one not: they cannot be switched together.
+    ASSERT_TRUE(mDocuments.SetProjectReadOnly(FindDocument("B"), true));
+    Select({"A", "B"});
+    EXPECT_FALSE(IsEnabled(kToggleLock));
+    CloseProduction();
+    EXPECT_EQ(EnabledOf(kAll), std::vector<int>{});
+}
+
+TEST_F(CommandsTest, ANewFolderGoesIntoTheSelectedFolderOrBesideTheSelectedProject) {
+    MakeProject("Reels/Day 1/A");
+    OpenProduction();
+    const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
+    NewFolder(u"Top");
+    EXPECT_TRUE(Shows({"Reels", "Top"}));
+    EXPECT_EQ(SelectedNames(), Names{"Top"});
+    // A closed folder that was never read is opened to show what was made in it.
+    Select({"Reels"});
+    NewFolder(u"In it");
+    EXPECT_TRUE(Shows({"Reels", "  Day 1", "  In it", "Top"}));
+    EXPECT_EQ(SelectedNames(), Names{"In it"});
+    OpenFolder("Reels/Day 1");
+    Select({"Reels/Day 1/A"});
+    NewFolder(u"Beside");
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Reels/Day 1/Beside")));
+    mMain.RunUntilIdle();
+    EXPECT_NE(mFolder.Read("usage.jsonl").find("NewFolder"), std::string::npos);
+}
+
+TEST_F(CommandsTest, NamesThatCannotBe) {
+    MakeFolder("Reels");
+    OpenProduction();
+    const DiskTree before = OnDiskNow();
+    for (const UTF16String& name : {UTF16String(), UTF16String(u"  \t"), UTF16String(u"a/b"), UTF16String(u"."),
+                                    UTF16String(u".."), UTF16String(u"a\0b", 3)}) {
+        mDialogs.ExpectText("New Folder", name);
+        mDialogs.ExpectMessage("Invalid Name");
+        Send(kNewFolder);
+        EXPECT_TRUE(mDialogs.LastText().ends_with("\n/")) << mDialogs.LastText();
+    }
+    mDialogs.ExpectText("New Folder", u"Reels");
+    mDialogs.ExpectMessage("Directory Exists");
+    Send(kNewFolder);
+    mDialogs.ExpectText("New Folder", std::nullopt);
+    Send(kNewFolder);
+    {
+        ExpectLogged refused("File name too long");
+        mDialogs.ExpectText("New Folder", UTF16String(256, u'x'));
+        mDialogs.ExpectMessage("Folder Not Created");
+        Send(kNewFolder);
+        EXPECT_TRUE(mDialogs.LastText().ends_with("File name too long"));
+    }
+    EXPECT_EQ(OnDiskNow(), before);
+    // Blanks at the ends are the user's own.
+    NewFolder(u" a ");
+    EXPECT_TRUE(mFolder.Exists(OnDisk(" a ")));
+}
+
+TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {
+    MakeProject("Reels/Day 1/A");
+    for (int i = 100; i < 200; ++i) MakeProject("Reels/R " + std::to_string(i));
+    OpenProduction();
+    Select({"Reels"});
+    NewFolder(u"Zero");
+    EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Zero"}; }));
+    EXPECT_TRUE(Tree()->IsRowVisible(RowOf("Reels/Zero").get()));
+    Select({"Reels/R 110"});
+    Send(kNewProject);
+    EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Untitled"}; }));
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Reels/Untitled.zuproj")));
+    EXPECT_FALSE(IsOpen("Reels/Untitled"));
+    EXPECT_TRUE(Tree()->IsRowVisible(RowOf("Reels/Untitled").get()));
+    // Who selects something else meanwhile is left alone.
+    DirectoryView().SelectWhenShown({PathOf("Reels/Later")});
+    Select({"Reels/R 150"});
+    MakeFolder("Reels/Later");
+    EXPECT_TRUE(Shows([&] { return FindRow("Reels/Later") != nullptr; }));
+    EXPECT_EQ(SelectedNames(), Names{"R 150"});
+}
+
+TEST_F(CommandsTest, CopiesStandBesideTheirOriginalsAndAreSelected) {
+    MakeProject("A", "a");
+    MakeProject("Reels/B", "b");
+    MakeProject("Reels/Day 1/C", "c");
+    OtherUserLocks("Reels/Day 1/C");
+    OpenProduction();
+    OpenFolder("Reels");
+    Select({"Reels", "A", "Reels/B"});
+    Send(kMakeACopy);
+    EXPECT_TRUE(
+        Shows([&] { return SelectedNames().size() == 2 && FindRow("A copy") && FindRow("Reels copy"); }));
+    EXPECT_EQ(Bytes("Reels copy/Day 1/C"), "c");
+    EXPECT_FALSE(mFolder.Exists(OnDisk("Reels copy/Day 1/.C.zuproj.lock")));
+    EXPECT_FALSE(mFolder.Exists(OnDisk("Reels/B copy.zuproj"))) << "it went along with its folder";
+    Select({"A"});
+    Send(kMakeACopy);
+    EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"A copy 2"}; }));
+    EXPECT_EQ(Bytes("A copy 2"), "a");
+}
+
+TEST_F(CommandsTest, ACopyOfAFolderThatFailsLeavesNothing) {
+    MakeProject("Reels/B", "b");
+    OpenProduction();
+    const DiskTree before = OnDiskNow();
+    Select({"Reels"});
+    mVolume.Deny(mFolder.Path(OnDisk("Reels/B.zuproj")), EIO);
+    ExpectLogged refused("Input/output error");
+    Send(kMakeACopy);
+    EXPECT_EQ(OnDiskNow(), before);
+}
+
+TEST_F(CommandsTest, OpensClosesAndSaves) {
+    for (const char* name : {"A", "B", "C"}) MakeProject(name, "text");
+    mFolder.Write("Outside/X.zuproj", "text");
+    OpenProduction();
+    Select({"A", "B"});
+    Send(kOpen);
+    EXPECT_TRUE(IsOpen("A") && IsOpen("B") && !IsOpen("C"));
+    ASSERT_TRUE(mDocuments.OpenProject(mFolder.PathUTF16("Outside/X.zuproj")));
+    for (const char* name : {"A", "B"}) Edit(name, u"changed");
+    Send(kSaveAll);
+    EXPECT_EQ(Bytes("A") + Bytes("B"), "changedchanged");
+    Select({"B"});
+    Send(kCloseAllOthers);
+    EXPECT_TRUE(IsOpen("B") && OpenProjectCount() == 1);
+    Send(kClose);
+    EXPECT_EQ(OpenProjectCount(), 0);
+    // A double click opens a project, but none in the trash.
+    MakeProject("Trash/Old", "text");
+    ASSERT_TRUE(Shows({"A", "B", "C", "Trash"}));
+    OpenFolder("Trash");
+    DoubleClick("C");
+    DoubleClick("Trash/Old");
+    EXPECT_TRUE(IsOpen("C") && OpenProjectCount() == 1);
+    Send(kCloseAll);
+    EXPECT_EQ(OpenProjectCount(), 0);
+}
+
+TEST_F(CommandsTest, ItemsAreRevealed) {
+    MakeProject("A");
+    MakeFolder("Reels");
+    OpenProduction();
+    Send(kRevealRoot);
+    EXPECT_EQ(mDesktop.mShown, (Names{"folders", mFolder.Path(mProduction)}));
+    mDesktop.mShown.clear();
+    Select({"A"});
+    Send(kRevealItem);
+    Select({"A", "Reels"});
+    Send(kRevealItem);
+    const std::string a = mFolder.Path(OnDisk("A.zuproj"));
+    EXPECT_EQ(mDesktop.mShown, (Names{"items", a, "items", a, mFolder.Path(OnDisk("Reels"))}));
+}
+
+TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
+    MakeProject("Reels/Take 1", "1");
+    MakeProject("Other/Take 2", "2");
+    OpenProduction();
+    TypeSearch(QStringLiteral("take"));
+    ASSERT_TRUE(Shows([&] { return ShownHits() == Rows{"Other", "  Take 2", "Reels", "  Take 1"}; }));
+    SearchView().SelectRowsByPaths({ProjectPath("Reels/Take 1"), PathOf("Reels"), PathOf("Nowhere")});
+    Settle();
+    EXPECT_EQ(SearchView().GetSelectedNonRedundantPaths(), UTF16StringVec{PathOf("Reels")});
+    EXPECT_TRUE(IsEnabled(kMoveToTrash));
+    Send(kMoveToTrash);
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/Reels/Take 1.zuproj")));
+    EXPECT_FALSE(mFolder.Exists(OnDisk("Reels")));
+}
+
+TEST_F(CommandsTest, StatusesOfTenThousandSelectedItemsAreQuickAndAskNoDisk) {
+    for (int i = 0; i < 10'000; ++i) MakeProject("R " + std::to_string(i));
+    OpenProduction();
+    ASSERT_TRUE(Shows([&] { return Tree()->CountOpenedRows() == 10'000; }));
+    Send(57642);
+    mVolume.ResetCounts();
+    const auto begin = std::chrono::steady_clock::now();
+    for (const int command : kAll) StatusOf(command);
+    const auto taken = std::chrono::steady_clock::now() - begin;
+    RecordProperty("microseconds", static_cast<int>(taken / std::chrono::microseconds(1)));
+    EXPECT_LT(taken, std::chrono::milliseconds(300));
+    EXPECT_EQ(mVolume.Count(FaultyFileSystem::Operation::Any), 0);
+    EXPECT_TRUE(IsEnabled(kMoveToTrash));
+}
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,125 @@
+#include "tests/panel/CommandsFixture.h"
+
+namespace HandlerSharedProjects {
+
+class CopyFilesTest : public CommandsFixture {
+protected:
+    bool Copy(const std::vector<std::string>& names, const std::string& to, bool makeUniqueNames = false) {
+        return Utils::CopyFiles(PathsOf(names), PathOf(to), false, makeUniqueNames);
+    }
+    bool Move(const std::vector<std::string>& names, const std::string& to, bool makeUniqueNames = false) {
+        return Utils::CopyFiles(PathsOf(names), PathOf(to), true, makeUniqueNames);
+    }
+};
+
+TEST_F(CopyFilesTest, CopiesAndMovesFilesAndFolders) {
+    MakeProject("A", "a");
+    MakeProject("Reels/B", "b");
+    MakeProject("Reels/Day 1/C", "c");
+    mFolder.Write(OnDisk("Reels/notes.txt"), "notes");
+    MakeFolder("To");
+    OpenProduction();
+    EXPECT_TRUE(Copy({}, "To"));
+    EXPECT_TRUE(Copy({"A.zuproj", "Reels/", "A.zuproj"}, "To"));
+    const DiskTree copied{"A.zuproj",       "Reels/", "Reels/B.zuproj", "Reels/Day 1/", "Reels/Day 1/C.zuproj",
+                          "Reels/notes.txt"};
+    EXPECT_EQ(ReadTree(mFolder.Path(OnDisk("To"))), copied);
+    EXPECT_EQ(Bytes("To/Reels/Day 1/C"), "c");
+    EXPECT_EQ(Bytes("A"), "a");
+
+    MakeFolder("There");
+    EXPECT_TRUE(Move({"To/A.zuproj", "To/Reels"}, "There"));
+    EXPECT_EQ(ReadTree(mFolder.Path(OnDisk("There"))), copied);
+    EXPECT_EQ(ReadTree(mFolder.Path(OnDisk("To"))), DiskTree{});
+}
+
+TEST_F(CopyFilesTest, OneRefusedItemRefusesAll) {
+    MakeProject("A");
+    MakeProject("B", "new");
+    MakeProject("To/B", "old");
+    MakeProject("To/C", "old");
+    MakeProject("C", "new");
+    MakeProject("Reels/Day 1/D");
+    OpenProduction();
+    const DiskTree before = OnDiskNow();
+    // A message for each that cannot go.
+    mDialogs.ExpectMessage("File Exists");
+    mDialogs.ExpectMessage("File Exists");
+    EXPECT_FALSE(Move({"A.zuproj", "B.zuproj", "C.zuproj"}, "To"));
+    EXPECT_EQ(mDialogs.LastText(), "File already exists");
+    mDialogs.ExpectMessage("Copying to Sub-Directory");
+    EXPECT_FALSE(Copy({"A.zuproj", "Reels"}, "Reels/Day 1"));
+    EXPECT_EQ(mDialogs.LastText(), "Can't copy a folder to one of its sub-directories");
+    mDialogs.ExpectMessage("Copying to Sub-Directory");
+    EXPECT_FALSE(Move({"Reels"}, "Reels", true));
+    EXPECT_EQ(OnDiskNow(), before);
+    EXPECT_EQ(Bytes("To/B"), "old");
+}
+
+TEST_F(CopyFilesTest, ATakenNameIsExchangedForAFreeOne) {
+    MakeProject("A", "new");
+    MakeProject("Reels/B", "new");
+    MakeProject("To/A", "old");
+    MakeProject("To/A_1", "older");
+    MakeFolder("To/Reels");
+    OpenProduction();
+    EXPECT_TRUE(Copy({"A.zuproj"}, "To", true));
+    EXPECT_TRUE(Move({"Reels"}, "To", true));
+    EXPECT_EQ(OnDiskNow(), (DiskTree{"A.zuproj", "To/", "To/A.zuproj", "To/A_1.zuproj", "To/A_2.zuproj",
+                                     "To/Reels/", "To/Reels_1/", "To/Reels_1/B.zuproj"}));
+    EXPECT_EQ(Bytes("To/A"), "old");
+    EXPECT_EQ(Bytes("To/A_2"), "new");
+}
+
+TEST_F(CopyFilesTest, WhatLiesThereAlreadyIsPassedOver) {
+    MakeProject("To/A");
+    MakeProject("B");
+    OpenProduction();
+    EXPECT_TRUE(Move({"To/A.zuproj", "B.zuproj", "To/./A.zuproj"}, "To/"));
+    EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/A.zuproj", "To/B.zuproj"}));
+}
+
+TEST_F(CopyFilesTest, TheSecondOfOneNameFailsAndTheFirstStays) {
+    MakeProject("One/A", "first");
+    MakeProject("Two/A", "second");
+    MakeProject("Zero/B", "last");
+    MakeFolder("To");
+    OpenProduction();
+    ExpectLogged exception("CopyFiles(");
+    EXPECT_FALSE(Move({"Zero/B.zuproj", "Two/A.zuproj", "One/A.zuproj"}, "To", true));
+    // In the order of their paths: what comes after the failure is not touched.
+    EXPECT_EQ(OnDiskNow(),
+              (DiskTree{"One/", "To/", "To/A.zuproj", "Two/", "Two/A.zuproj", "Zero/", "Zero/B.zuproj"}));
+    EXPECT_EQ(Bytes("To/A"), "first");
+}
+
+TEST_F(CopyFilesTest, AProjectThatSomebodyHoldsStaysAndIsNamed) {
+    MakeProject("A");
+    MakeProject("B");
+    MakeProject("C");
+    MakeFolder("To");
+    OtherUserLocks("B");
+    OpenProduction();
+    ExpectLogged trace("Move Project Result: -1");
+    mDialogs.ExpectMessage("Projects Not Moved");
+    EXPECT_TRUE(Move({"A.zuproj", "B.zuproj", "C.zuproj"}, "To"));
+    EXPECT_NE(mDialogs.LastText().find("\nB"), std::string::npos) << mDialogs.LastText();
+    EXPECT_EQ(OnDiskNow(), (DiskTree{".B.zuproj.lock", "B.zuproj", "To/", "To/A.zuproj", "To/C.zuproj"}));
+}
+
+TEST_F(CopyFilesTest, AnOpenProjectGoesAlongWithItsFolder) {
+    MakeProject("Reels/Day 1/A", "text");
+    MakeFolder("To");
+    OpenProduction();
+    const auto open = OpenDocument("Reels/Day 1/A");
+    EXPECT_TRUE(Move({"Reels"}, "To"));
+    EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/Reels/Day 1/A"));
+    EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
+    Edit("To/Reels/Day 1/A", u"changed");
+    EXPECT_TRUE(mDocuments.SaveProject(open));
+    EXPECT_EQ(Bytes("To/Reels/Day 1/A"), "changed");
+    EXPECT_TRUE(mDocuments.CloseProject(open, false));
+    EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/Reels/", "To/Reels/Day 1/", "To/Reels/Day 1/A.zuproj"}));
+}
+
+}  // namespace HandlerSharedProjects

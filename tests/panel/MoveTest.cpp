@@ -1,0 +1,178 @@
+#include "desk/core/TraceSettings.h"
+#include "tests/panel/CommandsFixture.h"
+
+namespace HandlerSharedProjects {
+
+using Utils::MoveProjectAndLockFiles;
+
+class MoveTest : public CommandsFixture {
+protected:
+    MoveTest() {
+        MakeProject("A");
+        MakeFolder("To");
+    }
+    bool Move(const std::string& from, const std::string& to) {
+        return MoveProjectAndLockFiles(PathOf(from), PathOf(to));
+    }
+    std::string NoLockTrace(const std::string& name) {
+        return "Could not obtain lock file for project. Path: " + UTF16to8(PathOf(name));
+    }
+
+    const DiskTree mBefore{"A.zuproj", "To/"};
+    const DiskTree mAfter{"To/", "To/B.zuproj"};
+};
+
+TEST_F(MoveTest, OnlyProjectsMoveToProjects) {
+    mFolder.Write(OnDisk("notes.txt"));
+    EXPECT_FALSE(Move("A.zuproj", "b.txt"));
+    EXPECT_FALSE(Move("notes.txt", "B.zuproj"));
+    EXPECT_EQ(OnDiskNow(), (DiskTree{"A.zuproj", "To/", "notes.txt"}));
+}
+
+TEST_F(MoveTest, AFreeProjectIsLockedAtBothPlacesOnlyWhileItMoves) {
+    OpenProduction();
+    const auto open = OpenProject("A", true);
+    ASSERT_TRUE(Move("A.zuproj", "To/B.zuproj"));
+    EXPECT_EQ(OnDiskNow(), mAfter);
+    EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/B"));
+    EXPECT_FALSE(dynamic_cast<TestProject&>(*open).mLockFile) << "it was not held before";
+}
+
+TEST_F(MoveTest, AnOpenProjectGoesOnWithTheLockAtItsNewPlace) {
+    OpenProduction();
+    const auto open = OpenDocument("A");
+    ASSERT_FALSE(open->IsReadOnly());
+    ASSERT_TRUE(Move("A.zuproj", "To/B.zuproj"));
+    EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/.B.zuproj.lock", "To/B.zuproj"}));
+    EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/B"));
+    EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
+    Edit("To/B", u"changed there");
+    EXPECT_TRUE(mDocuments.SaveProject(open));
+    EXPECT_EQ(Bytes("To/B"), "changed there");
+}
+
+TEST_F(MoveTest, ADestinationThatSomebodyHasLockedStopsBothKinds) {
+    OpenProduction();
+    OtherUserLocks("To/B");
+    const DiskTree before = OnDiskNow();
+    {
+        ExpectLogged trace(NoLockTrace("To/B.zuproj"));
+        EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
+        EXPECT_EQ(trace.Count(), 1);
+    }
+    EXPECT_EQ(OnDiskNow(), before) << "the source's lock is given up again";
+    const auto open = OpenDocument("A");
+    ExpectLogged trace(NoLockTrace("To/B.zuproj"));
+    EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
+    EXPECT_EQ(open->GetProjectPath(), ProjectPath("A"));
+    EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
+}
+
+TEST_F(MoveTest, TheSourceIsLockedBeforeTheDestination) {
+    OpenProduction();
+    mVolume.Fail(FaultyFileSystem::Operation::CreateNewFile, 1, EACCES);
+    ExpectLogged reason("take lock of");
+    ExpectLogged trace(NoLockTrace("A.zuproj"));
+    EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
+    EXPECT_EQ(OnDiskNow(), mBefore);
+}
+
+TEST_F(MoveTest, AProjectOfSomebodyElseStays) {
+    OtherUserLocks("A");
+    OpenProduction();
+    const DiskTree before = OnDiskNow();
+    ExpectLogged trace("Move Project Result: -1 Path: " + UTF16to8(PathOf("To/B.zuproj")));
+    EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
+    EXPECT_EQ(OnDiskNow(), before);
+}
+
+TEST_F(MoveTest, ALostLockKeepsTheProjectWhereItIs) {
+    OpenProduction();
+    const auto open = OpenDocument("A");
+    Unlock("A");
+    OtherUserLocks("A");
+    ExpectLogged trace("Move Project Result: -1");
+    EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
+    EXPECT_EQ(OnDiskNow(), (DiskTree{".A.zuproj.lock", "A.zuproj", "To/"}));
+    EXPECT_EQ(open->GetProjectPath(), ProjectPath("A"));
+}
+
+TEST_F(MoveTest, WhatTheDiskRefusesLeavesEverythingAsItWas) {
+    OpenProduction();
+    MakeProject("To/B", "another");
+    EXPECT_THROW(Move("A.zuproj", "To/B.zuproj"), FileException);
+    EXPECT_EQ(OnDiskNow(), (DiskTree{"A.zuproj", "To/", "To/B.zuproj"}));
+    EXPECT_EQ(Bytes("To/B"), "another");
+    const auto open = OpenDocument("A");
+    EXPECT_THROW(Move("A.zuproj", "To/B.zuproj"), FileException);
+    EXPECT_EQ(OnDiskNow(), (DiskTree{".A.zuproj.lock", "A.zuproj", "To/", "To/B.zuproj"}));
+    EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
+}
+
+TEST_F(MoveTest, TracesFollowTheSettings) {
+    OpenProduction();
+    OtherUserLocks("To/B");
+    ExpectLogged trace(NoLockTrace("To/B.zuproj"));
+    desk::SetTraceLevels({{"SharedProjects", 7}});
+    Move("A.zuproj", "To/B.zuproj");
+    EXPECT_EQ(trace.Count(), 0);
+    desk::SetTraceLevels({{"SharedProjects", 8}});
+    Move("A.zuproj", "To/B.zuproj");
+    EXPECT_EQ(trace.Count(), 1);
+    desk::SetTraceLevels({});
+    Move("A.zuproj", "To/B.zuproj");
+    EXPECT_EQ(trace.Count(), 2);
+}
+
+TEST_F(MoveTest, OpenProjectsFollowTheirFolder) {
+    // Every occurrence of the folder's text is replaced, and only what is there then is followed.
+    MakeProject("P/x");
+    MakeProject("Q/x");
+    MakeProject("Q/kept");
+    OpenProduction();
+    const auto writable = OpenProject("P/x");
+    const auto readOnly = OpenProject("P/read-only", true);
+    const auto missing = OpenProject("P/missing");
+    const auto outside = OpenProject("A");
+    Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathOf("P"), PathOf("Q"));
+    EXPECT_EQ(writable->GetProjectPath(), ProjectPath("Q/x"));
+    const auto lock = dynamic_cast<TestProject&>(*writable).mLockFile;
+    EXPECT_TRUE(lock && lock->IsHeldByReader());
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Q/.x.zuproj.lock")));
+    EXPECT_EQ(readOnly->GetProjectPath(), ProjectPath("P/read-only"));
+    EXPECT_EQ(missing->GetProjectPath(), ProjectPath("P/missing"));
+    EXPECT_EQ(outside->GetProjectPath(), ProjectPath("A"));
+    // Both ends with a separator, as for a renamed folder.
+    Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathOf("Q/"), PathOf("P/"));
+    EXPECT_EQ(writable->GetProjectPath(), ProjectPath("P/x"));
+
+    const std::string inside = "R" + mFolder.Path(mProduction) + "/R/y";
+    const std::string moved = "S" + mFolder.Path(mProduction) + "/S/y";
+    MakeProject(moved);
+    const auto twice = OpenProject(inside);
+    Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathOf("R"), PathOf("S"));
+    EXPECT_EQ(twice->GetProjectPath(), ProjectPath(moved));
+}
+
+TEST_F(MoveTest, OnlyALivingLockOfSomebodyElseCounts) {
+    OpenProduction();
+    EXPECT_FALSE(Utils::IsALockedProject(ProjectPath("A")));
+    OtherUserLocks("A");
+    EXPECT_TRUE(Shows([&] { return Utils::IsALockedProject(ProjectPath("A")); }));
+    Unlock("A");
+    WeLock("A");
+    EXPECT_TRUE(Shows([&] { return !Utils::IsALockedProject(ProjectPath("A")); }));
+    // Case counts in user names.
+    Unlock("A");
+    OtherUserLocks("A", u"Ines");
+    EXPECT_TRUE(Shows([&] { return Utils::IsALockedProject(ProjectPath("A")); }));
+    // A process of this machine that a reboot has ended.
+    Unlock("A");
+    mDesktop.mMachineID = "another-machine";
+    EXPECT_TRUE(Shows([&] { return !Utils::IsALockedProject(ProjectPath("A")); }));
+    OtherUserLocks("A");
+    Settle();
+    EXPECT_FALSE(Utils::IsALockedProject(ProjectPath("A")));
+}
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,102 @@
+#include "tests/panel/CommandsFixture.h"
+
+namespace HandlerSharedProjects {
+
+class OpenProjectsTest : public CommandsFixture {
+protected:
+    OpenProjectsTest() {
+        for (const char* name : {"A", "B", "Reels/C", "Reels/Day 1/D"}) MakeProject(name, "text");
+    }
+    void OpenAll() {
+        OpenProduction();
+        for (const char* name : {"A", "B", "Reels/C", "Reels/Day 1/D"}) OpenDocument(name);
+    }
+    std::vector<std::string> OpenNames() {
+        std::vector<std::string> names;
+        for (const ProjectRef& project : GetOpenProjectList())
+            names.push_back(UTF16to8(PathUtils::GetFilePart(project->GetProjectPath())));
+        return names;
+    }
+    using Names = std::vector<std::string>;
+};
+
+TEST_F(OpenProjectsTest, ClosesThoseInTheListAndInItsFolders) {
+    OpenAll();
+    EXPECT_TRUE(Utils::CloseOpenProjectsInList({}, false, true));
+    EXPECT_TRUE(Utils::CloseOpenProjectsInList(PathsOf({"Reels/", "Reels/C.zuproj"}), false, true));
+    EXPECT_EQ(OpenNames(), (Names{"A", "B"}));
+    EXPECT_TRUE(Utils::CloseOpenProjectsNotInList(PathsOf({"B.zuproj", "Reels"}), false, true));
+    EXPECT_EQ(OpenNames(), (Names{"B"}));
+}
+
+TEST_F(OpenProjectsTest, ACancelKeepsTheRestOpen) {
+    OpenAll();
+    for (const char* name : {"B", "Reels/C", "Reels/Day 1/D"}) Edit(name, u"changed");
+    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    mDialogs.ExpectQuestion("Save Changes", u"Cancel");
+    EXPECT_FALSE(Utils::CloseOpenProjectsNotInList(PathsOf({"A.zuproj"}), false, true));
+    EXPECT_TRUE(mDialogs.LastOfferedApplyToAll());
+    EXPECT_EQ(OpenNames(), (Names{"A", "C", "D"}));
+    EXPECT_EQ(Bytes("B"), "changed");
+    // One alone has nobody to apply the answer to.
+    mDialogs.ExpectQuestion("Save Changes", u"Discard");
+    EXPECT_TRUE(Utils::CloseOpenProjectsInList(PathsOf({"Reels/C.zuproj"}), false, true));
+    EXPECT_FALSE(mDialogs.LastOfferedApplyToAll());
+    EXPECT_EQ(Bytes("Reels/C"), "text");
+}
+
+TEST_F(OpenProjectsTest, WithoutPromptChangesAreSavedFirstOrNothingIsClosed) {
+    OpenAll();
+    Edit("A", u"changed");
+    Edit("B", u"changed too");
+    mVolume.Deny(mFolder.Path(OnDisk("B.zuproj")), EROFS);
+    ExpectLogged refused("Read-only file system");
+    mDialogs.ExpectMessage("The Project Was Not Saved");
+    EXPECT_FALSE(Utils::CloseOpenProjectsInList(PathsOf({"A.zuproj", "B.zuproj"}), true, true));
+    EXPECT_TRUE(IsOpen("A") && IsOpen("B"));
+    EXPECT_EQ(Bytes("A"), "changed");
+    mVolume.Allow(mFolder.Path(OnDisk("B.zuproj")));
+    EXPECT_TRUE(Utils::CloseOpenProjectsInList(PathsOf({"A.zuproj", "B.zuproj"}), true, true));
+    EXPECT_EQ(Bytes("B"), "changed too");
+}
+
+TEST_F(OpenProjectsTest, AddedProjectsAreCopiesOnceTheUserAgrees) {
+    OpenProduction();
+    mFolder.Write("Outside/X.zuproj", "x");
+    const UTF16String outside = mFolder.PathUTF16("Outside/X.zuproj");
+    Utils::AddProjectsToZuProductionWithPrompt({}, PathOf("Reels"));
+    mDialogs.ExpectMessage("Already in Production Folder");
+    Utils::AddProjectsToZuProductionWithPrompt({ProjectPath("A")}, PathOf("Reels"));
+    EXPECT_EQ(mDialogs.LastText(), "The selected project is already part of this production.");
+    mDialogs.ExpectMessage("Already in Production Folder");
+    Utils::AddProjectsToZuProductionWithPrompt({ProjectPath("A"), outside}, PathOf("Reels"));
+    EXPECT_EQ(mDialogs.LastText(), "The selected projects are already part of this production.");
+}
+
+TEST_F(OpenProjectsTest, RowsAndButtonsFollowOpenProjects) {
+    OpenProduction();
+    OpenDocument("A");
+    Settle();
+    EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, open, locked by ines");
+    Select({"A"});
+    EXPECT_EQ(StatusOf(CommandsFixture::kToggleLock).mText, u"Read-Only Mode");
+    Send(kToggleLock);
+    EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, open, read-only");
+    EXPECT_EQ(StatusOf(kToggleLock).mText, u"Read-Write Mode");
+    EXPECT_FALSE(IsEnabled(kRefresh));
+    // Somebody else writes it.
+    OtherUserLocks("A");
+    MakeProject("A", "newer text");
+    EXPECT_TRUE(Shows([&] { return IsEnabled(kRefresh); }));
+    EXPECT_TRUE(Shows([&] {
+        return Says("A", Columns::kNameColumnID) == "A, open, read-only, out of date, locked by edit-bay-2";
+    }));
+    EXPECT_FALSE(IsEnabled(kToggleLock)) << "somebody else is at it";
+    EXPECT_TRUE(IsEnabled(kRefreshAll));
+    Send(kRefresh);
+    EXPECT_FALSE(IsEnabled(kRefresh) || IsEnabled(kRefreshAll));
+    Send(kClose);
+    EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, locked by edit-bay-2");
+}
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,115 @@
+#include "desk/core/UsageLogFile.h"
+#include "host/project/ProductionItems.h"
+#include "tests/panel/CommandsFixture.h"
+
+namespace HandlerSharedProjects {
+
+class TrashTest : public CommandsFixture {
+protected:
+    void Trash(const std::vector<std::string>& names) {
+        Utils::MoveToSharedProjectsTrash(PathsOf(names), false, true);
+        Settle();
+    }
+    bool CanGo(const std::vector<std::string>& names) { return Utils::CanAllBeDeleted(PathsOf(names)); }
+};
+
+TEST_F(TrashTest, NothingIsDeletedAndNoNameIsInTheWay) {
+    MakeProject("A", "first");
+    MakeProject("Reels/B");
+    OpenProduction();
+    Trash({"A.zuproj", "Reels"});
+    MakeProject("A", "second");
+    MakeFolder("Reels");
+    Trash({"A.zuproj", "Reels"});
+    const DiskTree tree = ReadTree(mFolder.Path(OnDisk("Trash")));
+    for (const char* name : {"A.zuproj", "A_1.zuproj", "Reels/", "Reels/B.zuproj", "Reels_1/"})
+        EXPECT_TRUE(std::ranges::count(tree, name)) << name;
+    EXPECT_EQ(Bytes("Trash/A"), "first");
+    EXPECT_EQ(Bytes("Trash/A_1"), "second");
+}
+
+TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
+    MakeProject("A");
+    MakeProject("Reels/Day 1/B");
+    MakeProject("Kept");
+    OpenProduction();
+    for (const char* name : {"A", "Reels/Day 1/B", "Kept"}) OpenDocument(name);
+    Edit("Reels/Day 1/B", u"unsaved");
+    mDialogs.ExpectQuestion("Save Changes", u"Cancel");
+    Trash({"A.zuproj", "Reels"});
+    EXPECT_FALSE(IsOpen("A")) << "it was closed before";
+    EXPECT_TRUE(IsOpen("Reels/Day 1/B"));
+    EXPECT_TRUE(mFolder.Exists(OnDisk("A.zuproj")));
+    EXPECT_FALSE(mFolder.Exists(OnDisk("Trash")));
+    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    Trash({"A.zuproj", "Reels"});
+    EXPECT_EQ(Bytes("Trash/Reels/Day 1/B"), "unsaved");
+    EXPECT_TRUE(IsOpen("Kept"));
+    EXPECT_FALSE(mFolder.Exists(OnDisk("Trash/Reels/Day 1/.B.zuproj.lock")));
+}
+
+TEST_F(TrashTest, WithoutATrashFolderNothingMoves) {
+    MakeProject("A");
+    OpenProduction();
+    mVolume.Deny(mFolder.Path(OnDisk("Trash")), EROFS);
+    ExpectLogged refused("Read-only file system");
+    Trash({"A.zuproj"});
+    EXPECT_EQ(OnDiskNow(), DiskTree{"A.zuproj"});
+}
+
+TEST_F(TrashTest, WhatMayGo) {
+    MakeProject("A");
+    MakeProject("Reels/B");
+    MakeProject("Locked/Day 1/C");
+    MakeProject("Trash/Old");
+    MakeProject("D");
+    OtherUserLocks("D");
+    OtherUserLocks("Locked/Day 1/C");
+    OpenProduction();
+    EXPECT_FALSE(CanGo({}));
+    EXPECT_TRUE(CanGo({"A.zuproj", "Reels"}));
+    EXPECT_FALSE(CanGo({"A.zuproj", "D.zuproj"}));
+    EXPECT_FALSE(CanGo({"Trash"}));
+    EXPECT_FALSE(CanGo({"A.zuproj", "Trash/Old.zuproj"}));
+    for (const char* folder : {"Locked", "Locked/Day 1"}) OpenFolder(folder);
+    EXPECT_FALSE(CanGo({"Locked"}));
+    Unlock("Locked/Day 1/C");
+    EXPECT_TRUE(Shows([&] { return CanGo({"Locked"}); }));
+    EXPECT_TRUE(Utils::IsInTrash(PathOf("Trash"), true));
+    EXPECT_FALSE(Utils::IsInTrash(PathOf("Trash"), false));
+}
+
+TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
+    MakeProject("A");
+    MakeProject("Reels/B");
+    MakeProject("Reels/C");
+    MakeProject("Locked/Day 1/D");
+    OtherUserLocks("Locked/Day 1/D");
+    OpenProduction();
+    OpenFolder("Reels");
+    const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
+    // Of a folder that was never opened nobody knows yet that somebody works in it.
+    Select({"A", "Reels", "Reels/C", "Locked"});
+    EXPECT_TRUE(IsEnabled(kMoveToTrash));
+    mDialogs.ExpectMessage("Not Moved to Trash");
+    EXPECT_TRUE(Send(kMoveToTrash));
+    EXPECT_TRUE(mDialogs.LastText().ends_with("\nLocked")) << mDialogs.LastText();
+    EXPECT_TRUE(Shows({"Locked", "Trash"}));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Locked"});
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/Reels/C.zuproj")));
+    mMain.RunUntilIdle();
+    EXPECT_NE(mFolder.Read("usage.jsonl").find("DeleteCommand"), std::string::npos);
+}
+
+TEST_F(TrashTest, ScriptsMoveToTheTrashWhileThePanelIsThere) {
+    MakeProject("A");
+    MakeProject("B");
+    OtherUserLocks("B");
+    OpenProduction();
+    mTabView->TryToMoveToSharedProjectsTrash(PathsOf({"A.zuproj", "B.zuproj"}));
+    EXPECT_TRUE(mFolder.Exists(OnDisk("A.zuproj"))) << "one that may not go keeps all";
+    mTabView->TryToMoveToSharedProjectsTrash(PathsOf({"A.zuproj"}));
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/A.zuproj")));
+}
+
+}  // namespace HandlerSharedProjects
