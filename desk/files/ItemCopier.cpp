@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include "desk/core/Log.h"
-#include "desk/core/Services.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/ItemTree.h"
@@ -13,21 +12,6 @@
 namespace desk {
 
 namespace {
-
-FileSystem& Disk() {
-    return *GetServices().mFileSystem;
-}
-
-/// Before anything is copied; what comes to stand there meanwhile is told when the copy is published.
-void ThrowIfTaken(const std::string& destination) {
-    try {
-        Disk().Status(destination, false);
-    } catch (const host::FileException& exception) {
-        if (exception.SystemError() == ENOENT) return;
-        throw;
-    }
-    ThrowFileException("copy to", destination, EEXIST);
-}
 
 void ThrowIfInside(const std::string& source, const std::string& destination) {
     if (IsSameOrBelow(destination, source)) ThrowFileException("copy into itself", source, EINVAL);
@@ -41,14 +25,13 @@ void LogLeftOut(const ItemTree& tree) {
 }  // namespace
 
 void CopyItem(const std::string& source, const std::string& destination, WorkProgress& progress) {
-    ThrowIfTaken(destination);
+    PartFile part(destination);
     ItemTree tree = ReadItemTree(source, TreeExtent::Content, progress);
     if (tree.IsFolder()) ThrowIfInside(source, destination);
     if (!tree.mOthers.empty() && tree.mOthers.front().mBelow.empty())
         ThrowFileException("copy", source, EINVAL);
     LogLeftOut(tree);
     progress.AddToTotal(tree.mBytes);
-    PartFile part(destination);
     part.Copy(tree, progress);
     part.Publish();
 }

@@ -13,6 +13,7 @@
 /// socket. All wait for the volume. Any worker, several at a time; they use `GetServices()`.
 namespace desk {
 
+class FileSystem;
 class WorkProgress;
 
 /// Copies what stands at `source` to `destination`, with permissions and times. Of a folder are left out lock files,
@@ -45,5 +46,6 @@ ZUHOST_API void MoveOnVolume(const std::string& from, const std::string& to);
 /// Removes the folder, file or link `path` with all that is in it; follows no link. Stops at the first item that
 /// cannot be removed, and throws.
 ZUHOST_API void RemoveTree(const std::string& path);
+ZUHOST_API void RemoveTree(FileSystem& fileSystem, const std::string& path);
 
 }  // namespace desk

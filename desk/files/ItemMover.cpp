@@ -101,28 +101,25 @@ private:
     }
 
     void RemoveIfUnchanged(const TreeItem& item, bool isFolder) {
+        const std::string path = mTree.PathOf(item);
         try {
             // The time of a folder has changed with what has been removed from it.
-            if (!isFolder && !IsUnchanged(item.mStatus, Disk().Status(mTree.PathOf(item), false)))
-                ThrowFileException("remove (it has changed meanwhile)", mTree.PathOf(item), EBUSY);
+            if (!isFolder && !IsUnchanged(item.mStatus, Disk().Status(path, false)))
+                ThrowFileException("remove (it has changed meanwhile)", path, EBUSY);
             Disk().RemoveFromTree(mSource, item.mBelow, isFolder);
-            mIsAnyRemoved = true;
         } catch (const host::FileException& exception) {
             bool isGone = false;
-            Look(mTree.PathOf(item), isGone);
-            if (isGone) {
-                mIsAnyRemoved = true;
-                return;
-            }
-            if (!mIsAnyRemoved) throw;
-            LeaveBehind(item, exception);
+            Look(path, isGone);
+            if (!isGone && !mIsAnyRemoved) throw;
+            if (!isGone) LeaveBehind(path, exception);
         }
+        mIsAnyRemoved = true;
     }
 
-    void LeaveBehind(const TreeItem& item, const host::FileException& exception) {
+    void LeaveBehind(const std::string& path, const host::FileException& exception) {
         Log(LogLevel::Info, std::string("not removed after its move: ") + exception.what());
         if (!mMove.mLeftBehind.empty()) return;
-        mMove.mLeftBehind = mTree.PathOf(item);
+        mMove.mLeftBehind = path;
         mMove.mSystemError = exception.SystemError();
     }
 

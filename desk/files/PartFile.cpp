@@ -10,6 +10,7 @@
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/ItemCopier.h"
+#include "desk/files/PosixErrors.h"
 #include "desk/files/SharedWork.h"
 #include "desk/files/VolumeTypes.h"
 #include "host/files/FileException.h"
@@ -29,6 +30,16 @@ FileSystem& Disk() {
     return *GetServices().mFileSystem;
 }
 
+void ThrowIfTaken(const std::string& destination) {
+    try {
+        Disk().Status(destination, false);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() == ENOENT) return;
+        throw;
+    }
+    ThrowFileException("copy to", destination, EEXIST);
+}
+
 std::string_view NameOf(std::string_view path) {
     return path.substr(path.rfind('/') + 1);
 }
@@ -42,7 +53,9 @@ std::string ParentFolder(const std::string& path) {
 }
 
 PartFile::PartFile(const std::string& destination)
-    : mDestination(destination), mPath(JoinPath<std::string>(ParentFolder(destination), MakeTemporaryName())) {}
+    : mDestination(destination), mPath(JoinPath<std::string>(ParentFolder(destination), MakeTemporaryName())) {
+    ThrowIfTaken(destination);
+}
 
 PartFile::~PartFile() {
     if (mIsBegun && !mIsPublished) Remove();

@@ -15,6 +15,8 @@ std::string ParentFolder(const std::string& path);
 /// published when it is destroyed is removed. For a worker.
 class PartFile {
 public:
+    /// Makes nothing yet. Throws with EEXIST when something stands at `destination`: before anything is copied;
+    /// what comes to stand there meanwhile is told by `Publish`.
     explicit PartFile(const std::string& destination);
     ~PartFile();
     PartFile(const PartFile&) = delete;

@@ -12,7 +12,7 @@ namespace {
 
 class TreeRemoval {
 public:
-    explicit TreeRemoval(const std::string& root) : mRoot(root) {}
+    TreeRemoval(FileSystem& disk, const std::string& root) : mDisk(disk), mRoot(root) {}
 
     void Remove(const std::string& below, ItemKind kind) {
         if (kind == ItemKind::Unknown) kind = mDisk.Status(PathOf(below), false).mKind;
@@ -49,14 +49,18 @@ private:
             Remove(folder.empty() ? entry.mName : JoinPath<std::string>(folder, entry.mName), entry.mKind);
     }
 
+    FileSystem& mDisk;
     const std::string& mRoot;
-    FileSystem& mDisk = *GetServices().mFileSystem;
 };
 
 }  // namespace
 
+void RemoveTree(FileSystem& fileSystem, const std::string& path) {
+    TreeRemoval(fileSystem, path).Remove({}, ItemKind::Unknown);
+}
+
 void RemoveTree(const std::string& path) {
-    TreeRemoval(path).Remove({}, ItemKind::Unknown);
+    RemoveTree(*GetServices().mFileSystem, path);
 }
 
 }  // namespace desk

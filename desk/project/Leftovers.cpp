@@ -9,6 +9,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/QtStrings.h"
 #include "desk/files/FolderPath.h"
+#include "desk/files/ItemCopier.h"
 #include "desk/project/LockProtocol.h"
 #include "host/files/FileException.h"
 
@@ -54,7 +55,7 @@ std::optional<LockRecord> ReadOwner(std::string_view name) {
 
 void SweepTemporary(FileSystem& fileSystem, const std::string& path) {
     try {
-        fileSystem.RemoveFile(path);
+        RemoveTree(fileSystem, path);
         Log(LogLevel::Info, "removed what a process left that is gone: " + path);
     } catch (const host::FileException& exception) {
         Log(LogLevel::Info, exception.what());

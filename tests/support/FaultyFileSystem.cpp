@@ -61,6 +61,10 @@ void FaultyFileSystem::SetVolumes(bool areMany) {
     mAreManyVolumes = areMany;
 }
 
+void FaultyFileSystem::SkipFlushes() {
+    mAreFlushesSkipped = true;
+}
+
 void FaultyFileSystem::SetVolumeType(long type) {
     std::lock_guard lock(mMutex);
     mVolumeType = type;
@@ -227,7 +231,8 @@ void FaultyFileSystem::RenameNew(const std::string& from, const std::string& to)
 
 desk::ItemStatus FaultyFileSystem::CopyFile(const std::string& from, const std::string& to, bool isFlushed,
                                             const desk::CopyStep& step) {
-    return Do(Operation::CopyFile, from, [&] { return mDisk.CopyFile(from, to, isFlushed, step); });
+    return Do(Operation::CopyFile, from,
+              [&] { return mDisk.CopyFile(from, to, isFlushed && !mAreFlushesSkipped, step); });
 }
 
 void FaultyFileSystem::CopyLink(const std::string& from, const std::string& to) {
@@ -252,11 +257,15 @@ void FaultyFileSystem::MakeFolderChangeable(const std::string& path) {
 }
 
 void FaultyFileSystem::FlushFolder(const std::string& path) {
-    Do(Operation::FlushFolder, path, [&] { mDisk.FlushFolder(path); });
+    Do(Operation::FlushFolder, path, [&] {
+        if (!mAreFlushesSkipped) mDisk.FlushFolder(path);
+    });
 }
 
 void FaultyFileSystem::FlushVolume(const std::string& path) {
-    Do(Operation::FlushVolume, path, [&] { mDisk.FlushVolume(path); });
+    Do(Operation::FlushVolume, path, [&] {
+        if (!mAreFlushesSkipped) mDisk.FlushVolume(path);
+    });
 }
 
 std::string FaultyFileSystem::ResolveLinks(const std::string& path) {

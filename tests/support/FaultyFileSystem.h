@@ -59,6 +59,8 @@ public:
     void SetHasLinks(bool hasLinks);
     /// Every folder is a volume of its own: `RenameNew` of anything to another folder fails with EXDEV.
     void SetVolumes(bool areMany);
+    /// Copies and folders are not really flushed: for tests of what comes of each step, which flush much.
+    void SkipFlushes();
     /// Volumes tell this type (statfs(2) f_type) from now on.
     void SetVolumeType(long type);
     /// The kinds of folder entries are not told, as on some volumes.
@@ -132,6 +134,7 @@ private:
     bool mIsGone = false;
     bool mHasLinks = true;
     std::atomic<bool> mAreManyVolumes = false;
+    std::atomic<bool> mAreFlushesSkipped = false;
     bool mHidesKinds = false;
     std::optional<long> mVolumeType;
     std::chrono::microseconds mDelay{0};
