@@ -8,6 +8,7 @@
 #include "desk/core/Services.h"
 #include "desk/project/Leftovers.h"
 #include "desk/project/LockProtocol.h"
+#include "desk/project/TrashRecords.h"
 
 namespace desk {
 
@@ -22,7 +23,7 @@ bool IsLockFileName(std::string_view name) {
 bool IsHiddenName(std::string_view name, ItemKind kind) {
     if (!name.starts_with('.')) return false;
     return kind == ItemKind::Folder || name.starts_with(".nfs") || name.starts_with(".fuse_hidden") ||
-           IsTemporaryName(name) || IsGuardName(name) || IsLockFileName(name);
+           IsTemporaryName(name) || IsGuardName(name) || name == kTrashRecordsName || IsLockFileName(name);
 }
 
 std::string MakeNonce() {

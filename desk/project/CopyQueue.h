@@ -23,6 +23,8 @@ struct CopyJob {
     /// Where it is to land; once it is done, where it has landed (a name that was taken got another).
     host::UTF16String mDestination;
     State mState = State::Waiting;
+    /// Under way, and cancelled: it ends at its next step.
+    bool mIsCancelling = false;
     std::uint64_t mBytesDone = 0;
     /// 0 while it is not known.
     std::uint64_t mBytesTotal = 0;
@@ -51,6 +53,9 @@ inline const host::StationID kStation_CopyQueue{"desk.copyqueue"};
 class ZUHOST_API CopyQueue : private host::Listener {
 public:
     static constexpr std::chrono::milliseconds kPace{100};
+    /// How long the next job waits for one that has been cancelled and does not end, since its volume does not
+    /// answer.
+    static constexpr std::chrono::seconds kPatience{5};
 
     CopyQueue();
     /// Cancels all jobs. A step that is under way comes to its end on its worker.
@@ -83,9 +88,10 @@ private:
     using JobPtr = std::shared_ptr<Job>;
 
     void ListenToMessage(const host::Message& message) override;
-    void CancelJob(Job& job);
+    void CancelJob(const JobPtr& job);
     void StartNext();
     void Finish(const JobPtr& job);
+    void LeaveBehind(const JobPtr& job);
     void Announce();
     void AnnounceNow();
 

@@ -20,7 +20,6 @@ namespace desk {
 
 namespace {
 
-constexpr std::string_view kFolderName = ".records";
 constexpr std::string_view kExtension = ".json";
 constexpr int kVersion = 1;
 constexpr std::size_t kLimit = 16384;
@@ -78,7 +77,7 @@ std::optional<TrashRecord> Read(FileSystem& fileSystem, const std::string& path)
 }  // namespace
 
 std::string GetTrashRecordsFolder(const std::string& trashFolder) {
-    return JoinPath(trashFolder, kFolderName);
+    return JoinPath(trashFolder, kTrashRecordsName);
 }
 
 void MakeTrashRecordsFolder(FileSystem& fileSystem, const std::string& trashFolder) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/core/Export.h"
@@ -26,8 +27,12 @@ struct TrashRecord {
     std::int64_t mMovedAt = 0;
 };
 
-/// The folder beside the items of a trash folder (bytes) that holds its records: ".records". Like every folder
-/// that begins with a dot it is never shown, searched or copied.
+/// The name of the folder that holds the records of a trash folder, beside its items. It is never shown,
+/// searched or copied (`IsHiddenName`); programs that do not know it hide it as they hide every name that
+/// begins with a dot.
+inline constexpr std::string_view kTrashRecordsName = ".zurecords";
+
+/// Its path; `trashFolder` in bytes.
 ZUHOST_API std::string GetTrashRecordsFolder(const std::string& trashFolder);
 
 /// Makes the records folder of `trashFolder`, and the trash folder itself, where they are not there. Throws

@@ -26,6 +26,7 @@ QMenu::indicator { width: 12px; height: 12px; left: 7px; }
 
 QStatusBar { background: @bar; color: @secondary; border: none; }
 QStatusBar::item { border: none; }
+QLabel[secondary="true"] { color: @secondary; }
 QStatusBar QLabel { color: @secondary; padding: 0 8px; }
 
 QDockWidget { color: @text; background: @window; titlebar-close-icon: none; titlebar-normal-icon: none; }

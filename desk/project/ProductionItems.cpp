@@ -1,0 +1,72 @@
+#include "host/project/ProductionItems.h"
+
+#include <algorithm>
+
+#include "desk/core/Log.h"
+#include "desk/core/Services.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/FolderPath.h"
+#include "desk/project/CopyQueue.h"
+#include "desk/project/UniqueNames.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+
+namespace host {
+
+namespace {
+
+void AddToQueue(const UTF16String& source, const UTF16String& destination, desk::CopyQueue::IfTaken ifTaken) {
+    if (desk::CopyQueue* queue = desk::CopyQueue::Current())
+        queue->Add(source, destination, ifTaken);
+    else
+        desk::Log(desk::LogLevel::Error, "There is no queue to copy " + UTF16to8(source));
+}
+
+/// Says of a path whether a new item can take it.
+auto IsTakenIn(const UTF16StringVec& names) {
+    return [&names](const UTF16String& path) {
+        return std::ranges::find(names, PathUtils::GetFullFilePart(path)) != names.end() ||
+               desk::IsTaken(*desk::GetServices().mFileSystem, path);
+    };
+}
+
+}  // namespace
+
+void AddProjectsToZuProduction(const UTF16StringVec& paths, const UTF16String& folder) {
+    const UTF16String destination = PathUtils::ToNormalizedPath(folder);
+    for (const UTF16String& path : paths) {
+        const UTF16String source = PathUtils::ToNormalizedPath(path);
+        if (Utilities::IsPathWithinDirectory(source, destination, false)) continue;
+        AddToQueue(source, PathUtils::CombinePaths(destination, PathUtils::GetFullFilePart(source)),
+                   desk::CopyQueue::IfTaken::MakeUnique);
+    }
+}
+
+void AddProjectToZuProduction(const UTF16String& path, const UTF16String& destination) {
+    AddToQueue(PathUtils::ToNormalizedPath(path), PathUtils::ToNormalizedPath(destination),
+               desk::CopyQueue::IfTaken::Fail);
+}
+
+UTF16String GetZuProductionItemCopyPath(const UTF16String& path, const UTF16StringVec& existingNames) {
+    const auto isTaken = IsTakenIn(existingNames);
+    return desk::MakeCopyPath(
+        PathUtils::ToNormalizedPath(path),
+        ZString("$$$/Vantor/Desk/Project/CopyName=copy#{after the name of what was copied}"),
+        [&](const UTF16String& candidate) {
+            const desk::CopyQueue* queue = desk::CopyQueue::Current();
+            return (queue && queue->IsDestination(candidate)) || isTaken(candidate);
+        });
+}
+
+bool Utilities::IsPathWithinDirectory(const UTF16String& path, const UTF16String& folder, bool orIsFolder) {
+    if (folder.empty() || !desk::IsSameOrBelow(path, folder)) return false;
+    return orIsFolder || path.size() > folder.size();
+}
+
+UTF16String Utilities::MakeUniqueFilename(const UTF16String& path, int startNumber,
+                                          const UTF16String& separator, const UTF16StringVec& namesToAvoid) {
+    return desk::MakeUniquePath(PathUtils::ToNormalizedPath(path), startNumber, separator,
+                                IsTakenIn(namesToAvoid));
+}
+
+}  // namespace host

@@ -1,0 +1,98 @@
+#include "desk/project/ProjectCopy.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include "desk/core/Log.h"
+#include "desk/core/Services.h"
+#include "desk/core/UserNotice.h"
+#include "desk/core/WorkProgress.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/ItemCopier.h"
+#include "desk/project/UniqueNames.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+
+namespace {
+
+/// How often a name may be taken by somebody else between our look and our copy.
+constexpr int kTries = 100;
+
+/// The file whose content is copied; throws when it is none.
+std::string FindSource(const host::UTF16String& source) {
+    std::string path = host::UTF16to8(source);
+    FileSystem& fileSystem = *GetServices().mFileSystem;
+    if (fileSystem.Status(path, false).mKind == ItemKind::Link) path = fileSystem.ResolveLinks(path);
+    const ItemKind kind = fileSystem.Status(path, false).mKind;
+    if (kind != ItemKind::File)
+        throw host::FileException("copy", source, kind == ItemKind::Folder ? EISDIR : EINVAL);
+    return path;
+}
+
+void CheckName(const host::UTF16String& destination) {
+    const host::UTF16String name = host::PathUtils::GetFullFilePart(destination);
+    const NameParts parts = SplitName(name);
+    if (parts.mExtension.empty()) throw host::FileException("copy to", destination, EINVAL);
+    if (MakeName(parts, {}) != name) throw host::FileException("copy to", destination, ENAMETOOLONG);
+}
+
+}  // namespace
+
+void ProjectCopy::Run(WorkProgress& progress) noexcept {
+    try {
+        Copy(progress);
+    } catch (const host::FileException& exception) {
+        mError = exception;
+    } catch (const std::exception& exception) {
+        mOtherError = exception.what();
+    }
+}
+
+void ProjectCopy::Copy(WorkProgress& progress) {
+    progress.SetItem(host::PathUtils::GetFullFilePart(mSource));
+    CheckName(mDestination);
+    const std::string source = FindSource(mSource);
+    const host::UTF16String wanted = mDestination;
+    const auto isTaken = [](const host::UTF16String& path) {
+        return IsTaken(*GetServices().mFileSystem, path);
+    };
+    for (int tries = 1;; ++tries) {
+        if (mMayRename && isTaken(wanted)) mDestination = MakeUniquePath(wanted, 1, u"_", isTaken);
+        try {
+            return CopyItem(source, host::UTF16to8(mDestination), progress);
+        } catch (const host::FileException& exception) {
+            if (!mMayRename || exception.SystemError() != EEXIST || tries == kTries) throw;
+        }
+    }
+}
+
+host::UTF16String ProjectCopy::DescribeFailure() const {
+    if (!mError) return host::UTF8to16(mOtherError);
+    switch (mError->SystemError()) {
+        case EEXIST:
+            return host::ZString("$$$/Vantor/Desk/Copies/Exists=Something with that name is there already.");
+        case EISDIR:
+        case EINVAL:
+            return host::ZString("$$$/Vantor/Desk/Copies/NoProject=This is not a project file.");
+        case ENAMETOOLONG:
+            return host::ZString("$$$/Vantor/Desk/Copies/LongName=The name is too long.");
+        case ENOSPC:
+        case EDQUOT:
+            return host::ZString("$$$/Vantor/Desk/Copies/NoRoom=There is no room left on the volume.");
+        default:
+            return host::ZString(
+                "$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
+                {host::UTF8to16(std::generic_category().message(mError->SystemError())), mError->Path()});
+    }
+}
+
+void ProjectCopy::TellFailure() const {
+    Log(LogLevel::Warning, mError ? mError->what() : "copy " + host::UTF16to8(mSource) + ": " + mOtherError);
+    TellUser(host::ZString("$$$/Vantor/Desk/Copies/NotCopied=\"@0\" was not copied. @1",
+                           {host::PathUtils::GetFullFilePart(mSource), DescribeFailure()}));
+}
+
+}  // namespace desk

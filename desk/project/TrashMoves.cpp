@@ -1,0 +1,100 @@
+#include "desk/project/TrashMoves.h"
+
+#include <cerrno>
+#include <chrono>
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "desk/core/Desktop.h"
+#include "desk/core/Log.h"
+#include "desk/core/MainThread.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/files/FileMoves.h"
+#include "desk/files/FileSystem.h"
+#include "desk/project/Production.h"
+#include "desk/project/RecordTexts.h"
+#include "desk/project/TrashRecords.h"
+#include "host/core/Logging.h"
+#include "host/files/FileException.h"
+#include "host/project/ProductionItems.h"
+#include "host/project/ProductionTrash.h"
+
+namespace desk {
+
+namespace {
+
+void LogOnce(const std::string& trashFolder, const std::string& reason) {
+    static std::set<std::string> sLogged;
+    if (sLogged.insert(trashFolder).second)
+        Log(LogLevel::Warning, "Where what is in " + trashFolder + " came from is not recorded: " + reason);
+}
+
+void WriteOnWorker(const std::string& trashFolder, const TrashRecord& record) {
+    GetServices().mWorkerPool->Submit([=] {
+        try {
+            WriteTrashRecord(*GetServices().mFileSystem, trashFolder, record);
+        } catch (const host::FileException& exception) {
+            GetServices().mMainThread->Post(
+                [trashFolder, reason = std::string(exception.what())] { LogOnce(trashFolder, reason); });
+        }
+    });
+}
+
+void Record(const MovedItem& item) {
+    if (!host::IsInZuProductionTrash(host::UTF8to16(item.mTo), false) ||
+        host::IsInZuProductionTrash(host::UTF8to16(item.mFrom), false))
+        return;
+    const Desktop& desktop = *GetServices().mDesktop;
+    const std::string trashFolder = host::UTF16to8(host::GetZuProductionTrashDirectoryPath());
+    TrashRecord record;
+    record.mName = MakeRelative(item.mTo, trashFolder);
+    record.mFrom = MakeRelative(item.mFrom, host::UTF16to8(Production::Instance().GetFolder()));
+    record.mUser = desktop.UserName();
+    record.mMachine = desktop.MachineName();
+    record.mMovedAt = std::chrono::system_clock::to_time_t(desktop.Now());
+    WriteOnWorker(trashFolder, record);
+}
+
+std::function<void(const host::UTF16StringVec&)> sTryToMoveToTrash;
+
+}  // namespace
+
+void CheckMoveToTrash(const host::UTF16String& destination) {
+    if (!host::IsInZuProductionTrash(destination, false)) return;
+    const host::UTF16String trashFolder = host::GetZuProductionTrashDirectoryPath();
+    const ItemKind kind = GetServices().mFileSystem->Status(host::UTF16to8(trashFolder), false).mKind;
+    if (kind == ItemKind::Folder) return;
+    const bool isLink = kind == ItemKind::Link;
+    throw host::FileException(isLink ? "move to trash (it is a symbolic link)" : "move to trash", trashFolder,
+                              isLink ? ELOOP : ENOTDIR);
+}
+
+void RecordMovesToTrash() {
+    static bool sIsRecording = false;
+    if (!std::exchange(sIsRecording, true)) AddMoveObserver(Record);
+}
+
+bool TryToMoveToTrash(const host::UTF16StringVec& paths) {
+    // It may be taken away while it runs.
+    const auto function = sTryToMoveToTrash;
+    if (!function) return false;
+    try {
+        function(paths);
+    } catch (...) {
+        host::LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    return true;
+}
+
+}  // namespace desk
+
+namespace host {
+
+void Scripting::SetTryToMoveToSharedProjectsTrashFn(std::function<void(const UTF16StringVec& paths)> fn) {
+    desk::sTryToMoveToTrash = std::move(fn);
+}
+
+}  // namespace host
