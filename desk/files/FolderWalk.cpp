@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
+#include "desk/core/WorkProgress.h"
 #include "desk/core/WorkerPool.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
+#include "desk/files/SharedWork.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 
@@ -42,7 +45,26 @@ void FolderWalk::Cancel() {
     mCompletion = nullptr;
 }
 
+FolderWalk::Result FolderWalk::Run(const host::UTF16String& root, const WorkProgress& progress) {
+    mRoot = host::PathUtils::ToNormalizedPath(root);
+    mIsRun = true;
+    mNextFolders.push_back(mRoot);
+    while (!mNextFolders.empty()) {
+        const host::UTF16StringVec folders = std::exchange(mNextFolders, {});
+        RunShared(folders.size(), [&](std::size_t index) {
+            progress.ThrowIfCancelled("search", host::UTF16to8(mRoot));
+            SearchFolder(folders[index]);
+        });
+    }
+    std::ranges::sort(mResult.mPaths);
+    return std::move(mResult);
+}
+
 void FolderWalk::SubmitFolder(const host::UTF16String& path) {
+    if (mIsRun) {
+        const std::lock_guard lock(mMutex);
+        return mNextFolders.push_back(path);
+    }
     ++mFoldersLeft;
     // Behind what waits already: a long walk must not hold up listings and polls.
     GetServices().mWorkerPool->SubmitLast([self = shared_from_this(), path] {
@@ -97,7 +119,8 @@ void FolderWalk::SearchEntry(const host::UTF16String& folder, const FolderEntry&
         kind = ResolveKind(host::UTF16to8(path), kind);
         if (IsHiddenName(entry.mName, kind)) return;
     }
-    if (kind == ItemKind::Folder || (kind == ItemKind::File && HasExtension(name, mParameters.mExtensions)))
+    const bool isFound = kind == ItemKind::Folder ? mParameters.mFindsFolders : kind == ItemKind::File;
+    if (isFound && (kind == ItemKind::Folder || HasExtension(name, mParameters.mExtensions)))
         found.push_back(std::move(path));
 }
 

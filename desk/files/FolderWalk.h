@@ -13,6 +13,8 @@
 
 namespace desk {
 
+class WorkProgress;
+
 /// Finds the files with certain extensions, and the folders, below a root: one task of the worker pool for
 /// each folder, behind what waits already. Symbolic links to folders are found but not entered; hidden folders
 /// and the host's own files are left out. UI thread, but for what its workers do inside.
@@ -23,6 +25,8 @@ public:
         host::UTF16StringVec mExtensions;
         /// Accepts what is found; empty accepts all. On workers, several at a time.
         std::function<bool(const host::UTF16String& path)> mFilter;
+        /// Folders are results too, not only looked into.
+        bool mFindsFolders = true;
     };
     struct UnreadableFolder {
         host::UTF16String mPath;
@@ -40,11 +44,15 @@ public:
     };
     using Completion = std::function<void(Result)>;
 
+    /// The completion may be empty for `Run`.
     FolderWalk(Parameters parameters, Completion completion)
         : mParameters(std::move(parameters)), mCompletion(std::move(completion)) {}
 
     /// Begins the walk; `completion` is called later. Called once.
     void Start(const host::UTF16String& root);
+    /// Walks, and returns when all is done: on this worker and on others that are free. Throws
+    /// `host::FileException` (ECANCELED) when `progress` is cancelled. Called once, in place of `Start`.
+    Result Run(const host::UTF16String& root, const WorkProgress& progress);
     /// From now on `completion` is not called any more; no more folders are begun.
     void Cancel();
 
@@ -63,6 +71,9 @@ private:
     std::atomic<std::size_t> mFoldersLeft = 0;
     std::mutex mMutex;
     Result mResult;
+    /// In `Run`: the folders to be entered next.
+    bool mIsRun = false;
+    host::UTF16StringVec mNextFolders;
 };
 
 /// `name` ends with one of the extensions, ASCII letter case ignored, and has something before it. Any thread.

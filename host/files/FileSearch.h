@@ -71,8 +71,8 @@ public:
 
     /// The files below `root`, at any depth, with the extension (with its dot, ASCII letter case ignored),
     /// sorted by path. Hidden folders, the host's own files and what cannot be read are left out; symbolic
-    /// links are not entered. Waits for the volume; events go on being handled when it takes long, but no
-    /// command is let in. UI thread.
+    /// links are not entered. Throws `FileException` (ECANCELED) when the user cancelled. Waits for the volume;
+    /// events go on being handled when it takes long, but no command is let in. UI thread.
     static UTF16StringVec FindFiles(const UTF16String& root, const UTF16String& extension);
 };
 
