@@ -7,11 +7,14 @@
 
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
 #include "desk/files/ChangeCollector.h"
+#include "desk/files/FileSystem.h"
 #include "desk/files/FolderFollower.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/FolderStore.h"
 #include "desk/files/FolderWalk.h"
+#include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 
 namespace host {
@@ -19,6 +22,8 @@ namespace host {
 FileSearch::Request::~Request() = default;
 
 namespace {
+
+constexpr std::chrono::seconds kRetryInterval{2};
 
 /// A search: a walk, and while it lives what the followed folders tell.
 class Search final : public FileSearch::Request {
@@ -29,6 +34,7 @@ public:
 private:
     void StartWalk();
     void FinishWalk(desk::FolderWalk::Result&& found);
+    void TryAgainLater();
     void Receive(const desk::FolderFollower::News& news);
     void AppendVanished(const UTF16String& folder);
     void Remove(const UTF16String& path);
@@ -51,7 +57,6 @@ private:
     std::shared_ptr<desk::FolderWalk> mWalk;
     /// What the walk has found, sorted.
     UTF16StringVec mFound;
-    bool mIsRootUnreadable = false;
     std::set<UTF16String> mChanged;
     std::set<UTF16String> mRemoved;
     bool mIsTelling = false;
@@ -102,7 +107,7 @@ void Search::FinishWalk(desk::FolderWalk::Result&& found) {
     mWalk.reset();
     FileSearch::Result result;
     for (auto& folder : found.mUnreadable) {
-        mIsRootUnreadable |= folder.mPath == mRoot;
+        if (folder.mPath == mRoot && mParameters.mChanged) TryAgainLater();
         result.mUnreadable.push_back({std::move(folder.mPath), folder.mSystemError});
     }
     if (mFollower) {
@@ -117,9 +122,24 @@ void Search::FinishWalk(desk::FolderWalk::Result&& found) {
     if (!token.expired() && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
 }
 
+/// Walks again as soon as the root can be read.
+void Search::TryAgainLater() {
+    auto walk = WhileAlive([this] { StartWalk(); });
+    auto tryAgain = WhileAlive([this] { TryAgainLater(); });
+    auto look = [root = UTF16to8(mRoot), walk, tryAgain] {
+        const desk::Services& services = desk::GetServices();
+        try {
+            services.mFileSystem->TryFolder(root);
+            services.mMainThread->Post(walk);
+        } catch (const FileException&) {
+            services.mMainThread->Post(tryAgain);
+        }
+    };
+    desk::GetServices().mMainThread->PostDelayed(
+        WhileAlive([look] { desk::GetServices().mWorkerPool->SubmitLast(look); }), kRetryInterval);
+}
+
 void Search::Receive(const desk::FolderFollower::News& news) {
-    if (news.mContent && news.mFolder == mRoot && !mWalk && std::exchange(mIsRootUnreadable, false))
-        StartWalk();
     for (const UTF16String& path : news.mRemovedPaths) Remove(path);
     if (news.mIsListed) AppendVanished(news.mFolder);
     if (news.mContent)

@@ -22,7 +22,7 @@ public:
     /// system's, and polling costs the volume.
     static constexpr std::size_t kMostFollowed = 4096;
     static constexpr std::size_t kMostPolled = 1024;
-    static constexpr std::size_t kMostAtATime = 8;
+    static constexpr std::size_t kMostAtATime = 4;
 
     struct News {
         const host::UTF16String& mFolder;

@@ -21,6 +21,7 @@ FolderStoreImpl::FolderStoreImpl(std::unique_ptr<ChangeSource> source)
 
 FolderStoreImpl::~FolderStoreImpl() {
     mFactReader->Stop();
+    if (mHolderTimer != 0) GetServices().mMainThread->StopTimer(mHolderTimer);
 }
 
 void FolderStoreImpl::RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) {
@@ -134,6 +135,7 @@ const ItemFacts* FolderStoreImpl::FindAndRequest(std::u16string_view path) {
         return Find(path);
     }
     Ask(*folder, *item);
+    if (item->mFacts.mLock) WatchHolder(path, item->mFacts);
     return &item->mFacts;
 }
 

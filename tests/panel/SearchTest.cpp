@@ -1,3 +1,6 @@
+#include <QTest>
+
+#include "desk/toolkit/TreeImpl.h"
 #include "tests/panel/PanelFixture.h"
 
 namespace HandlerSharedProjects {
@@ -15,6 +18,23 @@ protected:
             "Gr\xC3\xBC\xC3\x9F"
             "e");
         OpenProduction();
+    }
+    bool ShowsHits(const Rows& rows) {
+        if (Shows([&] { return ShownHits() == rows; })) return true;
+        EXPECT_EQ(ShownHits(), rows);
+        return false;
+    }
+    /// What the name cell of a hit says to assistive technology.
+    std::string HitSays(const std::string& name) {
+        const RowRef row = SearchView().GetRowFromPath(PathOf(name));
+        for (QModelIndex i = SearchTreeWidget().model()->index(0, 0); i.isValid();
+             i = SearchTreeWidget().indexBelow(i))
+            if (i.internalPointer() == row.get())
+                return i.data(Qt::AccessibleTextRole).toString().toStdString();
+        return "(not shown)";
+    }
+    std::string EmptyText() {
+        return UI_MultiColumnTree::TreeImpl::Of(*SearchView().GetTree()).mEmptyText.toStdString();
     }
 };
 
@@ -88,29 +108,89 @@ TEST_F(SearchTest, ANewerSearchDropsAnOlderOne) {
     EXPECT_EQ(ShownHits(), Rows{});
 }
 
-TEST_F(SearchTest, HitsFollowTheVolumeAndOpenProjects) {
-    OpenFolder("Reels");
+TEST_F(SearchTest, HitsFollowTheVolumeAndOpenProjectsInFoldersThatNobodyOpened) {
     TypeSearch(QStringLiteral("ab"));
-    const auto shows = [this](const Rows& rows) {
-        EXPECT_TRUE(Shows([&] { return ShownHits() == rows; })) << testing::PrintToString(ShownHits());
-    };
+    EXPECT_TRUE(
+        ShowsHits({"ab folder", "  Day 1", "    ab deep", "Reels", "  ab 2", "  xAB", "Sound", "  abc"}));
     RemoveProject("Reels/ab 2");
-    shows({"ab folder", "  Day 1", "    ab deep", "Reels", "  xAB", "Sound", "  abc"});
+    EXPECT_TRUE(ShowsHits({"ab folder", "  Day 1", "    ab deep", "Reels", "  xAB", "Sound", "  abc"}));
     MakeProject("Reels/ab 3");
     MakeProject("Reels/unrelated");
-    shows({"ab folder", "  Day 1", "    ab deep", "Reels", "  ab 3", "  xAB", "Sound", "  abc"});
-    const auto says = [this](const UTF16String& path) {
-        const RowRef row = SearchView().GetRowFromPath(path);
-        for (QModelIndex i = SearchTreeWidget().model()->index(0, 0); i.isValid();
-             i = SearchTreeWidget().indexBelow(i))
-            if (i.internalPointer() == row.get())
-                return i.data(Qt::AccessibleTextRole).toString().toStdString();
-        return std::string("(not shown)");
-    };
+    EXPECT_TRUE(
+        ShowsHits({"ab folder", "  Day 1", "    ab deep", "Reels", "  ab 3", "  xAB", "Sound", "  abc"}));
     OpenProject("ab folder/Day 1/ab deep");
-    EXPECT_EQ(says(PathOf("ab folder/Day 1/ab deep.zuproj")), "ab deep, open");
+    EXPECT_EQ(HitSays("ab folder/Day 1/ab deep.zuproj"), "ab deep, open");
     OtherUserLocks("Reels/xAB");
-    EXPECT_TRUE(Shows([&] { return says(PathOf("Reels/xAB.zuproj")) == "xAB, locked by edit-bay-2"; }));
+    EXPECT_TRUE(Shows([&] { return HitSays("Reels/xAB.zuproj") == "xAB, locked by edit-bay-2"; }));
+    Unlock("Reels/xAB");
+    EXPECT_TRUE(Shows([&] { return HitSays("Reels/xAB.zuproj") == "xAB"; }));
+}
+
+TEST_F(SearchTest, FoldersThatLeadToNoHitAnyMoreGo) {
+    TypeSearch(QStringLiteral("ab"));
+    RemoveProject("ab folder/Day 1/ab deep");
+    RemoveProject("Reels/ab 2");
+    EXPECT_TRUE(ShowsHits({"ab folder", "Reels", "  xAB", "Sound", "  abc"}));
+    RemoveProject("Reels/xAB");
+    mFolder.Remove(OnDisk("Sound"));
+    EXPECT_TRUE(ShowsHits({"ab folder"}));
+    MakeProject("Reels/ab again");
+    EXPECT_TRUE(ShowsHits({"ab folder", "Reels", "  ab again"}));
+}
+
+TEST_F(SearchTest, FactsOfHitsComeWithoutTheUIThreadWaitingAndSortThem) {
+    MakeProject("Reels/ab 2", "12");
+    MakeProject("Reels/xAB", "123456");
+    Settle();
+    mVolume.ResetCounts();
+    TypeSearch(QStringLiteral("ab"));
+    const Columns::HeaderRowRef hits = SearchView().GetHeaderRow();
+    hits->SetSortColumn(Columns::kSizeColumnID);
+    hits->SetSortDirection(false);
+    SearchView().UpdateOpenRows();
+    EXPECT_TRUE(Shows([this] {
+        const Rows rows = ShownHits();
+        return std::ranges::find(rows, "  xAB") < std::ranges::find(rows, "  ab 2");
+    }));
+    MakeProject("Reels/ab 2", "1234567890");
+    EXPECT_TRUE(Shows([this] {
+        const Rows rows = ShownHits();
+        return std::ranges::find(rows, "  xAB") > std::ranges::find(rows, "  ab 2");
+    }));
+    EXPECT_EQ(mVolume.CountOnUIThread(), 0);
+}
+
+TEST_F(SearchTest, KeepsHitsOfAProductionThatCannotBeReadAndSaysWhyThereAreNone) {
+    TypeSearch(QStringLiteral("ab"));
+    const std::string root = mFolder.Path(kProduction);
+    mVolume.Deny(root, ENOTCONN);
+    ExpectLogged log("Transport endpoint is not connected");
+    TypeSearch(QStringLiteral("xab"));
+    EXPECT_EQ(ShownHits(), (Rows{"Reels", "  xAB"}));
+    TypeSearch(QStringLiteral("Gr"));
+    EXPECT_EQ(ShownHits(), Rows{});
+    EXPECT_EQ(EmptyText(), "This production cannot be searched: Transport endpoint is not connected");
+    mVolume.Allow(root);
+    EXPECT_TRUE(
+        ShowsHits({"Gr\xC3\xBC\xC3\x9F"
+                   "e"}));
+    mVolume.Deny(mFolder.Path(OnDisk("Reels")));
+    ExpectLogged denied("Permission denied");
+    TypeSearch(QStringLiteral("xab"));
+    EXPECT_EQ(ShownHits(), Rows{});
+    EXPECT_EQ(EmptyText(),
+              "No project or folder matches “xab”, but the folder “Reels” cannot be read: Permission denied");
+}
+
+TEST_F(SearchTest, EscapeLeavesTheSearchFromTheTreeOfHitsToo) {
+    mFrame.Window().activateWindow();
+    TypeSearch(QStringLiteral("ab"));
+    SearchTreeWidget().setFocus();
+    QTest::keyClick(&SearchTreeWidget(), Qt::Key_Escape);
+    Settle();
+    EXPECT_EQ(SearchField()->text(), QString());
+    EXPECT_TRUE(TreeWidget().isVisible());
+    EXPECT_TRUE(TreeWidget().hasFocus());
 }
 
 TEST_F(SearchTest, ClosingTheProductionEmptiesFieldAndHits) {

@@ -1,11 +1,16 @@
 #include <gmock/gmock.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 
+#include "desk/project/LockProtocol.h"
+#include "desk/project/ProcessFacts.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
+#include "host/project/ProjectLockFile.h"
 #include "tests/desk/files/FollowedFolder.h"
 
 using desk::ItemKind;
@@ -158,6 +163,8 @@ TEST_F(FolderStoreTest, KeepsWhatIsKnownWhenAListingFails) {
         mDisk.Deny(mFolder.Path(), EIO);
         List();
         List();
+        Poll();
+        Poll();
         EXPECT_EQ(log.Count(), 1) << "told once while it stays so";
     }
     EXPECT_EQ(mDeliveries.back().mSystemError, EIO);
@@ -272,6 +279,38 @@ TEST_F(FolderStoreTest, TellsWhoHasTheContentWhatChangedAndOthersTheWhole) {
     List();
     EXPECT_EQ(mDeliveries.back().mDelivery.mExtent, Extent::Whole);
     EXPECT_EQ(Shown(), (Names{"A.zuproj", "B.zuproj"}));
+}
+
+TEST_F(FolderStoreTest, DeliversAnItemAgainWhenTheProcessThatHeldItsLockHasEnded) {
+    const pid_t holder = fork();
+    if (holder == 0) {
+        pause();
+        _exit(0);
+    }
+    desk::LockRecord record = desk::MakeLockRecord(mDesktop, u"Ada", u"here");
+    record.mPid = holder;
+    record.mProcessStart = desk::ReadProcessFacts(holder)->mStart;
+    mFolder.Write("A.zuproj");
+    mFolder.Write(LockName("", "A.zuproj"), desk::WriteLockRecord(record));
+    Monitor();
+    List();
+    ReadFacts("A.zuproj");
+    ReadFacts("A.zuproj");
+    const auto isLocked = [this] {
+        return host::ReadProjectLockFile(Path("A.zuproj"), u"me", u"here")->IsLocked();
+    };
+    EXPECT_TRUE(isLocked());
+    mDeliveries.clear();
+    mMain.Advance(std::chrono::seconds(10));
+    EXPECT_EQ(mDeliveries.size(), 0u);
+    kill(holder, SIGKILL);
+    waitpid(holder, nullptr, 0);
+    mMain.Advance(std::chrono::seconds(2));
+    ASSERT_EQ(mDeliveries.size(), 1u);
+    EXPECT_EQ(mDeliveries[0].mContent->size(), 1u);
+    EXPECT_FALSE(isLocked());
+    mMain.Advance(std::chrono::seconds(10));
+    EXPECT_EQ(mDeliveries.size(), 1u);
 }
 
 TEST_F(FolderStoreTest, ForgetsWhatIsBelowAFolderThatGoes) {
