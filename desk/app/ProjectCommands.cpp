@@ -60,8 +60,10 @@ void OfferToEdit(const ProjectDocumentRef& document) {
          .mButtons = {host::ZString("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write"),
                       host::ZString("$$$/Desk/BreakLock/StayReadOnly=Stay Read-Only")},
          .mCancel = 1});
-    if (answer.mButton == 0 && ProjectDocuments::Instance())
-        ProjectDocuments::Instance()->SetProjectReadOnly(document, false);
+    ProjectDocuments* documents = ProjectDocuments::Instance();
+    if (answer.mButton != 0 || !documents) return;
+    // A project that is read-only has no changes that this could lose.
+    if (!document->IsOutOfDate() || documents->ReloadProject(document)) documents->SetProjectReadOnly(document, false);
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include "desk/dialogs/DialogParts.h"
 
 #include <QApplication>
+#include <QMessageBox>
 #include <QStringList>
 #include <QWidget>
+#include <string>
 
 #include "desk/toolkit/Theme.h"
 
@@ -39,6 +41,11 @@ QString ToDisplayLines(std::u16string_view text) {
         if (end == std::u16string_view::npos) return lines.join(QLatin1Char('\n'));
         text.remove_prefix(end + 1);
     }
+}
+
+void SetPicture(QMessageBox& box, std::string_view kind) {
+    constexpr qreal kSize = 32;
+    box.setIconPixmap(Theme::Picture("message-" + std::string(kind), kSize, box.devicePixelRatioF()));
 }
 
 }  // namespace desk

@@ -3,6 +3,7 @@
 #include <QString>
 #include <string_view>
 
+class QMessageBox;
 class QWidget;
 
 namespace desk {
@@ -13,5 +14,8 @@ QWidget* FindParentWindow();
 /// `text` escaped line by line: its own line breaks are the message's paragraphs. Long paths may be broken behind
 /// their separators.
 QString ToDisplayLines(std::u16string_view text);
+
+/// Gives the box the theme's picture for what it is: "information", "question" or "warning".
+void SetPicture(QMessageBox& box, std::string_view kind);
 
 }  // namespace desk

@@ -32,10 +32,10 @@ host::UTF16String ToPath(const QString& file) {
 }  // namespace
 
 Answer QtDialogs::Ask(const Question& question) {
-    QMessageBox box(question.mIsWarning ? QMessageBox::Warning : QMessageBox::Question,
-                    ToDisplayText(question.mTitle), ToDisplayLines(question.mText), QMessageBox::NoButton,
-                    FindParentWindow());
+    QMessageBox box(QMessageBox::NoIcon, ToDisplayText(question.mTitle), ToDisplayLines(question.mText),
+                    QMessageBox::NoButton, FindParentWindow());
     box.setTextFormat(Qt::PlainText);
+    SetPicture(box, question.mIsWarning ? "warning" : "question");
     QList<QAbstractButton*> buttons;
     for (std::size_t i = 0; i < question.mButtons.size(); ++i)
         buttons << box.addButton(ButtonText(question.mButtons[i]),

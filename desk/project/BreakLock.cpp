@@ -71,9 +71,9 @@ UTF16String TimeText(std::int64_t secondsSinceEpoch, std::int64_t now) {
 
 bool Confirm(const UTF16String& path, const StandingLock& lock) {
     const UTF16String text = host::ZString(
-        "$$$/Desk/BreakLock/Question=\u201C@0\u201D is locked by @1.\n\nIf it is still open there, what is saved "
-        "there later and what you save can overwrite each other. Break the lock only if you know that nobody "
-        "works on the project.",
+        "$$$/Desk/BreakLock/Question=\u201C@0\u201D is locked by @1.\n\nIf it is still open there, changes that are "
+        "not saved yet can then be saved as a copy only. Break the lock only if you know that nobody works on the "
+        "project.",
         {NameOfProject(path), DescribeHolder(lock.mRecord)});
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = Title(),
