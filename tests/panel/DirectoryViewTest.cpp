@@ -135,20 +135,6 @@ TEST_F(DirectoryViewTest, AFolderThatClosedBeforeItsContentCameIsSortedWhenItOpe
     EXPECT_EQ(ShownRows(), (Rows{"Reels", "  A", "  B 9", "  B 10"}));
 }
 
-TEST_F(DirectoryViewTest, AFailedListingLeavesTheRows) {
-    MakeProduction();
-    OpenProduction();
-    OpenFolder("Rushes");
-    const Rows before = ShownRows();
-    {
-        ExpectLogged log("Rushes");
-        mVolume.Deny(mFolder.Path(OnDisk("Rushes")), EIO);
-        DirectoryView().RefreshDirectoryContent(RowOf("Rushes"));
-        Settle();
-    }
-    EXPECT_EQ(ShownRows(), before);
-}
-
 TEST_F(DirectoryViewTest, ClosingAProductionEmptiesTheTreeAndAnotherShowsOnlyItsOwnRows) {
     MakeProduction();
     OpenProduction();
@@ -171,15 +157,6 @@ TEST_F(DirectoryViewTest, ClosingAProductionEmptiesTheTreeAndAnotherShowsOnlyIts
     desk::Production::Instance().Open(mFolder.PathUTF16("South Shore"));
     Settle();
     EXPECT_EQ(ShownRows(), (Rows{"More", "Other"}));
-}
-
-TEST_F(DirectoryViewTest, APanelWithoutProductionIsEmptyAndFollowsOneThatIsOpened) {
-    OpenPanel();
-    EXPECT_EQ(ShownRows(), Rows{});
-    EXPECT_EQ(SelectionCount(), "0 items");
-    MakeProject("Reel 1");
-    OpenProduction();
-    EXPECT_EQ(ShownRows(), Rows{"Reel 1"});
 }
 
 TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
@@ -218,20 +195,6 @@ TEST_F(DirectoryViewTest, SelectAllLeavesTheTrashOut) {
     EXPECT_TRUE(Send(11303));
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{});
     EXPECT_EQ(SelectionCount(), "6 items");
-}
-
-TEST_F(DirectoryViewTest, HoldsTheScrollPositionWhileRowsComeAbove) {
-    for (int i = 100; i < 300; ++i) MakeProject("Reel " + std::to_string(i));
-    OpenProduction();
-    Tree()->ScrollRowIntoView(RowOf("Reel 250").get(), false, 0, true);
-    Settle();
-    const int top = Tree()->GetFirstVisibleOpenedRowIndex();
-    const RowRef first = Tree()->GetOpenedRow(top);
-    MakeProject("Reel 1");
-    ASSERT_TRUE(Shows([&] { return FindRow("Reel 1") != nullptr; }));
-    Settle();
-    EXPECT_EQ(Tree()->GetOpenedRow(Tree()->GetFirstVisibleOpenedRowIndex()), first);
-    EXPECT_EQ(Tree()->GetFirstVisibleOpenedRowIndex(), top + 1);
 }
 
 TEST_F(DirectoryViewTest, FoldersOpenAndCloseByDoubleClick) {

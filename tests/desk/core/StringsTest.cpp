@@ -3,7 +3,6 @@
 #include <limits>
 
 #include "desk/core/QtStrings.h"
-#include "host/core/ImmutableString.h"
 #include "host/core/Strings.h"
 
 using host::UTF16to8;
@@ -62,12 +61,4 @@ TEST(StringsTest, OtherConversions) {
     EXPECT_EQ(host::NumberToString(-1234.567, 1), u"-1234.6");
     EXPECT_EQ(host::NumberToString(std::numeric_limits<double>::max(), 17).size(), 309u + 18u);
     EXPECT_EQ(host::NumberToString(std::numeric_limits<long long>::min()), u"-9223372036854775808");
-}
-
-TEST(StringsTest, EqualInternedTextsShareTheirStorage) {
-    const std::string text = "station";
-    EXPECT_EQ(host::ImmutableString("station"), host::ImmutableString(text));
-    EXPECT_EQ(&host::ImmutableString("station").Get(), &host::ImmutableString(text).Get());
-    EXPECT_NE(host::ImmutableString("station"), host::ImmutableString("Station"));
-    EXPECT_EQ(host::ImmutableString(), host::ImmutableString(""));
 }

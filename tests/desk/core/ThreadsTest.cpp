@@ -2,9 +2,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
-#include <QPointer>
 #include <QTimer>
-#include <QWidget>
 #include <atomic>
 #include <future>
 #include <stdexcept>
@@ -22,13 +20,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-
-/// Sets the process's worker pool for one test.
-struct OneWorker {
-    OneWorker() { desk::GetServices().mWorkerPool = &mPool; }
-    ~OneWorker() { desk::GetServices().mWorkerPool = nullptr; }
-    desk::WorkerPool mPool{1};
-};
 
 /// Runs Qt's loop until `loop.quit()`; a test that never gets there fails.
 void Exec(QEventLoop& loop) {
@@ -140,52 +131,6 @@ TEST(QtMainThreadTest, DelaysTimersAndExceptions) {
     EXPECT_EQ(order, "ab");
     EXPECT_EQ(ticks, 3) << "a timer that its own task stopped went on";
     EXPECT_GE(main.Now() - begin, 110ms);
-}
-
-TEST(ManualMainThreadTest, AdvanceFiresInOrderAndTimersDoNotKeepItBusy) {
-    ManualMainThread main;
-    std::string order;
-    main.PostDelayed([&] { order += 'c'; }, 100ms);
-    main.PostDelayed([&] { main.PostDelayed([&] { order += 'b'; }, 10ms); }, 80ms);
-    const auto timer = main.StartTimer(40ms, [&] { order += 't'; });
-    main.Post([&] { order += '0'; });
-    main.RunUntilIdle();
-    EXPECT_EQ(order, "0");
-    main.Advance(99ms);
-    EXPECT_EQ(order, "0ttb");
-    main.Advance(1ms);
-    main.StopTimer(timer);
-    main.Advance(1h);
-    EXPECT_EQ(order, "0ttbc");
-    EXPECT_EQ(main.CountDelayed(), 0u);
-}
-
-TEST(ManualMainThreadTest, IdleMeansWorkersDeferredDeletesAndPaintsToo) {
-    ManualMainThread main;
-    OneWorker worker;
-    int rounds = 0;
-    std::function<void()> work = [&] {
-        desk::GetServices().mMainThread->Post([&] {
-            if (++rounds < 50) worker.mPool.Submit(work);
-        });
-    };
-    worker.mPool.Submit(work);
-
-    struct Painted : QWidget {
-        int mPaints = 0;
-        void paintEvent(QPaintEvent*) override { ++mPaints; }
-    } widget;
-    widget.show();
-    QPointer<QObject> doomed = new QObject;
-    main.Post([&] { doomed->deleteLater(); });
-    main.RunUntilIdle();
-    EXPECT_EQ(rounds, 50);
-    EXPECT_FALSE(doomed);
-    EXPECT_GT(widget.mPaints, 0);
-    const int paints = widget.mPaints;
-    main.Post([&] { widget.update(); });
-    main.RunUntilIdle();
-    EXPECT_EQ(widget.mPaints, paints + 1);
 }
 
 TEST(MainThreadTest, QueueOnlyOnceRunsOnceAndMayQueueItselfAgain) {

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "desk/files/HostNames.h"
 
 using desk::IsHiddenName;
@@ -22,12 +20,4 @@ TEST(HostNames, HiddenFoldersAreHiddenAndHiddenProjectsAreNot) {
     for (const char* name :
          {".Reel 1.zuproj", "Reel 1.zuproj", "Reel 1.zuproj.lock", ".notes.lock", "nfs", "zutmp-1"})
         EXPECT_FALSE(IsHiddenName(name, ItemKind::File)) << name;
-}
-
-TEST(HostNames, NoncesDiffer) {
-    std::set<std::string> nonces;
-    for (int i = 0; i < 1000; ++i) nonces.insert(desk::MakeNonce());
-    EXPECT_EQ(nonces.size(), 1000u);
-    EXPECT_EQ(nonces.begin()->size(), 32u);
-    EXPECT_EQ(nonces.begin()->find_first_not_of("0123456789abcdef"), std::string::npos);
 }

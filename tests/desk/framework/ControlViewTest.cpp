@@ -63,11 +63,6 @@ TEST_F(SearchBoxTest, TheClearButtonShowsWhileThereIsText) {
     EXPECT_EQ(mTexts.back(), "");
 }
 
-TEST_F(SearchBoxTest, IsNamedByItsToolTip) {
-    EXPECT_EQ(Line().placeholderText(), QStringLiteral("Find"));
-    EXPECT_EQ(Line().accessibleName(), QStringLiteral("Find"));
-}
-
 TEST_F(SearchBoxTest, DoesNothingBeforeCreationAndAfterDestruction) {
     mField.SetText(u"reel");
     mField.Destroy();
@@ -150,22 +145,6 @@ TEST_F(PictureButtonTest, ShowsMarkupInItsToolTipAsItStandsAndIsNamedByIt) {
     EXPECT_TRUE(Button().toolTip() == Button().accessibleName()
                     ? !Qt::mightBeRichText(Button().toolTip())
                     : Button().toolTip().contains(QStringLiteral("&lt;to")));
-}
-
-/// How many pixels of the button's picture are not its background.
-int CountDrawn(QToolButton& button) {
-    const QImage image = button.grab().toImage();
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x) count += image.pixel(x, y) != image.pixel(0, 0);
-    return count;
-}
-
-TEST_F(PictureButtonTest, DrawsItsPictureInItsScale) {
-    const int normal = CountDrawn(Button());
-    EXPECT_GT(normal, 20);
-    mButton.SetScale(1.5F);
-    EXPECT_GT(CountDrawn(Button()), normal);
 }
 
 }  // namespace

@@ -224,17 +224,6 @@ TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsAndTriesAgain) {
     EXPECT_EQ(ShownRows(), (Rows{"Reels", "  A.zuproj"}));
 }
 
-TEST_F(DirectoryViewTest, ShowsManyRowsInPartsAndFindsThem) {
-    for (int i = 0; i < 3000; ++i) mFolder.Write("Reel " + std::to_string(i) + ".zuproj");
-    ShowRoot();
-    EXPECT_GE(mView->mDeliveries, 2);
-    EXPECT_EQ(ShownRows().size(), 3000u);
-    for (int i = 0; i < 3000; i += 3) mFolder.Remove("Reel " + std::to_string(i) + ".zuproj");
-    mFolder.Write("Reel 5000.zuproj");
-    ASSERT_TRUE(WaitFor([&] { return ShownRows().size() == 2001; }));
-    CheckConsistent();
-}
-
 TEST_F(DirectoryViewTest, ShowsOnlyTheNewRoot) {
     mFolder.Write("North/A.zuproj");
     mFolder.Write("South/B.zuproj");

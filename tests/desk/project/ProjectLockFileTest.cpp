@@ -52,16 +52,6 @@ TEST_F(ProjectLockFileTest, TheReadersOwnLockNeedsUserAndMachine) {
     EXPECT_TRUE(Read()->IsHeldByReader());
 }
 
-TEST_F(ProjectLockFileTest, AStaleLockIsNotHeldAndStaysOnTheDisk) {
-    mRecord.mMachineID = mDesktop.mMachineID;
-    WriteLock();
-    const host::ProjectLockFileRef lock = Read();
-    ASSERT_TRUE(lock);
-    EXPECT_FALSE(lock->IsLocked());
-    EXPECT_FALSE(lock->IsHeldByReader());
-    EXPECT_TRUE(mFolder.Exists(".Reel 1.zuproj.lock"));
-}
-
 TEST_F(ProjectLockFileTest, AnUnreadableLockIsHeldByAnUnknownUser) {
     mkfifo(mFolder.Path(".Reel 1.zuproj.lock").c_str(), 0600);
     const host::ProjectLockFileRef lock = Read();

@@ -173,17 +173,4 @@ TEST(ThemeTest, EveryPictureOfTheHostIsThereAndToldApartByItsShape) {
     EXPECT_TRUE(desk::Theme::Picture("no such picture", 16, 1).isNull());
 }
 
-TEST(ThemeTest, AppliedAgainItRepaintsInItsColours) {
-    desk::Theme::Apply(desk::ThemeKind::Light);
-    const QImage light = desk::Theme::Picture("menu", 24, 1).toImage();
-    EXPECT_GT(desk::Theme::Color(desk::ThemeColor::WindowBackground).lightness(), 128);
-    desk::Theme::Apply(desk::ThemeKind::Dark);
-    EXPECT_NE(desk::Theme::Picture("menu", 24, 1).toImage(), light);
-    EXPECT_NE(desk::Theme::Picture("menu", 24, 1, false).toImage(),
-              desk::Theme::Picture("menu", 24, 1).toImage());
-    EXPECT_LT(desk::Theme::Color(desk::ThemeColor::WindowBackground).lightness(), 128);
-    EXPECT_EQ(QApplication::palette().color(QPalette::Window),
-              desk::Theme::Color(desk::ThemeColor::WindowBackground));
-}
-
 }  // namespace
