@@ -70,8 +70,7 @@ SaveAnswer ProjectDocuments::AskToSave(const ProjectDocumentRef& document) {
     const bool offersApplyToAll = sApplyToAllScopes > 0;
     const ProjectQuestions::SaveChoice choice =
         ProjectQuestions::AskToSave(document->GetProjectPath(), offersApplyToAll);
-    if (offersApplyToAll && choice.mAppliesToAll && choice.mAnswer != SaveAnswer::Cancel)
-        mAnswerForAll = choice.mAnswer;
+    if (offersApplyToAll && choice.mAppliesToAll) mAnswerForAll = choice.mAnswer;
     return choice.mAnswer;
 }
 

@@ -32,6 +32,7 @@ LockedAnswer AskAboutLock(const host::UTF16String& path, const ProjectLocking& l
 enum class SaveAnswer { Save, Discard, Cancel };
 struct SaveChoice {
     SaveAnswer mAnswer = SaveAnswer::Cancel;
+    /// Never with `Cancel`.
     bool mAppliesToAll = false;
 };
 /// The project has unsaved changes and is to be closed, or to become read-only.
