@@ -23,7 +23,7 @@ public:
     static OpenProjectList& Instance();
     void Add(OpenProjectRef project);
     void Remove(const OpenProjectRef& project);
-    /// Announces that the project's read-only state has changed.
+    /// Announces that the project's read-only state, or what else its row shows, has changed.
     void AnnounceReadOnlyState(const OpenProjectRef& project);
     const std::vector<OpenProjectRef>& Get() const { return mProjects; }
 

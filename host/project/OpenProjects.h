@@ -67,6 +67,7 @@ private:
     ProjectRef mProject;
 };
 
+/// What a project's row shows may have changed: read-only, out of date, unsaved changes, its path.
 class ZUHOST_API ReadOnlyStateChangedMessage : public MessageTemplate<ReadOnlyStateChangedMessage> {
 public:
     ReadOnlyStateChangedMessage(ProjectRef project, bool readOnly);
