@@ -13,6 +13,7 @@
 #include "desk/files/LookAgain.h"
 #include "desk/project/LockKeeper.h"
 #include "desk/project/LockProtocol.h"
+#include "desk/project/TrashMoves.h"
 #include "host/core/Localizer.h"
 #include "host/files/File.h"
 #include "host/files/FileException.h"
@@ -40,6 +41,7 @@ public:
 
     int Run() {
         try {
+            desk::CheckMoveToTrash(mDestination);
             desk::RunLongWork(
                 ZString("$$$/Vantor/Desk/Files/Moving=Moving \"@0\"", {PathUtils::GetFullFilePart(mSource)}),
                 [this](desk::WorkProgress& progress) { Work(progress); });
