@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
+#include <fstream>
 #include <map>
 #include <thread>
 
@@ -120,7 +121,7 @@ TEST_F(PosixFileSystemTest, FailuresTellOperationPathAndReason) {
     EXPECT_EQ(ErrorOf([&] { mDisk.ListFolder(mFolder.Write("file")); }), ENOTDIR);
     EXPECT_EQ(ErrorOf([&] { mDisk.Status(mFolder.Path() + '/' + std::string(256, 'n'), false); }),
               ENAMETOOLONG);
-    EXPECT_EQ(ErrorOf([&] { mDisk.CreateFolder(mFolder.Path()); }), EEXIST);
+    EXPECT_EQ(ErrorOf([&] { mDisk.CreateFolder(mFolder.Path(), 0777); }), EEXIST);
 }
 
 TEST_F(PosixFileSystemTest, StatusTellsSizeAndTimesAndFollowsLinksWhenAsked) {
@@ -242,4 +243,76 @@ TEST_F(PosixFileSystemTest, RenameNewNeverReplaces) {
     symlink("nowhere", mFolder.Path("link").c_str());
     EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("folder"), mFolder.Path("link")); }), EEXIST);
     EXPECT_EQ(Names(mFolder.Path()), (std::vector<std::string>{"b", "c", "folder", "link"}));
+}
+
+TEST_F(PosixFileSystemTest, CopiesContentPermissionsAndTimesByWhateverWayTheVolumeHas) {
+    const auto copy = [&](const std::string& from, const char* to) {
+        std::uint64_t told = 0;
+        const desk::ItemStatus status = mDisk.CopyFile(from, mFolder.Path(to), true, [&](std::uint64_t bytes) {
+            told += bytes;
+            return true;
+        });
+        EXPECT_EQ(told, status.mSize);
+        return status;
+    };
+    const std::string from = mFolder.Write("from", std::string(9'000'000, 'c'));
+    chmod(from.c_str(), 06755);
+    const timespec times[2] = {{100, 0}, {-2, 500'000'000}};
+    ASSERT_EQ(utimensat(AT_FDCWD, from.c_str(), times, 0), 0);
+    EXPECT_EQ(copy(from, "to").mModified, -1'500'000'000);
+    struct stat facts;
+    stat(mFolder.Path("to").c_str(), &facts);
+    EXPECT_EQ(mFolder.Read("to"), mFolder.Read("from"));
+    EXPECT_EQ(facts.st_mode & 07777, 0755u) << "it runs as nobody else";
+    EXPECT_EQ(facts.st_mtim.tv_sec, -2);
+    EXPECT_EQ(facts.st_atim.tv_sec, 100);
+    copy(mFolder.Write("empty"), "to empty");
+
+    // Holes at both ends and between.
+    ASSERT_EQ(truncate(mFolder.Write("holes").c_str(), 10'000'000), 0);
+    std::fstream file(mFolder.Path("holes"));
+    file.seekp(5'000'000) << "middle";
+    file.close();
+    copy(mFolder.Path("holes"), "to holes");
+    EXPECT_EQ(mFolder.Read("to holes"), mFolder.Read("holes"));
+    stat(mFolder.Path("to holes").c_str(), &facts);
+    EXPECT_LT(facts.st_blocks * 512, 1'000'000);
+
+    // A file whose size is not told cannot be compared; nothing of it stays.
+    EXPECT_EQ(ErrorOf([&] { copy("/proc/self/status", "to proc"); }), EBUSY);
+    EXPECT_FALSE(mFolder.Exists("to proc"));
+}
+
+TEST_F(PosixFileSystemTest, ACopyThatFailsLeavesNothing) {
+    const std::string from = mFolder.Write("from", std::string(9'000'000, 'c'));
+    symlink("from", mFolder.Path("link").c_str());
+    mkfifo(mFolder.Path("pipe").c_str(), 0600);
+    const auto copy = [&](
+                          const char* source, desk::CopyStep step = [](std::uint64_t) { return true; }) {
+        return ErrorOf([&] { mDisk.CopyFile(mFolder.Path(source), mFolder.Path("to"), false, step); });
+    };
+    int steps = 0;
+    EXPECT_EQ(copy("from", [&](std::uint64_t) { return ++steps < 2; }), ECANCELED);
+    EXPECT_EQ(copy("link"), ELOOP);
+    EXPECT_EQ(copy("pipe"), EINVAL);
+    EXPECT_EQ(copy("gone"), ENOENT);
+    EXPECT_EQ(copy("from",
+                   [&](std::uint64_t) {
+                       mFolder.Write("from", "saved meanwhile");
+                       return true;
+                   }),
+              EBUSY);
+    mFolder.Write("from", std::string(9'000'000, 'c'));
+    {
+        FileSizeLimit full(4096);
+        EXPECT_EQ(copy("from"), EFBIG);
+    }
+    EXPECT_FALSE(mFolder.Exists("to"));
+    for (const char* target : {"from", "nowhere"}) {
+        symlink(target, mFolder.Path("to").c_str());
+        EXPECT_EQ(copy("from"), EEXIST);
+        EXPECT_EQ(ErrorOf([&] { mDisk.CopyLink(mFolder.Path("link"), mFolder.Path("to")); }), EEXIST);
+        mFolder.Remove("to");
+    }
+    EXPECT_EQ(ErrorOf([&] { mDisk.CopyLink(mFolder.Path("from"), mFolder.Path("to")); }), EINVAL);
 }
