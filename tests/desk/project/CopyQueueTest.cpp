@@ -1,0 +1,221 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "desk/core/UserNotice.h"
+#include "desk/project/CopyQueue.h"
+#include "desk/project/Production.h"
+#include "host/project/ProductionItems.h"
+#include "tests/desk/files/FollowedFolder.h"
+
+using namespace std::chrono_literals;
+using desk::CopyJob;
+using State = CopyJob::State;
+
+namespace {
+
+constexpr long kFuse = 0x65735546;
+
+/// A production in a folder, projects outside it, and a queue.
+class CopyQueueTest : public FollowedFolder {
+protected:
+    CopyQueueTest() {
+        mFolder.MakeFolder("Production/Day 1");
+        for (const char* name : {"A", "B", "C"})
+            mFolder.Write(std::string("Out/") + name + ".zuproj", std::string("content of ") + name);
+        mFolder.Write("Out/.A.zuproj.lock", "somebody's");
+        UseFakeSource();
+        desk::Production::Instance().Open(mFolder.PathUTF16("Production"));
+    }
+    ~CopyQueueTest() override { desk::Production::Instance().Close(); }
+
+    host::UTF16String Out(const std::string& name) { return mFolder.PathUTF16("Out/" + name + ".zuproj"); }
+    void AddAll(const std::string& folder = "Production/Day 1") {
+        host::AddProjectsToZuProduction({Out("A"), Out("B"), Out("C")}, mFolder.PathUTF16(folder));
+    }
+    void AddOne(const std::string& name, const std::string& destination) {
+        host::AddProjectToZuProduction(Out(name), mFolder.PathUTF16("Production/" + destination));
+    }
+    /// Waits while the first of the copies stands at the gate.
+    void StopAtGate() { mDisk.CloseGate(Operation::CopyFile, mFolder.Path()); }
+    std::vector<State> States() const {
+        std::vector<State> states;
+        for (const CopyJob& job : mQueue.GetJobs()) states.push_back(job.mState);
+        return states;
+    }
+    /// All that is in a folder of the production, hidden files too.
+    Names InFolder(const std::string& folder = "Production/Day 1") const {
+        Names names;
+        for (const auto& entry : std::filesystem::directory_iterator(mFolder.Path(folder)))
+            names.insert(entry.path().filename());
+        return names;
+    }
+
+    desk::CopyQueue mQueue;
+};
+
+/// Counts the announcements of the queue.
+class Announcements : public host::Listener {
+public:
+    Announcements() { host::AddListener(desk::kStation_CopyQueue, this); }
+    ~Announcements() override { host::RemoveListener(desk::kStation_CopyQueue, this); }
+    void ListenToMessage(const host::Message&) override { ++mCount; }
+    int mCount = 0;
+};
+
+}  // namespace
+
+TEST_F(CopyQueueTest, CopiesOneAfterAnotherInTheOrderOfAsking) {
+    StopAtGate();
+    AddAll();
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    EXPECT_EQ(States(), (std::vector{State::UnderWay, State::Waiting, State::Waiting}));
+    EXPECT_TRUE(mQueue.IsBusy() && mQueue.IsDestination(mFolder.PathUTF16("Production/Day 1/C.zuproj")));
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(States(), std::vector(3, State::Done));
+    EXPECT_FALSE(mQueue.IsBusy());
+    EXPECT_EQ(InFolder(), (Names{"A.zuproj", "B.zuproj", "C.zuproj"})) << "without locks and temporaries";
+    EXPECT_EQ(mFolder.Read("Production/Day 1/B.zuproj"), "content of B");
+    const CopyJob job = mQueue.GetJobs().front();
+    EXPECT_EQ(job.mBytesDone, 12u);
+    EXPECT_EQ(job.mBytesTotal, 12u);
+    mQueue.ClearFinished();
+    EXPECT_TRUE(mQueue.GetJobs().empty());
+}
+
+TEST_F(CopyQueueTest, TakenNamesGetANumberInBatchesAndFailAlone) {
+    mFolder.Write("Production/Day 1/A.zuproj", "the other A");
+    AddAll();
+    AddAll();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(InFolder(), (Names{"A.zuproj", "A_1.zuproj", "A_2.zuproj", "B.zuproj", "B_1.zuproj", "C.zuproj",
+                                 "C_1.zuproj"}));
+    EXPECT_EQ(mQueue.GetJobs().front().mDestination, mFolder.PathUTF16("Production/Day 1/A_1.zuproj"));
+    {
+        const ExpectLogged log("A.zuproj");
+        AddOne("A", "Day 1/A.zuproj");
+        mMain.RunUntilIdle();
+    }
+    EXPECT_EQ(mQueue.GetJobs().back().mState, State::Failed);
+    EXPECT_EQ(mQueue.GetJobs().back().mReason, u"Something with that name is there already.");
+    EXPECT_EQ(mFolder.Read("Production/Day 1/A.zuproj"), "the other A");
+
+    // While a copy has not landed, its name is taken for the next.
+    const host::UTF16String source = mFolder.PathUTF16("Production/Day 1/B.zuproj");
+    StopAtGate();
+    const host::UTF16String first = host::GetZuProductionItemCopyPath(source, {});
+    host::AddProjectToZuProduction(source, first);
+    EXPECT_EQ(host::GetZuProductionItemCopyPath(source, {}),
+              mFolder.PathUTF16("Production/Day 1/B copy 2.zuproj"));
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    EXPECT_TRUE(mFolder.Exists("Production/Day 1/B copy.zuproj"));
+
+    mQueue.ClearFinished();
+    host::AddProjectsToZuProduction({source}, mFolder.PathUTF16("Production"));
+    EXPECT_TRUE(mQueue.GetJobs().empty()) << "it is in there already";
+}
+
+TEST_F(CopyQueueTest, WhatIsCancelledLeavesNothingAndKeepsNobody) {
+    StopAtGate();
+    AddAll();
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    const std::vector<CopyJob> jobs = mQueue.GetJobs();
+    mQueue.Cancel(jobs[0].mID);
+    mQueue.Cancel(jobs[1].mID);
+    mQueue.Cancel(4711);
+    EXPECT_EQ(States(), (std::vector{State::UnderWay, State::Cancelled, State::Waiting}));
+    EXPECT_TRUE(mQueue.GetJobs()[0].mIsCancelling);
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(States(), (std::vector{State::Cancelled, State::Cancelled, State::Done}));
+    EXPECT_EQ(InFolder(), Names{"C.zuproj"});
+
+    // A volume that hangs keeps the others for some seconds only.
+    StopAtGate();
+    AddAll();
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    mQueue.Cancel(mQueue.GetJobs()[3].mID);
+    mMain.AdvanceAlone(desk::CopyQueue::kPatience);
+    EXPECT_EQ(mQueue.GetJobs()[4].mState, State::UnderWay);
+    mQueue.CancelAll();
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(InFolder(), Names{"C.zuproj"});
+    EXPECT_FALSE(mQueue.IsBusy());
+}
+
+TEST_F(CopyQueueTest, ClosingTheProductionOrTheProgramCancels) {
+    for (const bool isProgram : {false, true}) {
+        StopAtGate();
+        auto queue = std::make_unique<desk::CopyQueue>();
+        AddAll();
+        ASSERT_TRUE(mDisk.WaitAtGate());
+        if (isProgram)
+            queue.reset();
+        else
+            desk::Production::Instance().Close();
+        mDisk.OpenGate();
+        mMain.RunUntilIdle();
+        EXPECT_EQ(InFolder(), Names{}) << isProgram;
+        EXPECT_FALSE(queue && queue->IsBusy());
+    }
+    EXPECT_EQ(desk::CopyQueue::Current(), &mQueue);
+}
+
+TEST_F(CopyQueueTest, WhatFailsIsToldLeavesNothingAndKeepsNobody) {
+    const ExpectLogged refused("No space left"), told("\"A.zuproj\" was not copied. There is no room left"),
+        notFound("No such file"), noProject("x.txt"), folder("Is a directory");
+    mDisk.Fail(Operation::CopyFile, 1, ENOSPC);
+    AddAll();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(States(), (std::vector{State::Failed, State::Done, State::Done}));
+    EXPECT_EQ(InFolder(), (Names{"B.zuproj", "C.zuproj"}));
+
+    mQueue.ClearFinished();
+    mFolder.Write("Out/x.txt");
+    mFolder.MakeFolder("Out/F.zuproj");
+    std::filesystem::create_symlink("A.zuproj", mFolder.Path("Out/L.zuproj"));
+    host::AddProjectsToZuProduction({mFolder.PathUTF16("Out/x.txt"), Out("F"), Out("Missing"), Out("L")},
+                                    mFolder.PathUTF16("Production/Day 1"));
+    mMain.RunUntilIdle();
+    EXPECT_EQ(States(), (std::vector{State::Failed, State::Failed, State::Failed, State::Done}));
+    EXPECT_EQ(mQueue.GetJobs()[0].mReason, u"This is not a project file.");
+    EXPECT_EQ(mQueue.GetJobs()[1].mReason, u"This is not a project file.");
+    EXPECT_EQ(InFolder(), (Names{"B.zuproj", "C.zuproj", "L.zuproj"}));
+    EXPECT_FALSE(std::filesystem::is_symlink(mFolder.Path("Production/Day 1/L.zuproj")));
+    EXPECT_EQ(mFolder.Read("Production/Day 1/L.zuproj"), "content of A");
+
+    mQueue.ClearFinished();
+    const ExpectLogged longName("File name too long");
+    const std::string name(243, 'a');
+    mFolder.Write("Out/" + name + ".zuproj");
+    host::AddProjectsToZuProduction({Out(name)}, mFolder.PathUTF16("Production/Day 1"));
+    mMain.RunUntilIdle();
+    EXPECT_EQ(mQueue.GetJobs()[0].mReason, u"The name is too long.") << "it could not be locked";
+}
+
+TEST_F(CopyQueueTest, AnnouncesAtOnceAndThenAtItsPace) {
+    Announcements announcements;
+    StopAtGate();
+    AddAll();
+    EXPECT_EQ(announcements.mCount, 1);
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    mMain.AdvanceAlone(1s);
+    EXPECT_EQ(announcements.mCount, 11) << "also while nothing but the progress changes";
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    mMain.Advance(10s);
+    EXPECT_EQ(announcements.mCount, 12);
+}
+
+TEST_F(CopyQueueTest, AFolderThatIsPolledIsLookedAtWhenACopyHasLanded) {
+    mDisk.SetVolumeType(kFuse);
+    Monitor();
+    List("Production/Day 1");
+    AddAll();
+    mMain.RunUntilIdle();
+    EXPECT_EQ(Shown("Production/Day 1"), (Names{"A.zuproj", "B.zuproj", "C.zuproj"}))
+        << "without waiting for a poll";
+}

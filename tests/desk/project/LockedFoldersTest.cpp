@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include "desk/project/LockKeeper.h"
+#include "host/project/ProductionItems.h"
+#include "host/project/ProjectLockFile.h"
+#include "tests/desk/files/FollowedFolder.h"
+
+namespace {
+
+class LockedFoldersTest : public FollowedFolder {
+protected:
+    LockedFoldersTest() {
+        for (const char* name : {"Day 1/a.zuproj", "Day 1/Sub/b.zuproj", "Day 10/c.zuproj"})
+            mFolder.Write(name);
+        UseFakeSource();
+        Monitor();
+    }
+    void ListAll() {
+        for (const char* folder : {"", "Day 1", "Day 1/Sub", "Day 10"}) List(folder);
+    }
+    bool HasLocked(bool recursive = true, bool onlyOthers = true) {
+        mDisk.ResetCounts();
+        const bool result = host::DoesDirectoryContainLockedProjects(Path("Day 1"), recursive, onlyOthers);
+        EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "a command's status must not wait for the volume";
+        return result;
+    }
+};
+
+}  // namespace
+
+TEST_F(LockedFoldersTest, AnswersFromWhatIsListedWithoutTheDisk) {
+    Lock("Day 1/Sub", "b.zuproj", u"tomas");
+    Lock("Day 10", "c.zuproj", u"tomas");
+    EXPECT_FALSE(HasLocked()) << "nothing is known yet";
+    ListAll();
+    EXPECT_TRUE(HasLocked());
+    EXPECT_FALSE(HasLocked(false)) << "only below";
+    mFolder.Remove(LockName("Day 1/Sub", "b.zuproj"));
+    mSource->Tell(mFolder.Path("Day 1/Sub"), IN_DELETE, ".b.zuproj.lock");
+    mMain.Advance(std::chrono::seconds(1));
+    EXPECT_FALSE(HasLocked()) << "Day 10 is another folder";
+}
+
+TEST_F(LockedFoldersTest, UnreadLocksCountAndAreAskedFor) {
+    mFolder.Write("Day 1/.a.zuproj.lock", "nothing that could be understood");
+    desk::LockRecord ours = desk::MakeLockRecord(mDesktop, mDesktop.mUserName, mDesktop.mMachineName);
+    ours.mMachineID = "another installation";
+    mFolder.Write("Day 1/Sub/.b.zuproj.lock", WriteLockRecord(ours));
+    ListAll();
+    EXPECT_TRUE(HasLocked());
+    mMain.RunUntilIdle();
+    EXPECT_TRUE(HasLocked()) << "who holds it cannot be known";
+    mFolder.Remove("Day 1/.a.zuproj.lock");
+    mSource->Tell(mFolder.Path("Day 1"), IN_DELETE, ".a.zuproj.lock");
+    mMain.Advance(std::chrono::seconds(1));
+    HasLocked();
+    mMain.RunUntilIdle();
+    EXPECT_FALSE(HasLocked()) << "ours";
+    EXPECT_TRUE(HasLocked(true, false));
+    ours = desk::MakeLockRecord(mDesktop, mDesktop.mUserName, mDesktop.mMachineName);
+    ours.mBootID = "an earlier one";
+    mFolder.Write("Day 1/Sub/.b.zuproj.lock", WriteLockRecord(ours));
+    mSource->Tell(mFolder.Path("Day 1/Sub"), IN_CLOSE_WRITE, ".b.zuproj.lock");
+    mMain.Advance(std::chrono::seconds(1));
+    EXPECT_FALSE(HasLocked(true, false)) << "its holder is gone";
+}
+
+TEST_F(LockedFoldersTest, OwnLocksAreKnownBeforeTheDiskTells) {
+    ListAll();
+    host::ProjectLockFileRef lock =
+        host::CreateProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName);
+    ASSERT_TRUE(lock);
+    mSource->Tell(mFolder.Path("Day 1"), IN_CREATE, ".a.zuproj.lock");
+    mMain.Advance(std::chrono::seconds(1));
+    EXPECT_FALSE(HasLocked());
+    EXPECT_TRUE(HasLocked(true, false));
+    ReadFacts("Day 1/a.zuproj");
+    lock.reset();
+    EXPECT_FALSE(HasLocked(true, false)) << "given up since it was read";
+}

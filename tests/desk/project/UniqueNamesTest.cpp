@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include "desk/project/CopyQueue.h"
+#include "desk/project/UniqueNames.h"
+#include "host/project/ProductionItems.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/TemporaryFolder.h"
+
+using host::UTF16String;
+using host::Utilities::IsPathWithinDirectory;
+
+namespace {
+
+class UniqueNamesTest : public testing::Test {
+protected:
+    std::string Unique(const std::string& name, int start = 1, const host::UTF16StringVec& avoid = {}) {
+        return NameOf(host::Utilities::MakeUniqueFilename(mFolder.PathUTF16(name), start, u"_", avoid));
+    }
+    std::string Copy(const std::string& name, const host::UTF16StringVec& existing = {}) {
+        return NameOf(host::GetZuProductionItemCopyPath(mFolder.PathUTF16(name), existing));
+    }
+    static std::string NameOf(const UTF16String& path) {
+        return host::UTF16to8(path.substr(path.rfind(u'/') + 1));
+    }
+
+    FaultyFileSystem mDisk;
+    TemporaryFolder mFolder;
+};
+
+std::string Repeat(const std::string& text, int times) {
+    std::string result;
+    for (int i = 0; i < times; ++i) result += text;
+    return result;
+}
+
+}  // namespace
+
+TEST_F(UniqueNamesTest, CountsUpBeforeTheProjectExtensionUntilNothingStandsThere) {
+    EXPECT_EQ(Unique("x.zuproj"), "x_1.zuproj");
+    EXPECT_EQ(Unique("x.ZUPROJ", 7), "x_7.ZUPROJ");
+    EXPECT_EQ(Unique("Day 1.5"), "Day 1.5_1");
+    EXPECT_EQ(Unique(".zuproj"), ".zuproj_1") << "nothing before the extension";
+    mFolder.Write("x_1.zuproj");
+    std::filesystem::create_symlink("nowhere", mFolder.Path("x_2.zuproj"));
+    mFolder.MakeFolder("x_3.zuproj");
+    EXPECT_EQ(Unique("x.zuproj"), "x_4.zuproj");
+    EXPECT_EQ(Unique("x.zuproj", 1, {u"x_4.zuproj", u"X_5.zuproj"}), "x_5.zuproj");
+    mDisk.SetGone(true);
+    EXPECT_EQ(Unique("x.zuproj"), "x_1.zuproj") << "must not count for ever";
+}
+
+TEST_F(UniqueNamesTest, StaysWithinWhatCanBeLockedAndNamed) {
+    // Two bytes a letter, four a picture, and bytes that are no UTF-8.
+    for (const std::string& piece :
+         {std::string("a"), std::string("\u00e4"), std::string("\U0001F3AC"), std::string("\xE9")}) {
+        const std::string stem = Repeat(piece, static_cast<int>(240 / piece.size()));
+        const std::string project = Unique(stem + ".zuproj", 1000);
+        EXPECT_LE(project.size(), 249u);
+        EXPECT_GT(project.size(), 249u - piece.size());
+        EXPECT_TRUE(project.ends_with(piece + "_1000.zuproj")) << project;
+        EXPECT_EQ(project.find_first_not_of(piece), project.find('_')) << "cut inside a character";
+        mFolder.Write(project);
+        EXPECT_TRUE(Unique(stem + ".zuproj", 1000).ends_with("_1001.zuproj"));
+        const std::string folder = Unique(Repeat(piece, static_cast<int>(255 / piece.size())));
+        EXPECT_LE(folder.size(), 255u);
+        EXPECT_TRUE(folder.ends_with(piece + "_1")) << folder;
+    }
+}
+
+TEST_F(UniqueNamesTest, CopiesCountOn) {
+    EXPECT_EQ(Copy("x.zuproj"), "x copy.zuproj");
+    EXPECT_EQ(Copy("Day 1"), "Day 1 copy");
+    mFolder.Write("x copy.zuproj");
+    EXPECT_EQ(Copy("x.zuproj"), "x copy 2.zuproj");
+    EXPECT_EQ(Copy("x copy.zuproj"), "x copy 2.zuproj");
+    EXPECT_EQ(Copy("x copy 7.zuproj"), "x copy 8.zuproj");
+    EXPECT_EQ(Copy("x copy 7.zuproj", {u"x copy 8.zuproj"}), "x copy 9.zuproj");
+    for (const char* name : {"copy", "Reel 2", "x copy 1", "x copy 02", "x copy 12345678", "photocopy"})
+        EXPECT_EQ(Copy(name), std::string(name) + " copy");
+    EXPECT_EQ(Copy(std::string(240, 'a') + ".zuproj"), std::string(237, 'a') + " copy.zuproj");
+}
+
+TEST(PathsWithin, JudgesWholeComponents) {
+    EXPECT_TRUE(IsPathWithinDirectory(u"/p/a/b", u"/p", false));
+    EXPECT_FALSE(IsPathWithinDirectory(u"/p", u"/p", false));
+    EXPECT_TRUE(IsPathWithinDirectory(u"/p", u"/p", true));
+    EXPECT_FALSE(IsPathWithinDirectory(u"/pq", u"/p", true));
+    EXPECT_TRUE(IsPathWithinDirectory(u"/p", u"/", false));
+    EXPECT_FALSE(IsPathWithinDirectory(u"/", u"/", false));
+    EXPECT_FALSE(IsPathWithinDirectory(u"/p", u"", true));
+}
