@@ -62,6 +62,9 @@ QString DescribeContent(const ProjectContent& content) {
             return Localized("$$$/Desk/Projects/Large=This project is larger than @0 and is not shown as text.",
                              {host::GetDisplayStringOfFileSize(kEditableLimit)});
         case ProjectContent::Kind::Text:
+            if (content.mObstacle == EditedText::Obstacle::ManyLines)
+                return Localized("$$$/Desk/Projects/ManyLines=This project is a text with more lines than can be "
+                                 "shown.");
             return content.mObstacle == EditedText::Obstacle::LongLine
                        ? Localized("$$$/Desk/Projects/LongLine=This project is a text with a line that is too long "
                                    "to be shown.")

@@ -208,7 +208,9 @@ EditedText::Obstacle EditedText::FindObstacle(std::string_view bytes) {
     const host::UTF16String text = host::UTF8to16(bytes);
     if (HasLoneSurrogate(text)) return Obstacle::NoText;
     if (std::any_of(text.begin(), text.end(), IsTakenByEditor)) return Obstacle::Characters;
-    for (const Line& line : SplitLines(WithoutMark(bytes)))
+    const std::vector<Line> lines = SplitLines(WithoutMark(bytes));
+    if (lines.size() > kMostLines) return Obstacle::ManyLines;
+    for (const Line& line : lines)
         if (line.mText.size() > kLongestLine) return Obstacle::LongLine;
     return Obstacle::None;
 }

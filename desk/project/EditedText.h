@@ -25,10 +25,13 @@ public:
         NoText,
         /// Characters that an editor does not give back: U+FDD0, U+FDD1 and U+FFFC, which Qt uses itself.
         Characters,
-        /// A line of more than `kLongestLine` bytes, which an editor would take minutes to show.
+        /// A line of more than `kLongestLine` bytes, or more than `kMostLines`: an editor would take seconds to show
+        /// them, or at each key.
         LongLine,
+        ManyLines,
     };
     static constexpr std::size_t kLongestLine = 256 * 1024;
+    static constexpr std::size_t kMostLines = 200'000;
 
     static Obstacle FindObstacle(std::string_view bytes);
 
