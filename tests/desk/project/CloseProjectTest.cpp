@@ -1,0 +1,149 @@
+#include <functional>
+
+#include "host/project/DocumentManager.h"
+#include "tests/desk/project/ProjectDocumentsFixture.h"
+
+namespace {
+
+class CloseProjectTest : public ProjectDocumentsFixture {
+protected:
+    static constexpr const char* kProjects[] = {"Day 1/a.zuproj", "Day 1/b.zuproj", "Day 2/c.zuproj"};
+
+    /// Opens three projects and edits them.
+    void OpenThree() {
+        for (const char* project : kProjects) {
+            mFolder.Write(project, "old");
+            Edit(OpenAndFind(project), u"new");
+        }
+    }
+    /// What stands in the three files.
+    std::string Contents() {
+        std::string contents;
+        for (const char* project : kProjects) contents += mFolder.Read(project) + ' ';
+        return contents;
+    }
+};
+
+}  // namespace
+
+TEST_F(CloseProjectTest, AChangedProjectAsksWhetherToSave) {
+    const struct {
+        const char16_t* mAnswer;
+        bool mIsClosed;
+        const char* mContent;
+    } cases[] = {{u"Cancel", false, "old "}, {u"Save", true, "new "}, {u"Discard", true, "old "}};
+    for (const auto& c : cases) {
+        mFolder.Write(kProject, "old ");
+        const desk::ProjectDocumentRef document = OpenAndFind();
+        Edit(document, u"new ");
+        mDialogs.ExpectQuestion("Save Changes", c.mAnswer);
+        EXPECT_EQ(Manager().CloseProject(document, true), c.mIsClosed);
+        EXPECT_FALSE(mDialogs.LastOfferedApplyToAll());
+        EXPECT_TRUE(AsksFor("Reel 1"));
+        EXPECT_EQ(Find() != nullptr, !c.mIsClosed);
+        EXPECT_EQ(mFolder.Exists(kLock), !c.mIsClosed);
+        EXPECT_EQ(mFolder.Read(kProject), c.mContent);
+        EXPECT_EQ(document->IsDirty(), !c.mIsClosed || std::string("Discard") == host::UTF16to8(c.mAnswer));
+        EXPECT_TRUE(Manager().CloseProject(document, false)) << "without a question, and when it is closed already";
+        EXPECT_FALSE(mFolder.Exists(kLock));
+    }
+}
+
+TEST_F(CloseProjectTest, ASaveThatFailsKeepsTheProjectOpenAndACopyWillDo) {
+    const desk::ProjectDocumentRef document = OpenAndFind();
+    Edit(document, u"new");
+    mDisk.Fail(Operation::ReplaceFile, 1, ENOSPC);
+    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    mDialogs.ExpectMessage("The Project Was Not Saved");
+    EXPECT_FALSE(Manager().CloseProject(document, true));
+    EXPECT_TRUE(AsksFor("No space left")) << mDialogs.LastText();
+    EXPECT_TRUE(document->IsDirty());
+    EXPECT_EQ(mFolder.Read(kProject), kBytes);
+
+    WriteForeignLock();
+    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    mDialogs.ExpectQuestion("Lock Lost", u"Save as Copy");
+    mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16("mine.zuproj"));
+    EXPECT_TRUE(Manager().CloseProject(document, true));
+    EXPECT_EQ(host::OpenProjectCount(), 0) << "the copy is not opened: the user wants to leave";
+    EXPECT_EQ(mFolder.Read("mine.zuproj"), "new");
+}
+
+TEST_F(CloseProjectTest, OneAnswerCanStandForAllAndCancelNever) {
+    OpenThree();
+    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    mDialogs.ExpectQuestion("Save Changes", u"Cancel", true);
+    EXPECT_FALSE(Manager().CloseAllProjects());
+    EXPECT_TRUE(mDialogs.LastOfferedApplyToAll());
+    EXPECT_EQ(Contents(), "new old old ");
+    EXPECT_EQ(host::OpenProjectCount(), 2);
+    EXPECT_EQ(host::GetActiveProject(), Find(kProjects[1])) << "the one that is asked about is in front";
+
+    mDialogs.ExpectQuestion("Save Changes", u"Discard", true);
+    EXPECT_TRUE(Manager().CloseAllProjects());
+    EXPECT_EQ(Contents(), "new old old ");
+
+    OpenThree();
+    mDialogs.ExpectQuestion("Save Changes", u"Save", true);
+    EXPECT_TRUE(Manager().CloseAllProjects());
+    EXPECT_EQ(Contents(), "new new new ");
+}
+
+TEST_F(CloseProjectTest, TheAnswerForAllIsForgottenWithTheLastScope) {
+    OpenThree();
+    {
+        const host::ScEnableSaveApplyToAllOption outer;
+        {
+            const host::ScEnableSaveApplyToAllOption inner;
+            mDialogs.ExpectQuestion("Save Changes", u"Discard", true);
+            EXPECT_TRUE(Manager().CloseProject(Find(kProjects[0]), true));
+        }
+        EXPECT_TRUE(Manager().CloseProject(Find(kProjects[1]), true));
+    }
+    mDialogs.ExpectQuestion("Save Changes", u"Save", true);
+    EXPECT_TRUE(Manager().CloseProject(Find(kProjects[2]), true));
+    EXPECT_FALSE(mDialogs.LastOfferedApplyToAll());
+    EXPECT_EQ(Contents(), "old old new ");
+}
+
+TEST_F(CloseProjectTest, AProductionsProjectsAreThoseInItsFolder) {
+    OpenThree();
+    mDialogs.ExpectQuestion("Save Changes", u"Discard");
+    mDialogs.ExpectQuestion("Save Changes", u"Cancel");
+    EXPECT_FALSE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day 1/")));
+    mDialogs.ExpectQuestion("Save Changes", u"Discard");
+    EXPECT_TRUE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day 1")));
+    EXPECT_TRUE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day")));
+    EXPECT_EQ(host::OpenProjectCount(), 1);
+    EXPECT_TRUE(Find(kProjects[2]));
+}
+
+TEST_F(CloseProjectTest, WhatHappensDuringAQuestionFindsTheProjectBusy) {
+    class Meanwhile : public ScriptedDialogs {
+    public:
+        desk::Answer Ask(const desk::Question& question) override {
+            mMeanwhile();
+            return ScriptedDialogs::Ask(question);
+        }
+        std::function<void()> mMeanwhile;
+    } dialogs;
+    const desk::ProjectDocumentRef document = OpenAndFind();
+    Edit(document, u"new");
+    dialogs.mMeanwhile = [&] {
+        EXPECT_FALSE(Manager().CloseProject(document, false));
+        EXPECT_FALSE(Manager().CloseAllProjects());
+        EXPECT_FALSE(Manager().SaveProject(document));
+        EXPECT_FALSE(Manager().ReloadProject(document));
+        EXPECT_FALSE(Manager().SetProjectReadOnly(document, true));
+        EXPECT_TRUE(Open());
+    };
+    dialogs.ExpectQuestion("Save Changes", u"Discard");
+    EXPECT_TRUE(Manager().CloseProject(document, true));
+    EXPECT_EQ(mFolder.Read(kProject), kBytes);
+
+    WriteForeignLock();
+    dialogs.mMeanwhile = [&] { EXPECT_FALSE(Open()); };
+    dialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
+    EXPECT_TRUE(Open());
+    EXPECT_EQ(host::OpenProjectCount(), 1);
+}

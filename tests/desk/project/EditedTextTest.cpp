@@ -1,0 +1,102 @@
+#include <gtest/gtest.h>
+
+#include <QPlainTextEdit>
+#include <QTextDocument>
+#include <random>
+
+#include "desk/core/QtStrings.h"
+#include "desk/project/EditedText.h"
+
+namespace desk {
+namespace {
+
+using Obstacle = EditedText::Obstacle;
+
+constexpr char kMark[] = "\xEF\xBB\xBF";
+
+/// Through a real editor and back.
+host::UTF16String ThroughEditor(const EditedText& text) {
+    QPlainTextEdit editor;
+    editor.setPlainText(ToQString(text.GetEditorText()));
+    return ToUTF16(editor.document()->toRawText());
+}
+
+TEST(EditedText, EveryCharacterComesBackFromTheEditorOrIsRefused) {
+    std::string bytes = kMark;
+    std::vector<int> refused;
+    for (char32_t c = 1; c < 0x10FFFF; c += c < 0x10000 ? 1 : 0x321) {
+        if (c >= 0xD800 && c <= 0xDFFF) continue;
+        const std::string line = 'a' + host::UTF16to8(ToUTF16(QString::fromUcs4(&c, 1))) + "b";
+        if (EditedText::FindObstacle(line) == Obstacle::None)
+            bytes += line + (c % 3 == 0 ? "\r\n" : "\n");
+        else
+            refused.push_back(static_cast<int>(c));
+    }
+    EXPECT_EQ(refused, (std::vector<int>{0xFDD0, 0xFDD1, 0xFFFC}));
+    ASSERT_EQ(EditedText::FindObstacle(bytes), Obstacle::None);
+    const EditedText text(bytes);
+    EXPECT_TRUE(text.ToBytes(ThroughEditor(text)) == bytes);
+}
+
+TEST(EditedText, WhatWasNotEditedComesBackByteForByte) {
+    const std::vector<std::string> parts = {"\r", "\n", "\r\n", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xC2\xA0",
+                                            "a",  "bc", "é",    "\t",           kMark,          "\xF0\x9F\x8E\xAC"};
+    std::mt19937 random(7);
+    const auto pick = [&](std::size_t count) { return std::uniform_int_distribution<std::size_t>(0, count - 1)(random); };
+    for (int round = 0; round < 300; ++round) {
+        std::string bytes;
+        for (std::size_t count = pick(40); count > 0; --count) bytes += parts[pick(parts.size())];
+        const EditedText text(bytes);
+        host::UTF16String edited = ThroughEditor(text);
+        ASSERT_EQ(text.ToBytes(edited), bytes) << "round " << round;
+        for (std::size_t edits = 1 + pick(5); edits > 0; --edits) {
+            std::size_t at = pick(edited.size() + 1);
+            if (at > 0 && edited[at - 1] >= 0xD800 && edited[at - 1] <= 0xDBFF) --at;
+            edited.insert(at, 1, u'X');
+        }
+        std::string result = text.ToBytes(edited);
+        EXPECT_NE(result, bytes);
+        std::erase(result, 'X');
+        // A mark that an edit has pushed away from the beginning has become a character.
+        EXPECT_EQ(result, bytes) << "round " << round;
+    }
+}
+
+TEST(EditedText, EditsTakeTheLineEndsOfTheirPlace) {
+    const struct {
+        const char* mWhat;
+        std::string mBytes;
+        host::UTF16String mEdited;
+        std::string mExpected;
+    } cases[] = {
+        {"new line", "a\r\nb\r\n", u"a\nx\nb\n", "a\r\nx\r\nb\r\n"},
+        {"first lines", "", u"a\nb", "a\nb"},
+        {"behind a last line without end", "a\r\nb\nc\rd", u"a\nb\nc\nd\ne", "a\r\nb\nc\rd\re"},
+        {"edits in two places", "1\r\n2\n3\r\n4\n5", u"1x\n2\n3\n4y\n5", "1x\r\n2\n3\r\n4y\n5"},
+        {"a line removed", "1\r\n2\n3\r\n4", u"1\n3\n4", "1\r\n3\r\n4"},
+        {"lines inserted and removed", "1\n2\n3\r\n4\r5\n6\n", u"1\nnew\nnew\n2\n4\n5\n6\n", "1\nnew\nnew\n2\n4\r5\n6\n"},
+        {"the last end removed", "1\r\n2\n", u"1\n2", "1\r\n2"},
+        {"mark", std::string(kMark) + "a", u"b", std::string(kMark) + "b"},
+        {"U+2029 from the editor", "a\r\nb", u"a\u2029b", "a\r\nb"},
+        {"U+2029 of the file", "a\xE2\x80\xA9" "b\n", u"a\nb\nc", "a\xE2\x80\xA9" "b\nc"},
+        {"Shift+Return", "a\nb", u"a\u2028c\nb", "a\nc\nb"},
+        {"U+2028 of the file", "a\xE2\x80\xA8" "c\nb", u"a\u2028c\nbx", "a\xE2\x80\xA8" "c\nbx"},
+        {"no text", "a", host::UTF16String(u"a\0\xD800\xDC41\xDC80\xFFFC", 6), "a\xEF\xBF\xBD\xF0\x90\x81\x81\xEF\xBF\xBD\xEF\xBF\xBD"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(EditedText(c.mBytes).ToBytes(c.mEdited), c.mExpected) << c.mWhat;
+}
+
+TEST(EditedText, RefusesWhatWouldNotSurvive) {
+    const std::string line(EditedText::kLongestLine, 'x');
+    EXPECT_EQ(EditedText::FindObstacle(std::string("a\0b", 3)), Obstacle::NoText);
+    for (const char* bytes : {"\xFF", "a\xC3", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80"})
+        EXPECT_EQ(EditedText::FindObstacle(bytes), Obstacle::NoText) << bytes;
+    EXPECT_EQ(EditedText::FindObstacle(line + "\r\n" + line), Obstacle::None);
+    EXPECT_EQ(EditedText::FindObstacle(line + "x\n"), Obstacle::LongLine);
+    EXPECT_EQ(EditedText::FindObstacle(std::string(EditedText::kMostLines - 1, '\n')), Obstacle::None);
+    EXPECT_EQ(EditedText::FindObstacle(std::string(EditedText::kMostLines, '\n')), Obstacle::ManyLines);
+    EXPECT_EQ(EditedText::FindObstacle(""), Obstacle::None);
+}
+
+}  // namespace
+}  // namespace desk
