@@ -51,12 +51,19 @@ TEST_F(ColumnsTest, UpdateReadsAllFactsOrThatOfOneColumn) {
     record.Update(false, kLockedColumnID);
     EXPECT_EQ(record.GetLockState(), std::optional<bool>(true));
 
-    // A file that is gone, or that the volume will not tell about, keeps its last known facts.
-    RemoveProject("Show");
-    const auto modified = record.mModified;
-    record.Update(true, kNameColumnID);
-    EXPECT_EQ(record.mModified, modified);
+    // A file that the volume will not tell about, or that is gone, keeps its last known facts.
+    MakeProject("Show", "changed");
+    {
+        ExpectLogged log("read status");
+        mVolume.Deny(mFolder.Path(OnDisk("Show.zuproj")), EIO);
+        record.Update(true, kNameColumnID);
+    }
     EXPECT_EQ(record.mSize, 1234u);
+    mVolume.Allow(mFolder.Path(OnDisk("Show.zuproj")));
+    RemoveProject("Show");
+    record.Update(true, kNameColumnID);
+    EXPECT_EQ(record.mSize, 1234u);
+    EXPECT_TRUE(record.mModified);
 }
 
 TEST_F(ColumnsTest, ALockOfAProcessThatIsGoneIsNone) {

@@ -263,8 +263,6 @@ TEST_F(TabViewTest, ClosingThePanelUndoesWhatOpeningItDid) {
         EXPECT_EQ(closing.mCount, 1);
         EXPECT_EQ(closing.mHandlerID, UTF16String(kZuProductionFolderHandlerID));
     }
-    // Nobody listens any more, and nothing is left to be paused.
-    desk::Production::Instance().PausePanelUpdates(true);
     const std::size_t delayed = mMain.CountDelayed();
     CloseProduction();
     OpenPanel();
