@@ -8,6 +8,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
+#include "desk/project/BreakLock.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -68,12 +69,6 @@ bool AskToCopy(UTF16String title, UTF16String text) {
 
 UTF16String NameOf(const UTF16String& path) {
     return Shown(host::PathUtils::GetFilePart(path));
-}
-
-UTF16String DescribeHolder(const LockRecord& holder) {
-    if (!holder.mIsReadable) return ZString("$$$/Desk/Project/UnknownHolder=an unknown user");
-    return ZString("$$$/Desk/Project/Holder=@0 on @1 since @2",
-                   {Shown(holder.mUser), Shown(holder.mMachine), ShownLocalTime(holder.mTakenAt)});
 }
 
 UTF16String DescribeObstacle(const UTF16String& path, const ProjectLocking& locking) {

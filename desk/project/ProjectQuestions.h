@@ -12,8 +12,6 @@ namespace desk::ProjectQuestions {
 
 /// A project's name as it is shown: without folder and extension, escaped.
 host::UTF16String NameOf(const host::UTF16String& path);
-/// "tomas on edit-bay-2 since 2/3/26 10:30", in local time; for a lock that cannot be read, an unknown user.
-host::UTF16String DescribeHolder(const LockRecord& holder);
 /// Why locks could not be had, as a sentence.
 host::UTF16String DescribeObstacle(const host::UTF16String& path, const ProjectLocking& locking);
 

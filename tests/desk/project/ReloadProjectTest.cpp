@@ -70,7 +70,7 @@ TEST_F(ReloadProjectTest, SwitchingToReadWriteNeedsTheLockAndTheFileAsItWasRead)
         std::function<void()> mCause;
         std::function<void()> mEnd;
     } cases[] = {
-        {"tomas on edit-bay-2 since", [&] { WriteForeignLock(); }, [&] { mFolder.Remove(kLock); }},
+        {"tomas on edit-bay-2, since", [&] { WriteForeignLock(); }, [&] { mFolder.Remove(kLock); }},
         {"No space left", [&] { mDisk.Fail(Operation::CreateNewFile, 1, ENOSPC); }, [] {}},
         {"(faulty) use",
          [&] {
