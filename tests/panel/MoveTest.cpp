@@ -1,4 +1,5 @@
 #include "desk/core/TraceSettings.h"
+#include "host/files/FileException.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {

@@ -163,11 +163,16 @@ TEST_F(TabViewTest, ControlsFollowTheProduction) {
     EXPECT_TRUE(SearchField()->isEnabled());
     EXPECT_TRUE(Slider()->isEnabled());
     EXPECT_EQ(Title(), "Production: North Shore");
-    // Nobody decides these commands yet.
-    for (const char* name : {"New Project", "New Folder", "Move to Trash"})
-        EXPECT_FALSE(Button(name)->isEnabled());
+    EXPECT_TRUE(Button("New Folder")->isEnabled());
+    EXPECT_FALSE(Button("Move to Trash")->isEnabled());
+    MakeProject("A");
+    ASSERT_TRUE(Shows({"A"}));
+    Select({"A"});
+    EXPECT_TRUE(Button("Move to Trash")->isEnabled());
+    OtherUserLocks("A");
+    EXPECT_TRUE(Shows([&] { return !Button("Move to Trash")->isEnabled(); }));
     CloseProduction();
-    EXPECT_FALSE(SearchField()->isEnabled());
+    EXPECT_FALSE(SearchField()->isEnabled() || Button("New Folder")->isEnabled());
 }
 
 TEST_F(TabViewTest, CommandsGoToTheViewOrToTheBase) {
