@@ -1,0 +1,26 @@
+#include "desk/files/VolumeCache.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using desk::FindCacheTime;
+using std::chrono::seconds;
+
+TEST(VolumeCacheTest, TakesTheLongestTimeThatTheMountNames) {
+    EXPECT_EQ(FindCacheTime("nfs4", "rw,vers=4.2,acregmin=3,acregmax=5,acdirmax=9"), seconds(9));
+    EXPECT_EQ(FindCacheTime("nfs4", "rw,acregmax=5"), seconds(60)) << "acdirmax is the default then";
+    EXPECT_EQ(FindCacheTime("nfs", "rw,vers=3"), seconds(60));
+    EXPECT_EQ(FindCacheTime("nfs", "rw,noac"), seconds(0));
+    EXPECT_EQ(FindCacheTime("cifs", "rw,actimeo=3,closetimeo=1"), seconds(3));
+    EXPECT_EQ(FindCacheTime("fuse.sshfs", "rw"), seconds(20));
+    EXPECT_EQ(FindCacheTime("ext4", "rw,relatime"), seconds(1));
+    EXPECT_EQ(FindCacheTime("cifs", "actimeo=999999999999,acregmax=x"), seconds(0)) << "no number";
+}
+
+TEST(VolumeCacheTest, FindsTheMountOfAPath) {
+    EXPECT_LE(FindCacheTime("/proc"), seconds(1));
+    EXPECT_EQ(FindCacheTime("/no such folder"), seconds(1));
+}
+
+}  // namespace
