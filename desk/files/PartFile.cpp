@@ -23,7 +23,7 @@ namespace {
 constexpr std::uint64_t kLargeFile = 8 * 1024 * 1024;
 /// So many files are flushed one by one; more, with their volume.
 constexpr std::size_t kFewFiles = 8;
-/// How often a file is copied that changes meanwhile.
+/// How often a file is copied that changes meanwhile, and how often a part is tried to remove.
 constexpr int kTries = 3;
 
 FileSystem& Disk() {
@@ -146,11 +146,15 @@ void PartFile::TakeBack() noexcept {
 
 void PartFile::Remove() noexcept {
     mIsBegun = false;
-    try {
-        RemoveTree(mPath);
-    } catch (const host::FileException& exception) {
-        if (exception.SystemError() != ENOENT)
-            Log(LogLevel::Warning, std::string("what was begun could not be removed: ") + exception.what());
+    // A volume that has just failed may fail again.
+    for (int tries = 1; tries <= kTries; ++tries) {
+        try {
+            return RemoveTree(mPath);
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() == ENOENT) return;
+            if (tries == kTries)
+                Log(LogLevel::Warning, std::string("what was begun could not be removed: ") + exception.what());
+        }
     }
 }
 

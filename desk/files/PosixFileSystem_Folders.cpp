@@ -32,9 +32,12 @@ bool IsSameFile(const std::string& path, const struct stat& facts) {
 /// The second half of a rename by link. A volume may fail a call that it has carried out: the new name goes
 /// only where the old one is seen.
 int RemoveOldName(const std::string& from, const std::string& to, const struct stat& facts) {
-    if (::unlink(from.c_str()) == 0) return 0;
-    const int error = errno;
-    if (IsNothingAt(from)) return 0;
+    int error = 0;
+    for (int tries = 1; tries <= 2; ++tries) {
+        if (::unlink(from.c_str()) == 0) return 0;
+        error = errno;
+        if (IsNothingAt(from)) return 0;
+    }
     if (IsSameFile(from, facts)) ::unlink(to.c_str());
     return error;
 }
