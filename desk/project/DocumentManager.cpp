@@ -17,7 +17,8 @@ ProjectRef GetActiveProject() {
 }
 
 void SetActiveProject(const ProjectRef& project) {
-    if (DocumentManager* manager = DocumentManager::Instance(); manager && project) manager->SetActiveProject(project);
+    if (DocumentManager* manager = DocumentManager::Instance(); manager && project)
+        manager->SetActiveProject(project);
 }
 
 ScEnableSaveApplyToAllOption::ScEnableSaveApplyToAllOption() {

@@ -77,8 +77,8 @@ std::vector<Line> SplitLines(std::string_view text) {
 }
 
 /// Finds for each line of an edited text the line of the original whose place it has: equal lines, told by what
-/// is common at both ends and by lines that stand only once in both texts (patience diff), then lines in the same
-/// order between those.
+/// is common at both ends and by lines that stand only once in both texts (patience diff), then lines in the
+/// same order between those.
 class LineAlignment {
 public:
     static constexpr std::size_t kNew = static_cast<std::size_t>(-1);
@@ -154,13 +154,14 @@ private:
     }
 
     static std::vector<Pair> LongestRise(const std::vector<Pair>& pairs) {
-        // By length: the pair with the smallest end among the rises of that length. And each pair's predecessor.
+        // By length: the pair with the smallest end among the rises of that length. And each pair's
+        // predecessor.
         std::vector<std::size_t> tops;
         std::vector<std::size_t> before(pairs.size(), kNew);
         for (std::size_t i = 0; i < pairs.size(); ++i) {
-            const auto at = std::lower_bound(
-                tops.begin(), tops.end(), i,
-                [&](std::size_t a, std::size_t b) { return pairs[a].second < pairs[b].second; });
+            const auto at = std::lower_bound(tops.begin(), tops.end(), i, [&](std::size_t a, std::size_t b) {
+                return pairs[a].second < pairs[b].second;
+            });
             if (at != tops.begin()) before[i] = *std::prev(at);
             if (at == tops.end())
                 tops.push_back(i);
@@ -168,7 +169,8 @@ private:
                 *at = i;
         }
         std::vector<Pair> rise;
-        for (std::size_t i = tops.empty() ? kNew : tops.back(); i != kNew; i = before[i]) rise.push_back(pairs[i]);
+        for (std::size_t i = tops.empty() ? kNew : tops.back(); i != kNew; i = before[i])
+            rise.push_back(pairs[i]);
         std::reverse(rise.begin(), rise.end());
         return rise;
     }

@@ -25,8 +25,8 @@ public:
         NoText,
         /// Characters that an editor does not give back: U+FDD0, U+FDD1 and U+FFFC, which Qt uses itself.
         Characters,
-        /// A line of more than `kLongestLine` bytes, or more than `kMostLines`: an editor would take seconds to show
-        /// them, or at each key.
+        /// A line of more than `kLongestLine` bytes, or more than `kMostLines`: an editor would take seconds to
+        /// show them, or at each key.
         LongLine,
         ManyLines,
     };

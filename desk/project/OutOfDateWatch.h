@@ -12,8 +12,8 @@
 namespace desk {
 
 /// Notices that the file of an open project is no longer what was read from it. Looks every few seconds at what
-/// the folder store knows, and at once when a change of the folder is announced; where the store knows nothing, and
-/// to be sure, a worker looks at the file. Never waits for the volume. UI thread.
+/// the folder store knows, and at once when a change of the folder is announced; where the store knows nothing,
+/// and to be sure, a worker looks at the file. Never waits for the volume. UI thread.
 class OutOfDateWatch : public host::Listener {
 public:
     OutOfDateWatch();

@@ -12,11 +12,11 @@
 namespace desk {
 
 /// An open project: its path, its content, its lock, and what has become of them. What changes is announced on
-/// `kStation_ProjectDocuments`, and what a row shows also as `host::ReadOnlyStateChangedMessage`. `ProjectDocuments`
-/// makes it and runs everything that asks the user or waits for the volume. UI thread.
+/// `kStation_ProjectDocuments`, and what a row shows also as `host::ReadOnlyStateChangedMessage`.
+/// `ProjectDocuments` makes it and runs everything that asks the user or waits for the volume. UI thread.
 ///
-/// An editor shows `GetContent` and, if that is editable text, `GetEditorText`. While it exists it lends itself by
-/// `SetTextSource`, and tells by `SetDirty` whether its text differs from what it was given (Qt:
+/// An editor shows `GetContent` and, if that is editable text, `GetEditorText`. While it exists it lends itself
+/// by `SetTextSource`, and tells by `SetDirty` whether its text differs from what it was given (Qt:
 /// `QTextDocument::modificationChanged`). It lets nobody type while `IsReadOnly`. On `Content` it takes the
 /// text anew; on `State` it looks at dirty, read-only and out of date anew (after a save the document is not
 /// dirty: the editor's text counts as unmodified from then on, its undo steps stay).
@@ -93,14 +93,15 @@ using ProjectDocumentRef = host::RefPtr<ProjectDocument>;
 /// The open project as a document; empty for an empty reference or one that is none (tests have such).
 ZUHOST_API ProjectDocumentRef ToDocument(const host::ProjectRef& project);
 
-/// Announced on `kStation_ProjectDocuments`, at once, on the UI thread. That a document has been opened or closed
-/// is told by `host::ProjectOpenedMessage` and `host::ProjectClosedMessage`.
+/// Announced on `kStation_ProjectDocuments`, at once, on the UI thread. That a document has been opened or
+/// closed is told by `host::ProjectOpenedMessage` and `host::ProjectClosedMessage`.
 class ZUHOST_API ProjectDocumentMessage : public host::MessageTemplate<ProjectDocumentMessage> {
 public:
     enum class What {
         /// Dirty, read-only, out of date, or the path: what the tab's title shows.
         State,
-        /// The content has been replaced: the editor takes it anew (its kind too). The state may have changed with it.
+        /// The content has been replaced: the editor takes it anew (its kind too). The state may have changed
+        /// with it.
         Content,
         /// The document is to be brought to the front.
         Activated,

@@ -18,7 +18,8 @@ class OutOfDateWatch;
 /// The host's document manager: every operation of `host::DocumentManager`, with its questions by the process's
 /// `Dialogs`. Files are read and written by workers while the window lives (`RunLongWork`). The process has one
 /// while it has a place for open projects: the program makes it before the window and destroys it after it.
-/// While an operation on a project asks or waits, another one on the same project is refused (false). UI thread.
+/// While an operation on a project asks or waits, another one on the same project is refused (false). UI
+/// thread.
 class ZUHOST_API ProjectDocuments final : public host::DocumentManager {
 public:
     /// Becomes `host::DocumentManager::Instance()`.
@@ -70,8 +71,8 @@ private:
     };
 
     bool Open(const host::UTF16String& path);
-    /// Absent when the user does not want to open the project itself (a copy may be open then: `isCopyOpen`). Without
-    /// locks: read-only.
+    /// Absent when the user does not want to open the project itself (a copy may be open then: `isCopyOpen`).
+    /// Without locks: read-only.
     std::optional<ProjectLocking> LockOrAsk(const host::UTF16String& path, const ProjectFilePlace& file,
                                             bool& isCopyOpen);
     bool OpenCopy(const host::UTF16String& path, const ProjectFilePlace& file);

@@ -27,8 +27,8 @@ private:
 host::UTF16String EscapedReason(const std::string& reason);
 host::UTF16String ReasonOf(const host::FileException& exception);
 
-/// The permissions with which a new project is made: what the process's umask leaves of 0666, so that colleagues
-/// can read it as they can the files of other programs. Any thread; reads /proc only.
+/// The permissions with which a new project is made: what the process's umask leaves of 0666, so that
+/// colleagues can read it as they can the files of other programs. Any thread; reads /proc only.
 unsigned GetModeOfNewFiles();
 
 /// Makes a new file on a worker. False when something stands at `path`; throws `host::FileException`.

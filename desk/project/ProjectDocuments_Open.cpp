@@ -52,7 +52,8 @@ bool ProjectDocuments::OpenProject(const UTF16String& path) {
         return true;
     }
     if (!host::IsVantorProjectFile(normalized)) {
-        ProjectQuestions::TellNotOpened(normalized, host::ZString("$$$/Desk/Project/NoProject=It is not a project."));
+        ProjectQuestions::TellNotOpened(normalized,
+                                        host::ZString("$$$/Desk/Project/NoProject=It is not a project."));
         return false;
     }
     if (!mOpening.insert(normalized).second) return false;
@@ -64,13 +65,14 @@ bool ProjectDocuments::OpenProject(const UTF16String& path) {
 bool ProjectDocuments::Open(const UTF16String& path) {
     ProjectFilePlace file;
     const std::string bytes = host::UTF16to8(path);
-    if (!WorkOnOpening(path, [&](FileSystem& fileSystem) { file = FindProjectFile(fileSystem, bytes); })) return false;
+    if (!WorkOnOpening(path, [&](FileSystem& fileSystem) { file = FindProjectFile(fileSystem, bytes); }))
+        return false;
     for (const ProjectDocumentRef& document : GetDocuments()) {
         if (document->GetFile().mPath != file.mPath) continue;
         SetActiveProject(document);
-        TellUser(host::ZString("$$$/Desk/Project/SameFile=\"@0\" and \"@1\" are one file, which is open already.",
-                               {ProjectQuestions::NameOf(path),
-                                ProjectQuestions::NameOf(document->GetProjectPath())}));
+        TellUser(host::ZString(
+            "$$$/Desk/Project/SameFile=\"@0\" and \"@1\" are one file, which is open already.",
+            {ProjectQuestions::NameOf(path), ProjectQuestions::NameOf(document->GetProjectPath())}));
         return true;
     }
     bool isCopyOpen = false;
@@ -78,7 +80,8 @@ bool ProjectDocuments::Open(const UTF16String& path) {
     if (!locking) return isCopyOpen;
     // Under the lock, so that nobody writes after this reading.
     ProjectContent content;
-    if (!WorkOnOpening(path, [&](FileSystem& fileSystem) { content = ReadProjectFile(fileSystem, file.mPath); }))
+    if (!WorkOnOpening(path,
+                       [&](FileSystem& fileSystem) { content = ReadProjectFile(fileSystem, file.mPath); }))
         return false;
     const ProjectDocumentRef document = new ProjectDocument(path, file, std::move(content));
     document->SetLocks(locking->mLock, locking->mTargetLock);

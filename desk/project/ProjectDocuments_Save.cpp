@@ -23,7 +23,8 @@ using ProjectQuestions::ChangedAnswer;
 /// Writes the document's present content to a new file. False when something stands at `path`.
 bool WriteCopy(const ProjectDocument& document, const UTF16String& path) {
     if (document.IsEditable())
-        return CreateFileOnDisk(path, EditedText(document.GetContent().mBytes).ToBytes(document.GetCurrentText()));
+        return CreateFileOnDisk(path,
+                                EditedText(document.GetContent().mBytes).ToBytes(document.GetCurrentText()));
     try {
         host::FileUtils::Copy(host::UTF8to16(document.GetFile().mPath), path);
     } catch (const host::FileException& exception) {
@@ -70,7 +71,8 @@ ProjectDocuments::Saving ProjectDocuments::Save(const ProjectDocumentRef& docume
         if (writing.mOutcome == FileWriting::Outcome::Written) return {SaveResult::Saved, {}};
         if (writing.mOutcome == FileWriting::Outcome::Failed) return {};
         if (writing.mFound.mOutcome == FileComparison::Outcome::Changed) document->SetOutOfDate(true);
-        const ChangedAnswer answer = ProjectQuestions::AskAboutChange(document->GetProjectPath(), writing.mFound);
+        const ChangedAnswer answer =
+            ProjectQuestions::AskAboutChange(document->GetProjectPath(), writing.mFound);
         if (answer != ChangedAnswer::Overwrite) return copyIf(answer == ChangedAnswer::SaveAsCopy);
         approved = writing.mFound;
     }
@@ -83,10 +85,10 @@ std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const Proje
         const bool isLost = document->GetLock()->IsLost();
         const bool isTargetLost = !isLost && document->GetTargetLock() && document->GetTargetLock()->IsLost();
         if (!isLost && !isTargetLost) return {};
-        const ProjectLocking holder =
-            FindLockHolder(isLost ? path : host::UTF8to16(document->GetFile().mPath));
+        const ProjectLocking holder = FindLockHolder(isLost ? path : host::UTF8to16(document->GetFile().mPath));
         // The lost one stays, and says so; another is of no use any more.
-        document->SetLocks(isLost ? document->GetLock() : nullptr, isLost ? nullptr : document->GetTargetLock());
+        document->SetLocks(isLost ? document->GetLock() : nullptr,
+                           isLost ? nullptr : document->GetTargetLock());
         return ProjectQuestions::AskToCopyAfterLoss(path, holder) ? SaveAsCopy(document) : Saving{};
     } catch (const host::FileException& exception) {
         ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
@@ -117,8 +119,8 @@ FileWriting ProjectDocuments::Write(const ProjectDocumentRef& document, const UT
 ProjectDocuments::Saving ProjectDocuments::SaveAsCopy(const ProjectDocumentRef& document) {
     UTF16String path = host::GetZuProductionItemCopyPath(document->GetProjectPath(), {});
     for (;;) {
-        const auto chosen = GetServices().mDialogs->AskNewFile(
-            host::ZString("$$$/Desk/Project/SaveAsCopy=Save as Copy"), path);
+        const auto chosen =
+            GetServices().mDialogs->AskNewFile(host::ZString("$$$/Desk/Project/SaveAsCopy=Save as Copy"), path);
         if (!chosen) return {};
         path = host::PathUtils::ToNormalizedPath(*chosen);
         if (!host::IsVantorProjectFile(path)) path += host::GetProjectFileExtension();
@@ -127,7 +129,8 @@ ProjectDocuments::Saving ProjectDocuments::SaveAsCopy(const ProjectDocumentRef& 
             ProjectQuestions::TellNotCopied(
                 path, host::ZString("$$$/Desk/Project/NameTaken=There is something of this name already."));
         } catch (const host::FileException& exception) {
-            if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotCopied(path, ReasonOf(exception));
+            if (exception.SystemError() != ECANCELED)
+                ProjectQuestions::TellNotCopied(path, ReasonOf(exception));
         }
     }
 }

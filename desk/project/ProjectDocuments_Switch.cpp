@@ -32,7 +32,8 @@ host::UTF16String FindReasonAgainstEditing(const ProjectDocumentRef& document) {
     if (found.mOutcome == FileComparison::Outcome::Missing)
         return host::ZString("$$$/Desk/Project/NoLongerThere=Its file is no longer there.");
     document->SetOutOfDate(true);
-    return host::ZString("$$$/Desk/Project/ReloadFirst=Its file has changed since it was read. Reload it first.");
+    return host::ZString(
+        "$$$/Desk/Project/ReloadFirst=Its file has changed since it was read. Reload it first.");
 }
 
 }  // namespace

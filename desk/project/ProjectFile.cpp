@@ -84,8 +84,8 @@ ProjectContent ReadProjectFile(FileSystem& fileSystem, const std::string& path) 
     }
 }
 
-FileComparison CompareProjectFile(FileSystem& fileSystem, const std::string& path, const ProjectContent& expected,
-                                  bool alwaysReads) {
+FileComparison CompareProjectFile(FileSystem& fileSystem, const std::string& path,
+                                  const ProjectContent& expected, bool alwaysReads) {
     using Outcome = FileComparison::Outcome;
     ItemStatus status;
     try {

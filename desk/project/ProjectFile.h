@@ -45,12 +45,12 @@ struct ProjectFilePlace {
 };
 
 /// Follows the project's path (bytes) to a regular file. Throws `host::FileException` when nothing stands there
-/// (ENOENT), when it is no regular file (EINVAL), when links lead in circles (ELOOP). May wait for the volume; any
-/// thread.
+/// (ENOENT), when it is no regular file (EINVAL), when links lead in circles (ELOOP). May wait for the volume;
+/// any thread.
 ZUHOST_API ProjectFilePlace FindProjectFile(FileSystem& fileSystem, const std::string& path);
 
-/// Reads the regular file at `path`; again when it changes meanwhile. Throws `host::FileException`. May wait for
-/// the volume; any thread.
+/// Reads the regular file at `path`; again when it changes meanwhile. Throws `host::FileException`. May wait
+/// for the volume; any thread.
 ZUHOST_API ProjectContent ReadProjectFile(FileSystem& fileSystem, const std::string& path);
 
 /// True when both are of one state of a file, told by size and time of modification.
@@ -71,10 +71,10 @@ struct FileComparison {
     ItemStatus mStatus;
 };
 
-/// Looks whether the file at `path` still holds `expected`. A file whose size or time differ, but not its bytes,
-/// is the same; with `alwaysReads` the bytes of an editable one are compared in any case (times of some volumes
-/// are whole seconds). Throws `host::FileException` when the volume does not tell. May wait for the volume; any
-/// thread.
+/// Looks whether the file at `path` still holds `expected`. A file whose size or time differ, but not its
+/// bytes, is the same; with `alwaysReads` the bytes of an editable one are compared in any case (times of some
+/// volumes are whole seconds). Throws `host::FileException` when the volume does not tell. May wait for the
+/// volume; any thread.
 ZUHOST_API FileComparison CompareProjectFile(FileSystem& fileSystem, const std::string& path,
                                              const ProjectContent& expected, bool alwaysReads);
 
@@ -89,7 +89,8 @@ struct FileWriting {
     };
     Outcome mOutcome = Outcome::Failed;
     FileComparison mFound;
-    /// The bytes stand in the file now; after a failure too, when only its reply was lost or the last flush failed.
+    /// The bytes stand in the file now; after a failure too, when only its reply was lost or the last flush
+    /// failed.
     bool mStands = false;
     /// The file's state after it was written.
     ItemStatus mStatus;
@@ -97,11 +98,11 @@ struct FileWriting {
     std::string mError;
 };
 
-/// Replaces the file at `path` by `bytes`, whole or not at all, if it still is what was `expected`, or what the user
-/// has agreed to overwrite (`approved`: what an earlier attempt found). Throws nothing. May wait for the volume; any
-/// thread.
-ZUHOST_API FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
-                                        const ProjectContent& expected,
+/// Replaces the file at `path` by `bytes`, whole or not at all, if it still is what was `expected`, or what the
+/// user has agreed to overwrite (`approved`: what an earlier attempt found). Throws nothing. May wait for the
+/// volume; any thread.
+ZUHOST_API FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path,
+                                        const std::string& bytes, const ProjectContent& expected,
                                         const std::optional<FileComparison>& approved);
 
 }  // namespace desk

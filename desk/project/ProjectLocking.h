@@ -16,7 +16,8 @@ struct ProjectLocking {
         None,
         /// `mHolder` has the lock.
         Held,
-        /// For the reason that `mSystemError` names: a folder or volume that cannot be written, a name without room.
+        /// For the reason that `mSystemError` names: a folder or volume that cannot be written, a name without
+        /// room.
         Refused,
         /// The project is a link to a file whose name is no project's: nobody could lock that.
         TargetIsNoProject,
@@ -30,8 +31,8 @@ struct ProjectLocking {
     int mSystemError = 0;
 };
 
-/// Takes the lock of the project at `path` (normalised), and of the file that it leads to if it is a link, for the
-/// current user; all of them or none. May wait for the volume. UI thread.
+/// Takes the lock of the project at `path` (normalised), and of the file that it leads to if it is a link, for
+/// the current user; all of them or none. May wait for the volume. UI thread.
 ZUHOST_API ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFilePlace& file);
 
 /// Who holds the project now, from its lock file on the disk; unreadable when nobody can tell, with

@@ -80,9 +80,10 @@ UTF16String DescribeObstacle(const UTF16String& path, const ProjectLocking& lock
             return ZString("$$$/Desk/Project/HeldBy=\"@0\" is locked by @1.",
                            {name, DescribeHolder(locking.mHolder)});
         case ProjectLocking::Obstacle::TargetIsNoProject:
-            return ZString("$$$/Desk/Project/LinkToNoProject=\"@0\" is a link to a file that is no project, and "
-                           "cannot be locked.",
-                           {name});
+            return ZString(
+                "$$$/Desk/Project/LinkToNoProject=\"@0\" is a link to a file that is no project, and "
+                "cannot be locked.",
+                {name});
         case ProjectLocking::Obstacle::Refused:
             break;
     }
@@ -132,10 +133,9 @@ LockedAnswer AskAboutLock(const UTF16String& path, const ProjectLocking& locking
         isHeld ? ZString("$$$/Desk/Project/LockedAdvice=You can open it read-only, or edit a copy.")
                : ZString("$$$/Desk/Project/ReadOnlyAdvice=You can open it read-only.");
     const UTF16String text = DescribeObstacle(path, locking) + u"\n" + advice;
-    const Answer answer =
-        Ask(MakeQuestion(title, text,
-                         isHeld ? host::UTF16StringVec{readOnly, copy, CancelButton()}
-                                : host::UTF16StringVec{readOnly, CancelButton()}));
+    const Answer answer = Ask(MakeQuestion(title, text,
+                                           isHeld ? host::UTF16StringVec{readOnly, copy, CancelButton()}
+                                                  : host::UTF16StringVec{readOnly, CancelButton()}));
     if (answer.mButton == 0) return LockedAnswer::OpenReadOnly;
     return isHeld && answer.mButton == 1 ? LockedAnswer::MakeCopy : LockedAnswer::Cancel;
 }
@@ -156,20 +156,22 @@ SaveChoice AskToSave(const UTF16String& path, bool offersApplyToAll) {
 ChangedAnswer AskAboutChange(const UTF16String& path, const FileComparison& found) {
     const bool isMissing = found.mOutcome == FileComparison::Outcome::Missing;
     const UTF16String text =
-        isMissing ? ZString("$$$/Desk/Project/GoneText=The file of \"@0\" is no longer there: somebody has moved or "
-                            "removed it.",
-                            {NameOf(path)})
-                  : ZString("$$$/Desk/Project/ChangedText=The file of \"@0\" was changed at @1 by somebody who does not "
-                            "hold its lock. To overwrite it loses what they have written.",
-                            {NameOf(path), ShownLocalTime(found.mStatus.mModified / 1'000'000'000)});
-    Question question =
-        MakeQuestion(isMissing ? ZString("$$$/Desk/Project/Gone=Project File Is Gone")
-                               : ZString("$$$/Desk/Project/Changed=Project File Has Changed"),
-                     text,
-                     {CopyButton(),
-                      isMissing ? ZString("$$$/Desk/Project/SaveAgain=Save It Again")
-                                : ZString("$$$/Desk/Project/Overwrite=Overwrite"),
-                      CancelButton()});
+        isMissing
+            ? ZString(
+                  "$$$/Desk/Project/GoneText=The file of \"@0\" is no longer there: somebody has moved or "
+                  "removed it.",
+                  {NameOf(path)})
+            : ZString(
+                  "$$$/Desk/Project/ChangedText=The file of \"@0\" was changed at @1 by somebody who does not "
+                  "hold its lock. To overwrite it loses what they have written.",
+                  {NameOf(path), ShownLocalTime(found.mStatus.mModified / 1'000'000'000)});
+    Question question = MakeQuestion(isMissing ? ZString("$$$/Desk/Project/Gone=Project File Is Gone")
+                                               : ZString("$$$/Desk/Project/Changed=Project File Has Changed"),
+                                     text,
+                                     {CopyButton(),
+                                      isMissing ? ZString("$$$/Desk/Project/SaveAgain=Save It Again")
+                                                : ZString("$$$/Desk/Project/Overwrite=Overwrite"),
+                                      CancelButton()});
     question.mIsWarning = true;
     const std::size_t button = Ask(question).mButton;
     if (button == question.mCancel) return ChangedAnswer::Cancel;
@@ -182,25 +184,27 @@ bool AskToCopyAfterLoss(const UTF16String& path, const ProjectLocking& holder) {
             ? ZString("$$$/Desk/Project/LostTo=Your lock on \"@0\" was taken over: it is held by @1.",
                       {NameOf(path), DescribeHolder(holder.mHolder)})
             : ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on \"@0\".", {NameOf(path)});
-    return AskToCopy(
-        ZString("$$$/Desk/Project/LockLost=Lock Lost"),
-        who + u"\n" +
-            ZString("$$$/Desk/Project/LockLostAdvice=Nothing was overwritten. The project is read-only now; your changes "
-                    "can be saved as a copy."));
+    return AskToCopy(ZString("$$$/Desk/Project/LockLost=Lock Lost"),
+                     who + u"\n" +
+                         ZString("$$$/Desk/Project/LockLostAdvice=Nothing was overwritten. The project is "
+                                 "read-only now; your changes "
+                                 "can be saved as a copy."));
 }
 
 bool AskToCopyReadOnly(const UTF16String& path) {
-    return AskToCopy(ZString("$$$/Desk/Project/ReadOnly=Project Is Read-Only"),
-                     ZString("$$$/Desk/Project/ReadOnlyText=\"@0\" is open read-only. Your changes can be saved as a copy.",
-                             {NameOf(path)}));
+    return AskToCopy(
+        ZString("$$$/Desk/Project/ReadOnly=Project Is Read-Only"),
+        ZString("$$$/Desk/Project/ReadOnlyText=\"@0\" is open read-only. Your changes can be saved as a copy.",
+                {NameOf(path)}));
 }
 
 bool AskToReload(const UTF16String& path) {
-    Question question = MakeQuestion(
-        ZString("$$$/Desk/Project/Reload=Reload Project"),
-        ZString("$$$/Desk/Project/ReloadText=\"@0\" has unsaved changes, which are lost when it is read from the disk again.",
-                {NameOf(path)}),
-        {CancelButton(), ZString("$$$/Desk/Project/DiscardAndReload=Discard and Reload")});
+    Question question =
+        MakeQuestion(ZString("$$$/Desk/Project/Reload=Reload Project"),
+                     ZString("$$$/Desk/Project/ReloadText=\"@0\" has unsaved changes, which are lost when it "
+                             "is read from the disk again.",
+                             {NameOf(path)}),
+                     {CancelButton(), ZString("$$$/Desk/Project/DiscardAndReload=Discard and Reload")});
     question.mCancel = 0;
     question.mIsWarning = true;
     return Ask(question).mButton == 1;

@@ -44,7 +44,8 @@ TEST_F(CloseProjectTest, AChangedProjectAsksWhetherToSave) {
         EXPECT_EQ(mFolder.Exists(kLock), !c.mIsClosed);
         EXPECT_EQ(mFolder.Read(kProject), c.mContent);
         EXPECT_EQ(document->IsDirty(), !c.mIsClosed || std::string("Discard") == host::UTF16to8(c.mAnswer));
-        EXPECT_TRUE(Manager().CloseProject(document, false)) << "without a question, and when it is closed already";
+        EXPECT_TRUE(Manager().CloseProject(document, false))
+            << "without a question, and when it is closed already";
         EXPECT_FALSE(mFolder.Exists(kLock));
     }
 }

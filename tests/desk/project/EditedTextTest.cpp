@@ -39,10 +39,13 @@ TEST(EditedText, EveryCharacterComesBackFromTheEditorOrIsRefused) {
 }
 
 TEST(EditedText, WhatWasNotEditedComesBackByteForByte) {
-    const std::vector<std::string> parts = {"\r", "\n", "\r\n", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xC2\xA0",
-                                            "a",  "bc", "é",    "\t",           kMark,          "\xF0\x9F\x8E\xAC"};
+    const std::vector<std::string> parts = {
+        "\r", "\n", "\r\n", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xC2\xA0",
+        "a",  "bc", "é",    "\t",           kMark,          "\xF0\x9F\x8E\xAC"};
     std::mt19937 random(7);
-    const auto pick = [&](std::size_t count) { return std::uniform_int_distribution<std::size_t>(0, count - 1)(random); };
+    const auto pick = [&](std::size_t count) {
+        return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
+    };
     for (int round = 0; round < 300; ++round) {
         std::string bytes;
         for (std::size_t count = pick(40); count > 0; --count) bytes += parts[pick(parts.size())];
@@ -74,14 +77,26 @@ TEST(EditedText, EditsTakeTheLineEndsOfTheirPlace) {
         {"behind a last line without end", "a\r\nb\nc\rd", u"a\nb\nc\nd\ne", "a\r\nb\nc\rd\re"},
         {"edits in two places", "1\r\n2\n3\r\n4\n5", u"1x\n2\n3\n4y\n5", "1x\r\n2\n3\r\n4y\n5"},
         {"a line removed", "1\r\n2\n3\r\n4", u"1\n3\n4", "1\r\n3\r\n4"},
-        {"lines inserted and removed", "1\n2\n3\r\n4\r5\n6\n", u"1\nnew\nnew\n2\n4\n5\n6\n", "1\nnew\nnew\n2\n4\r5\n6\n"},
+        {"lines inserted and removed", "1\n2\n3\r\n4\r5\n6\n", u"1\nnew\nnew\n2\n4\n5\n6\n",
+         "1\nnew\nnew\n2\n4\r5\n6\n"},
         {"the last end removed", "1\r\n2\n", u"1\n2", "1\r\n2"},
         {"mark", std::string(kMark) + "a", u"b", std::string(kMark) + "b"},
         {"U+2029 from the editor", "a\r\nb", u"a\u2029b", "a\r\nb"},
-        {"U+2029 of the file", "a\xE2\x80\xA9" "b\n", u"a\nb\nc", "a\xE2\x80\xA9" "b\nc"},
+        {"U+2029 of the file",
+         "a\xE2\x80\xA9"
+         "b\n",
+         u"a\nb\nc",
+         "a\xE2\x80\xA9"
+         "b\nc"},
         {"Shift+Return", "a\nb", u"a\u2028c\nb", "a\nc\nb"},
-        {"U+2028 of the file", "a\xE2\x80\xA8" "c\nb", u"a\u2028c\nbx", "a\xE2\x80\xA8" "c\nbx"},
-        {"no text", "a", host::UTF16String(u"a\0\xD800\xDC41\xDC80\xFFFC", 6), "a\xEF\xBF\xBD\xF0\x90\x81\x81\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"U+2028 of the file",
+         "a\xE2\x80\xA8"
+         "c\nb",
+         u"a\u2028c\nbx",
+         "a\xE2\x80\xA8"
+         "c\nbx"},
+        {"no text", "a", host::UTF16String(u"a\0\xD800\xDC41\xDC80\xFFFC", 6),
+         "a\xEF\xBF\xBD\xF0\x90\x81\x81\xEF\xBF\xBD\xEF\xBF\xBD"},
     };
     for (const auto& c : cases) EXPECT_EQ(EditedText(c.mBytes).ToBytes(c.mEdited), c.mExpected) << c.mWhat;
 }
