@@ -5,6 +5,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusTipEvent>
+#include <algorithm>
+#include <vector>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
@@ -109,7 +111,11 @@ void MainWindow::FillWindowMenu(QMenu& menu) {
         action->setData(QString(kDynamicEntry));
         menu.insertAction(first, action);
     };
-    for (const PanelRegistry::WindowEntry& entry : PanelRegistry::Instance().GetWindowEntries()) {
+    std::vector<PanelRegistry::WindowEntry> entries = PanelRegistry::Instance().GetWindowEntries();
+    std::ranges::stable_partition(entries, [](const PanelRegistry::WindowEntry& entry) {
+        return !PanelRegistry::Instance().IsOnDemand(entry.mHandlerID);
+    });
+    for (const PanelRegistry::WindowEntry& entry : entries) {
         auto* action =
             new QAction(ToDisplayText(entry.mTitle).replace(QLatin1Char('&'), QLatin1String("&&")), &menu);
         const DockWorkspaceFrame* frame = mWorkspace->FindFrame(entry.mHandlerID);
@@ -155,7 +161,8 @@ bool MainWindow::event(QEvent* event) {
 /// Who comes back to the window may find that another has taken or given up a lock.
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && mProjectCommands) mProjects->UpdateHolders();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && mProjectCommands)
+        mProjects->UpdateHolders();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -13,6 +13,7 @@ namespace desk {
 namespace {
 
 constexpr int kBarSteps = 1000;
+constexpr int kBarHeight = 4;
 constexpr int kMargin = 10;
 constexpr int kGap = 4;
 
@@ -39,7 +40,9 @@ ProgressRow::ProgressRow(std::uint64_t id, QWidget* parent)
     QFont font = mName->font();
     font.setBold(true);
     mName->setFont(font);
+    setFocusPolicy(Qt::ClickFocus);
     mBar->setTextVisible(false);
+    mBar->setFixedHeight(kBarHeight);
     connect(mCancel, &QPushButton::clicked, this, [id] {
         if (CopyQueue* queue = CopyQueue::Current()) queue->Cancel(id);
     });
@@ -65,13 +68,20 @@ void ProgressRow::Show(const CopyJob& job) {
     mFolder->SetFullText(DescribeFolder(job));
     mState->SetFullText(DescribeState(job));
     ShowBar(job);
-    mCancel->setVisible(!job.IsFinished());
-    mCancel->setEnabled(!job.mIsCancelling);
+    ShowCancel(job);
     setAccessibleName(name);
     const host::UTF16String text = ToUTF16(name);
     mBar->setAccessibleName(ToQString(host::ZString("$$$/Desk/Progress/BarName=Copying @0", {text})));
     mCancel->setAccessibleName(
         ToQString(host::ZString("$$$/Desk/Progress/CancelName=Cancel copying @0", {text})));
+}
+
+/// The focus stays in the row: the next key would press the next row's button.
+void ProgressRow::ShowCancel(const CopyJob& job) {
+    const bool isOffered = !job.IsFinished() && !job.mIsCancelling;
+    if (!isOffered && mCancel->hasFocus()) setFocus();
+    mCancel->setVisible(!job.IsFinished());
+    mCancel->setEnabled(isOffered);
 }
 
 void ProgressRow::ShowBar(const CopyJob& job) {

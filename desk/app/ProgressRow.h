@@ -23,6 +23,7 @@ public:
 
 private:
     void LayOut();
+    void ShowCancel(const CopyJob& job);
     void ShowBar(const CopyJob& job);
 
     ElidedLabel* mName;

@@ -35,8 +35,8 @@
 #include "desk/framework/MenuResources.h"
 #include "desk/framework/PluginLoader.h"
 #include "desk/framework/Shortcuts.h"
-#include "desk/project/ProjectDocuments.h"
 #include "desk/project/CopyQueue.h"
+#include "desk/project/ProjectDocuments.h"
 #include "desk/project/TrashMoves.h"
 
 namespace desk {
@@ -45,6 +45,8 @@ namespace {
 /// Many, since they mostly wait for the volume.
 constexpr unsigned kWorkers = 24;
 constexpr std::chrono::seconds kPatience(3);
+/// While a copy ends and what it has made is removed.
+constexpr std::chrono::seconds kPatienceWithCopies(10);
 constexpr std::chrono::milliseconds kBetweenTries(100);
 
 /// While Qt looks for the display: it would end the process with its own words and a core dump.
@@ -173,8 +175,9 @@ int Session::Execute() {
     mParts->mSignals = QuitOnSignals(*mParts->mWindow);
     const int exitCode = QApplication::exec();
     mParts->mWindow->SaveLayout();
-    EndAtTheLatestIn(kPatience, exitCode);
-    Close();
+    const std::chrono::seconds patience = mParts->mCopyQueue->IsBusy() ? kPatienceWithCopies : kPatience;
+    EndAtTheLatestIn(patience, exitCode);
+    Close(patience);
     return exitCode;
 }
 
@@ -253,8 +256,9 @@ void Session::TakeScreenshot() {
         std::make_unique<Screenshot>(*mParts->mWindow, mCommandLine.mScreenshot, isOpening, done);
 }
 
-/// Copies end at their next step, and remove what they have made, while the panels go, which use everything else.
-void Session::Close() {
+/// Copies end at their next step, and remove what they have made, while the panels go, which use everything
+/// else.
+void Session::Close(std::chrono::seconds patience) {
     mParts->mCopyQueue.reset();
     mParts->mScreenshot.reset();
     mParts->mWindow.reset();
@@ -262,7 +266,7 @@ void Session::Close() {
     mParts->mColorScheme.reset();
     mParts->mDebugDatabase.reset();
     mParts->mUsageLog.reset();
-    mParts->mWorkerPool.WaitUntilIdle(kPatience);
+    mParts->mWorkerPool.WaitUntilIdle(patience);
     mParts->mFolderStore.reset();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -32,7 +33,7 @@ private:
     void OpenFirstProduction();
     void OpenProjects();
     void TakeScreenshot();
-    void Close();
+    void Close(std::chrono::seconds patience);
 
     const CommandLine& mCommandLine;
     std::unique_ptr<Parts> mParts;

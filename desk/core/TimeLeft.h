@@ -17,7 +17,8 @@ public:
 
     /// To be told some times a second.
     void Note(Time now, std::uint64_t bytesDone);
-    /// Absent before three seconds of work, and while the pace of the last seconds has doubled or halved.
+    /// Absent before three steps over three seconds of work, while the pace of the last steps has doubled or
+    /// halved, and when the next step is long overdue.
     std::optional<std::chrono::seconds> Estimate(std::uint64_t bytesTotal) const;
 
 private:
@@ -27,7 +28,9 @@ private:
     };
     static double PaceBetween(const Sample& from, const Sample& to);
 
+    /// Where the work stood after its last steps.
     std::deque<Sample> mSamples;
+    Time mNow;
 };
 
 }  // namespace desk

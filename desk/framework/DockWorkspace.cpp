@@ -24,7 +24,7 @@ constexpr QLatin1String kOpenPanels("openPanels");
 /// Of the window's width, as long as the user has not chosen: a panel shows five columns without scrolling.
 constexpr double kDefaultShare = 0.725;
 /// Of a panel on demand, in view units.
-constexpr int kDefaultHeight = 190;
+constexpr int kDefaultHeight = 240;
 
 DockWorkspace* sCurrent = nullptr;
 

@@ -27,6 +27,7 @@ public:
         : mFrom(from), mTo(to), mHidden(JoinPath<std::string>(to, MakeTemporaryName())) {}
 
     void Run(WorkProgress& progress) {
+        progress.SetItem(host::UTF8to16(mFrom.substr(mFrom.rfind('/') + 1)));
         if (!GetServices().mFileSystem->ListFolder(mTo).empty()) ThrowFileException("copy to", mTo, ENOTEMPTY);
         CopyItem(mFrom, mHidden, progress);
         try {

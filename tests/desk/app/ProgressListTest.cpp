@@ -166,8 +166,12 @@ TEST(ProgressTexts, TimeIsToldInStepsAndOnlyWhileThePaceIsSteady) {
     EXPECT_FALSE(timeLeft.Estimate(1000)) << "too early";
     for (int i = 6; i <= 10; ++i) note(i * 500ms, static_cast<std::uint64_t>(i) * 50);
     EXPECT_EQ(timeLeft.Estimate(1000), 5s);
-    for (int i = 11; i <= 18; ++i) note(i * 500ms, 500);
+    note(7s, 500);
+    EXPECT_EQ(timeLeft.Estimate(1000), 3s) << "counts down between steps";
+    note(9s, 500);
     EXPECT_FALSE(timeLeft.Estimate(1000)) << "it stands still";
+    note(30s, 550);
+    EXPECT_FALSE(timeLeft.Estimate(1000)) << "its pace has changed";
 }
 
 }  // namespace desk
