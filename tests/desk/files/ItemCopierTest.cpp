@@ -15,6 +15,8 @@
 #include "desk/core/WorkerPool.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/ItemCopier.h"
+#include "desk/project/Leftovers.h"
+#include "desk/project/LockProtocol.h"
 #include "host/files/FileException.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/LogExpectation.h"
@@ -345,6 +347,17 @@ TEST_F(ItemCopierTest, ATreeIsRemovedWithoutFollowingLinks) {
     EXPECT_THROW(mDisk.RemoveFromTree(mFolder.Path("tree"), "swapped/kept", false), host::FileException);
     EXPECT_THROW(mDisk.RemoveFromTree(mFolder.Path("tree/swapped"), "kept", false), host::FileException);
     EXPECT_TRUE(mFolder.Exists("outside/kept"));
+}
+
+TEST_F(ItemCopierTest, PartsOfDeadProcessesAreSweptWithAllThatIsInThem) {
+    desk::LockRecord owner = desk::MakeLockRecord(mDesktop, {}, {});
+    const std::string living = desk::MakeTemporaryName(owner);
+    owner.mBootID = "00000000-0000-0000-0000-000000000000";
+    const std::string dead = desk::MakeTemporaryName(owner);
+    for (const std::string& part : {living, dead}) mFolder.Write("to/" + part + "/sub/file");
+    fs::create_directory_symlink("..", mFolder.Path("to/" + dead + "/sub/link"));
+    desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path("to"));
+    EXPECT_EQ(Names("to"), std::set<std::string>{living});
 }
 
 TEST_F(ItemCopierTest, AFullVolumeKeepsNothingOfACopyAndTheSourceOfAMove) {
