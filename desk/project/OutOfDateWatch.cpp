@@ -1,5 +1,6 @@
 #include "desk/project/OutOfDateWatch.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <utility>

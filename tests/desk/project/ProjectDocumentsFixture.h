@@ -18,6 +18,17 @@
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/TemporaryFolder.h"
 
+/// Cancels whatever is asked, and counts it.
+class CancellingDialogs : public ScriptedDialogs {
+public:
+    void ShowMessage(const host::UTF16String&, const host::UTF16String&) override { ++mCount; }
+    desk::Answer Ask(const desk::Question& question) override {
+        ++mCount;
+        return {question.mCancel, false};
+    }
+    int mCount = 0;
+};
+
 /// A document manager on a folder with projects, with editors that the test types in, and another user.
 class ProjectDocumentsFixture : public testing::Test {
 protected:

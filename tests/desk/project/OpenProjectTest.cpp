@@ -1,0 +1,267 @@
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "desk/core/WorkProgress.h"
+#include "host/core/Messaging.h"
+#include "tests/desk/project/ProjectDocumentsFixture.h"
+
+namespace {
+
+using Kind = desk::ProjectContent::Kind;
+using What = desk::ProjectDocumentMessage::What;
+
+class OpenProjectTest : public ProjectDocumentsFixture {};
+
+/// Writes down what tabs and rows are told.
+class Announcements : public host::Listener {
+public:
+    Announcements() {
+        host::AddListener(desk::kStation_ProjectDocuments, this);
+        host::AddListener(host::kBackendProjectActivationStationID, this);
+    }
+    ~Announcements() override {
+        host::RemoveListener(desk::kStation_ProjectDocuments, this);
+        host::RemoveListener(host::kBackendProjectActivationStationID, this);
+    }
+    void ListenToMessage(const host::Message& message) override {
+        if (host::MessageCast<host::ProjectOpenedMessage>(message)) mNotes.push_back("opened");
+        if (host::MessageCast<host::ProjectClosedMessage>(message)) mNotes.push_back("closed");
+        if (const auto* row = host::MessageCast<host::ReadOnlyStateChangedMessage>(message))
+            mNotes.push_back(row->IsReadOnly() ? "row read-only" : "row");
+        if (const auto* news = host::MessageCast<desk::ProjectDocumentMessage>(message))
+            mNotes.push_back(news->GetWhat() == What::State     ? "state"
+                             : news->GetWhat() == What::Content ? "content"
+                                                                : "front");
+    }
+    std::vector<std::string> Take() { return std::exchange(mNotes, {}); }
+
+private:
+    std::vector<std::string> mNotes;
+};
+
+using Notes = std::vector<std::string>;
+
+}  // namespace
+
+TEST_F(OpenProjectTest, TakesTheLockTellsRowAndTabAndGivesAllUpWhenItIsClosed) {
+    EXPECT_EQ(host::DocumentManager::Instance(), &Manager());
+    Announcements announcements;
+    const desk::ProjectDocumentRef document = OpenAndFind("Day 1//Reel 1.zuproj");
+    EXPECT_EQ(announcements.Take(), (Notes{"opened", "front"}));
+    EXPECT_EQ(desk::ParseLockRecord(mFolder.Read(kLock)).mUser, mDesktop.mUserName);
+    EXPECT_FALSE(document->IsReadOnly() || document->IsDirty() || document->IsOutOfDate());
+    EXPECT_EQ(document->GetEditorText(), u"one\ntwo\nthree");
+    EXPECT_EQ(host::GetActiveProject(), document);
+
+    const desk::ProjectDocumentRef other = OpenAndFind((mFolder.Write("b.zuproj"), "b.zuproj"));
+    EXPECT_EQ(host::GetActiveProject(), other);
+    announcements.Take();
+    EXPECT_TRUE(Open()) << "open already: comes to the front";
+    EXPECT_EQ(announcements.Take(), Notes{"front"});
+    Edit(document, u"x");
+    EXPECT_EQ(announcements.Take(), (Notes{"state", "row"}));
+    EXPECT_TRUE(Manager().CloseProject(document, false));
+    EXPECT_EQ(announcements.Take(), (Notes{"closed", "front"}));
+    EXPECT_FALSE(mFolder.Exists(kLock));
+    EXPECT_EQ(mFolder.Read(kProject), kBytes);
+    EXPECT_EQ(host::GetActiveProject(), other);
+    mManager.reset();
+    EXPECT_EQ(host::OpenProjectCount(), 0);
+    EXPECT_FALSE(host::DocumentManager::Instance() || host::GetActiveProject());
+}
+
+TEST_F(OpenProjectTest, SomebodyElsesLockIsAskedAbout) {
+    WriteForeignLock();
+    const std::string record = mFolder.Read(kLock);
+    mDialogs.ExpectQuestion("Project Locked", u"Cancel");
+    EXPECT_FALSE(Open());
+    for (const char* part : {"Reel 1", "tomas", "edit-bay-2", "since"}) EXPECT_TRUE(AsksFor(part)) << part;
+    EXPECT_EQ(host::OpenProjectCount(), 0);
+
+    mDialogs.ExpectQuestion("Project Locked", u"Make a Copy");
+    EXPECT_TRUE(Open());
+    EXPECT_FALSE(Find());
+    EXPECT_FALSE(OpenAndFind("Day 1/Reel 1 copy.zuproj")->IsReadOnly());
+    EXPECT_EQ(mFolder.Read("Day 1/Reel 1 copy.zuproj"), kBytes);
+
+    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
+    EXPECT_TRUE(OpenAndFind()->IsReadOnly());
+    EXPECT_TRUE(Manager().CloseAllProjects());
+    EXPECT_EQ(mFolder.Read(kLock), record);
+
+    mFolder.Write(kLock, "{");
+    mDialogs.ExpectQuestion("Project Locked", u"Cancel");
+    EXPECT_FALSE(Open());
+    EXPECT_TRUE(AsksFor("somebody unknown"));
+    mFolder.Remove(kLock);
+}
+
+TEST_F(OpenProjectTest, ACopyThatCannotBeMadeIsTold) {
+    WriteForeignLock();
+    mDialogs.ExpectQuestion("Project Locked", u"Make a Copy");
+    mDialogs.ExpectMessage("The Copy Was Not Made");
+    mDisk.Fail(Operation::CopyFile, 1, ENOSPC);
+    EXPECT_FALSE(Open());
+    EXPECT_TRUE(AsksFor("No space left")) << mDialogs.LastText();
+    EXPECT_FALSE(mFolder.Exists("Day 1/Reel 1 copy.zuproj"));
+}
+
+TEST_F(OpenProjectTest, WhereNoLockCanBeWrittenItCanBeLookedAt) {
+    for (const host::UTF16String answer : {u"Cancel", u"Open Read-Only"}) {
+        mDisk.Fail(Operation::CreateNewFile, 1, EROFS);
+        mDialogs.ExpectQuestion("Project Cannot Be Locked", answer);
+        EXPECT_EQ(Open(), answer != u"Cancel");
+        EXPECT_TRUE(AsksFor("Read-only file system")) << mDialogs.LastText();
+        EXPECT_FALSE(mFolder.Exists(kLock));
+    }
+    EXPECT_TRUE(Find()->IsReadOnly());
+    EXPECT_EQ(Find()->GetEditorText(), u"one\ntwo\nthree");
+    const std::string longest = std::string(255 - 7, 'x') + ".zuproj";
+    mFolder.Write(longest);
+    mDialogs.ExpectQuestion("Project Cannot Be Locked", u"Cancel");
+    EXPECT_FALSE(Open(longest));
+}
+
+TEST_F(OpenProjectTest, WhatIsNoFileIsRefusedAtOnceAndNeverLocked) {
+    ASSERT_EQ(mkfifo(mFolder.Path("pipe.zuproj").c_str(), 0600), 0);
+    mFolder.MakeFolder("folder.zuproj");
+    std::filesystem::create_symlink("loop.zuproj", mFolder.Path("loop.zuproj"));
+    std::filesystem::create_symlink("nowhere", mFolder.Path("dangling.zuproj"));
+    std::filesystem::create_symlink("folder.zuproj", mFolder.Path("to folder.zuproj"));
+    std::filesystem::create_symlink("/dev/null", mFolder.Path("device.zuproj"));
+    const int socketFile = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{AF_UNIX, {}};
+    mFolder.Path("socket.zuproj").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(socketFile, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    mFolder.Write("notes.txt");
+    for (const char* name :
+         {"pipe.zuproj", "folder.zuproj", "loop.zuproj", "dangling.zuproj", "to folder.zuproj", "device.zuproj",
+          "socket.zuproj", "missing.zuproj", "notes.txt"}) {
+        mDialogs.ExpectMessage("The Project Was Not Opened");
+        EXPECT_FALSE(Open(name)) << name;
+        EXPECT_EQ(CountHidden(), 0) << name;
+    }
+    EXPECT_EQ(mDisk.Count(Operation::Link), 0);
+    close(socketFile);
+}
+
+TEST_F(OpenProjectTest, AFaultAtAnyStepLeavesNoLockAndNothingOpen) {
+    ASSERT_TRUE(Open());
+    ASSERT_TRUE(Manager().CloseAllProjects());
+    mDisk.ResetCounts();
+    ASSERT_TRUE(Open());
+    const int steps = mDisk.Count(Operation::Any);
+    ASSERT_TRUE(Manager().CloseAllProjects());
+    EXPECT_GT(steps, 6);
+    int refusals = 0;
+    for (int step = 1; step <= steps; ++step) {
+        mDisk.ResetCounts();
+        mDisk.Fail(Operation::Any, step, EIO);
+        bool isOpen = false;
+        {
+            CancellingDialogs dialogs;
+            isOpen = Open();
+            EXPECT_EQ(isOpen, dialogs.mCount == 0) << "step " << step;
+        }
+        refusals += !isOpen;
+        EXPECT_EQ(host::OpenProjectCount(), isOpen ? 1 : 0) << "step " << step;
+        Manager().CloseAllProjects();
+        mMainThread.Advance(std::chrono::seconds(4));
+        EXPECT_EQ(CountHidden(), 0) << "step " << step;
+        EXPECT_EQ(mFolder.Read(kProject), kBytes);
+    }
+    EXPECT_GT(refusals, 3);
+}
+
+TEST_F(OpenProjectTest, AnOpeningThatTheUserCancelsLeavesNoLock) {
+    class Cancelling : public ScriptedDialogs {
+    public:
+        explicit Cancelling(FaultyFileSystem& disk) : mDisk(disk) {}
+        void WaitFor(const host::UTF16String& title, desk::WorkProgress& progress,
+                     const std::future<void>& done) override {
+            EXPECT_EQ(title, u"Opening Project");
+            progress.Cancel();
+            mDisk.OpenGate();
+            done.wait();
+        }
+        FaultyFileSystem& mDisk;
+    } dialogs(mDisk);
+    mDisk.CloseGate(Operation::ReadSmallFile, mFolder.Path(kProject));
+    EXPECT_FALSE(Open());
+    EXPECT_FALSE(mFolder.Exists(kLock));
+    EXPECT_TRUE(Open());
+}
+
+TEST_F(OpenProjectTest, ShowsWhatCannotBeEditedAsWhatItIs) {
+    const struct {
+        std::string mBytes;
+        Kind mKind;
+    } cases[] = {{std::string("\0\1\2", 3), Kind::Binary},
+                 {"caf\xE9", Kind::Binary},
+                 {"a\xEF\xBF\xBC", Kind::Text},
+                 {std::string(300 * 1024, 'x'), Kind::Text},
+                 {"", Kind::EditableText},
+                 {std::string(desk::kEditableLimit / 2, '\n'), Kind::Text},
+                 {std::string(desk::kEditableLimit, 'x').replace(1 << 18, 1, "\n"), Kind::Text},
+                 {std::string(desk::kEditableLimit + 1, '\n'), Kind::Large}};
+    for (const auto& c : cases) {
+        mFolder.Write(kProject, c.mBytes);
+        const desk::ProjectDocumentRef document = OpenAndFind();
+        EXPECT_EQ(document->GetContent().mKind, c.mKind) << c.mBytes.size();
+        EXPECT_EQ(document->GetContent().mStatus.mSize, c.mBytes.size());
+        document->SetDirty(true);
+        EXPECT_EQ(document->IsDirty(), c.mKind == Kind::EditableText);
+        EXPECT_TRUE(Manager().CloseProject(document, false));
+    }
+    EXPECT_EQ(mFolder.Read(kProject), cases[std::size(cases) - 1].mBytes);
+}
+
+TEST_F(OpenProjectTest, AHugeFileIsNotRead) {
+    std::filesystem::resize_file(mFolder.Path(kProject), std::uintmax_t(1) << 40);
+    mDisk.ResetCounts();
+    const desk::ProjectDocumentRef document = OpenAndFind();
+    EXPECT_EQ(document->GetContent().mKind, Kind::Large);
+    EXPECT_LE(mDisk.Count(Operation::ReadSmallFile), 2) << "its lock only";
+}
+
+TEST_F(OpenProjectTest, ALinkHoldsBothLocksAndIsSavedThrough) {
+    std::filesystem::create_symlink("Day 1/Reel 1.zuproj", mFolder.Path("link.zuproj"));
+    const desk::ProjectDocumentRef document = OpenAndFind("link.zuproj");
+    EXPECT_TRUE(mFolder.Exists(kLock) && mFolder.Exists(".link.zuproj.lock"));
+    EXPECT_TRUE(Open()) << "one file is not opened twice";
+    EXPECT_EQ(host::OpenProjectCount(), 1);
+    Edit(document, u"one\nthree");
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(std::filesystem::is_symlink(mFolder.Path("link.zuproj")));
+    EXPECT_EQ(mFolder.Read(kProject), "one\r\nthree");
+    EXPECT_TRUE(Manager().CloseProject(document, true));
+    EXPECT_FALSE(mFolder.Exists(kLock) || mFolder.Exists(".link.zuproj.lock"));
+
+    WriteForeignLock();
+    mDialogs.ExpectQuestion("Project Locked", u"Make a Copy");
+    EXPECT_TRUE(Open("link.zuproj"));
+    EXPECT_TRUE(
+        std::filesystem::is_regular_file(std::filesystem::symlink_status(mFolder.Path("link copy.zuproj"))));
+    mFolder.Write("data.bin", "x");
+    std::filesystem::create_symlink("data.bin", mFolder.Path("data.zuproj"));
+    mDialogs.ExpectQuestion("Project Cannot Be Locked", u"Open Read-Only");
+    EXPECT_TRUE(OpenAndFind("data.zuproj")->IsReadOnly());
+}
+
+TEST_F(OpenProjectTest, NewProjectsGetFreeNamesAndTakeNobodys) {
+    const mode_t mask = umask(027);
+    EXPECT_EQ(Manager().CreateProject(mFolder.PathUTF16("Day 1/")), mFolder.PathUTF16("Day 1/Untitled.zuproj"));
+    umask(mask);
+    EXPECT_EQ(mFolder.Read("Day 1/Untitled.zuproj"), "");
+    EXPECT_EQ(std::filesystem::status(mFolder.Path("Day 1/Untitled.zuproj")).permissions(),
+              std::filesystem::perms(0640));
+    mFolder.Write("Day 1/Untitled.zuproj", "of somebody else");
+    const host::UTF16String second = Manager().CreateProject(mFolder.PathUTF16("Day 1"));
+    EXPECT_EQ(second, mFolder.PathUTF16("Day 1/Untitled_1.zuproj"));
+    EXPECT_EQ(mFolder.Read("Day 1/Untitled.zuproj"), "of somebody else");
+    EXPECT_EQ(host::OpenProjectCount(), 0);
+    mDialogs.ExpectMessage("The Project Was Not Made");
+    EXPECT_EQ(Manager().CreateProject(mFolder.PathUTF16("Day 9")), u"");
+    EXPECT_TRUE(AsksFor("No such file"));
+}

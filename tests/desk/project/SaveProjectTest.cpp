@@ -1,0 +1,198 @@
+#include <chrono>
+
+#include "tests/desk/project/ProjectDocumentsFixture.h"
+
+namespace {
+
+class SaveProjectTest : public ProjectDocumentsFixture {
+protected:
+    /// Opened and edited.
+    desk::ProjectDocumentRef OpenAndEdit() {
+        desk::ProjectDocumentRef document = OpenAndFind();
+        Edit(document, u"one\ntwo\nfour");
+        return document;
+    }
+    static constexpr char kEdited[] = "one\r\ntwo\nfour";
+    static constexpr char kCopy[] = "Day 1/Reel 1 copy.zuproj";
+};
+
+}  // namespace
+
+TEST_F(SaveProjectTest, WritesWhatWasReadButForTheEdits) {
+    chmod(mFolder.Path(kProject).c_str(), 0640);
+    const desk::ProjectDocumentRef document = OpenAndFind();
+    EXPECT_TRUE(Manager().SaveProject(document)) << "nothing to save";
+    EXPECT_EQ(mDisk.Count(Operation::ReplaceFile), 0);
+    Edit(document, u"one\ntwo\nfour");
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_FALSE(document->IsDirty());
+    EXPECT_EQ(mFolder.Read(kProject), kEdited);
+    EXPECT_EQ(std::filesystem::status(mFolder.Path(kProject)).permissions(), std::filesystem::perms(0640));
+    mMainThread.Advance(std::chrono::seconds(10));
+    EXPECT_FALSE(document->IsOutOfDate()) << "the file is the one that was saved";
+    Edit(document, u"one\n\nfour");
+    EXPECT_TRUE(Manager().SaveAllProjects());
+    EXPECT_EQ(mFolder.Read(kProject), "one\r\n\nfour");
+}
+
+TEST_F(SaveProjectTest, WhatIsTypedDuringTheSaveStaysUnsaved) {
+    const desk::ProjectDocumentRef document = OpenAndFind();
+    int asked = 0;
+    document->SetTextSource([&asked] { return asked++ == 0 ? u"first" : u"second"; });
+    document->SetDirty(true);
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read(kProject), "first");
+    EXPECT_TRUE(document->IsDirty());
+}
+
+TEST_F(SaveProjectTest, AFaultAtAnyStepKeepsTheOldFileOrTheNewAndTheChanges) {
+    desk::ProjectDocumentRef clean = OpenAndEdit();
+    mDisk.ResetCounts();
+    ASSERT_TRUE(Manager().SaveProject(clean));
+    const int steps = mDisk.Count(Operation::Any);
+    clean.reset();
+    ASSERT_TRUE(Manager().CloseAllProjects());
+    for (const bool isReplyLost : {false, true}) {
+        int failures = 0;
+        for (int step = 1; step <= steps; ++step) {
+            SCOPED_TRACE(testing::Message() << "step " << step << (isReplyLost ? ", reply lost" : ""));
+            mFolder.Write(kProject, kBytes);
+            const desk::ProjectDocumentRef document = OpenAndEdit();
+            mDisk.ResetCounts();
+            if (isReplyLost)
+                mDisk.FailAfter(Operation::Any, step, EIO);
+            else
+                mDisk.Fail(Operation::Any, step, ENOSPC);
+            bool isSaved = false;
+            {
+                CancellingDialogs dialogs;
+                isSaved = Manager().SaveProject(document);
+                EXPECT_EQ(isSaved, dialogs.mCount == 0);
+            }
+            failures += !isSaved;
+            EXPECT_EQ(isSaved, !document->IsDirty());
+            const std::string bytes = mFolder.Read(kProject);
+            EXPECT_TRUE(bytes == kEdited || (!isSaved && bytes == kBytes)) << bytes;
+            EXPECT_FALSE(document->IsReadOnly());
+            // Once more: it succeeds, without any question about what stands on the disk.
+            EXPECT_TRUE(Manager().SaveProject(document));
+            EXPECT_EQ(mFolder.Read(kProject), kEdited);
+            EXPECT_TRUE(Manager().CloseAllProjects());
+        }
+        EXPECT_GE(failures, 4);
+    }
+}
+
+TEST_F(SaveProjectTest, AProjectThatWasMovedIsSavedWhereItIs) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    const host::UTF16String moved = mFolder.PathUTF16("Day 2.zuproj");
+    mFolder.Rename(kProject, "Day 2.zuproj");
+    document->SetProjectPath(moved);
+    document->SetProjectLockFile(host::CreateProjectLockFile(moved, mDesktop.mUserName, mDesktop.mMachineName));
+    EXPECT_FALSE(mFolder.Exists(kLock) || document->IsReadOnly());
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read("Day 2.zuproj"), kEdited);
+    EXPECT_FALSE(mFolder.Exists(kProject));
+    document->SetProjectLockFile({});
+    EXPECT_TRUE(document->IsReadOnly());
+}
+
+TEST_F(SaveProjectTest, ALostLockOverwritesNothingAndOffersACopy) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    WriteForeignLock();
+    mFolder.Write(kProject, "of tomas");
+    mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
+    EXPECT_FALSE(Manager().SaveProject(document));
+    for (const char* part : {"Reel 1", "tomas", "edit-bay-2", "read-only"}) EXPECT_TRUE(AsksFor(part)) << part;
+    EXPECT_TRUE(document->IsReadOnly() && document->IsDirty());
+    EXPECT_EQ(document->GetCurrentText(), u"one\ntwo\nfour");
+
+    mFolder.Write(kCopy, "taken meanwhile");
+    mDialogs.ExpectQuestion("Project Is Read-Only", u"Save as Copy");
+    mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16(kCopy));
+    mDialogs.ExpectMessage("The Copy Was Not Made");
+    mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16("mine"));
+    EXPECT_FALSE(Manager().SaveProject(document)) << "not to its own file";
+    EXPECT_EQ(mFolder.Read("mine.zuproj"), kEdited);
+    EXPECT_EQ(mFolder.Read(kCopy), "taken meanwhile");
+    EXPECT_EQ(mFolder.Read(kProject), "of tomas");
+    EXPECT_FALSE(Find()) << "the copy is open in its place";
+    EXPECT_FALSE(Find("mine.zuproj")->IsReadOnly() || Find("mine.zuproj")->IsDirty());
+    EXPECT_EQ(desk::ParseLockRecord(mFolder.Read(kLock)).mUser, u"tomas");
+}
+
+TEST_F(SaveProjectTest, ALockThatIsGoneIsLostAndCanBeTakenAgain) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    mFolder.Remove(kLock);
+    mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
+    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_TRUE(AsksFor("removed"));
+    EXPECT_TRUE(document->IsReadOnly());
+    EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
+    EXPECT_TRUE(document->IsDirty()) << "the changes are still there";
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read(kProject), kEdited);
+}
+
+TEST_F(SaveProjectTest, ALockThatCannotBeReadStopsTheSaveOnly) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    mDisk.SetGone(true);
+    mDialogs.ExpectMessage("The Project Was Not Saved");
+    EXPECT_FALSE(Manager().SaveProject(document));
+    mDisk.SetGone(false);
+    EXPECT_FALSE(document->IsReadOnly());
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read(kProject), kEdited);
+}
+
+TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    mFolder.Write(kProject, "theirs");
+    mDialogs.ExpectQuestion("Project File Has Changed", u"Cancel");
+    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_TRUE(document->IsDirty() && document->IsOutOfDate());
+    EXPECT_EQ(mFolder.Read(kProject), "theirs");
+
+    mDialogs.ExpectQuestion("Project File Has Changed", u"Overwrite");
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read(kProject), kEdited);
+    EXPECT_FALSE(document->IsDirty() || document->IsOutOfDate());
+
+    Edit(document, u"five");
+    mFolder.Remove(kProject);
+    mDialogs.ExpectQuestion("Project File Is Gone", u"Cancel");
+    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_FALSE(mFolder.Exists(kProject));
+    mDialogs.ExpectQuestion("Project File Is Gone", u"Save It Again");
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read(kProject), "five");
+}
+
+TEST_F(SaveProjectTest, TheSameTimeAndSizeHideNoChangeAndANewTimeIsNone) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    const auto time = std::filesystem::last_write_time(mFolder.Path(kProject));
+    std::string theirs = kBytes;
+    theirs.back() = 'E';
+    mFolder.Write(kProject, theirs);
+    std::filesystem::last_write_time(mFolder.Path(kProject), time);
+    mDialogs.ExpectQuestion("Project File Has Changed", u"Save as Copy");
+    mDialogs.ExpectNewFile("Save as Copy", {});
+    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read(kProject), theirs);
+    mFolder.Write(kProject, kBytes);
+    std::filesystem::last_write_time(mFolder.Path(kProject), time + std::chrono::hours(1));
+    EXPECT_TRUE(Manager().SaveProject(document));
+}
+
+TEST_F(SaveProjectTest, ACopyOfAnythingCanBeSaved) {
+    mFolder.Write(kProject, std::string("\0\1", 2));
+    desk::ProjectDocumentRef document = OpenAndFind();
+    mDialogs.ExpectNewFile("Save as Copy", {});
+    EXPECT_FALSE(Manager().SaveProjectAsCopy(document));
+    mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16("nowhere/a.zuproj"));
+    mDialogs.ExpectMessage("The Copy Was Not Made");
+    mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16("a.zuproj"));
+    EXPECT_TRUE(Manager().SaveProjectAsCopy(document));
+    EXPECT_EQ(mFolder.Read("a.zuproj"), std::string("\0\1", 2));
+    EXPECT_TRUE(Find("a.zuproj") && !Find());
+}
