@@ -5,12 +5,14 @@
 #include <QLabel>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <chrono>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectPage.h"
 #include "desk/app/ProjectTabBar.h"
 #include "desk/app/ProjectTexts.h"
 #include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
 #include "desk/dialogs/LongWork.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MenuResources.h"
@@ -34,6 +36,9 @@ private:
 };
 
 namespace {
+
+/// How often it is looked who holds the lock of a project that is shown read-only.
+constexpr std::chrono::seconds kHolderInterval(5);
 
 QLabel* MakeLine(const char* key, double scale, bool isEnabled) {
     auto* label = new QLabel(ToQString(host::ZString(key)));
@@ -64,9 +69,12 @@ ProjectArea::ProjectArea(QWidget* parent) : QStackedWidget(parent), CommandHandl
     addWidget(mTabs);
     setMinimumWidth(160);
     connect(mTabs, &QTabWidget::currentChanged, this, &ProjectArea::TabChanged);
-    connect(mTabs, &QTabWidget::tabCloseRequested, this, &ProjectArea::CloseTab);
+    connect(&mTabs->Bar(), &QTabBar::tabCloseRequested, this, &ProjectArea::CloseTab);
     connect(&mTabs->Bar(), &QWidget::customContextMenuRequested, this, &ProjectArea::ShowTabMenu);
     connect(qApp, &QApplication::focusChanged, this, &ProjectArea::FocusChanged);
+    mTimer = GetServices().mMainThread->StartTimer(kHolderInterval, [this] {
+        if (ProjectPage* page = GetFrontPage(); page && isVisible()) page->UpdateHolder();
+    });
     host::AddListener(host::kBackendProjectActivationStationID, this);
     host::AddListener(kStation_ProjectDocuments, this);
     for (const OpenProjectRef& project : OpenProjectList::Instance().Get())
@@ -74,6 +82,7 @@ ProjectArea::ProjectArea(QWidget* parent) : QStackedWidget(parent), CommandHandl
 }
 
 ProjectArea::~ProjectArea() {
+    GetServices().mMainThread->StopTimer(mTimer);
     qApp->disconnect(this);
     mTabs->disconnect(this);
     host::RemoveListener(kStation_ProjectDocuments, this);

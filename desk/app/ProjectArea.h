@@ -2,6 +2,7 @@
 
 #include <QStackedWidget>
 
+#include "desk/core/MainThread.h"
 #include "desk/project/ProjectDocument.h"
 #include "host/core/Messaging.h"
 #include "host/framework/CommandHandler.h"
@@ -52,6 +53,7 @@ private:
     void FocusChanged(QWidget* old, QWidget* now);
 
     ProjectTabs* mTabs;
+    MainThread::TimerID mTimer = 0;
 };
 
 }  // namespace desk

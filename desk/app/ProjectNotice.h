@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QWidget>
-#include <functional>
 
 class QHBoxLayout;
 class QLabel;
@@ -11,6 +10,8 @@ namespace desk {
 /// A bar above a project's text that says something about its state, with buttons for what can be done about it.
 /// UI thread.
 class ProjectNotice : public QWidget {
+    Q_OBJECT
+
 public:
     explicit ProjectNotice(QWidget* parent);
 

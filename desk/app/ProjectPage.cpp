@@ -15,6 +15,7 @@
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
+#include "desk/framework/MenuResources.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 
@@ -36,6 +37,12 @@ QPlainTextEdit* MakeEditor() {
     editor->setTabStopDistance(kTabWidth * QFontMetricsF(font).horizontalAdvance(QLatin1Char(' ')));
     editor->setLineWrapMode(QPlainTextEdit::NoWrap);
     editor->document()->setDocumentMargin(kMargin);
+    // The program's own menu, in the program's language.
+    editor->setContextMenuPolicy(Qt::CustomContextMenu);
+    QObject::connect(editor, &QWidget::customContextMenuRequested, editor, [editor](QPoint point) {
+        const QPoint screen = editor->viewport()->mapToGlobal(point);
+        MenuResources::Instance().Track("ProductionDesk_Editor_Menu", *editor, screen.x(), screen.y());
+    });
     return editor;
 }
 

@@ -30,12 +30,17 @@ QStringList MakeURIs(const std::vector<std::string>& paths) {
 /// A connection to the session bus for one question.
 class BusConnection {
 public:
-    BusConnection() : mBus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, mName)) {}
+    BusConnection() : mBus(Connect(mName)) {}
     ~BusConnection() { QDBusConnection::disconnectFromBus(mName); }
 
     QDBusMessage Call(const QDBusMessage& call) const { return mBus.call(call, QDBus::Block, kAnswerLimit); }
 
 private:
+    static QDBusConnection Connect(const QString& name) {
+        const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+        return address.isEmpty() ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
+                                 : QDBusConnection::connectToBus(address, name);
+    }
     static QString MakeName() {
         static std::atomic<int> sCount = 0;
         return QStringLiteral("file-browser-%1").arg(++sCount);

@@ -25,6 +25,7 @@ protected:
     ProjectAreaTest() {
         mArea.show();
         mArea.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&mArea));
     }
     ~ProjectAreaTest() override { Manager().CloseAllProjects(); }
 
@@ -107,8 +108,7 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
 
     mFolder.Remove(kLock);
-    mArea.UpdateHolders();
-    mMainThread.RunUntilIdle();
+    mMainThread.Advance(std::chrono::seconds(5));
     EXPECT_EQ(Notices(), QStringLiteral("Read-only."));
     EXPECT_EQ(CommandRouter::Instance().FindStatus(kCommandToggleReadOnly).mText, u"Read-Write Mode");
     Choose(kCommandToggleReadOnly);
