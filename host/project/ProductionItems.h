@@ -9,9 +9,11 @@ namespace host {
 
 /// Copies the projects at `paths` into the folder `folder` of the open production. Returns at once: the copies
 /// are made one after another by workers, show in the progress panel (`kProgressHandlerID`) and can be
-/// cancelled there. A name that is taken gets a free one (`Utilities::MakeUniqueFilename(path, 1, "_", {})`). A
-/// project that stands in `folder` or below it already is not copied: it is a project of the production as it
-/// is. What fails is shown in the progress panel, told and logged, and does not keep the others. UI thread.
+/// cancelled there; closing the production or the program cancels them. A name that is taken gets a free one
+/// (`Utilities::MakeUniqueFilename(path, 1, "_", {})`); of a symbolic link its target is copied. A project that
+/// stands in `folder` or below it already is not copied: it is a project of the production as it is. What fails
+/// (also what is no project file, and a name too long to be locked) is shown in the progress panel, told and
+/// logged, and does not keep the others. UI thread.
 ZUHOST_API void AddProjectsToZuProduction(const UTF16StringVec& paths, const UTF16String& folder);
 
 /// The same for one project, which lands at `destination`; if that is taken meanwhile, nothing is replaced and
