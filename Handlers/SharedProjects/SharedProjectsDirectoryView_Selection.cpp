@@ -49,8 +49,13 @@ void SharedProjectsDirectoryView::SelectAwaitedRows() {
         return row != nullptr;
     });
     if (mArrivedRows.size() == countBefore) return;
-    GetTree()->SelectRows(mArrivedRows);
-    GetTree()->ScrollRowIntoView(mArrivedRows[countBefore].get(), false, 0, true);
+    UI_MultiColumnTreeRow* row = mArrivedRows[countBefore].get();
+    // One alone is also where the arrow keys go on.
+    if (mArrivedRows.size() == 1)
+        GetTree()->SelectRow(row, true, false, true);
+    else
+        GetTree()->SelectRows(mArrivedRows);
+    GetTree()->ScrollRowIntoView(row, false, 0, true);
     mSelectionBeforeArrival = GetTree()->GetSelectedRows();
 }
 

@@ -132,6 +132,9 @@ TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {
     NewFolder(u"Zero");
     EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Zero"}; }));
     EXPECT_TRUE(Tree()->IsRowVisible(RowOf("Reels/Zero").get()));
+    QTest::keyClick(&TreeWidget(), Qt::Key_Up);
+    Settle();
+    EXPECT_EQ(SelectedNames(), Names{"R 199"}) << "the arrow keys go on from there";
     Select({"Reels/R 110"});
     Send(kNewProject);
     EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Untitled"}; }));
@@ -234,19 +237,18 @@ TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
     EXPECT_FALSE(mFolder.Exists(OnDisk("Reels")));
 }
 
-TEST_F(CommandsTest, StatusesOfTenThousandSelectedItemsAreQuickAndAskNoDisk) {
-    for (int i = 0; i < 10'000; ++i) MakeProject("R " + std::to_string(i));
+TEST_F(CommandsTest, StatusesOfManySelectedItemsAreQuickAndAskNoDisk) {
+    constexpr int kCount = 2'000;
+    for (int i = 0; i < kCount; ++i) MakeProject("R " + std::to_string(i));
     OpenProduction();
-    ASSERT_TRUE(Shows([&] { return Tree()->CountOpenedRows() == 10'000; }));
+    ASSERT_TRUE(Shows([&] { return Tree()->CountOpenedRows() == kCount; }));
     Send(57642);
     mVolume.ResetCounts();
     // Nothing that is known of the selection counts any more.
     mTabView->OnTreeChanged();
     const auto begin = std::chrono::steady_clock::now();
     for (const int command : kAll) StatusOf(command);
-    const auto taken = std::chrono::steady_clock::now() - begin;
-    RecordProperty("microseconds", static_cast<int>(taken / std::chrono::microseconds(1)));
-    EXPECT_LT(taken, std::chrono::milliseconds(300));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(200));
     EXPECT_EQ(mVolume.Count(FaultyFileSystem::Operation::Any), 0);
     EXPECT_TRUE(IsEnabled(kMoveToTrash));
 }
