@@ -23,7 +23,7 @@ void CopyOfKind(const UTF16String& from, const UTF16String& to, bool isFolder) {
     const auto work = [&](desk::WorkProgress& progress) {
         const std::string path = UTF16to8(source);
         const desk::ItemKind kind = desk::GetServices().mFileSystem->Status(path, false).mKind;
-        if ((kind == desk::ItemKind::Folder) != isFolder)
+        if (kind != desk::ItemKind::Link && (kind == desk::ItemKind::Folder) != isFolder)
             throw FileException("copy", source, isFolder ? ENOTDIR : EISDIR);
         desk::CopyItem(path, UTF16to8(destination), progress);
     };

@@ -66,7 +66,9 @@ private:
 void RunShared(std::size_t count, const std::function<void(std::size_t)>& body) {
     const auto work = std::make_shared<Work>(count, body);
     WorkerPool* pool = GetServices().mWorkerPool;
-    const std::size_t threads = std::min({count, kMostThreads, std::size_t{pool ? pool->CountThreads() : 1}});
+    // The other half of the workers stays free for what the user looks at.
+    const std::size_t threads =
+        std::min({count, kMostThreads, std::size_t{pool ? pool->CountThreads() / 2 : 0}});
     for (std::size_t helper = 1; helper < threads; ++helper) pool->Submit([work] { work->Help(); });
     work->Run();
 }

@@ -42,8 +42,10 @@ public:
     /// 0, or a negative number when nothing was done: nothing stands at `source`, or it is a project that
     /// somebody else has locked; the reason is told to the user and logged. Throws `FileException` with
     /// operation, path and reason when the disk refuses (EEXIST when something stands at `destination`,
-    /// ECANCELED when the user cancelled); then the source stands as it was. May wait for the volume; events go
-    /// on being handled when it takes long, but no command is let in. UI thread.
+    /// ECANCELED when the user cancelled, EBUSY when the source changed while it was copied); then the source
+    /// stands as it was, and the user has been told why, unless they cancelled. What changes or cannot be
+    /// removed at the source once its copy on another volume is complete stays there: no failure, but told. May
+    /// wait for the volume; events go on being handled when it takes long, but no command is let in. UI thread.
     static int Move(const UTF16String& source, const UTF16String& destination);
 
 private:
