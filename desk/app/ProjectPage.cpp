@@ -52,13 +52,13 @@ void LetEdit(QPlainTextEdit& editor, bool isAllowed) {
                                              : Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }
 
-QLabel* MakeFact(double scale, bool isEnabled) {
+QLabel* MakeFact(double scale, bool isSecondary) {
     auto* label = new QLabel;
     label->setTextFormat(Qt::PlainText);
     QFont font = label->font();
     font.setPixelSize(qRound(QFontInfo(font).pixelSize() * scale));
     label->setFont(font);
-    label->setEnabled(isEnabled);
+    if (isSecondary) label->setForegroundRole(QPalette::PlaceholderText);
     label->setAlignment(Qt::AlignCenter);
     label->setWordWrap(true);
     return label;
@@ -77,8 +77,8 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
       mLockLost(new ProjectNotice(this)),
       mContent(new QStackedWidget),
       mEditor(MakeEditor()),
-      mKind(MakeFact(1.3, true)),
-      mFile(MakeFact(1, false)),
+      mKind(MakeFact(1.3, false)),
+      mFile(MakeFact(1, true)),
       mWatch(std::make_shared<Watch>(Watch{this})) {
     MakeNotices();
     auto* layout = new QVBoxLayout(this);

@@ -11,6 +11,7 @@ namespace {
 // @names are replaced by the theme's colours.
 constexpr char kTemplate[] = R"(
 QMainWindow, QDialog, QMessageBox { background: @window; }
+QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }
 QMainWindow::separator { background: @gap; width: 1px; height: 1px; }
 QMainWindow::separator:hover { background: @accent; }
 
