@@ -5,7 +5,7 @@
 packages=(g++ cmake ninja-build pkg-config qt6-base-dev qt6-svg-dev libgl-dev libboost-dev libgtest-dev
           libgmock-dev libbenchmark-dev libfuse3-dev fuse3 fontconfig fonts-dejavu-core)
 # Installed along with those, where the distribution has them.
-niceties=(fonts-inter qt6-wayland)
+niceties=(fonts-inter qt6-wayland qt6-translations-l10n)
 
 say() { printf '%s\n' "$*" >&2; }
 

@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <QTranslator>
 #include <cstdio>
 #include <optional>
 #include <thread>
@@ -74,6 +77,14 @@ std::unique_ptr<QApplication> MakeApplication(int& argumentCount, char** argumen
     QApplication::setQuitOnLastWindowClosed(
         false);  // The main window's end counts, and closes no floating panels.
     return application;
+}
+
+/// Qt's own texts, those of file dialogs above all, where its translations are installed.
+void TranslateQt(const std::string& language) {
+    auto* translator = new QTranslator(qApp);
+    if (translator->load(QLocale(ToQStringFromUTF8(language)), QStringLiteral("qtbase"), QStringLiteral("_"),
+                         QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(translator);
 }
 
 int sSignalEvent = -1;
@@ -184,7 +195,7 @@ int Session::Execute() {
 void Session::OpenProfile() {
     const Profile& profile = mParts->mProfile.emplace(mCommandLine.mProfile);
     OpenLogFile(profile.PathOf("log.txt"));
-    SetLanguage(ToUTF8(mCommandLine.mLanguage), profile.Folder());
+    TranslateQt(SetLanguage(ToUTF8(mCommandLine.mLanguage), profile.Folder()));
     mParts->mUsageLog = std::make_unique<UsageLogFile>(profile.PathOf(UsageLogFile::kFileName));
     mParts->mDebugDatabase = std::make_unique<DebugDatabaseFile>(profile.Folder());
     mParts->mRecent = std::make_unique<RecentProductions>(profile.PathOf(RecentProductions::kFileName));
