@@ -1,4 +1,6 @@
+#include <atomic>
 #include <cerrno>
+#include <mutex>
 #include <optional>
 #include <ranges>
 
@@ -10,6 +12,7 @@
 #include "desk/files/ItemTree.h"
 #include "desk/files/PartFile.h"
 #include "desk/files/PosixErrors.h"
+#include "desk/files/SharedWork.h"
 
 namespace desk {
 
@@ -82,7 +85,7 @@ private:
 
     void ThrowIfChanged() const {
         for (const auto* items : {&mTree.mFolders, &mTree.mFiles, &mTree.mLinks})
-            for (const TreeItem& item : *items) ThrowIfChanged(item);
+            RunShared(items->size(), [&](std::size_t index) { ThrowIfChanged((*items)[index]); });
     }
 
     void ThrowIfChanged(const TreeItem& item) const {
@@ -95,9 +98,16 @@ private:
     /// As long as nothing is removed yet, a failure throws; from then on the copy is what there is, and what
     /// cannot be removed stays.
     void RemoveSource() {
-        for (const TreeItem& file : mTree.mFiles) RemoveIfUnchanged(file, false);
-        for (const TreeItem& link : mTree.mLinks) RemoveIfUnchanged(link, false);
+        RemoveItems(mTree.mFiles);
+        RemoveItems(mTree.mLinks);
         for (const TreeItem& folder : mTree.mFolders | std::views::reverse) RemoveIfUnchanged(folder, true);
+    }
+
+    void RemoveItems(const std::vector<TreeItem>& items) {
+        std::size_t first = 0;
+        while (first < items.size() && !mIsAnyRemoved) RemoveIfUnchanged(items[first++], false);
+        RunShared(items.size() - first,
+                  [&](std::size_t index) { RemoveIfUnchanged(items[first + index], false); });
     }
 
     void RemoveIfUnchanged(const TreeItem& item, bool isFolder) {
@@ -118,6 +128,7 @@ private:
 
     void LeaveBehind(const std::string& path, const host::FileException& exception) {
         Log(LogLevel::Info, std::string("not removed after its move: ") + exception.what());
+        const std::lock_guard lock(mMutex);
         if (!mMove.mLeftBehind.empty()) return;
         mMove.mLeftBehind = path;
         mMove.mSystemError = exception.SystemError();
@@ -128,8 +139,9 @@ private:
     WorkProgress& mProgress;
     PartFile mPart;
     ItemTree mTree;
+    std::mutex mMutex;
     ItemMove mMove;
-    bool mIsAnyRemoved = false;
+    std::atomic<bool> mIsAnyRemoved = false;
 };
 
 }  // namespace
