@@ -56,8 +56,8 @@ public:
                                const DirectoryContent& content, const ContentDelivery& delivery) override;
     void ListenToMessage(const Message& message) override;
 
-    /// The paths of the selected rows but those inside another selected row's folder, in the order in which they
-    /// were selected.
+    /// The paths of the selected rows but those inside another selected row's folder, in the order in which
+    /// they were selected.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
@@ -111,7 +111,8 @@ private:
     void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
                          const ContentDelivery& delivery);
     void AddNameCellView(const RowRef& row);
-    void OpenFoldersAbove(const UTF16String& path);
+    void NoteFoldersAbove(const UTF16String& path);
+    void OpenNotedFolders();
     void SelectAwaitedRows();
     void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
     void ExecutePendingDirectoryChanges();
@@ -137,9 +138,12 @@ private:
     std::set<UTF16String> mPendingDirectoryChanges;
     RefPtr<QueueOnlyOnce> mQueuedSort;
     bool mPauseUpdates = false;
-    /// Items that are to be selected when their rows come, those of them that have come, and the selection as it
-    /// must still be then.
+    /// Items that are to be selected when their rows come.
     UTF16StringVec mAwaitedPaths;
+    /// The folders above them whose rows have not come either, and are to be opened then: a folder before those
+    /// in it.
+    std::set<UTF16String> mFoldersToOpen;
+    /// Those of the items that have come, and the selection as it must be when more come.
     RowVec mArrivedRows;
     RowVec mSelectionBeforeArrival;
     /// The folder that the change monitor watches for this view; empty when none.

@@ -1,5 +1,6 @@
 // What the user does in the tree: selection, opening rows, sorting and the columns.
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
 
@@ -27,21 +28,33 @@ void SharedProjectsDirectoryView::SelectWhenShown(const UTF16StringVec& paths) {
     mAwaitedPaths = paths;
     mArrivedRows.clear();
     mSelectionBeforeArrival = GetTree()->GetSelectedRows();
-    for (const UTF16String& path : paths) OpenFoldersAbove(path);
+    mFoldersToOpen.clear();
+    for (const UTF16String& path : paths) NoteFoldersAbove(path);
     SelectAwaitedRows();
 }
 
-void SharedProjectsDirectoryView::OpenFoldersAbove(const UTF16String& path) {
-    const UTF16String folder = PathUtils::GetFullDirectoryPart(PathUtils::ToNormalizedPath(path));
-    RowVec closed;
-    for (RowRef row = GetRowFromPath(folder); row; row = row->GetParentRow())
-        if (!row->IsOpen()) closed.push_back(row);
-    for (auto row = closed.rbegin(); row != closed.rend(); ++row) GetTree()->OpenRow(row->get());
+void SharedProjectsDirectoryView::NoteFoldersAbove(const UTF16String& path) {
+    const UTF16String root = PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
+    const auto folderOf = [](const UTF16String& item) {
+        return PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(item));
+    };
+    for (UTF16String folder = folderOf(PathUtils::ToNormalizedPath(path)); folder.size() > root.size();
+         folder = folderOf(folder))
+        if (!mFoldersToOpen.insert(folder).second) return;
+}
+
+void SharedProjectsDirectoryView::OpenNotedFolders() {
+    std::erase_if(mFoldersToOpen, [this](const UTF16String& folder) {
+        const RowRef row = GetRowFromPath(folder);
+        if (row && !row->IsOpen()) GetTree()->OpenRow(row.get());
+        return row != nullptr;
+    });
 }
 
 void SharedProjectsDirectoryView::SelectAwaitedRows() {
     if (mAwaitedPaths.empty()) return;
     if (GetTree()->GetSelectedRows() != mSelectionBeforeArrival) return mAwaitedPaths.clear();
+    OpenNotedFolders();
     const std::size_t countBefore = mArrivedRows.size();
     std::erase_if(mAwaitedPaths, [this](const UTF16String& path) {
         const RowRef row = GetRowFromPath(path);

@@ -153,7 +153,7 @@ private:
 
     bool CanCreateItems() const;
     UTF16String GetTargetFolder() const;
-    void ShowCreatedItems(const UTF16StringVec& paths);
+    void ShowCreatedItem(const UTF16String& path);
 
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();

@@ -169,8 +169,11 @@ UTF16String SharedProjectsTabView::GetTargetFolder() const {
                                         : PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(path));
 }
 
-void SharedProjectsTabView::ShowCreatedItems(const UTF16StringVec& paths) {
-    if (AreTreeViewsCreated()) mTreeView->GetDirectoryView()->SelectWhenShown(paths);
+void SharedProjectsTabView::ShowCreatedItem(const UTF16String& path) {
+    if (!AreTreeViewsCreated()) return;
+    // Among the hits of a search it would mostly not show.
+    mSearchBox.SetText({});
+    mTreeView->GetDirectoryView()->SelectWhenShown({path});
 }
 
 bool SharedProjectsTabView::OnNewFolderCommandStatus(bool& enabled) const {
@@ -186,7 +189,7 @@ bool SharedProjectsTabView::OnNewFolderCommand(const Command&) {
         const UTF16String path = CreateNamedFolder(GetTargetFolder());
         if (path.empty()) return true;
         Utils::LogUsage("DirectoryTree", "NewFolder");
-        ShowCreatedItems({path});
+        ShowCreatedItem(path);
     } catch (const FileException& exception) {
         LogException(exception, __PRETTY_FUNCTION__);
         TellCreationRefused(exception);
@@ -208,7 +211,7 @@ bool SharedProjectsTabView::OnNewProjectCommand(const Command&) {
     Utils::LogUsage("DirectoryTree", "NewProject");
     if (path.empty()) return true;
     SetDeferredRenameRowPath(path);
-    ShowCreatedItems({path});
+    ShowCreatedItem(path);
     return true;
 }
 
@@ -292,7 +295,8 @@ bool SharedProjectsTabView::OnMakeACopyCommand(const Command&) {
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
     }
-    if (!maker.GetCopies().empty()) ShowCreatedItems(maker.GetCopies());
+    if (AreTreeViewsCreated() && !maker.GetCopies().empty())
+        mTreeView->GetDirectoryView()->SelectWhenShown(maker.GetCopies());
     return true;
 }
 

@@ -224,10 +224,12 @@ TEST_F(CommandsTest, ItemsAreRevealed) {
 
 TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
     MakeProject("Reels/Take 1", "1");
-    MakeProject("Other/Take 2", "2");
+    MakeProject("Other/Day 1/Take 2", "2");
     OpenProduction();
     TypeSearch(QStringLiteral("take"));
-    ASSERT_TRUE(Shows([&] { return ShownHits() == Rows{"Other", "  Take 2", "Reels", "  Take 1"}; }));
+    ASSERT_TRUE(Shows([&] {
+        return ShownHits() == Rows{"Other", "  Day 1", "    Take 2", "Reels", "  Take 1"};
+    }));
     SearchView().SelectRowsByPaths({ProjectPath("Reels/Take 1"), PathOf("Reels"), PathOf("Nowhere")});
     Settle();
     EXPECT_EQ(SearchView().GetSelectedNonRedundantPaths(), UTF16StringVec{PathOf("Reels")});
@@ -235,6 +237,13 @@ TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
     Send(kMoveToTrash);
     EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/Reels/Take 1.zuproj")));
     EXPECT_FALSE(mFolder.Exists(OnDisk("Reels")));
+    // What is made shows where it is, under folders that were never opened.
+    SearchView().SelectRowsByPaths({ProjectPath("Other/Day 1/Take 2")});
+    Settle();
+    NewFolder(u"New");
+    EXPECT_TRUE(SearchField()->text().isEmpty());
+    EXPECT_TRUE(Shows({"Other", "  Day 1", "    New", "    Take 2", "Trash"}));
+    EXPECT_EQ(SelectedNames(), Names{"New"});
 }
 
 TEST_F(CommandsTest, StatusesOfManySelectedItemsAreQuickAndAskNoDisk) {
