@@ -22,13 +22,15 @@ void DeclareProjectCommands() {
     Declare(global, "cmd.file.breaklock", kCommandBreakLock, "$$$/Desk/Commands/BreakLock=Break Lock…");
     Declare(global, "cmd.file.reveal", kCommandRevealProject,
             "$$$/Desk/Commands/RevealProject=Reveal in File Browser");
-    host::CommandContext& projects = *manager.AddContext(
-        kProjectsContext, host::ZString("$$$/Desk/Commands/ProjectsContext=Open Projects"));
+    host::CommandContext& projects =
+        *manager.AddContext(kProjectsContext, host::ZString("$$$/Desk/Commands/ProjectsContext=Open Projects"));
     Declare(projects, "cmd.projects.reload", kCommandReloadProject, "$$$/Desk/Commands/Reload=Reload");
-    Declare(projects, "cmd.projects.close", kCommandCloseProject, "$$$/Desk/Commands/CloseProject=Close Project");
+    Declare(projects, "cmd.projects.close", kCommandCloseProject,
+            "$$$/Desk/Commands/CloseProject=Close Project");
     Declare(projects, "cmd.projects.closeothers", kCommandCloseOtherProjects,
             "$$$/Desk/Commands/CloseOthers=Close Others");
-    Declare(projects, "cmd.projects.closeall", kCommandCloseAllProjects, "$$$/Desk/Commands/CloseAll=Close All");
+    Declare(projects, "cmd.projects.closeall", kCommandCloseAllProjects,
+            "$$$/Desk/Commands/CloseAll=Close All");
     Declare(projects, "cmd.projects.togglereadonly", kCommandToggleReadOnly,
             "$$$/Desk/Commands/ToggleReadOnly=Read-Only Mode");
     Declare(projects, "cmd.projects.undo", kCommandUndo, "$$$/Desk/Commands/Undo=Undo");

@@ -64,7 +64,8 @@ QWidget* MakeEmptyPage() {
 
 }  // namespace
 
-ProjectArea::ProjectArea(QWidget* parent) : QStackedWidget(parent), CommandHandler(nullptr), mTabs(new ProjectTabs) {
+ProjectArea::ProjectArea(QWidget* parent)
+    : QStackedWidget(parent), CommandHandler(nullptr), mTabs(new ProjectTabs) {
     addWidget(MakeEmptyPage());
     addWidget(mTabs);
     setMinimumWidth(160);

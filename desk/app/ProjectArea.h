@@ -14,8 +14,8 @@ namespace desk {
 class ProjectPage;
 class ProjectTabs;
 
-/// The middle of the window: the place for open projects, one tab each. While there are none, a page says so. It
-/// follows the open projects and is on duty for commands while the keyboard is in it. UI thread.
+/// The middle of the window: the place for open projects, one tab each. While there are none, a page says so.
+/// It follows the open projects and is on duty for commands while the keyboard is in it. UI thread.
 class ProjectArea : public QStackedWidget, public host::Listener, public host::CommandHandler {
     Q_OBJECT
 

@@ -21,10 +21,10 @@
 namespace desk {
 namespace {
 
-constexpr int kCommands[] = {kCommandOpenProject,       kCommandSaveProject,      kCommandSaveAllProjects,
-                             kCommandSaveProjectAsCopy, kCommandReloadProject,    kCommandCloseProject,
+constexpr int kCommands[] = {kCommandOpenProject,        kCommandSaveProject,      kCommandSaveAllProjects,
+                             kCommandSaveProjectAsCopy,  kCommandReloadProject,    kCommandCloseProject,
                              kCommandCloseOtherProjects, kCommandCloseAllProjects, kCommandToggleReadOnly,
-                             kCommandBreakLock,         kCommandRevealProject};
+                             kCommandBreakLock,          kCommandRevealProject};
 
 CommandStatus Enabled(bool isEnabled) {
     return {.mIsKnown = true, .mIsEnabled = isEnabled, .mText = {}};
@@ -54,16 +54,18 @@ bool IsLockedBySomebodyElse(const host::UTF16String& path) {
 void OfferToEdit(const ProjectDocumentRef& document) {
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
-         .mText = host::ZString("$$$/Desk/BreakLock/Broken=The lock of \u201C@0\u201D was broken. The project can now "
-                                "be switched to read-write.",
-                                {host::PathUtils::GetFilePart(document->GetProjectPath())}),
+         .mText = host::ZString(
+             "$$$/Desk/BreakLock/Broken=The lock of \u201C@0\u201D was broken. The project can now "
+             "be switched to read-write.",
+             {host::PathUtils::GetFilePart(document->GetProjectPath())}),
          .mButtons = {host::ZString("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write"),
                       host::ZString("$$$/Desk/BreakLock/StayReadOnly=Stay Read-Only")},
          .mCancel = 1});
     ProjectDocuments* documents = ProjectDocuments::Instance();
     if (answer.mButton != 0 || !documents) return;
     // A project that is read-only has no changes that this could lose.
-    if (!document->IsOutOfDate() || documents->ReloadProject(document)) documents->SetProjectReadOnly(document, false);
+    if (!document->IsOutOfDate() || documents->ReloadProject(document))
+        documents->SetProjectReadOnly(document, false);
 }
 
 }  // namespace
@@ -78,23 +80,31 @@ ProjectCommands::ProjectCommands(const ProjectArea& area) : mArea(area) {
     };
     const auto whenOpen = [this] { return Enabled(static_cast<bool>(Active())); };
     const auto whenAnyOpen = [] { return Enabled(!OpenProjectList::Instance().Get().empty()); };
-    add(kCommandOpenProject, [] { return Enabled(ProjectDocuments::Instance() != nullptr); },
+    add(
+        kCommandOpenProject, [] { return Enabled(ProjectDocuments::Instance() != nullptr); },
         [this](ProjectDocuments&) { Open(); });
-    add(kCommandSaveProject, [this] { return Enabled(Active() && Active()->IsDirty()); },
+    add(
+        kCommandSaveProject, [this] { return Enabled(Active() && Active()->IsDirty()); },
         [this](ProjectDocuments& documents) { documents.SaveProject(Active()); });
-    add(kCommandSaveAllProjects, [] { return Enabled(IsAnyDirty()); },
+    add(
+        kCommandSaveAllProjects, [] { return Enabled(IsAnyDirty()); },
         [](ProjectDocuments& documents) { documents.SaveAllProjects(); });
     add(kCommandSaveProjectAsCopy, whenOpen,
         [this](ProjectDocuments& documents) { documents.SaveProjectAsCopy(Active()); });
-    add(kCommandReloadProject, whenOpen, [this](ProjectDocuments& documents) { documents.ReloadProject(Active()); });
+    add(kCommandReloadProject, whenOpen,
+        [this](ProjectDocuments& documents) { documents.ReloadProject(Active()); });
     add(kCommandCloseProject, whenOpen,
         [this](ProjectDocuments& documents) { documents.CloseProject(Active(), true); });
-    add(kCommandCloseOtherProjects, [] { return Enabled(OpenProjectList::Instance().Get().size() > 1); },
+    add(
+        kCommandCloseOtherProjects, [] { return Enabled(OpenProjectList::Instance().Get().size() > 1); },
         [this](ProjectDocuments&) { CloseOthers(); });
-    add(kCommandCloseAllProjects, whenAnyOpen, [](ProjectDocuments& documents) { documents.CloseAllProjects(); });
-    add(kCommandToggleReadOnly, [this] { return ToggleStatus(Active()); },
+    add(kCommandCloseAllProjects, whenAnyOpen,
+        [](ProjectDocuments& documents) { documents.CloseAllProjects(); });
+    add(
+        kCommandToggleReadOnly, [this] { return ToggleStatus(Active()); },
         [this](ProjectDocuments&) { ToggleReadOnly(); });
-    add(kCommandBreakLock, [this] { return Enabled(!FindLockedProject().empty()); },
+    add(
+        kCommandBreakLock, [this] { return Enabled(!FindLockedProject().empty()); },
         [this](ProjectDocuments&) { BreakLock(); });
     add(kCommandRevealProject, whenOpen,
         [this](ProjectDocuments&) { host::RevealAndSelectFile(Active()->GetProjectPath()); });
@@ -112,9 +122,9 @@ void ProjectCommands::Open() const {
     const ProjectDocumentRef active = Active();
     const host::UTF16String folder = active ? host::PathUtils::GetFullDirectoryPart(active->GetProjectPath())
                                             : Production::Instance().GetFolder();
-    const host::UTF16StringVec paths = GetServices().mDialogs->AskFiles(
-        host::ZString("$$$/Desk/Projects/OpenTitle=Open Project"), folder,
-        host::ZString("$$$/Desk/Projects/Kind=Projects"), u"*.zuproj");
+    const host::UTF16StringVec paths =
+        GetServices().mDialogs->AskFiles(host::ZString("$$$/Desk/Projects/OpenTitle=Open Project"), folder,
+                                         host::ZString("$$$/Desk/Projects/Kind=Projects"), u"*.zuproj");
     for (const host::UTF16String& path : paths)
         if (host::DocumentManager* manager = host::DocumentManager::Instance()) manager->OpenProject(path);
 }

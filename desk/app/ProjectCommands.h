@@ -19,8 +19,8 @@ private:
     void Open() const;
     void CloseOthers() const;
     void ToggleReadOnly() const;
-    /// The project whose lock is to be broken: the one in front while the keyboard is in it, else the one that is
-    /// selected in the production, if somebody else has locked it, else the one in front; empty for none.
+    /// The project whose lock is to be broken: the one in front while the keyboard is in it, else the one that
+    /// is selected in the production, if somebody else has locked it, else the one in front; empty for none.
     host::UTF16String FindLockedProject() const;
     void BreakLock() const;
 

@@ -7,8 +7,8 @@ class QLabel;
 
 namespace desk {
 
-/// A bar above a project's text that says something about its state, with buttons for what can be done about it.
-/// UI thread.
+/// A bar above a project's text that says something about its state, with buttons for what can be done about
+/// it. UI thread.
 class ProjectNotice : public QWidget {
     Q_OBJECT
 

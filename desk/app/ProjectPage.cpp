@@ -84,16 +84,16 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    for (QWidget* part : std::initializer_list<QWidget*>{mLockLost, mReadOnly, mOutOfDate}) layout->addWidget(part);
+    for (QWidget* part : std::initializer_list<QWidget*>{mLockLost, mReadOnly, mOutOfDate})
+        layout->addWidget(part);
     layout->addWidget(mContent, 1);
     mContent->addWidget(mEditor);
     mContent->addWidget(MakeFacts());
     setFocusPolicy(Qt::StrongFocus);
     UpdateContent();
-    connect(mEditor->document(), &QTextDocument::modificationChanged, this,
-            [this](bool isModified) {
-                if (!mIsTakingText) mDocument->SetDirty(isModified);
-            });
+    connect(mEditor->document(), &QTextDocument::modificationChanged, this, [this](bool isModified) {
+        if (!mIsTakingText) mDocument->SetDirty(isModified);
+    });
     mDocument->SetTextSource([this] { return ToUTF16(mEditor->document()->toRawText()); });
 }
 
@@ -122,9 +122,9 @@ QWidget* ProjectPage::MakeFacts() {
 }
 
 void ProjectPage::MakeNotices() {
-    mLockLost->SetText(
-        Localized("$$$/Desk/Projects/LockLostText=The lock was broken by somebody else, or its file was removed. "
-                  "This project cannot be saved any more, only a copy of it."));
+    mLockLost->SetText(Localized(
+        "$$$/Desk/Projects/LockLostText=The lock was broken by somebody else, or its file was removed. "
+        "This project cannot be saved any more, only a copy of it."));
     mLockLost->AddButton("$$$/Desk/Commands/SaveAsCopy=Save as Copy…", kCommandSaveProjectAsCopy);
     mReadOnly->AddButton("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write", kCommandToggleReadOnly);
     mReadOnly->AddButton("$$$/Desk/Commands/BreakLock=Break Lock…", kCommandBreakLock);

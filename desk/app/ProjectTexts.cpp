@@ -27,7 +27,9 @@ QStringList States(const ProjectDocument& document) {
 }
 
 QString WithStates(const QString& title, const QStringList& states) {
-    return states.isEmpty() ? title : title + QLatin1String("  (") + states.join(QLatin1String(", ")) + QLatin1Char(')');
+    return states.isEmpty()
+               ? title
+               : title + QLatin1String("  (") + states.join(QLatin1String(", ")) + QLatin1Char(')');
 }
 
 }  // namespace
@@ -63,13 +65,16 @@ QString DescribeContent(const ProjectContent& content) {
                              {host::GetDisplayStringOfFileSize(kEditableLimit)});
         case ProjectContent::Kind::Text:
             if (content.mObstacle == EditedText::Obstacle::ManyLines)
-                return Localized("$$$/Desk/Projects/ManyLines=This project is a text with more lines than can be "
-                                 "shown.");
+                return Localized(
+                    "$$$/Desk/Projects/ManyLines=This project is a text with more lines than can be "
+                    "shown.");
             return content.mObstacle == EditedText::Obstacle::LongLine
-                       ? Localized("$$$/Desk/Projects/LongLine=This project is a text with a line that is too long "
-                                   "to be shown.")
-                       : Localized("$$$/Desk/Projects/Characters=This project is a text with characters that "
-                                   "editing would change; it is not shown.");
+                       ? Localized(
+                             "$$$/Desk/Projects/LongLine=This project is a text with a line that is too long "
+                             "to be shown.")
+                       : Localized(
+                             "$$$/Desk/Projects/Characters=This project is a text with characters that "
+                             "editing would change; it is not shown.");
         case ProjectContent::Kind::Binary:
             break;
     }

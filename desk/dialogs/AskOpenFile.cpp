@@ -31,9 +31,10 @@ bool AskOpenFile(const UTF16String& title, UTF16StringVec& paths, const UTF16Str
     };
     const auto other = std::ranges::find_if(chosen, isOther);
     if (other != chosen.end()) {
-        MessageBox(title, ZString("$$$/Desk/Dialogs/WrongKind=\u201C@0\u201D is of another kind: a name that ends "
-                                  "in @1 is needed.",
-                                  {PathUtils::GetFullFilePart(*other), extension}));
+        MessageBox(title,
+                   ZString("$$$/Desk/Dialogs/WrongKind=\u201C@0\u201D is of another kind: a name that ends "
+                           "in @1 is needed.",
+                           {PathUtils::GetFullFilePart(*other), extension}));
         return false;
     }
     paths = std::move(chosen);

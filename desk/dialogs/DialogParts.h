@@ -11,8 +11,8 @@ namespace desk {
 /// The window for a dialog to stand over: the active one, else any that the user sees; may be null. UI thread.
 QWidget* FindParentWindow();
 
-/// `text` escaped line by line: its own line breaks are the message's paragraphs. Long paths may be broken behind
-/// their separators.
+/// `text` escaped line by line: its own line breaks are the message's paragraphs. Long paths may be broken
+/// behind their separators.
 QString ToDisplayLines(std::u16string_view text);
 
 /// Gives the box the theme's picture for what it is: "information", "question" or "warning".

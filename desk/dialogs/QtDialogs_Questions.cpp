@@ -43,8 +43,7 @@ Answer QtDialogs::Ask(const Question& question) {
     box.setDefaultButton(qobject_cast<QPushButton*>(buttons.constFirst()));
     box.setEscapeButton(buttons.at(static_cast<qsizetype>(question.mCancel)));
     if (question.mOffersApplyToAll)
-        box.setCheckBox(
-            new QCheckBox(ToQString(host::ZString("$$$/Desk/Dialogs/ApplyToAll=Apply to all"))));
+        box.setCheckBox(new QCheckBox(ToQString(host::ZString("$$$/Desk/Dialogs/ApplyToAll=Apply to all"))));
     box.exec();
     const qsizetype pressed = buttons.indexOf(box.clickedButton());
     return {pressed < 0 ? question.mCancel : static_cast<std::size_t>(pressed),
@@ -77,8 +76,7 @@ host::UTF16StringVec QtDialogs::AskFiles(const host::UTF16String& title, const h
     const QString label = ToQString(typeLabel).section(QLatin1String(" ("), 0, 0);
     // Some systems' own dialogs look at letter case.
     const QString shown = ToQString(pattern);
-    dialog.setNameFilter(
-        QStringLiteral("%1 (%2 %3)").arg(label, shown.toLower(), shown.toUpper()));
+    dialog.setNameFilter(QStringLiteral("%1 (%2 %3)").arg(label, shown.toLower(), shown.toUpper()));
     host::UTF16StringVec files;
     if (dialog.exec() == QDialog::Accepted)
         for (const QString& file : dialog.selectedFiles()) files.push_back(ToPath(file));

@@ -9,12 +9,12 @@
 namespace desk {
 
 /// For how long a volume with these mount options (nfs(5), mount.cifs(8): "acregmax", "acdirmax", "actimeo",
-/// "closetimeo", "noac", in seconds) may show old content. `type` is the file system's name; network file systems
-/// that name no time get their default. Any thread.
+/// "closetimeo", "noac", in seconds) may show old content. `type` is the file system's name; network file
+/// systems that name no time get their default. Any thread.
 ZUHOST_API std::chrono::seconds FindCacheTime(std::string_view type, std::string_view options);
 
-/// The same for the volume that holds `path` (bytes), by statx(2) and /proc/self/mountinfo (proc(5)). May wait for
-/// the volume; any thread; never throws.
+/// The same for the volume that holds `path` (bytes), by statx(2) and /proc/self/mountinfo (proc(5)). May wait
+/// for the volume; any thread; never throws.
 ZUHOST_API std::chrono::seconds FindCacheTime(const std::string& path) noexcept;
 
 }  // namespace desk

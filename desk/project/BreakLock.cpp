@@ -56,7 +56,8 @@ UTF16String AgeText(std::int64_t seconds) {
     const auto number = [](std::int64_t n) { return host::NumberToString(static_cast<long long>(n)); };
     if (minutes < 2) return host::ZString("$$$/Desk/BreakLock/JustNow=just now");
     if (minutes < 120) return host::ZString("$$$/Desk/BreakLock/Minutes=@0 minutes ago", {number(minutes)});
-    if (minutes < 48 * 60) return host::ZString("$$$/Desk/BreakLock/Hours=@0 hours ago", {number(minutes / 60)});
+    if (minutes < 48 * 60)
+        return host::ZString("$$$/Desk/BreakLock/Hours=@0 hours ago", {number(minutes / 60)});
     return host::ZString("$$$/Desk/BreakLock/Days=@0 days ago", {number(minutes / (24 * 60))});
 }
 
@@ -71,17 +72,19 @@ UTF16String TimeText(std::int64_t secondsSinceEpoch, std::int64_t now) {
 
 bool Confirm(const UTF16String& path, const StandingLock& lock) {
     const UTF16String text = host::ZString(
-        "$$$/Desk/BreakLock/Question=\u201C@0\u201D is locked by @1.\n\nIf it is still open there, changes that are "
-        "not saved yet can then be saved as a copy only. Break the lock only if you know that nobody works on the "
+        "$$$/Desk/BreakLock/Question=\u201C@0\u201D is locked by @1.\n\nIf it is still open there, changes "
+        "that are "
+        "not saved yet can then be saved as a copy only. Break the lock only if you know that nobody works on "
+        "the "
         "project.",
         {NameOfProject(path), DescribeHolder(lock.mRecord)});
-    const Answer answer = GetServices().mDialogs->Ask(
-        {.mTitle = Title(),
-         .mText = text,
-         .mButtons = {host::ZString("$$$/Desk/Dialogs/Cancel=Cancel"),
-                      host::ZString("$$$/Desk/BreakLock/Break=Break Lock")},
-         .mCancel = 0,
-         .mIsWarning = true});
+    const Answer answer =
+        GetServices().mDialogs->Ask({.mTitle = Title(),
+                                     .mText = text,
+                                     .mButtons = {host::ZString("$$$/Desk/Dialogs/Cancel=Cancel"),
+                                                  host::ZString("$$$/Desk/BreakLock/Break=Break Lock")},
+                                     .mCancel = 0,
+                                     .mIsWarning = true});
     return answer.mButton == 1;
 }
 
@@ -113,8 +116,7 @@ LockBreaking Break(const StandingLock& lock, const LockRecord& mine, BreakWait w
     const std::string folder = lock.mPath.substr(0, lock.mPath.rfind('/') + 1);
     const std::chrono::milliseconds time =
         wait.value_or(std::max<std::chrono::seconds>(kShortestWait, 2 * FindCacheTime(folder)));
-    LockBreaking breaking =
-        protocol.Break(lock.mPath, lock.mSeen, mine, [&] { return Wait(time, progress); });
+    LockBreaking breaking = protocol.Break(lock.mPath, lock.mSeen, mine, [&] { return Wait(time, progress); });
     RemoveRemains(protocol);
     return breaking;
 }
@@ -134,11 +136,13 @@ UTF16String DescribeOutcome(const UTF16String& path, const LockBreaking& breakin
     const UTF16String name = NameOfProject(path);
     if (breaking.mOutcome == Outcome::Guarded)
         return host::ZString(
-            "$$$/Desk/BreakLock/Guarded=The lock of \u201C@0\u201D was not broken: it is just being broken by @1.",
+            "$$$/Desk/BreakLock/Guarded=The lock of \u201C@0\u201D was not broken: it is just being broken by "
+            "@1.",
             {name, DescribeHolder(breaking.mGuard)});
     if (breaking.mOutcome == Outcome::Changed)
         return host::ZString(
-            "$$$/Desk/BreakLock/Changed=The lock of \u201C@0\u201D was not broken: it has changed meanwhile. Look "
+            "$$$/Desk/BreakLock/Changed=The lock of \u201C@0\u201D was not broken: it has changed meanwhile. "
+            "Look "
             "again who holds it.",
             {name});
     return host::ZString("$$$/Desk/BreakLock/Failed=The lock of \u201C@0\u201D was not broken: @1.",
@@ -149,10 +153,10 @@ UTF16String DescribeOutcome(const UTF16String& path, const LockBreaking& breakin
 bool BreakGuard(const UTF16String& path, const StandingLock& lock, const LockRecord& guard, BreakWait wait) {
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = Title(),
-         .mText = host::ZString(
-             "$$$/Desk/BreakLock/GuardQuestion=The lock of \u201C@0\u201D is being broken already, by @1. If that "
-             "goes on for minutes, it was interrupted, and you can take it over.",
-             {NameOfProject(path), DescribeHolder(guard)}),
+         .mText = host::ZString("$$$/Desk/BreakLock/GuardQuestion=The lock of \u201C@0\u201D is being broken "
+                                "already, by @1. If that "
+                                "goes on for minutes, it was interrupted, and you can take it over.",
+                                {NameOfProject(path), DescribeHolder(guard)}),
          .mButtons = {host::ZString("$$$/Desk/Dialogs/Cancel=Cancel"),
                       host::ZString("$$$/Desk/BreakLock/TakeOver=Take Over")},
          .mCancel = 0,
@@ -181,10 +185,11 @@ std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::
         return {};
     }
     if (lock == locks.end()) {
-        Tell(host::ZString(
-            "$$$/Desk/BreakLock/Own=You hold the lock on \u201C@0\u201D yourself, in this window. It goes when the "
-            "project is closed or switched to read-only.",
-            {NameOfProject(path)}));
+        Tell(
+            host::ZString("$$$/Desk/BreakLock/Own=You hold the lock on \u201C@0\u201D yourself, in this "
+                          "window. It goes when the "
+                          "project is closed or switched to read-only.",
+                          {NameOfProject(path)}));
         return {};
     }
     return *lock;
@@ -220,12 +225,12 @@ bool IsOurs(const StandingLock& lock) {
 UTF16String DescribeHolder(const LockRecord& record) {
     if (!record.mIsReadable)
         return host::ZString("$$$/Desk/BreakLock/Unknown=somebody unknown (the lock cannot be read)");
-    const std::int64_t now = std::chrono::duration_cast<std::chrono::seconds>(
-                                 GetServices().mDesktop->Now().time_since_epoch())
-                                 .count();
-    return host::ZString("$$$/Desk/BreakLock/Holder=@0 on @1, since @2 (@3)",
-                         {record.mUser, record.mMachine, TimeText(record.mTakenAt, now),
-                          AgeText(now - record.mTakenAt)});
+    const std::int64_t now =
+        std::chrono::duration_cast<std::chrono::seconds>(GetServices().mDesktop->Now().time_since_epoch())
+            .count();
+    return host::ZString(
+        "$$$/Desk/BreakLock/Holder=@0 on @1, since @2 (@3)",
+        {record.mUser, record.mMachine, TimeText(record.mTakenAt, now), AgeText(now - record.mTakenAt)});
 }
 
 bool BreakProjectLock(const UTF16String& path, const std::string& filePath, BreakWait wait) {

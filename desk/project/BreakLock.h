@@ -20,7 +20,8 @@ struct StandingLock {
 
 /// The lock files that keep the project at `path` (normalised) from being written: its own and, for a symbolic
 /// link, that of the file that it leads to (`filePath`, bytes). Waits for the volume: for a worker.
-ZUHOST_API std::vector<StandingLock> FindStandingLocks(const host::UTF16String& path, const std::string& filePath);
+ZUHOST_API std::vector<StandingLock> FindStandingLocks(const host::UTF16String& path,
+                                                       const std::string& filePath);
 
 /// True for a lock that this process holds. UI thread.
 ZUHOST_API bool IsOurs(const StandingLock& lock);
@@ -32,9 +33,9 @@ ZUHOST_API host::UTF16String DescribeHolder(const LockRecord& record);
 using BreakWait = std::optional<std::chrono::milliseconds>;
 
 /// Breaks the lock of somebody else on the project at `path`: reads it anew, shows the user who holds it since
-/// when, and, if the user wants it, removes it as `docs/locking.md` says; what came of it is told and logged. The
-/// waiting can be cancelled up to the removal. A lock that this process holds is never broken. True when it was
-/// broken. UI thread.
+/// when, and, if the user wants it, removes it as `docs/locking.md` says; what came of it is told and logged.
+/// The waiting can be cancelled up to the removal. A lock that this process holds is never broken. True when it
+/// was broken. UI thread.
 ZUHOST_API bool BreakProjectLock(const host::UTF16String& path, const std::string& filePath,
                                  BreakWait wait = {});
 

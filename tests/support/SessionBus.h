@@ -17,9 +17,9 @@ public:
     /// `folder` is where the bus has its socket; `name` is the name of the test's connection to it.
     SessionBus(const std::string& folder, const QString& name)
         : mName(name), mSocket(QString::fromStdString(folder) + QStringLiteral("/bus")) {
-        mBus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                   QStringLiteral("--nopidfile"), QStringLiteral("--address"),
-                                                   Address()});
+        mBus.start(QStringLiteral("dbus-daemon"),
+                   {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
+                    QStringLiteral("--address"), Address()});
         QElapsedTimer time;
         for (time.start(); !mConnection.isConnected() && time.elapsed() < 20'000;)
             if (mBus.waitForReadyRead(20) || QFile::exists(mSocket))

@@ -18,8 +18,8 @@ TEST_F(OpenProject, HoldsItsLockUntilTheSessionEnds) {
         if (mHome.Exists(kLock)) lock = mHome.Read(kLock);
         return !lock.empty();
     };
-    const Result result = RunWindowUntil(
-        isLocked, {"--profile", mProfile, "--user", "ines", "--open", mProject, mProduction});
+    const Result result =
+        RunWindowUntil(isLocked, {"--profile", mProfile, "--user", "ines", "--open", mProject, mProduction});
     EXPECT_EQ(result.mExitCode, 0) << result.mErrors;
     EXPECT_NE(lock.find("\"user\":\"ines\""), std::string::npos) << lock;
     EXPECT_FALSE(mHome.Exists(kLock)) << "given up";
@@ -31,7 +31,9 @@ TEST_F(OpenProject, ShowsInItsTab) {
     const std::string file = mHome.Path("picture.png");
     const QImage none = picture({"--screenshot", file, "--profile", mProfile, mProduction});
     const QImage open = picture({"--screenshot", file, "--profile", mProfile, "--open", mProject, mProduction});
-    const auto projects = [](const QImage& image) { return image.copy(image.width() * 2 / 3, 0, image.width() / 3, 200); };
+    const auto projects = [](const QImage& image) {
+        return image.copy(image.width() * 2 / 3, 0, image.width() / 3, 200);
+    };
     EXPECT_NE(projects(none), projects(open));
     EXPECT_FALSE(mHome.Exists(kLock));
 }

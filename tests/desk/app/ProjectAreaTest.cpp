@@ -1,10 +1,9 @@
-#include "desk/app/ProjectArea.h"
-
 #include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTest>
 
 #include "desk/app/ProgramCommands.h"
+#include "desk/app/ProjectArea.h"
 #include "desk/app/ProjectCommands.h"
 #include "desk/app/ProjectNotice.h"
 #include "desk/app/ProjectTabBar.h"
@@ -93,7 +92,8 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     ASSERT_TRUE(Open());
     mMainThread.RunUntilIdle();
     EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
-    EXPECT_TRUE(Notices().startsWith(QStringLiteral("Read-only. Locked by tomas on edit-bay-2, since "))) << Notices().toStdString();
+    EXPECT_TRUE(Notices().startsWith(QStringLiteral("Read-only. Locked by tomas on edit-bay-2, since ")))
+        << Notices().toStdString();
     QTest::keyClicks(&Editor(), QStringLiteral("x"));
     EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
 
@@ -183,7 +183,8 @@ protected:
         host::CommandContext* context = host::ShortcutManager::Instance()->AddContext("test.typing", u"Panel");
         context->DeclareCommand("any", kPanelCommand, host::CommandKind::MenuCommand, "", nullptr, false);
         MainCommander::Instance().Register(kPanelCommand, {}, [this] { return ++mPanelCommands, true; });
-        mProfile.Write("shortcuts.json", R"({"test.typing": {"any": ["Del", "Ctrl+A", "Home", "End", "F5", "Ctrl+N"]}})");
+        mProfile.Write("shortcuts.json",
+                       R"({"test.typing": {"any": ["Del", "Ctrl+A", "Home", "End", "F5", "Ctrl+N"]}})");
         Shortcuts::Instance().Load(mProfile.Path());
         Shortcuts::Instance().InstallOn(mArea);
         host::ShortcutManager::Instance()->ApplyContext("test.typing", false);

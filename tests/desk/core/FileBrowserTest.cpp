@@ -1,11 +1,10 @@
-#include "desk/core/FileBrowser.h"
-
 #include <gtest/gtest.h>
 
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QTest>
 
+#include "desk/core/FileBrowser.h"
 #include "desk/core/QtMainThread.h"
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
@@ -20,8 +19,9 @@ namespace {
 class FileManager : public QDBusVirtualObject {
 public:
     explicit FileManager(SessionBus& bus) {
-        mIsThere = bus.Connection().registerVirtualObject(QStringLiteral("/org/freedesktop/FileManager1"), this) &&
-                   bus.Connection().registerService(QStringLiteral("org.freedesktop.FileManager1"));
+        mIsThere =
+            bus.Connection().registerVirtualObject(QStringLiteral("/org/freedesktop/FileManager1"), this) &&
+            bus.Connection().registerService(QStringLiteral("org.freedesktop.FileManager1"));
     }
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
@@ -74,7 +74,8 @@ TEST_F(FileBrowserTest, AsksTheFileManagerOnTheBus) {
     ASSERT_TRUE(manager.mIsThere);
     Show({"/p/Reel 1%.zuproj", "/p/\xE9\xC3\xA9"}, Desktop::Reveal::Items);
     ASSERT_TRUE(QTest::qWaitFor([&] { return manager.mAsked.size() == 1; }));
-    EXPECT_EQ(manager.mAsked[0], QStringLiteral("ShowItems file:///p/Reel%201%25.zuproj file:///p/%E9%C3%A9ass"));
+    EXPECT_EQ(manager.mAsked[0],
+              QStringLiteral("ShowItems file:///p/Reel%201%25.zuproj file:///p/%E9%C3%A9ass"));
     Show({"/p"}, Desktop::Reveal::Folders);
     ASSERT_TRUE(QTest::qWaitFor([&] { return manager.mAsked.size() == 2; }));
     EXPECT_EQ(manager.mAsked[1], QStringLiteral("ShowFolders file:///pass"));
@@ -91,7 +92,9 @@ TEST_F(FileBrowserTest, WithoutAFileManagerEachFolderIsOpenedOnce) {
     const ExpectLogged log("No file browser shows items");
     MakeOpener("echo \"$1\" >> '" + mFolder.Path("opened") + "'");
     Show({"/p/a b/1", "/p/a b/2", "/1"}, Desktop::Reveal::Items);
-    const auto isOpened = [this] { return Opened().size() == std::string("file:///p/a%20b\nfile:///\n").size(); };
+    const auto isOpened = [this] {
+        return Opened().size() == std::string("file:///p/a%20b\nfile:///\n").size();
+    };
     ASSERT_TRUE(QTest::qWaitFor(isOpened)) << Opened();
     EXPECT_NE(Opened().find("file:///p/a%20b\n"), std::string::npos);
     EXPECT_TRUE(mProblems.empty());

@@ -1,8 +1,7 @@
-#include "host/core/Trace.h"
-
 #include <gtest/gtest.h>
 
 #include "desk/core/DebugDatabaseFile.h"
+#include "host/core/Trace.h"
 #include "tests/support/LogExpectation.h"
 
 namespace {

@@ -29,7 +29,9 @@ TEST(HostDialogsTest, TheInputBoxGivesOneLineAndKeepsTheValueWhenItIsCancelled) 
 TEST(HostDialogsTest, OnlyFilesOfTheKindAreOpened) {
     ScriptedDialogs dialogs;
     host::UTF16StringVec paths;
-    const auto ask = [&] { return host::AskOpenFile(u"Add", paths, u"Project (*.zuproj)", u"*.ZUPROJ", u".zuproj", {}); };
+    const auto ask = [&] {
+        return host::AskOpenFile(u"Add", paths, u"Project (*.zuproj)", u"*.ZUPROJ", u".zuproj", {});
+    };
     dialogs.ExpectFiles("Add", {});
     EXPECT_FALSE(ask());
     dialogs.ExpectFiles("Add", {u"/p/One.zuproj", u"/p/Two.ZuProj"});

@@ -1,6 +1,6 @@
-#include "desk/files/VolumeCache.h"
-
 #include <gtest/gtest.h>
+
+#include "desk/files/VolumeCache.h"
 
 namespace {
 

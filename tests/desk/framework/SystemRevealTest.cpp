@@ -1,8 +1,7 @@
-#include "host/framework/SystemReveal.h"
-
 #include <gtest/gtest.h>
 
 #include "desk/core/UserNotice.h"
+#include "host/framework/SystemReveal.h"
 #include "tests/support/ManualMainThread.h"
 #include "tests/support/RecordingDesktop.h"
 

@@ -1,6 +1,5 @@
-#include "desk/project/BreakLock.h"
-
 #include "desk/core/WorkProgress.h"
+#include "desk/project/BreakLock.h"
 #include "desk/project/Production.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
@@ -11,7 +10,8 @@ using namespace std::chrono_literals;
 /// Cancels what it is to wait for.
 class ImpatientDialogs : public ScriptedDialogs {
 public:
-    void WaitFor(const host::UTF16String&, desk::WorkProgress& progress, const std::future<void>& done) override {
+    void WaitFor(const host::UTF16String&, desk::WorkProgress& progress,
+                 const std::future<void>& done) override {
         progress.Cancel();
         done.wait();
     }
