@@ -57,12 +57,12 @@ void FolderListing::List() {
 
 /// When a folder is first listed, what dead processes of this machine have left there goes.
 void FolderListing::SweepIfNeeded(const std::vector<FolderEntry>& entries) {
-    const bool hasAny = std::ranges::any_of(entries, [](const FolderEntry& entry) {
-        return IsTemporaryName(entry.mName) || IsGuardName(entry.mName);
-    });
-    if (!hasAny || !GetServices().mDesktop) return;
-    GetServices().mWorkerPool->SubmitLast([folder = mRequest.mFolder->mBytes] {
-        SweepLeftovers(*GetServices().mFileSystem, *GetServices().mDesktop, folder);
+    std::vector<std::string> names;
+    for (const FolderEntry& entry : entries)
+        if (MayBeLeftover(entry.mName)) names.push_back(entry.mName);
+    if (names.empty() || !GetServices().mDesktop) return;
+    GetServices().mWorkerPool->SubmitLast([folder = mRequest.mFolder->mBytes, names = std::move(names)] {
+        SweepLeftovers(*GetServices().mFileSystem, *GetServices().mDesktop, folder, names);
     });
 }
 

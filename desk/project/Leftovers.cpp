@@ -3,7 +3,10 @@
 #include <QCryptographicHash>
 #include <array>
 #include <charconv>
+#include <map>
+#include <mutex>
 #include <optional>
+#include <utility>
 
 #include "desk/core/Desktop.h"
 #include "desk/core/Log.h"
@@ -53,6 +56,10 @@ std::optional<LockRecord> ReadOwner(std::string_view name) {
     return owner.mIsReadable ? std::optional(owner) : std::nullopt;
 }
 
+bool IsLockName(std::string_view name) {
+    return name.starts_with('.') && !GetProjectNameOfLockFile(host::UTF8to16(std::string(name))).empty();
+}
+
 void SweepTemporary(FileSystem& fileSystem, const std::string& path) {
     try {
         RemoveTree(fileSystem, path);
@@ -62,12 +69,63 @@ void SweepTemporary(FileSystem& fileSystem, const std::string& path) {
     }
 }
 
-void SweepGuard(FileSystem& fileSystem, const Desktop& desktop, const std::string& path) {
-    const auto guard = ReadLockRecord(fileSystem, path);
-    if (!guard || !IsLockStale(*guard, desktop)) return;
+/// The nonces of stray locks.
+class StrayLocks {
+public:
+    void Add(const std::string& nonce) {
+        const std::lock_guard lock(mMutex);
+        mStates.try_emplace(nonce, State::Stray);
+    }
+    /// False while it is being removed.
+    bool TakeOut(const std::string& nonce) {
+        const std::lock_guard lock(mMutex);
+        const auto entry = mStates.find(nonce);
+        if (entry != mStates.end() && entry->second == State::BeingRemoved) return false;
+        mStates.erase(nonce);
+        return true;
+    }
+    /// True for a stray lock, which is then being removed until `EndRemoval`.
+    bool BeginRemoval(const std::string& nonce) {
+        const std::lock_guard lock(mMutex);
+        const auto entry = mStates.find(nonce);
+        return entry != mStates.end() && std::exchange(entry->second, State::BeingRemoved) == State::Stray;
+    }
+    void EndRemoval(const std::string& nonce, bool isRemoved) {
+        const std::lock_guard lock(mMutex);
+        if (isRemoved)
+            mStates.erase(nonce);
+        else
+            mStates[nonce] = State::Stray;
+    }
+
+private:
+    enum class State { Stray, BeingRemoved };
+
+    std::mutex mMutex;
+    std::map<std::string, State> mStates;
+};
+
+StrayLocks& GetStrayLocks() {
+    static StrayLocks& locks = *new StrayLocks;
+    return locks;
+}
+
+void SweepStray(LockProtocol& protocol, const std::string& path, const std::string& nonce) {
+    if (!GetStrayLocks().BeginRemoval(nonce)) return;
+    const bool isRemoved = protocol.Release(path, nonce) == LockRelease::Done;
+    GetStrayLocks().EndRemoval(nonce, isRemoved);
+    if (isRemoved) Log(LogLevel::Info, "removed a lock that was given up when it stood elsewhere: " + path);
+}
+
+/// A lock or a guard.
+void SweepRecord(FileSystem& fileSystem, const Desktop& desktop, const std::string& path) {
+    const auto record = ReadLockRecord(fileSystem, path);
+    if (!record) return;
     LockProtocol protocol(fileSystem, desktop);
+    SweepStray(protocol, path, record->mNonce);
+    if (!IsLockStale(*record, desktop)) return;
     const LockRecord mine = MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
-    if (protocol.RemoveDead(path, guard->mNonce, mine))
+    if (protocol.RemoveDead(path, record->mNonce, mine))
         Log(LogLevel::Info, "removed what a process left that is gone: " + path);
     for (const LockRemains& remains : protocol.TakeRemains()) protocol.RemoveRemains(remains);
 }
@@ -108,16 +166,36 @@ bool IsGuardName(std::string_view name) {
     return name.starts_with(kGuardPrefix) && name.size() == kGuardPrefix.size() + kDigitsOfNonce;
 }
 
+void NoteStrayLock(const std::string& nonce) {
+    GetStrayLocks().Add(nonce);
+}
+
+bool TakeBackStrayLock(const std::string& nonce) {
+    return GetStrayLocks().TakeOut(nonce);
+}
+
+bool MayBeLeftover(std::string_view name) {
+    return name.starts_with('.') && (IsTemporaryName(name) || IsGuardName(name) || IsLockName(name));
+}
+
+void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::string& folder,
+                    const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        const std::string path = JoinPath<std::string>(folder, name);
+        if (IsTemporaryOfDead(name, desktop)) SweepTemporary(fileSystem, path);
+        if (IsGuardName(name) || IsLockName(name)) SweepRecord(fileSystem, desktop, path);
+    }
+}
+
 void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::string& folder) {
+    std::vector<std::string> names;
     try {
-        for (const FolderEntry& entry : fileSystem.ListFolder(folder)) {
-            const std::string path = JoinPath<std::string>(folder, entry.mName);
-            if (IsTemporaryOfDead(entry.mName, desktop)) SweepTemporary(fileSystem, path);
-            if (IsGuardName(entry.mName)) SweepGuard(fileSystem, desktop, path);
-        }
+        for (FolderEntry& entry : fileSystem.ListFolder(folder))
+            if (MayBeLeftover(entry.mName)) names.push_back(std::move(entry.mName));
     } catch (const host::FileException& exception) {
         Log(LogLevel::Info, exception.what());
     }
+    SweepLeftovers(fileSystem, desktop, folder, names);
 }
 
 }  // namespace desk

@@ -10,6 +10,7 @@
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
 #include "desk/files/FolderPath.h"
+#include "desk/project/Leftovers.h"
 
 namespace desk {
 
@@ -108,6 +109,7 @@ HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& 
         const std::lock_guard lock(task->mMutex);
         task->mIsTakenBack = true;
     }
+    if (!TakeBackStrayLock(found.mNonce)) return {};
     if (MakeProtocol().Check(lockPath, found.mNonce) != LockStanding::Ours) return {};
     return Keep(lockPath, found);
 }
@@ -144,6 +146,7 @@ void LockKeeper::FollowMove(const std::string& oldFolder, const std::string& new
 
 void LockKeeper::GiveUp(const HeldLock& lock) {
     Forget(lock);
+    if (lock.mIsLost) NoteStrayLock(lock.mRecord.mNonce);
     if (lock.mIsLost || !GetServices().mFileSystem || !GetServices().mDesktop) return;
     const LockRelease release = MakeProtocol().Release(lock.mPath, lock.mRecord.mNonce);
     if (release == LockRelease::NotOurs) Log(LogLevel::Info, "the lock was no longer ours: " + lock.mPath);
@@ -183,9 +186,11 @@ void LockKeeper::Finish(const std::shared_ptr<GivingUp>& task, LockRelease relea
     const bool isOpen = release == LockRelease::Retry || task->mIsDoubtful;
     if (isOpen && isInTime && !task->mIsTakenBack)
         return mainThread.PostDelayed([this, task] { TryAgain(task); }, kBetweenTries);
-    if (release == LockRelease::Retry)
+    if (release == LockRelease::Retry) {
+        NoteStrayLock(task->mRemains.mNonce);
         Log(LogLevel::Warning, "could not remove the lock file " + task->mRemains.mPath +
                                    ": a reader has it open, or somebody is about to break it");
+    }
     std::erase(mGivingUp, task);
 }
 

@@ -197,6 +197,7 @@ int LockProtocol::WriteTemporary(const std::string& path, const std::string& byt
 
 LockRelease LockProtocol::Release(const std::string& lockPath, const std::string& nonce) {
     const Content found = Read(lockPath);
+    if (!found.mIsThere || found.IsForeign(nonce)) NoteStrayLock(nonce);
     if (!found.mIsThere) return LockRelease::Done;
     if (found.IsForeign(nonce)) return LockRelease::NotOurs;
     if (!found.Bears(nonce) || IsGuarded(lockPath, nonce)) return LockRelease::Retry;

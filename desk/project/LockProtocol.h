@@ -102,7 +102,8 @@ public:
     /// takers one wins.
     LockTaking Take(const std::string& lockPath, const LockRecord& mine);
 
-    /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it.
+    /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it. One that is not there any more
+    /// counts as removed; it and one that is another's now count as stray (`NoteStrayLock`).
     LockRelease Release(const std::string& lockPath, const std::string& nonce);
 
     /// Reads the lock again. A volume may show old content for a moment, so a loss is looked at three times

@@ -198,6 +198,27 @@ TEST_F(LockKeeperTest, ALockFollowsAMovedFolder) {
     }
 }
 
+TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedGoesWhenItsNewFolderIsListed) {
+    const auto list = [this] { desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path("Day 2")); };
+    for (const bool isFoundLost : {false, true}) {
+        host::ProjectLockFileRef lock = Create();
+        mFolder.Rename("Day 1", "Day 2");
+        list();
+        EXPECT_TRUE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock")) << "it is still held";
+        EXPECT_EQ(isFoundLost && lock->IsLost(), isFoundLost);
+        lock.reset();
+        host::ProjectLockFileRef again = Create("Day 2/Reel 1.zuproj");
+        list();
+        EXPECT_TRUE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock")) << "it has been taken back";
+        mFolder.Rename("Day 2", "Day 1");
+        again.reset();
+        mFolder.Rename("Day 1", "Day 2");
+        list();
+        EXPECT_FALSE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock"));
+        mFolder.Rename("Day 2", "Day 1");
+    }
+}
+
 TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListed) {
     desk::LockRecord earlier = desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1");
     earlier.mBootID = "99999999-2222-3333-4444-555555555555";

@@ -355,9 +355,11 @@ TEST_P(LockProtocolTest, SweepsOnlyWhatOurDeadHaveLeft) {
                                      ".zutmp-" + dead.mNonce,
                                      desk::MakeTemporaryName(dead) + ".x",
                                      kLock,
+                                     ".Reel 2.zuproj.lock",
                                      "Reel 1.zuproj"};
     for (const std::string& name : kept) mFolder.Write(name);
-    mFolder.Write(kLock, WriteLockRecord(dead));
+    mFolder.Write(kLock, WriteLockRecord(elsewhere));
+    mFolder.Write(".Reel 3.zuproj.lock", WriteLockRecord(dead));
     mFolder.Write(desk::GetGuardName(elsewhere.mNonce), WriteLockRecord(elsewhere));
     desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path());
     const std::vector<std::string> names = Names();
