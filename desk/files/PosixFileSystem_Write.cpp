@@ -33,7 +33,8 @@ mode_t ModeForReplacement(const std::string& path) {
     return facts.st_mode & 0777;
 }
 
-/// Writes the whole of a new file and flushes it. Returns 0, or an errno; what was made is then gone.
+/// Writes the whole of a new file and flushes it. Returns 0, or an errno; what was made is then gone, unless the
+/// making itself was done and reported as failed.
 int WriteNewFile(const std::string& path, const std::string& bytes, mode_t mode) {
     FileDescriptor file(RetryInterrupted(
         [&] { return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600); }));
@@ -75,7 +76,10 @@ void PosixFileSystem::ReplaceFile(const std::string& path, const std::string& by
     std::string folder = FolderOf(path);
     std::string temporary = folder + '/' + MakeTemporaryName();
     int error = WriteNewFile(temporary, bytes, ModeForReplacement(path));
-    if (error != 0) ThrowFileException("write", path, error);
+    if (error != 0) {
+        ::unlink(temporary.c_str());  // Nobody else has this name: whatever stands there is ours.
+        ThrowFileException("write", path, error);
+    }
     if (::rename(temporary.c_str(), path.c_str()) != 0) {
         error = errno;
         ::unlink(temporary.c_str());
