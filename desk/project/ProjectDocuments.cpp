@@ -9,6 +9,7 @@
 #include "desk/core/Services.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/LongWork.h"
+#include "desk/files/FileMoves.h"
 #include "desk/files/FileSystem.h"
 #include "desk/project/OutOfDateWatch.h"
 #include "desk/project/ProjectDocumentsImpl.h"
@@ -27,10 +28,29 @@ constexpr int kMostNames = 100;
 
 ProjectDocuments* sInstance = nullptr;
 
+/// What is open for writing in a folder that has moved goes on at its new place, whatever a look at that place
+/// says; its lock has followed already. Whoever moves a single project tells it, along with its new lock.
+void FollowFolder(const MovedItem& item) {
+    if (!item.mIsFolder) return;
+    for (const OpenProjectRef& project : OpenProjectList::Instance().Get()) {
+        const ProjectDocumentRef document = ToDocument(project);
+        if (!document || document->IsReadOnly()) continue;
+        const std::string path = host::UTF16to8(document->GetProjectPath());
+        if (path.starts_with(item.mFrom + '/'))
+            document->SetProjectPath(host::UTF8to16(item.mTo + path.substr(item.mFrom.size())));
+    }
+}
+
+void FollowFolders() {
+    static bool sIsFollowing = false;
+    if (!std::exchange(sIsFollowing, true)) AddMoveObserver(FollowFolder);
+}
+
 }  // namespace
 
 ProjectDocuments::ProjectDocuments() : mWatch(std::make_unique<OutOfDateWatch>()) {
     sInstance = this;
+    FollowFolders();
 }
 
 ProjectDocuments::~ProjectDocuments() {
@@ -77,8 +97,8 @@ void ProjectDocuments::SetActiveProject(const host::ProjectRef& project) {
 }
 
 host::UTF16String ProjectDocuments::CreateProject(const host::UTF16String& folder) {
-    const host::UTF16String name =
-        host::ZString("$$$/Vantor/Handlers/ZuProductionFolder/Untitled=Untitled") + host::GetProjectFileExtension();
+    const host::UTF16String name = host::ZString("$$$/Vantor/Handlers/ZuProductionFolder/Untitled=Untitled") +
+                                   host::GetProjectFileExtension();
     const host::UTF16String wanted =
         host::PathUtils::CombinePaths(host::PathUtils::ToNormalizedPath(folder), name);
     host::UTF16StringVec taken;
