@@ -263,6 +263,8 @@ void SlowVolume::PrintStatistics(std::ostream& out) const {
     for (std::size_t i = 0; i < mCounts.size(); ++i) {
         if (mCounts[i] != 0) out << kOperationNames[i] << ' ' << mCounts[i] << '\n';
     }
+    for (std::size_t i = 0; i < mOptions.mFaults.size(); ++i)
+        out << "failures " << mFaultCounts[i] / mOptions.mFaults[i].mEvery << '\n';
 }
 
 SlowVolume& SlowVolume::Begin(fuse_req_t request, Operation operation) {

@@ -28,7 +28,8 @@ constexpr char kUsage[] =
     "before\n"
     "                     it is done, or after, as when a reply is lost; \"link:3:5:after\" is operation, n, "
     "errno\n"
-    "  --statistics       prints at the end how often each operation was asked for\n";
+    "  --statistics       prints at the end how often each operation was asked for, and how often each rule failed\n"
+    "                     one\n";
 
 bool ParseFault(const std::string& rule, Options& options) {
     std::istringstream text(rule);

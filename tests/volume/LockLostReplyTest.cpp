@@ -1,13 +1,12 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <QProcess>
 #include <filesystem>
 
 #include "desk/files/PosixFileSystem.h"
 #include "desk/project/LockProtocol.h"
 #include "tests/support/RecordingDesktop.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/volume/FaultyMount.h"
 
 using desk::LockProtocol;
 using desk::LockRecord;
@@ -15,33 +14,6 @@ using desk::LockRelease;
 using desk::LockTaking;
 
 namespace {
-
-/// A folder as another machine sees it: mounted by a FUSE program that fails by a rule.
-class FaultyMount {
-public:
-    FaultyMount(const std::string& source, const std::string& rule) {
-        mProcess.setProgram(QStringLiteral(ZU_BINARY_DIR "/bin/slow-volume"));
-        mProcess.setArguments({QString::fromStdString(source), QString::fromStdString(mMountPoint.Path()),
-                               QStringLiteral("--delay-ms"), QStringLiteral("0"),
-                               QStringLiteral("--cache-seconds"), QStringLiteral("0"), QStringLiteral("--fail"),
-                               QString::fromStdString(rule)});
-        mProcess.start();
-        mProcess.waitForReadyRead(10'000);
-        mIsMounted = mProcess.readAllStandardOutput() == "mounted\n";
-    }
-    ~FaultyMount() {
-        mProcess.terminate();
-        mProcess.waitForFinished(20'000);
-    }
-    bool IsMounted() const { return mIsMounted; }
-    std::string Path(const std::string& name) const { return mMountPoint.Path(name); }
-    std::string ErrorText() { return mProcess.readAllStandardError().toStdString(); }
-
-private:
-    TemporaryFolder mMountPoint;
-    QProcess mProcess;
-    bool mIsMounted = false;
-};
 
 class LockLostReply : public testing::TestWithParam<const char*> {
 protected:
@@ -68,7 +40,7 @@ constexpr int kRounds = 250;
 }  // namespace
 
 TEST_P(LockLostReply, LeavesNoOrphanAndHoldsNobodyOff) {
-    if (::access("/dev/fuse", R_OK | W_OK) != 0) GTEST_SKIP() << "no /dev/fuse: lost replies were not tried";
+    if (!FaultyMount::IsPossible()) GTEST_SKIP() << "no /dev/fuse: lost replies were not tried";
     FaultyMount mounts[] = {{mFolder.Path(), GetParam()}, {mFolder.Path(), GetParam()}};
     RecordingDesktop machines[2];
     machines[1].mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";

@@ -12,9 +12,9 @@
 #include "desk/project/Leftovers.h"
 #include "desk/project/LockProtocol.h"
 #include "tests/support/RecordingDesktop.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/volume/LockCompetition.h"
 #include "tests/volume/Processes.h"
+#include "tests/volume/TestProduction.h"
 
 using desk::LockProtocol;
 using desk::LockRecord;
@@ -33,11 +33,6 @@ public:
 
 class LockRace : public testing::TestWithParam<bool> {
 protected:
-    /// Where fsync costs nothing: more happens in the same time.
-    static std::string MakePath() {
-        if (::access("/dev/shm", W_OK) == 0) ::setenv("TMPDIR", "/dev/shm", 1);
-        return {};
-    }
     std::string LockOf(int project) const {
         return mFolder.Path(".Reel " + std::to_string(project) + ".zuproj.lock");
     }
@@ -51,8 +46,7 @@ protected:
         return names;
     }
 
-    const std::string mMemory = MakePath();
-    TemporaryFolder mFolder;
+    TemporaryFolder mFolder = testproduction::MakeFolderInMemory();
     RecordingDesktop mDesktop;
     desk::PosixFileSystem mDisk;
     WithoutLinks mDiskWithoutLinks;

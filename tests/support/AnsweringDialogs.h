@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "desk/core/Services.h"
+#include "desk/dialogs/Dialogs.h"
+#include "host/core/Strings.h"
+
+/// Answers every question with its default button and asks nobody; keeps what it was told. It is the process's
+/// `desk::Dialogs` while it exists. UI thread.
+class AnsweringDialogs : public desk::Dialogs {
+public:
+    AnsweringDialogs() : mBefore(desk::GetServices().mDialogs) { desk::GetServices().mDialogs = this; }
+    ~AnsweringDialogs() override { desk::GetServices().mDialogs = mBefore; }
+
+    /// The titles and texts of messages, in UTF-8, and of questions.
+    std::vector<std::string> mTold;
+    std::vector<std::string> mAsked;
+    /// The button that questions are answered with, by its index, where there are so many.
+    std::size_t mButton = 0;
+
+    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text) override {
+        mTold.push_back(host::UTF16to8(title + u": " + text));
+    }
+    desk::Answer Ask(const desk::Question& question) override {
+        mAsked.push_back(host::UTF16to8(question.mTitle + u": " + question.mText));
+        return {mButton < question.mButtons.size() ? mButton : question.mCancel, false};
+    }
+    std::optional<host::UTF16String> AskText(const host::UTF16String&, const host::UTF16String&,
+                                             const host::UTF16String& value) override {
+        return value;
+    }
+    std::optional<host::UTF16String> AskFolder(const host::UTF16String&, const host::UTF16String&) override {
+        return {};
+    }
+    std::optional<host::UTF16String> AskNewFolder(const host::UTF16String&, const host::UTF16String&) override {
+        return {};
+    }
+    host::UTF16StringVec AskFiles(const host::UTF16String&, const host::UTF16String&, const host::UTF16String&,
+                                  const host::UTF16String&) override {
+        return {};
+    }
+    std::optional<host::UTF16String> AskNewFile(const host::UTF16String&, const host::UTF16String&) override {
+        return {};
+    }
+    void WaitFor(const host::UTF16String&, desk::WorkProgress&, const std::future<void>& done) override {
+        done.wait();
+    }
+
+private:
+    desk::Dialogs* mBefore;
+};

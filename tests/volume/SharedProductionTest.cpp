@@ -1,0 +1,102 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <random>
+
+#include "desk/core/SystemDesktop.h"
+#include "desk/files/PosixFileSystem.h"
+#include "desk/project/Leftovers.h"
+#include "desk/project/LockProtocol.h"
+#include "desk/project/LockRecord.h"
+#include "host/core/Strings.h"
+#include "tests/volume/TestProduction.h"
+#include "tests/volume/WorkerServer.h"
+
+using testproduction::Findings;
+
+namespace {
+
+/// Real processes of the host on one production, through the operations that the panel calls.
+class SharedProduction : public testing::Test {
+protected:
+    static std::string LockOf(const std::string& project) {
+        const std::filesystem::path path(project);
+        return path.parent_path().string() + "/." + path.filename().string() + ".lock";
+    }
+    /// What the next process on this machine does when it lists the folders.
+    void Sweep() {
+        for (const std::string& folder : testproduction::List(mProduction).mFolders)
+            desk::SweepLeftovers(mDisk, mDesktop, folder);
+    }
+    void ExpectThatEachLockCanBeTaken() {
+        desk::LockProtocol protocol(mDisk, mDesktop);
+        for (const std::string& project : testproduction::List(mProduction).mProjects) {
+            const auto mine = desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1");
+            EXPECT_EQ(protocol.Take(LockOf(project), mine).mOutcome, desk::LockTaking::Outcome::Ours) << project;
+            EXPECT_EQ(protocol.Release(LockOf(project), mine.mNonce), desk::LockRelease::Done) << project;
+        }
+    }
+
+    TemporaryFolder mFolder = testproduction::MakeFolderInMemory();
+    const std::string mProduction = mFolder.MakeFolder("North Shore");
+    desk::PosixFileSystem mDisk;
+    desk::SystemDesktop mDesktop;
+    WorkerServer mServer;
+};
+
+}  // namespace
+
+TEST_F(SharedProduction, ThatFourProcessesMoveRenameAndTrashAtOnceLosesNothing) {
+    constexpr int kProjects = 200;
+    constexpr int kMilliseconds = 5000;
+    testproduction::Make(mProduction, kProjects);
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::vector<pid_t> processes;
+    for (unsigned i = 0; i < 4; ++i)
+        processes.push_back(mServer.Begin("shuffle", mProduction, seed + i, kMilliseconds));
+    for (const pid_t process : processes) EXPECT_EQ(mServer.ResultOf(process), 0);
+    EXPECT_EQ(testproduction::Examine(mProduction).DescribeLosses(kProjects), "");
+    ExpectThatEachLockCanBeTaken();
+    // Folders were moved with the locks of others in them.
+    Sweep();
+    EXPECT_THAT(testproduction::Examine(mProduction).mHidden, testing::IsEmpty());
+}
+
+/// A job, how often it is killed, and whether it makes copies.
+struct KilledJob {
+    const char* mName;
+    int mRounds;
+    bool mMakesCopies = false;
+};
+
+class KilledProcess : public SharedProduction, public testing::WithParamInterface<KilledJob> {};
+
+INSTANTIATE_TEST_SUITE_P(Jobs, KilledProcess,
+                         testing::Values(KilledJob{"take", 40}, KilledJob{"move", 80}, KilledJob{"save", 70},
+                                         KilledJob{"copy", 50, true}, KilledJob{"trash", 60}),
+                         [](const auto& job) { return std::string(job.param.mName); });
+
+TEST_P(KilledProcess, LeavesEveryProjectWholeAndNothingThatStandsInTheWay) {
+    constexpr int kProjects = 12;
+    const KilledJob job = GetParam();
+    testproduction::Make(mProduction, kProjects);
+    const unsigned seed = std::random_device()();
+    std::mt19937 random(seed);
+    int left = 0;
+    for (int round = 0; round < job.mRounds; ++round) {
+        SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round));
+        const pid_t process = mServer.Begin(job.mName, mProduction, seed + static_cast<unsigned>(round));
+        ::usleep(static_cast<useconds_t>(random() % 20'000));
+        ASSERT_TRUE(mServer.Kill(process));
+        const Findings found = testproduction::Examine(mProduction);
+        left += !found.mHidden.empty();
+        ASSERT_EQ(job.mMakesCopies ? found.DescribeLossesButCopies(kProjects) : found.DescribeLosses(kProjects), "");
+        Sweep();
+        ExpectThatEachLockCanBeTaken();
+        ASSERT_THAT(testproduction::Examine(mProduction).mHidden, testing::IsEmpty());
+        for (const auto& [number, paths] : found.mProjects)
+            for (std::size_t i = 1; i < paths.size(); ++i) std::filesystem::remove(paths[i]);
+    }
+    EXPECT_GT(left, job.mRounds / 20) << "the processes died too early or too late to prove anything";
+}

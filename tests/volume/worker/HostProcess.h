@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <memory>
+#include <string>
+
+#include "desk/core/QtMainThread.h"
+#include "desk/core/SystemDesktop.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/files/ChangeSource.h"
+#include "desk/files/FolderStore.h"
+#include "desk/files/PosixFileSystem.h"
+#include "desk/project/CopyQueue.h"
+#include "desk/project/ProjectDocuments.h"
+#include "tests/support/AnsweringDialogs.h"
+
+/// A process of the host, real but for its window, with a production open. One in a process.
+class HostProcess {
+public:
+    explicit HostProcess(const std::string& production);
+    /// Ends as the program does: what is open is closed, and locks that could not be given up are tried again.
+    ~HostProcess();
+
+    /// Lets everything come to its end that is under way.
+    void Settle();
+    /// The trash folder's path.
+    std::string TrashFolder() const;
+
+    AnsweringDialogs mDialogs;
+
+private:
+    int mArgumentCount = 1;
+    char mName[7] = "worker";
+    char* mArguments[2] = {mName, nullptr};
+    QCoreApplication mApplication{mArgumentCount, mArguments};
+    desk::PosixFileSystem mDisk;
+    desk::SystemDesktop mDesktop;
+    desk::QtMainThread mMainThread;
+    desk::WorkerPool mWorkers{4};
+    std::unique_ptr<desk::FolderStore> mStore;
+    std::unique_ptr<desk::ProjectDocuments> mDocuments;
+    std::unique_ptr<desk::CopyQueue> mCopies;
+};
