@@ -125,7 +125,8 @@ void TellNotMovedToTrash(UTF16StringVec selected, const UTF16StringVec& deleteab
 
 /// Copies the whole folder, and makes the projects in the copy projects of the production.
 void CopyFolder(const UTF16String& path, const UTF16String& copyPath) {
-    FileUtils::Copy(Dir(path), Dir(copyPath));
+    Dir(copyPath).Create();
+    Utilities::CopyDirectoryTree(path, copyPath);
     const UTF16StringVec projects = FileSearch::FindFiles(copyPath, GetProjectFileExtension());
     if (!projects.empty()) AddProjectsToZuProduction(projects, copyPath);
 }

@@ -12,6 +12,7 @@
 #include "desk/files/PosixErrors.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
 
@@ -29,9 +30,10 @@ public:
     void Run(WorkProgress& progress) {
         progress.SetItem(host::UTF8to16(mFrom.substr(mFrom.rfind('/') + 1)));
         if (!GetServices().mFileSystem->ListFolder(mTo).empty()) ThrowFileException("copy to", mTo, ENOTEMPTY);
-        CopyItem(mFrom, mHidden, progress);
         try {
+            CopyItem(mFrom, mHidden, progress);
             Publish();
+            GetServices().mFileSystem->CopyFolderAttributes(mFrom, mTo);
         } catch (...) {
             Undo();
             throw;
@@ -47,14 +49,18 @@ private:
         }
         RemoveTree(mHidden);
     }
+    /// What somebody else has put into the folder meanwhile stays, and the folder with it.
     void Undo() noexcept {
         mPublished.push_back(mHidden);
-        for (const std::string& path : mPublished) {
-            try {
-                RemoveTree(path);
-            } catch (const std::exception& exception) {
-                host::LogException(exception, __PRETTY_FUNCTION__);
-            }
+        for (const std::string& path : mPublished) TryTo([&] { RemoveTree(path); });
+        TryTo([this] { GetServices().mFileSystem->RemoveFromTree(mTo, {}, true); });
+    }
+    template <class Action>
+    static void TryTo(Action action) noexcept {
+        try {
+            action();
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() != ENOENT) host::LogException(exception, __PRETTY_FUNCTION__);
         }
     }
 

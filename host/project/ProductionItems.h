@@ -53,8 +53,9 @@ ZUHOST_API bool IsPathWithinDirectory(const UTF16String& path, const UTF16String
 ZUHOST_API UTF16String MakeUniqueFilename(const UTF16String& path, int startNumber,
                                           const UTF16String& separator, const UTF16StringVec& namesToAvoid);
 
-/// Copies what is in the folder `from` into the folder `to`, which exists; otherwise as `FileUtils::Copy` of
-/// folders. A failure removes what was copied, and `to` stays empty.
+/// Copies what is in the folder `from` into the folder `to`, which exists and is empty, and gives `to` the times and
+/// permissions of `from`; otherwise as `FileUtils::Copy` of folders. A failure removes what was copied, and the
+/// folder `to` with it. Throws with ENOTEMPTY, and changes nothing, when something is in `to`.
 ZUHOST_API void CopyDirectoryTree(const UTF16String& from, const UTF16String& to);
 
 }  // namespace Utilities

@@ -54,17 +54,19 @@ TEST_F(CopyDirectoryTreeTest, CopiesWhatIsInAFolderWithoutItsLocks) {
     EXPECT_EQ(mFolder.Read("To/b.zuproj"), "b");
     EXPECT_EQ(fs::read_symlink(mFolder.Path("To/link")), "/nowhere");
     EXPECT_EQ(std::distance(fs::directory_iterator(mFolder.Path("To")), {}), 3) << "and nothing else";
+    EXPECT_EQ(fs::last_write_time(mFolder.Path("To")), fs::last_write_time(mFolder.Path("From")));
     EXPECT_EQ(ErrorOfCopy(), ENOTEMPTY);
     EXPECT_EQ(mFolder.Read("To/b.zuproj"), "b");
 }
 
-TEST_F(CopyDirectoryTreeTest, AFailureLeavesTheFolderEmpty) {
+TEST_F(CopyDirectoryTreeTest, AFailureLeavesNothing) {
     for (const Operation operation : {Operation::CopyFile, Operation::CopyLink, Operation::RenameNew})
         for (const int nth : {1, 2}) {
             if (operation == Operation::CopyLink && nth == 2) continue;
             mDisk.Fail(operation, nth, EIO);
             EXPECT_EQ(ErrorOfCopy(), EIO) << static_cast<int>(operation) << ' ' << nth;
-            EXPECT_TRUE(fs::is_empty(mFolder.Path("To"))) << static_cast<int>(operation) << ' ' << nth;
+            EXPECT_FALSE(mFolder.Exists("To")) << static_cast<int>(operation) << ' ' << nth;
+            mFolder.MakeFolder("To");
         }
     Copy();
     EXPECT_TRUE(mFolder.Exists("To/Sub/a.zuproj"));
