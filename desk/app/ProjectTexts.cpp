@@ -61,8 +61,7 @@ QString DescribeContent(const ProjectContent& content) {
         case ProjectContent::Kind::EditableText:
             return {};
         case ProjectContent::Kind::Large:
-            return Localized("$$$/Desk/Projects/Large=This project is larger than @0 and is not shown as text.",
-                             {host::GetDisplayStringOfFileSize(kEditableLimit)});
+            return Localized("$$$/Desk/Projects/Large=This project is too large to be shown as text.");
         case ProjectContent::Kind::Text:
             if (content.mObstacle == EditedText::Obstacle::ManyLines)
                 return Localized(

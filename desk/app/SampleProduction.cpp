@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <string_view>
 
@@ -144,12 +145,29 @@ void WriteForeignLock(const std::string& projectPath, const char* user, std::int
     WriteFile(projectPath.substr(0, slash + 1) + name, WriteLockRecord(record), 0, takenAt);
 }
 
+/// A list of shots; as long as the project where that is a text that an editor shows, else its beginning.
+std::string MakeText(const SampleProject& project) {
+    constexpr std::int64_t kLongestText = 1'000'000;
+    constexpr int kFramesPerSecond = 24;
+    std::string text = std::string(project.mPath) + "\n00:00:00:00  Opening over black\n";
+    if (project.mBytes > kLongestText) return text;
+    char line[64];
+    for (int shot = 1, frame = 90;; ++shot, frame += 40 + shot * 37 % 110) {
+        const int seconds = frame / kFramesPerSecond;
+        std::snprintf(line, sizeof line, "%02d:%02d:%02d:%02d  Shot %d, take %d\n", seconds / 3600 % 24,
+                      seconds / 60 % 60, seconds % 60, frame % kFramesPerSecond, shot, 1 + shot * 5 % 7);
+        if (static_cast<std::int64_t>(text.size() + sizeof line) > project.mBytes) break;
+        text += line;
+    }
+    text.resize(static_cast<std::size_t>(project.mBytes - 1), '-');
+    return text + '\n';
+}
+
 void WriteProject(const std::string& folder, const SampleProject& project) {
     const std::string path = ProjectPath(folder, project.mPath);
     const std::int64_t modified = kLastDay - project.mAge * 60;
     MakeFolders(path.substr(0, path.rfind('/')));
-    WriteFile(path, std::string(project.mPath) + "\n00:00:00:00  Opening over black\n", project.mBytes,
-              modified);
+    WriteFile(path, MakeText(project), project.mBytes, modified);
     if (project.mUser) WriteForeignLock(path, project.mUser, modified - 3'600);
 }
 
