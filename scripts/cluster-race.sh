@@ -8,7 +8,7 @@ set -euo pipefail
 script=$(readlink -f "${BASH_SOURCE[0]}")
 root=$(dirname "$(dirname "$script")")
 address=10.77.0.1 # of the loopback device in our namespace; the volume manager refuses 127.0.0.1
-volume=lock-race
+volume="lock-race"
 
 # shellcheck source=scripts/prepare.sh
 source "$root/scripts/prepare.sh"
@@ -16,17 +16,19 @@ source "$root/scripts/prepare.sh"
 # outside ARGUMENT...: installs, builds, and runs this script again inside namespaces.
 outside() {
     [[ $EUID -eq 0 ]] || { say "Mounting takes root: sudo $script"; exit 1; }
-    packages+=(glusterfs-server glusterfs-client iproute2)
+    packages+=(glusterfs-server glusterfs-client iproute2 procps)
     prepare "$root" dev lock-race
     local folder status=0
     folder=$(mktemp -d "${TMPDIR:-/tmp}/lock-race-XXXXXX")
     # shellcheck disable=SC2064
     trap "rm -rf --one-file-system '$folder'" EXIT
-    trap : INT TERM # What runs inside gets these too; we wait for it and remove the folder.
     unshare --mount --net --pid --fork --mount-proc --kill-child=KILL -- \
         env CLUSTER_RACE_FOLDER="$folder" "$script" "$@" &
-    wait $! || status=$?
-    if jobs -r | grep -q .; then wait $! || status=$?; fi
+    local inside=$!
+    # When the first process of a process namespace ends, all of them have; with them go the mounts.
+    trap 'pkill -KILL -P "$inside"' INT TERM HUP
+    wait "$inside" || status=$?
+    while kill -0 "$inside" 2>/dev/null; do wait "$inside" || true; done
     exit "$status"
 }
 
@@ -61,7 +63,6 @@ start_manager() {
 }
 
 stop_all() {
-    trap - INT TERM
     umount "$folder"/client-* 2>>"$folder/log" || umount --lazy "$folder"/client-* 2>>"$folder/log" || true
     if [[ -n $manager ]]; then
         gluster --mode=script volume stop "$volume" force >>"$folder/log" 2>&1 || true
@@ -79,8 +80,6 @@ inside() {
         if [[ $1 == --bricks ]]; then bricks=$2; shift 2; else arguments+=("$1"); shift; fi
     done
     trap stop_all EXIT
-    trap 'exit 130' INT
-    trap 'exit 143' TERM
     start_manager
     for ((i = 1; i <= bricks; ++i)); do
         mkdir "$folder/brick-$i"
