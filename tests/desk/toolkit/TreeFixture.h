@@ -24,9 +24,10 @@ inline constexpr host::ColumnID kNameColumn = 0x4E616D65;
 inline constexpr host::ColumnID kSizeColumn = 0x53697A65;
 inline constexpr host::ColumnID kDateColumn = 0x44617465;
 
-template <class Signature>
-host::SharedFunction<Signature> Shared(std::function<Signature> function) {
-    return std::make_shared<std::function<Signature>>(std::move(function));
+/// A callback as the tree takes it.
+template <class Callback>
+auto Shared(Callback callback) {
+    return std::make_shared<decltype(std::function(callback))>(std::move(callback));
 }
 
 /// The name, and what else a test keeps with a row. Names that end in "/" are folders.
@@ -47,26 +48,21 @@ protected:
         mContainer = desk::CreateWidgetContainer(mWindow);
         mTree = new host::MediaBrowserMultiColumnTree(0, 0.62f);
         mTree->SetSupportMultipleSelections(true);
-        mTree->SetCanRowHaveChildrenFunction(Shared<bool(const host::RowRef&)>(
-            [](const host::RowRef& row) { return DataOf(*row).mName.ends_with('/'); }));
+        mTree->SetCanRowHaveChildrenFunction(
+            Shared([](const host::RowRef& row) { return DataOf(*row).mName.ends_with('/'); }));
         mHeader = new host::UI_MultiColumnTreeHeaderRow(*mTree);
         mTree->SetHeaderRow(mHeader);
         mHeader->AppendColumn(u"Name", kNameColumn);
         mHeader->AppendColumn(u"Size", kSizeColumn);
         mHeader->AppendColumn(u"Date", kDateColumn);
-        mTree->SetCellSortDataFunction(Shared<host::UTF16String(const host::RowRef&, unsigned)>(
-            [this](const host::RowRef& row, unsigned column) {
-                ++mCountOfKeys;
-                const NamedRow& data = DataOf(*row);
-                return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize
-                                                                                      : data.mName);
-            }));
-        // As in a production: the trash comes last.
-        mHeader->SetStringSortingCallback(Shared<bool(const host::UTF16String&, const host::UTF16String&)>(
-            [](const host::UTF16String& a, const host::UTF16String& b) {
-                if (a == u"Trash/" || b == u"Trash/") return a != u"Trash/";
-                return a < b;
-            }));
+        mTree->SetCellSortDataFunction(Shared([this](const host::RowRef& row, unsigned column) {
+            ++mCountOfKeys;
+            const NamedRow& data = DataOf(*row);
+            return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize : data.mName);
+        }));
+        mHeader->SetStringSortingCallback(Shared([](const host::UTF16String& a, const host::UTF16String& b) {
+            return a == u"Trash/" || b == u"Trash/" ? a != u"Trash/" : a < b;
+        }));
         mContainer->AddChild(mTree);
         mTree->UI_SetBounds({0, 0, 600, 20 * 25 + 28});
         mTester = std::make_unique<QAbstractItemModelTester>(
@@ -99,13 +95,11 @@ protected:
         return rows;
     }
 
-    /// "name000" to "name<count - 1>", by `step`.
+    /// `count` names that end in five digits each.
     static Rows Names(const std::string& name, int first, int count, int step = 1) {
         Rows names;
-        for (int i = 0; i < count; ++i) {
-            std::string digits = std::to_string(first + i * step);
-            names.push_back(name + std::string(5 - digits.size(), '0') + digits);
-        }
+        for (int i = 0; i < count; ++i)
+            names.push_back(name + std::to_string(100'000 + first + i * step).substr(1));
         return names;
     }
 
@@ -125,24 +119,27 @@ protected:
         return names;
     }
 
-    /// The opened rows, indented by their depth, as the tree names them and as its view shows them.
+    static int DepthOf(const host::RowRef& row) {
+        const host::RowRef above = row->GetParentRow();
+        return above ? 1 + DepthOf(above) : 0;
+    }
+
+    /// The opened rows as the tree names them, two blanks a level.
     Rows Shown() {
         Rows shown;
-        for (const host::RowRef& row : mTree->GetOpenedRows()) {
-            std::string indentation;
-            for (host::RowRef above = row->GetParentRow(); above; above = above->GetParentRow())
-                indentation += "  ";
-            shown.push_back(indentation + DataOf(*row).mName);
-        }
+        for (const host::RowRef& row : mTree->GetOpenedRows())
+            shown.push_back(std::string(std::size_t(2 * DepthOf(row)), ' ') + DataOf(*row).mName);
         return shown;
     }
 
-    /// The names of the rows that the view itself shows, asked of Qt.
-    Rows ShownByView() {
+    /// The names of the rows that Qt's view shows.
+    Rows ShownByView(bool onlySelected = false) {
         Rows names;
         QModelIndex index = View().model()->index(0, 0);
         for (; index.isValid(); index = View().indexBelow(index))
-            names.push_back(DataOf(*static_cast<host::UI_MultiColumnTreeRow*>(index.internalPointer())).mName);
+            if (!onlySelected || View().selectionModel()->isSelected(index))
+                names.push_back(
+                    DataOf(*static_cast<host::UI_MultiColumnTreeRow*>(index.internalPointer())).mName);
         return names;
     }
 
@@ -150,22 +147,12 @@ protected:
         return {0, IndexOf(row) * 25 - ScrollBar().value(), View().viewport()->width(), 25};
     }
 
-    void Click(const host::RowRef& row, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    void Click(const host::RowRef& row, Qt::KeyboardModifiers modifiers = Qt::NoModifier, int x = 120) {
         Settle();
-        QTest::mouseClick(View().viewport(), Qt::LeftButton, modifiers,
-                          RectOf(row).topLeft() + QPoint(120, 12));
-        Settle();
-    }
-
-    void ClickTriangle(const host::RowRef& row) {
-        Settle();
-        int depth = 0;
-        for (host::RowRef above = row->GetParentRow(); above; above = above->GetParentRow()) ++depth;
-        QTest::mouseClick(View().viewport(), Qt::LeftButton, {},
-                          RectOf(row).topLeft() + QPoint(int(15.5 * depth) + 9, 12));
+        QTest::mouseClick(View().viewport(), Qt::LeftButton, modifiers, RectOf(row).topLeft() + QPoint(x, 12));
         Settle();
     }
-
+    void ClickTriangle(const host::RowRef& row) { Click(row, {}, int(15.5 * DepthOf(row)) + 9); }
     void Press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(&View(), Qt::Key(key), modifiers);
         Settle();
@@ -173,8 +160,7 @@ protected:
 
     int IndexOf(const host::RowRef& row) {
         const host::RowVec rows = mTree->GetOpenedRows();
-        const auto found = std::find(rows.begin(), rows.end(), row);
-        return found == rows.end() ? -1 : int(found - rows.begin());
+        return int(std::find(rows.begin(), rows.end(), row) - rows.begin());
     }
 
     ManualMainThread mMainThread;
