@@ -4,27 +4,16 @@
 
 #include <filesystem>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
 #include "desk/files/FileMoves.h"
 #include "desk/project/LockKeeper.h"
-#include "desk/project/LockRecord.h"
 #include "host/files/File.h"
-#include "host/files/FileException.h"
 #include "host/files/FileSearch.h"
 #include "host/files/FileUtils.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/desk/files/FollowedFolder.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/LogExpectation.h"
-#include "tests/support/ManualMainThread.h"
-#include "tests/support/RecordingDesktop.h"
-#include "tests/support/ScriptedDialogs.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TreeSnapshot.h"
 
 namespace fs = std::filesystem;
-using Operation = FaultyFileSystem::Operation;
 
 namespace {
 
@@ -47,50 +36,27 @@ struct Observers {
     std::vector<desk::MovedItem> mMoves;
 };
 
-class FileMoveTest : public testing::Test {
+class FileMoveTest : public HostFixture {
 protected:
     FileMoveTest() {
-        desk::GetServices().mWorkerPool = &mPool;
         mMoves.clear();
         mFolder.Write("Reel 1.zuproj", "project");
         mFolder.Write("Day 1/a.zuproj", "a");
         mFolder.MakeFolder("Day 2");
     }
-    ~FileMoveTest() override {
-        mMain.RunUntilIdle();
-        desk::GetServices().mWorkerPool = mPoolBefore;
-    }
 
     int Move(const std::string& from, const std::string& to) {
         return host::File::Move(mFolder.PathUTF16(from), mFolder.PathUTF16(to));
     }
-    int ErrorOfMove(const std::string& from, const std::string& to) {
-        try {
-            Move(from, to);
-            return 0;
-        } catch (const host::FileException& exception) {
-            return exception.SystemError();
-        }
-    }
-    void WriteLock(const std::string& project, const host::UTF16String& user, bool isOfOtherMachine) {
-        desk::LockRecord record = desk::MakeLockRecord(mDesktop, user, u"edit-bay-2");
-        record.mPid = isOfOtherMachine ? 1 : ::getppid();
-        if (isOfOtherMachine) record.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";
-        if (!isOfOtherMachine) record.mBootID = "00000000-0000-0000-0000-000000000000";
-        mFolder.Write('.' + project + ".lock", WriteLockRecord(record));
+    host::Dir DirAt(const std::string& name) const { return host::Dir(mFolder.PathUTF16(name)); }
+    void WriteLock(const desk::LockRecord& record) {
+        mFolder.Write(".Reel 1.zuproj.lock", WriteLockRecord(record));
     }
     host::ProjectLockFileRef TakeLock(const std::string& project) {
         return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName,
                                            mDesktop.mMachineName);
     }
 
-    TemporaryFolder mFolder;
-    FaultyFileSystem mDisk;
-    RecordingDesktop mDesktop;
-    ScriptedDialogs mDialogs;
-    ManualMainThread mMain;
-    desk::WorkerPool* mPoolBefore = desk::GetServices().mWorkerPool;
-    desk::WorkerPool mPool{4};
     std::vector<desk::MovedItem>& mMoves = Observers::Instance().mMoves;
 };
 
@@ -112,7 +78,11 @@ TEST_F(FileMoveTest, MovesAndTellsTheObservers) {
 
 TEST_F(FileMoveTest, AProjectThatSomebodyElseHasOpenStays) {
     const TreeSnapshot before = TakeSnapshot(mFolder.Path("Reel 1.zuproj"));
-    WriteLock("Reel 1.zuproj", u"tomas", true);
+    const host::ProjectLockFileRef lost = TakeLock("Reel 1.zuproj");
+    EXPECT_EQ(Move("Reel 1.zuproj", "Reel 2.zuproj"), 0) << "it is our own";
+    EXPECT_EQ(Move("Reel 2.zuproj", "Reel 1.zuproj"), 0);
+    mMoves.clear();
+    WriteLock(MakeForeignRecord(mDesktop));
     {
         ExpectLogged told("\"Reel 1.zuproj\" was not moved. tomas has it open on edit-bay-2.");
         EXPECT_LT(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0);
@@ -124,20 +94,8 @@ TEST_F(FileMoveTest, AProjectThatSomebodyElseHasOpenStays) {
     }
     EXPECT_EQ(TakeSnapshot(mFolder.Path("Reel 1.zuproj")), before);
     EXPECT_TRUE(mMoves.empty());
-
-    // Its holder is gone.
-    WriteLock("Reel 1.zuproj", u"tomas", false);
-    EXPECT_EQ(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0);
-}
-
-TEST_F(FileMoveTest, OurOwnLockLetsMoveUnlessItWasLost) {
-    const host::ProjectLockFileRef lock = TakeLock("Reel 1.zuproj");
-    ASSERT_TRUE(lock);
-    EXPECT_EQ(Move("Reel 1.zuproj", "Reel 2.zuproj"), 0);
-    EXPECT_EQ(Move("Reel 2.zuproj", "Reel 1.zuproj"), 0);
-    WriteLock("Reel 1.zuproj", u"tomas", true);
-    ExpectLogged told("tomas has it open");
-    EXPECT_LT(Move("Reel 1.zuproj", "Reel 2.zuproj"), 0);
+    WriteLock(MakeDeadRecord(mDesktop));
+    EXPECT_EQ(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0) << "its holder is gone";
 }
 
 TEST_F(FileMoveTest, LocksInAMovedFolderStayOursOnAnyVolume) {
@@ -161,12 +119,12 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
     {
         ExpectLogged told("\"Reel 1.zuproj\" was not moved. Something with that name is there already.");
-        EXPECT_EQ(ErrorOfMove("Reel 1.zuproj", "Day 2/taken"), EEXIST);
+        EXPECT_EQ(ErrorOf([&] { Move("Reel 1.zuproj", "Day 2/taken"); }), EEXIST);
     }
     {
         ExpectLogged told("\"Day 1\" was not moved. Permission denied (" + mFolder.Path("Day 1") + ")");
         mDisk.Fail(Operation::RenameNew, 1, EACCES);
-        EXPECT_EQ(ErrorOfMove("Day 1", "Day 2/Day 1"), EACCES);
+        EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EACCES);
     }
     {
         ExpectLogged told("\"gone\" was not moved. It is not there any more.");
@@ -174,7 +132,6 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     }
     EXPECT_EQ(TakeSnapshot(mFolder.Path()), before);
     EXPECT_TRUE(mMoves.empty());
-    EXPECT_EQ(Move("Day 1", "Day 3"), 0);
 }
 
 TEST_F(FileMoveTest, GoesFromOneRealVolumeToAnother) {
@@ -185,29 +142,17 @@ TEST_F(FileMoveTest, GoesFromOneRealVolumeToAnother) {
     std::string other = "/dev/shm/production-desk-test-XXXXXX";
     ASSERT_TRUE(mkdtemp(other.data()));
     mFolder.Write("Day 1/large", std::string(2'000'000, 'l'));
-    ASSERT_EQ(truncate(mFolder.Write("Day 1/holes", "begin").c_str(), 5'000'000), 0);
     fs::create_symlink("a.zuproj", mFolder.Path("Day 1/link"));
     const TreeSnapshot before = TakeSnapshot(mFolder.Path("Day 1"));
-    const auto elsewhere = [&](const char* name) { return host::UTF8to16(other + name); };
-    EXPECT_EQ(host::File::Move(mFolder.PathUTF16("Day 1"), elsewhere("/Day 1")), 0);
+    EXPECT_EQ(host::File::Move(mFolder.PathUTF16("Day 1"), host::UTF8to16(other + "/Day 1")), 0);
     EXPECT_EQ(TakeSnapshot(other + "/Day 1"), before);
-    struct stat holes;
-    stat((other + "/Day 1/holes").c_str(), &holes);
-    EXPECT_LT(holes.st_blocks * 512, 1'000'000);
     EXPECT_FALSE(mFolder.Exists("Day 1"));
-    EXPECT_EQ(host::File::Move(elsewhere("/Day 1/large"), mFolder.PathUTF16("large")), 0);
-    EXPECT_EQ(mFolder.Read("large").size(), 2'000'000u);
+    EXPECT_EQ(host::File::Move(host::UTF8to16(other + "/Day 1"), mFolder.PathUTF16("Day 1")), 0);
+    EXPECT_EQ(TakeSnapshot(mFolder.Path("Day 1")), before);
     fs::remove_all(other);
 }
 
-namespace {
-
-class ShownMoveTest : public FollowedFolder {
-protected:
-    ScriptedDialogs mDialogs;
-};
-
-}  // namespace
+using ShownMoveTest = FollowedFolder;
 
 TEST_F(ShownMoveTest, WhatWeMoveAndCopyShowsAtOnceOnAVolumeThatDoesNotReportIt) {
     UseFakeSource();
@@ -239,61 +184,31 @@ TEST_F(ShownMoveTest, WhatWeMoveAndCopyShowsWhereTheVolumeReportsIt) {
     EXPECT_TRUE(WaitFor([this] { return Shown() == Names{"A.zuproj", "B.zuproj", "Copy", "Reels"}; }));
 }
 
-namespace {
-
-class FileUtilsTest : public FileMoveTest {
-protected:
-    template <class Operation>
-    int ErrorOf(Operation operation) {
-        try {
-            operation();
-            return 0;
-        } catch (const host::FileException& exception) {
-            return exception.SystemError();
-        }
-    }
-};
-
-}  // namespace
-
-TEST_F(FileUtilsTest, CopiesFilesAndFoldersEachByItsKind) {
-    host::FileUtils::Copy(mFolder.PathUTF16("Reel 1.zuproj"), mFolder.PathUTF16("Day 2/copy.zuproj"));
+TEST_F(FileMoveTest, CopiesFilesAndFoldersEachByItsKindAndMakesFolders) {
+    using host::FileUtils::Copy;
+    Copy(mFolder.PathUTF16("Reel 1.zuproj"), mFolder.PathUTF16("Day 2/copy.zuproj"));
     EXPECT_EQ(mFolder.Read("Day 2/copy.zuproj"), "project");
-    const host::Dir day(mFolder.PathUTF16("Day 1/"));
-    host::FileUtils::Copy(day, host::Dir(mFolder.PathUTF16("Day 2/Day 1")));
+    Copy(DirAt("Day 1/"), DirAt("Day 2/Day 1"));
     EXPECT_EQ(TakeSnapshot(mFolder.Path("Day 2/Day 1")), TakeSnapshot(mFolder.Path("Day 1")));
-
     fs::create_directory_symlink("Day 1", mFolder.Path("link"));
-    host::FileUtils::Copy(host::Dir(mFolder.PathUTF16("link")), host::Dir(mFolder.PathUTF16("second link")));
+    Copy(DirAt("link"), DirAt("second link"));
     EXPECT_EQ(fs::read_symlink(mFolder.Path("second link")), "Day 1");
+    host::FileUtils::CreateNewDirectory(mFolder.PathUTF16("made"));
+    EXPECT_TRUE(DirAt("made").Exists() && DirAt("link").Exists());
+    EXPECT_FALSE(DirAt("new").Exists() || DirAt("Reel 1.zuproj").Exists());
 
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
     ExpectLogged exists("\"Day 1\" was not copied. Something with that name is there already.");
     ExpectLogged wrongKind("\"Day 1\" was not copied. Is a directory");
-    EXPECT_EQ(ErrorOf([&] { host::FileUtils::Copy(day, host::Dir(mFolder.PathUTF16("Day 2/Day 1"))); }),
-              EEXIST);
-    EXPECT_EQ(ErrorOf([&] { host::FileUtils::Copy(day.FullPath(), mFolder.PathUTF16("new")); }), EISDIR);
-    EXPECT_EQ(ErrorOf([&] {
-                  host::FileUtils::Copy(host::Dir(mFolder.PathUTF16("Reel 1.zuproj")),
-                                        host::Dir(mFolder.PathUTF16("new")));
-              }),
-              ENOTDIR);
+    EXPECT_EQ(ErrorOf([&] { Copy(DirAt("Day 1"), DirAt("Day 2/Day 1")); }), EEXIST);
+    EXPECT_EQ(ErrorOf([&] { Copy(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("new")); }), EISDIR);
+    EXPECT_EQ(ErrorOf([&] { Copy(DirAt("Reel 1.zuproj"), DirAt("new")); }), ENOTDIR);
+    EXPECT_EQ(ErrorOf([&] { host::FileUtils::CreateNewDirectory(mFolder.PathUTF16("made")); }), EEXIST);
+    EXPECT_EQ(ErrorOf([&] { DirAt("no/parent").Create(); }), ENOENT);
     EXPECT_EQ(TakeSnapshot(mFolder.Path()), before);
 }
 
-TEST_F(FileUtilsTest, MakesFoldersThatAreNotThere) {
-    const host::UTF16String path = mFolder.PathUTF16("new");
-    EXPECT_FALSE(host::Dir(path).Exists());
-    host::FileUtils::CreateNewDirectory(path);
-    EXPECT_TRUE(host::Dir(path).Exists());
-    EXPECT_EQ(ErrorOf([&] { host::FileUtils::CreateNewDirectory(path); }), EEXIST);
-    EXPECT_EQ(ErrorOf([&] { host::Dir(mFolder.PathUTF16("no/parent")).Create(); }), ENOENT);
-    EXPECT_FALSE(host::Dir(mFolder.PathUTF16("Reel 1.zuproj")).Exists());
-    fs::create_directory_symlink("new", mFolder.Path("link"));
-    EXPECT_TRUE(host::Dir(mFolder.PathUTF16("link")).Exists());
-}
-
-TEST_F(FileUtilsTest, FindsFilesAtOnce) {
+TEST_F(FileMoveTest, FindsProjectsAtOnce) {
     for (const char* name :
          {"Day 1/b.ZUPROJ", "Day 1/deep/er/c.zuproj", "Day 1/.hidden/d.zuproj", "Day 1/e.txt",
           "Day 1/.e.zuproj.lock", "Day 1/folder.zuproj/f.txt", "shut/g.zuproj"})
@@ -301,15 +216,12 @@ TEST_F(FileUtilsTest, FindsFilesAtOnce) {
     fs::create_directory_symlink("..", mFolder.Path("Day 1/loop"));
     mDisk.Deny(mFolder.Path("shut"));
     ExpectLogged shut("shut: Permission denied");
-    const auto find = [&](const char* root) {
-        std::vector<std::string> names;
-        for (const auto& path : host::FileSearch::FindFiles(mFolder.PathUTF16(root), u".zuproj"))
-            names.push_back(host::UTF16to8(path).substr(mFolder.Path().size() + 1));
-        return names;
-    };
-    EXPECT_EQ(find("Day 1"),
-              (std::vector<std::string>{"Day 1/a.zuproj", "Day 1/b.ZUPROJ", "Day 1/deep/er/c.zuproj"}));
-    EXPECT_EQ(find("").size(), 4u);
-    mDisk.HideKinds(true);
-    EXPECT_EQ(find("Day 1").size(), 3u);
+    for (const bool isHidden : {false, true}) {
+        mDisk.HideKinds(isHidden);
+        Names names;
+        for (const auto& path : host::FileSearch::FindFiles(mFolder.PathUTF16(), u".zuproj"))
+            names.insert(host::UTF16to8(path).substr(mFolder.Path().size() + 1));
+        EXPECT_EQ(names,
+                  (Names{"Day 1/a.zuproj", "Day 1/b.ZUPROJ", "Day 1/deep/er/c.zuproj", "Reel 1.zuproj"}));
+    }
 }

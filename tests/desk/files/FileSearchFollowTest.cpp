@@ -31,7 +31,6 @@ protected:
                 mHits.clear();
                 mError = result.mUnreadable.empty() ? 0 : result.mUnreadable[0].mSystemError;
                 for (const host::UTF16String& path : result.mPaths) mHits.insert(Relative(path));
-                if (mOnFound) mOnFound();
             });
     }
     std::unique_ptr<FileSearch::Request> Find(const std::string& text = "Reel") {
@@ -58,40 +57,17 @@ protected:
         EXPECT_EQ(mHits, hits);
         return false;
     }
-    std::optional<std::uint64_t> SizeOf(const std::string& name) { return host::File(Path(name)).Size(); }
     host::UTF16String OwnerOf(const std::string& name) {
         const auto lock = host::ReadProjectLockFile(Path(name), u"me", u"here");
         return lock ? lock->GetLockOwner() : u"(nobody)";
     }
 
-    std::function<void()> mOnFound;
     Names mHits;
     /// All that changes have named.
     Names mTold;
     int mError = 0;
     int mCompletions = 0;
 };
-
-TEST_F(FileSearchFollowTest, HitsGetTheirFactsWithoutTheUIThreadWaiting) {
-    UseInotify();
-    mFolder.Write("a/b/Reel 1.zuproj", "12345");
-    Lock("a/b", "Reel 1.zuproj", u"Ada");
-    Monitor();
-    mOnFound = [this] {
-        mDisk.ResetCounts();
-        mDisk.CloseGate(Operation::ListFolder, mFolder.Path("a"));
-        EXPECT_FALSE(SizeOf("a/b/Reel 1.zuproj"));
-        EXPECT_TRUE(host::File(Path("a/b/Reel 1.zuproj")).Exists());
-        EXPECT_EQ(OwnerOf("a/b/Reel 1.zuproj"), u"(nobody)");
-        mDisk.OpenGate();
-    };
-    const auto request = Find();
-    ASSERT_TRUE(WaitFor([&] { return mTold.contains("a/b/Reel 1.zuproj"); }));
-    EXPECT_EQ(OwnerOf("a/b/Reel 1.zuproj"), u"") << "locked, by whom is being asked for";
-    ASSERT_TRUE(WaitFor([&] { return SizeOf("a/b/Reel 1.zuproj") == 5u; }));
-    EXPECT_EQ(OwnerOf("a/b/Reel 1.zuproj"), u"Ada");
-    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
-}
 
 TEST_F(FileSearchFollowTest, TellsWhatChangesAnywhereBelowTheRoot) {
     UseInotify();
@@ -158,35 +134,6 @@ TEST_F(FileSearchFollowTest, LetsGoOfTheFoldersWhenItEnds) {
     mMain.RunUntilIdle();
     EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 0u);
     EXPECT_FALSE(mStore->IsListed(Path("a")));
-}
-
-TEST_F(FileSearchFollowTest, PollsWhereTheLimitOfWatchesIsReached) {
-    UseFakeSource();
-    mSource->FailWatches(ENOSPC);
-    mFolder.Write("a/Reel 1.zuproj");
-    Monitor();
-    const auto request = Find();
-    EXPECT_EQ(desk::GetWatchStatus().mPolledFolders, 2u);
-    mFolder.Write("a/Reel 2.zuproj");
-    mFolder.Remove("a/Reel 1.zuproj");
-    Poll();
-    EXPECT_EQ(mHits, Names{"a/Reel 2.zuproj"});
-}
-
-TEST_F(FileSearchFollowTest, SaysThatTheRootCannotBeReadAndStartsAgainWhenItCan) {
-    UseInotify();
-    mFolder.Write("a/Reel 1.zuproj");
-    Monitor();
-    mDisk.Deny(mFolder.Path(), ENOTCONN);
-    ExpectLogged log("Transport endpoint is not connected");
-    const auto request = Find();
-    EXPECT_EQ(mError, ENOTCONN);
-    EXPECT_EQ(mHits, Names{});
-    mDisk.Allow(mFolder.Path());
-    Poll();
-    ASSERT_TRUE(Becomes({"a/Reel 1.zuproj"}));
-    EXPECT_EQ(mError, 0);
-    EXPECT_EQ(mCompletions, 2);
 }
 
 TEST_F(FileSearchFollowTest, FindsWhatIsInAFolderOnceItCanBeRead) {

@@ -25,17 +25,6 @@ protected:
 
 }  // namespace
 
-TEST_F(FileTest, ElsewhereTheDiskIsAsked) {
-    mFolder.Write("Reel 1.zuproj", "12345");
-    const File file(Path("Reel 1.zuproj"));
-    EXPECT_TRUE(file.Exists());
-    EXPECT_EQ(file.Size(), 5u);
-    EXPECT_TRUE(file.Modified());
-    EXPECT_FALSE(File(Path("gone.zuproj")).Exists());
-    EXPECT_FALSE(File(Path("gone.zuproj")).Size());
-    EXPECT_FALSE(File(Path("Reel 1.zuproj/inside")).Exists());
-}
-
 TEST_F(FileTest, AVolumeThatRefusesHasLostNoFile) {
     mFolder.Write("Reel 1.zuproj");
     mDisk.SetGone(true);
@@ -105,18 +94,4 @@ TEST_F(FileTest, ABrokenLinkIsAskedForOnce) {
         mMain.RunUntilIdle();
     }
     EXPECT_LE(mDisk.Count(Operation::Status), 2);
-}
-
-TEST_F(FileTest, AReadLockShowsItsHolder) {
-    mFolder.Write("Reel 1.zuproj");
-    mFolder.Write("Reel 2.zuproj");
-    mFolder.Write(LockName("", "Reel 1.zuproj"), "no record");
-    Lock("", "Reel 2.zuproj", mDesktop.mUserName);
-    UseFakeSource();
-    Monitor();
-    List();
-    ReadFacts("Reel 1.zuproj");
-    ReadFacts("Reel 2.zuproj");
-    EXPECT_EQ(ReadLock("Reel 1.zuproj")->GetLockOwner(), u"Unknown user");
-    EXPECT_FALSE(ReadLock("Reel 2.zuproj")->IsHeldByReader());  // the same user at another machine
 }

@@ -1,48 +1,31 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
 #include "desk/files/ChangeCollector.h"
 #include "desk/files/DirectoryMonitor.h"
 #include "desk/files/FolderStore.h"
-#include "desk/project/LockRecord.h"
 #include "host/core/Messaging.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "tests/support/FakeChangeSource.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/LogExpectation.h"
-#include "tests/support/ManualMainThread.h"
-#include "tests/support/RecordingDesktop.h"
-#include "tests/support/TemporaryFolder.h"
-
-/// Names of items, in UTF-8.
-using Names = std::set<std::string>;
+#include "tests/support/HostFixture.h"
+#include "tests/support/LockRecords.h"
 
 /// A folder store on a temporary folder, and one who listens to it as a view does.
-class FollowedFolder : public testing::Test, public host::Listener {
+class FollowedFolder : public HostFixture, public host::Listener {
 protected:
-    using Operation = FaultyFileSystem::Operation;
     using Extent = host::ContentDelivery::Extent;
 
-    FollowedFolder() : mBefore(desk::GetServices()) {
-        desk::GetServices().mWorkerPool = &mWorkers;
-        host::AddListener(host::kStation_DirectoryChanges, this);
-    }
+    FollowedFolder() { host::AddListener(host::kStation_DirectoryChanges, this); }
     ~FollowedFolder() override {
         host::RemoveListener(host::kStation_DirectoryChanges, this);
-        desk::GetServices().mFolderStore = mBefore.mFolderStore;
+        desk::GetServices().mFolderStore = mStoreBefore;
         mStore.reset();
         mMain.RunUntilIdle();
-        desk::GetServices().mWorkerPool = mBefore.mWorkerPool;
     }
 
     /// Makes the store: on inotify, or on a source that the test speaks for.
@@ -92,16 +75,7 @@ protected:
     }
 
     void Lock(const std::string& folder, const std::string& project, const host::UTF16String& user) {
-        desk::LockRecord record;
-        record.mIsReadable = true;
-        record.mNonce = std::string(32, 'a');
-        record.mUser = user;
-        record.mMachine = u"edit-bay-2";
-        record.mMachineID = "another";
-        record.mBootID = "some-boot";
-        record.mPid = 4711;
-        record.mTakenAt = 1'700'000'000;
-        mFolder.Write(LockName(folder, project), desk::WriteLockRecord(record));
+        mFolder.Write(LockName(folder, project), desk::WriteLockRecord(MakeForeignRecord(mDesktop, user)));
     }
     static std::string LockName(const std::string& folder, const std::string& project) {
         const std::string name = host::UTF16to8(desk::GetLockFileName(host::UTF8to16(project)));
@@ -114,12 +88,14 @@ protected:
         return host::UTF16to8(path.substr(path.rfind(u'/') + 1));
     }
 
-    desk::Services mBefore;
-    ManualMainThread mMain;
-    FaultyFileSystem mDisk;
-    RecordingDesktop mDesktop;
-    TemporaryFolder mFolder;
-    desk::WorkerPool mWorkers{4};
+    /// The size that is known of an item; nothing when none is.
+    std::optional<std::uint64_t> SizeOf(const std::string& name) {
+        const desk::ItemFacts* facts = Facts(name);
+        return facts && facts->mStatus ? std::optional(facts->mStatus->mSize) : std::nullopt;
+    }
+    int CountLists() const { return mDisk.Count(Operation::ListFolder); }
+
+    desk::FolderStore* mStoreBefore = desk::GetServices().mFolderStore;
     std::unique_ptr<desk::FolderStore> mStore;
     FakeChangeSource* mSource = nullptr;
     bool mAppliesChanges = true;

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "desk/core/Desktop.h"
+#include "desk/project/LockProtocol.h"
+#include "desk/project/LockRecord.h"
+
+/// The record of a lock that somebody at another machine has just taken.
+inline desk::LockRecord MakeForeignRecord(const desk::Desktop& desktop, const host::UTF16String& user = u"tomas",
+                                          const host::UTF16String& machine = u"edit-bay-2") {
+    desk::LockRecord record = desk::MakeLockRecord(desktop, user, machine);
+    record.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";
+    return record;
+}
+
+/// One of this machine's, from before it was last started.
+inline desk::LockRecord MakeDeadRecord(const desk::Desktop& desktop) {
+    desk::LockRecord record = desk::MakeLockRecord(desktop, u"tomas", u"edit-bay-2");
+    record.mBootID = "99999999-2222-3333-4444-555555555555";
+    return record;
+}
