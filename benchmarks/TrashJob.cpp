@@ -1,0 +1,112 @@
+#include <fcntl.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "benchmarks/VolumeJobs.h"
+#include "desk/core/Services.h"
+#include "desk/project/LockProtocol.h"
+#include "host/core/Strings.h"
+#include "tests/volume/worker/HostProcess.h"
+
+namespace bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kProjects = 1000;
+constexpr int kRuns = 5;
+
+void WriteDurably(const std::string& path, const std::string& bytes) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    Require(::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
+    Require(::fsync(file) == 0 && ::close(file) == 0);
+}
+
+void FlushFolder(const std::string& path) {
+    const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    Require(::fsync(folder) == 0 && ::close(folder) == 0);
+}
+
+class TrashJob final : public VolumeJob {
+public:
+    TrashJob(HostProcess& host, const std::string& production)
+        : VolumeJob({"1,000 projects moved to the trash with their locks", "ms", 4, {}}, kRuns),
+          mHost(host),
+          mFolder(production + "/Reels") {}
+
+    double RunOurs() override {
+        const std::vector<std::string> names = MakeProjects();
+        host::UTF16StringVec paths;
+        for (const std::string& name : names) paths.push_back(host::UTF8to16(mFolder + '/' + name));
+        const double time = TimeOf([&] {
+            HandlerSharedProjects::Utils::MoveToSharedProjectsTrash(paths, false, true);
+            mHost.Settle();
+        });
+        Require(!fs::exists(mFolder + '/' + names.back()) && fs::exists(mHost.TrashFolder() + '/' + names.back()));
+        Clear();
+        return time;
+    }
+    /// For each project: both locks taken, the file renamed, both folders flushed, both locks given up, and where
+    /// it came from written down.
+    double RunBaseline() override {
+        const std::vector<std::string> names = MakeProjects();
+        const std::string trash = mHost.TrashFolder();
+        const std::string records = trash + "/.records";
+        fs::create_directories(records);
+        const double time = TimeOf([&] {
+            for (const std::string& name : names) {
+                const std::string locks[] = {mFolder + "/." + name + ".lock", trash + "/." + name + ".lock"};
+                Take(locks[0]);
+                Take(locks[1]);
+                Require(::renameat2(AT_FDCWD, (mFolder + '/' + name).c_str(), AT_FDCWD,
+                                    (trash + '/' + name).c_str(), RENAME_NOREPLACE) == 0);
+                FlushFolder(mFolder);
+                FlushFolder(trash);
+                for (const std::string& lock : locks) Require(::unlink(lock.c_str()) == 0);
+                WriteDurably(records + '/' + name + ".json", mRecord);
+            }
+        });
+        Clear();
+        return time;
+    }
+
+private:
+    std::vector<std::string> MakeProjects() const {
+        Clear();
+        fs::create_directories(mFolder);
+        std::vector<std::string> names;
+        for (int i = 0; i < kProjects; ++i) {
+            names.push_back("Scene " + std::to_string(i) + ".zuproj");
+            std::ofstream(mFolder + '/' + names.back()) << "project " << i << '\n';
+        }
+        ::sync();
+        return names;
+    }
+    void Take(const std::string& lock) const {
+        const std::string temporary = lock + "-temporary";
+        WriteDurably(temporary, mRecord);
+        Require(::link(temporary.c_str(), lock.c_str()) == 0 && ::unlink(temporary.c_str()) == 0);
+    }
+    void Clear() const {
+        fs::remove_all(mFolder);
+        fs::remove_all(mHost.TrashFolder());
+    }
+
+    HostProcess& mHost;
+    const std::string mFolder;
+    const std::string mRecord =
+        WriteLockRecord(desk::MakeLockRecord(*desk::GetServices().mDesktop, u"ines", u"edit-bay-1"));
+};
+
+}  // namespace
+
+VolumeJobPtr MakeTrashJob(HostProcess& host, const std::string& production) {
+    return std::make_unique<TrashJob>(host, production);
+}
+
+}  // namespace bench
