@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "desk/app/CopiesUnderWay.h"
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
 #include "desk/app/ProjectCommands.h"
@@ -50,7 +51,8 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
       mWorkspace(std::make_unique<DockWorkspace>(*this)),
       mProductions(std::make_unique<ProductionCommands>(*mStatusLine, recent)),
       mProjects(new ProjectArea(this)),
-      mProjectCommands(std::make_unique<ProjectCommands>(*mProjects)) {
+      mProjectCommands(std::make_unique<ProjectCommands>(*mProjects)),
+      mCopies(std::make_unique<CopiesUnderWay>()) {
     setCentralWidget(mProjects);
     connect(mProjects, &ProjectArea::ActiveProjectChanged, this, &MainWindow::UpdateTitle);
     UpdateTitle();
@@ -67,6 +69,7 @@ MainWindow::~MainWindow() {
     for (const int command : {kCommandQuit, kCommandAbout, kCommandShowPlaces})
         MainCommander::Instance().Register(command, {}, {});
     mProjects->disconnect(this);
+    mCopies.reset();
     mProjectCommands.reset();
     mProductions.reset();
     mWorkspace.reset();
@@ -170,7 +173,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     if (mIsClosing || IsLongWorkRunning()) return;
     mIsClosing = true;
     host::DocumentManager* manager = host::DocumentManager::Instance();
-    const bool isDone = !manager || manager->CloseAllProjects();
+    const bool isDone =
+        CopiesUnderWay::MayBeCancelled() && (!manager || manager->CloseAllProjects());
     mIsClosing = false;
     if (!isDone) return;
     event->accept();

@@ -8,6 +8,7 @@
 
 namespace desk {
 
+class CopiesUnderWay;
 class Profile;
 class ProjectArea;
 class ProjectCommands;
@@ -31,7 +32,7 @@ public:
 protected:
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
-    /// Ends the program, unless the user wants to keep a project open.
+    /// Ends the program, unless the user wants to keep a project open or copies going.
     void closeEvent(QCloseEvent* event) override;
     QMenu* createPopupMenu() override;
 
@@ -53,6 +54,7 @@ private:
     std::unique_ptr<ProductionCommands> mProductions;
     ProjectArea* mProjects;
     std::unique_ptr<ProjectCommands> mProjectCommands;
+    std::unique_ptr<CopiesUnderWay> mCopies;
     bool mIsClosing = false;
 };
 

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QMenu>
 
+#include "desk/app/CopiesUnderWay.h"
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/SampleProduction.h"
@@ -114,6 +115,7 @@ void ProductionCommands::OpenRecent(const std::string& folder) {
 }
 
 void ProductionCommands::Close() {
+    if (!CopiesUnderWay::MayBeCancelled()) return;
     ProjectDocuments* documents = ProjectDocuments::Instance();
     if (documents && !documents->CloseProjectsIn(Production::Instance().GetFolder())) return;
     Production::Instance().Close();

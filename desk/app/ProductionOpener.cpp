@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "desk/app/CopiesUnderWay.h"
 #include "desk/app/FolderCheck.h"
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
@@ -37,13 +38,14 @@ Outcome Prepare(const ProductionOpener::MakeFolder& makeFolder) {
     return outcome;
 }
 
-/// Closes the projects of the open production, unless `next` is the same; false when the user wants to keep one.
+/// Closes the projects of the open production, unless `next` is the same; false when the user wants to keep one
+/// open, or copies going.
 bool LeaveOpenProduction(const host::UTF16String& next) {
     const Production& production = Production::Instance();
     ProjectDocuments* documents = ProjectDocuments::Instance();
     if (!documents || !production.IsOpen() || production.GetFolder() == host::PathUtils::ToNormalizedPath(next))
         return true;
-    return documents->CloseProjectsIn(production.GetFolder());
+    return CopiesUnderWay::MayBeCancelled() && documents->CloseProjectsIn(production.GetFolder());
 }
 
 ProductionOpener::Result Finish(const Outcome& outcome) {

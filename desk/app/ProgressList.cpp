@@ -72,6 +72,8 @@ ProgressList::ProgressList(QWidget* parent)
     layout->addWidget(mEmpty, 1);
     MakeRows(*layout);
     MakeButtons(*layout);
+    // Else a panel that comes to the front hands the keyboard to "Cancel All", and who types on presses it.
+    setFocusPolicy(Qt::TabFocus);
     host::AddListener(kStation_CopyQueue, this);
     Update();
 }

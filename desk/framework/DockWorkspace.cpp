@@ -51,9 +51,14 @@ DockWorkspace::~DockWorkspace() {
 }
 
 void DockWorkspace::OpenTab(const std::string& handlerID) {
-    const host::UTF16String id = host::UTF8to16(handlerID);
+    OpenPanel(host::UTF8to16(handlerID), true);
+}
+
+void DockWorkspace::OpenPanel(const host::UTF16String& id, bool takeFocus) {
     host::Handler* handler = PanelRegistry::Instance().FindOrCreateHandler(id);
-    if (!handler) return Log(LogLevel::Warning, "There is no panel \"" + handlerID + "\" that could be opened");
+    if (!handler)
+        return Log(LogLevel::Warning,
+                   "There is no panel \"" + host::UTF16to8(id) + "\" that could be opened");
     DockWorkspaceFrame& frame = FindOrMakeFrame(id);
     try {
         if (!frame.GetView()) handler->CreateTabViewSelf(&frame);
@@ -61,7 +66,7 @@ void DockWorkspace::OpenTab(const std::string& handlerID) {
         host::LogCurrentException(__PRETTY_FUNCTION__);
     }
     if (!frame.GetView()) return;
-    frame.GetView()->BringToFront(true, false);
+    frame.GetView()->BringToFront(takeFocus, false);
     UpdateTabs();
 }
 
@@ -72,7 +77,7 @@ host::TabView* DockWorkspace::FindFirstTabViewOfType(const host::UTF16String& ha
 
 host::TabView* DockWorkspace::CreateOrReanimateTabView(const host::UTF16String& handlerID,
                                                        const host::PropertyList&) {
-    OpenTab(host::UTF16to8(handlerID));
+    OpenPanel(handlerID, false);
     return FindFirstTabViewOfType(handlerID);
 }
 

@@ -48,7 +48,7 @@ public:
     virtual TabView* FindFirstTabViewOfType(const UTF16String& handlerID) = 0;
 
     /// Opens the panel of the handler, or brings back the one that was closed, and returns its view, which may
-    /// stand behind another tab; null when there is no such panel.
+    /// stand behind another tab; null when there is no such panel. The keyboard's focus stays where it is.
     virtual TabView* CreateOrReanimateTabView(const UTF16String& handlerID, const PropertyList& properties) = 0;
 
     /// The window that dialogs stand over. Never null.

@@ -1,0 +1,72 @@
+#include "desk/app/CopiesUnderWay.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "desk/core/MainThread.h"
+#include "desk/core/Services.h"
+#include "desk/dialogs/Dialogs.h"
+#include "desk/project/CopyQueue.h"
+#include "host/core/Localizer.h"
+#include "host/framework/Identifiers.h"
+#include "host/framework/TabView.h"
+#include "host/framework/Workspace.h"
+
+namespace desk {
+namespace {
+
+void ShowProgressPanel() {
+    host::Workspace* workspace = host::Workspace::Instance().GetPtr();
+    if (!workspace) return;
+    host::TabView* panel = workspace->FindFirstTabViewOfType(host::kProgressHandlerID);
+    if (!panel) panel = workspace->CreateOrReanimateTabView(host::kProgressHandlerID, host::PropertyList());
+    if (panel) panel->BringToFront(false, false);
+}
+
+}  // namespace
+
+CopiesUnderWay::CopiesUnderWay() {
+    host::AddListener(kStation_CopyQueue, this);
+}
+
+CopiesUnderWay::~CopiesUnderWay() {
+    host::RemoveListener(kStation_CopyQueue, this);
+    ++*mBusyTime;
+}
+
+bool CopiesUnderWay::MayBeCancelled() {
+    const CopyQueue* queue = CopyQueue::Current();
+    if (!queue || !queue->IsBusy()) return true;
+    const Answer answer = GetServices().mDialogs->Ask(
+        {.mTitle = host::ZString("$$$/Desk/Copies/UnderWayTitle=Projects Are Being Copied"),
+         .mText = host::ZString("$$$/Desk/Copies/UnderWayText=The copies that are not finished will be cancelled."),
+         .mButtons = {host::ZString("$$$/Desk/Copies/KeepCopying=Keep Copying"),
+                      host::ZString("$$$/Desk/Copies/CancelCopies=Cancel Copies")},
+         .mCancel = 0,
+         .mIsWarning = true});
+    return answer.mButton == 1;
+}
+
+void CopiesUnderWay::ListenToMessage(const host::Message& message) {
+    const CopyQueue* queue = CopyQueue::Current();
+    if (!queue || !host::MessageCast<CopyQueueChangedMessage>(message)) return;
+    if (HasNewFailure()) ShowProgressPanel();
+    const bool wasBusy = std::exchange(mIsBusy, queue->IsBusy());
+    if (mIsBusy == wasBusy) return;
+    const unsigned busyTime = ++*mBusyTime;
+    if (!mIsBusy) return;
+    GetServices().mMainThread->PostDelayed(
+        [busyTime, current = mBusyTime] {
+            if (*current == busyTime) ShowProgressPanel();
+        },
+        kLong);
+}
+
+bool CopiesUnderWay::HasNewFailure() {
+    std::uint64_t newest = mLastFailed;
+    for (const CopyJob& job : CopyQueue::Current()->GetJobs())
+        if (job.mState == CopyJob::State::Failed) newest = std::max(newest, job.mID);
+    return std::exchange(mLastFailed, newest) != newest;
+}
+
+}  // namespace desk
