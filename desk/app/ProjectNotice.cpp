@@ -40,6 +40,9 @@ void ProjectNotice::AddButton(const char* textKey, int commandID) {
     button->setObjectName(ButtonName(commandID));
     button->setAutoDefault(false);
     button->setFocusPolicy(Qt::TabFocus);
+    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    button->ensurePolished();
+    button->setMinimumWidth(button->sizeHint().width());
     connect(button, &QPushButton::clicked, this, [commandID] { CommandRouter::Instance().Send(commandID); });
     mLayout->addWidget(button);
 }

@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QStyleOptionTab>
 #include <QStylePainter>
+#include <algorithm>
 
 #include "desk/core/QtStrings.h"
 #include "desk/toolkit/Theme.h"
@@ -73,6 +74,13 @@ void ProjectTabBar::initStyleOption(QStyleOptionTab* option, int index) const {
 QSize ProjectTabBar::tabSizeHint(int index) const {
     constexpr int kItalicOverhang = 4;
     return QTabBar::tabSizeHint(index) + QSize(IsItalic(index) ? kItalicOverhang : 0, 0);
+}
+
+/// Qt would let titles shrink to nothing but dots before the bar can be scrolled.
+QSize ProjectTabBar::minimumTabSizeHint(int index) const {
+    constexpr int kLegibleCharacters = 20;
+    const QSize full = tabSizeHint(index);
+    return {std::min(full.width(), fontMetrics().averageCharWidth() * kLegibleCharacters), full.height()};
 }
 
 void ProjectTabBar::paintEvent(QPaintEvent* event) {

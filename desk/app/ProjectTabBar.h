@@ -15,6 +15,7 @@ public:
 protected:
     void initStyleOption(QStyleOptionTab* option, int index) const override;
     QSize tabSizeHint(int index) const override;
+    QSize minimumTabSizeHint(int index) const override;
     void paintEvent(QPaintEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void tabInserted(int index) override;

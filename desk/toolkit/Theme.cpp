@@ -70,6 +70,18 @@ public:
         }
         return QProxyStyle::styleHint(hint, option, widget, returned);
     }
+
+    /// Fusion draws a box's outline darker than the window, which a dark window swallows.
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (element != PE_IndicatorCheckBox) return;
+        painter->save();
+        painter->setPen(Theme::Color(ThemeColor::SecondaryText));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        painter->restore();
+    }
 };
 
 QPalette MakePalette() {

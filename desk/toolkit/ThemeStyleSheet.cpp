@@ -53,7 +53,6 @@ QPushButton:hover { background: @hover; }
 QPushButton:pressed { background: @selection; color: @selectionText; }
 QPushButton:default, QPushButton:focus { border: 1px solid @accent; }
 QPushButton:disabled { color: @disabled; }
-
 QTreeView { background: @tree; color: @text; border: 1px solid @line; outline: none; }
 QHeaderView { background: @header; border: none; }
 QPlainTextEdit, QTextEdit { background: @window; color: @text; border: none;
