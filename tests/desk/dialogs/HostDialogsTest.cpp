@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "host/dialogs/AskOpenFile.h"
-#include "host/dialogs/MessageBox.h"
 #include "host/dialogs/SimpleInputBox.h"
 #include "tests/support/ScriptedDialogs.h"
 
@@ -42,17 +41,6 @@ TEST(HostDialogsTest, OnlyFilesOfTheKindAreOpened) {
     EXPECT_FALSE(ask());
     EXPECT_NE(dialogs.LastText().find("notes.txt"), std::string::npos);
     EXPECT_EQ(paths.size(), 2u);
-}
-
-TEST(HostDialogsTest, MessageBoxesReturnThePressedButton) {
-    ScriptedDialogs dialogs;
-    dialogs.ExpectMessage("Title");
-    EXPECT_EQ(host::MessageBox(u"Title", u"Text", host::kMessageBoxOK, host::kMessageBoxIconInformation, 1), 1);
-    EXPECT_EQ(dialogs.LastText(), "Text");
-    dialogs.ExpectQuestion("Replace?", u"Replace");
-    dialogs.ExpectQuestion("Replace?", u"Keep");
-    EXPECT_EQ(host::Messagebox(nullptr, u"Replace?", u"Text", u"Replace", u"Keep"), 1);
-    EXPECT_EQ(host::Messagebox(nullptr, u"Replace?", u"Text", u"Replace", u"Keep"), 2);
 }
 
 }  // namespace

@@ -69,23 +69,6 @@ TEST_F(TreeHeaderTest, TheUserMovesAndResizesWithinLimits) {
     EXPECT_EQ(View().header()->sectionSize(1), 50);
 }
 
-TEST_F(TreeHeaderTest, AHeaderRowMadeBeforehandBringsItsLayout) {
-    host::RefPtr<host::UI_MultiColumnTreeHeaderRow> other(new host::UI_MultiColumnTreeHeaderRow(*mTree));
-    other->AppendColumn(u"One", 1);
-    other->AppendColumn(u"Two", 2);
-    other->MoveColumn(2, 0, true);
-    other->SetColumnWidth(2, 77);
-    Add(nullptr, {"a"});
-    mTree->SetHeaderRow(other);
-    EXPECT_EQ(View().model()->columnCount(), 2);
-    EXPECT_EQ(View().header()->visualIndex(1), 0);
-    EXPECT_EQ(View().header()->sectionSize(1), 77);
-    mHeader->SetColumnWidth(kNameColumn, 300);
-    EXPECT_EQ(View().header()->sectionSize(0), 100) << "the old header row no longer reaches the tree";
-    mTree->SetHeaderRow(nullptr);
-    mWindow.grab();
-}
-
 TEST_F(TreeHeaderTest, TheVerticalScrollBarBringsNoHorizontalOne) {
     const auto hasHorizontalBar = [&] { return View().horizontalScrollBar()->isVisibleTo(&View()); };
     const int width = View().viewport()->width();

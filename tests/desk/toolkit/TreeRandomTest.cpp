@@ -1,4 +1,5 @@
 #include <random>
+#include <set>
 
 #include "tests/desk/toolkit/TreeFixture.h"
 
@@ -13,6 +14,10 @@ struct ModelRow {
 
 class TreeRandomTest : public TreeFixture {
 protected:
+    TreeRandomTest() {
+        mTree->SetRowVisibilityChangedCallback(
+            Shared([this](const host::RowRef& row) { mVisible.insert(row); }));
+    }
     bool IsFolder(const ModelRow& row) const { return row.mName.ends_with('/'); }
     int Pick(int count) { return std::uniform_int_distribution<>(0, count - 1)(mRandom); }
 
@@ -117,6 +122,18 @@ protected:
         ASSERT_EQ(selected, wanted);
     }
 
+    /// The rows that the tree has told to be visible are those that the view shows.
+    void CheckVisible() {
+        Settle();
+        std::erase_if(mVisible, [this](const host::RowRef& row) { return !mTree->IsRowVisible(row.get()); });
+        std::set<host::RowRef> expected;
+        const int last = (ScrollBar().value() + View().viewport()->height() - 1) / 25;
+        for (int i = ScrollBar().value() / 25; i <= std::min(last, int(mTree->CountOpenedRows()) - 1); ++i)
+            expected.insert(mTree->GetOpenedRow(i));
+        ASSERT_EQ(mVisible, expected);
+    }
+
+    std::set<host::RowRef> mVisible;
     std::mt19937 mRandom{20261121};
     std::vector<ModelRow> mRows;
     Rows mSelected;
@@ -140,7 +157,7 @@ TEST_F(TreeRandomTest, FollowsASimpleModelThroughRandomSteps) {
             TurnSorting();
         if (Pick(3) == 0) ScrollBar().setValue(Pick(ScrollBar().maximum() + 1));
         if (Pick(4) == 0) mWindow.grab();
-        if (Pick(2) == 0) Settle();
+        if (Pick(2) == 0) CheckVisible();
         Check();
     }
 }
