@@ -5,12 +5,20 @@
 
 #include "desk/core/Log.h"
 #include "desk/core/UserNotice.h"
+#include "desk/files/HostNames.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {
 
 namespace {
+
+/// The user knows no temporary of ours: its folder is what cannot be written to.
+host::UTF16String KnownPath(const host::UTF16String& path) {
+    return IsHiddenName(host::UTF16to8(host::PathUtils::GetFullFilePart(path)), ItemKind::File)
+               ? host::PathUtils::RemoveTrailingSlash(host::PathUtils::GetFullDirectoryPart(path))
+               : path;
+}
 
 void Tell(const char* key, const host::UTF16String& path, const host::FileException& exception) {
     Log(LogLevel::Info, exception.what());
@@ -35,7 +43,7 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
         default:
             return host::ZString(
                 "$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
-                {host::UTF8to16(std::generic_category().message(exception.SystemError())), exception.Path()});
+                {host::UTF8to16(std::generic_category().message(exception.SystemError())), KnownPath(exception.Path())});
     }
 }
 

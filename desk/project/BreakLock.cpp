@@ -19,6 +19,7 @@
 #include "desk/files/VolumeCache.h"
 #include "desk/project/BrokenLocksLog.h"
 #include "desk/project/LockKeeper.h"
+#include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 
@@ -37,8 +38,12 @@ UTF16String Title() {
     return host::ZString("$$$/Desk/BreakLock/Title=Break Lock");
 }
 
+UTF16String Shown(const UTF16String& name) {
+    return ToUTF16(ToDisplayText(name));
+}
+
 UTF16String NameOfProject(const UTF16String& path) {
-    return host::PathUtils::GetFilePart(path);
+    return Shown(host::PathUtils::GetFilePart(path));
 }
 
 void Tell(const UTF16String& text) {
@@ -230,7 +235,7 @@ UTF16String DescribeHolder(const LockRecord& record) {
             .count();
     return host::ZString(
         "$$$/Desk/BreakLock/Holder=@0 on @1, since @2 (@3)",
-        {record.mUser, record.mMachine, TimeText(record.mTakenAt, now), AgeText(now - record.mTakenAt)});
+        {Shown(record.mUser), Shown(record.mMachine), TimeText(record.mTakenAt, now), AgeText(now - record.mTakenAt)});
 }
 
 bool BreakProjectLock(const UTF16String& path, const std::string& filePath, BreakWait wait) {

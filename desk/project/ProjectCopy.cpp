@@ -7,6 +7,7 @@
 #include "desk/core/Services.h"
 #include "desk/core/UserNotice.h"
 #include "desk/core/WorkProgress.h"
+#include "desk/files/FileFailure.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/project/UniqueNames.h"
@@ -71,22 +72,10 @@ void ProjectCopy::Copy(WorkProgress& progress) {
 
 host::UTF16String ProjectCopy::DescribeFailure() const {
     if (!mError) return host::UTF8to16(mOtherError);
-    switch (mError->SystemError()) {
-        case EEXIST:
-            return host::ZString("$$$/Vantor/Desk/Copies/Exists=Something with that name is there already.");
-        case EISDIR:
-        case EINVAL:
-            return host::ZString("$$$/Vantor/Desk/Copies/NoProject=This is not a project file.");
-        case ENAMETOOLONG:
-            return host::ZString("$$$/Vantor/Desk/Copies/LongName=The name is too long.");
-        case ENOSPC:
-        case EDQUOT:
-            return host::ZString("$$$/Vantor/Desk/Copies/NoRoom=There is no room left on the volume.");
-        default:
-            return host::ZString(
-                "$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
-                {host::UTF8to16(std::generic_category().message(mError->SystemError())), mError->Path()});
-    }
+    const int error = mError->SystemError();
+    if (error == EISDIR || error == EINVAL)
+        return host::ZString("$$$/Vantor/Desk/Copies/NoProject=This is not a project file.");
+    return DescribeReason(*mError);
 }
 
 void ProjectCopy::TellFailure() const {
