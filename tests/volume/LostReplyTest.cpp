@@ -19,6 +19,10 @@ struct Rule {
     int mSaves = 1;
 };
 
+void PrintTo(const Rule& rule, std::ostream* out) {
+    *out << rule.mText;
+}
+
 /// The user's operations on a real mount of which every second reply is lost: what was done is reported as failed.
 class LostReply : public testing::TestWithParam<Rule> {
 protected:

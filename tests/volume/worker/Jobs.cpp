@@ -99,7 +99,7 @@ void Job::Copy() {
         return AddProjectToZuProduction(UTF8to16(PickProject()), Join(folder, UTF8to16(MakeName() + ".zuproj")));
     UTF16StringVec sources;
     for (const std::string& project : testproduction::List(mFolder).mProjects) sources.push_back(UTF8to16(project));
-    if (mRandom() % 3 == 0) sources = {UTF8to16(PickFolder())};
+    if (mRandom() % 2) sources = {UTF8to16(PickFolder())};
     if (sources.front() != UTF8to16(mFolder)) Utils::CopyFiles(sources, folder, false, true);
 }
 
