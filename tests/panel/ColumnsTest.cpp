@@ -17,14 +17,6 @@ protected:
                                           kCreationDateColumnID, kSizeColumnID};
 };
 
-TEST_F(ColumnsTest, ARecordShowsNothingUntilItIsUpdated) {
-    FileMetadata record(u"/a/Show.zuproj");
-    for (const ColumnID column : kOrder) EXPECT_EQ(record.GetColumnDisplayString(column), u"");
-    EXPECT_EQ(record.GetColumnDataAsSortableString(kLockedColumnID), u"__UNLOCKED");
-    EXPECT_EQ(record.GetColumnDataAsSortableString(0x1234), u"");
-    for (const ColumnID column : kOrder) EXPECT_EQ(FileMetadata().GetColumnDataAsSortableString(column), u"");
-}
-
 TEST_F(ColumnsTest, UpdateReadsAllFactsOrThatOfOneColumn) {
     MakeProject("Show", std::string(1234, 'x'));
     OtherUserLocks("Show");
@@ -32,21 +24,15 @@ TEST_F(ColumnsTest, UpdateReadsAllFactsOrThatOfOneColumn) {
     EXPECT_TRUE(record.Update(false, kSizeColumnID));
     EXPECT_FALSE(record.Update(false, kSizeColumnID));
     EXPECT_EQ(record.GetColumnDataAsSortableString(kSizeColumnID), u"1234");
-    EXPECT_EQ(record.mDisplayName, u"");
     EXPECT_FALSE(record.mLocked || record.mModified);
-
     record.Update(true, kNameColumnID);
     EXPECT_EQ(record.GetColumnDisplayString(kNameColumnID), u"Show");
     EXPECT_EQ(record.GetColumnDisplayString(kLockedColumnID), u"edit-bay-2");
     EXPECT_EQ(record.GetLockState(), std::optional<bool>(false));
-    EXPECT_EQ(record.GetColumnDataAsSortableString(kModifiedDateColumnID),
-              NumberToString(static_cast<long long>(*record.mModified)));
     EXPECT_NE(record.GetColumnDisplayString(kModifiedDateColumnID), u"");
-
     Unlock("Show");
     EXPECT_TRUE(record.Update(false, kLockedColumnID));
     EXPECT_EQ(record.GetColumnDisplayString(kLockedColumnID), u"");
-    EXPECT_EQ(record.GetColumnDataAsSortableString(kLockedColumnID), u"__UNLOCKED");
     WeLock("Show");
     record.Update(false, kLockedColumnID);
     EXPECT_EQ(record.GetLockState(), std::optional<bool>(true));
@@ -55,40 +41,20 @@ TEST_F(ColumnsTest, UpdateReadsAllFactsOrThatOfOneColumn) {
     MakeProject("Show", "changed");
     {
         ExpectLogged log("read status");
-        mVolume.Deny(mFolder.Path(OnDisk("Show.zuproj")), EIO);
+        mDisk.Deny(mFolder.Path(OnDisk("Show.zuproj")), EIO);
         record.Update(true, kNameColumnID);
     }
     EXPECT_EQ(record.mSize, 1234u);
-    mVolume.Allow(mFolder.Path(OnDisk("Show.zuproj")));
+    mDisk.Allow(mFolder.Path(OnDisk("Show.zuproj")));
     RemoveProject("Show");
     record.Update(true, kNameColumnID);
     EXPECT_EQ(record.mSize, 1234u);
     EXPECT_TRUE(record.mModified);
 }
 
-TEST_F(ColumnsTest, ALockOfAProcessThatIsGoneIsNone) {
-    MakeProject("Show");
-    desk::LockRecord record;
-    record.mIsReadable = true;
-    record.mNonce = "0123456789abcdef0123456789abcdef";
-    record.mUser = u"somebody";
-    record.mMachine = mDesktop.MachineName();
-    record.mMachineID = mDesktop.MachineID();
-    record.mBootID = "99999999-2222-3333-4444-555555555555";
-    record.mPid = 4711;
-    record.mTakenAt = 1'700'000'000;
-    mFolder.Write(OnDisk(".Show.zuproj.lock"), desk::WriteLockRecord(record));
-    FileMetadata metadata(PathOf("Show.zuproj"));
-    metadata.Update(true, kNameColumnID);
-    EXPECT_EQ(metadata.GetLockState(), std::nullopt);
-    EXPECT_EQ(metadata.mLockedBy, u"");
-}
-
 TEST_F(ColumnsTest, DisplayNames) {
-    EXPECT_EQ(GetPathDisplayName(u"/a/b/Show.zuproj"), u"Show");
     EXPECT_EQ(GetPathDisplayName(u"/a/b/Show.v2.zuproj"), u"Show.v2");
     EXPECT_EQ(GetPathDisplayName(u"/a/b/Folder/"), u"Folder");
-    EXPECT_EQ(GetPathDisplayName(u"/a/b/notes.txt"), u"notes.txt");
     EXPECT_EQ(GetPathDisplayName(u""), u"");
 }
 
@@ -103,19 +69,6 @@ TEST_F(ColumnsTest, SortsNaturallyAndTheTrashLast) {
     EXPECT_FALSE(SortStringIsLess(u"Trash", u"Trash"));
     EXPECT_TRUE(SortStringIsLess(u"Tr\u00E4sh", u"Trash"));
     EXPECT_TRUE(SortStringIsLess(u"Tr\u00E4sh", u"Zebra"));
-}
-
-TEST_F(ColumnsTest, AFreshHeaderRow) {
-    OpenProduction();
-    EXPECT_EQ(Order(), kOrder);
-    for (const ColumnID column : kOrder) EXPECT_EQ(Header()->GetColumnWidth(column), 200);
-    Header()->SetColumnWidth(kSizeColumnID, 3);
-    EXPECT_EQ(Header()->GetColumnWidth(kSizeColumnID), 50);
-    EXPECT_EQ(Header()->GetSortColumn(), kNameColumnID);
-    EXPECT_TRUE(Header()->IsSortDirectionAscending());
-    EXPECT_EQ(Header()->GetColumnAlignment(kSizeColumnID), UI_Alignment::Right);
-    EXPECT_TRUE(IsNameColumn(Header(), 0));
-    EXPECT_FALSE(IsNameColumn(Header(), 1));
 }
 
 TEST_F(ColumnsTest, ALayoutIsTakenAndApplied) {
@@ -187,13 +140,15 @@ TEST_F(CellsTest, SevenIcons) {
     const auto ours = OpenProject("open ours");
     Settle();
     EXPECT_EQ(Icon("Folder"), "a folder");
-    EXPECT_EQ(Icon("Trash"), PictureOf(kHistoryActionDeleteDecal));
-    EXPECT_EQ(Icon("closed"), PictureOf(kZuProductionPanelProjectClosedNoLockDecal));
-    EXPECT_EQ(Icon("closed locked"), PictureOf(kZuProductionPanelProjectClosedLockedDecal));
-    EXPECT_EQ(Icon("closed ours"), PictureOf(kZuProductionPanelProjectClosedLockedDecal));
-    EXPECT_EQ(Icon("open"), PictureOf(kZuProductionPanelProjectOpenNoLockDecal));
-    EXPECT_EQ(Icon("open locked"), PictureOf(kZuProductionPanelProjectOpenLockedDecal));
-    EXPECT_EQ(Icon("open ours"), PictureOf(kZuProductionPanelProjectOpenEditableDecal));
+    const std::pair<const char*, const char*> expected[] = {
+        {"Trash", kHistoryActionDeleteDecal},
+        {"closed", kZuProductionPanelProjectClosedNoLockDecal},
+        {"closed locked", kZuProductionPanelProjectClosedLockedDecal},
+        {"closed ours", kZuProductionPanelProjectClosedLockedDecal},
+        {"open", kZuProductionPanelProjectOpenNoLockDecal},
+        {"open locked", kZuProductionPanelProjectOpenLockedDecal},
+        {"open ours", kZuProductionPanelProjectOpenEditableDecal}};
+    for (const auto& [name, decal] : expected) EXPECT_EQ(Icon(name), PictureOf(decal)) << name;
     EXPECT_EQ(Says("open ours", kNameColumnID), "open ours, open, locked by " + UTF16to8(mDesktop.UserName()));
     desk::OpenProjectList::Instance().Remove(ours);
     Settle();
@@ -207,20 +162,10 @@ TEST_F(CellsTest, NameCellGeometry) {
     view.UI_SetBounds({0, 0, 300, 20});
     EXPECT_EQ(view.GetChildren().at(0)->UI_GetBounds(), (RectT<float>{0, 4, 12, 12}));
     EXPECT_EQ(view.GetChildren().at(1)->UI_GetBounds(), (RectT<float>{22, 0, 278, 20}));
-    EXPECT_EQ(dynamic_cast<UI_StaticText&>(*view.GetChildren().at(1)).GetFontSize(), 10);
     view.UI_SetBounds({0, 0, 15, 20});
     EXPECT_EQ(view.GetChildren().at(1)->UI_GetBounds().width, 10);
     EXPECT_EQ(GetNameTextRectFromView(NameCell("Reel 1")), Label("Reel 1").UI_GetBounds());
     EXPECT_EQ(GetNameTextRectFromView(nullptr), RectT<float>());
-    EXPECT_EQ(view.UI_GetNodeID(), "SharedProjects.NameCellView.Reel 1");
-
-    // Updated twice, there is still one; a hidden row has none.
-    DirectoryView().UpdateRow(RowOf("Reel 1"));
-    EXPECT_EQ(NameCell("Reel 1")->GetChildren().size(), 1u);
-    DirectoryView().UI_Show(false);
-    NameCell("Reel 1")->RemoveAllChildren();
-    DirectoryView().UpdateRow(RowOf("Reel 1"));
-    EXPECT_TRUE(NameCell("Reel 1")->GetChildren().empty());
 }
 
 TEST_F(CellsTest, StatesAreToldInWordsAndInTheFont) {

@@ -174,7 +174,7 @@ TEST_F(CommandsTest, ACopyOfAFolderThatFailsLeavesNothing) {
     OpenProduction();
     const DiskTree before = OnDiskNow();
     Select({"Reels"});
-    mVolume.Deny(mFolder.Path(OnDisk("Reels/B.zuproj")), EIO);
+    mDisk.Deny(mFolder.Path(OnDisk("Reels/B.zuproj")), EIO);
     ExpectLogged refused("Input/output error");
     Send(kMakeACopy);
     EXPECT_EQ(OnDiskNow(), before);
@@ -252,13 +252,13 @@ TEST_F(CommandsTest, StatusesOfManySelectedItemsAreQuickAndAskNoDisk) {
     OpenProduction();
     ASSERT_TRUE(Shows([&] { return Tree()->CountOpenedRows() == kCount; }));
     Send(57642);
-    mVolume.ResetCounts();
+    mDisk.ResetCounts();
     // Nothing that is known of the selection counts any more.
     mTabView->OnTreeChanged();
     const auto begin = std::chrono::steady_clock::now();
     for (const int command : kAll) StatusOf(command);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(200));
-    EXPECT_EQ(mVolume.Count(FaultyFileSystem::Operation::Any), 0);
+    EXPECT_EQ(mDisk.Count(Operation::Any), 0);
     EXPECT_TRUE(IsEnabled(kMoveToTrash));
 }
 

@@ -52,15 +52,6 @@ TEST_F(DirectoryViewTest, ALongListingComesInPartsAndInOrder) {
     EXPECT_EQ(SelectionCount(), "5001 items");
 }
 
-TEST_F(DirectoryViewTest, AnEmptyFolderOpensToNothingAndKeepsItsTriangle) {
-    MakeProduction();
-    OpenProduction();
-    OpenFolder("Empty");
-    EXPECT_EQ(ShownRows(), kClosed);
-    EXPECT_TRUE(RowOf("Empty")->HasCustomChild());
-    EXPECT_FALSE(RowOf("Rushes")->HasCustomChild());
-}
-
 TEST_F(DirectoryViewTest, FollowsWhatOthersDoAndKeepsSelectionAndOpenFolders) {
     MakeProduction();
     OpenProduction();
@@ -195,19 +186,6 @@ TEST_F(DirectoryViewTest, SelectAllLeavesTheTrashOut) {
     EXPECT_TRUE(Send(11303));
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{});
     EXPECT_EQ(SelectionCount(), "6 items");
-}
-
-TEST_F(DirectoryViewTest, FoldersOpenAndCloseByDoubleClick) {
-    MakeProduction();
-    OpenProduction();
-    QTreeView& widget = TreeWidget();
-    const QPoint rushes = widget.visualRect(widget.model()->index(3, 0)).center();
-    for (const bool isOpen : {true, false}) {
-        QTest::mouseClick(widget.viewport(), Qt::LeftButton, {}, rushes);
-        QTest::mouseDClick(widget.viewport(), Qt::LeftButton, {}, rushes);
-        Settle();
-        EXPECT_EQ(RowOf("Rushes")->IsOpen(), isOpen);
-    }
 }
 
 }  // namespace HandlerSharedProjects

@@ -19,16 +19,6 @@ TEST_F(HandlerTest, KeysAreBoundToTheCommandsByTheirNames) {
     desk::Shortcuts::Instance().Load({});
 }
 
-TEST_F(HandlerTest, TheRootIsTheFolderOfTheOpenProduction) {
-    EXPECT_EQ(SharedProjectsHandler::GetRootDirectory(), u"");
-    EXPECT_EQ(SharedProjectsHandler::GetHandler(), nullptr);
-    OpenProduction();
-    EXPECT_EQ(SharedProjectsHandler::GetRootDirectory(), mFolder.PathUTF16(kProduction));
-    EXPECT_EQ(SharedProjectsHandler::GetHandler(), mHandler);
-    EXPECT_STREQ(mHandler->GetContextName(), "zuproduction");
-    EXPECT_TRUE(mHandler->ShouldDestroyWhenClosed());
-}
-
 TEST_F(HandlerTest, AProductionThatOpensBringsThePanelForward) {
     QMainWindow window;
     desk::DockWorkspace workspace(window);

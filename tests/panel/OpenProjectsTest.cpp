@@ -49,13 +49,13 @@ TEST_F(OpenProjectsTest, WithoutPromptChangesAreSavedFirstOrNothingIsClosed) {
     OpenAll();
     Edit("A", u"changed");
     Edit("B", u"changed too");
-    mVolume.Deny(mFolder.Path(OnDisk("B.zuproj")), EROFS);
+    mDisk.Deny(mFolder.Path(OnDisk("B.zuproj")), EROFS);
     ExpectLogged refused("Read-only file system");
     mDialogs.ExpectMessage("The Project Was Not Saved");
     EXPECT_FALSE(Utils::CloseOpenProjectsInList(PathsOf({"A.zuproj", "B.zuproj"}), true, true));
     EXPECT_TRUE(IsOpen("A") && IsOpen("B"));
     EXPECT_EQ(Bytes("A"), "changed");
-    mVolume.Allow(mFolder.Path(OnDisk("B.zuproj")));
+    mDisk.Allow(mFolder.Path(OnDisk("B.zuproj")));
     EXPECT_TRUE(Utils::CloseOpenProjectsInList(PathsOf({"A.zuproj", "B.zuproj"}), true, true));
     EXPECT_EQ(Bytes("B"), "changed too");
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QTreeView>
@@ -17,24 +15,17 @@
 #include "Handlers/SharedProjects/SharedProjectsModule.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "desk/core/QtStrings.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
 #include "desk/files/ChangeSource.h"
 #include "desk/files/FolderStore.h"
 #include "desk/framework/PanelRegistry.h"
-#include "desk/project/LockRecord.h"
 #include "desk/project/OpenProjectList.h"
 #include "desk/project/Production.h"
 #include "desk/toolkit/TreeAccess.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/Identifiers.h"
 #include "host/project/ProjectFiles.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/LogExpectation.h"
-#include "tests/support/ManualMainThread.h"
-#include "tests/support/RecordingDesktop.h"
-#include "tests/support/ScriptedDialogs.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/HostFixture.h"
+#include "tests/support/LockRecords.h"
 #include "tests/support/TestPanelFrame.h"
 #include "tests/support/TestProject.h"
 
@@ -61,12 +52,11 @@ struct ModelSignals {
 
 /// The real panel on a production in a temporary folder. Names are paths in the production ("Reels/Reel 1"),
 /// projects without their extension.
-class PanelFixture : public testing::Test {
+class PanelFixture : public HostFixture {
 protected:
-    PanelFixture() : mBefore(desk::GetServices()) {
+    PanelFixture() {
         // A process loads the library once.
         static const std::unique_ptr<Module> sModule(CreateModule(u"SharedProjects.so"));
-        desk::GetServices().mWorkerPool = &mWorkers;
         mStore = desk::CreateFolderStore();
         desk::GetServices().mFolderStore = mStore.get();
         mFolder.MakeFolder(kProduction);
@@ -78,9 +68,8 @@ protected:
             desk::OpenProjectList::Instance().Remove(desk::OpenProjectList::Instance().Get().back());
         desk::Production::Instance().Close();
         mMain.Advance(std::chrono::seconds(1));
-        desk::GetServices().mFolderStore = mBefore.mFolderStore;
+        desk::GetServices().mFolderStore = mStoreBefore;
         mStore.reset();
-        desk::GetServices().mWorkerPool = mBefore.mWorkerPool;
     }
 
     // What stands on the disk.
@@ -95,10 +84,10 @@ protected:
         mFolder.Rename(OnDisk(from) + ".zuproj", OnDisk(to) + ".zuproj");
     }
     void OtherUserLocks(const std::string& name, const UTF16String& user = u"edit-bay-2") {
-        WriteLock(name, user, u"machine-of-" + user, "another-machine");
+        WriteLock(name, user, u"machine-of-" + user);
     }
     void WeLock(const std::string& name) {
-        WriteLock(name, mDesktop.UserName(), mDesktop.MachineName(), "another-machine");
+        WriteLock(name, mDesktop.mUserName, mDesktop.mMachineName);
     }
     void Unlock(const std::string& name) { mFolder.Remove(LockPath(name)); }
 
@@ -213,20 +202,16 @@ protected:
                              [this](const RowRef& row) { return SearchView().GetRowPath(row); });
     }
     /// What a cell of the directory view says to assistive technology.
-    std::string Says(const std::string& name, ColumnID column) {
-        const QAbstractItemModel& model = *TreeWidget().model();
+    std::string Says(const std::string& name, ColumnID column = Columns::kNameColumnID) {
         const std::vector<ColumnID> appended = {Columns::kNameColumnID, Columns::kLockedColumnID,
                                                 Columns::kModifiedDateColumnID, Columns::kCreationDateColumnID,
                                                 Columns::kSizeColumnID};
-        const int modelColumn = static_cast<int>(std::ranges::find(appended, column) - appended.begin());
-        const RowRef row = RowOf(name);
-        for (QModelIndex index = model.index(0, 0); index.isValid(); index = TreeWidget().indexBelow(index))
-            if (index.internalPointer() == row.get())
-                return index.sibling(index.row(), modelColumn)
-                    .data(Qt::AccessibleTextRole)
-                    .toString()
-                    .toStdString();
-        return "(not shown)";
+        const auto modelColumn = std::ranges::find(appended, column) - appended.begin();
+        return TextOf(TreeWidget(), RowOf(name), static_cast<int>(modelColumn));
+    }
+    /// What the name cell of a hit says.
+    std::string HitSays(const std::string& name) {
+        return TextOf(SearchTreeWidget(), SearchView().GetRowFromPath(PathOf(name)), 0);
     }
     const UI_StaticText& SelectionCountText() {
         for (const RefPtr<UI_Node>& child : mTabView->GetToolkitContainer()->GetChildren())
@@ -252,13 +237,7 @@ protected:
 
     static constexpr char kProduction[] = "North Shore";
 
-    desk::Services mBefore;
-    TemporaryFolder mFolder;
-    FaultyFileSystem mVolume;
-    ScriptedDialogs mDialogs;
-    RecordingDesktop mDesktop;
-    desk::WorkerPool mWorkers{4};
-    ManualMainThread mMain;
+    desk::FolderStore* mStoreBefore = desk::GetServices().mFolderStore;
     std::unique_ptr<desk::FolderStore> mStore;
     TestPanelFrame mFrame{QSize(929, 740)};
     Handler* mHandler = nullptr;
@@ -266,24 +245,19 @@ protected:
     std::string mProduction = kProduction;
 
 private:
-    std::string LockPath(const std::string& name) const {
-        const UTF16String project = UTF8to16(OnDisk(name) + ".zuproj");
-        return UTF16to8(PathUtils::GetFullDirectoryPart(project) +
-                        desk::GetLockFileName(PathUtils::GetFullFilePart(project)));
+    static std::string TextOf(const QTreeView& widget, const RowRef& row, int column) {
+        for (QModelIndex i = widget.model()->index(0, 0); i.isValid(); i = widget.indexBelow(i))
+            if (i.internalPointer() == row.get())
+                return i.siblingAtColumn(column).data(Qt::AccessibleTextRole).toString().toStdString();
+        return "(not shown)";
     }
-    void WriteLock(const std::string& name, const UTF16String& user, const UTF16String& machine,
-                   const std::string& machineID) {
-        desk::LockRecord record;
-        record.mIsReadable = true;
-        record.mNonce = "0123456789abcdef0123456789abcdef";
-        record.mUser = user;
-        record.mMachine = machine;
-        record.mMachineID = machineID;
-        record.mBootID = "some-boot";
-        record.mPid = 4711;
-        record.mTakenAt = 1'700'000'000;
+    std::string LockPath(const std::string& name) const {
+        const std::filesystem::path project = OnDisk(name);
+        return project.parent_path() / ('.' + project.filename().string() + ".zuproj.lock");
+    }
+    void WriteLock(const std::string& name, const UTF16String& user, const UTF16String& machine) {
         // As a whole, as lock files come to be.
-        mFolder.Write("taking a lock", desk::WriteLockRecord(record));
+        mFolder.Write("taking a lock", WriteLockRecord(MakeForeignRecord(mDesktop, user, machine)));
         mFolder.Rename("taking a lock", LockPath(name));
     }
     template <class GetPath>

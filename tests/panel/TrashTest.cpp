@@ -1,5 +1,5 @@
 #include "desk/core/UsageLogFile.h"
-#include "host/project/ProductionItems.h"
+#include "desk/project/TrashMoves.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {
@@ -46,15 +46,6 @@ TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
     EXPECT_EQ(Bytes("Trash/Reels/Day 1/B"), "unsaved");
     EXPECT_TRUE(IsOpen("Kept"));
     EXPECT_FALSE(mFolder.Exists(OnDisk("Trash/Reels/Day 1/.B.zuproj.lock")));
-}
-
-TEST_F(TrashTest, WithoutATrashFolderNothingMoves) {
-    MakeProject("A");
-    OpenProduction();
-    mVolume.Deny(mFolder.Path(OnDisk("Trash")), EROFS);
-    ExpectLogged refused("Read-only file system");
-    Trash({"A.zuproj"});
-    EXPECT_EQ(OnDiskNow(), DiskTree{"A.zuproj"});
 }
 
 TEST_F(TrashTest, WhatMayGo) {
@@ -106,10 +97,12 @@ TEST_F(TrashTest, ScriptsMoveToTheTrashWhileThePanelIsThere) {
     MakeProject("B");
     OtherUserLocks("B");
     OpenProduction();
-    mTabView->TryToMoveToSharedProjectsTrash(PathsOf({"A.zuproj", "B.zuproj"}));
+    EXPECT_TRUE(desk::TryToMoveToTrash(PathsOf({"A.zuproj", "B.zuproj"})));
     EXPECT_TRUE(mFolder.Exists(OnDisk("A.zuproj"))) << "one that may not go keeps all";
-    mTabView->TryToMoveToSharedProjectsTrash(PathsOf({"A.zuproj"}));
+    EXPECT_TRUE(desk::TryToMoveToTrash(PathsOf({"A.zuproj"})));
     EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/A.zuproj")));
+    ClosePanel();
+    EXPECT_FALSE(desk::TryToMoveToTrash({}));
 }
 
 }  // namespace HandlerSharedProjects
