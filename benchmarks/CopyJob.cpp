@@ -33,8 +33,9 @@ public:
     }
     double RunBaseline() override {
         return Run([this] {
-            Require(QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), QString::fromStdString(mSource),
-                                                             QString::fromStdString(mDestination)}) == 0);
+            Require(
+                QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), QString::fromStdString(mSource),
+                                                         QString::fromStdString(mDestination)}) == 0);
             if (mIsFlushed) ::sync();
         });
     }
@@ -73,9 +74,8 @@ private:
 
 VolumeJobPtr MakeCopyJob(const std::string& parent, bool isFlushed) {
     const std::string name = "a folder of 2,000 files and 1 GB copied, beside cp -a";
-    return std::make_unique<CopyJob>(parent, isFlushed ? Figure{name + " and sync", "ms", 1, {}}
-                                                       : Figure{name, "ms", 1, {}},
-                                     isFlushed);
+    return std::make_unique<CopyJob>(
+        parent, isFlushed ? Figure{name + " and sync", "ms", 1, {}} : Figure{name, "ms", 1, {}}, isFlushed);
 }
 
 }  // namespace bench

@@ -18,7 +18,8 @@ constexpr int kRuns = 15;
 class LockJob final : public VolumeJob {
 public:
     LockJob(const std::string& parent, Figure figure)
-        : VolumeJob(std::move(figure), kRuns), mTemporary(QString::fromStdString(parent + "/production-desk-XXXXXX")) {}
+        : VolumeJob(std::move(figure), kRuns),
+          mTemporary(QString::fromStdString(parent + "/production-desk-XXXXXX")) {}
 
     double RunOurs() override {
         return RunMany([this] {
@@ -48,7 +49,8 @@ private:
     double RunMany(Work work) {
         return 1000 * TimeOf([&] {
                    for (int i = 0; i < kLocks; ++i) work();
-               }) / kLocks;
+               }) /
+               kLocks;
     }
 
     const QTemporaryDir mTemporary;

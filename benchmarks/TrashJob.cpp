@@ -47,12 +47,13 @@ public:
             HandlerSharedProjects::Utils::MoveToSharedProjectsTrash(paths, false, true);
             mHost.Settle();
         });
-        Require(!fs::exists(mFolder + '/' + names.back()) && fs::exists(mHost.TrashFolder() + '/' + names.back()));
+        Require(!fs::exists(mFolder + '/' + names.back()) &&
+                fs::exists(mHost.TrashFolder() + '/' + names.back()));
         Clear();
         return time;
     }
-    /// For each project: both locks taken, the file renamed, both folders flushed, both locks given up, and where
-    /// it came from written down.
+    /// For each project: both locks taken, the file renamed, both folders flushed, both locks given up, and
+    /// where it came from written down.
     double RunBaseline() override {
         const std::vector<std::string> names = MakeProjects();
         const std::string trash = mHost.TrashFolder();

@@ -36,8 +36,8 @@ using VolumeJobPtr = std::unique_ptr<VolumeJob>;
 VolumeJobPtr MakeLockJob(const std::string& parent, const std::string& where, std::optional<double> limit);
 /// 1,000 projects to the trash of the open production of `host`, which is in `production`.
 VolumeJobPtr MakeTrashJob(HostProcess& host, const std::string& production);
-/// A folder of 2,000 files and 1 GB copied, beside `cp -a`; with `isFlushed` the latter's copy is made durable as
-/// ours always is.
+/// A folder of 2,000 files and 1 GB copied, beside `cp -a`; with `isFlushed` the latter's copy is made durable
+/// as ours always is.
 VolumeJobPtr MakeCopyJob(const std::string& parent, bool isFlushed);
 /// What the heap keeps of 1,000 projects that were listed, opened and closed.
 VolumeJobPtr MakeLeakJob(HostProcess& host, const std::string& production);

@@ -28,7 +28,8 @@ struct Case {
     std::function<void(Stack&)> mRun;
     /// True when it was done.
     std::function<bool(Stack&)> mIsDone;
-    /// Whole copies are no fault: the operation makes one, or removes the source only after the copy is complete.
+    /// Whole copies are no fault: the operation makes one, or removes the source only after the copy is
+    /// complete.
     bool mMakesCopies = false;
     /// Where it is specified to do nothing without a word; the log has it.
     bool mMayBeSilent = false;
@@ -90,7 +91,8 @@ bool AreCutsInSound(Stack& stack) {
 }
 /// Who renames tells the user, by the result or what is thrown.
 void Rename(Stack& stack) {
-    if (!Utils::MoveProjectAndLockFiles(stack.PathUTF16("Cuts/Scene 1.zuproj"), stack.PathUTF16("Cuts/Final.zuproj")))
+    if (!Utils::MoveProjectAndLockFiles(stack.PathUTF16("Cuts/Scene 1.zuproj"),
+                                        stack.PathUTF16("Cuts/Final.zuproj")))
         stack.mDialogs.mTold.push_back("not renamed");
 }
 void MoveScene(Stack& stack) {
@@ -103,9 +105,13 @@ void MoveCuts(Stack& stack) {
 std::vector<Case> MakeMoves() {
     return {
         {"RenameProject", Nothing, Rename,
-         [](Stack& stack) { return Exists(stack, "Cuts/Final.zuproj") && !Exists(stack, "Cuts/Scene 1.zuproj"); }},
+         [](Stack& stack) {
+             return Exists(stack, "Cuts/Final.zuproj") && !Exists(stack, "Cuts/Scene 1.zuproj");
+         }},
         {"RenameOpenProject", OpenOne, Rename,
-         [](Stack& stack) { return Exists(stack, "Cuts/Final.zuproj") && FindOpen(stack, "Cuts/Final.zuproj"); }},
+         [](Stack& stack) {
+             return Exists(stack, "Cuts/Final.zuproj") && FindOpen(stack, "Cuts/Final.zuproj");
+         }},
         {"MoveProject", Nothing, MoveScene, IsSceneInSound},
         {"MoveOpenProject", OpenOne, MoveScene, IsSceneInSound},
         {"MoveFolder", Nothing, MoveCuts, AreCutsInSound},
@@ -126,7 +132,8 @@ std::vector<Case> MakeCopiesAndTrash() {
          [](Stack& stack) { return Exists(stack, "Sound/Reels/North/Scene 3.zuproj"); }, true},
         {"AddProject", Nothing,
          [](Stack& stack) {
-             AddProjectToZuProduction(stack.PathUTF16("Cuts/Scene 1.zuproj"), stack.PathUTF16("Sound/New.zuproj"));
+             AddProjectToZuProduction(stack.PathUTF16("Cuts/Scene 1.zuproj"),
+                                      stack.PathUTF16("Sound/New.zuproj"));
          },
          [](Stack& stack) { return Exists(stack, "Sound/New.zuproj"); }, true},
         {"TrashProject", MakeTrash, [](Stack& stack) { Trash(stack, "Cuts/Scene 1.zuproj"); },
@@ -142,7 +149,8 @@ std::vector<Case> MakeCopiesAndTrash() {
 
 std::vector<Case> MakeDocumentWork() {
     return {
-        {"Open", Nothing, [](Stack& stack) { stack.mDocuments->OpenProject(stack.PathUTF16("Cuts/Scene 1.zuproj")); },
+        {"Open", Nothing,
+         [](Stack& stack) { stack.mDocuments->OpenProject(stack.PathUTF16("Cuts/Scene 1.zuproj")); },
          [](Stack& stack) { return FindOpen(stack, "Cuts/Scene 1.zuproj") != nullptr; }},
         {"Save", OpenOne,
          [](Stack& stack) { stack.mDocuments->SaveProject(FindOpen(stack, "Cuts/Scene 1.zuproj")); },
@@ -150,8 +158,10 @@ std::vector<Case> MakeDocumentWork() {
         {"SaveAndClose", OpenOne,
          [](Stack& stack) { stack.mDocuments->CloseProject(FindOpen(stack, "Cuts/Scene 1.zuproj"), true); },
          [](Stack& stack) { return VersionOf(stack, 1) == 1 && !FindOpen(stack, "Cuts/Scene 1.zuproj"); }},
-        {"CreateProject", Nothing, [](Stack& stack) { stack.mDocuments->CreateProject(stack.PathUTF16("Cuts")); },
-         [](Stack& stack) { return Exists(stack, "Cuts/Untitled.zuproj"); }, false, false, "Cuts/Untitled.zuproj"},
+        {"CreateProject", Nothing,
+         [](Stack& stack) { stack.mDocuments->CreateProject(stack.PathUTF16("Cuts")); },
+         [](Stack& stack) { return Exists(stack, "Cuts/Untitled.zuproj"); }, false, false,
+         "Cuts/Untitled.zuproj"},
         {"CreateFolder", Nothing,
          [](Stack& stack) {
              try {
@@ -225,7 +235,8 @@ protected:
                   "");
         const std::string toldText = Join(told);
         for (const std::string& hidden : findings.mHidden)
-            EXPECT_TRUE(toldText.find(hidden) != std::string::npos) << "left behind, and nobody told: " << hidden;
+            EXPECT_TRUE(toldText.find(hidden) != std::string::npos)
+                << "left behind, and nobody told: " << hidden;
         if (HasFailure()) ADD_FAILURE() << "told:\n" << toldText;
     }
 

@@ -61,7 +61,8 @@ class FullVolume : public testing::Test {
 protected:
     void SetUp() override {
         if (mVolume.Error() != 0)
-            GTEST_SKIP() << "not allowed to mount, a full volume was not tried: " << std::strerror(mVolume.Error());
+            GTEST_SKIP() << "not allowed to mount, a full volume was not tried: "
+                         << std::strerror(mVolume.Error());
         mStack = std::make_unique<Stack>(mVolume.Folder().MakeFolder("North Shore"));
         testproduction::Make(mStack->mProduction, kProjects);
     }
@@ -134,7 +135,8 @@ TEST_F(FullVolume, TakesNoHalfCopies) {
     AddProjectToZuProduction(mStack->PathUTF16(kScene), mStack->PathUTF16("Sound/New.zuproj"));
     EXPECT_THAT(TakeTold(), kSaysSo);
     ExpectNothingLost();
-    EXPECT_THAT(testproduction::List(mStack->Path("Sound")).mFolders, testing::SizeIs(2)) << "a part of a folder";
+    EXPECT_THAT(testproduction::List(mStack->Path("Sound")).mFolders, testing::SizeIs(2))
+        << "a part of a folder";
 }
 
 TEST_F(FullVolume, KeepsTheOldSettings) {

@@ -77,7 +77,8 @@ public:
     void Run() {
         for (int i = 0; i < mCompetition.mTries; ++i) Try((mNumber + i * 7 / 3) % mCompetition.mProjects);
         for (const desk::LockRemains& remains : mProtocol.TakeRemains())
-            for (int i = 0; i < 60 && mProtocol.RemoveRemains(remains) == LockRelease::Retry; ++i) ::usleep(50'000);
+            for (int i = 0; i < 60 && mProtocol.RemoveRemains(remains) == LockRelease::Retry; ++i)
+                ::usleep(50'000);
     }
 
 private:

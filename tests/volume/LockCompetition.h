@@ -23,7 +23,8 @@ struct LockCompetitionResult {
     std::vector<int> mHeld;
     /// How often a lock was given to a process while another one held it.
     int mHeldTogether = 0;
-    /// Locks that their holder did not find its own when giving them up, or could not remove within three seconds.
+    /// Locks that their holder did not find its own when giving them up, or could not remove within three
+    /// seconds.
     int mLost = 0;
     /// How often a holder that wrote to its project saw it change under its hands.
     int mWritesSeenToChange = 0;

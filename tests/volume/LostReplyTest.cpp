@@ -10,8 +10,8 @@ using namespace HandlerSharedProjects;
 
 namespace {
 
-/// A rule by which the volume fails, how many rounds make at least 1,000 failures, whether the user hears of them (else
-/// they are all recovered from), and the saves in a round.
+/// A rule by which the volume fails, how many rounds make at least 1,000 failures, whether the user hears of
+/// them (else they are all recovered from), and the saves in a round.
 struct Rule {
     const char* mText;
     int mRounds;
@@ -23,7 +23,8 @@ void PrintTo(const Rule& rule, std::ostream* out) {
     *out << rule.mText;
 }
 
-/// The user's operations on a real mount of which every second reply is lost: what was done is reported as failed.
+/// The user's operations on a real mount of which every second reply is lost: what was done is reported as
+/// failed.
 class LostReply : public testing::TestWithParam<Rule> {
 protected:
     static constexpr char kHere[] = "Cuts/Scene 1.zuproj";
@@ -83,8 +84,9 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Rules, LostReply,
                          testing::Values(Rule{"link:2:5:after", 510, false}, Rule{"create:2:5:after", 360},
-                                         Rule{"unlink:2:5:after", 300, false}, Rule{"rename:2:5:after", 205, true, 5},
-                                         Rule{"write:2:5:after", 270}, Rule{"fsync:2:5:after", 260}),
+                                         Rule{"unlink:2:5:after", 300, false},
+                                         Rule{"rename:2:5:after", 205, true, 5}, Rule{"write:2:5:after", 270},
+                                         Rule{"fsync:2:5:after", 260}),
                          [](const auto& rule) {
                              const std::string text = rule.param.mText;
                              return text.substr(0, text.find(':'));
@@ -99,7 +101,8 @@ TEST_P(LostReply, LeavesNoOrphanNoFalseHolderAndNoHalfSavedProject) {
     const std::string production = mFolder.MakeFolder("North Shore");
     testproduction::Make(production, kProjects);
     FaultyMount mount(mFolder.Path(), GetParam().mText);
-    if (!mount.IsMounted()) GTEST_SKIP() << "not allowed to mount, lost replies were not tried: " << mount.ErrorText();
+    if (!mount.IsMounted())
+        GTEST_SKIP() << "not allowed to mount, lost replies were not tried: " << mount.ErrorText();
     {
         Stack stack(mount.Path("North Shore"));
         for (int round = 0; round < GetParam().mRounds && !HasFatalFailure(); ++round) {

@@ -31,7 +31,9 @@ protected:
             desk::SweepLeftovers(mDisk, mDesktop, folder);
     }
     bool HasHiddenNames() const {
-        const auto isHidden = [](const auto& entry) { return entry.path().filename().string().starts_with(".zutmp"); };
+        const auto isHidden = [](const auto& entry) {
+            return entry.path().filename().string().starts_with(".zutmp");
+        };
         for (const std::string& folder : testproduction::List(mProduction).mFolders) {
             std::error_code gone;
             const std::filesystem::directory_iterator entries(folder, gone);
@@ -53,7 +55,8 @@ protected:
         desk::LockProtocol protocol(mDisk, mDesktop);
         for (const std::string& project : testproduction::List(mProduction).mProjects) {
             const auto mine = desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1");
-            EXPECT_EQ(protocol.Take(LockOf(project), mine).mOutcome, desk::LockTaking::Outcome::Ours) << project;
+            EXPECT_EQ(protocol.Take(LockOf(project), mine).mOutcome, desk::LockTaking::Outcome::Ours)
+                << project;
             EXPECT_EQ(protocol.Release(LockOf(project), mine.mNonce), desk::LockRelease::Done) << project;
         }
     }
@@ -116,7 +119,8 @@ TEST_P(KilledProcess, LeavesEveryProjectWholeAndNothingThatStandsInTheWay) {
         ASSERT_TRUE(mServer.Kill(process));
         const Findings found = testproduction::Examine(mProduction);
         left += !found.mHidden.empty();
-        ASSERT_EQ(job.mMakesCopies ? found.DescribeLossesButCopies(kProjects) : found.DescribeLosses(kProjects), "");
+        ASSERT_EQ(job.mMakesCopies ? found.DescribeLossesButCopies(kProjects) : found.DescribeLosses(kProjects),
+                  "");
         Sweep();
         ExpectThatEachLockCanBeTaken();
         ASSERT_THAT(testproduction::Examine(mProduction).mHidden, testing::IsEmpty());

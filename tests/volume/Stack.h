@@ -12,9 +12,9 @@
 #include "desk/files/ChangeSource.h"
 #include "desk/files/FolderStore.h"
 #include "desk/project/CopyQueue.h"
+#include "desk/project/Production.h"
 #include "desk/project/ProjectDocument.h"
 #include "desk/project/ProjectDocuments.h"
-#include "desk/project/Production.h"
 #include "desk/project/TrashMoves.h"
 #include "host/core/Messaging.h"
 #include "host/core/Strings.h"
@@ -66,7 +66,8 @@ public:
     /// Opens the project and changes it to the next version, unsaved; null when it did not open.
     desk::ProjectDocumentRef OpenAndEdit(const std::string& name) {
         host::ProjectRef project;
-        if (!mDocuments->OpenProject(PathUTF16(name)) || !host::IsProjectOpen(PathUTF16(name), project)) return {};
+        if (!mDocuments->OpenProject(PathUTF16(name)) || !host::IsProjectOpen(PathUTF16(name), project))
+            return {};
         const auto document = desk::ToDocument(project);
         const auto identity = testproduction::Identify(document->GetContent().mBytes);
         if (!identity) return {};
@@ -78,7 +79,8 @@ public:
     }
 
     std::string TrashFolder() const { return host::UTF16to8(host::GetZuProductionTrashDirectoryPath()); }
-    /// Everything that the user was told: messages, notices, and questions but for those that belong to all saving.
+    /// Everything that the user was told: messages, notices, and questions but for those that belong to all
+    /// saving.
     std::vector<std::string> Told() const {
         std::vector<std::string> told = mDialogs.mTold;
         for (const std::string& question : mDialogs.mAsked)

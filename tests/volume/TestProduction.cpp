@@ -77,7 +77,8 @@ std::string MakeContent(int number, int version) {
     const std::string mark = std::to_string(number) + ' ' + std::to_string(version) + ' ';
     std::string text = "project " + std::to_string(number) + " version " + std::to_string(version) + '\n';
     for (int line = 0; line < lines; ++line)
-        text += mark + std::to_string(line) + " of the lines that make a project longer than a page of memory\n";
+        text +=
+            mark + std::to_string(line) + " of the lines that make a project longer than a page of memory\n";
     return text;
 }
 
@@ -98,7 +99,8 @@ TemporaryFolder MakeFolderInMemory() {
 void Make(const std::string& folder, int projects) {
     const char* const folders[] = {"", "Cuts/", "Reels/", "Reels/North/", "Reels/South/", "Sound/Stems/"};
     for (int number = 0; number < projects; ++number) {
-        const std::string parent = folder + '/' + folders[static_cast<std::size_t>(number) % std::size(folders)];
+        const std::string parent =
+            folder + '/' + folders[static_cast<std::size_t>(number) % std::size(folders)];
         fs::create_directories(parent);
         std::ofstream file(parent + "Scene " + std::to_string(number) + kExtension, std::ios::binary);
         file << MakeContent(number, 0);
@@ -126,8 +128,10 @@ Items List(const std::string& folder) {
         for (const fs::directory_entry& entry : Entries(fs::path(items.mFolders[i]))) {
             std::error_code error;
             if (IsHidden(entry.path())) continue;
-            if (entry.is_directory(error)) items.mFolders.push_back(entry.path().string());
-            else if (entry.path().extension() == kExtension) items.mProjects.push_back(entry.path().string());
+            if (entry.is_directory(error))
+                items.mFolders.push_back(entry.path().string());
+            else if (entry.path().extension() == kExtension)
+                items.mProjects.push_back(entry.path().string());
         }
     return items;
 }

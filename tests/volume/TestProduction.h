@@ -23,8 +23,8 @@ struct Identity {
 /// Absent for what is no whole project.
 std::optional<Identity> Identify(const std::string& bytes);
 
-/// A temporary folder in memory, where there is such a place, like all that are made after it: fsync costs nothing
-/// there, and more happens in the same time.
+/// A temporary folder in memory, where there is such a place, like all that are made after it: fsync costs
+/// nothing there, and more happens in the same time.
 TemporaryFolder MakeFolderInMemory();
 
 /// Makes projects 0 to `projects` - 1, in version 0, spread over some folders of `folder`.

@@ -25,8 +25,8 @@ public:
 
     /// Starts a process and waits until it is at work; 0 `milliseconds`: until it is killed.
     pid_t Begin(const std::string& job, const std::string& folder, unsigned seed, int milliseconds = 0) {
-        const std::string order = job + '\t' + folder + '\t' + std::to_string(seed) + ' ' +
-                                  std::to_string(milliseconds) + '\n';
+        const std::string order =
+            job + '\t' + folder + '\t' + std::to_string(seed) + ' ' + std::to_string(milliseconds) + '\n';
         mProcess.write(order.data(), static_cast<qint64>(order.size()));
         std::string what;
         pid_t process = 0;

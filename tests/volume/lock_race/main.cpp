@@ -10,8 +10,10 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: lock-race [--processes N] [--tries N] [--projects N] FOLDER...\n"
-    "Lets processes compete for the locks of a few projects in a folder, which may be given several times, as it is\n"
-    "seen through several mounts. Prints what it found; exits with 1 when the locks did not keep their promise.\n";
+    "Lets processes compete for the locks of a few projects in a folder, which may be given several times, as "
+    "it is\n"
+    "seen through several mounts. Prints what it found; exits with 1 when the locks did not keep their "
+    "promise.\n";
 
 bool ParseArguments(int argc, char** argv, LockCompetition& competition) {
     for (int i = 1; i < argc; ++i) {
@@ -34,7 +36,8 @@ bool Print(const LockCompetitionResult& result) {
     int held = 0;
     for (const int count : result.mHeld) held += count;
     std::cout << "tries: " << result.mTries << " in " << result.mSeconds << " s ("
-              << static_cast<int>(result.mTries / result.mSeconds) << "/s), of which " << held << " held a lock\n"
+              << static_cast<int>(result.mTries / result.mSeconds) << "/s), of which " << held
+              << " held a lock\n"
               << "held by two at once: " << result.mHeldTogether << '\n'
               << "locks lost or not given up: " << result.mLost << '\n'
               << "lock, guard and temporary files left: " << result.mNamesLeft.size() << '\n'

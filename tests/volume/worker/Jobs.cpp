@@ -96,9 +96,11 @@ void Job::Save() {
 void Job::Copy() {
     const UTF16String folder = UTF8to16(PickFolder());
     if (mRandom() % 4 == 0)
-        return AddProjectToZuProduction(UTF8to16(PickProject()), Join(folder, UTF8to16(MakeName() + ".zuproj")));
+        return AddProjectToZuProduction(UTF8to16(PickProject()),
+                                        Join(folder, UTF8to16(MakeName() + ".zuproj")));
     UTF16StringVec sources;
-    for (const std::string& project : testproduction::List(mFolder).mProjects) sources.push_back(UTF8to16(project));
+    for (const std::string& project : testproduction::List(mFolder).mProjects)
+        sources.push_back(UTF8to16(project));
     if (mRandom() % 2) sources = {UTF8to16(PickFolder())};
     if (sources.front() != UTF8to16(mFolder)) Utils::CopyFiles(sources, folder, false, true);
 }
@@ -128,8 +130,7 @@ void Job::RenameFolder() {
     if (folder == mFolder || folder == mHost.TrashFolder()) return;
     const UTF16String source = UTF8to16(folder);
     const UTF16String destination = Join(FolderOf(source), UTF8to16(MakeName()));
-    if (File::Move(source, destination) == 0)
-        Utils::UpdatePathsOfOpenProjectsAndLockFiles(source, destination);
+    if (File::Move(source, destination) == 0) Utils::UpdatePathsOfOpenProjectsAndLockFiles(source, destination);
 }
 
 void Job::MoveFolder() {

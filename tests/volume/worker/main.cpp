@@ -1,7 +1,7 @@
 /// Processes for the tests of this folder. Reads orders from standard input, a line each: job, folder, seed and
-/// milliseconds, separated by tabs. Each begins a process of its own, which says "began PID" as soon as it is at work
-/// and "ended PID RESULT" at its end, if it comes to it; 0 milliseconds last until it is killed. A fork costs less
-/// than a start: the libraries are loaded once.
+/// milliseconds, separated by tabs. Each begins a process of its own, which says "began PID" as soon as it is
+/// at work and "ended PID RESULT" at its end, if it comes to it; 0 milliseconds last until it is killed. A fork
+/// costs less than a start: the libraries are loaded once.
 #include <signal.h>
 #include <unistd.h>
 
