@@ -35,19 +35,24 @@ protected:
         for (int i = 0; i < Tabs().count(); ++i) titles.push_back(Tabs().tabText(i).toStdString());
         return titles;
     }
+    void Type(const char* text) { QTest::keyClicks(&Editor(), QString::fromLatin1(text)); }
+    void Press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(&Editor(), key, modifiers);
+    }
+    std::string Text() { return Editor().toPlainText().toStdString(); }
     QPlainTextEdit& Editor() { return *Tabs().currentWidget()->findChild<QPlainTextEdit*>(); }
     void Choose(int command) {
         EXPECT_TRUE(CommandRouter::Instance().FindStatus(command).mIsEnabled) << command;
         CommandRouter::Instance().Send(command);
-        mMainThread.RunUntilIdle();
+        mMain.RunUntilIdle();
     }
     bool IsEnabled(int command) const { return CommandRouter::Instance().FindStatus(command).mIsEnabled; }
     /// The texts of the bars above the project in front.
-    QString Notices() {
+    std::string Notices() {
         QStringList texts;
         for (const ProjectNotice* notice : Tabs().currentWidget()->findChildren<ProjectNotice*>())
             if (notice->isVisible()) texts << notice->accessibleName();
-        return texts.join(QLatin1Char('|'));
+        return texts.join(QLatin1Char('|')).toStdString();
     }
     using Titled = std::vector<std::string>;
 
@@ -56,16 +61,14 @@ protected:
 };
 
 TEST_F(ProjectAreaTest, ShowsAProjectFromOpeningToClosing) {
-    EXPECT_NE(mArea.currentWidget(), &Tabs());
     EXPECT_FALSE(IsEnabled(kCommandCloseProject));
     OpenAndFind();
     EXPECT_EQ(mArea.currentWidget(), &Tabs());
     EXPECT_EQ(Titles(), Titled{"Reel 1"});
-    EXPECT_EQ(Tabs().tabToolTip(0), QString::fromStdString(mFolder.Path(kProject)));
-    EXPECT_EQ(Editor().toPlainText(), QStringLiteral("one\ntwo\nthree"));
+    EXPECT_EQ(Text(), "one\ntwo\nthree");
     EXPECT_FALSE(IsEnabled(kCommandSaveProject));
 
-    QTest::keyClicks(&Editor(), QStringLiteral("zero "));
+    Type("zero ");
     EXPECT_EQ(Titles(), Titled{"Reel 1 •"});
     Choose(kCommandSaveProject);
     EXPECT_EQ(mFolder.Read(kProject), std::string("zero ") + kBytes) << "line ends stay";
@@ -76,7 +79,7 @@ TEST_F(ProjectAreaTest, ShowsAProjectFromOpeningToClosing) {
     EXPECT_EQ(Titles(), Titled{"Reel 1"});
     EXPECT_FALSE(IsEnabled(kCommandSaveProject));
 
-    QTest::keyClicks(&Editor(), QStringLiteral("x"));
+    Type("x");
     mDialogs.ExpectQuestion("Save Changes", u"Cancel");
     Choose(kCommandCloseProject);
     EXPECT_EQ(Titles(), Titled{"Reel 1 •"});
@@ -90,11 +93,10 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     WriteForeignLock();
     mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
     ASSERT_TRUE(Open());
-    mMainThread.RunUntilIdle();
+    mMain.RunUntilIdle();
     EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
-    EXPECT_TRUE(Notices().startsWith(QStringLiteral("Read-only. Locked by tomas on edit-bay-2, since ")))
-        << Notices().toStdString();
-    QTest::keyClicks(&Editor(), QStringLiteral("x"));
+    EXPECT_TRUE(Notices().starts_with("Read-only. Locked by tomas on edit-bay-2, since ")) << Notices();
+    Type("x");
     EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
 
     EXPECT_FALSE(Bar().IsItalic(0));
@@ -102,35 +104,37 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     Find()->SetOutOfDate(true);
     EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only, out of date)"});
     EXPECT_TRUE(Bar().IsItalic(0));
-    EXPECT_TRUE(Notices().endsWith(QStringLiteral("|The file has changed on disk.")));
+    EXPECT_TRUE(Notices().ends_with("|The file has changed on disk.")) << Notices();
     Choose(kCommandReloadProject);
-    EXPECT_EQ(Editor().toPlainText(), QStringLiteral("changed by tomas"));
-    EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
+    EXPECT_EQ(Text(), "changed by tomas");
 
     mFolder.Remove(kLock);
-    mMainThread.Advance(std::chrono::seconds(5));
-    EXPECT_EQ(Notices(), QStringLiteral("Read-only."));
+    mDialogs.ExpectMessage("Break Lock");
+    Choose(kCommandBreakLock);
+    EXPECT_TRUE(Find()->IsReadOnly());
+    mMain.Advance(std::chrono::seconds(5));
+    EXPECT_EQ(Notices(), "Read-only.");
     EXPECT_EQ(CommandRouter::Instance().FindStatus(kCommandToggleReadOnly).mText, u"Read-Write Mode");
     Choose(kCommandToggleReadOnly);
     EXPECT_EQ(Titles(), Titled{"Reel 1"});
-    EXPECT_EQ(Notices(), QString());
-    QTest::keyClicks(&Editor(), QStringLiteral("x"));
+    EXPECT_EQ(Notices(), "");
+    Type("x");
     EXPECT_EQ(Titles(), Titled{"Reel 1 •"});
     Choose(kCommandUndo);
 }
 
 TEST_F(ProjectAreaTest, ALostLockLeavesOnlyTheCopy) {
     const ProjectDocumentRef document = OpenAndFind();
-    QTest::keyClicks(&Editor(), QStringLiteral("mine "));
+    Type("mine ");
     WriteForeignLock();
     mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
     Choose(kCommandSaveProject);
     document->SetDirty(true);
     mArea.UpdateHolders();
     EXPECT_EQ(Titles(), Titled{"Reel 1 •  (lock lost)"});
-    EXPECT_TRUE(Notices().startsWith(QStringLiteral("The lock was broken"))) << Notices().toStdString();
+    EXPECT_TRUE(Notices().starts_with("The lock was broken")) << Notices();
     EXPECT_TRUE(Editor().isReadOnly());
-    EXPECT_EQ(Editor().toPlainText(), QStringLiteral("mine one\ntwo\nthree"));
+    EXPECT_EQ(Text(), "mine one\ntwo\nthree");
     document->SetDirty(false);
 }
 
@@ -139,14 +143,12 @@ TEST_F(ProjectAreaTest, TabsCloseAndFollowTheActiveProject) {
     mFolder.Write("Day 1/A & B.zuproj", "ab");
     OpenAndFind();
     OpenAndFind("Day 1/Reel 2.zuproj");
-    EXPECT_TRUE(Tabs().currentWidget()->findChild<QPlainTextEdit*>()->isHidden() ||
-                !Tabs().currentWidget()->findChild<QPlainTextEdit*>()->isVisible())
-        << "no text";
+    EXPECT_FALSE(Editor().isVisible()) << "no text";
     OpenAndFind("Day 1/A & B.zuproj");
     EXPECT_EQ(Titles(), (Titled{"Reel 1", "Reel 2", "A && B"}));
     Manager().SetActiveProject(Find());
     EXPECT_EQ(Tabs().currentIndex(), 0);
-    QTest::keyClick(&Editor(), Qt::Key_Tab, Qt::ControlModifier);
+    Press(Qt::Key_Tab, Qt::ControlModifier);
     EXPECT_EQ(Tabs().currentIndex(), 1);
     EXPECT_EQ(Manager().GetActiveProject(), Find("Day 1/Reel 2.zuproj"));
 
@@ -163,70 +165,48 @@ TEST_F(ProjectAreaTest, TabsCloseAndFollowTheActiveProject) {
     EXPECT_EQ(mDesktop.mShown, (std::vector<std::string>{"items", mFolder.Path(kProject)}));
 }
 
-TEST_F(ProjectAreaTest, ABrokenLockOffersToEdit) {
-    WriteForeignLock();
-    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
-    ASSERT_TRUE(Open());
-    mFolder.Remove(kLock);
-    mDialogs.ExpectMessage("Break Lock");
-    Choose(kCommandBreakLock);
-    EXPECT_TRUE(Find()->IsReadOnly());
-}
-
-/// Somebody who answers commands as a panel does, and notes them.
-class TypingTest : public ProjectAreaTest {
-protected:
-    static constexpr int kPanelCommand = 910020;
-
-    TypingTest() {
-        DeclareProgramCommands();
-        host::CommandContext* context = host::ShortcutManager::Instance()->AddContext("test.typing", u"Panel");
-        context->DeclareCommand("any", kPanelCommand, host::CommandKind::MenuCommand, "", nullptr, false);
-        MainCommander::Instance().Register(kPanelCommand, {}, [this] { return ++mPanelCommands, true; });
-        mProfile.Write("shortcuts.json",
-                       R"({"test.typing": {"any": ["Del", "Ctrl+A", "Home", "End", "F5", "Ctrl+N"]}})");
-        Shortcuts::Instance().Load(mProfile.Path());
-        Shortcuts::Instance().InstallOn(mArea);
-        host::ShortcutManager::Instance()->ApplyContext("test.typing", false);
-        OpenAndFind();
-        Editor().setFocus();
-    }
-    ~TypingTest() override {
-        MainCommander::Instance().Register(kPanelCommand, {}, {});
-        mProfile.Remove("shortcuts.json");
-        Shortcuts::Instance().Load(mProfile.Path());
-    }
-
-    TemporaryFolder mProfile;
-    int mPanelCommands = 0;
-};
-
-TEST_F(TypingTest, KeysInTheEditorAreTheEditors) {
-    ASSERT_EQ(QApplication::focusWidget(), &Editor());
+TEST_F(ProjectAreaTest, KeysInTheEditorAreTheEditors) {
+    const TemporaryFolder profile;
+    constexpr int kPanelCommand = 910020;
+    int panelCommands = 0;
+    DeclareProgramCommands();
+    host::ShortcutManager::Instance()
+        ->AddContext("test.typing", u"Panel")
+        ->DeclareCommand("any", kPanelCommand, host::CommandKind::MenuCommand, "", nullptr, false);
+    MainCommander::Instance().Register(kPanelCommand, {}, [&] { return ++panelCommands, true; });
+    profile.Write("shortcuts.json",
+                  R"({"test.typing": {"any": ["Del", "Ctrl+A", "Home", "End", "F5", "Ctrl+N"]}})");
+    Shortcuts::Instance().Load(profile.Path());
+    Shortcuts::Instance().InstallOn(mArea);
+    host::ShortcutManager::Instance()->ApplyContext("test.typing", false);
+    OpenAndFind();
+    Editor().setFocus();
     EXPECT_EQ(CommandRouter::Instance().GetEditorOnDuty(), &mArea);
-    QTest::keyClick(&Editor(), Qt::Key_End);
+    Press(Qt::Key_End);
     EXPECT_EQ(Editor().textCursor().position(), 3);
-    QTest::keyClick(&Editor(), Qt::Key_Home);
-    QTest::keyClick(&Editor(), Qt::Key_Delete);
-    EXPECT_EQ(Editor().toPlainText(), QStringLiteral("ne\ntwo\nthree"));
-    QTest::keyClick(&Editor(), Qt::Key_A, Qt::ControlModifier);
+    Press(Qt::Key_Home);
+    Press(Qt::Key_Delete);
+    EXPECT_EQ(Text(), "ne\ntwo\nthree");
+    Press(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(Editor().textCursor().selectedText().size(), 12);
-    QTest::keyClick(&Editor(), Qt::Key_N, Qt::ControlModifier);
-    QTest::keyClick(&Editor(), Qt::Key_S, Qt::ControlModifier);
+    Press(Qt::Key_N, Qt::ControlModifier);
+    Press(Qt::Key_S, Qt::ControlModifier);
     EXPECT_EQ(mFolder.Read(kProject), "ne\r\ntwo\nthree");
     mFolder.Write(kProject, "new");
-    QTest::keyClick(&Editor(), Qt::Key_F5);
-    EXPECT_EQ(Editor().toPlainText(), QStringLiteral("new"));
-    EXPECT_EQ(mPanelCommands, 0);
+    Press(Qt::Key_F5);
+    EXPECT_EQ(Text(), "new");
+    EXPECT_EQ(panelCommands, 0);
 
     EXPECT_TRUE(IsEnabled(kCommandSelectAll));
     CommandRouter::Instance().SetOnDuty(nullptr, nullptr);
     EXPECT_FALSE(IsEnabled(kCommandUndo)) << "a panel is on duty";
     Editor().clearFocus();
     Editor().setFocus();
-    QTest::keyClick(&Editor(), Qt::Key_W, Qt::ControlModifier);
-    mMainThread.RunUntilIdle();
+    Press(Qt::Key_W, Qt::ControlModifier);
+    mMain.RunUntilIdle();
     EXPECT_EQ(Tabs().count(), 0);
+    MainCommander::Instance().Register(kPanelCommand, {}, {});
+    Shortcuts::Instance().Load({});
 }
 
 }  // namespace

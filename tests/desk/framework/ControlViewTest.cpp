@@ -1,5 +1,4 @@
 #include <QLineEdit>
-#include <QSignalSpy>
 #include <QStatusTipEvent>
 #include <QTest>
 #include <QToolButton>
@@ -38,32 +37,20 @@ TEST_F(SearchBoxTest, AnnouncesEachChangeOfTheTextOnce) {
     mField.SetText(u"re");
     mField.SetText(u"reel");
     EXPECT_EQ(mTexts, (Events{"r", "re", "reel"}));
-    host::SearchBoxControl other;
-    EXPECT_NE(other.GetStationID(), mField.GetStationID());
-}
-
-TEST_F(SearchBoxTest, EscapeEmptiesTheFieldAndIsLeftToOthersWhenItIsEmpty) {
-    mField.SetText(u"reel");
     QTest::keyClick(&Line(), Qt::Key_Escape);
-    EXPECT_EQ(mTexts, (Events{"reel", ""}));
+    EXPECT_EQ(mTexts.back(), "");
     QKeyEvent again(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     QCoreApplication::sendEvent(&Line(), &again);
-    EXPECT_FALSE(again.isAccepted());
-    EXPECT_EQ(mTexts.size(), 2u);
+    EXPECT_FALSE(again.isAccepted()) << "left to others when the field is empty";
+    QToolButton& clear = *Line().findChildren<QToolButton*>().at(1);
+    EXPECT_FALSE(clear.isVisible());
+    mField.SetText(u"x");
+    EXPECT_TRUE(clear.isVisible());
+    clear.click();
+    EXPECT_EQ(mTexts, (Events{"r", "re", "reel", "", "x", ""}));
 }
 
-TEST_F(SearchBoxTest, TheClearButtonShowsWhileThereIsText) {
-    const QList<QToolButton*> buttons = Line().findChildren<QToolButton*>();
-    ASSERT_EQ(buttons.size(), 2);
-    EXPECT_FALSE(buttons[1]->isVisible());
-    mField.SetText(u"reel");
-    EXPECT_TRUE(buttons[1]->isVisible());
-    buttons[1]->click();
-    EXPECT_EQ(mField.GetText(), u"");
-    EXPECT_EQ(mTexts.back(), "");
-}
-
-TEST_F(SearchBoxTest, DoesNothingBeforeCreationAndAfterDestruction) {
+TEST_F(SearchBoxTest, DoesNothingAfterDestruction) {
     mField.SetText(u"reel");
     mField.Destroy();
     mField.Destroy();
@@ -71,8 +58,7 @@ TEST_F(SearchBoxTest, DoesNothingBeforeCreationAndAfterDestruction) {
     mField.SetText(u"x");
     mField.Enable(true);
     EXPECT_EQ(mField.GetText(), u"");
-    EXPECT_FALSE(mField.IsEnabled());
-    EXPECT_FALSE(mField.TakeFocus());
+    EXPECT_FALSE(mField.IsEnabled() || mField.TakeFocus());
     EXPECT_TRUE(mTexts.empty());
 }
 
@@ -80,9 +66,8 @@ class PictureButtonTest : public FrameworkFixture {
 protected:
     PictureButtonTest() {
         mPanel->mWhenCreated = [this] {
-            const host::Bitmap bitmap =
-                host::Bitmap::GetBitmap(host::kProjectDeleteNormalDecal, host::GetDefaultDrawSupplier());
-            mButton.Create(*mPanel, 30325, {5, 5, 30, 30}, bitmap);
+            mButton.Create(*mPanel, 30325, {5, 5, 30, 30},
+                           host::Bitmap::GetBitmap(host::kProjectDeleteNormalDecal, nullptr));
             mButton.SetToolTipText(u"Move <to> Trash");
             mButton.SetStatusBarText(u"Delete the currently selected items");
         };
@@ -94,20 +79,15 @@ protected:
     host::PictureButton mButton;
 };
 
-TEST_F(PictureButtonTest, SendsItsCommandToItsPanelUnlessDisabled) {
+TEST_F(PictureButtonTest, SendsItsCommandToItsPanelUnlessDisabledAndMayDestroyIt) {
     mPanel->mAnswers.mCommands[30325] = true;
     QTest::mouseClick(&Button(), Qt::LeftButton);
-    EXPECT_EQ(mEvents, (Events{"panel on duty", "panel 30325"}));
     mButton.Enable(false);
     QTest::mouseClick(&Button(), Qt::LeftButton);
-    EXPECT_EQ(mEvents.size(), 2u);
-}
-
-TEST_F(PictureButtonTest, MayDestroyItsPanelByItsClick) {
-    desk::MainCommander::Instance().Register(30325, {}, [this] {
-        mPanel->Destroy();
-        return true;
-    });
+    EXPECT_EQ(mEvents, (Events{"panel on duty", "panel 30325"}));
+    mButton.Enable(true);
+    mPanel->mAnswers.mCommands.clear();
+    desk::MainCommander::Instance().Register(30325, {}, [this] { return mPanel->Destroy(), true; });
     QTest::mouseClick(&Button(), Qt::LeftButton);
     EXPECT_FALSE(mButton.IsCreated());
     desk::MainCommander::Instance().Register(30325, {}, {});
@@ -116,35 +96,24 @@ TEST_F(PictureButtonTest, MayDestroyItsPanelByItsClick) {
 
 struct StatusTips : QObject {
     bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::StatusTip) mTips.append(static_cast<QStatusTipEvent*>(event)->tip());
+        if (event->type() == QEvent::StatusTip) mTips << static_cast<QStatusTipEvent*>(event)->tip();
         return false;
     }
     QStringList mTips;
 };
 
-TEST_F(PictureButtonTest, TellsItsStatusTextToTheMainWindowAlsoFromAFloatingPanel) {
+TEST_F(PictureButtonTest, TellsWhatItDoesToTheMainWindowAlsoFromAFloatingPanel) {
+    EXPECT_EQ(Button().accessibleName(), QStringLiteral("Move <to> Trash"));
+    EXPECT_TRUE(!Qt::mightBeRichText(Button().toolTip()) ||
+                Button().toolTip().contains(QStringLiteral("&lt;to")));
     QWidget mainWindow;
     StatusTips tips;
     mainWindow.installEventFilter(&tips);
-    mFrame->Window().installEventFilter(&tips);
-    const auto enter = [this] {
-        QEnterEvent event({1, 1}, {1, 1}, {1, 1});
-        QCoreApplication::sendEvent(&Button(), &event);
-    };
-    enter();
-    EXPECT_EQ(tips.mTips, QStringList{QStringLiteral("Delete the currently selected items")});
-    mFrame->Window().removeEventFilter(&tips);
     mFrame->Window().setParent(&mainWindow, Qt::Tool);
-    enter();
-    EXPECT_EQ(tips.mTips.size(), 2);
+    QEnterEvent event({1, 1}, {1, 1}, {1, 1});
+    QCoreApplication::sendEvent(&Button(), &event);
+    EXPECT_EQ(tips.mTips, QStringList{QStringLiteral("Delete the currently selected items")});
     mFrame->Window().setParent(nullptr);
-}
-
-TEST_F(PictureButtonTest, ShowsMarkupInItsToolTipAsItStandsAndIsNamedByIt) {
-    EXPECT_EQ(Button().accessibleName(), QStringLiteral("Move <to> Trash"));
-    EXPECT_TRUE(Button().toolTip() == Button().accessibleName()
-                    ? !Qt::mightBeRichText(Button().toolTip())
-                    : Button().toolTip().contains(QStringLiteral("&lt;to")));
 }
 
 }  // namespace

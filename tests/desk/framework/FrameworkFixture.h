@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QWidget>
 #include <functional>
@@ -10,8 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "desk/core/Services.h"
-#include "desk/files/PosixFileSystem.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/PanelNavigation.h"
 #include "desk/framework/ViewImpl.h"
@@ -19,8 +15,7 @@
 #include "host/framework/ControlView.h"
 #include "host/framework/Handler.h"
 #include "host/framework/TabView.h"
-#include "tests/support/LogExpectation.h"
-#include "tests/support/ManualMainThread.h"
+#include "tests/support/HostFixture.h"
 #include "tests/support/TestPanelFrame.h"
 
 /// What has happened, in its order.
@@ -47,8 +42,7 @@ struct Answers {
 };
 
 inline std::string ToText(const host::Rect& r) {
-    return std::to_string(r.x) + ',' + std::to_string(r.y) + ' ' + std::to_string(r.width) + 'x' +
-           std::to_string(r.height);
+    return QString::asprintf("%d,%d %dx%d", r.x, r.y, r.width, r.height).toStdString();
 }
 
 /// A view that notes what is called on it.
@@ -100,16 +94,6 @@ public:
         : Handler(u"", id), mAnswers("handler", events) {}
 
     bool ObeyCommand(const host::Command& command) override {
-        switch (command.GetID()) {
-            case 11311:
-                if (OnSelectFindBox()) return true;
-                break;
-            case 11916:
-                if (OnSelectNextPanel()) return true;
-                break;
-            default:
-                break;
-        }
         return mAnswers.Obey(command.GetID()) || Handler::ObeyCommand(command);
     }
     host::TabView* CreateTabViewSelf(host::WorkspaceFrame*) override { return nullptr; }
@@ -118,24 +102,26 @@ public:
 };
 
 /// One panel in a window of its own.
-class FrameworkFixture : public testing::Test {
+class FrameworkFixture : public HostFixture {
 protected:
     static constexpr char16_t kHandlerID[] = u"test.handler";
 
-    FrameworkFixture() { desk::GetServices().mFileSystem = &mDisk; }
     ~FrameworkFixture() override {
         if (mPanel) mPanel->Destroy();
         desk::PanelNavigation::Instance() = {};
         mMain.RunUntilIdle();
-        desk::GetServices().mFileSystem = mFileSystemBefore;
     }
 
+    /// What has happened since the last call.
+    Events TakeEvents() { return std::exchange(mEvents, {}); }
+    /// The program carries out a command from now on, and notes it as `event`.
+    void Obey(int command, const std::string& event) {
+        desk::MainCommander::Instance().Register(command, {},
+                                                 [this, event] { return mEvents.push_back(event), true; });
+    }
     void OpenPanel() { host::TabView::Create(mPanel.get(), kHandlerID, u"Panel", mFrame.get(), true); }
     QWidget& PanelWidget() { return *mPanel->GetImpl().mWidget; }
 
-    desk::FileSystem* mFileSystemBefore = desk::GetServices().mFileSystem;
-    desk::PosixFileSystem mDisk;
-    ManualMainThread mMain;
     Events mEvents;
     std::unique_ptr<TestPanelFrame> mFrame = std::make_unique<TestPanelFrame>(QSize(400, 300));
     std::unique_ptr<NotingTabView> mPanel =

@@ -2,7 +2,6 @@
 
 #include "desk/framework/MenuResources.h"
 #include "tests/desk/framework/FrameworkFixture.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -29,11 +28,10 @@ protected:
     }
 
     desk::MenuResources& mMenus = desk::MenuResources::Instance();
-    TemporaryFolder mProfile;
 };
 
 TEST_F(MenuResourcesTest, ThePanelsMenuFollowsTheStateAndSendsCommands) {
-    mMenus.Load(mProfile.Path());
+    mMenus.Load(mFolder.Path());
     QMenu menu;
     mMenus.Fill(menu, kWingMenu);
     EXPECT_EQ(Shown(menu),
@@ -48,9 +46,9 @@ TEST_F(MenuResourcesTest, ThePanelsMenuFollowsTheStateAndSendsCommands) {
 }
 
 TEST_F(MenuResourcesTest, AProfilesMenuGoesBeforeAndStateCanNameAndMarkAnEntry) {
-    mProfile.Write("menus/own.json", R"({"HandlerSharedProjects_Wing_Menu": [
+    mFolder.Write("menus/own.json", R"({"HandlerSharedProjects_Wing_Menu": [
         {"command": 900010, "text": "Mode"}, {"menu": "More", "entries": [{"command": 900011, "text": "Unknown"}]}]})");
-    mMenus.Load(mProfile.Path());
+    mMenus.Load(mFolder.Path());
     desk::MainCommander::Instance().Register(
         900010,
         [] {
@@ -67,11 +65,11 @@ TEST_F(MenuResourcesTest, AFileThatIsNotUnderstoodIsNamedAndLeftOut) {
     const ExpectLogged broken("broken.json is left out");
     const ExpectLogged entry("entry.json is left out: menu \"A\": entry 2 ");
     const ExpectLogged nested("nested.json is left out: menu \"B\": entry 1 entry 1 needs");
-    mProfile.Write("menus/broken.json", "[");
-    mProfile.Write("menus/entry.json", R"({"A": [{"separator": true}, {"command": "11311", "text": "Find"}]})");
-    mProfile.Write("menus/nested.json", R"({"B": [{"menu": "More", "entries": [{"text": "x"}]}]})");
-    mProfile.Write("menus/good.json", R"({"C": [{"command": 1, "text": "One"}]})");
-    mMenus.Load(mProfile.Path());
+    mFolder.Write("menus/broken.json", "[");
+    mFolder.Write("menus/entry.json", R"({"A": [{"separator": true}, {"command": "11311", "text": "Find"}]})");
+    mFolder.Write("menus/nested.json", R"({"B": [{"menu": "More", "entries": [{"text": "x"}]}]})");
+    mFolder.Write("menus/good.json", R"({"C": [{"command": 1, "text": "One"}]})");
+    mMenus.Load(mFolder.Path());
     EXPECT_FALSE(mMenus.HasMenu("A"));
     EXPECT_FALSE(mMenus.HasMenu("B"));
     EXPECT_TRUE(mMenus.HasMenu("C"));

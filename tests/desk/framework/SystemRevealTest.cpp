@@ -1,33 +1,27 @@
-#include <gtest/gtest.h>
-
 #include "desk/core/UserNotice.h"
 #include "host/framework/SystemReveal.h"
-#include "tests/support/ManualMainThread.h"
-#include "tests/support/RecordingDesktop.h"
+#include "tests/support/HostFixture.h"
 
 namespace {
 
-TEST(SystemRevealTest, ShowsItemsAndFoldersAndTellsWhatWentWrong) {
-    struct Notices : host::Listener {
-        Notices() { host::AddListener(desk::kStation_UserNotices, this); }
-        ~Notices() override { host::RemoveListener(desk::kStation_UserNotices, this); }
-        void ListenToMessage(const host::Message& message) override {
-            mText = host::UTF16to8(host::MessageCast<desk::UserNoticeMessage>(message)->GetText());
-        }
-        std::string mText;
-    } notices;
-    ManualMainThread mainThread;
-    RecordingDesktop desktop;
-    host::RevealAndSelectFile(u"/p//Reel \xDCE9.zuproj");
-    host::RevealAndSelectFiles({u"/p/a", u"/q/b/"});
+struct SystemRevealTest : HostFixture, host::Listener {
+    SystemRevealTest() { host::AddListener(desk::kStation_UserNotices, this); }
+    ~SystemRevealTest() override { host::RemoveListener(desk::kStation_UserNotices, this); }
+    void ListenToMessage(const host::Message& message) override {
+        mNotice = host::UTF16to8(host::MessageCast<desk::UserNoticeMessage>(message)->GetText());
+    }
+    std::string mNotice;
+};
+
+TEST_F(SystemRevealTest, ShowsItemsAndFoldersAndTellsWhatWentWrong) {
+    host::RevealAndSelectFiles({u"/p//Reel \xDCE9.zuproj", u"/q/b/"});
     host::RevealAndSelectFiles({});
-    host::RevealFolder(u"/p/");
-    EXPECT_EQ(desktop.mShown, (std::vector<std::string>{"items", "/p/Reel \xE9.zuproj", "items", "/p/a", "/q/b",
-                                                        "folders", "/p"}));
-    desktop.mRevealProblem = "xdg-open: none";
+    mDesktop.mRevealProblem = "xdg-open: none";
     host::RevealFolder(u"/p/Reels");
-    mainThread.RunUntilIdle();
-    EXPECT_EQ(notices.mText, "“Reels” cannot be shown in the file browser: xdg-open: none");
+    EXPECT_EQ(mDesktop.mShown,
+              (std::vector<std::string>{"items", "/p/Reel \xE9.zuproj", "/q/b", "folders", "/p/Reels"}));
+    mMain.RunUntilIdle();
+    EXPECT_EQ(mNotice, "“Reels” cannot be shown in the file browser: xdg-open: none");
 }
 
 }  // namespace
