@@ -2,7 +2,6 @@
 
 #include <QLabel>
 #include <QMainWindow>
-#include <QProgressBar>
 #include <QPushButton>
 
 #include "desk/app/ProgressList.h"
@@ -11,10 +10,8 @@
 #include "desk/app/ProgressTexts.h"
 #include "desk/core/TimeLeft.h"
 #include "desk/framework/DockWorkspace.h"
-#include "desk/framework/PanelRegistry.h"
 #include "desk/project/Production.h"
 #include "host/framework/Identifiers.h"
-#include "host/framework/TabView.h"
 #include "host/project/ProductionItems.h"
 #include "tests/desk/files/FollowedFolder.h"
 

@@ -11,9 +11,7 @@
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"
-#include "desk/framework/MenuResources.h"
 #include "desk/framework/Shortcuts.h"
-#include "desk/project/LockKeeper.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {

@@ -5,9 +5,9 @@
 #include <QMenu>
 
 #include "desk/core/QtStrings.h"
+#include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspace.h"
-#include "desk/framework/PanelNavigation.h"
 #include "desk/framework/PanelRegistry.h"
 #include "host/framework/Handler.h"
 #include "host/framework/TabView.h"
@@ -58,15 +58,17 @@ struct DockWorkspaceTest : testing::Test {
     }
     DockWorkspaceTest() {
         TestPanel::sAllowClose = true;
-        mWindow.setCentralWidget(new QLabel);
-        mWindow.resize(1000, 600);
+        Open(mWindow, mWorkspace, {});
     }
 
-    void Show() {
-        mWindow.show();
+    void Open(QMainWindow& window, DockWorkspace& workspace, const QJsonObject& layout) {
+        window.setCentralWidget(new QLabel);
+        window.resize(1000, 600);
+        workspace.OpenPanels(layout);
+        window.show();
         mMainThread.RunUntilIdle();
     }
-    static bool IsShown(const UTF16String& id, bool frontmost) {
+    static bool IsShown(const UTF16String& id, bool frontmost = false) {
         return host::WorkspaceUtils::TabIsShown(host::Workspace::Instance().GetPtr(), host::UTF16to8(id),
                                                 frontmost);
     }
@@ -76,46 +78,55 @@ struct DockWorkspaceTest : testing::Test {
     DockWorkspace mWorkspace{mWindow};
 };
 
-TEST_F(DockWorkspaceTest, OpensEveryPanelTabbedAndKnowsTheFrontOne) {
-    mWorkspace.OpenPanels({});
-    Show();
+TEST_F(DockWorkspaceTest, OpensEveryPanelTabbedAndGoesFromOneToTheNext) {
     EXPECT_EQ(mWindow.tabifiedDockWidgets(mWorkspace.FindFrame(kOne)).size(), 1);
-    EXPECT_TRUE(IsShown(kOne, false) && IsShown(kTwo, false));
-    EXPECT_NE(IsShown(kOne, true), IsShown(kTwo, true));
+    EXPECT_EQ(mWindow.dockWidgetArea(mWorkspace.FindFrame(kOne)), Qt::LeftDockWidgetArea);
     mWorkspace.OpenTab(host::UTF16to8(kTwo));
     mMainThread.RunUntilIdle();
-    EXPECT_TRUE(IsShown(kTwo, true) && !IsShown(kOne, true));
+    EXPECT_TRUE(IsShown(kTwo, true) && IsShown(kOne) && !IsShown(kOne, true));
     EXPECT_EQ(mWorkspace.FindFrame(kTwo)->windowTitle(), QStringLiteral("test.dock.two && more"));
+    ExpectLogged log("no.such.panel");
+    mWorkspace.OpenTab("no.such.panel");
+
+    mWorkspace.FindFrame(kOne)->TakeFocus();
+    const auto onDuty = [] { return CommandRouter::Instance().GetHandlerOnDuty()->GetHandlerID(); };
+    EXPECT_EQ(onDuty(), kOne);
+    CommandRouter& router = CommandRouter::Instance();
+    EXPECT_TRUE(router.FindStatus(kCommandNextPanel).mIsEnabled && router.Send(kCommandNextPanel));
+    EXPECT_EQ(onDuty(), kTwo);
+    EXPECT_TRUE(router.Send(kCommandNextPanel));
+    EXPECT_EQ(onDuty(), kOne);
+    mWorkspace.ClosePanel(kTwo);
+    EXPECT_FALSE(router.FindStatus(kCommandPreviousPanel).mIsEnabled || router.Send(kCommandPreviousPanel));
 }
 
 TEST_F(DockWorkspaceTest, ClosesAsTheHandlerWishesAndComesBackWhereItWas) {
-    mWorkspace.OpenPanels({});
-    Show();
     DockWorkspaceFrame* frame = mWorkspace.FindFrame(kOne);
     mWindow.addDockWidget(Qt::BottomDockWidgetArea, frame);
-    TestPanel::sAllowClose = false;
-    frame->close();
-    mMainThread.RunUntilIdle();
-    EXPECT_TRUE(IsShown(kOne, false));
-
-    TestPanel::sAllowClose = true;
-    frame->close();
-    mMainThread.RunUntilIdle();
-    EXPECT_FALSE(IsShown(kOne, false));
+    for (const bool allowsClose : {false, true}) {
+        TestPanel::sAllowClose = allowsClose;
+        frame->close();
+        mMainThread.RunUntilIdle();
+        EXPECT_NE(IsShown(kOne), allowsClose);
+    }
     EXPECT_EQ(host::Handler::FindHandler(kOne), nullptr);
     EXPECT_EQ(TestPanel::sLive, 1);
-
     mWorkspace.TogglePanel(kOne);
     mMainThread.RunUntilIdle();
     EXPECT_TRUE(IsShown(kOne, true));
     EXPECT_EQ(mWindow.dockWidgetArea(mWorkspace.FindFrame(kOne)), Qt::BottomDockWidgetArea);
-    mWorkspace.TogglePanel(kOne);
-    EXPECT_FALSE(IsShown(kOne, false));
+
+    QMenu menu;
+    mWorkspace.FindFrame(kOne)->FillMenu(menu);
+    ASSERT_EQ(menu.actions().size(), 2);
+    menu.actions()[0]->trigger();
+    EXPECT_TRUE(mWorkspace.FindFrame(kOne)->isFloating());
+    menu.actions()[1]->trigger();
+    mMainThread.RunUntilIdle();
+    EXPECT_FALSE(IsShown(kOne));
 }
 
 TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanels) {
-    mWorkspace.OpenPanels({});
-    Show();
     mWindow.addDockWidget(Qt::RightDockWidgetArea, mWorkspace.FindFrame(kOne));
     mWindow.resizeDocks({mWorkspace.FindFrame(kOne)}, {333}, Qt::Horizontal);
     mMainThread.RunUntilIdle();
@@ -125,63 +136,26 @@ TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanels) {
     mWorkspace.DestroyPanels();
 
     QMainWindow window;
-    window.setCentralWidget(new QLabel);
-    window.resize(1000, 600);
     DockWorkspace workspace(window);
-    workspace.OpenPanels(layout);
-    window.show();
-    mMainThread.RunUntilIdle();
+    Open(window, workspace, layout);
     EXPECT_EQ(window.dockWidgetArea(workspace.FindFrame(kOne)), Qt::RightDockWidgetArea);
     EXPECT_EQ(workspace.FindFrame(kOne)->width(), width);
     EXPECT_EQ(workspace.FindFrame(kTwo), nullptr);
-    const auto& entries = PanelRegistry::Instance().GetWindowEntries();
-    EXPECT_TRUE(std::any_of(entries.begin(), entries.end(), [](auto& entry) {
-        return entry.mHandlerID == kTwo;
-    })) << "a closed panel must be there to be brought back";
+    EXPECT_EQ(std::ranges::count(PanelRegistry::Instance().GetWindowEntries(), kTwo,
+                                 &PanelRegistry::WindowEntry::mHandlerID),
+              1)
+        << "a closed panel must be there to be brought back";
 }
 
 TEST_F(DockWorkspaceTest, ABrokenLayoutGivesTheDefaultOne) {
     ExpectLogged log("arrangement of panels");
-    mWorkspace.OpenPanels(
-        {{QStringLiteral("docks"), QStringLiteral("bm9uc2Vuc2U=")}, {QStringLiteral("closedPanels"), 7}});
-    Show();
-    EXPECT_TRUE(IsShown(kOne, false) && IsShown(kTwo, false));
-    EXPECT_EQ(mWindow.dockWidgetArea(mWorkspace.FindFrame(kOne)), Qt::LeftDockWidgetArea);
-}
-
-TEST_F(DockWorkspaceTest, GoesFromPanelToPanel) {
-    mWorkspace.OpenPanels({});
-    Show();
-    mWorkspace.FindFrame(kOne)->TakeFocus();
-    const auto onDuty = [] { return CommandRouter::Instance().GetHandlerOnDuty()->GetHandlerID(); };
-    EXPECT_EQ(onDuty(), kOne);
-    EXPECT_TRUE(PanelNavigation::Instance().Select(true));
-    EXPECT_EQ(onDuty(), kTwo);
-    EXPECT_TRUE(PanelNavigation::Instance().Select(true));
-    EXPECT_EQ(onDuty(), kOne);
-    mWorkspace.ClosePanel(kTwo);
-    EXPECT_FALSE(PanelNavigation::Instance().CanSelect());
-    EXPECT_FALSE(PanelNavigation::Instance().Select(false));
-}
-
-TEST_F(DockWorkspaceTest, MenuFloatsAndClosesThePanel) {
-    mWorkspace.OpenPanels({});
-    Show();
-    DockWorkspaceFrame* frame = mWorkspace.FindFrame(kTwo);
-    QMenu menu;
-    frame->FillMenu(menu);
-    ASSERT_EQ(menu.actions().size(), 2);
-    menu.actions()[0]->trigger();
-    EXPECT_TRUE(frame->isFloating());
-    menu.actions()[1]->trigger();
-    mMainThread.RunUntilIdle();
-    EXPECT_FALSE(IsShown(kTwo, false));
-}
-
-TEST_F(DockWorkspaceTest, AnUnknownPanelIsLogged) {
-    ExpectLogged log("no.such.panel");
-    mWorkspace.OpenTab("no.such.panel");
-    EXPECT_EQ(TestPanel::sLive, 0);
+    mWorkspace.DestroyPanels();
+    QMainWindow window;
+    DockWorkspace workspace(window);
+    Open(window, workspace,
+         {{QStringLiteral("docks"), QStringLiteral("bm9uc2Vuc2U=")}, {QStringLiteral("closedPanels"), 7}});
+    EXPECT_TRUE(IsShown(kOne) && IsShown(kTwo));
+    EXPECT_EQ(window.dockWidgetArea(workspace.FindFrame(kOne)), Qt::LeftDockWidgetArea);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QLabel>
-#include <QSlider>
 #include <QTest>
 
 #include "desk/toolkit/Theme.h"
