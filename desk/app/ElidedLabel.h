@@ -12,6 +12,8 @@ public:
 
     /// `text` is ready to be shown.
     void SetFullText(const QString& text);
+    /// Whether all of the text can be seen.
+    bool HasRoom() const;
     QSize minimumSizeHint() const override;
 
 protected:
@@ -19,7 +21,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    bool HasRoom() const;
     void UpdateToolTip();
 
     Qt::TextElideMode mMode;

@@ -40,15 +40,26 @@ void ProjectNotice::AddButton(const char* textKey, int commandID) {
     button->setObjectName(ButtonName(commandID));
     button->setAutoDefault(false);
     button->setFocusPolicy(Qt::TabFocus);
-    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    button->ensurePolished();
-    button->setMinimumWidth(button->sizeHint().width());
     connect(button, &QPushButton::clicked, this, [commandID] { CommandRouter::Instance().Send(commandID); });
     mLayout->addWidget(button);
 }
 
 void ProjectNotice::ShowButton(int commandID, bool show) {
     if (auto* button = findChild<QPushButton*>(ButtonName(commandID))) button->setVisible(show);
+    FitButtons();
+}
+
+/// The style sheet's least width for buttons replaces the one that their text needs, whenever it is applied.
+void ProjectNotice::FitButtons() {
+    for (auto* button : findChildren<QPushButton*>()) {
+        button->ensurePolished();
+        button->setMinimumWidth(button->sizeHint().width());
+    }
+}
+
+void ProjectNotice::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    FitButtons();
 }
 
 void ProjectNotice::paintEvent(QPaintEvent*) {

@@ -23,8 +23,11 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void FitButtons();
+
     QLabel* mText;
     QHBoxLayout* mLayout;
 };

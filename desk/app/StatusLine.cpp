@@ -7,6 +7,7 @@
 #include <cmath>
 #include <system_error>
 
+#include "desk/app/ElidedLabel.h"
 #include "desk/core/Desktop.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
@@ -59,7 +60,7 @@ QString DescribeWatchStatus(const QString& name, const WatchStatus& status) {
     return Localized("$$$/Desk/Status/Watched=@0 — watched for changes", {shownName});
 }
 
-StatusLine::StatusLine(QMainWindow& window) : mText(MakeLabel()) {
+StatusLine::StatusLine(QMainWindow& window) : mText(new ElidedLabel(Qt::ElideRight, nullptr)) {
     QLabel* user = MakeLabel();
     user->setText(Localized("$$$/Desk/Status/User=signed in as @0",
                             {ToUTF16(ToDisplayText(GetServices().mDesktop->UserName()))}));
@@ -115,8 +116,8 @@ QString StatusLine::FindText() const {
 }
 
 void StatusLine::Update() {
-    mText->setText(FindText());
-    mText->setToolTip(ToDisplayText(Production::Instance().GetFolder()));
+    mText->SetFullText(FindText());
+    if (mText->HasRoom()) mText->setToolTip(ToDisplayText(Production::Instance().GetFolder()));
 }
 
 }  // namespace desk

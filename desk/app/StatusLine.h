@@ -5,11 +5,11 @@
 
 #include "host/core/Messaging.h"
 
-class QLabel;
 class QMainWindow;
 
 namespace desk {
 
+class ElidedLabel;
 struct WatchStatus;
 
 /// How the open production is followed, as the status bar words it. `name` is ready to be shown. UI thread.
@@ -34,7 +34,7 @@ private:
     void Update();
     QString FindText() const;
 
-    QLabel* mText;
+    ElidedLabel* mText;
     QTimer mNoticeTimer;
     QString mTip;
     QString mNotice;

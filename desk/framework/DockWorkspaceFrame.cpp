@@ -113,6 +113,7 @@ void DockWorkspaceFrame::ToggleFloating() {
     constexpr QPoint kStep(32, 32);  // Off the place it had, so that one sees it float.
     setFloating(!isFloating());
     if (isFloating()) move(pos() + kStep);
+    TakeFocus();
 }
 
 void DockWorkspaceFrame::UpdateTab(bool isTabbed) {
