@@ -46,7 +46,7 @@ TEST_F(RecentProductionsTest, LeavesOutWhatIsNoLocalPath) {
 TEST_F(RecentProductionsTest, NeverReplacesWhatItCouldNotRead) {
     RecentProductions(mFile).Add("/old");
     const std::string before = mFolder.Read(RecentProductions::kFileName);
-    mDisk.Deny(mFile);
+    for (const int read : {1, 2, 3}) mDisk.Fail(Operation::ReadSmallFile, read, EIO);
     ExpectLogged log("recent productions is not saved");
     ExpectLogged refused(RecentProductions::kFileName);
     RecentProductions recent(mFile);

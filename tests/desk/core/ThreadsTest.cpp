@@ -43,8 +43,8 @@ TEST(WorkerPoolTest, TakesTheNewestFirstAndTheLastLast) {
     pool.Submit([&] { held(); });
     held.mStarted.get_future().wait();
     std::string order;
-    pool.SubmitLast([&] { order += 'z'; });
     for (const char c : {'a', 'b', 'c'}) pool.Submit([&order, c] { order += c; });
+    pool.SubmitLast([&] { order += 'z'; });
     EXPECT_FALSE(pool.WaitUntilIdle(1ms));
     held.mGate.set_value();
     EXPECT_TRUE(pool.WaitUntilIdle(20s));

@@ -23,7 +23,13 @@ TEST_F(CommandRouterTest, AsksTheViewThenTheHandlerAndTheProgramAtTheEndOfTheirC
     EXPECT_EQ(TakeEvents(), Events{"program"});
 
     NotingHandler handler(kHandlerID, mEvents);
+    host::SearchBoxControl field;
+    mPanel->mWhenCreated = [&] { field.Create(*mPanel, {0, 0, 80, 20}, true); };
     OpenPanel();
+    for (const bool isEnabled : {false, true}) {
+        field.Enable(isEnabled);
+        EXPECT_EQ(mRouter.FindStatus(11311).mIsEnabled, isEnabled);
+    }
     TakeEvents();
     EXPECT_FALSE(mRouter.Send(kSomeCommand));
     EXPECT_EQ(TakeEvents(), (Events{"panel 900001", "handler 900001"}));

@@ -29,6 +29,7 @@ TEST_F(TreeSelectionTest, TellsOnceATurnAndKeepsTheOrderOfSelecting) {
     EXPECT_EQ(mHeard.back(), (Rows{"c", "d"})) << "a folder that closes deselects what it hides";
     mTree->SelectRows({rows[3], rows[1], rows[3]});
     EXPECT_EQ(Selected(), (Rows{"d", "b"}));
+    Settle();
     mTree->SelectRows({rows[3], rows[1]});
     Settle();
     EXPECT_EQ(mHeard.size(), 3u);
