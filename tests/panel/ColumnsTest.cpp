@@ -23,7 +23,7 @@ TEST_F(ColumnsTest, UpdateReadsAllFactsOrThatOfOneColumn) {
     FileMetadata record(PathOf("Show.zuproj"));
     EXPECT_TRUE(record.Update(false, kSizeColumnID));
     EXPECT_FALSE(record.Update(false, kSizeColumnID));
-    EXPECT_EQ(record.GetColumnDataAsSortableString(kSizeColumnID), u"1234");
+    EXPECT_EQ(record.mSize, 1234u);
     EXPECT_FALSE(record.mLocked || record.mModified);
     record.Update(true, kNameColumnID);
     EXPECT_EQ(record.GetColumnDisplayString(kNameColumnID), u"Show");

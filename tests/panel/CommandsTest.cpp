@@ -246,20 +246,4 @@ TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
     EXPECT_EQ(SelectedNames(), Names{"New"});
 }
 
-TEST_F(CommandsTest, StatusesOfManySelectedItemsAreQuickAndAskNoDisk) {
-    constexpr int kCount = 2'000;
-    for (int i = 0; i < kCount; ++i) MakeProject("R " + std::to_string(i));
-    OpenProduction();
-    ASSERT_TRUE(Shows([&] { return Tree()->CountOpenedRows() == kCount; }));
-    Send(57642);
-    mDisk.ResetCounts();
-    // Nothing that is known of the selection counts any more.
-    mTabView->OnTreeChanged();
-    const auto begin = std::chrono::steady_clock::now();
-    for (const int command : kAll) StatusOf(command);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(200));
-    EXPECT_EQ(mDisk.Count(Operation::Any), 0);
-    EXPECT_TRUE(IsEnabled(kMoveToTrash));
-}
-
 }  // namespace HandlerSharedProjects

@@ -107,19 +107,4 @@ TEST_F(CopyFilesTest, AProjectThatSomebodyHoldsStaysAndIsNamed) {
     EXPECT_EQ(OnDiskNow(), (DiskTree{".B.zuproj.lock", "B.zuproj", "To/", "To/A.zuproj", "To/C.zuproj"}));
 }
 
-TEST_F(CopyFilesTest, AnOpenProjectGoesAlongWithItsFolder) {
-    MakeProject("Reels/Day 1/A", "text");
-    MakeFolder("To");
-    OpenProduction();
-    const auto open = OpenDocument("Reels/Day 1/A");
-    EXPECT_TRUE(Move({"Reels"}, "To"));
-    EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/Reels/Day 1/A"));
-    EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
-    Edit("To/Reels/Day 1/A", u"changed");
-    EXPECT_TRUE(mDocuments.SaveProject(open));
-    EXPECT_EQ(Bytes("To/Reels/Day 1/A"), "changed");
-    EXPECT_TRUE(mDocuments.CloseProject(open, false));
-    EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/Reels/", "To/Reels/Day 1/", "To/Reels/Day 1/A.zuproj"}));
-}
-
 }  // namespace HandlerSharedProjects

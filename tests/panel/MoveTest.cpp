@@ -31,7 +31,6 @@ TEST_F(MoveTest, AFreeProjectIsLockedAtBothPlacesOnlyWhileItMoves) {
 TEST_F(MoveTest, AnOpenProjectGoesOnWithTheLockAtItsNewPlace) {
     OpenProduction();
     const auto open = OpenDocument("A");
-    ASSERT_FALSE(open->IsReadOnly());
     ASSERT_TRUE(Move("A.zuproj", "To/B.zuproj"));
     EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/.B.zuproj.lock", "To/B.zuproj"}));
     EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/B"));
@@ -55,29 +54,6 @@ TEST_F(MoveTest, ADestinationThatSomebodyHasLockedStopsBothKinds) {
     ExpectLogged trace(NoLockTrace("To/B.zuproj"));
     EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
     EXPECT_EQ(open->GetProjectPath(), ProjectPath("A"));
-    EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
-}
-
-TEST_F(MoveTest, ALostLockKeepsTheProjectWhereItIs) {
-    OpenProduction();
-    const auto open = OpenDocument("A");
-    Unlock("A");
-    OtherUserLocks("A");
-    ExpectLogged trace("Move Project Result: -1");
-    EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
-    EXPECT_EQ(OnDiskNow(), (DiskTree{".A.zuproj.lock", "A.zuproj", "To/"}));
-    EXPECT_EQ(open->GetProjectPath(), ProjectPath("A"));
-}
-
-TEST_F(MoveTest, WhatTheDiskRefusesLeavesEverythingAsItWas) {
-    OpenProduction();
-    MakeProject("To/B", "another");
-    EXPECT_THROW(Move("A.zuproj", "To/B.zuproj"), FileException);
-    EXPECT_EQ(OnDiskNow(), (DiskTree{"A.zuproj", "To/", "To/B.zuproj"}));
-    EXPECT_EQ(Bytes("To/B"), "another");
-    const auto open = OpenDocument("A");
-    EXPECT_THROW(Move("A.zuproj", "To/B.zuproj"), FileException);
-    EXPECT_EQ(OnDiskNow(), (DiskTree{".A.zuproj.lock", "A.zuproj", "To/", "To/B.zuproj"}));
     EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
 }
 

@@ -86,9 +86,7 @@ protected:
     void OtherUserLocks(const std::string& name, const UTF16String& user = u"edit-bay-2") {
         WriteLock(name, user, u"machine-of-" + user);
     }
-    void WeLock(const std::string& name) {
-        WriteLock(name, mDesktop.mUserName, mDesktop.mMachineName);
-    }
+    void WeLock(const std::string& name) { WriteLock(name, mDesktop.mUserName, mDesktop.mMachineName); }
     void Unlock(const std::string& name) { mFolder.Remove(LockPath(name)); }
 
     // What the user and the program do.

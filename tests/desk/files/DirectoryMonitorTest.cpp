@@ -15,18 +15,7 @@ constexpr long kNfs = 0x6969;
 constexpr long kNobodyKnowsThisType = 0x12345678;
 constexpr long kFuse = 0x65735546;
 
-class DirectoryMonitorTest : public FollowedFolder {
-protected:
-    ~DirectoryMonitorTest() override { host::RemoveListener(desk::kStation_WatchStatus, &mStatusListener); }
-
-    struct StatusListener : host::Listener {
-        void ListenToMessage(const host::Message& message) override {
-            if (host::MessageCast<desk::WatchStatusChangedMessage>(message)) ++mChanges;
-        }
-        int mChanges = 0;
-    };
-    StatusListener mStatusListener;
-};
+using DirectoryMonitorTest = FollowedFolder;
 
 TEST_F(DirectoryMonitorTest, AnnouncesTheFirstChangeAtOnceAndTheRestInBatches) {
     UseFakeSource();
@@ -64,7 +53,6 @@ TEST_F(DirectoryMonitorTest, ListsEverythingAgainAfterAnOverflow) {
 
 TEST_F(DirectoryMonitorTest, PollsWhereTheWatchLimitIsReached) {
     UseFakeSource();
-    host::AddListener(desk::kStation_WatchStatus, &mStatusListener);
     mFolder.Write("Reels/A.zuproj");
     Monitor();
     List();
@@ -74,20 +62,14 @@ TEST_F(DirectoryMonitorTest, PollsWhereTheWatchLimitIsReached) {
     EXPECT_EQ(status.mWatchedFolders, 1u);
     EXPECT_EQ(status.mPolledFolders, 1u);
     EXPECT_TRUE(status.mLimitReached);
-    const int changes = mStatusListener.mChanges;
-    EXPECT_GE(changes, 1);
-
     mFolder.Write("Reels/B.zuproj");
     Poll();
     EXPECT_EQ(Shown("Reels"), (Names{"A.zuproj", "B.zuproj"}));
-    EXPECT_EQ(mStatusListener.mChanges, changes) << "announced only when it changes";
-
     mSource->FailWatches(0);
     Poll();
     EXPECT_FALSE(desk::GetWatchStatus().mLimitReached);
     EXPECT_TRUE(mSource->IsWatched(mFolder.Path("Reels")));
     EXPECT_EQ(desk::GetWatchStatus().mPolledFolders, 0u);
-    EXPECT_EQ(mStatusListener.mChanges, changes + 1);
 }
 
 TEST_F(DirectoryMonitorTest, FollowsFoldersThatMove) {
@@ -202,10 +184,8 @@ INSTANTIATE_TEST_SUITE_P(Volumes, EveryChangeTest, testing::Bool(),
                          [](const auto& isPolled) { return isPolled.param ? "Polled" : "Told"; });
 
 TEST_P(EveryChangeTest, ShowsAndOnlyWhatChangedIsRead) {
-    if (GetParam())
-        UseFakeSource(), mDisk.SetVolumeType(kNobodyKnowsThisType);
-    else
-        UseInotify();
+    if (GetParam()) mDisk.SetVolumeType(kNobodyKnowsThisType);
+    GetParam() ? UseFakeSource() : UseInotify();
     mFolder.Write("A.zuproj", "1");
     mFolder.Write("B.zuproj");
     mFolder.MakeFolder("Reels");

@@ -172,18 +172,6 @@ TEST_F(ShownMoveTest, WhatWeMoveAndCopyShowsAtOnceOnAVolumeThatDoesNotReportIt) 
     EXPECT_EQ(Shown(), (Names{"B.zuproj", "New", "Reels"}));
 }
 
-TEST_F(ShownMoveTest, WhatWeMoveAndCopyShowsWhereTheVolumeReportsIt) {
-    UseInotify();
-    mFolder.Write("A.zuproj");
-    mFolder.Write("Reels/B.zuproj");
-    Monitor();
-    List();
-    mDisk.SetVolumes(true);
-    EXPECT_EQ(host::File::Move(Path("Reels/B.zuproj"), Path("B.zuproj")), 0);
-    host::FileUtils::Copy(host::Dir(Path("Reels")), host::Dir(Path("Copy")));
-    EXPECT_TRUE(WaitFor([this] { return Shown() == Names{"A.zuproj", "B.zuproj", "Copy", "Reels"}; }));
-}
-
 TEST_F(FileMoveTest, CopiesFilesAndFoldersEachByItsKindAndMakesFolders) {
     using host::FileUtils::Copy;
     Copy(mFolder.PathUTF16("Reel 1.zuproj"), mFolder.PathUTF16("Day 2/copy.zuproj"));

@@ -2,8 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
-
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
 #include "tests/support/HostFixture.h"
@@ -27,10 +25,6 @@ protected:
             [this](const FileSearch::Result& result) {
                 ++mCompletions;
                 mFound.clear();
-                mUnreadable.clear();
-                for (const auto& folder : result.mUnreadable)
-                    mUnreadable.push_back(host::UTF16to8(folder.mPath).substr(mFolder.Path().size()) + ": " +
-                                          std::strerror(folder.mSystemError));
                 for (const host::UTF16String& path : result.mPaths)
                     mFound.push_back(host::UTF16to8(path).substr(mFolder.Path().size() + 1));
             });
@@ -43,8 +37,6 @@ protected:
     }
 
     Paths mFound;
-    /// Relative to the folder, with the reason.
-    Paths mUnreadable;
     int mCompletions = 0;
 };
 
@@ -84,19 +76,6 @@ TEST_F(FileSearchTest, LinksAreFoundButNotEntered) {
     EXPECT_EQ(Find("Reel"), expected);
 }
 
-TEST_F(FileSearchTest, AFolderThatCannotBeReadIsLoggedAndNamed) {
-    mFolder.Write("open/Reel 1.zuproj");
-    mFolder.Write("shut/Reel 2.zuproj");
-    mDisk.Deny(mFolder.Path("shut"));
-    ExpectLogged log(mFolder.Path("shut") + ": Permission denied");
-    EXPECT_EQ(Find("Reel"), Paths{"open/Reel 1.zuproj"});
-    EXPECT_EQ(mUnreadable, Paths{"/shut: Permission denied"});
-    mDisk.SetGone(true);
-    ExpectLogged gone("Stale file handle");
-    EXPECT_EQ(Find("Reel"), Paths{});
-    EXPECT_EQ(mUnreadable, Paths{": Stale file handle"});
-}
-
 TEST_F(FileSearchTest, ADroppedRequestEndsTheWalkAndNeverCompletes) {
     for (int i = 0; i < 50; ++i) mFolder.Write("a/" + std::to_string(i) + "/Reel.zuproj");
     mDisk.CloseGate(Operation::ListFolder, mFolder.Path("a"));
@@ -107,11 +86,4 @@ TEST_F(FileSearchTest, ADroppedRequestEndsTheWalkAndNeverCompletes) {
     mMain.RunUntilIdle();
     EXPECT_EQ(mCompletions, 0);
     EXPECT_EQ(mDisk.Count(Operation::ListFolder), 2);
-
-    // Also when all is found and only the hand-over waits.
-    request = Start("Reel");
-    mPool.WaitUntilIdle(std::chrono::seconds(20));
-    request.reset();
-    mMain.RunUntilIdle();
-    EXPECT_EQ(mCompletions, 0);
 }

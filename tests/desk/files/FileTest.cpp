@@ -82,16 +82,3 @@ TEST_F(FileTest, AFileThatTheListingLeavesOutIsAskedOfTheDisk) {
     EXPECT_TRUE(host::PathUtils::IsDirectory(Path(".hidden")));
     EXPECT_FALSE(host::PathUtils::ExistsOnDisk(Path("gone.txt"), true));
 }
-
-TEST_F(FileTest, ABrokenLinkIsAskedForOnce) {
-    symlink("nowhere", mFolder.Path("Reel 1.zuproj").c_str());
-    UseFakeSource();
-    Monitor();
-    List();
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_FALSE(host::PathUtils::IsDirectory(Path("Reel 1.zuproj")));
-        File(Path("Reel 1.zuproj")).Size();
-        mMain.RunUntilIdle();
-    }
-    EXPECT_LE(mDisk.Count(Operation::Status), 2);
-}

@@ -158,10 +158,9 @@ TEST_F(ItemCopierTest, LeavesLocksOwnFilesAndPipesOutOfCopies) {
 }
 
 TEST_F(ItemCopierTest, NothingThatStandsAtTheDestinationIsTouched) {
-    const std::function<void()> obstacles[] = {[&] { mFolder.Write("to/copy", "old"); },
-                                               [&] { mFolder.MakeFolder("to/copy"); },
-                                               [&] { fs::create_symlink("..", mTo); },
-                                               [&] { fs::create_symlink("nowhere", mTo); }};
+    const std::function<void()> obstacles[] = {
+        [&] { mFolder.Write("to/copy", "old"); }, [&] { mFolder.MakeFolder("to/copy"); },
+        [&] { fs::create_symlink("..", mTo); }, [&] { fs::create_symlink("nowhere", mTo); }};
     for (const Deed& deed : {kCopy, kMove, kMoveAcross}) {
         SCOPED_TRACE(deed.mName);
         for (const auto& putThere : obstacles) {

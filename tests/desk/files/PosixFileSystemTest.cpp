@@ -1,9 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -59,7 +57,12 @@ private:
 }  // namespace
 
 TEST_F(PosixFileSystemTest, AnyNameThatADiskCanHoldIsListedAndFoundAgainThroughUTF16) {
-    Names names = {"\xE9\x61", "\xC3\xA9", "e\xCC\x81", "\xED\xB2\x80", "\xF0\x9F\x8E\xAC\x80", "\xFF\xFE",
+    Names names = {"\xE9\x61",
+                   "\xC3\xA9",
+                   "e\xCC\x81",
+                   "\xED\xB2\x80",
+                   "\xF0\x9F\x8E\xAC\x80",
+                   "\xFF\xFE",
                    std::string(255, '\x80')};
     for (int byte = 1; byte < 256; ++byte)
         if (byte != '/') names.insert({{'x', static_cast<char>(byte)}, {static_cast<char>(byte), 'x'}});
@@ -71,11 +74,7 @@ TEST_F(PosixFileSystemTest, AnyNameThatADiskCanHoldIsListedAndFoundAgainThroughU
     }
 }
 
-TEST_F(PosixFileSystemTest, ListingTellsKindsOfALargeFolder) {
-    for (int i = 0; i < 3000; ++i)
-        mFolder.Write("files/a rather long name of a project, number " + std::to_string(i));
-    EXPECT_EQ(mDisk.ListFolder(mFolder.Path("files")).size(), 3000u);
-
+TEST_F(PosixFileSystemTest, ListingTellsKinds) {
     mFolder.MakeFolder("kinds/folder");
     mFolder.Write("kinds/file");
     symlink("folder", mFolder.Path("kinds/link").c_str());
@@ -133,13 +132,6 @@ TEST_F(PosixFileSystemTest, ReadSmallFileIsBoundedAndNeverBlocksWhateverStandsTh
     EXPECT_EQ(error(mFolder.Path()), EINVAL);
     EXPECT_EQ(error("/dev/zero"), EINVAL);
     EXPECT_EQ(error(mFolder.Path("gone")), ENOENT);
-
-    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{AF_UNIX, {}};
-    mFolder.Path("socket").copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(error(mFolder.Path("socket")), EINVAL);
-    close(listener);
 
     // A file of /proc says that its size is 0.
     EXPECT_EQ(mDisk.ReadSmallFile("/proc/sys/kernel/random/boot_id", 4096).size(), 37u);
@@ -207,10 +199,10 @@ TEST_F(PosixFileSystemTest, CopiesContentPermissionsAndTimesByWhateverWayTheVolu
     chmod(from.c_str(), 06755);
     SetTimes(from, {100, 0}, {-2, 500'000'000});
     EXPECT_EQ(copy(from, "to").mModified, -1'500'000'000);
-    EXPECT_EQ(mFolder.Read("to"), mFolder.Read("from"));
-    EXPECT_EQ(Facts("to").st_mode & 07777, 0755u) << "it runs as nobody else";
-    EXPECT_EQ(Facts("to").st_mtim.tv_sec, -2);
     EXPECT_EQ(Facts("to").st_atim.tv_sec, 100);
+    EXPECT_EQ(Facts("to").st_mtim.tv_sec, -2);
+    EXPECT_EQ(Facts("to").st_mode & 07777, 0755u) << "it runs as nobody else";
+    EXPECT_EQ(mFolder.Read("to"), mFolder.Read("from"));
     copy(mFolder.Write("empty"), "to empty");
 
     // Holes at both ends and between.

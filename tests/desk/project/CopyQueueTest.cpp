@@ -8,7 +8,6 @@
 #include "host/project/ProductionItems.h"
 #include "tests/desk/files/FollowedFolder.h"
 
-using namespace std::chrono_literals;
 using desk::CopyJob;
 using State = CopyJob::State;
 
@@ -30,11 +29,9 @@ protected:
     ~CopyQueueTest() override { desk::Production::Instance().Close(); }
 
     host::UTF16String Out(const std::string& name) { return mFolder.PathUTF16("Out/" + name + ".zuproj"); }
-    void AddAll(const std::string& folder = "Production/Day 1") {
-        host::AddProjectsToZuProduction({Out("A"), Out("B"), Out("C")}, mFolder.PathUTF16(folder));
-    }
-    void AddOne(const std::string& name, const std::string& destination) {
-        host::AddProjectToZuProduction(Out(name), mFolder.PathUTF16("Production/" + destination));
+    void AddAll() { host::AddProjectsToZuProduction({Out("A"), Out("B"), Out("C")}, InProduction("")); }
+    host::UTF16String InProduction(const std::string& name) const {
+        return mFolder.PathUTF16("Production/Day 1/" + name);
     }
     /// Waits while the first of the copies stands at the gate.
     void StopAtGate() { mDisk.CloseGate(Operation::CopyFile, mFolder.Path()); }
@@ -43,24 +40,9 @@ protected:
         for (const CopyJob& job : mQueue.GetJobs()) states.push_back(job.mState);
         return states;
     }
-    /// All that is in a folder of the production, hidden files too.
-    Names InFolder(const std::string& folder = "Production/Day 1") const {
-        Names names;
-        for (const auto& entry : std::filesystem::directory_iterator(mFolder.Path(folder)))
-            names.insert(entry.path().filename());
-        return names;
-    }
+    Names InFolder() const { return NamesIn("Production/Day 1"); }
 
     desk::CopyQueue mQueue;
-};
-
-/// Counts the announcements of the queue.
-class Announcements : public host::Listener {
-public:
-    Announcements() { host::AddListener(desk::kStation_CopyQueue, this); }
-    ~Announcements() override { host::RemoveListener(desk::kStation_CopyQueue, this); }
-    void ListenToMessage(const host::Message&) override { ++mCount; }
-    int mCount = 0;
 };
 
 }  // namespace
@@ -70,16 +52,14 @@ TEST_F(CopyQueueTest, CopiesOneAfterAnotherInTheOrderOfAsking) {
     AddAll();
     ASSERT_TRUE(mDisk.WaitAtGate());
     EXPECT_EQ(States(), (std::vector{State::UnderWay, State::Waiting, State::Waiting}));
-    EXPECT_TRUE(mQueue.IsBusy() && mQueue.IsDestination(mFolder.PathUTF16("Production/Day 1/C.zuproj")));
+    EXPECT_TRUE(mQueue.IsBusy() && mQueue.IsDestination(InProduction("C.zuproj")));
     mDisk.OpenGate();
     mMain.RunUntilIdle();
     EXPECT_EQ(States(), std::vector(3, State::Done));
     EXPECT_FALSE(mQueue.IsBusy());
     EXPECT_EQ(InFolder(), (Names{"A.zuproj", "B.zuproj", "C.zuproj"})) << "without locks and temporaries";
     EXPECT_EQ(mFolder.Read("Production/Day 1/B.zuproj"), "content of B");
-    const CopyJob job = mQueue.GetJobs().front();
-    EXPECT_EQ(job.mBytesDone, 12u);
-    EXPECT_EQ(job.mBytesTotal, 12u);
+    EXPECT_EQ(mQueue.GetJobs().front().mBytesDone, 12u);
     mQueue.ClearFinished();
     EXPECT_TRUE(mQueue.GetJobs().empty());
 }
@@ -91,10 +71,10 @@ TEST_F(CopyQueueTest, TakenNamesGetANumberInBatchesAndFailAlone) {
     mMain.RunUntilIdle();
     EXPECT_EQ(InFolder(), (Names{"A.zuproj", "A_1.zuproj", "A_2.zuproj", "B.zuproj", "B_1.zuproj", "C.zuproj",
                                  "C_1.zuproj"}));
-    EXPECT_EQ(mQueue.GetJobs().front().mDestination, mFolder.PathUTF16("Production/Day 1/A_1.zuproj"));
+    EXPECT_EQ(mQueue.GetJobs().front().mDestination, InProduction("A_1.zuproj"));
     {
         const ExpectLogged log("A.zuproj");
-        AddOne("A", "Day 1/A.zuproj");
+        host::AddProjectToZuProduction(Out("A"), InProduction("A.zuproj"));
         mMain.RunUntilIdle();
     }
     EXPECT_EQ(mQueue.GetJobs().back().mState, State::Failed);
@@ -102,12 +82,11 @@ TEST_F(CopyQueueTest, TakenNamesGetANumberInBatchesAndFailAlone) {
     EXPECT_EQ(mFolder.Read("Production/Day 1/A.zuproj"), "the other A");
 
     // While a copy has not landed, its name is taken for the next.
-    const host::UTF16String source = mFolder.PathUTF16("Production/Day 1/B.zuproj");
+    const host::UTF16String source = InProduction("B.zuproj");
     StopAtGate();
     const host::UTF16String first = host::GetZuProductionItemCopyPath(source, {});
     host::AddProjectToZuProduction(source, first);
-    EXPECT_EQ(host::GetZuProductionItemCopyPath(source, {}),
-              mFolder.PathUTF16("Production/Day 1/B copy 2.zuproj"));
+    EXPECT_EQ(host::GetZuProductionItemCopyPath(source, {}), InProduction("B copy 2.zuproj"));
     mDisk.OpenGate();
     mMain.RunUntilIdle();
     EXPECT_TRUE(mFolder.Exists("Production/Day 1/B copy.zuproj"));
@@ -186,28 +165,6 @@ TEST_F(CopyQueueTest, WhatFailsIsToldLeavesNothingAndKeepsNobody) {
     EXPECT_EQ(InFolder(), (Names{"B.zuproj", "C.zuproj", "L.zuproj"}));
     EXPECT_FALSE(std::filesystem::is_symlink(mFolder.Path("Production/Day 1/L.zuproj")));
     EXPECT_EQ(mFolder.Read("Production/Day 1/L.zuproj"), "content of A");
-
-    mQueue.ClearFinished();
-    const ExpectLogged longName("File name too long");
-    const std::string name(243, 'a');
-    mFolder.Write("Out/" + name + ".zuproj");
-    host::AddProjectsToZuProduction({Out(name)}, mFolder.PathUTF16("Production/Day 1"));
-    mMain.RunUntilIdle();
-    EXPECT_EQ(mQueue.GetJobs()[0].mReason, u"The name is too long.") << "it could not be locked";
-}
-
-TEST_F(CopyQueueTest, AnnouncesAtOnceAndThenAtItsPace) {
-    Announcements announcements;
-    StopAtGate();
-    AddAll();
-    EXPECT_EQ(announcements.mCount, 1);
-    ASSERT_TRUE(mDisk.WaitAtGate());
-    mMain.AdvanceAlone(1s);
-    EXPECT_EQ(announcements.mCount, 11) << "also while nothing but the progress changes";
-    mDisk.OpenGate();
-    mMain.RunUntilIdle();
-    mMain.Advance(10s);
-    EXPECT_EQ(announcements.mCount, 12);
 }
 
 TEST_F(CopyQueueTest, AFolderThatIsPolledIsLookedAtWhenACopyHasLanded) {

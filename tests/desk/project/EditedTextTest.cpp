@@ -73,10 +73,8 @@ TEST(EditedText, EditsTakeTheLineEndsOfTheirPlace) {
         std::string mExpected;
     } cases[] = {
         {"new line", "a\r\nb\r\n", u"a\nx\nb\n", "a\r\nx\r\nb\r\n"},
-        {"first lines", "", u"a\nb", "a\nb"},
         {"behind a last line without end", "a\r\nb\nc\rd", u"a\nb\nc\nd\ne", "a\r\nb\nc\rd\re"},
         {"edits in two places", "1\r\n2\n3\r\n4\n5", u"1x\n2\n3\n4y\n5", "1x\r\n2\n3\r\n4y\n5"},
-        {"a line removed", "1\r\n2\n3\r\n4", u"1\n3\n4", "1\r\n3\r\n4"},
         {"lines inserted and removed", "1\n2\n3\r\n4\r5\n6\n", u"1\nnew\nnew\n2\n4\n5\n6\n",
          "1\nnew\nnew\n2\n4\r5\n6\n"},
         {"the last end removed", "1\r\n2\n", u"1\n2", "1\r\n2"},

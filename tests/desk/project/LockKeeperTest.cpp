@@ -2,35 +2,24 @@
 
 #include <filesystem>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
 #include "desk/files/ChangeSource.h"
 #include "desk/files/FolderStore.h"
 #include "desk/project/Leftovers.h"
 #include "desk/project/LockKeeper.h"
-#include "host/files/FileException.h"
 #include "host/project/ProjectLockFile.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/LogExpectation.h"
-#include "tests/support/ManualMainThread.h"
-#include "tests/support/RecordingDesktop.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/HostFixture.h"
+#include "tests/support/LockRecords.h"
 
 using namespace std::chrono_literals;
-using Operation = FaultyFileSystem::Operation;
 
 namespace {
 
 constexpr char kProject[] = "Day 1/Reel 1.zuproj";
 constexpr char kLock[] = "Day 1/.Reel 1.zuproj.lock";
 
-class LockKeeperTest : public testing::Test {
+class LockKeeperTest : public HostFixture {
 protected:
-    LockKeeperTest() {
-        mFolder.Write(kProject);
-        desk::GetServices().mWorkerPool = &mPool;
-    }
-    ~LockKeeperTest() override { desk::GetServices().mWorkerPool = nullptr; }
+    LockKeeperTest() { mFolder.Write(kProject); }
 
     host::ProjectLockFileRef Create(std::string_view project = kProject) {
         return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName,
@@ -42,17 +31,6 @@ protected:
     std::string NonceAt(std::string_view lock) const {
         return desk::ParseLockRecord(mFolder.Read(lock)).mNonce;
     }
-    void WriteForeign() {
-        desk::LockRecord record = desk::MakeLockRecord(mDesktop, u"tomas", u"edit-bay-2");
-        record.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";
-        mFolder.Write(kLock, WriteLockRecord(record));
-    }
-
-    TemporaryFolder mFolder;
-    FaultyFileSystem mDisk;
-    RecordingDesktop mDesktop;
-    ManualMainThread mMainThread;
-    desk::WorkerPool mPool{2};
 };
 
 }  // namespace
@@ -76,16 +54,6 @@ TEST_F(LockKeeperTest, TheLastCreatedReferenceRemovesTheFile) {
     EXPECT_FALSE(Read());
 }
 
-TEST_F(LockKeeperTest, SomebodyElsesLockGivesNoReference) {
-    WriteForeign();
-    const std::string nonce = NonceAt(kLock);
-    {
-        const ExpectLogged why("held by tomas on edit-bay-2 since 2026-03-02T09:30:00Z");
-        EXPECT_FALSE(Create());
-    }
-    EXPECT_EQ(NonceAt(kLock), nonce);
-}
-
 TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
     const ExpectLogged why("take lock of");
     mDisk.ResetCounts();
@@ -99,58 +67,50 @@ TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
     EXPECT_TRUE(Create(longest));
 }
 
-TEST_F(LockKeeperTest, AFailureNamesOperationPathAndReason) {
-    const ExpectLogged why("take lock of");
-    const ExpectLogged path("Reel 1.zuproj");
-    const ExpectLogged reason("No space left on device");
-    mDisk.Fail(Operation::CreateNewFile, 1, ENOSPC);
-    EXPECT_FALSE(Create());
-    EXPECT_FALSE(mFolder.Exists(kLock));
-}
-
-TEST_F(LockKeeperTest, WhatAReaderHasOpenIsRemovedInTheBackground) {
-    host::ProjectLockFileRef lock = Create();
-    mDisk.Deny(mFolder.Path("Day 1"), EBUSY);
-    lock.reset();
-    EXPECT_TRUE(mFolder.Exists(kLock));
-    mMainThread.Advance(1s);
-    EXPECT_TRUE(mFolder.Exists(kLock));
-    mDisk.Allow(mFolder.Path("Day 1"));
-    mMainThread.Advance(1s);
-    EXPECT_FALSE(mFolder.Exists(kLock));
-    EXPECT_EQ(mMainThread.CountDelayed(), 0u);
-}
-
-TEST_F(LockKeeperTest, AfterThreeSecondsThatIsGivenUp) {
-    host::ProjectLockFileRef lock = Create();
-    const std::string guard = "Day 1/" + desk::GetGuardName(NonceAt(kLock));
-    desk::LockRecord breaker = desk::MakeLockRecord(mDesktop, u"tomas", u"edit-bay-2");
-    mFolder.Write(guard, WriteLockRecord(breaker));
-    lock.reset();
-    const ExpectLogged told("could not remove the lock file");
-    mMainThread.Advance(4s);
-    EXPECT_TRUE(mFolder.Exists(kLock));
-    EXPECT_EQ(mMainThread.CountDelayed(), 0u);
-    // Still this process's: it can be taken back.
-    mFolder.Remove(guard);
-    lock = Create();
-    EXPECT_TRUE(lock);
-    lock.reset();
-    EXPECT_FALSE(mFolder.Exists(kLock));
-}
-
-TEST_F(LockKeeperTest, WhatIsBeingGivenUpCanBeTakenBack) {
+TEST_F(LockKeeperTest, WhatCannotBeRemovedIsTriedAgainForThreeSecondsAndCanBeTakenBack) {
     host::ProjectLockFileRef lock = Create();
     const std::string nonce = NonceAt(kLock);
-    mDisk.Deny(mFolder.Path("Day 1"), EBUSY);
-    lock.reset();
+    const auto giveUp = [&] {
+        mDisk.Deny(mFolder.Path("Day 1"), EBUSY);
+        lock.reset();
+        EXPECT_TRUE(mFolder.Exists(kLock));
+    };
+    giveUp();
     mDisk.Allow(mFolder.Path("Day 1"));
     lock = Create();
     ASSERT_TRUE(lock);
-    EXPECT_EQ(NonceAt(kLock), nonce);
-    mMainThread.Advance(4s);
-    EXPECT_TRUE(mFolder.Exists(kLock));
+    mMain.Advance(4s);
+    EXPECT_EQ(NonceAt(kLock), nonce) << "it has been taken back";
     EXPECT_FALSE(lock->IsLost());
+
+    giveUp();
+    mMain.Advance(1s);
+    mDisk.Allow(mFolder.Path("Day 1"));
+    mMain.Advance(1s);
+    EXPECT_FALSE(mFolder.Exists(kLock));
+
+    lock = Create();
+    giveUp();
+    const ExpectLogged told("could not remove the lock file");
+    mMain.Advance(4s);
+    EXPECT_EQ(mMain.CountDelayed(), 0u);
+    mDisk.Allow(mFolder.Path("Day 1"));
+    lock = Create();
+    EXPECT_TRUE(lock) << "still this process's";
+    lock.reset();
+    EXPECT_FALSE(mFolder.Exists(kLock));
+}
+
+TEST_F(LockKeeperTest, ALockFollowsAFolderThatSomebodyElseHasMoved) {
+    host::ProjectLockFileRef lock = Create();
+    const std::string nonce = NonceAt(kLock);
+    mFolder.Rename("Day 1", "Day 2");
+    const host::ProjectLockFileRef moved = Create("Day 2/Reel 1.zuproj");
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(NonceAt("Day 2/.Reel 1.zuproj.lock"), nonce);
+    EXPECT_FALSE(lock->IsLost());
+    lock.reset();
+    EXPECT_TRUE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock"));
 }
 
 TEST_F(LockKeeperTest, AnOrphanOfThisProcessIsTakenBack) {
@@ -166,7 +126,7 @@ TEST_F(LockKeeperTest, ALockThatWasBrokenIsLostAndNothingIsRemoved) {
     mDisk.SetGone(true);
     EXPECT_THROW(lock->IsLost(), host::FileException);
     mDisk.SetGone(false);
-    WriteForeign();
+    mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop)));
     EXPECT_TRUE(lock->IsLost());
     EXPECT_FALSE(lock->IsLocked());
     EXPECT_EQ(Read()->GetLockOwner(), u"tomas");
@@ -178,24 +138,6 @@ TEST_F(LockKeeperTest, ALockThatWasBrokenIsLostAndNothingIsRemoved) {
     lock.reset();
     EXPECT_TRUE(mFolder.Exists(kLock));
     EXPECT_FALSE(next->IsLost());
-}
-
-TEST_F(LockKeeperTest, ALockFollowsAMovedFolder) {
-    for (const bool isTold : {true, false}) {
-        host::ProjectLockFileRef lock = Create();
-        const std::string nonce = NonceAt(kLock);
-        mFolder.Rename("Day 1", "Day 2");
-        if (isTold) desk::LockKeeper::Instance().FollowMove(mFolder.Path("Day 1"), mFolder.Path("Day 2"));
-        host::ProjectLockFileRef moved = Create("Day 2/Reel 1.zuproj");
-        ASSERT_TRUE(moved);
-        EXPECT_EQ(NonceAt("Day 2/.Reel 1.zuproj.lock"), nonce);
-        EXPECT_FALSE(lock->IsLost());
-        lock.reset();
-        EXPECT_TRUE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock"));
-        moved.reset();
-        EXPECT_FALSE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock"));
-        mFolder.Rename("Day 2", "Day 1");
-    }
 }
 
 TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedGoesWhenItsNewFolderIsListed) {
@@ -220,13 +162,11 @@ TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedGoesWhenItsNewFolderIsListed
 }
 
 TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListed) {
-    desk::LockRecord earlier = desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1");
-    earlier.mBootID = "99999999-2222-3333-4444-555555555555";
-    const std::string temporary = "Day 1/" + desk::MakeTemporaryName(earlier);
+    const std::string temporary = "Day 1/" + desk::MakeTemporaryName(MakeDeadRecord(mDesktop));
     mFolder.Write(temporary);
     const auto store = desk::CreateFolderStore();
     store->RequestListing(mFolder.PathUTF16("Day 1"), [](const desk::FolderStore::Delivery&) {});
-    mMainThread.RunUntilIdle();
+    mMain.RunUntilIdle();
     EXPECT_FALSE(mFolder.Exists(temporary));
     EXPECT_TRUE(mFolder.Exists(kProject));
 }

@@ -1,14 +1,10 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "desk/files/PosixFileSystem.h"
 #include "desk/project/LockRecord.h"
 #include "desk/project/ProcessFacts.h"
-#include "tests/support/FaultyFileSystem.h"
 #include "tests/support/RecordingDesktop.h"
-#include "tests/support/TemporaryFolder.h"
 
 using desk::LockRecord;
 
@@ -40,20 +36,11 @@ std::string Changed(const std::string& from, const std::string& to) {
 }  // namespace
 
 TEST(LockRecord, ComesBackAsItWasWritten) {
-    const LockRecord good = GoodRecord();
-    const std::string bytes = WriteLockRecord(good);
-    EXPECT_NE(bytes.find("\"takenAt\":\"2026-03-02T09:30:00Z\""), std::string::npos) << bytes;
-    const LockRecord record = desk::ParseLockRecord(bytes);
-    EXPECT_TRUE(record.mIsReadable);
-    EXPECT_EQ(record.mNonce, good.mNonce);
-    EXPECT_EQ(record.mUser, good.mUser);
-    EXPECT_EQ(record.mMachine, good.mMachine);
-    EXPECT_EQ(record.mMachineID, good.mMachineID);
-    EXPECT_EQ(record.mBootID, good.mBootID);
-    EXPECT_EQ(record.mPidNamespace, good.mPidNamespace);
-    EXPECT_EQ(record.mPid, good.mPid);
-    EXPECT_EQ(record.mProcessStart, good.mProcessStart);
-    EXPECT_EQ(record.mTakenAt, good.mTakenAt);
+    const std::string bytes = WriteLockRecord(GoodRecord());
+    EXPECT_EQ(WriteLockRecord(desk::ParseLockRecord(bytes)), bytes);
+    for (const char* part : {"\"takenAt\":\"2026-03-02T09:30:00Z\"", "9007199254740993", "Jos\u00E9 \u202E\\n",
+                             "2210", "edit-bay-2", "3f1c9a5e", "7c1a52de", "4026531836", "00112233"})
+        EXPECT_NE(bytes.find(part), std::string::npos) << part << " in " << bytes;
 }
 
 TEST(LockRecord, ReadsWhatAnotherWriterMayAdd) {
@@ -68,24 +55,18 @@ TEST(LockRecord, WhatIsNoRecordIsUnreadable) {
     for (std::size_t size = 0; size + 2 < good.size(); ++size)
         EXPECT_FALSE(desk::ParseLockRecord(good.substr(0, size)).mIsReadable) << size;
     const std::string broken[] = {
-        std::string(64, '\0'),
         good + '\0',
         good + good,
         "\x7F"
         "ELF\x02\x01\xFF\xFE",
         std::string(2000, '['),
         "[" + good + "]",
-        "null",
         good + std::string(4096, ' '),
         Changed("\"version\":1", "\"version\":2"),
-        Changed("\"version\":1", "\"version\":\"1\""),
         Changed("\"version\":1", "\"version\":1.5"),
-        Changed("\"version\"", "\"Version\""),
         Changed("\"pid\":2210", "\"pid\":-1"),
         Changed("\"pid\":2210", "\"pid\":4294967297"),
         Changed("\"pid\":2210", "\"pid\":1e300"),
-        Changed("\"pid\":2210", "\"pid\":2210.5"),
-        Changed("\"pid\":2210", "\"pid\":null"),
         Changed("\"pidNamespace\":4026531836", "\"pidNamespace\":-1"),
         Changed("9007199254740993", "99999999999999999999"),
         Changed("00112233", "0011223"),
@@ -93,38 +74,10 @@ TEST(LockRecord, WhatIsNoRecordIsUnreadable) {
         Changed("\"edit-bay-2\"", "\"\""),
         Changed("\"edit-bay-2\"", "\"a\\u0000b\""),
         Changed("\"edit-bay-2\"", "\"" + std::string(256, 'm') + "\""),
-        Changed("\"edit-bay-2\"", "[\"edit-bay-2\"]"),
         Changed("09:30:00Z", "09:30:00"),
         Changed("2026-03-02", "2026-02-31"),
-        Changed("\"2026-03-02T09:30:00Z\"", "1772443800"),
     };
     for (const std::string& bytes : broken) EXPECT_FALSE(desk::ParseLockRecord(bytes).mIsReadable) << bytes;
-}
-
-TEST(LockRecord, WhateverStandsAtTheLocksPlaceIsAnsweredAtOnce) {
-    TemporaryFolder folder;
-    FaultyFileSystem disk;
-    auto read = [&](const char* name) { return desk::ReadLockRecord(disk, folder.Path(name)); };
-    EXPECT_FALSE(read("absent"));
-    EXPECT_FALSE(read("no folder/absent"));
-    EXPECT_FALSE(read(std::string(256, 'x').c_str()));
-    folder.Write("good", WriteLockRecord(GoodRecord()));
-    ASSERT_TRUE(read("good"));
-    EXPECT_TRUE(read("good")->mIsReadable);
-
-    folder.Write("empty");
-    ASSERT_EQ(truncate(folder.Write("huge").c_str(), off_t{1} << 30), 0);
-    folder.MakeFolder("folder");
-    symlink("good", folder.Path("link").c_str());
-    symlink("loop", folder.Path("loop").c_str());
-    mkfifo(folder.Path("pipe").c_str(), 0600);
-    folder.Write("denied", WriteLockRecord(GoodRecord()));
-    disk.Deny(folder.Path("denied"));
-    for (const char* name : {"empty", "huge", "folder", "link", "loop", "pipe", "denied"}) {
-        const auto record = read(name);
-        ASSERT_TRUE(record) << name;
-        EXPECT_FALSE(record->mIsReadable) << name;
-    }
 }
 
 TEST(LockRecord, LockFilesAreNamedAfterTheirProjects) {
@@ -156,16 +109,10 @@ protected:
 
 }  // namespace
 
-TEST_F(StaleLock, OfALivingProcessIsHeld) {
+TEST_F(StaleLock, OfALivingProcessIsHeldAndOfAnEndedOrReplacedOneIsNot) {
     EXPECT_FALSE(IsStale());
-    mRecord.mTakenAt = 0;
-    EXPECT_FALSE(IsStale());
-}
-
-TEST_F(StaleLock, OfAnEndedOrReplacedProcessIsNotHeld) {
     ++mRecord.mProcessStart;
     EXPECT_TRUE(IsStale());
-
     const pid_t child = fork();
     if (child == 0) _exit(0);
     siginfo_t ended;
@@ -182,33 +129,24 @@ TEST_F(StaleLock, OfAnEndedOrReplacedProcessIsNotHeld) {
     EXPECT_TRUE(IsStale());
 }
 
-TEST_F(StaleLock, OfAnotherBootIsNotHeld) {
-    mRecord.mBootID = "another";
-    EXPECT_TRUE(IsStale());
-    mDesktop.mBootID.clear();
-    EXPECT_FALSE(IsStale()) << "our own boot is not known";
-}
-
 TEST_F(StaleLock, OfElsewhereOrUnreadableIsHeld) {
-    mRecord.mProcessStart = 0;
-    ASSERT_TRUE(IsStale());
-    LockRecord stale = mRecord;
-    mRecord.mPidNamespace += 1;
-    EXPECT_FALSE(IsStale());
-    mRecord = stale;
-    mRecord.mMachineID = "another";
     mRecord.mBootID = "another";
-    EXPECT_FALSE(IsStale());
-    mRecord = stale;
-    mRecord.mMachineID.clear();
-    mDesktop.mMachineID.clear();
-    EXPECT_FALSE(IsStale()) << "two machines without an id are not one";
-    mRecord = stale;
-    mRecord.mPid = 0;
-    EXPECT_FALSE(IsStale()) << "the process is not known";
-    mRecord = stale;
-    mRecord.mIsReadable = false;
-    EXPECT_FALSE(IsStale());
+    ASSERT_TRUE(IsStale());
+    const LockRecord stale = mRecord;
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"another container", [&] { ++mRecord.mPidNamespace, mRecord.mBootID = mDesktop.mBootID; }},
+        {"another machine", [&] { mRecord.mMachineID = "another"; }},
+        {"unreadable", [&] { mRecord.mIsReadable = false; }},
+        {"the process is not known", [&] { mRecord.mPid = 0, mRecord.mBootID = mDesktop.mBootID; }},
+        {"our own boot is not known", [&] { mDesktop.mBootID.clear(); }},
+        {"two machines without an id are not one",
+         [&] { mRecord.mMachineID.clear(), mDesktop.mMachineID.clear(); }},
+    };
+    for (const auto& [name, change] : cases) {
+        mRecord = stale;
+        change();
+        EXPECT_FALSE(IsStale()) << name;
+    }
     for (std::int64_t pid : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{1} << 40}) {
         EXPECT_FALSE(desk::IsPidFree(pid));
         EXPECT_FALSE(desk::ReadProcessFacts(pid));

@@ -18,6 +18,11 @@ protected:
     void ListAll() {
         for (const char* folder : {"", "Day 1", "Day 1/Sub", "Day 10"}) List(folder);
     }
+    /// Tells of a change of a lock file.
+    void Tell(const std::string& folder, std::uint32_t mask, const std::string& name) {
+        mSource->Tell(mFolder.Path(folder), mask, name);
+        mMain.Advance(std::chrono::seconds(1));
+    }
     bool HasLocked(bool recursive = true, bool onlyOthers = true) {
         mDisk.ResetCounts();
         const bool result = host::DoesDirectoryContainLockedProjects(Path("Day 1"), recursive, onlyOthers);
@@ -36,8 +41,7 @@ TEST_F(LockedFoldersTest, AnswersFromWhatIsListedWithoutTheDisk) {
     EXPECT_TRUE(HasLocked());
     EXPECT_FALSE(HasLocked(false)) << "only below";
     mFolder.Remove(LockName("Day 1/Sub", "b.zuproj"));
-    mSource->Tell(mFolder.Path("Day 1/Sub"), IN_DELETE, ".b.zuproj.lock");
-    mMain.Advance(std::chrono::seconds(1));
+    Tell("Day 1/Sub", IN_DELETE, ".b.zuproj.lock");
     EXPECT_FALSE(HasLocked()) << "Day 10 is another folder";
 }
 
@@ -51,8 +55,7 @@ TEST_F(LockedFoldersTest, UnreadLocksCountAndAreAskedFor) {
     mMain.RunUntilIdle();
     EXPECT_TRUE(HasLocked()) << "who holds it cannot be known";
     mFolder.Remove("Day 1/.a.zuproj.lock");
-    mSource->Tell(mFolder.Path("Day 1"), IN_DELETE, ".a.zuproj.lock");
-    mMain.Advance(std::chrono::seconds(1));
+    Tell("Day 1", IN_DELETE, ".a.zuproj.lock");
     HasLocked();
     mMain.RunUntilIdle();
     EXPECT_FALSE(HasLocked()) << "ours";
@@ -60,8 +63,7 @@ TEST_F(LockedFoldersTest, UnreadLocksCountAndAreAskedFor) {
     ours = desk::MakeLockRecord(mDesktop, mDesktop.mUserName, mDesktop.mMachineName);
     ours.mBootID = "an earlier one";
     mFolder.Write("Day 1/Sub/.b.zuproj.lock", WriteLockRecord(ours));
-    mSource->Tell(mFolder.Path("Day 1/Sub"), IN_CLOSE_WRITE, ".b.zuproj.lock");
-    mMain.Advance(std::chrono::seconds(1));
+    Tell("Day 1/Sub", IN_CLOSE_WRITE, ".b.zuproj.lock");
     EXPECT_FALSE(HasLocked(true, false)) << "its holder is gone";
 }
 
@@ -70,8 +72,7 @@ TEST_F(LockedFoldersTest, OwnLocksAreKnownBeforeTheDiskTells) {
     host::ProjectLockFileRef lock =
         host::CreateProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName);
     ASSERT_TRUE(lock);
-    mSource->Tell(mFolder.Path("Day 1"), IN_CREATE, ".a.zuproj.lock");
-    mMain.Advance(std::chrono::seconds(1));
+    Tell("Day 1", IN_CREATE, ".a.zuproj.lock");
     EXPECT_FALSE(HasLocked());
     EXPECT_TRUE(HasLocked(true, false));
     ReadFacts("Day 1/a.zuproj");

@@ -1,52 +1,27 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <map>
+#include <optional>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/project/LockProtocol.h"
-#include "desk/project/LockRecord.h"
 #include "desk/project/ProjectDocuments.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/LogExpectation.h"
-#include "tests/support/ManualMainThread.h"
-#include "tests/support/RecordingDesktop.h"
-#include "tests/support/ScriptedDialogs.h"
-#include "tests/support/TemporaryFolder.h"
-
-/// Cancels whatever is asked, and counts it.
-class CancellingDialogs : public ScriptedDialogs {
-public:
-    void ShowMessage(const host::UTF16String&, const host::UTF16String&) override { ++mCount; }
-    desk::Answer Ask(const desk::Question& question) override {
-        ++mCount;
-        return {question.mCancel, false};
-    }
-    int mCount = 0;
-};
+#include "tests/support/HostFixture.h"
+#include "tests/support/LockRecords.h"
 
 /// A document manager on a folder with projects, with editors that the test types in, and another user.
-class ProjectDocumentsFixture : public testing::Test {
+class ProjectDocumentsFixture : public HostFixture {
 protected:
-    using Operation = FaultyFileSystem::Operation;
-
     static constexpr char kProject[] = "Day 1/Reel 1.zuproj";
     static constexpr char kLock[] = "Day 1/.Reel 1.zuproj.lock";
     static constexpr char kBytes[] = "one\r\ntwo\nthree";
 
     ProjectDocumentsFixture() {
         mFolder.Write(kProject, kBytes);
-        desk::GetServices().mWorkerPool = &mPool;
         mManager.emplace();
     }
     ~ProjectDocumentsFixture() override {
         mManager.reset();
-        mMainThread.RunUntilIdle();
-        desk::GetServices().mWorkerPool = nullptr;
+        mMain.RunUntilIdle();
         EXPECT_EQ(CountHidden(), 0) << "a lock or a temporary file is left";
     }
 
@@ -70,9 +45,7 @@ protected:
         document->SetDirty(true);
     }
     void WriteForeignLock(std::string_view lock = kLock) {
-        desk::LockRecord record = desk::MakeLockRecord(mDesktop, u"tomas", u"edit-bay-2");
-        record.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";
-        mFolder.Write(lock, WriteLockRecord(record));
+        mFolder.Write(lock, WriteLockRecord(MakeForeignRecord(mDesktop)));
     }
     bool AsksFor(const char* part) const { return mDialogs.LastText().find(part) != std::string::npos; }
     /// Lock files and temporary files that are not the other user's.
@@ -87,11 +60,6 @@ protected:
         return count;
     }
 
-    TemporaryFolder mFolder;
-    FaultyFileSystem mDisk;
-    RecordingDesktop mDesktop;
-    ManualMainThread mMainThread;
-    ScriptedDialogs mDialogs;
-    desk::WorkerPool mPool{2};
+    ManualMainThread& mMainThread = mMain;
     std::optional<desk::ProjectDocuments> mManager;
 };

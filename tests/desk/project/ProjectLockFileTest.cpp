@@ -1,55 +1,30 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "desk/project/LockRecord.h"
 #include "host/project/ProjectLockFile.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/RecordingDesktop.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/HostFixture.h"
+#include "tests/support/LockRecords.h"
 
 namespace {
 
-class ProjectLockFileTest : public testing::Test {
+class ProjectLockFileTest : public HostFixture {
 protected:
-    ProjectLockFileTest() {
-        mFolder.Write("Reel 1.zuproj");
-        mRecord.mNonce = "00112233445566778899aabbccddeeff";
-        mRecord.mUser = u"tomas";
-        mRecord.mMachine = u"edit-bay-2";
-        mRecord.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82";
-        mRecord.mBootID = "7c1a52de-0f3b-4f0e-9a66-3d2f8f1b6e10";
-        mRecord.mPid = 2210;
+    ProjectLockFileTest() { mFolder.Write("Reel 1.zuproj"); }
+    bool IsHeldByReader(const host::UTF16String& user, const host::UTF16String& machine) {
+        mFolder.Write(".Reel 1.zuproj.lock", WriteLockRecord(MakeForeignRecord(mDesktop, user, machine)));
+        return Read()->IsHeldByReader();
     }
-    void WriteLock() { mFolder.Write(".Reel 1.zuproj.lock", WriteLockRecord(mRecord)); }
     host::ProjectLockFileRef Read(const char* project = "Reel 1.zuproj") {
         return host::ReadProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName, mDesktop.mMachineName);
     }
-
-    TemporaryFolder mFolder;
-    FaultyFileSystem mDisk;
-    RecordingDesktop mDesktop;
-    desk::LockRecord mRecord;
 };
 
 }  // namespace
 
-TEST_F(ProjectLockFileTest, NamesTheHolderThatTheDiskTells) {
-    EXPECT_FALSE(Read());
-    WriteLock();
-    const host::ProjectLockFileRef lock = Read(".//Reel 1.zuproj");
-    ASSERT_TRUE(lock);
-    EXPECT_TRUE(lock->IsLocked());
-    EXPECT_EQ(lock->GetLockOwner(), u"tomas");
-    EXPECT_FALSE(lock->IsHeldByReader());
-}
-
 TEST_F(ProjectLockFileTest, TheReadersOwnLockNeedsUserAndMachine) {
-    mRecord.mUser = mDesktop.mUserName;
-    WriteLock();
-    EXPECT_FALSE(Read()->IsHeldByReader());
-    mRecord.mMachine = mDesktop.mMachineName;
-    WriteLock();
-    EXPECT_TRUE(Read()->IsHeldByReader());
+    EXPECT_FALSE(IsHeldByReader(u"tomas", mDesktop.mMachineName));
+    EXPECT_FALSE(IsHeldByReader(mDesktop.mUserName, u"edit-bay-2"));
+    EXPECT_TRUE(IsHeldByReader(mDesktop.mUserName, mDesktop.mMachineName));
 }
 
 TEST_F(ProjectLockFileTest, AnUnreadableLockIsHeldByAnUnknownUser) {

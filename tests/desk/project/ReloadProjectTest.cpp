@@ -1,5 +1,3 @@
-#include "desk/files/ChangeSource.h"
-#include "desk/files/FolderStore.h"
 #include "host/core/Messaging.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
@@ -13,7 +11,7 @@ protected:
     void TellChange(std::string_view folder) {
         host::BroadcastMessage(host::kStation_DirectoryChanges,
                                host::DirectoryChangedMessage(mFolder.PathUTF16(folder)));
-        mMainThread.RunUntilIdle();
+        mMain.RunUntilIdle();
     }
 };
 
@@ -98,21 +96,21 @@ TEST_F(ReloadProjectTest, AFileThatChangesIsNoticedWithinSecondsAndNeverOnTheUIT
     const auto time = std::filesystem::last_write_time(mFolder.Path(kProject));
     mDisk.ResetCounts();
     mFolder.Write(kProject, "theirs");
-    mMainThread.Advance(4s);
+    mMain.Advance(4s);
     EXPECT_TRUE(document->IsOutOfDate());
     EXPECT_TRUE(host::Utilities::IsProjectOutOfDate(document));
     mFolder.Write(kProject, kBytes);
     std::filesystem::last_write_time(mFolder.Path(kProject), time + 1h);
-    mMainThread.Advance(4s);
+    mMain.Advance(4s);
     EXPECT_FALSE(document->IsOutOfDate()) << "the same bytes again";
     const int readings = mDisk.Count(Operation::ReadSmallFile);
-    mMainThread.Advance(10s);
+    mMain.Advance(10s);
     EXPECT_EQ(mDisk.Count(Operation::ReadSmallFile), readings) << "whose new time has been noted";
     mDisk.SetGone(true);
-    mMainThread.Advance(4s);
+    mMain.Advance(4s);
     mDisk.SetGone(false);
     mFolder.Rename(kProject, "away");
-    mMainThread.Advance(4s);
+    mMain.Advance(4s);
     EXPECT_FALSE(document->IsOutOfDate()) << "a volume that hiccups has changed nothing";
     EXPECT_EQ(mDisk.CountOnUIThread(), 0);
 
@@ -130,32 +128,12 @@ TEST_F(ReloadProjectTest, ALookThatASaveHasOvertakenCountsForNothing) {
     const desk::ProjectDocumentRef document = OpenAndFind();
     Edit(document, u"mine");
     mDisk.CloseGate(Operation::Status, mFolder.Path(kProject));
-    mMainThread.AdvanceAlone(4s);
+    mMain.AdvanceAlone(4s);
     ASSERT_TRUE(mDisk.WaitAtGate());
     // What stands at the gate sees the new file, and compares it with what was read before.
     document->NoteWritten("mine", {desk::ItemKind::File, 4, 1, {}});
     mFolder.Write(kProject, "mine");
     mDisk.OpenGate();
-    mMainThread.RunUntilIdle();
+    mMain.RunUntilIdle();
     EXPECT_FALSE(document->IsOutOfDate());
-}
-
-TEST_F(ReloadProjectTest, AListedFolderTellsWithoutFurtherLooks) {
-    const auto store = desk::CreateFolderStore();
-    desk::GetServices().mFolderStore = store.get();
-    host::DirectoryChangeMonitor::MonitorDirectory(mFolder.PathUTF16(), true, true);
-    store->RequestListing(mFolder.PathUTF16("Day 1"), [](const desk::FolderStore::Delivery&) {});
-    mMainThread.RunUntilIdle();
-    store->RequestFacts(mFolder.PathUTF16("Day 1"), {u"Reel 1.zuproj"});
-    mMainThread.RunUntilIdle();
-    const desk::ProjectDocumentRef document = OpenAndFind();
-    mMainThread.Advance(4s);
-    mDisk.ResetCounts();
-    mMainThread.Advance(30s);
-    EXPECT_EQ(mDisk.Count(Operation::ReadSmallFile), 0);
-    EXPECT_LE(mDisk.Count(Operation::Status), 1);
-    EXPECT_TRUE(Manager().CloseAllProjects());
-    host::DirectoryChangeMonitor::StopMonitoringDirectory(mFolder.PathUTF16(), true);
-    mMainThread.RunUntilIdle();
-    desk::GetServices().mFolderStore = nullptr;
 }

@@ -5,44 +5,30 @@
 #include <filesystem>
 
 #include "desk/core/JsonFile.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/files/FileMoves.h"
 #include "desk/files/HostNames.h"
 #include "desk/project/BrokenLocksLog.h"
 #include "desk/project/Production.h"
-#include "desk/project/RecordTexts.h"
 #include "desk/project/TrashMoves.h"
 #include "desk/project/TrashRecords.h"
 #include "host/files/File.h"
-#include "host/files/FileException.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/LogExpectation.h"
-#include "tests/support/ManualMainThread.h"
-#include "tests/support/RecordingDesktop.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/HostFixture.h"
+#include "tests/support/LockRecords.h"
 
 namespace fs = std::filesystem;
-using Operation = FaultyFileSystem::Operation;
 
 namespace {
 
-class TrashRecordsTest : public testing::Test {
+class TrashRecordsTest : public HostFixture {
 protected:
-    TrashRecordsTest() : mBefore(desk::GetServices()) {
-        desk::GetServices().mWorkerPool = &mPool;
+    TrashRecordsTest() {
         desk::RecordMovesToTrash();
         desk::Production::Instance().Open(mFolder.PathUTF16("Production"));
         mTrash = "Production/" + host::UTF16to8(host::GetZuProductionTrashDirectoryDisplayName());
         mFolder.MakeFolder("Production/Day 1");
     }
-    ~TrashRecordsTest() override {
-        desk::Production::Instance().Close();
-        mMain.RunUntilIdle();
-        desk::GetServices().mWorkerPool = mBefore.mWorkerPool;
-    }
+    ~TrashRecordsTest() override { desk::Production::Instance().Close(); }
 
     int Move(const std::string& from, const std::string& to) {
         const int result = host::File::Move(mFolder.PathUTF16(from), mFolder.PathUTF16(to));
@@ -52,12 +38,6 @@ protected:
     std::vector<desk::TrashRecord> Records() { return ReadTrashRecords(mDisk, mFolder.Path(mTrash)); }
     std::string RecordsFolder() const { return mTrash + "/.zurecords"; }
 
-    desk::Services mBefore;
-    ManualMainThread mMain;
-    FaultyFileSystem mDisk;
-    RecordingDesktop mDesktop;
-    TemporaryFolder mFolder;
-    desk::WorkerPool mPool{2};
     std::string mTrash;
 };
 
@@ -76,14 +56,12 @@ TEST_F(TrashRecordsTest, WhatMovesToTheTrashIsRecordedThere) {
 
     const std::vector<desk::TrashRecord> records = Records();
     ASSERT_EQ(records.size(), 2u);
-    EXPECT_EQ(records[0].mName, odd);
-    EXPECT_EQ(records[0].mFrom, "Day 1/" + odd);
-    EXPECT_EQ(records[0].mUser, u"ines");
-    EXPECT_EQ(records[0].mMachine, u"edit-bay-1");
-    EXPECT_EQ(records[0].mMovedAt, 1772443800);
-    EXPECT_EQ(records[1].mName, "Old/Day 1_1");
-    EXPECT_EQ(records[1].mFrom, "Day 1");
-    EXPECT_EQ(records[1].mMovedAt, 1772443860);
+    const auto describe = [](const desk::TrashRecord& record) {
+        return record.mName + " from " + record.mFrom + " by " + host::UTF16to8(record.mUser) + " on " +
+               host::UTF16to8(record.mMachine) + " at " + std::to_string(record.mMovedAt);
+    };
+    EXPECT_EQ(describe(records[0]), odd + " from Day 1/" + odd + " by ines on edit-bay-1 at 1772443800");
+    EXPECT_EQ(describe(records[1]), "Old/Day 1_1 from Day 1 by ines on edit-bay-1 at 1772443860");
     EXPECT_TRUE(desk::IsHiddenName(".zurecords", desk::ItemKind::Unknown)) << "copies ask so";
     for (const auto& entry : fs::directory_iterator(mFolder.Path(RecordsFolder()))) {
         EXPECT_EQ(entry.path().extension(), ".json");
@@ -94,13 +72,15 @@ TEST_F(TrashRecordsTest, WhatMovesToTheTrashIsRecordedThere) {
 TEST_F(TrashRecordsTest, WhatIsNoRecordIsLeftOut) {
     EXPECT_TRUE(Records().empty()) << "there is no folder";
     const std::string good = R"({"version": 1, "name": "a", "from": "b", "movedAt": "2026-03-02T09:30:00Z"})";
-    mFolder.Write(RecordsFolder() + "/good.json", good);
-    mFolder.Write(RecordsFolder() + "/good.txt", good);
-    mFolder.Write(RecordsFolder() + "/empty.json");
-    mFolder.Write(RecordsFolder() + "/cut.json", good.substr(0, 20));
-    mFolder.Write(RecordsFolder() + "/huge.json", good + std::string(20000, ' '));
-    mFolder.Write(RecordsFolder() + "/later.json", R"({"version": 2, "name": "a", "from": "b"})");
-    mFolder.Write(RecordsFolder() + "/types.json", R"({"version": 1, "name": 1, "from": [], "movedAt": 5})");
+    const std::pair<const char*, std::string> files[] = {
+        {"good.json", good},
+        {"good.txt", good},
+        {"empty.json", ""},
+        {"cut.json", good.substr(0, 20)},
+        {"huge.json", good + std::string(20000, ' ')},
+        {"later.json", R"({"version": 2, "name": "a", "from": "b"})"},
+        {"types.json", R"({"version": 1, "name": 1, "from": [], "movedAt": 5})"}};
+    for (const auto& [name, bytes] : files) mFolder.Write(RecordsFolder() + '/' + name, bytes);
     fs::create_symlink("good.json", mFolder.Path(RecordsFolder() + "/link.json"));
     ASSERT_EQ(mkfifo(mFolder.Path(RecordsFolder() + "/pipe.json").c_str(), 0600), 0);
     EXPECT_EQ(Records().size(), 1u);
@@ -129,24 +109,14 @@ TEST_F(TrashRecordsTest, WhatCannotBeRecordedMovesNevertheless) {
 TEST_F(TrashRecordsTest, ATrashThatIsALinkTakesNothing) {
     fs::create_symlink(mFolder.MakeFolder("Elsewhere"), mFolder.Path(mTrash));
     mFolder.Write("Production/a.zuproj");
-    try {
-        Move("Production/a.zuproj", mTrash + "/a.zuproj");
-        FAIL() << "moved";
-    } catch (const host::FileException& exception) {
-        EXPECT_EQ(exception.SystemError(), ELOOP);
-        EXPECT_EQ(exception.Path(), mFolder.PathUTF16(mTrash));
-    }
+    EXPECT_EQ(ErrorOf([&] { Move("Production/a.zuproj", mTrash + "/a.zuproj"); }), ELOOP);
     EXPECT_TRUE(mFolder.Exists("Production/a.zuproj"));
     EXPECT_TRUE(fs::is_empty(mFolder.Path("Elsewhere")));
 }
 
 TEST_F(TrashRecordsTest, BrokenLocksAreLoggedBesideThem) {
-    desk::LockRecord broken;
-    broken.mIsReadable = true;
-    broken.mNonce = std::string(32, 'b');
-    broken.mUser = u"tomas";
-    broken.mMachine = u"edit-bay-2";
-    broken.mTakenAt = 1772440200;
+    const desk::LockRecord broken = MakeForeignRecord(mDesktop);
+    mDesktop.mNow += std::chrono::hours(1);
     desk::LogBrokenLock(mFolder.PathUTF16("Production/Day 1/R\u00f6lle.zuproj"), broken);
     mMain.RunUntilIdle();
     desk::LogBrokenLock(mFolder.PathUTF16("Production/x.zuproj"), {});
@@ -156,16 +126,16 @@ TEST_F(TrashRecordsTest, BrokenLocksAreLoggedBesideThem) {
     const std::string file = RecordsFolder() + "/broken-locks.jsonl";
     const std::string text = mFolder.Read(file);
     ASSERT_EQ(std::ranges::count(text, '\n'), 2);
-    const QJsonObject first = desk::ParseJsonObject(text.substr(0, text.find('\n'))).mObject;
-    EXPECT_EQ(first.value(QLatin1String("brokenAt")), QLatin1String("2026-03-02T09:30:00Z"));
-    EXPECT_EQ(first.value(QLatin1String("user")), QLatin1String("ines"));
-    EXPECT_EQ(first.value(QLatin1String("owner")), QLatin1String("tomas"));
-    EXPECT_EQ(first.value(QLatin1String("takenAt")), QLatin1String("2026-03-02T08:30:00Z"));
-    EXPECT_EQ(desk::FromPercentEncoded(first.value(QLatin1String("project")).toString()),
-              "Day 1/R\u00f6lle.zuproj");
-    const QJsonObject second = desk::ParseJsonObject(text.substr(text.find('\n') + 1)).mObject;
-    EXPECT_EQ(second.value(QLatin1String("owner")), QString());
-    EXPECT_EQ(second.value(QLatin1String("takenAt")), QString());
+    const auto values = [](const std::string& line) {
+        const QJsonObject object = desk::ParseJsonObject(line).mObject;
+        QStringList list;
+        for (const char* key : {"brokenAt", "user", "owner", "takenAt", "project"})
+            list.push_back(object.value(QLatin1String(key)).toString());
+        return list.join(QLatin1Char(' ')).toStdString();
+    };
+    EXPECT_EQ(values(text.substr(0, text.find('\n'))),
+              "2026-03-02T10:30:00Z ines tomas 2026-03-02T09:30:00Z Day%201/R%C3%B6lle.zuproj");
+    EXPECT_EQ(values(text.substr(text.find('\n') + 1)), "2026-03-02T10:30:00Z ines   x.zuproj");
 
     mFolder.Remove(file);
     fs::create_symlink(mFolder.Write("Elsewhere.txt"), mFolder.Path(file));
@@ -173,16 +143,4 @@ TEST_F(TrashRecordsTest, BrokenLocksAreLoggedBesideThem) {
     desk::LogBrokenLock(mFolder.PathUTF16("Production/x.zuproj"), broken);
     mMain.RunUntilIdle();
     EXPECT_EQ(mFolder.Read("Elsewhere.txt"), "");
-}
-
-TEST_F(TrashRecordsTest, TheHostMovesByThePanelsFunctionWhileThereIsOne) {
-    host::UTF16StringVec moved;
-    EXPECT_FALSE(desk::TryToMoveToTrash({u"/a"}));
-    host::Scripting::SetTryToMoveToSharedProjectsTrashFn([&](const host::UTF16StringVec& paths) {
-        host::Scripting::SetTryToMoveToSharedProjectsTrashFn({});
-        moved = paths;
-    });
-    EXPECT_TRUE(desk::TryToMoveToTrash({u"/a", u"/b"}));
-    EXPECT_EQ(moved, (host::UTF16StringVec{u"/a", u"/b"}));
-    EXPECT_FALSE(desk::TryToMoveToTrash({u"/a"}));
 }
