@@ -19,7 +19,7 @@ namespace {
 
 constexpr QLatin1String kDocks("docks");
 constexpr QLatin1String kClosedPanels("closedPanels");
-/// Those of the panels on demand.
+/// Those of the panels on demand that the user has opened.
 constexpr QLatin1String kOpenPanels("openPanels");
 /// Of the window's width, as long as the user has not chosen: a panel shows five columns without scrolling.
 constexpr double kDefaultShare = 0.725;
@@ -52,6 +52,7 @@ DockWorkspace::~DockWorkspace() {
 
 void DockWorkspace::OpenTab(const std::string& handlerID) {
     OpenPanel(host::UTF8to16(handlerID), true);
+    mOpenedByUser.insert(host::UTF8to16(handlerID));
 }
 
 void DockWorkspace::OpenPanel(const host::UTF16String& id, bool takeFocus) {
@@ -86,6 +87,7 @@ bool DockWorkspace::ClosePanel(const host::UTF16String& handlerID) {
     host::Handler* handler = host::Handler::FindHandler(handlerID);
     if (!frame || !frame->IsShown()) return true;
     if (handler && !handler->AllowClose()) return false;
+    mOpenedByUser.erase(handlerID);
     if (handler && !handler->ShouldDestroyWhenClosed())
         frame->Show(false);
     else
@@ -183,7 +185,8 @@ QJsonObject DockWorkspace::SaveLayout() const {
         const DockWorkspaceFrame* frame = FindFrame(id);
         const bool isOpen = frame && frame->IsShown();
         if (!isOpen) closed.append(ToQString(id));
-        if (isOpen && PanelRegistry::Instance().IsOnDemand(id)) open.append(ToQString(id));
+        if (isOpen && PanelRegistry::Instance().IsOnDemand(id) && mOpenedByUser.contains(id))
+            open.append(ToQString(id));
     }
     return {{kDocks, QString::fromLatin1(mWindow.saveState().toBase64())},
             {kClosedPanels, closed},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonObject>
+#include <set>
 #include <vector>
 
 #include "desk/framework/DockWorkspaceFrame.h"
@@ -29,8 +30,10 @@ public:
     /// Closes the panels without asking.
     ~DockWorkspace() override;
 
+    /// Opens the panel, or brings it to the front, as the user wishes.
     void OpenTab(const std::string& handlerID) override;
     host::TabView* FindFirstTabViewOfType(const host::UTF16String& handlerID) override;
+    /// Opens the panel because of what the program does: one on demand is not open at the next start.
     host::TabView* CreateOrReanimateTabView(const host::UTF16String& handlerID,
                                             const host::PropertyList& properties) override;
     host::TopLevelWindow* GetMainTopLevelWindow() override { return &mTopLevelWindow; }
@@ -43,8 +46,8 @@ public:
     void DestroyPanels();
 
     /// Opens all panels that there are, as `layout` tells: where they were, and without those that were closed;
-    /// of those that are opened on demand (`PanelRegistry::SetOnDemand`) only those that were open. An empty
-    /// layout gives the default one; so does a layout that cannot be used, which is logged.
+    /// of those that are opened on demand (`PanelRegistry::SetOnDemand`) only those that the user had open.
+    /// An empty layout gives the default one; so does a layout that cannot be used, which is logged.
     void OpenPanels(const QJsonObject& layout);
     QJsonObject SaveLayout() const;
 
@@ -64,6 +67,8 @@ private:
     QMainWindow& mWindow;
     MainTopLevelWindow mTopLevelWindow{mWindow};
     std::vector<DockWorkspaceFrame*> mFrames;
+    /// Those of the open panels that the user has asked for.
+    std::set<host::UTF16String> mOpenedByUser;
 };
 
 }  // namespace desk

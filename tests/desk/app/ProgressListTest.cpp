@@ -126,8 +126,15 @@ TEST_F(ProgressListTest, ThePanelIsClosedUntilItIsWantedAndOpensBelow) {
     window.show();
     mMain.RunUntilIdle();
     EXPECT_EQ(workspace.FindFirstTabViewOfType(host::kProgressHandlerID), nullptr);
+    const auto isRemembered = [&workspace] {
+        return !workspace.SaveLayout().value(QLatin1String("openPanels")).toArray().isEmpty();
+    };
+    EXPECT_NE(workspace.CreateOrReanimateTabView(host::kProgressHandlerID, {}), nullptr);
+    EXPECT_FALSE(isRemembered()) << "the user did not open it";
+    workspace.ClosePanel(host::kProgressHandlerID);
     workspace.TogglePanel(host::kProgressHandlerID);
     mMain.RunUntilIdle();
+    EXPECT_TRUE(isRemembered());
     const DockWorkspaceFrame* frame = workspace.FindFrame(host::kProgressHandlerID);
     ASSERT_TRUE(frame && frame->IsInFront());
     EXPECT_EQ(window.dockWidgetArea(workspace.FindFrame(host::kProgressHandlerID)), Qt::BottomDockWidgetArea);
