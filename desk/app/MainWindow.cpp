@@ -62,7 +62,7 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
     RestoreLayout(size);
     Shortcuts::Instance().InstallOn(*this);
     if (mRecent && !mRecent->GetNotice().empty())
-        mStatusLine->ShowNotice(ToDisplayText(host::UTF8to16(mRecent->GetNotice())));
+        mStatusLine->ShowNotice(ToDisplayText(mRecent->GetNotice()));
 }
 
 MainWindow::~MainWindow() {
@@ -198,7 +198,8 @@ void MainWindow::ShowAbout() {
         host::ZString(
             "$$$/Desk/About/Text=Production Desk @0\nShows a production's folders and projects, and who "
             "works on what.",
-            {host::AsciiToUTF16(ZU_VERSION)}));
+            {host::AsciiToUTF16(ZU_VERSION)}),
+        MessageKind::Information);
 }
 
 void MainWindow::ShowPlaces() {
@@ -207,7 +208,8 @@ void MainWindow::ShowPlaces() {
         host::ZString("$$$/Desk/Places/Title=Settings and Log"),
         host::ZString("$$$/Desk/Places/Text=Settings: @0\nLog: @1\nYour panels: @2",
                       {shown(mProfile.Folder()), shown(mProfile.PathOf("log.txt")),
-                       shown(Profile::UserDataFolder() + "/plugins")}));
+                       shown(Profile::UserDataFolder() + "/plugins")}),
+        MessageKind::Information);
 }
 
 }  // namespace desk

@@ -131,7 +131,8 @@ ProductionOpener::Done ProductionCommands::ShowResult(const char* title) {
             return ShowProductionPanel();
         }
         if (mRecent && result.mIsMissing) mRecent->Remove(result.mFolder);
-        GetServices().mDialogs->ShowMessage(host::ZString(title), ToUTF16(result.mProblem));
+        GetServices().mDialogs->ShowMessage(host::ZString(title), ToUTF16(result.mProblem),
+                                            MessageKind::Failure);
     };
 }
 

@@ -176,6 +176,11 @@ void ProjectArea::TabChanged() {
     Q_EMIT ActiveProjectChanged();
 }
 
+bool ProjectArea::IsActiveDocumentHeld() const {
+    const ProjectPage* page = GetFrontPage();
+    return page && page->IsHeldBySomebodyElse();
+}
+
 void ProjectArea::UpdateHolders() {
     for (int i = 0; i < mTabs->count(); ++i) GetPage(i)->UpdateHolder();
 }

@@ -25,6 +25,8 @@ public:
 
     /// The project in front; empty when none is open.
     ProjectDocumentRef GetActiveDocument() const;
+    /// True when somebody else is known to hold the project in front, which is open read-only. Touches no disk.
+    bool IsActiveDocumentHeld() const;
     /// Looks again who holds the projects that are read-only.
     void UpdateHolders();
 

@@ -4,13 +4,17 @@
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
+#include "desk/core/Desktop.h"
 #include "desk/core/Services.h"
 #include "desk/dialogs/Dialogs.h"
+#include "desk/files/FolderStore.h"
+#include "desk/files/KnownFacts.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/mediabrowser/DirectorySelection.h"
 #include "desk/project/BreakLock.h"
 #include "desk/project/Production.h"
+#include "desk/project/LockRecord.h"
 #include "desk/project/ProjectDocuments.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -43,12 +47,15 @@ CommandStatus ToggleStatus(const ProjectDocumentRef& document) {
     return status;
 }
 
-bool IsLockedBySomebodyElse(const host::UTF16String& path) {
+bool IsKnownToBeLockedBySomebodyElse(const host::UTF16String& path) {
+    if (!host::IsVantorProjectFile(path)) return false;
+    const ItemFacts* facts = FindKnownItemAndRequest(path).mFacts;
+    if (!facts || !facts->mHasLockFile || !facts->mLock) return false;
+    const LockRecord& lock = *facts->mLock;
     host::UTF16String user, machine;
     host::GetProjectLockingPrefs(user, machine);
-    if (!host::IsVantorProjectFile(path)) return false;
-    const host::ProjectLockFileRef lock = host::ReadProjectLockFile(path, user, machine);
-    return lock && lock->IsLocked() && !lock->IsHeldByReader();
+    const bool isReaders = lock.mIsReadable && lock.mUser == user && lock.mMachine == machine;
+    return !isReaders && !IsLockStale(lock, *GetServices().mDesktop);
 }
 
 void OfferToEdit(const ProjectDocumentRef& document) {
@@ -142,12 +149,13 @@ void ProjectCommands::ToggleReadOnly() const {
 }
 
 host::UTF16String ProjectCommands::FindLockedProject() const {
-    const ProjectDocumentRef active = Active();
-    const bool isActiveLocked = active && active->IsReadOnly();
-    if (isActiveLocked && CommandRouter::Instance().GetEditorOnDuty()) return active->GetProjectPath();
-    const host::UTF16StringVec selected = GetPathsSelectedInDirectoryView();
-    if (selected.size() == 1 && IsLockedBySomebodyElse(selected.front())) return selected.front();
-    return isActiveLocked ? active->GetProjectPath() : host::UTF16String();
+    const bool isInFront = CommandRouter::Instance().GetEditorOnDuty() != nullptr;
+    const host::UTF16StringVec selected =
+        isInFront ? host::UTF16StringVec() : GetPathsSelectedInDirectoryView();
+    if (selected.empty())
+        return mArea.IsActiveDocumentHeld() ? Active()->GetProjectPath() : host::UTF16String();
+    const bool isMeant = selected.size() == 1 && IsKnownToBeLockedBySomebodyElse(selected.front());
+    return isMeant ? selected.front() : host::UTF16String();
 }
 
 void ProjectCommands::BreakLock() const {
@@ -163,7 +171,8 @@ void ProjectCommands::BreakLock() const {
         GetServices().mDialogs->ShowMessage(
             host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
             host::ZString("$$$/Desk/BreakLock/BrokenOnly=The lock of \u201C@0\u201D was broken.",
-                          {host::PathUtils::GetFilePart(path)}));
+                          {host::PathUtils::GetFilePart(path)}),
+            MessageKind::Information);
 }
 
 }  // namespace desk

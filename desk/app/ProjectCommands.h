@@ -19,8 +19,9 @@ private:
     void Open() const;
     void CloseOthers() const;
     void ToggleReadOnly() const;
-    /// The project whose lock is to be broken: the one in front while the keyboard is in it, else the one that
-    /// is selected in the production, if somebody else has locked it, else the one in front; empty for none.
+    /// The project whose lock is to be broken: what is selected in the production or, while the keyboard is in
+    /// the project in front or nothing is selected, that one. Empty unless it is a single project of which it is
+    /// known that somebody else holds it. Touches no disk.
     host::UTF16String FindLockedProject() const;
     void BreakLock() const;
 

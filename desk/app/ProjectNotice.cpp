@@ -39,7 +39,8 @@ void ProjectNotice::AddButton(const char* textKey, int commandID) {
     auto* button = new QPushButton(ToQString(host::ZString(textKey)), this);
     button->setObjectName(ButtonName(commandID));
     button->setAutoDefault(false);
-    button->setFocusPolicy(Qt::TabFocus);
+    // What is clicked means the project that it stands above, wherever the keyboard was.
+    button->setFocusPolicy(Qt::StrongFocus);
     connect(button, &QPushButton::clicked, this, [commandID] { CommandRouter::Instance().Send(commandID); });
     mLayout->addWidget(button);
 }

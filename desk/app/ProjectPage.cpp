@@ -171,13 +171,13 @@ void ProjectPage::UpdateHolder() {
 
 void ProjectPage::ShowHolder(const std::vector<StandingLock>& locks) {
     const auto lock = std::ranges::find_if_not(locks, IsOurs);
-    const bool isHeld = lock != locks.end() && !IsLockStale(lock->mRecord, *GetServices().mDesktop);
+    mIsHeld = lock != locks.end() && !IsLockStale(lock->mRecord, *GetServices().mDesktop);
     mReadOnly->SetText(
-        isHeld ? ToDisplayText(host::ZString("$$$/Desk/Projects/ReadOnlyHeld=Read-only. Locked by @0.",
-                                             {DescribeHolder(lock->mRecord)}))
-               : Localized("$$$/Desk/Projects/ReadOnlyText=Read-only."));
-    mReadOnly->ShowButton(kCommandToggleReadOnly, !isHeld);
-    mReadOnly->ShowButton(kCommandBreakLock, isHeld);
+        mIsHeld ? ToDisplayText(host::ZString("$$$/Desk/Projects/ReadOnlyHeld=Read-only. Locked by @0.",
+                                              {DescribeHolder(lock->mRecord)}))
+                : Localized("$$$/Desk/Projects/ReadOnlyText=Read-only."));
+    mReadOnly->ShowButton(kCommandToggleReadOnly, !mIsHeld);
+    mReadOnly->ShowButton(kCommandBreakLock, mIsHeld);
 }
 
 }  // namespace desk

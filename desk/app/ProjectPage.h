@@ -34,6 +34,8 @@ public:
     void UpdateState();
     /// Looks who holds the lock of a project that is open read-only, on a worker.
     void UpdateHolder();
+    /// True when the last look has found that somebody else holds the project, which is open read-only.
+    bool IsHeldBySomebodyElse() const { return mDocument->IsReadOnly() && mIsHeld; }
 
 private:
     struct Watch;
@@ -51,6 +53,7 @@ private:
     QLabel* mKind;
     QLabel* mFile;
     bool mIsTakingText = false;
+    bool mIsHeld = false;
     /// Gone when the page is: what a worker brings then is dropped.
     std::shared_ptr<Watch> mWatch;
 };

@@ -49,7 +49,9 @@ void RecentProductions::Read() {
 }
 
 void RecentProductions::Write() const {
-    if (!mMayWrite) return Log(LogLevel::Warning, "The list of recent productions is not saved: " + mNotice);
+    if (!mMayWrite)
+        return Log(LogLevel::Warning,
+                   "The list of recent productions is not saved: " + host::UTF16to8(mNotice));
     QJsonArray productions;
     for (const std::string& folder : mFolders) productions.append(ToURI(folder));
     try {

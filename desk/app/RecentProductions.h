@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "host/core/Strings.h"
+
 namespace desk {
 
 /// The productions that were opened last, in "Recent Productions.json" of the profile: an object with
@@ -18,8 +20,8 @@ public:
     explicit RecentProductions(std::string path);
 
     const std::vector<std::string>& Get() const { return mFolders; }
-    /// What the user is told when the list could not be read; mostly empty.
-    const std::string& GetNotice() const { return mNotice; }
+    /// What the user is told when the list could not be read, localised; mostly empty.
+    const host::UTF16String& GetNotice() const { return mNotice; }
     /// True when nothing was ever opened or closed with this profile.
     bool IsFirstStart() const { return mFolders.empty() && mOpenAtStart; }
     /// The production to open when the program starts; empty when there is none or the user closed it.
@@ -39,7 +41,7 @@ private:
     std::vector<std::string> mFolders;
     bool mOpenAtStart = true;
     bool mMayWrite = true;
-    std::string mNotice;
+    host::UTF16String mNotice;
 };
 
 }  // namespace desk

@@ -29,8 +29,8 @@ public:
         /// The folders themselves are opened.
         Folders,
     };
-    /// Told why nothing could be shown, in one line.
-    using RevealFailed = std::function<void(const std::string& reason)>;
+    /// Told of a folder (bytes) that no file browser could be opened for; the log says why.
+    using RevealFailed = std::function<void(const std::string& folder)>;
     /// Shows `paths` (bytes, absolute) in the system's file browser. Returns at once and waits for nobody; `failed`
     /// is called later, on the UI thread. UI thread.
     virtual void ShowInFileBrowser(const std::vector<std::string>& paths, Reveal reveal, RevealFailed failed) = 0;

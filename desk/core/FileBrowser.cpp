@@ -74,9 +74,11 @@ std::vector<std::string> FindFolders(const std::vector<std::string>& paths, Desk
 /// The process is left to itself: it may be the file browser, and live longer than the program.
 void OpenFolder(const std::string& folder, const Desktop::RevealFailed& failed) {
     auto* process = new QProcess;
-    const auto tell = [process, failed](const QString& reason) {
+    const auto tell = [process, folder, failed](const QString& reason) {
         process->deleteLater();
-        if (!reason.isEmpty()) failed(ToUTF8(kOpener + QLatin1String(": ") + reason));
+        if (reason.isEmpty()) return;
+        Log(LogLevel::Warning, "open " + folder + " with " + ToUTF8(kOpener + QLatin1String(": ") + reason));
+        failed(folder);
     };
     QObject::connect(process, &QProcess::errorOccurred, process, [process, tell](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) tell(process->errorString());

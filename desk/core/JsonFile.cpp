@@ -7,6 +7,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/Services.h"
 #include "desk/files/FileSystem.h"
+#include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 
 namespace desk {
@@ -83,10 +84,17 @@ SettingsFile ReadSettingsFile(const std::string& path) {
 
     const std::string aside = file.mState == JsonFile::State::Broken ? SetAside(path) : std::string();
     settings.mMayWrite = !aside.empty();
-    settings.mNotice = "The settings in \"" + path + "\" could not be read: " + file.mReason + ". ";
-    settings.mNotice += settings.mMayWrite ? "The file is kept as \"" + aside + "\"."
-                                           : "The file is left as it is, and changes are not saved.";
-    Log(LogLevel::Warning, settings.mNotice);
+    settings.mNotice =
+        settings.mMayWrite
+            ? host::ZString("$$$/Desk/Settings/SetAside=The settings in \u201C@0\u201D are damaged and were not "
+                            "used. The file is kept as \u201C@1\u201D.",
+                            {host::UTF8to16(path), host::UTF8to16(aside)})
+            : host::ZString("$$$/Desk/Settings/Unreadable=The settings in \u201C@0\u201D could not be read: @1. The "
+                            "file is left as it is, and changes are not saved.",
+                            {host::UTF8to16(path), host::UTF8to16(file.mReason)});
+    Log(LogLevel::Warning, "The settings in \"" + path + "\" could not be read: " + file.mReason +
+                               (settings.mMayWrite ? ". The file is kept as \"" + aside + "\"."
+                                                   : ". The file is left as it is, and changes are not saved."));
     return settings;
 }
 

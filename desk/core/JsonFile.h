@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "host/core/Export.h"
+#include "host/core/Strings.h"
 
 namespace desk {
 
@@ -42,8 +43,9 @@ struct SettingsFile {
     /// False when a file stands there that could not be read and could not be moved aside: it must not be
     /// replaced.
     bool mMayWrite = true;
-    /// What to tell the user when the settings could not be used: file, reason and where it was kept.
-    std::string mNotice;
+    /// What to tell the user when the settings could not be used: the file, and where it was kept or
+    /// why it could not be read. Localised; names in it are raw.
+    host::UTF16String mNotice;
 };
 
 /// Reads a settings file. One that is broken is renamed to "<name>.unreadable-<n>", n from 1, so that

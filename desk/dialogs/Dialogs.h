@@ -30,13 +30,21 @@ struct Answer {
     bool mAppliesToAll = false;
 };
 
+/// What a message says, which its picture shows.
+enum class MessageKind {
+    Information,
+    /// Something has failed, or was refused: the message warns.
+    Failure,
+};
+
 /// The edge to questions that the user answers. Everything the program asks passes through it. UI thread.
 class ZUHOST_API Dialogs {
 public:
     virtual ~Dialogs() = default;
 
     /// A message with an OK button.
-    virtual void ShowMessage(const host::UTF16String& title, const host::UTF16String& text) = 0;
+    virtual void ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
+                             MessageKind kind) = 0;
     virtual Answer Ask(const Question& question) = 0;
     /// Asks for one line of text, beginning with `value`, all selected; empty when the user cancels.
     virtual std::optional<host::UTF16String> AskText(const host::UTF16String& title,

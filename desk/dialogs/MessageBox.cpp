@@ -10,14 +10,18 @@ namespace {
 constexpr int kFirstButton = 1;
 constexpr int kSecondButton = 2;
 
+using desk::MessageKind;
+
 }  // namespace
 
 void MessageBox(const UTF16String& title, const UTF16String& text) {
-    desk::GetServices().mDialogs->ShowMessage(title, text);
+    desk::GetServices().mDialogs->ShowMessage(title, text, MessageKind::Failure);
 }
 
-int MessageBox(const UTF16String& title, const UTF16String& text, int, int, int) {
-    MessageBox(title, text);
+int MessageBox(const UTF16String& title, const UTF16String& text, int, int icon, int) {
+    const bool isInformation = icon == kMessageBoxIconInformation;
+    desk::GetServices().mDialogs->ShowMessage(
+        title, text, isInformation ? MessageKind::Information : MessageKind::Failure);
     return kMessageBoxOK;
 }
 

@@ -22,11 +22,11 @@ std::optional<host::UTF16String> Run(QFileDialog& dialog) {
 
 }  // namespace
 
-void QtDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16String& text) {
+void QtDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16String& text, MessageKind kind) {
     QMessageBox box(QMessageBox::NoIcon, ToDisplayText(title), ToDisplayLines(text), QMessageBox::NoButton,
                     FindParentWindow());
     box.setTextFormat(Qt::PlainText);
-    SetPicture(box, "information");
+    SetPicture(box, kind == MessageKind::Failure ? "warning" : "information");
     box.addButton(ToQString(host::ZString("$$$/Desk/Dialogs/OK=OK")), QMessageBox::AcceptRole);
     box.exec();
 }

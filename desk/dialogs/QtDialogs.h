@@ -8,7 +8,7 @@ namespace desk {
 /// with unprintable characters escaped.
 class ZUHOST_API QtDialogs : public Dialogs {
 public:
-    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text) override;
+    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text, MessageKind kind) override;
     Answer Ask(const Question& question) override;
     std::optional<host::UTF16String> AskText(const host::UTF16String& title, const host::UTF16String& label,
                                              const host::UTF16String& value) override;

@@ -16,10 +16,9 @@ void Reveal(const UTF16StringVec& paths, Desktop::Reveal reveal) {
     std::vector<std::string> bytes;
     for (const UTF16String& path : paths) bytes.push_back(UTF16to8(PathUtils::ToNormalizedPath(path)));
     desk::GetServices().mDesktop->ShowInFileBrowser(
-        bytes, reveal, [first = paths.front()](const std::string& why) {
-            desk::TellUser(
-                ZString("$$$/Desk/Reveal/Failed=\u201C@0\u201D cannot be shown in the file browser: @1",
-                        {PathUtils::GetFullFilePart(first), UTF8to16(why)}));
+        bytes, reveal, [](const std::string& folder) {
+            desk::TellUser(ZString("$$$/Desk/Reveal/Failed=No file browser could be opened to show \u201C@0\u201D.",
+                                   {UTF8to16(folder)}));
         });
 }
 

@@ -46,8 +46,8 @@ UTF16String NameOfProject(const UTF16String& path) {
     return Shown(host::PathUtils::GetFilePart(path));
 }
 
-void Tell(const UTF16String& text) {
-    GetServices().mDialogs->ShowMessage(Title(), text);
+void Tell(const UTF16String& text, MessageKind kind) {
+    GetServices().mDialogs->ShowMessage(Title(), text, kind);
 }
 
 std::string LockPathOf(const std::string& projectPath) {
@@ -186,7 +186,8 @@ std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::
     const auto lock = std::ranges::find_if_not(locks, IsOurs);
     if (locks.empty()) {
         Tell(host::ZString("$$$/Desk/BreakLock/None=Nobody holds a lock on \u201C@0\u201D any more.",
-                           {NameOfProject(path)}));
+                           {NameOfProject(path)}),
+             MessageKind::Information);
         return {};
     }
     if (lock == locks.end()) {
@@ -194,7 +195,8 @@ std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::
             host::ZString("$$$/Desk/BreakLock/Own=You hold the lock on \u201C@0\u201D yourself, in this "
                           "window. It goes when the "
                           "project is closed or switched to read-only.",
-                          {NameOfProject(path)}));
+                          {NameOfProject(path)}),
+            MessageKind::Failure);
         return {};
     }
     return *lock;
@@ -249,7 +251,7 @@ bool BreakProjectLock(const UTF16String& path, const std::string& filePath, Brea
     if (breaking.mOutcome == Outcome::Broken)
         NoteBroken(path, *lock);
     else if (breaking.mOutcome != Outcome::Cancelled)
-        Tell(DescribeOutcome(path, breaking));
+        Tell(DescribeOutcome(path, breaking), MessageKind::Failure);
     return breaking.mOutcome == Outcome::Broken;
 }
 

@@ -40,7 +40,7 @@ UTF16String CancelButton() {
 
 void Tell(const UTF16String& title, const UTF16String& text) {
     Log(LogLevel::Info, host::UTF16to8(text));
-    GetServices().mDialogs->ShowMessage(title, text);
+    GetServices().mDialogs->ShowMessage(title, text, MessageKind::Failure);
 }
 
 /// The last button cancels.

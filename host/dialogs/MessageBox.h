@@ -10,7 +10,8 @@ class TopLevelWindow;
 /// The one order of a message's texts in every host operation: first the title, then the text. Both are plain,
 /// localised texts. All wait for the user's answer; events go on being handled meanwhile. UI thread.
 
-/// Shows a message with an OK button over the main window.
+/// Shows a message that something could not be done, with an OK button and a warning picture, over the main
+/// window.
 ZUHOST_API void MessageBox(const UTF16String& title, const UTF16String& text);
 
 /// Buttons of a message box: only OK.

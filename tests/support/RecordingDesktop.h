@@ -17,7 +17,7 @@ public:
     void ShowInFileBrowser(const std::vector<std::string>& paths, Reveal reveal, RevealFailed failed) override {
         mShown.push_back(reveal == Reveal::Folders ? "folders" : "items");
         mShown.insert(mShown.end(), paths.begin(), paths.end());
-        if (!mRevealProblem.empty()) failed(mRevealProblem);
+        if (!mRevealFailedFor.empty()) failed(mRevealFailedFor);
     }
 
     host::UTF16String mUserName = u"ines";
@@ -28,8 +28,8 @@ public:
     std::chrono::system_clock::time_point mNow{std::chrono::seconds(1772443800)};
     /// What was shown in the file browser: "items" or "folders", then the paths.
     std::vector<std::string> mShown;
-    /// Why nothing can be shown; empty when it can.
-    std::string mRevealProblem;
+    /// The folder that is told to have no file browser; empty when there is one.
+    std::string mRevealFailedFor;
 
 private:
     desk::Desktop* mBefore;

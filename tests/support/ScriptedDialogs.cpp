@@ -56,7 +56,8 @@ void ScriptedDialogs::ExpectNewFile(std::string title, std::optional<host::UTF16
     Expect(kNewFile, title, {{}, std::move(answer), {}});
 }
 
-void ScriptedDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16String& text) {
+void ScriptedDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
+                                  desk::MessageKind) {
     mLastText = host::UTF16to8(text);
     Take(kMessage, title);
 }

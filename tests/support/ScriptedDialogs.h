@@ -33,7 +33,8 @@ public:
     /// The text of the last message or question, in UTF-8.
     const std::string& LastText() const { return mLastText; }
 
-    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text) override;
+    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
+                     desk::MessageKind kind) override;
     std::optional<host::UTF16String> AskFolder(const host::UTF16String& title,
                                                const host::UTF16String& startFolder) override;
     std::optional<host::UTF16String> AskNewFolder(const host::UTF16String& title,

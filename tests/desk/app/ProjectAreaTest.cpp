@@ -112,6 +112,7 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     EXPECT_TRUE(Find()->IsReadOnly());
     mMain.Advance(std::chrono::seconds(5));
     EXPECT_EQ(Notices(), "Read-only.");
+    EXPECT_FALSE(IsEnabled(kCommandBreakLock));
     EXPECT_EQ(CommandRouter::Instance().FindStatus(kCommandToggleReadOnly).mText, u"Read-Write Mode");
     Choose(kCommandToggleReadOnly);
     EXPECT_EQ(Titles(), Titled{"Reel 1"});

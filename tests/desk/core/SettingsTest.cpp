@@ -40,7 +40,7 @@ TEST_F(SettingsTest, ASettingsFileThatCannotBeReadIsNeverReplaced) {
         const ExpectLogged log(name);
         const desk::SettingsFile settings = desk::ReadSettingsFile(path);
         EXPECT_TRUE(settings.mMayWrite);
-        EXPECT_NE(settings.mNotice.find(path), std::string::npos);
+        EXPECT_NE(host::UTF16to8(settings.mNotice).find(path), std::string::npos);
         EXPECT_EQ(mFolder.Read(name), "{broken");
         EXPECT_FALSE(mFolder.Exists("recent.json"));
     }

@@ -16,12 +16,12 @@ struct SystemRevealTest : HostFixture, host::Listener {
 TEST_F(SystemRevealTest, ShowsItemsAndFoldersAndTellsWhatWentWrong) {
     host::RevealAndSelectFiles({u"/p//Reel \xDCE9.zuproj", u"/q/b/"});
     host::RevealAndSelectFiles({});
-    mDesktop.mRevealProblem = "xdg-open: none";
+    mDesktop.mRevealFailedFor = "/p/Reels";
     host::RevealFolder(u"/p/Reels");
     EXPECT_EQ(mDesktop.mShown,
               (std::vector<std::string>{"items", "/p/Reel \xE9.zuproj", "/q/b", "folders", "/p/Reels"}));
     mMain.RunUntilIdle();
-    EXPECT_EQ(mNotice, "“Reels” cannot be shown in the file browser: xdg-open: none");
+    EXPECT_EQ(mNotice, "No file browser could be opened to show “/p/Reels”.");
 }
 
 }  // namespace
