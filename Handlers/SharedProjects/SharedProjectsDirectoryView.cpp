@@ -241,6 +241,7 @@ void SharedProjectsDirectoryView::OnZuProductionOpened(const UTF16String& path) 
 void SharedProjectsDirectoryView::OnZuProductionClosed(const UTF16String&) {
     mPendingDirectoryChanges.clear();
     mAwaitedPaths.clear();
+    mSelectionAfterRemoval = {};
     RemoveAllRows();
     ShowRoot(SharedProjectsHandler::GetRootDirectory());
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
+#include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
 #include "host/core/MainThread.h"
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
 
@@ -65,6 +66,9 @@ public:
     /// they are in is opened. They become the selection in place of the present one; once the user has selected
     /// something else, those that are still to come are left alone. A newer call drops an older one.
     void SelectWhenShown(const UTF16StringVec& paths);
+    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected, the row
+    /// that follows them is, or else the one before, but nothing in the trash.
+    void SelectNextWhenSelectionHasGone();
     /// Selects all opened rows but the trash folder and what is in it.
     void SelectAll();
     void DeselectAll();
@@ -146,6 +150,7 @@ private:
     /// Those of the items that have come, and the selection as it must be when more come.
     RowVec mArrivedRows;
     RowVec mSelectionBeforeArrival;
+    SelectionAfterRemoval mSelectionAfterRemoval;
     /// The folder that the change monitor watches for this view; empty when none.
     UTF16String mMonitoredRoot;
     /// Lives as long as the view may be called back.

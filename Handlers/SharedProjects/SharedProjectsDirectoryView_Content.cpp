@@ -65,6 +65,8 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
     if (!tabView || !tabView->IsCreated()) return;
     tabView->OnTreeChanged();
     SelectDeferredRenameRow(directoryPath, delivery);
+    mSelectionAfterRemoval.OnRowsRemoved(
+        *GetTree(), [this](const RowRef& child) { return !GetRowPath(child.get()).empty(); });
     SelectAwaitedRows();
 }
 

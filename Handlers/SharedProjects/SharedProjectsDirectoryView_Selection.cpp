@@ -72,6 +72,11 @@ void SharedProjectsDirectoryView::SelectAwaitedRows() {
     mSelectionBeforeArrival = GetTree()->GetSelectedRows();
 }
 
+void SharedProjectsDirectoryView::SelectNextWhenSelectionHasGone() {
+    mSelectionAfterRemoval.Expect(
+        *GetTree(), [this](const RowRef& row) { return !Utils::IsInTrash(GetRowPath(row.get()), true); });
+}
+
 void SharedProjectsDirectoryView::SelectAll() {
     RowVec rows;
     for (const RowRef& row : GetTree()->GetOpenedRows())

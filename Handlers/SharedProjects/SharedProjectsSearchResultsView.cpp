@@ -119,6 +119,11 @@ std::size_t SharedProjectsSearchResultsView::CountSelectedRows() const {
     return mTree->CountSelectedRows();
 }
 
+void SharedProjectsSearchResultsView::SelectNextWhenSelectionHasGone() {
+    mSelectionAfterRemoval.Expect(
+        *mTree, [this](const RowRef& row) { return !Utils::IsInTrash(GetRowPath(row), true); });
+}
+
 void SharedProjectsSearchResultsView::SelectAllProjects() {
     RowVec rows;
     for (const RowRef& row : mTree->GetOpenedRows())

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
+#include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
 #include "host/core/MainThread.h"
 #include "host/core/Messaging.h"
 #include "host/files/FileSearch.h"
@@ -54,6 +55,9 @@ public:
     std::size_t CountSelectedRows() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
+    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected, the row
+    /// that follows them is, or else the one before, but nothing in the trash.
+    void SelectNextWhenSelectionHasGone();
     void SelectAllProjects();
     void DeselectAll();
     void ToggleRow(const RowRef& row);
@@ -117,6 +121,7 @@ private:
     RowPathMap mRowToPath;
     std::map<RowRef, Columns::FileMetadata> mRowToMetadata;
     RefPtr<QueueOnlyOnce> mQueuedSort;
+    SelectionAfterRemoval mSelectionAfterRemoval;
     /// The search whose hits show; it tells what changes.
     std::unique_ptr<FileSearch::Request> mShownSearch;
     UTF16String mShownText;

@@ -213,6 +213,8 @@ void SharedProjectsSearchResultsView::OnChanged(const FileSearch::Changes& chang
             newHits.push_back(path);
     }
     if (!newHits.empty()) AddHits(newHits);
+    mSelectionAfterRemoval.OnRowsRemoved(
+        *mTree, [this](const RowRef& row) { return mRowToPath.left.find(row) != mRowToPath.left.end(); });
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
 }
 

@@ -153,7 +153,7 @@ private:
 
     bool CanCreateItems() const;
     UTF16String GetTargetFolder() const;
-    void ShowCreatedItem(const UTF16String& path);
+    void ShowCreatedItems(const UTF16StringVec& paths);
 
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();

@@ -34,18 +34,27 @@ TopLevelWindow* GetDialogParent() {
 
 // New Folder.
 
+/// Blanks around a name are slips of the keyboard, and could not be seen.
+UTF16String TrimBlanks(const UTF16String& name) {
+    constexpr const char16_t* kBlanks = u" \t\u00A0\u3000";
+    const std::size_t begin = name.find_first_not_of(kBlanks);
+    if (begin == UTF16String::npos) return {};
+    return name.substr(begin, name.find_last_not_of(kBlanks) + 1 - begin);
+}
+
 bool AskFolderName(UTF16String& name) {
     name = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Untitled=Untitled");
     const UTF16String title =
         ZString("$$$/Vantor/Handlers/ZuProductionFolder/NameFolderDialog/Title=New Folder");
     const UTF16String label = ZString("$$$/Vantor/Handlers/ZuProduction/NameItemDialog/TextBoxLabel=Name");
-    return SimpleInputBox(GetDialogParent(), title, label, name);
+    if (!SimpleInputBox(GetDialogParent(), title, label, name)) return false;
+    name = TrimBlanks(name);
+    return true;
 }
 
-/// What a name on a disk of this system can be, but for blanks alone, which nobody could see.
+/// What a name on a disk of this system can be.
 bool IsValidName(const UTF16String& name) {
-    const bool isBlank = name.find_first_not_of(u" \t\u00A0\u3000") == UTF16String::npos;
-    return !isBlank && name != u"." && name != u".." &&
+    return !name.empty() && name != u"." && name != u".." &&
            name.find_first_of(UTF16String{PathUtils::GetPathSeparator(), u'\0'}) == UTF16String::npos;
 }
 
@@ -170,11 +179,11 @@ UTF16String SharedProjectsTabView::GetTargetFolder() const {
                                         : PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(path));
 }
 
-void SharedProjectsTabView::ShowCreatedItem(const UTF16String& path) {
-    if (!AreTreeViewsCreated()) return;
+void SharedProjectsTabView::ShowCreatedItems(const UTF16StringVec& paths) {
+    if (!AreTreeViewsCreated() || paths.empty()) return;
     // Among the hits of a search it would mostly not show.
     mSearchBox.SetText({});
-    mTreeView->GetDirectoryView()->SelectWhenShown({path});
+    mTreeView->GetDirectoryView()->SelectWhenShown(paths);
 }
 
 bool SharedProjectsTabView::OnNewFolderCommandStatus(bool& enabled) const {
@@ -190,7 +199,7 @@ bool SharedProjectsTabView::OnNewFolderCommand(const Command&) {
         const UTF16String path = CreateNamedFolder(GetTargetFolder());
         if (path.empty()) return true;
         Utils::LogUsage("DirectoryTree", "NewFolder");
-        ShowCreatedItem(path);
+        ShowCreatedItems({path});
     } catch (const FileException& exception) {
         LogException(exception, __PRETTY_FUNCTION__);
         TellCreationRefused(exception);
@@ -212,7 +221,7 @@ bool SharedProjectsTabView::OnNewProjectCommand(const Command&) {
     Utils::LogUsage("DirectoryTree", "NewProject");
     if (path.empty()) return true;
     SetDeferredRenameRowPath(path);
-    ShowCreatedItem(path);
+    ShowCreatedItems({path});
     return true;
 }
 
@@ -229,7 +238,7 @@ bool SharedProjectsTabView::OnAddProjectCommand(const Command&) {
         "$$$/Vantor/Handlers/ZuProductionFolder/ProjectFileOpenType=Orlen Vantor Pro Project (*.zuproj)");
     UTF16StringVec paths;
     if (AskOpenFile(title, paths, typeLabel, u"*.ZUPROJ", GetProjectFileExtension(), GetDialogParent()))
-        Utils::AddProjectsToZuProductionWithPrompt(paths, targetFolder);
+        ShowCreatedItems(Utils::AddProjectsToZuProductionWithPrompt(paths, targetFolder));
     return true;
 }
 
@@ -245,6 +254,7 @@ bool SharedProjectsTabView::OnDeleteItemCommand(const Command&) {
     const UTF16StringVec paths = GetDeleteableSelectedPaths();
     TellNotMovedToTrash(GetSelectedNonRedundantPaths(), paths);
     Utils::LogUsage("Trash", "DeleteCommand");
+    OnShownView([](auto& view) { view.SelectNextWhenSelectionHasGone(); });
     TryToMoveToSharedProjectsTrash(paths);
     return true;
 }

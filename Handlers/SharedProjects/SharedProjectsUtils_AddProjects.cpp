@@ -1,7 +1,10 @@
 // Projects from outside, copied into the production.
+#include <algorithm>
+
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "host/core/Localizer.h"
 #include "host/dialogs/MessageBox.h"
+#include "host/files/PathUtils.h"
 #include "host/framework/Identifiers.h"
 #include "host/framework/TabView.h"
 #include "host/framework/Workspace.h"
@@ -38,6 +41,22 @@ bool AskWhetherToCopy(Workspace& workspace) {
     return Messagebox(workspace.GetMainTopLevelWindow(), title, text, copy, cancel) == kFirstButton;
 }
 
+/// Where the host puts the copies, as far as can be told before.
+UTF16StringVec GetExpectedCopies(const UTF16StringVec& paths, const UTF16String& folder) {
+    UTF16StringVec copies;
+    UTF16StringVec names;
+    for (const UTF16String& path : paths) {
+        const UTF16String source = PathUtils::ToNormalizedPath(path);
+        if (Utilities::IsPathWithinDirectory(source, PathUtils::ToNormalizedPath(folder), false)) continue;
+        UTF16String copy = PathUtils::CombinePaths(folder, PathUtils::GetFullFilePart(source));
+        if (std::ranges::count(copies, copy) || PathUtils::ExistsOnDisk(copy, false))
+            copy = Utilities::MakeUniqueFilename(copy, 1, u"_", names);
+        names.push_back(PathUtils::GetFullFilePart(copy));
+        copies.push_back(std::move(copy));
+    }
+    return copies;
+}
+
 void ShowProgressPanel(Workspace& workspace) {
     TabView* panel = workspace.FindFirstTabViewOfType(kProgressHandlerID);
     if (!panel) panel = workspace.CreateOrReanimateTabView(kProgressHandlerID, PropertyList());
@@ -46,13 +65,19 @@ void ShowProgressPanel(Workspace& workspace) {
 
 }  // namespace
 
-void AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths, const UTF16String& destinationFolder) {
-    if (paths.empty()) return;
-    if (IsWithinCurrentZuProductionFolder(paths.front())) return TellTheyAreInTheProduction(paths.size() > 1);
+UTF16StringVec AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths,
+                                                   const UTF16String& destinationFolder) {
+    if (paths.empty()) return {};
+    if (IsWithinCurrentZuProductionFolder(paths.front())) {
+        TellTheyAreInTheProduction(paths.size() > 1);
+        return {};
+    }
     Workspace* workspace = Workspace::Instance().GetPtr();
-    if (!workspace || !AskWhetherToCopy(*workspace)) return;
+    if (!workspace || !AskWhetherToCopy(*workspace)) return {};
+    UTF16StringVec copies = GetExpectedCopies(paths, destinationFolder);
     AddProjectsToZuProduction(paths, destinationFolder);
     ShowProgressPanel(*workspace);
+    return copies;
 }
 
 }  // namespace HandlerSharedProjects::Utils

@@ -92,6 +92,35 @@ TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
     EXPECT_NE(mFolder.Read("usage.jsonl").find("DeleteCommand"), std::string::npos);
 }
 
+TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
+    using Names = std::vector<std::string>;
+    for (const char* name : {"A", "B", "Reels/C", "X", "Y"}) MakeProject(name);
+    MakeProject("Trash/Old");
+    OpenProduction();
+    OpenFolder("Reels");
+    const auto trashed = [this](const Names& names, const std::function<void()>& meanwhile = [] {}) {
+        Select(names);
+        mTabView->ObeyCommand(Command(kMoveToTrash));
+        meanwhile();
+        for (const std::string& name : names) EXPECT_TRUE(Shows([&] { return !FindRow(name); }));
+        Settle();
+        return SelectedNames();
+    };
+    EXPECT_EQ(trashed({"A"}), Names{"B"});
+    EXPECT_EQ(trashed({"Reels", "Reels/C"}), Names{"X"}) << "nothing in the trash is selected";
+    EXPECT_EQ(trashed({"Y"}, [this] { Select({"B"}); }), Names{"B"}) << "the user was quicker";
+    EXPECT_EQ(trashed({"X"}), Names{"B"}) << "nothing follows";
+    EXPECT_EQ(trashed({"B"}), Names{});
+    // The hits of a search do the same.
+    for (const char* name : {"Take 1", "Take 2"}) MakeProject(name);
+    TypeSearch(QStringLiteral("take"));
+    ASSERT_TRUE(Shows([&] { return ShownHits() == Rows{"Take 1", "Take 2"}; }));
+    SearchView().SelectRowsByPaths({ProjectPath("Take 1")});
+    Settle();
+    Send(kMoveToTrash);
+    EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Take 2"}; }));
+}
+
 TEST_F(TrashTest, ScriptsMoveToTheTrashWhileThePanelIsThere) {
     MakeProject("A");
     MakeProject("B");
