@@ -9,10 +9,12 @@
 #include "desk/core/Desktop.h"
 #include "desk/core/Log.h"
 #include "desk/core/Services.h"
+#include "desk/core/UserNotice.h"
 #include "desk/files/FolderStore.h"
 #include "desk/files/KnownFacts.h"
 #include "desk/project/LockKeeper.h"
 #include "desk/project/LockRecord.h"
+#include "desk/project/ProjectQuestions.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
@@ -110,6 +112,17 @@ void LogRefusal(const UTF16String& projectPath, const desk::LockTaking& taking) 
                                         " since " + ToText(holder.mTakenAt));
 }
 
+void TellRefusal(const UTF16String& projectPath, const desk::LockTaking& taking) {
+    LogRefusal(projectPath, taking);
+    desk::ProjectLocking locking;
+    locking.mObstacle = taking.mOutcome == desk::LockTaking::Outcome::Failed
+                            ? desk::ProjectLocking::Obstacle::Refused
+                            : desk::ProjectLocking::Obstacle::Held;
+    locking.mHolder = taking.mRecord;
+    locking.mSystemError = taking.mSystemError != 0 ? taking.mSystemError : EAGAIN;
+    desk::TellUser(desk::ProjectQuestions::DescribeObstacle(projectPath, locking));
+}
+
 /// True for a lock that this process has given up since it was read.
 bool IsOutdated(const desk::LockRecord& record) {
     return record.mIsReadable && record.mPid == ::getpid() &&
@@ -131,12 +144,12 @@ bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machineName) {
 ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                          const UTF16String& machineName) {
     if (const int error = ReasonToRefuse(projectPath, userName, machineName)) {
-        LogRefusal(projectPath, {desk::LockTaking::Outcome::Failed, {}, error});
+        TellRefusal(projectPath, {desk::LockTaking::Outcome::Failed, {}, error});
         return {};
     }
     auto [lock, result] = desk::LockKeeper::Instance().Take(LockFilePath(projectPath), userName, machineName);
     if (lock) return new CreatedLockFile(std::move(lock));
-    LogRefusal(projectPath, result);
+    TellRefusal(projectPath, result);
     return {};
 }
 

@@ -39,7 +39,7 @@ using ProjectLockFileRef = RefPtr<IProjectLockFile>;
 ZUHOST_API bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machineName);
 
 /// Takes the lock of the project at `projectPath` in one atomic step, whether the project exists or not; empty
-/// when it could not be taken (the log says why: who holds it, or operation, path and reason). A lock whose
+/// when it could not be taken (a notice and the log say why: who holds it, or the system's reason). A lock whose
 /// holder is known to be gone is taken over. A project whose lock this process holds already gives another
 /// reference to the same lock, if user and machine are the same. The file goes when the last reference does; if
 /// it cannot be removed then (a reader has it open), it is tried again in the background for three seconds.

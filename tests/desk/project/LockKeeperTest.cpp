@@ -67,6 +67,18 @@ TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
     EXPECT_TRUE(Create(longest));
 }
 
+TEST_F(LockKeeperTest, TellsTheUserWhyALockWasNotTaken) {
+    {
+        const ExpectLogged log("take lock of"), told("\"Reel 1\" cannot be locked: Permission denied.");
+        mDisk.Deny(mFolder.Path("Day 1"));
+        EXPECT_FALSE(Create());
+        mDisk.Allow(mFolder.Path("Day 1"));
+    }
+    const ExpectLogged told("\"Reel 1\" is locked by tomas on edit-bay-2");
+    mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop)));
+    EXPECT_FALSE(Create());
+}
+
 TEST_F(LockKeeperTest, WhatCannotBeRemovedIsTriedAgainForThreeSecondsAndCanBeTakenBack) {
     host::ProjectLockFileRef lock = Create();
     const std::string nonce = NonceAt(kLock);
