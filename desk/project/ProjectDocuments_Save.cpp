@@ -85,11 +85,13 @@ std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const Proje
         const bool isLost = document->GetLock()->IsLost();
         const bool isTargetLost = !isLost && document->GetTargetLock() && document->GetTargetLock()->IsLost();
         if (!isLost && !isTargetLost) return {};
-        const ProjectLocking holder = FindLockHolder(isLost ? path : host::UTF8to16(document->GetFile().mPath));
+        const UTF16String place = isLost ? path : host::UTF8to16(document->GetFile().mPath);
+        const ProjectLocking holder = FindLockHolder(place);
+        const ProjectRemains remains = FindRemains(place);
         // The lost one stays, and says so; another is of no use any more.
         document->SetLocks(isLost ? document->GetLock() : nullptr,
                            isLost ? nullptr : document->GetTargetLock());
-        return ProjectQuestions::AskToCopyAfterLoss(path, holder) ? SaveAsCopy(document) : Saving{};
+        return ProjectQuestions::AskToCopyAfterLoss(path, holder, remains) ? SaveAsCopy(document) : Saving{};
     } catch (const host::FileException& exception) {
         ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
         return Saving{};

@@ -4,8 +4,10 @@
 #include <utility>
 
 #include "desk/core/Services.h"
+#include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
 #include "desk/project/LockKeeper.h"
+#include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
 
@@ -30,6 +32,16 @@ ProjectLocking Refuse(int systemError) {
     locking.mObstacle = Obstacle::Refused;
     locking.mSystemError = systemError;
     return locking;
+}
+
+bool IsThere(const std::string& path) {
+    try {
+        GetServices().mFileSystem->Status(path, false);
+        return true;
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR) throw;
+        return false;
+    }
 }
 
 ProjectLocking TakeOne(const host::UTF16String& path) {
@@ -73,6 +85,12 @@ ProjectLocking FindLockHolder(const host::UTF16String& path) {
     locking.mObstacle = Obstacle::Held;
     locking.mHolder = *record;
     return locking;
+}
+
+ProjectRemains FindRemains(const host::UTF16String& path) {
+    if (IsThere(host::UTF16to8(path))) return ProjectRemains::Project;
+    return IsThere(host::UTF16to8(host::PathUtils::GetFullDirectoryPart(path))) ? ProjectRemains::Folder
+                                                                                : ProjectRemains::Nothing;
 }
 
 }  // namespace desk

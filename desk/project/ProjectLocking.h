@@ -39,4 +39,15 @@ ZUHOST_API ProjectLocking TakeProjectLocks(const host::UTF16String& path, const 
 /// `mSystemError` ENOENT and no obstacle when it has no lock file. May wait for the volume. UI thread.
 ZUHOST_API ProjectLocking FindLockHolder(const host::UTF16String& path);
 
+/// What stands at the place of a project.
+enum class ProjectRemains {
+    Project,
+    /// Only its folder: the project was moved or removed, or the folder is the empty place of a volume.
+    Folder,
+    Nothing,
+};
+
+/// Throws `host::FileException` when the volume does not tell. May wait for the volume. Any thread.
+ZUHOST_API ProjectRemains FindRemains(const host::UTF16String& path);
+
 }  // namespace desk

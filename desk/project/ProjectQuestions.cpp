@@ -59,6 +59,24 @@ Answer Ask(const Question& question) {
     return answer;
 }
 
+UTF16String DescribeLoss(const UTF16String& path, const ProjectLocking& holder, ProjectRemains remains) {
+    if (holder.mObstacle == ProjectLocking::Obstacle::Held)
+        return ZString("$$$/Desk/Project/LostTo=Your lock on \"@0\" was taken over: it is held by @1.",
+                       {NameOf(path), DescribeHolder(holder.mHolder)});
+    const UTF16String folder = Shown(host::PathUtils::GetFullDirectoryPart(path));
+    if (remains == ProjectRemains::Nothing)
+        return ZString(
+            "$$$/Desk/Project/FolderGone=The folder of \"@0\" is not there, and so your lock is not: it was moved or "
+            "removed, or its volume is not mounted.\n@1",
+            {NameOf(path), folder});
+    if (remains == ProjectRemains::Folder)
+        return ZString(
+            "$$$/Desk/Project/FileAndLockGone=Neither the file of \"@0\" nor your lock is in its folder any more: "
+            "they were moved or removed, or the volume is not mounted.\n@1",
+            {NameOf(path), folder});
+    return ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on \"@0\".", {NameOf(path)});
+}
+
 bool AskToCopy(UTF16String title, UTF16String text) {
     Question question = MakeQuestion(std::move(title), std::move(text), {CopyButton(), CancelButton()});
     question.mIsWarning = true;
@@ -178,14 +196,9 @@ ChangedAnswer AskAboutChange(const UTF16String& path, const FileComparison& foun
     return button == 0 ? ChangedAnswer::SaveAsCopy : ChangedAnswer::Overwrite;
 }
 
-bool AskToCopyAfterLoss(const UTF16String& path, const ProjectLocking& holder) {
-    const UTF16String who =
-        holder.mObstacle == ProjectLocking::Obstacle::Held
-            ? ZString("$$$/Desk/Project/LostTo=Your lock on \"@0\" was taken over: it is held by @1.",
-                      {NameOf(path), DescribeHolder(holder.mHolder)})
-            : ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on \"@0\".", {NameOf(path)});
+bool AskToCopyAfterLoss(const UTF16String& path, const ProjectLocking& holder, ProjectRemains remains) {
     return AskToCopy(ZString("$$$/Desk/Project/LockLost=Lock Lost"),
-                     who + u"\n" +
+                     DescribeLoss(path, holder, remains) + u"\n" +
                          ZString("$$$/Desk/Project/LockLostAdvice=Nothing was overwritten. The project is "
                                  "read-only now; your changes "
                                  "can be saved as a copy."));

@@ -40,8 +40,9 @@ enum class ChangedAnswer { SaveAsCopy, Overwrite, Cancel };
 /// The file to be saved to is not what was read from it.
 ChangedAnswer AskAboutChange(const host::UTF16String& path, const FileComparison& found);
 
-/// The project cannot be saved to its file: the lock was lost to `holder`.
-bool AskToCopyAfterLoss(const host::UTF16String& path, const ProjectLocking& holder);
+/// The project cannot be saved to its file: the lock was lost to `holder`, or is gone, maybe with more of what
+/// was there.
+bool AskToCopyAfterLoss(const host::UTF16String& path, const ProjectLocking& holder, ProjectRemains remains);
 /// The project cannot be saved to its file: it is read-only.
 bool AskToCopyReadOnly(const host::UTF16String& path);
 
