@@ -55,6 +55,13 @@ const char* GetDecalName(IconState state) {
     return nullptr;
 }
 
+/// The name, with the mark that a tab's title has for unsaved changes.
+UTF16String GetLabel(const UTF16String& path) {
+    ProjectRef project;
+    const bool isUnsaved = IsProjectOpen(path, project) && project->IsDirty();
+    return GetPathDisplayName(path) + (isUnsaved ? u" •" : u"");
+}
+
 /// Icon and name of a row.
 class NameCellView final : public UI_SubView {
 public:
@@ -73,8 +80,7 @@ private:
 };
 
 NameCellView::NameCellView(const UTF16String& path, IconState state) {
-    const UTF16String displayName = GetPathDisplayName(path);
-    UI_SetNodeID("SharedProjects.NameCellView." + UTF16to8(displayName));
+    UI_SetNodeID("SharedProjects.NameCellView." + UTF16to8(GetPathDisplayName(path)));
     if (const char* decal = GetDecalName(state))
         mBitmap = Bitmap::GetBitmap(decal, GetDefaultDrawSupplier());
     else
@@ -82,7 +88,7 @@ NameCellView::NameCellView(const UTF16String& path, IconState state) {
     mImage = new UI_StaticImage;
     mImage->SetImageSupplyFunction([this](UI_ImageSupplyMessage& message) { GetIcon(message); });
     AddChild(mImage);
-    mText = new UI_StaticText(displayName);
+    mText = new UI_StaticText(GetLabel(path));
     if (Utils::IsRefreshable(path)) mText->SetFontStyle("Italic");
     AddChild(mText);
 }
@@ -114,6 +120,9 @@ UTF16String GetAccessibleName(const UTF16String& path, const FileMetadata* metad
     ProjectRef project;
     if (IsProjectOpen(path, project)) {
         text = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/Open=@0, open", {text});
+        if (project->IsDirty())
+            text =
+                ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/Unsaved=@0, unsaved changes", {text});
         if (project->IsReadOnly())
             text = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/ReadOnly=@0, read-only", {text});
         if (Utils::IsRefreshable(path))

@@ -190,7 +190,7 @@ private:
     bool OnRevealRootInSystemCommand(const Command& command);
     bool OnRevealItemInSystemCommand(const Command& command);
     bool OnMakeACopyCommand(const Command& command);
-    /// What Toggle Lock would do, as the menu says it.
+    /// What Toggle Lock would do, as the menu says it; empty when it could do nothing, whoever has locks.
     UTF16String GetToggleLockCommandText() const;
 
     bool OnMovementCommandStatus(bool& enabled) const;

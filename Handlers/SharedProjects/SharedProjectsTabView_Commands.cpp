@@ -9,7 +9,7 @@ struct SharedProjectsTabView::CommandPair {
     int mID;
     bool (SharedProjectsTabView::*mStatus)(bool& enabled) const;
     bool (SharedProjectsTabView::*mObey)(const Command& command);
-    /// The menu text of an enabled command; null for the menu's own.
+    /// The menu text; null, or one that is empty, for the menu's own.
     UTF16String (SharedProjectsTabView::*mText)() const = nullptr;
 };
 
@@ -52,7 +52,7 @@ bool SharedProjectsTabView::FindCommandStatus(int id, bool& enabled, bool& check
         return CommandHandler::FindCommandStatus(id, enabled, checked, mark, text);
     checked = false;
     mark = MenuMark::None;
-    if (enabled && pair->mText) text = (this->*pair->mText)();
+    if (pair->mText) text = (this->*pair->mText)();
     return true;
 }
 

@@ -38,8 +38,8 @@ ProjectVec FindOpenProjects(const UTF16StringVec& paths) {
     return projects;
 }
 
-/// What Toggle Lock would find.
-enum class ToggleLockState { Disabled, ReadOnly, Writable };
+/// What Toggle Lock would find; of read-only projects that somebody else has locked none can be switched.
+enum class ToggleLockState { Disabled, LockedReadOnly, ReadOnly, Writable };
 
 ToggleLockState GetToggleLockState(const UTF16StringVec& paths) {
     if (!DocumentManager::Instance() || paths.empty()) return ToggleLockState::Disabled;
@@ -54,7 +54,7 @@ ToggleLockState GetToggleLockState(const UTF16StringVec& paths) {
         isAnyLocked |= Utils::IsALockedProject(path);
     }
     if (!*isReadOnly) return ToggleLockState::Writable;
-    return isAnyLocked ? ToggleLockState::Disabled : ToggleLockState::ReadOnly;
+    return isAnyLocked ? ToggleLockState::LockedReadOnly : ToggleLockState::ReadOnly;
 }
 
 }  // namespace
@@ -152,15 +152,18 @@ bool SharedProjectsTabView::OnSaveAllProjectsCommand(const Command&) {
 }
 
 bool SharedProjectsTabView::OnToggleLockCommandStatus(bool& enabled) const {
-    enabled = GetToggleLockState(GetKnownSelection()) != ToggleLockState::Disabled;
+    const ToggleLockState state = GetToggleLockState(GetKnownSelection());
+    enabled = state == ToggleLockState::ReadOnly || state == ToggleLockState::Writable;
     return true;
 }
 
 UTF16String SharedProjectsTabView::GetToggleLockCommandText() const {
+    const ToggleLockState state = GetToggleLockState(GetKnownSelection());
+    if (state == ToggleLockState::Disabled) return {};
     return Localizer::Get()->Localize(
-        GetToggleLockState(GetKnownSelection()) == ToggleLockState::ReadOnly
-            ? "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadWriteMode=Read-Write Mode"
-            : "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadOnlyMode=Read-Only Mode");
+        state == ToggleLockState::Writable
+            ? "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadOnlyMode=Read-Only Mode"
+            : "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadWriteMode=Read-Write Mode");
 }
 
 bool SharedProjectsTabView::OnToggleLockCommand(const Command&) {
