@@ -21,10 +21,10 @@ struct KnownItem {
 
 /// Looks `path` up in the folder store, in any spelling; a normalised path of an item that is there costs no
 /// allocation. Knows nothing while the process has no store. UI thread.
-KnownItem FindKnownItem(const host::UTF16String& path);
+ZUHOST_API KnownItem FindKnownItem(const host::UTF16String& path);
 
 /// The same; facts that are missing are asked for in the background, and so is the listing of a folder that
 /// waits for that.
-KnownItem FindKnownItemAndRequest(const host::UTF16String& path);
+ZUHOST_API KnownItem FindKnownItemAndRequest(const host::UTF16String& path);
 
 }  // namespace desk
