@@ -1,3 +1,6 @@
+#include <QMainWindow>
+
+#include "desk/framework/DockWorkspace.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {
@@ -16,6 +19,18 @@ protected:
         for (const ProjectRef& project : GetOpenProjectList())
             names.push_back(UTF16to8(PathUtils::GetFilePart(project->GetProjectPath())));
         return names;
+    }
+    /// The text in the name cell of a top-level row.
+    std::string ShownName(const std::string& name) {
+        Settle();
+        const unsigned column =
+            static_cast<unsigned>(Tree()->GetHeaderRow()->GetIndexOfColumn(Columns::kNameColumnID));
+        for (const RefPtr<UI_Node>& view : RowOf(name)->GetCellView(column)->GetChildren())
+            if (const auto* cell = dynamic_cast<const UI_Container*>(view.get()))
+                for (const RefPtr<UI_Node>& child : cell->GetChildren())
+                    if (const auto* text = dynamic_cast<const UI_StaticText*>(child.get()))
+                        return UTF16to8(text->GetValue());
+        return "(no name)";
     }
     using Names = std::vector<std::string>;
 };
@@ -71,6 +86,19 @@ TEST_F(OpenProjectsTest, AddedProjectsAreCopiesOnceTheUserAgrees) {
     mDialogs.ExpectMessage("Already in Production Folder");
     Utils::AddProjectsToZuProductionWithPrompt({ProjectPath("A"), outside}, PathOf("Reels"));
     EXPECT_EQ(mDialogs.LastText(), "The selected projects are already part of this production.");
+    QMainWindow window;
+    const desk::DockWorkspace workspace(window);
+    const ExpectLogged noProgress("There is no panel");
+    MakeProject("Reels/X");
+    mFolder.Write("Outside/Y.zuproj", "y");
+    for (const char16_t* answer : {u"Cancel", u"Copy"}) {
+        EXPECT_TRUE(Shows({"A", "B", "Reels"}));
+        Select({"Reels"});
+        mDialogs.ExpectFiles("Add Project", {outside, mFolder.PathUTF16("Outside/Y.zuproj")});
+        mDialogs.ExpectQuestion("Add Projects to Production", answer);
+        Send(kAddProject);
+    }
+    EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"X_1", "Y"}; })) << "the copies are selected";
 }
 
 TEST_F(OpenProjectsTest, RowsAndButtonsFollowOpenProjects) {
@@ -78,6 +106,11 @@ TEST_F(OpenProjectsTest, RowsAndButtonsFollowOpenProjects) {
     OpenDocument("A");
     Settle();
     EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, open, locked by ines");
+    Edit("A", u"changed");
+    EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, open, unsaved changes, locked by ines");
+    EXPECT_EQ(ShownName("A"), "A •");
+    Send(kSaveAll);
+    EXPECT_EQ(ShownName("A"), "A");
     Select({"A"});
     EXPECT_EQ(StatusOf(CommandsFixture::kToggleLock).mText, u"Read-Only Mode");
     Send(kToggleLock);
@@ -92,6 +125,7 @@ TEST_F(OpenProjectsTest, RowsAndButtonsFollowOpenProjects) {
         return Says("A", Columns::kNameColumnID) == "A, open, read-only, out of date, locked by edit-bay-2";
     }));
     EXPECT_FALSE(IsEnabled(kToggleLock)) << "somebody else is at it";
+    EXPECT_EQ(StatusOf(kToggleLock).mText, u"Read-Write Mode");
     EXPECT_TRUE(IsEnabled(kRefreshAll));
     Send(kRefresh);
     EXPECT_FALSE(IsEnabled(kRefresh) || IsEnabled(kRefreshAll));

@@ -98,7 +98,8 @@ TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
     MakeProject("Trash/Old");
     OpenProduction();
     OpenFolder("Reels");
-    const auto trashed = [this](const Names& names, const std::function<void()>& meanwhile = [] {}) {
+    const auto trashed = [this](
+                             const Names& names, const std::function<void()>& meanwhile = [] {}) {
         Select(names);
         mTabView->ObeyCommand(Command(kMoveToTrash));
         meanwhile();
