@@ -121,8 +121,8 @@ UTF16String GetAccessibleName(const UTF16String& path, const FileMetadata* metad
     if (IsProjectOpen(path, project)) {
         text = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/Open=@0, open", {text});
         if (project->IsDirty())
-            text =
-                ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/Unsaved=@0, unsaved changes", {text});
+            text = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/Unsaved=@0, unsaved changes",
+                           {text});
         if (project->IsReadOnly())
             text = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/ReadOnly=@0, read-only", {text});
         if (Utils::IsRefreshable(path))

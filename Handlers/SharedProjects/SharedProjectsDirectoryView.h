@@ -66,8 +66,8 @@ public:
     /// they are in is opened. They become the selection in place of the present one; once the user has selected
     /// something else, those that are still to come are left alone. A newer call drops an older one.
     void SelectWhenShown(const UTF16StringVec& paths);
-    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected, the row
-    /// that follows them is, or else the one before, but nothing in the trash.
+    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected,
+    /// the row that follows them is, or else the one before, but nothing in the trash.
     void SelectNextWhenSelectionHasGone();
     /// Selects all opened rows but the trash folder and what is in it.
     void SelectAll();

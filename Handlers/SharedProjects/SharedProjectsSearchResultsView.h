@@ -49,14 +49,14 @@ public:
 
     /// The paths of the selected rows in the order in which they were selected: of all, or of projects only.
     UTF16StringVec GetSelectedPaths(bool includeAll) const;
-    /// The paths of the selected rows but those inside another selected row's folder, normalised, in the order in
-    /// which they were selected.
+    /// The paths of the selected rows but those inside another selected row's folder, normalised, in the order
+    /// in which they were selected.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
     std::size_t CountSelectedRows() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
-    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected, the row
-    /// that follows them is, or else the one before, but nothing in the trash.
+    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected,
+    /// the row that follows them is, or else the one before, but nothing in the trash.
     void SelectNextWhenSelectionHasGone();
     void SelectAllProjects();
     void DeselectAll();

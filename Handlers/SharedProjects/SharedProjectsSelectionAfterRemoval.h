@@ -9,17 +9,17 @@ namespace HandlerSharedProjects {
 
 using namespace host;
 
-/// Where a tree's selection goes when the selected rows leave it: to the row that shows after them, or when there
-/// is none, to the one before. UI thread.
+/// Where a tree's selection goes when the selected rows leave it: to the row that shows after them, or when
+/// there is none, to the one before. UI thread.
 class SelectionAfterRemoval {
 public:
     using RowTest = std::function<bool(const RowRef&)>;
 
-    /// The rows that are selected in `tree` now are to leave it, with what is below them. The selection will go to a
-    /// row for which `mayBeSelected` holds.
+    /// The rows that are selected in `tree` now are to leave it, with what is below them. The selection will go
+    /// to a row for which `mayBeSelected` holds.
     void Expect(const UI_MultiColumnTree& tree, const RowTest& mayBeSelected);
-    /// Rows have left `tree`; `isThere` says of a row whether it has stayed. Selects when all that were expected to
-    /// leave have left. Once something else has been selected, or nothing, that is left alone.
+    /// Rows have left `tree`; `isThere` says of a row whether it has stayed. Selects when all that were
+    /// expected to leave have left. Once something else has been selected, or nothing, that is left alone.
     void OnRowsRemoved(UI_MultiColumnTree& tree, const RowTest& isThere);
 
 private:
