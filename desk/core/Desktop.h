@@ -17,7 +17,8 @@ public:
     /// The user's name (login name, or the one given to the program).
     virtual host::UTF16String UserName() const = 0;
     virtual host::UTF16String MachineName() const = 0;
-    /// Identifies the machine across restarts (machine-id(5)); empty when the system has none.
+    /// Identifies the machine, across restarts where the system has an ID (machine-id(5)), else until the next one;
+    /// empty when even that is not known.
     virtual std::string MachineID() const = 0;
     /// Identifies the time since the machine was started (/proc/sys/kernel/random/boot_id).
     virtual std::string BootID() const = 0;

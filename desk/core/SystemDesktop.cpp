@@ -39,12 +39,19 @@ std::string ReadFirstLine(const char* path) {
 }
 
 /// machine-id(5): 32 hexadecimal digits, or a word such as "uninitialized" while there is none.
-std::string ReadMachineID() {
+/// Without an ID of its own (in many containers) a machine has one for the time until it is started again: what its
+/// processes left before that counts as another machine's, and is left alone.
+std::string MakeMachineIDOfBoot(std::string bootID) {
+    std::erase(bootID, '-');
+    return bootID;
+}
+
+std::string ReadMachineID(const std::string& bootID) {
     for (const char* path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
         std::string id = ReadFirstLine(path);
         if (id.size() == 32 && id.find_first_not_of("0123456789abcdef") == std::string::npos) return id;
     }
-    return {};
+    return MakeMachineIDOfBoot(bootID);
 }
 
 }  // namespace
@@ -52,8 +59,8 @@ std::string ReadMachineID() {
 SystemDesktop::SystemDesktop(const host::UTF16String& userName)
     : mUserName(userName.empty() ? host::UTF8to16(ReadLoginName()) : userName),
       mMachineName(host::UTF8to16(ReadMachineName())),
-      mMachineID(ReadMachineID()),
-      mBootID(ReadFirstLine("/proc/sys/kernel/random/boot_id")) {}
+      mBootID(ReadFirstLine("/proc/sys/kernel/random/boot_id")),
+      mMachineID(ReadMachineID(mBootID)) {}
 
 void SystemDesktop::ShowInFileBrowser(const std::vector<std::string>& paths, Reveal reveal,
                                       RevealFailed failed) {

@@ -21,8 +21,8 @@ public:
 private:
     host::UTF16String mUserName;
     host::UTF16String mMachineName;
-    std::string mMachineID;
     std::string mBootID;
+    std::string mMachineID;
 };
 
 }  // namespace desk
