@@ -50,15 +50,15 @@ QString DescribeProblem(const FolderCheck& check, const std::string& folder) {
             break;
         case Problem::Missing:
             return ToQString(
-                host::ZString("$$$/Desk/Production/Missing=The folder \"@0\" does not exist.", {path}));
+                host::ZString("$$$/Desk/Production/Missing=The folder “@0” does not exist.", {path}));
         case Problem::NoFolder:
-            return ToQString(host::ZString("$$$/Desk/Production/NoFolder=\"@0\" is not a folder.", {path}));
+            return ToQString(host::ZString("$$$/Desk/Production/NoFolder=“@0” is not a folder.", {path}));
         case Problem::Unreadable:
             return ToQString(host::ZString(
-                "$$$/Desk/Production/Unreadable=The folder \"@0\" cannot be read: @1.", {path, reason}));
+                "$$$/Desk/Production/Unreadable=The folder “@0” cannot be read: @1.", {path, reason}));
         case Problem::NoAnswer:
             return ToQString(host::ZString(
-                "$$$/Desk/Production/NoAnswer=The volume of the folder \"@0\" does not answer.", {path}));
+                "$$$/Desk/Production/NoAnswer=The volume of the folder “@0” does not answer.", {path}));
     }
     return {};
 }

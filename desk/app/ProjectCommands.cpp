@@ -62,7 +62,7 @@ void OfferToEdit(const ProjectDocumentRef& document) {
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
          .mText = host::ZString(
-             "$$$/Desk/BreakLock/Broken=The lock of \u201C@0\u201D was broken. The project can now "
+             "$$$/Desk/BreakLock/Broken=The lock of “@0” was broken. The project can now "
              "be switched to read-write.",
              {host::PathUtils::GetFilePart(document->GetProjectPath())}),
          .mButtons = {host::ZString("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write"),
@@ -170,7 +170,7 @@ void ProjectCommands::BreakLock() const {
     else
         GetServices().mDialogs->ShowMessage(
             host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
-            host::ZString("$$$/Desk/BreakLock/BrokenOnly=The lock of \u201C@0\u201D was broken.",
+            host::ZString("$$$/Desk/BreakLock/BrokenOnly=The lock of “@0” was broken.",
                           {host::PathUtils::GetFilePart(path)}),
             MessageKind::Information);
 }

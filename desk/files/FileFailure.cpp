@@ -38,7 +38,7 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
         case EDQUOT:
             return host::ZString("$$$/Vantor/Desk/Copies/NoRoom=There is no room left on the volume.");
         case EBUSY:
-            return host::ZString("$$$/Vantor/Desk/Files/Busy=\"@0\" is in use or was changed meanwhile.",
+            return host::ZString("$$$/Vantor/Desk/Files/Busy=“@0” is in use or was changed meanwhile.",
                                  {host::PathUtils::GetFullFilePart(exception.Path())});
         default:
             return host::ZString(
@@ -48,11 +48,11 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
 }
 
 void TellNotCopied(const host::UTF16String& path, const host::FileException& exception) {
-    Tell("$$$/Vantor/Desk/Copies/NotCopied=\"@0\" was not copied. @1", path, exception);
+    Tell("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1", path, exception);
 }
 
 void TellNotMoved(const host::UTF16String& path, const host::FileException& exception) {
-    Tell("$$$/Vantor/Desk/Files/NotMoved=\"@0\" was not moved. @1", path, exception);
+    Tell("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", path, exception);
 }
 
 }  // namespace desk

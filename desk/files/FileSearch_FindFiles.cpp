@@ -10,7 +10,7 @@ namespace host {
 UTF16StringVec FileSearch::FindFiles(const UTF16String& root, const UTF16String& extension) {
     UTF16StringVec found;
     desk::RunLongWork(
-        ZString("$$$/Vantor/Desk/Files/Searching=Searching \"@0\"", {PathUtils::GetFullFilePart(root)}),
+        ZString("$$$/Vantor/Desk/Files/Searching=Searching “@0”", {PathUtils::GetFullFilePart(root)}),
         [&](desk::WorkProgress& progress) {
             desk::FolderWalk walk({{extension}, nullptr, false}, nullptr);
             found = walk.Run(root, progress).mPaths;

@@ -28,7 +28,7 @@ void CopyOfKind(const UTF16String& from, const UTF16String& to, bool isFolder) {
         desk::CopyItem(path, UTF16to8(destination), progress);
     };
     try {
-        desk::RunLongWork(ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying \"@0\"",
+        desk::RunLongWork(ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”",
                                   {PathUtils::GetFullFilePart(source)}),
                           work);
     } catch (const FileException& exception) {

@@ -43,7 +43,7 @@ public:
         try {
             desk::CheckMoveToTrash(mDestination);
             desk::RunLongWork(
-                ZString("$$$/Vantor/Desk/Files/Moving=Moving \"@0\"", {PathUtils::GetFullFilePart(mSource)}),
+                ZString("$$$/Vantor/Desk/Files/Moving=Moving “@0”", {PathUtils::GetFullFilePart(mSource)}),
                 [this](desk::WorkProgress& progress) { Work(progress); });
         } catch (const FileException& exception) {
             desk::TellNotMoved(mSource, exception);
@@ -86,13 +86,13 @@ private:
         const UTF16String name = PathUtils::GetFullFilePart(mSource);
         if (!mIsThere)
             desk::TellUser(
-                ZString("$$$/Vantor/Desk/Files/Gone=\"@0\" was not moved. It is not there any more.", {name}));
+                ZString("$$$/Vantor/Desk/Files/Gone=“@0” was not moved. It is not there any more.", {name}));
         else if (mHolder && mHolder->mIsReadable)
-            desk::TellUser(ZString("$$$/Vantor/Desk/Files/Locked=\"@0\" was not moved. @1 has it open on @2.",
+            desk::TellUser(ZString("$$$/Vantor/Desk/Files/Locked=“@0” was not moved. @1 has it open on @2.",
                                    {name, mHolder->mUser, mHolder->mMachine}));
         else
             desk::TellUser(ZString(
-                "$$$/Vantor/Desk/Files/LockedUnknown=\"@0\" was not moved. Somebody has it open.", {name}));
+                "$$$/Vantor/Desk/Files/LockedUnknown=“@0” was not moved. Somebody has it open.", {name}));
         return kNotMoved;
     }
 
@@ -104,7 +104,7 @@ private:
         desk::LookAgainAround(mDestination);
         if (!mMove->mLeftBehind.empty())
             desk::TellUser(
-                ZString("$$$/Vantor/Desk/Files/LeftBehind=\"@0\" was moved, but a part of it also stands where "
+                ZString("$$$/Vantor/Desk/Files/LeftBehind=“@0” was moved, but a part of it also stands where "
                         "it was: @1",
                         {PathUtils::GetFullFilePart(mSource), UTF8to16(mMove->mLeftBehind)}));
         return 0;

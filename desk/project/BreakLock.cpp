@@ -77,7 +77,7 @@ UTF16String TimeText(std::int64_t secondsSinceEpoch, std::int64_t now) {
 
 bool Confirm(const UTF16String& path, const StandingLock& lock) {
     const UTF16String text = host::ZString(
-        "$$$/Desk/BreakLock/Question=\u201C@0\u201D is locked by @1.\n\nIf it is still open there, changes "
+        "$$$/Desk/BreakLock/Question=“@0” is locked by @1.\n\nIf it is still open there, changes "
         "that are "
         "not saved yet can then be saved as a copy only. Break the lock only if you know that nobody works on "
         "the "
@@ -141,16 +141,16 @@ UTF16String DescribeOutcome(const UTF16String& path, const LockBreaking& breakin
     const UTF16String name = NameOfProject(path);
     if (breaking.mOutcome == Outcome::Guarded)
         return host::ZString(
-            "$$$/Desk/BreakLock/Guarded=The lock of \u201C@0\u201D was not broken: it is just being broken by "
+            "$$$/Desk/BreakLock/Guarded=The lock of “@0” was not broken: it is just being broken by "
             "@1.",
             {name, DescribeHolder(breaking.mGuard)});
     if (breaking.mOutcome == Outcome::Changed)
         return host::ZString(
-            "$$$/Desk/BreakLock/Changed=The lock of \u201C@0\u201D was not broken: it has changed meanwhile. "
+            "$$$/Desk/BreakLock/Changed=The lock of “@0” was not broken: it has changed meanwhile. "
             "Look "
             "again who holds it.",
             {name});
-    return host::ZString("$$$/Desk/BreakLock/Failed=The lock of \u201C@0\u201D was not broken: @1.",
+    return host::ZString("$$$/Desk/BreakLock/Failed=The lock of “@0” was not broken: @1.",
                          {name, host::UTF8to16(std::generic_category().message(breaking.mSystemError))});
 }
 
@@ -158,7 +158,7 @@ UTF16String DescribeOutcome(const UTF16String& path, const LockBreaking& breakin
 bool BreakGuard(const UTF16String& path, const StandingLock& lock, const LockRecord& guard, BreakWait wait) {
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = Title(),
-         .mText = host::ZString("$$$/Desk/BreakLock/GuardQuestion=The lock of \u201C@0\u201D is being broken "
+         .mText = host::ZString("$$$/Desk/BreakLock/GuardQuestion=The lock of “@0” is being broken "
                                 "already, by @1. If that "
                                 "goes on for minutes, it was interrupted, and you can take it over.",
                                 {NameOfProject(path), DescribeHolder(guard)}),
@@ -185,14 +185,14 @@ std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::
     RunLongWork(Title(), [&](WorkProgress&) { locks = FindStandingLocks(path, filePath); });
     const auto lock = std::ranges::find_if_not(locks, IsOurs);
     if (locks.empty()) {
-        Tell(host::ZString("$$$/Desk/BreakLock/None=Nobody holds a lock on \u201C@0\u201D any more.",
+        Tell(host::ZString("$$$/Desk/BreakLock/None=Nobody holds a lock on “@0” any more.",
                            {NameOfProject(path)}),
              MessageKind::Information);
         return {};
     }
     if (lock == locks.end()) {
         Tell(
-            host::ZString("$$$/Desk/BreakLock/Own=You hold the lock on \u201C@0\u201D yourself, in this "
+            host::ZString("$$$/Desk/BreakLock/Own=You hold the lock on “@0” yourself, in this "
                           "window. It goes when the "
                           "project is closed or switched to read-only.",
                           {NameOfProject(path)}),

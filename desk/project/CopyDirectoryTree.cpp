@@ -80,7 +80,7 @@ void Utilities::CopyDirectoryTree(const UTF16String& from, const UTF16String& to
     const UTF16String source = PathUtils::ToNormalizedPath(from);
     desk::TreeCopy copy(UTF16to8(source), UTF16to8(PathUtils::ToNormalizedPath(to)));
     desk::RunLongWork(
-        ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying \"@0\"", {PathUtils::GetFullFilePart(source)}),
+        ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
         [&copy](desk::WorkProgress& progress) { copy.Run(progress); });
 }
 

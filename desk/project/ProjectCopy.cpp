@@ -80,7 +80,7 @@ host::UTF16String ProjectCopy::DescribeFailure() const {
 
 void ProjectCopy::TellFailure() const {
     Log(LogLevel::Warning, mError ? mError->what() : "copy " + host::UTF16to8(mSource) + ": " + mOtherError);
-    TellUser(host::ZString("$$$/Vantor/Desk/Copies/NotCopied=\"@0\" was not copied. @1",
+    TellUser(host::ZString("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1",
                            {host::PathUtils::GetFullFilePart(mSource), DescribeFailure()}));
 }
 

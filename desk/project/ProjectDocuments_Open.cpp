@@ -71,7 +71,7 @@ bool ProjectDocuments::Open(const UTF16String& path) {
         if (document->GetFile().mPath != file.mPath) continue;
         SetActiveProject(document);
         TellUser(host::ZString(
-            "$$$/Desk/Project/SameFile=\"@0\" and \"@1\" are one file, which is open already.",
+            "$$$/Desk/Project/SameFile=“@0” and “@1” are one file, which is open already.",
             {ProjectQuestions::NameOf(path), ProjectQuestions::NameOf(document->GetProjectPath())}));
         return true;
     }

@@ -61,20 +61,20 @@ Answer Ask(const Question& question) {
 
 UTF16String DescribeLoss(const UTF16String& path, const ProjectLocking& holder, ProjectRemains remains) {
     if (holder.mObstacle == ProjectLocking::Obstacle::Held)
-        return ZString("$$$/Desk/Project/LostTo=Your lock on \"@0\" was taken over: it is held by @1.",
+        return ZString("$$$/Desk/Project/LostTo=Your lock on “@0” was taken over: it is held by @1.",
                        {NameOf(path), DescribeHolder(holder.mHolder)});
     const UTF16String folder = Shown(host::PathUtils::GetFullDirectoryPart(path));
     if (remains == ProjectRemains::Nothing)
         return ZString(
-            "$$$/Desk/Project/FolderGone=The folder of \"@0\" is not there, and so your lock is not: it was moved or "
+            "$$$/Desk/Project/FolderGone=The folder of “@0” is not there, and so your lock is not: it was moved or "
             "removed, or its volume is not mounted.\n@1",
             {NameOf(path), folder});
     if (remains == ProjectRemains::Folder)
         return ZString(
-            "$$$/Desk/Project/FileAndLockGone=Neither the file of \"@0\" nor your lock is in its folder any more: "
+            "$$$/Desk/Project/FileAndLockGone=Neither the file of “@0” nor your lock is in its folder any more: "
             "they were moved or removed, or the volume is not mounted.\n@1",
             {NameOf(path), folder});
-    return ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on \"@0\".", {NameOf(path)});
+    return ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on “@0”.", {NameOf(path)});
 }
 
 bool AskToCopy(UTF16String title, UTF16String text) {
@@ -95,50 +95,50 @@ UTF16String DescribeObstacle(const UTF16String& path, const ProjectLocking& lock
         case ProjectLocking::Obstacle::None:
             return {};
         case ProjectLocking::Obstacle::Held:
-            return ZString("$$$/Desk/Project/HeldBy=\"@0\" is locked by @1.",
+            return ZString("$$$/Desk/Project/HeldBy=“@0” is locked by @1.",
                            {name, DescribeHolder(locking.mHolder)});
         case ProjectLocking::Obstacle::TargetIsNoProject:
             return ZString(
-                "$$$/Desk/Project/LinkToNoProject=\"@0\" is a link to a file that is no project, and "
+                "$$$/Desk/Project/LinkToNoProject=“@0” is a link to a file that is no project, and "
                 "cannot be locked.",
                 {name});
         case ProjectLocking::Obstacle::Refused:
             break;
     }
-    return ZString("$$$/Desk/Project/LockRefused=\"@0\" cannot be locked: @1.",
+    return ZString("$$$/Desk/Project/LockRefused=“@0” cannot be locked: @1.",
                    {name, host::UTF8to16(std::generic_category().message(locking.mSystemError))});
 }
 
 void TellNotOpened(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotOpened=The Project Was Not Opened"),
-         ZString("$$$/Desk/Project/NotOpenedText=\"@0\" was not opened.\n@1", {NameOf(path), reason}));
+         ZString("$$$/Desk/Project/NotOpenedText=“@0” was not opened.\n@1", {NameOf(path), reason}));
 }
 
 void TellNotSaved(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotSaved=The Project Was Not Saved"),
-         ZString("$$$/Desk/Project/NotSavedText=\"@0\" was not saved; it still has its unsaved changes.\n@1",
+         ZString("$$$/Desk/Project/NotSavedText=“@0” was not saved; it still has its unsaved changes.\n@1",
                  {NameOf(path), reason}));
 }
 
 void TellNotCopied(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotCopied=The Copy Was Not Made"),
-         ZString("$$$/Desk/Project/NotCopiedText=The copy \"@0\" was not made.\n@1", {NameOf(path), reason}));
+         ZString("$$$/Desk/Project/NotCopiedText=The copy “@0” was not made.\n@1", {NameOf(path), reason}));
 }
 
 void TellNotReloaded(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotReloaded=The Project Was Not Reloaded"),
-         ZString("$$$/Desk/Project/NotReloadedText=\"@0\" was not reloaded, and stays as it was.\n@1",
+         ZString("$$$/Desk/Project/NotReloadedText=“@0” was not reloaded, and stays as it was.\n@1",
                  {NameOf(path), reason}));
 }
 
 void TellNotMade(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotMade=The Project Was Not Made"),
-         ZString("$$$/Desk/Project/NotMadeText=\"@0\" was not made.\n@1", {NameOf(path), reason}));
+         ZString("$$$/Desk/Project/NotMadeText=“@0” was not made.\n@1", {NameOf(path), reason}));
 }
 
 void TellNotWritable(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotWritable=The Project Stays Read-Only"),
-         ZString("$$$/Desk/Project/NotWritableText=\"@0\" cannot be edited now.\n@1", {NameOf(path), reason}));
+         ZString("$$$/Desk/Project/NotWritableText=“@0” cannot be edited now.\n@1", {NameOf(path), reason}));
 }
 
 LockedAnswer AskAboutLock(const UTF16String& path, const ProjectLocking& locking) {
@@ -161,7 +161,7 @@ LockedAnswer AskAboutLock(const UTF16String& path, const ProjectLocking& locking
 SaveChoice AskToSave(const UTF16String& path, bool offersApplyToAll) {
     Question question = MakeQuestion(
         ZString("$$$/Desk/Project/SaveChanges=Save Changes"),
-        ZString("$$$/Desk/Project/SaveChangesText=\"@0\" has unsaved changes. Discarded changes are lost.",
+        ZString("$$$/Desk/Project/SaveChangesText=“@0” has unsaved changes. Discarded changes are lost.",
                 {NameOf(path)}),
         {SaveButton(), ZString("$$$/Desk/Project/Discard=Discard"), CancelButton()});
     question.mOffersApplyToAll = offersApplyToAll;
@@ -176,11 +176,11 @@ ChangedAnswer AskAboutChange(const UTF16String& path, const FileComparison& foun
     const UTF16String text =
         isMissing
             ? ZString(
-                  "$$$/Desk/Project/GoneText=The file of \"@0\" is no longer there: somebody has moved or "
+                  "$$$/Desk/Project/GoneText=The file of “@0” is no longer there: somebody has moved or "
                   "removed it.",
                   {NameOf(path)})
             : ZString(
-                  "$$$/Desk/Project/ChangedText=The file of \"@0\" was changed at @1 by somebody who does not "
+                  "$$$/Desk/Project/ChangedText=The file of “@0” was changed at @1 by somebody who does not "
                   "hold its lock. To overwrite it loses what they have written.",
                   {NameOf(path), ShownLocalTime(found.mStatus.mModified / 1'000'000'000)});
     Question question = MakeQuestion(isMissing ? ZString("$$$/Desk/Project/Gone=Project File Is Gone")
@@ -207,14 +207,14 @@ bool AskToCopyAfterLoss(const UTF16String& path, const ProjectLocking& holder, P
 bool AskToCopyReadOnly(const UTF16String& path) {
     return AskToCopy(
         ZString("$$$/Desk/Project/ReadOnly=Project Is Read-Only"),
-        ZString("$$$/Desk/Project/ReadOnlyText=\"@0\" is open read-only. Your changes can be saved as a copy.",
+        ZString("$$$/Desk/Project/ReadOnlyText=“@0” is open read-only. Your changes can be saved as a copy.",
                 {NameOf(path)}));
 }
 
 bool AskToReload(const UTF16String& path) {
     Question question =
         MakeQuestion(ZString("$$$/Desk/Project/Reload=Reload Project"),
-                     ZString("$$$/Desk/Project/ReloadText=\"@0\" has unsaved changes, which are lost when it "
+                     ZString("$$$/Desk/Project/ReloadText=“@0” has unsaved changes, which are lost when it "
                              "is read from the disk again.",
                              {NameOf(path)}),
                      {CancelButton(), ZString("$$$/Desk/Project/DiscardAndReload=Discard and Reload")});

@@ -41,7 +41,7 @@ TEST_F(OpenProject, ShowsInItsTab) {
 TEST_F(OpenProject, TellsThatAProjectIsNotThereAndGoesOn) {
     const auto isTold = [&] {
         return mHome.Exists("profile/log.txt") &&
-               mHome.Read("profile/log.txt").find("\"none\" was not opened") != std::string::npos;
+               mHome.Read("profile/log.txt").find("“none” was not opened") != std::string::npos;
     };
     const Result result = RunWindowUntil(
         isTold, {"--profile", mProfile, "--open", mHome.Path("Harbour/none.zuproj"), mProduction});

@@ -91,6 +91,7 @@ TEST(LanguageCoverageTest, EveryTextIsGermanToo) {
                 table.mObject.value(desk::ToQStringFromUTF8(name)).toString().toStdString();
             EXPECT_NE(german, "") << "de.json has no text for " << name << " (" << english << ')';
             EXPECT_EQ(Frame(german), Frame(english)) << name;
+            EXPECT_EQ((german + english).find('"'), std::string::npos) << name << ": names stand in “x” or „x“";
         }
     }
 }

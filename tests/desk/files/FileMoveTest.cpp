@@ -84,12 +84,12 @@ TEST_F(FileMoveTest, AProjectThatSomebodyElseHasOpenStays) {
     mMoves.clear();
     WriteLock(MakeForeignRecord(mDesktop));
     {
-        ExpectLogged told("\"Reel 1.zuproj\" was not moved. tomas has it open on edit-bay-2.");
+        ExpectLogged told("“Reel 1.zuproj” was not moved. tomas has it open on edit-bay-2.");
         EXPECT_LT(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0);
     }
     mFolder.Write(".Reel 1.zuproj.lock", "");
     {
-        ExpectLogged told("\"Reel 1.zuproj\" was not moved. Somebody has it open.");
+        ExpectLogged told("“Reel 1.zuproj” was not moved. Somebody has it open.");
         EXPECT_LT(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0);
     }
     EXPECT_EQ(TakeSnapshot(mFolder.Path("Reel 1.zuproj")), before);
@@ -118,16 +118,16 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     mFolder.Write("Day 2/taken");
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
     {
-        ExpectLogged told("\"Reel 1.zuproj\" was not moved. Something with that name is there already.");
+        ExpectLogged told("“Reel 1.zuproj” was not moved. Something with that name is there already.");
         EXPECT_EQ(ErrorOf([&] { Move("Reel 1.zuproj", "Day 2/taken"); }), EEXIST);
     }
     {
-        ExpectLogged told("\"Day 1\" was not moved. Permission denied (" + mFolder.Path("Day 1") + ")");
+        ExpectLogged told("“Day 1” was not moved. Permission denied (" + mFolder.Path("Day 1") + ")");
         mDisk.Fail(Operation::RenameNew, 1, EACCES);
         EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EACCES);
     }
     {
-        ExpectLogged told("\"gone\" was not moved. It is not there any more.");
+        ExpectLogged told("“gone” was not moved. It is not there any more.");
         EXPECT_LT(Move("gone", "Day 2/gone"), 0);
     }
     EXPECT_EQ(TakeSnapshot(mFolder.Path()), before);
@@ -186,8 +186,8 @@ TEST_F(FileMoveTest, CopiesFilesAndFoldersEachByItsKindAndMakesFolders) {
     EXPECT_FALSE(DirAt("new").Exists() || DirAt("Reel 1.zuproj").Exists());
 
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
-    ExpectLogged exists("\"Day 1\" was not copied. Something with that name is there already.");
-    ExpectLogged wrongKind("\"Day 1\" was not copied. Is a directory");
+    ExpectLogged exists("“Day 1” was not copied. Something with that name is there already.");
+    ExpectLogged wrongKind("“Day 1” was not copied. Is a directory");
     EXPECT_EQ(ErrorOf([&] { Copy(DirAt("Day 1"), DirAt("Day 2/Day 1")); }), EEXIST);
     EXPECT_EQ(ErrorOf([&] { Copy(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("new")); }), EISDIR);
     EXPECT_EQ(ErrorOf([&] { Copy(DirAt("Reel 1.zuproj"), DirAt("new")); }), ENOTDIR);

@@ -144,7 +144,7 @@ TEST_F(CopyQueueTest, ClosingTheProductionOrTheProgramCancels) {
 }
 
 TEST_F(CopyQueueTest, WhatFailsIsToldLeavesNothingAndKeepsNobody) {
-    const ExpectLogged refused("No space left"), told("\"A.zuproj\" was not copied. There is no room left"),
+    const ExpectLogged refused("No space left"), told("“A.zuproj” was not copied. There is no room left"),
         notFound("No such file"), noProject("x.txt"), folder("Is a directory");
     mDisk.Fail(Operation::CopyFile, 1, ENOSPC);
     AddAll();

@@ -69,12 +69,12 @@ TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
 
 TEST_F(LockKeeperTest, TellsTheUserWhyALockWasNotTaken) {
     {
-        const ExpectLogged log("take lock of"), told("\"Reel 1\" cannot be locked: Permission denied.");
+        const ExpectLogged log("take lock of"), told("“Reel 1” cannot be locked: Permission denied.");
         mDisk.Deny(mFolder.Path("Day 1"));
         EXPECT_FALSE(Create());
         mDisk.Allow(mFolder.Path("Day 1"));
     }
-    const ExpectLogged told("\"Reel 1\" is locked by tomas on edit-bay-2");
+    const ExpectLogged told("“Reel 1” is locked by tomas on edit-bay-2");
     mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop)));
     EXPECT_FALSE(Create());
 }
