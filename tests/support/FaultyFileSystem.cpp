@@ -1,8 +1,5 @@
 #include "tests/support/FaultyFileSystem.h"
 
-#include <algorithm>
-#include <type_traits>
-
 #include "desk/core/Services.h"
 #include "desk/files/PosixErrors.h"
 
@@ -18,7 +15,7 @@ std::string FolderOf(const std::string& path) {
 
 }  // namespace
 
-FaultyFileSystem::FaultyFileSystem() : ForwardingFileSystem(mDisk), mBefore(desk::GetServices().mFileSystem) {
+FaultyFileSystem::FaultyFileSystem() : mBefore(desk::GetServices().mFileSystem) {
     desk::GetServices().mFileSystem = this;
 }
 
@@ -137,20 +134,8 @@ int FaultyFileSystem::Enter(Operation operation, const std::string& path) {
     return lostReply;
 }
 
-template <class Call>
-auto FaultyFileSystem::Do(Operation operation, const std::string& path, Call call) {
-    const int lostReply = Enter(operation, path);
-    const auto answer = [&] {
-        if (lostReply != 0) desk::ThrowFileException("(lost reply) use", path, lostReply);
-    };
-    if constexpr (std::is_void_v<decltype(call())>) {
-        call();
-        answer();
-    } else {
-        auto result = call();
-        answer();
-        return result;
-    }
+void FaultyFileSystem::LoseReply(const std::string& path, int error) {
+    if (error != 0) desk::ThrowFileException("(lost reply) use", path, error);
 }
 
 void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation operation,
@@ -179,102 +164,23 @@ int FaultyFileSystem::TakeFault(Faults& faults, Operation operation) {
 }
 
 std::vector<desk::FolderEntry> FaultyFileSystem::ListFolder(const std::string& path) {
-    auto entries = Do(Operation::ListFolder, path, [&] { return mDisk.ListFolder(path); });
+    auto entries = Do(Operation::ListFolder, path, [&] { return Disk::ListFolder(path); });
     std::lock_guard lock(mMutex);
     if (mHidesKinds)
         for (desk::FolderEntry& entry : entries) entry.mKind = desk::ItemKind::Unknown;
     return entries;
 }
 
-void FaultyFileSystem::TryFolder(const std::string& path) {
-    Do(Operation::TryFolder, path, [&] { mDisk.TryFolder(path); });
-}
-
-desk::ItemStatus FaultyFileSystem::Status(const std::string& path, bool followLink) {
-    return Do(Operation::Status, path, [&] { return mDisk.Status(path, followLink); });
-}
-
-std::string FaultyFileSystem::ReadSmallFile(const std::string& path, std::size_t limit) {
-    return Do(Operation::ReadSmallFile, path, [&] { return mDisk.ReadSmallFile(path, limit); });
-}
-
-void FaultyFileSystem::ReplaceFile(const std::string& path, const std::string& bytes) {
-    Do(Operation::ReplaceFile, path, [&] { mDisk.ReplaceFile(path, bytes); });
-}
-
-void FaultyFileSystem::AppendToFile(const std::string& path, const std::string& bytes) {
-    Do(Operation::AppendToFile, path, [&] { mDisk.AppendToFile(path, bytes); });
-}
-
-void FaultyFileSystem::CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) {
-    Do(Operation::CreateNewFile, path, [&] { mDisk.CreateNewFile(path, bytes, mode); });
-}
-
-void FaultyFileSystem::Link(const std::string& from, const std::string& to) {
-    Do(Operation::Link, from, [&] { mDisk.Link(from, to); });
-}
-
-void FaultyFileSystem::RemoveFile(const std::string& path) {
-    Do(Operation::RemoveFile, path, [&] { mDisk.RemoveFile(path); });
-}
-
-void FaultyFileSystem::CreateFolder(const std::string& path, unsigned mode) {
-    Do(Operation::CreateFolder, path, [&] { mDisk.CreateFolder(path, mode); });
-}
-
 void FaultyFileSystem::RenameNew(const std::string& from, const std::string& to) {
     Do(Operation::RenameNew, from, [&] {
         if (mAreManyVolumes && FolderOf(from) != FolderOf(to)) desk::ThrowFileException("rename", from, EXDEV);
-        mDisk.RenameNew(from, to);
+        Disk::RenameNew(from, to);
     });
-}
-
-desk::ItemStatus FaultyFileSystem::CopyFile(const std::string& from, const std::string& to, bool isFlushed,
-                                            const desk::CopyStep& step) {
-    return Do(Operation::CopyFile, from,
-              [&] { return mDisk.CopyFile(from, to, isFlushed && !mAreFlushesSkipped, step); });
-}
-
-void FaultyFileSystem::CopyLink(const std::string& from, const std::string& to) {
-    Do(Operation::CopyLink, from, [&] { mDisk.CopyLink(from, to); });
-}
-
-void FaultyFileSystem::CopyFolderAttributes(const std::string& from, const std::string& to) {
-    Do(Operation::CopyFolderAttributes, from, [&] { mDisk.CopyFolderAttributes(from, to); });
-}
-
-void FaultyFileSystem::RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) {
-    Do(Operation::RemoveFromTree, below.empty() ? root : root + '/' + below,
-       [&] { mDisk.RemoveFromTree(root, below, isFolder); });
-}
-
-void FaultyFileSystem::TryToChangeFolder(const std::string& path) {
-    Do(Operation::TryToChangeFolder, path, [&] { mDisk.TryToChangeFolder(path); });
-}
-
-void FaultyFileSystem::MakeFolderChangeable(const std::string& path) {
-    Do(Operation::MakeFolderChangeable, path, [&] { mDisk.MakeFolderChangeable(path); });
-}
-
-void FaultyFileSystem::FlushFolder(const std::string& path) {
-    Do(Operation::FlushFolder, path, [&] {
-        if (!mAreFlushesSkipped) mDisk.FlushFolder(path);
-    });
-}
-
-void FaultyFileSystem::FlushVolume(const std::string& path) {
-    Do(Operation::FlushVolume, path, [&] {
-        if (!mAreFlushesSkipped) mDisk.FlushVolume(path);
-    });
-}
-
-std::string FaultyFileSystem::ResolveLinks(const std::string& path) {
-    return Do(Operation::ResolveLinks, path, [&] { return mDisk.ResolveLinks(path); });
 }
 
 long FaultyFileSystem::VolumeType(const std::string& path) {
     return Do(Operation::VolumeType, path, [&] {
         std::lock_guard lock(mMutex);
-        return mVolumeType ? *mVolumeType : mDisk.VolumeType(path);
+        return mVolumeType ? *mVolumeType : Disk::VolumeType(path);
     });
 }

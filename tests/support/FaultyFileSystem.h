@@ -9,13 +9,13 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <type_traits>
 
 #include "desk/files/PosixFileSystem.h"
-#include "tests/support/ForwardingFileSystem.h"
 
 /// The real file system with switches for faults. It is the process's file system (`desk::GetServices`) while
 /// it exists. Any thread.
-class FaultyFileSystem : public ForwardingFileSystem {
+class FaultyFileSystem : public desk::PosixFileSystem {
 public:
     enum class Operation {
         ListFolder,
@@ -81,29 +81,68 @@ public:
     void ResetCounts();
 
     std::vector<desk::FolderEntry> ListFolder(const std::string& path) override;
-    void TryFolder(const std::string& path) override;
-    desk::ItemStatus Status(const std::string& path, bool followLink) override;
-    std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
-    void ReplaceFile(const std::string& path, const std::string& bytes) override;
-    void AppendToFile(const std::string& path, const std::string& bytes) override;
-    void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override;
-    void Link(const std::string& from, const std::string& to) override;
-    void RemoveFile(const std::string& path) override;
-    void CreateFolder(const std::string& path, unsigned mode) override;
+    void TryFolder(const std::string& path) override {
+        Do(Operation::TryFolder, path, [&] { Disk::TryFolder(path); });
+    }
+    desk::ItemStatus Status(const std::string& path, bool followLink) override {
+        return Do(Operation::Status, path, [&] { return Disk::Status(path, followLink); });
+    }
+    std::string ReadSmallFile(const std::string& path, std::size_t limit) override {
+        return Do(Operation::ReadSmallFile, path, [&] { return Disk::ReadSmallFile(path, limit); });
+    }
+    void ReplaceFile(const std::string& path, const std::string& bytes) override {
+        Do(Operation::ReplaceFile, path, [&] { Disk::ReplaceFile(path, bytes); });
+    }
+    void AppendToFile(const std::string& path, const std::string& bytes) override {
+        Do(Operation::AppendToFile, path, [&] { Disk::AppendToFile(path, bytes); });
+    }
+    void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override {
+        Do(Operation::CreateNewFile, path, [&] { Disk::CreateNewFile(path, bytes, mode); });
+    }
+    void Link(const std::string& from, const std::string& to) override {
+        Do(Operation::Link, from, [&] { Disk::Link(from, to); });
+    }
+    void RemoveFile(const std::string& path) override {
+        Do(Operation::RemoveFile, path, [&] { Disk::RemoveFile(path); });
+    }
+    void CreateFolder(const std::string& path, unsigned mode) override {
+        Do(Operation::CreateFolder, path, [&] { Disk::CreateFolder(path, mode); });
+    }
     void RenameNew(const std::string& from, const std::string& to) override;
     desk::ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
-                              const desk::CopyStep& step) override;
-    void CopyLink(const std::string& from, const std::string& to) override;
-    void CopyFolderAttributes(const std::string& from, const std::string& to) override;
-    void RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) override;
-    void TryToChangeFolder(const std::string& path) override;
-    void MakeFolderChangeable(const std::string& path) override;
-    void FlushFolder(const std::string& path) override;
-    void FlushVolume(const std::string& path) override;
-    std::string ResolveLinks(const std::string& path) override;
+                              const desk::CopyStep& step) override {
+        const bool isReally = isFlushed && !mAreFlushesSkipped;
+        return Do(Operation::CopyFile, from, [&] { return Disk::CopyFile(from, to, isReally, step); });
+    }
+    void CopyLink(const std::string& from, const std::string& to) override {
+        Do(Operation::CopyLink, from, [&] { Disk::CopyLink(from, to); });
+    }
+    void CopyFolderAttributes(const std::string& from, const std::string& to) override {
+        Do(Operation::CopyFolderAttributes, from, [&] { Disk::CopyFolderAttributes(from, to); });
+    }
+    void RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) override {
+        Do(Operation::RemoveFromTree, below.empty() ? root : root + '/' + below,
+           [&] { Disk::RemoveFromTree(root, below, isFolder); });
+    }
+    void TryToChangeFolder(const std::string& path) override {
+        Do(Operation::TryToChangeFolder, path, [&] { Disk::TryToChangeFolder(path); });
+    }
+    void MakeFolderChangeable(const std::string& path) override {
+        Do(Operation::MakeFolderChangeable, path, [&] { Disk::MakeFolderChangeable(path); });
+    }
+    void FlushFolder(const std::string& path) override {
+        Do(Operation::FlushFolder, path, [&] { mAreFlushesSkipped ? void() : Disk::FlushFolder(path); });
+    }
+    void FlushVolume(const std::string& path) override {
+        Do(Operation::FlushVolume, path, [&] { mAreFlushesSkipped ? void() : Disk::FlushVolume(path); });
+    }
+    std::string ResolveLinks(const std::string& path) override {
+        return Do(Operation::ResolveLinks, path, [&] { return Disk::ResolveLinks(path); });
+    }
     long VolumeType(const std::string& path) override;
 
 private:
+    using Disk = desk::PosixFileSystem;
     struct Gate {
         Operation mOperation;
         std::string mPath;
@@ -113,13 +152,23 @@ private:
     using Faults = std::map<Operation, std::map<int, int>>;
 
     int Enter(Operation operation, const std::string& path);
+    static void LoseReply(const std::string& path, int error);
     template <class Call>
-    auto Do(Operation operation, const std::string& path, Call call);
+    std::invoke_result_t<Call> Do(Operation operation, const std::string& path, Call call) {
+        const int lostReply = Enter(operation, path);
+        if constexpr (std::is_void_v<std::invoke_result_t<Call>>) {
+            call();
+            LoseReply(path, lostReply);
+        } else {
+            auto result = call();
+            LoseReply(path, lostReply);
+            return result;
+        }
+    }
     void PassGate(std::unique_lock<std::mutex>& lock, Operation operation, const std::string& path);
     int FindFault(Operation operation, const std::string& path);
     int TakeFault(Faults& faults, Operation operation);
 
-    desk::PosixFileSystem mDisk;
     desk::FileSystem* mBefore;
     mutable std::mutex mMutex;
     std::condition_variable mGateChanged;
