@@ -50,7 +50,6 @@ void FileUtils::Copy(const Dir& source, const Dir& destination) {
 
 void FileUtils::CreateNewDirectory(const UTF16String& path) {
     Dir(path).Create();
-    desk::LookAgainAround(path);
 }
 
 bool Dir::Exists() const {
@@ -64,6 +63,7 @@ bool Dir::Exists() const {
 
 void Dir::Create() const {
     desk::GetServices().mFileSystem->CreateFolder(UTF16to8(PathUtils::ToNormalizedPath(mPath)));
+    desk::LookAgainAround(mPath);
 }
 
 }  // namespace host

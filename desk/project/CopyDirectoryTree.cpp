@@ -5,6 +5,7 @@
 #include "desk/core/Services.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/LongWork.h"
+#include "desk/files/FileFailure.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
@@ -79,9 +80,14 @@ namespace host {
 void Utilities::CopyDirectoryTree(const UTF16String& from, const UTF16String& to) {
     const UTF16String source = PathUtils::ToNormalizedPath(from);
     desk::TreeCopy copy(UTF16to8(source), UTF16to8(PathUtils::ToNormalizedPath(to)));
-    desk::RunLongWork(
-        ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
-        [&copy](desk::WorkProgress& progress) { copy.Run(progress); });
+    try {
+        desk::RunLongWork(
+            ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
+            [&copy](desk::WorkProgress& progress) { copy.Run(progress); });
+    } catch (const FileException& exception) {
+        desk::TellNotCopied(source, exception);
+        throw;
+    }
 }
 
 }  // namespace host

@@ -5,7 +5,7 @@
 
 namespace host {
 
-/// A folder on the disk, which need not exist. Any thread.
+/// A folder on the disk, which need not exist. Any thread, but for `Create`.
 class ZUHOST_API Dir {
 public:
     explicit Dir(UTF16String path) : mPath(std::move(path)) {}
@@ -16,7 +16,7 @@ public:
     bool Exists() const;
 
     /// Makes the folder, in a parent that exists. Throws `FileException`, with EEXIST when anything stands
-    /// there. May wait for the volume.
+    /// there. May wait for the volume. UI thread.
     void Create() const;
 
 private:
