@@ -146,8 +146,8 @@ bool SharedProjectsTabView::OnSaveAllProjectsCommandStatus(bool& enabled) const 
 bool SharedProjectsTabView::OnSaveAllProjectsCommand(const Command&) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
-    for (const ProjectRef& project : GetOpenProjectsOfProduction())
-        if (!project->IsReadOnly()) documents->SaveProject(project);
+    // Read-only ones too: one that lost its lock may have changes, and only this tells that they are not saved.
+    for (const ProjectRef& project : GetOpenProjectsOfProduction()) documents->SaveProject(project);
     return true;
 }
 
