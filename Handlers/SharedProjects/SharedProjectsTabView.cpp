@@ -143,6 +143,7 @@ void SharedProjectsTabView::CreateZoomSlider(const Rect& bounds) {
     GetToolkitContainer()->AddChild(mZoomSlider);
     mZoomSlider->SetRange(0.0, 1.0);
     mZoomSlider->SetValue(0.0);
+    ApplySliderTunables();
     mZoomSlider->SetToolTipText(
         Localize("$$$/Vantor/Handlers/ZuProductionFolder/ZoomSliderToolTip=Adjust size of text and icons"),
         kSliderToolTipDelayMilliseconds);
@@ -153,7 +154,7 @@ void SharedProjectsTabView::CreateButtons(const Rect& bounds) {
     CreateButton(mNewProjectButton, *this, GetNewProjectButtonBounds(bounds), kNewProjectButton);
     CreateButton(mNewFolderButton, *this, GetNewFolderButtonBounds(bounds), kNewFolderButton);
     CreateButton(mTrashButton, *this, GetTrashButtonBounds(bounds), kTrashButton);
-    ApplyControlTunables();
+    ApplyButtonTunables();
 }
 
 void SharedProjectsTabView::DestroySelf() {
@@ -206,7 +207,8 @@ void SharedProjectsTabView::OnProductionClosed() {
 
 void SharedProjectsTabView::OnDebugDatabaseChanged() {
     if (!AreTreeViewsCreated()) return;
-    ApplyControlTunables();
+    ApplySliderTunables();
+    ApplyButtonTunables();
     Columns::SetColumnMinimumWidths(mTreeView->GetDirectoryView()->GetHeaderRow());
     Columns::SetColumnMinimumWidths(mTreeView->GetSearchResultsView()->GetHeaderRow());
     UpdateViewsFromZoomAmount();
@@ -253,7 +255,8 @@ void SharedProjectsTabView::UpdateControlEnabledStatesLater() {
 }
 
 bool SharedProjectsTabView::AreTreeViewsCreated() const {
-    return mTreeView && mTreeView->IsCreated();
+    return mTreeView && mTreeView->IsCreated() && mTreeView->GetDirectoryView() &&
+           mTreeView->GetSearchResultsView();
 }
 
 UTF16StringVec SharedProjectsTabView::GetSelectedPaths() const {

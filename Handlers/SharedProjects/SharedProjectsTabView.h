@@ -50,6 +50,8 @@ protected:
 
 private:
     void LayOutViews(const Rect& bounds);
+    template <class TreeView>
+    void ReleaseView(RefPtr<TreeView>& field);
 
     RefPtr<SharedProjectsDirectoryView> mDirectoryView;
     RefPtr<SharedProjectsSearchResultsView> mSearchResultsView;
@@ -85,7 +87,8 @@ public:
     UTF16StringVec GetSelectedPaths() const;
     /// The same without those inside another selected row's folder.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
-    /// Those of them that may be moved to the trash. May wait for the volume.
+    /// Those of them that may be moved to the trash. May wait for the volume. Throws `FileException` when the user
+    /// cancelled looking into a folder.
     UTF16StringVec GetDeleteableSelectedPaths() const;
     /// Moves the items to the production's trash unless one of them may not go there. May wait for the volume and
     /// for the user.
@@ -133,7 +136,8 @@ private:
     void CreateButtons(const Rect& bounds);
     void InstallHostFunctions();
     static void RemoveHostFunctions();
-    void ApplyControlTunables();
+    void ApplySliderTunables();
+    void ApplyButtonTunables();
 
     static Rect GetDirectoryViewBounds(const Rect& bounds);
     static Rect GetSearchBoxBounds(const Rect& bounds);

@@ -87,6 +87,16 @@ void TellCreationRefused(const FileException& exception) {
     MessageBox(title, text);
 }
 
+/// Makes the folder; when the disk refuses, the user is told, and it throws.
+void MakeFolder(const UTF16String& path) {
+    try {
+        Dir(path).Create();
+    } catch (const FileException& exception) {
+        TellCreationRefused(exception);
+        throw;
+    }
+}
+
 /// Makes a folder named by the user in `targetFolder`; returns its path, empty when none was made.
 UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
     UTF16String name;
@@ -100,7 +110,7 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
         TellDirectoryExists();
         return {};
     }
-    FileUtils::CreateNewDirectory(path);
+    MakeFolder(path);
     return path;
 }
 
@@ -134,7 +144,7 @@ void TellNotMovedToTrash(UTF16StringVec selected, const UTF16StringVec& deleteab
 
 /// Copies the whole folder, and makes the projects in the copy projects of the production.
 void CopyFolder(const UTF16String& path, const UTF16String& copyPath) {
-    Dir(copyPath).Create();
+    MakeFolder(copyPath);
     Utilities::CopyDirectoryTree(path, copyPath);
     const UTF16StringVec projects = FileSearch::FindFiles(copyPath, GetProjectFileExtension());
     if (!projects.empty()) AddProjectsToZuProduction(projects, copyPath);
@@ -200,9 +210,6 @@ bool SharedProjectsTabView::OnNewFolderCommand(const Command&) {
         if (path.empty()) return true;
         Utils::LogUsage("DirectoryTree", "NewFolder");
         ShowCreatedItems({path});
-    } catch (const FileException& exception) {
-        LogException(exception, __PRETTY_FUNCTION__);
-        TellCreationRefused(exception);
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
     }
@@ -210,7 +217,7 @@ bool SharedProjectsTabView::OnNewFolderCommand(const Command&) {
 }
 
 bool SharedProjectsTabView::OnNewProjectCommandStatus(bool& enabled) const {
-    enabled = DocumentManager::Instance() && CanCreateItems();
+    enabled = CanCreateItems();
     return true;
 }
 
@@ -251,11 +258,17 @@ bool SharedProjectsTabView::OnDeleteItemCommandStatus(bool& enabled) const {
 
 bool SharedProjectsTabView::OnDeleteItemCommand(const Command&) {
     if (!IsCreated()) return false;
-    const UTF16StringVec paths = GetDeleteableSelectedPaths();
-    TellNotMovedToTrash(GetSelectedNonRedundantPaths(), paths);
-    Utils::LogUsage("Trash", "DeleteCommand");
-    OnShownView([](auto& view) { view.SelectNextWhenSelectionHasGone(); });
-    TryToMoveToSharedProjectsTrash(paths);
+    try {
+        // Looking for locks may take long, and rows may come and go meanwhile.
+        const UTF16StringVec selected = GetSelectedNonRedundantPaths();
+        const UTF16StringVec paths = GetDeleteableSelectedPaths();
+        TellNotMovedToTrash(selected, paths);
+        Utils::LogUsage("Trash", "DeleteCommand");
+        OnShownView([](auto& view) { view.SelectNextWhenSelectionHasGone(); });
+        TryToMoveToSharedProjectsTrash(paths);
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
     return true;
 }
 

@@ -121,10 +121,13 @@ void SharedProjectsTabView::SetBoundsSelf(const Rect& bounds) {
     mTrashButton.SetBounds(GetTrashButtonBounds(bounds));
 }
 
-void SharedProjectsTabView::ApplyControlTunables() {
-    if (mZoomSlider)
-        mZoomSlider->SetThumbSize(static_cast<float>(sZoomThumbWidth.Get()),
-                                  static_cast<float>(sZoomThumbHeight.Get()));
+void SharedProjectsTabView::ApplySliderTunables() {
+    if (!mZoomSlider) return;
+    mZoomSlider->SetThumbSize(static_cast<float>(sZoomThumbWidth.Get()),
+                              static_cast<float>(sZoomThumbHeight.Get()));
+}
+
+void SharedProjectsTabView::ApplyButtonTunables() {
     mNewProjectButton.SetScale(sNewProjectImageScale.Get());
     mNewFolderButton.SetScale(sNewFolderImageScale.Get());
 }

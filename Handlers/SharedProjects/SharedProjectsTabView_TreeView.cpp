@@ -68,9 +68,16 @@ std::uint32_t SharedProjectsTreeView::GetOpenedRowsCount() const {
                                                   : mDirectoryView->GetOpenedRowsCount());
 }
 
+/// The field is empty before the view goes, which may call back.
+template <class TreeView>
+void SharedProjectsTreeView::ReleaseView(RefPtr<TreeView>& field) {
+    const RefPtr<TreeView> view = std::exchange(field, {});
+    if (UI_Container* container = GetToolkitContainer()) container->RemoveChild(view.get());
+}
+
 void SharedProjectsTreeView::DestroySelf() {
-    std::exchange(mDirectoryView, {}).reset();
-    std::exchange(mSearchResultsView, {}).reset();
+    ReleaseView(mDirectoryView);
+    ReleaseView(mSearchResultsView);
     SubView::DestroySelf();
 }
 

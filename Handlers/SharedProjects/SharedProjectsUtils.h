@@ -71,7 +71,7 @@ UTF16String ToNameLines(const UTF16StringVec& paths);
 
 /// Moves items to the production's trash, which is made when there is none; names that are taken there get free
 /// ones. Projects among and inside them that are open are closed first (see `CloseOpenProjectsInList`, which
-/// gets the two flags); when one stays open, nothing is moved.
+/// gets the two flags); when that says false, nothing is moved.
 void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst);
 
 /// True when all of `paths`, at least one, may go to the trash: none is there already, none is a project that
@@ -97,7 +97,8 @@ void OpenProjectOutsideTrash(const UTF16String& path);
 /// Closes the projects that are open among `paths` and, at any depth, in the folders among them. The user is
 /// asked about unsaved changes unless `closeWithoutPrompt` is set; then they are saved with `saveFirst`, else
 /// dropped. When several have some, the questions offer one answer for all. False when one stays open: those
-/// before it are closed then, the others not. May wait for the volume and for the user.
+/// before it are closed then, the others not. False with nothing closed when the user cancelled looking into a
+/// folder. May wait for the volume and for the user.
 bool CloseOpenProjectsInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst);
 /// The same for all open projects but those.
 bool CloseOpenProjectsNotInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst);

@@ -3,6 +3,8 @@
 #include <vector>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "host/core/Logging.h"
+#include "host/files/FileException.h"
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
 #include "host/project/DocumentManager.h"
@@ -34,7 +36,7 @@ bool LiesAnyWithin(const ProjectVec& projects, const UTF16String& folder) {
 }
 
 /// The projects that are open among `paths` and in the folders among them, in the order in which they are
-/// found.
+/// found. Throws `FileException` when the user cancelled looking into a folder.
 ProjectVec FindOpenProjects(const UTF16StringVec& paths) {
     const ProjectVec open = GetOpenProjectList();
     ProjectVec found;
@@ -76,16 +78,26 @@ void OpenProjectOutsideTrash(const UTF16String& path) {
 
 bool CloseOpenProjectsInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst) {
     DocumentManager* documents = DocumentManager::Instance();
-    return !documents || CloseAll(*documents, FindOpenProjects(paths), closeWithoutPrompt, saveFirst);
+    try {
+        return !documents || CloseAll(*documents, FindOpenProjects(paths), closeWithoutPrompt, saveFirst);
+    } catch (const FileException& exception) {
+        LogException(exception, __PRETTY_FUNCTION__);
+        return false;
+    }
 }
 
 bool CloseOpenProjectsNotInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
-    const ProjectVec kept = FindOpenProjects(paths);
-    ProjectVec others = GetOpenProjectList();
-    std::erase_if(others, [&](const ProjectRef& project) { return Contains(kept, project); });
-    return CloseAll(*documents, others, closeWithoutPrompt, saveFirst);
+    try {
+        const ProjectVec kept = FindOpenProjects(paths);
+        ProjectVec others = GetOpenProjectList();
+        std::erase_if(others, [&](const ProjectRef& project) { return Contains(kept, project); });
+        return CloseAll(*documents, others, closeWithoutPrompt, saveFirst);
+    } catch (const FileException& exception) {
+        LogException(exception, __PRETTY_FUNCTION__);
+        return false;
+    }
 }
 
 }  // namespace HandlerSharedProjects::Utils

@@ -168,14 +168,22 @@ TEST_F(CommandsTest, CopiesStandBesideTheirOriginalsAndAreSelected) {
     EXPECT_EQ(Bytes("A copy 2"), "a");
 }
 
-TEST_F(CommandsTest, ACopyOfAFolderThatFailsLeavesNothing) {
+TEST_F(CommandsTest, ACopyOfAFolderThatFailsLeavesNothingAndIsTold) {
     MakeProject("Reels/B", "b");
     OpenProduction();
     const DiskTree before = OnDiskNow();
     Select({"Reels"});
-    mDisk.Deny(mFolder.Path(OnDisk("Reels/B.zuproj")), EIO);
-    ExpectLogged refused("Input/output error");
+    {
+        ExpectLogged refused("Input/output error");
+        ExpectLogged told("“Reels” was not copied");
+        mDisk.Fail(Operation::CopyFile, 1, EIO);
+        Send(kMakeACopy);
+    }
+    ExpectLogged refused("Read-only file system");
+    mDialogs.ExpectMessage("Folder Not Created");
+    mDisk.Fail(Operation::CreateFolder, 1, EROFS);
     Send(kMakeACopy);
+    EXPECT_NE(mDialogs.LastText().find("/Reels copy”"), std::string::npos) << mDialogs.LastText();
     EXPECT_EQ(OnDiskNow(), before);
 }
 
@@ -190,6 +198,15 @@ TEST_F(CommandsTest, OpensClosesAndSaves) {
     for (const char* name : {"A", "B"}) Edit(name, u"changed");
     Send(kSaveAll);
     EXPECT_EQ(Bytes("A") + Bytes("B"), "changedchanged");
+    // What cannot be saved is told each time, by a project that has become read-only too.
+    Edit("A", u"more");
+    Unlock("A");
+    for (const char* told : {"Lock Lost", "Project Is Read-Only"}) {
+        mDialogs.ExpectQuestion(told, u"Cancel");
+        Send(kSaveAll);
+    }
+    ASSERT_TRUE(mDocuments.CloseProject(FindDocument("A"), false));
+    OpenDocument("A");
     Select({"B"});
     Send(kCloseAllOthers);
     EXPECT_TRUE(IsOpen("B") && OpenProjectCount() == 1);

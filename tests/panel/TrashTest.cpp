@@ -1,4 +1,7 @@
+#include <future>
+
 #include "desk/core/UsageLogFile.h"
+#include "desk/core/WorkProgress.h"
 #include "desk/project/TrashMoves.h"
 #include "tests/panel/CommandsFixture.h"
 
@@ -68,6 +71,8 @@ TEST_F(TrashTest, WhatMayGo) {
     EXPECT_TRUE(Shows([&] { return CanGo({"Locked"}); }));
     EXPECT_TRUE(Utils::IsInTrash(PathOf("Trash"), true));
     EXPECT_FALSE(Utils::IsInTrash(PathOf("Trash"), false));
+    EXPECT_EQ(Utils::GetPathTypes(PathsOf({"A.zuproj", "Trash/"})), 5);
+    EXPECT_EQ(Utils::GetPathTypes(PathsOf({"Reels", "Trash/Old.zuproj"})), 10);
 }
 
 TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
@@ -90,6 +95,32 @@ TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
     EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/Reels/C.zuproj")));
     mMain.RunUntilIdle();
     EXPECT_NE(mFolder.Read("usage.jsonl").find("DeleteCommand"), std::string::npos);
+}
+
+TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
+    MakeProject("Reels/Day 1/A");
+    OpenProduction();
+    OpenDocument("Reels/Day 1/A");
+    Select({"Reels"});
+    struct Cancelling : ScriptedDialogs {
+        explicit Cancelling(FaultyFileSystem& disk) : mDisk(disk) {}
+        void WaitFor(const UTF16String&, desk::WorkProgress& progress, const std::future<void>& done) override {
+            progress.Cancel();
+            mDisk.OpenGate();
+            done.wait();
+        }
+        FaultyFileSystem& mDisk;
+    } dialogs(mDisk);
+    ExpectLogged cancelled("Operation canceled");
+    const std::string folder = mFolder.Path(OnDisk("Reels"));
+    mDisk.CloseGate(Operation::ListFolder, folder);
+    EXPECT_TRUE(Send(kMoveToTrash));
+    mDisk.CloseGate(Operation::ListFolder, folder);
+    EXPECT_FALSE(Utils::CloseOpenProjectsInList(PathsOf({"Reels"}), false, true));
+    mDisk.CloseGate(Operation::ListFolder, folder);
+    EXPECT_FALSE(Utils::CloseOpenProjectsNotInList(PathsOf({"Reels"}), false, true));
+    EXPECT_TRUE(IsOpen("Reels/Day 1/A"));
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Reels/Day 1/A.zuproj")));
 }
 
 TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
