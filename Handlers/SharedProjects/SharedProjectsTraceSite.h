@@ -15,14 +15,14 @@ public:
     /// Traces what `makeText` returns, with a line break; it is called only when traces are wanted.
     template <class MakeText>
     void Write(MakeText makeText) {
-        if (ImIsEnabled()) Trace(kLevel, kCategory, makeText() + u"\n");
+        if (IsEnabled()) Trace(kLevel, kCategory, makeText() + u"\n");
     }
 
 private:
     static constexpr int kLevel = 8;
     static constexpr char kCategory[] = "SharedProjects";
 
-    bool ImIsEnabled() {
+    bool IsEnabled() {
         const int changeCount = TraceChangeCount();
         if (mChangeCount.exchange(changeCount) != changeCount)
             mIsEnabled.exchange(TraceEnabled(kCategory, kLevel, true));
