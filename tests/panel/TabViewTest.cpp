@@ -4,7 +4,8 @@
 #include <QSlider>
 #include <QTest>
 
-#include "host/project/ProductionTrash.h"
+#include "desk/core/DebugDatabaseFile.h"
+#include "desk/core/UsageLogFile.h"
 #include "tests/panel/PanelFixture.h"
 
 namespace HandlerSharedProjects {
@@ -135,10 +136,58 @@ TEST_F(TabViewTest, PageMovesGoToTheEdgeFirst) {
     EXPECT_EQ(selected(), name(std::max(first - perPage, 0)));
 }
 
+TEST_F(TabViewTest, WhatTheUserSetsIsRecorded) {
+    OpenProduction();
+    const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
+    Send(30323);
+    Slider()->setSliderDown(true);
+    Slider()->setValue(Slider()->maximum());
+    Slider()->setSliderDown(false);
+    TreeWidget().header()->moveSection(4, 0);
+    Settle();
+    const auto columns = [](const char* created, const char* locked, const char* modified, const char* size) {
+        return std::string(R"(","creation_date_column_index":")") + created + R"(","locked_column_index":")" +
+               locked + R"(","modifed_date_column_index":")" + modified + R"(","size_column_index":")" + size;
+    };
+    std::string recorded = mFolder.Read("usage.jsonl");
+    for (const std::string& values : {R"("Zoom","row_height":"36.25)" + columns("3", "1", "2", "4"),
+                                      R"("Zoom","row_height":"70.00)" + columns("3", "1", "2", "4"),
+                                      R"("ColumnOrder","row_height":"70.00)" + columns("4", "2", "3", "0")}) {
+        const std::size_t begin =
+            recorded.find(R"("event":"PanelViewProperty","group":"zuproduction_view_properties",)"
+                          R"("values":{"property_changed":)" +
+                          values);
+        ASSERT_NE(begin, std::string::npos) << values << " in\n" << recorded;
+        recorded.erase(0, recorded.find('\n', begin));
+    }
+    EXPECT_EQ(recorded, "\n");
+}
+
+TEST_F(TabViewTest, AChangedTunableShowsAtOnce) {
+    OpenProduction();
+    desk::SetDebugDatabaseEntries({{"SharedProjects.Controls.SideMargins", 40},
+                                   {"SharedProjects.Controls.RowHeight.Min", 50},
+                                   {"SharedProjects.Columns.MinWidth", 220}});
+    Settle();
+    EXPECT_EQ(TreeArea(), QRect(40, 43, 849, 653));
+    EXPECT_EQ(InPanel(SearchField()).x(), 40);
+    EXPECT_EQ(RowHeight(), 50);
+    EXPECT_EQ(Width(Columns::kNameColumnID), 220);
+    desk::SetDebugDatabaseEntries({});
+    EXPECT_EQ(RowHeight(), 25);
+}
+
 TEST_F(TabViewTest, ClosingThePanelUndoesWhatOpeningItDid) {
     OpenProduction();
     const auto project = OpenProject("A");
+    std::vector<std::string> gone;
+    const auto note = [&gone](QObject& object, const char* name) {
+        QObject::connect(&object, &QObject::destroyed, [&gone, name] { gone.emplace_back(name); });
+    };
+    note(SearchTreeWidget(), "hits");
+    note(TreeWidget(), "tree");
     ClosePanel();
+    EXPECT_EQ(gone, (std::vector<std::string>{"tree", "hits"}));
     const std::size_t delayed = mMain.CountDelayed();
     CloseProduction();
     OpenPanel();
