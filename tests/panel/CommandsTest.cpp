@@ -37,11 +37,7 @@ protected:
 TEST_F(CommandsTest, StatusesFollowSelectionAndProjects) {
     OpenPanel();
     EXPECT_EQ(EnabledOf(kAll), std::vector<int>{});
-    MakeProject("A");
-    MakeProject("B");
-    MakeProject("Trash/Old");
-    MakeFolder("Reels");
-    OpenProduction();
+    OpenProductionWith({"A", "B", "Trash/Old", "Reels/"});
     OpenFolder("Trash");
     EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kNewFolder, kNewProject, kAddProject, kRevealRoot}));
     Select({"Reels"});
@@ -76,8 +72,7 @@ TEST_F(CommandsTest, StatusesFollowSelectionAndProjects) {
 }
 
 TEST_F(CommandsTest, ANewFolderGoesIntoTheSelectedFolderOrBesideTheSelectedProject) {
-    MakeProject("Reels/Day 1/A");
-    OpenProduction();
+    OpenProductionWith({"Reels/Day 1/A"});
     const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
     NewFolder(u"Top");
     EXPECT_TRUE(Shows({"Reels", "Top"}));
@@ -96,8 +91,7 @@ TEST_F(CommandsTest, ANewFolderGoesIntoTheSelectedFolderOrBesideTheSelectedProje
 }
 
 TEST_F(CommandsTest, NamesThatCannotBe) {
-    MakeFolder("Reels");
-    OpenProduction();
+    OpenProductionWith({"Reels/"});
     const DiskTree before = OnDiskNow();
     for (const UTF16String& name : {UTF16String(), UTF16String(u"  \t"), UTF16String(u"a/b"), UTF16String(u"."),
                                     UTF16String(u" .. "), UTF16String(u"a\0b", 3)}) {
@@ -149,9 +143,7 @@ TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {
 }
 
 TEST_F(CommandsTest, CopiesStandBesideTheirOriginalsAndAreSelected) {
-    MakeProject("A", "a");
-    MakeProject("Reels/B", "b");
-    MakeProject("Reels/Day 1/C", "c");
+    Make({{"A", "a"}, {"Reels/B", "b"}, {"Reels/Day 1/C", "c"}});
     OtherUserLocks("Reels/Day 1/C");
     OpenProduction();
     OpenFolder("Reels");
@@ -169,8 +161,7 @@ TEST_F(CommandsTest, CopiesStandBesideTheirOriginalsAndAreSelected) {
 }
 
 TEST_F(CommandsTest, ACopyOfAFolderThatFailsLeavesNothingAndIsTold) {
-    MakeProject("Reels/B", "b");
-    OpenProduction();
+    OpenProductionWith({{"Reels/B", "b"}});
     const DiskTree before = OnDiskNow();
     Select({"Reels"});
     {
@@ -224,9 +215,7 @@ TEST_F(CommandsTest, OpensClosesAndSaves) {
 }
 
 TEST_F(CommandsTest, ItemsAreRevealed) {
-    MakeProject("A");
-    MakeFolder("Reels");
-    OpenProduction();
+    OpenProductionWith({"A", "Reels/"});
     Send(kRevealRoot);
     EXPECT_EQ(mDesktop.mShown, (Names{"folders", mFolder.Path(mProduction)}));
     mDesktop.mShown.clear();
@@ -239,9 +228,7 @@ TEST_F(CommandsTest, ItemsAreRevealed) {
 }
 
 TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
-    MakeProject("Reels/Take 1", "1");
-    MakeProject("Other/Day 1/Take 2", "2");
-    OpenProduction();
+    OpenProductionWith({{"Reels/Take 1", "1"}, {"Other/Day 1/Take 2", "2"}});
     TypeSearch(QStringLiteral("take"));
     ASSERT_TRUE(Shows([&] {
         return ShownHits() == Rows{"Other", "  Day 1", "    Take 2", "Reels", "  Take 1"};

@@ -13,12 +13,9 @@ protected:
 };
 
 TEST_F(CopyFilesTest, CopiesAndMovesFilesAndFolders) {
-    MakeProject("A", "a");
-    MakeProject("Reels/B", "b");
-    MakeProject("Reels/Day 1/C", "c");
+    Make({{"A", "a"}, {"Reels/B", "b"}, {"Reels/Day 1/C", "c"}});
     mFolder.Write(OnDisk("Reels/notes.txt"), "notes");
-    MakeFolder("To");
-    OpenProduction();
+    OpenProductionWith({"To/"});
     EXPECT_TRUE(Copy({}, "To"));
     EXPECT_TRUE(Copy({"A.zuproj", "Reels/", "A.zuproj"}, "To"));
     const DiskTree copied{"A.zuproj",       "Reels/", "Reels/B.zuproj", "Reels/Day 1/", "Reels/Day 1/C.zuproj",
@@ -34,13 +31,7 @@ TEST_F(CopyFilesTest, CopiesAndMovesFilesAndFolders) {
 }
 
 TEST_F(CopyFilesTest, OneRefusedItemRefusesAll) {
-    MakeProject("A");
-    MakeProject("B", "new");
-    MakeProject("To/B", "old");
-    MakeProject("To/C", "old");
-    MakeProject("C", "new");
-    MakeProject("Reels/Day 1/D");
-    OpenProduction();
+    OpenProductionWith({"A", {"B", "new"}, {"To/B", "old"}, {"To/C", "old"}, {"C", "new"}, "Reels/Day 1/D"});
     const DiskTree before = OnDiskNow();
     // A message for each that cannot go.
     mDialogs.ExpectMessage("File Exists");
@@ -56,35 +47,14 @@ TEST_F(CopyFilesTest, OneRefusedItemRefusesAll) {
     EXPECT_EQ(Bytes("To/B"), "old");
 }
 
-TEST_F(CopyFilesTest, ATakenNameIsExchangedForAFreeOne) {
-    MakeProject("A", "new");
-    MakeProject("Reels/B", "new");
-    MakeProject("To/A", "old");
-    MakeProject("To/A_1", "older");
-    MakeFolder("To/Reels");
-    OpenProduction();
-    EXPECT_TRUE(Copy({"A.zuproj"}, "To", true));
-    EXPECT_TRUE(Move({"Reels"}, "To", true));
-    EXPECT_EQ(OnDiskNow(), (DiskTree{"A.zuproj", "To/", "To/A.zuproj", "To/A_1.zuproj", "To/A_2.zuproj",
-                                     "To/Reels/", "To/Reels_1/", "To/Reels_1/B.zuproj"}));
-    EXPECT_EQ(Bytes("To/A"), "old");
-    EXPECT_EQ(Bytes("To/A_2"), "new");
-}
-
 TEST_F(CopyFilesTest, WhatLiesThereAlreadyIsPassedOver) {
-    MakeProject("To/A");
-    MakeProject("B");
-    OpenProduction();
+    OpenProductionWith({"To/A", "B"});
     EXPECT_TRUE(Move({"To/A.zuproj", "B.zuproj", "To/./A.zuproj"}, "To/"));
     EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/A.zuproj", "To/B.zuproj"}));
 }
 
 TEST_F(CopyFilesTest, TheSecondOfOneNameFailsAndTheFirstStays) {
-    MakeProject("One/A", "first");
-    MakeProject("Two/A", "second");
-    MakeProject("Zero/B", "last");
-    MakeFolder("To");
-    OpenProduction();
+    OpenProductionWith({{"One/A", "first"}, {"Two/A", "second"}, {"Zero/B", "last"}, "To/"});
     ExpectLogged exception("CopyFiles(");
     EXPECT_FALSE(Move({"Zero/B.zuproj", "Two/A.zuproj", "One/A.zuproj"}, "To", true));
     // In the order of their paths: what comes after the failure is not touched.
@@ -94,10 +64,7 @@ TEST_F(CopyFilesTest, TheSecondOfOneNameFailsAndTheFirstStays) {
 }
 
 TEST_F(CopyFilesTest, AProjectThatSomebodyHoldsStaysAndIsNamed) {
-    MakeProject("A");
-    MakeProject("B");
-    MakeProject("C");
-    MakeFolder("To");
+    Make({"A", "B", "C", "To/"});
     OtherUserLocks("B");
     OpenProduction();
     ExpectLogged trace("Move Project Result: -1");

@@ -41,8 +41,7 @@ TEST_F(DirectoryViewTest, ALongListingComesInPartsAndInOrder) {
     const ModelSignals signals(TreeWidget());
     constexpr int kCount = 5000;
     for (int i = 1; i <= kCount; ++i) MakeProject("Reel " + std::to_string(i));
-    MakeFolder("Trash");
-    OpenProduction();
+    OpenProductionWith({"Trash/"});
     Rows expected;
     for (int i = 1; i <= kCount; ++i) expected.push_back("Reel " + std::to_string(i));
     expected.push_back("Trash");
@@ -80,8 +79,7 @@ TEST_F(DirectoryViewTest, FollowsWhatOthersDoAndKeepsSelectionAndOpenFolders) {
 TEST_F(DirectoryViewTest, ShowsLocksSizesAndSavesAsTheyHappen) {
     MakeProject("Reel 1", std::string(1500, 'x'));
     OtherUserLocks("Reel 1");
-    MakeProject("Reel 2");
-    OpenProduction();
+    OpenProductionWith({"Reel 2"});
     const auto says = [this](const char* name, ColumnID column, const std::string& text) {
         const bool isShown = Shows([&] { return Says(name, column) == text; });
         EXPECT_TRUE(isShown) << Says(name, column) << " instead of " << text;
@@ -102,10 +100,8 @@ TEST_F(DirectoryViewTest, ShowsLocksSizesAndSavesAsTheyHappen) {
 }
 
 TEST_F(DirectoryViewTest, SortsByAColumnWhoseFactsComeLater) {
-    MakeProject("A", std::string(3000, 'x'));
-    MakeProject("B", std::string(1000, 'x'));
-    MakeProject("C", std::string(200, 'x'));
-    OpenProduction();
+    OpenProductionWith(
+        {{"A", std::string(3000, 'x')}, {"B", std::string(1000, 'x')}, {"C", std::string(200, 'x')}});
     DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kSizeColumnID);
     ASSERT_TRUE(Shows({"C", "B", "A"}));
     MakeProject("C", std::string(5000, 'x'));
@@ -115,10 +111,7 @@ TEST_F(DirectoryViewTest, SortsByAColumnWhoseFactsComeLater) {
 }
 
 TEST_F(DirectoryViewTest, AFolderThatClosedBeforeItsContentCameIsSortedWhenItOpens) {
-    MakeProject("Reels/B 10");
-    MakeProject("Reels/B 9");
-    MakeProject("Reels/A");
-    OpenProduction();
+    OpenProductionWith({"Reels/B 10", "Reels/B 9", "Reels/A"});
     Tree()->OpenRow(RowOf("Reels").get());
     Tree()->CloseRow(RowOf("Reels").get());
     Settle();
@@ -151,8 +144,7 @@ TEST_F(DirectoryViewTest, ClosingAProductionEmptiesTheTreeAndAnotherShowsOnlyIts
 }
 
 TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
-    MakeProject("Reel 1");
-    OpenProduction();
+    OpenProductionWith({"Reel 1"});
     desk::Production::Instance().PausePanelUpdates(true);
     desk::Production::Instance().PausePanelUpdates(true);
     MakeProject("Reel 2");
@@ -165,8 +157,7 @@ TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
 }
 
 TEST_F(DirectoryViewTest, AnItemThatIsToBeRenamedIsSelectedWhenItsRowComes) {
-    MakeProject("Reel 1");
-    OpenProduction();
+    OpenProductionWith({"Reel 1"});
     mTabView->SetDeferredRenameRowPath(PathOf("Reel 2.zuproj"));
     MakeProject("Reel 2");
     ASSERT_TRUE(Shows({"Reel 1", "Reel 2"}));
@@ -177,8 +168,7 @@ TEST_F(DirectoryViewTest, AnItemThatIsToBeRenamedIsSelectedWhenItsRowComes) {
 
 TEST_F(DirectoryViewTest, SelectAllLeavesTheTrashOut) {
     MakeProduction();
-    MakeProject("Trash/Old");
-    OpenProduction();
+    OpenProductionWith({"Trash/Old"});
     OpenFolder("Trash");
     EXPECT_TRUE(Send(57642));
     EXPECT_EQ(SelectedNames(), (std::vector<std::string>{"Empty", "Reel 9", "Reel 10", "Rushes"}));

@@ -59,10 +59,7 @@ TEST_F(MoveTest, ADestinationThatSomebodyHasLockedStopsBothKinds) {
 
 TEST_F(MoveTest, OpenProjectsFollowTheirFolder) {
     // Every occurrence of the folder's text is replaced, and only what is there then is followed.
-    MakeProject("P/x");
-    MakeProject("Q/x");
-    MakeProject("Q/kept");
-    OpenProduction();
+    OpenProductionWith({"P/x", "Q/x", "Q/kept"});
     const auto writable = OpenProject("P/x");
     const auto readOnly = OpenProject("P/read-only", true);
     const auto missing = OpenProject("P/missing");

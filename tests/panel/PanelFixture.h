@@ -79,6 +79,16 @@ protected:
     void MakeProject(const std::string& name, const std::string& bytes = "project") {
         mFolder.Write(OnDisk(name) + ".zuproj", bytes);
     }
+    /// "Reels/Reel 1" is a project, "Reels/" a folder.
+    struct Item {
+        Item(const char* name, std::string bytes = "project") : mName(name), mBytes(std::move(bytes)) {}
+        std::string mName;
+        std::string mBytes;
+    };
+    void Make(std::initializer_list<Item> items) {
+        for (const Item& item : items)
+            item.mName.back() == '/' ? MakeFolder(item.mName) : MakeProject(item.mName, item.mBytes);
+    }
     void RemoveProject(const std::string& name) { mFolder.Remove(OnDisk(name) + ".zuproj"); }
     void RenameProject(const std::string& from, const std::string& to) {
         mFolder.Rename(OnDisk(from) + ".zuproj", OnDisk(to) + ".zuproj");
@@ -97,6 +107,10 @@ protected:
         desk::Production::Instance().Open(mFolder.PathUTF16(production));
         if (!mTabView) OpenPanel();
         Settle();
+    }
+    void OpenProductionWith(std::initializer_list<Item> items) {
+        Make(items);
+        OpenProduction();
     }
     void CloseProduction() {
         desk::Production::Instance().Close();

@@ -71,13 +71,17 @@ TEST_F(SearchTest, DeletingTheTextReturnsToTheTreeWithTheColumnsAsSetMeanwhile) 
     EXPECT_EQ(directory->GetSortColumn(), Columns::kLockedColumnID);
 }
 
-TEST_F(SearchTest, SelectAllTakesProjectsOnly) {
+TEST_F(SearchTest, SelectAllTakesProjectsOnlyAndClosingTheProductionEmptiesFieldAndHits) {
     TypeSearch(QStringLiteral("ab"));
     EXPECT_TRUE(Send(57642));
     EXPECT_EQ(SelectedNames(), (std::vector<std::string>{"ab deep", "ab 2", "xAB"}));
     EXPECT_EQ(SelectionCount(), "3 of 8 items selected");
     EXPECT_TRUE(Send(11303));
     EXPECT_EQ(SelectionCount(), "8 items");
+    CloseProduction();
+    EXPECT_EQ(SearchField()->text(), QString());
+    EXPECT_EQ(ShownHits(), Rows{});
+    EXPECT_TRUE(TreeWidget().isVisible());
 }
 
 TEST_F(SearchTest, ANewerSearchDropsAnOlderOne) {
@@ -97,8 +101,7 @@ TEST_F(SearchTest, HitsFollowTheVolumeAndOpenProjectsInFoldersThatNobodyOpened) 
     EXPECT_TRUE(
         ShowsHits({"ab folder", "  Day 1", "    ab deep", "Reels", "  ab 2", "  xAB", "Sound", "  abc"}));
     RemoveProject("Reels/ab 2");
-    MakeProject("Reels/ab 3");
-    MakeProject("Reels/unrelated");
+    Make({"Reels/ab 3", "Reels/unrelated"});
     EXPECT_TRUE(
         ShowsHits({"ab folder", "  Day 1", "    ab deep", "Reels", "  ab 3", "  xAB", "Sound", "  abc"}));
     OpenProject("ab folder/Day 1/ab deep");
@@ -118,8 +121,7 @@ TEST_F(SearchTest, HitsFollowTheVolumeAndOpenProjectsInFoldersThatNobodyOpened) 
 }
 
 TEST_F(SearchTest, FactsOfHitsComeWithoutTheUIThreadWaitingAndSortThem) {
-    MakeProject("Reels/ab 2", "12");
-    MakeProject("Reels/xAB", "123456");
+    Make({{"Reels/ab 2", "12"}, {"Reels/xAB", "123456"}});
     Settle();
     mDisk.ResetCounts();
     TypeSearch(QStringLiteral("ab"));
@@ -170,14 +172,6 @@ TEST_F(SearchTest, EscapeLeavesTheSearchFromTheTreeOfHitsToo) {
     EXPECT_EQ(SearchField()->text(), QString());
     EXPECT_TRUE(TreeWidget().isVisible());
     EXPECT_TRUE(TreeWidget().hasFocus());
-}
-
-TEST_F(SearchTest, ClosingTheProductionEmptiesFieldAndHits) {
-    TypeSearch(QStringLiteral("ab"));
-    CloseProduction();
-    EXPECT_EQ(SearchField()->text(), QString());
-    EXPECT_EQ(ShownHits(), Rows{});
-    EXPECT_TRUE(TreeWidget().isVisible());
 }
 
 }  // namespace HandlerSharedProjects

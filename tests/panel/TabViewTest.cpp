@@ -79,8 +79,7 @@ TEST_F(TabViewTest, SelectionCountTexts) {
     EXPECT_EQ(SelectionCount(), "1 item");
     Select({"A"});
     EXPECT_EQ(SelectionCount(), "1 of 1 item selected");
-    MakeProject("B");
-    MakeFolder("C");
+    Make({"B", "C/"});
     ASSERT_TRUE(Shows({"A", "B", "C"}));
     EXPECT_EQ(SelectionCount(), "1 of 3 items selected");
     Send(11303);
@@ -91,11 +90,9 @@ TEST_F(TabViewTest, ControlsFollowTheProduction) {
     OpenPanel();
     EXPECT_FALSE(SearchField()->isEnabled());
     EXPECT_FALSE(Slider()->isEnabled());
-    EXPECT_EQ(Title(), "Production");
     OpenProduction();
     EXPECT_TRUE(SearchField()->isEnabled());
     EXPECT_TRUE(Slider()->isEnabled());
-    EXPECT_EQ(Title(), "Production: North Shore");
     EXPECT_TRUE(Button("New Folder")->isEnabled());
     EXPECT_FALSE(Button("Move to Trash")->isEnabled());
     MakeProject("A");

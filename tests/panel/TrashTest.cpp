@@ -17,12 +17,9 @@ protected:
 };
 
 TEST_F(TrashTest, NothingIsDeletedAndNoNameIsInTheWay) {
-    MakeProject("A", "first");
-    MakeProject("Reels/B");
-    OpenProduction();
+    OpenProductionWith({{"A", "first"}, "Reels/B"});
     Trash({"A.zuproj", "Reels"});
-    MakeProject("A", "second");
-    MakeFolder("Reels");
+    Make({{"A", "second"}, "Reels/"});
     Trash({"A.zuproj", "Reels"});
     const DiskTree tree = ReadTree(mFolder.Path(OnDisk("Trash")));
     for (const char* name : {"A.zuproj", "A_1.zuproj", "Reels/", "Reels/B.zuproj", "Reels_1/"})
@@ -32,10 +29,7 @@ TEST_F(TrashTest, NothingIsDeletedAndNoNameIsInTheWay) {
 }
 
 TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
-    MakeProject("A");
-    MakeProject("Reels/Day 1/B");
-    MakeProject("Kept");
-    OpenProduction();
+    OpenProductionWith({"A", "Reels/Day 1/B", "Kept"});
     for (const char* name : {"A", "Reels/Day 1/B", "Kept"}) OpenDocument(name);
     Edit("Reels/Day 1/B", u"unsaved");
     mDialogs.ExpectQuestion("Save Changes", u"Cancel");
@@ -52,11 +46,7 @@ TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
 }
 
 TEST_F(TrashTest, WhatMayGo) {
-    MakeProject("A");
-    MakeProject("Reels/B");
-    MakeProject("Locked/Day 1/C");
-    MakeProject("Trash/Old");
-    MakeProject("D");
+    Make({"A", "Reels/B", "Locked/Day 1/C", "Trash/Old", "D"});
     OtherUserLocks("D");
     OtherUserLocks("Locked/Day 1/C");
     OpenProduction();
@@ -76,10 +66,7 @@ TEST_F(TrashTest, WhatMayGo) {
 }
 
 TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
-    MakeProject("A");
-    MakeProject("Reels/B");
-    MakeProject("Reels/C");
-    MakeProject("Locked/Day 1/D");
+    Make({"A", "Reels/B", "Reels/C", "Locked/Day 1/D"});
     OtherUserLocks("Locked/Day 1/D");
     OpenProduction();
     OpenFolder("Reels");
@@ -98,8 +85,7 @@ TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
 }
 
 TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
-    MakeProject("Reels/Day 1/A");
-    OpenProduction();
+    OpenProductionWith({"Reels/Day 1/A"});
     OpenDocument("Reels/Day 1/A");
     Select({"Reels"});
     struct Cancelling : ScriptedDialogs {
@@ -126,8 +112,7 @@ TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
 TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
     using Names = std::vector<std::string>;
     for (const char* name : {"A", "B", "Reels/C", "X", "Y"}) MakeProject(name);
-    MakeProject("Trash/Old");
-    OpenProduction();
+    OpenProductionWith({"Trash/Old"});
     OpenFolder("Reels");
     const auto trashed = [this](
                              const Names& names, const std::function<void()>& meanwhile = [] {}) {
@@ -154,8 +139,7 @@ TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
 }
 
 TEST_F(TrashTest, ScriptsMoveToTheTrashWhileThePanelIsThere) {
-    MakeProject("A");
-    MakeProject("B");
+    Make({"A", "B"});
     OtherUserLocks("B");
     OpenProduction();
     EXPECT_TRUE(desk::TryToMoveToTrash(PathsOf({"A.zuproj", "B.zuproj"})));
