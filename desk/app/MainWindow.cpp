@@ -136,6 +136,7 @@ void MainWindow::FillWindowMenu(QMenu& menu) {
 void MainWindow::RestoreLayout(QSize size) {
     const SettingsFile file = mRecent ? ReadSettingsFile(mProfile.PathOf(kLayoutFileName)) : SettingsFile{};
     mMayWriteLayout = file.mMayWrite;
+    if (!file.mNotice.empty()) mStatusLine->ShowNotice(ToDisplayText(file.mNotice));
     resize(kDefaultSize);
     if (file.mObject.contains(kGeometry) &&
         !restoreGeometry(QByteArray::fromBase64(file.mObject.value(kGeometry).toString().toLatin1())))

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <utility>
 
 #include "desk/app/CopiesUnderWay.h"
@@ -11,6 +12,7 @@
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
+#include "desk/dialogs/LongWork.h"
 #include "desk/files/FileSystem.h"
 #include "desk/project/Production.h"
 #include "desk/project/ProjectDocuments.h"
@@ -62,6 +64,13 @@ ProductionOpener::Result Finish(const Outcome& outcome) {
     return result;
 }
 
+/// Work on the open production's files comes to its end first.
+void CallWhenIdle(const std::function<void()>& call) {
+    constexpr std::chrono::milliseconds kBetweenTries(100);
+    if (!IsLongWorkRunning()) return call();
+    GetServices().mMainThread->PostDelayed([call] { CallWhenIdle(call); }, kBetweenTries);
+}
+
 std::string MakeProductionFolder(const std::string& folder, const std::string& trashName) {
     FileSystem& fileSystem = *GetServices().mFileSystem;
     fileSystem.CreateFolder(folder);
@@ -98,13 +107,14 @@ void ProductionOpener::Create(const std::string& folder, const std::string& tras
 void ProductionOpener::Open(MakeFolder makeFolder, Done done) {
     const unsigned request = ++mState->mRequest;
     mState->mIsBusy = true;
-    GetServices().mWorkerPool->Submit([=, state = mState, makeFolder = std::move(makeFolder)] {
+    const auto deliver = [=, state = mState](const Outcome& outcome) {
+        if (state->mRequest != request) return;
+        state->mIsBusy = false;
+        done(Finish(outcome));
+    };
+    GetServices().mWorkerPool->Submit([deliver, makeFolder = std::move(makeFolder)] {
         const Outcome outcome = Prepare(makeFolder);
-        GetServices().mMainThread->Post([=] {
-            if (state->mRequest != request) return;
-            state->mIsBusy = false;
-            done(Finish(outcome));
-        });
+        GetServices().mMainThread->Post([=] { CallWhenIdle([=] { deliver(outcome); }); });
     });
 }
 

@@ -8,7 +8,7 @@
 namespace desk {
 
 /// Opens productions without waiting for a volume on the UI thread: a worker makes the folder or looks at it,
-/// then the production is opened. The last one that was asked for counts; what is still under way for an
+/// then the production is opened, though not while long work (`RunLongWork`) is under way. The last one that was asked for counts; what is still under way for an
 /// earlier one is dropped when it comes. UI thread.
 class ProductionOpener {
 public:

@@ -29,7 +29,8 @@ QStringList ReadArguments(int count, char** arguments) {
     return result;
 }
 
-int ListPlugins(const CommandLine& commandLine) {
+int ListPlugins(const CommandLine& commandLine, int argumentCount, char** arguments) {
+    const QCoreApplication application(argumentCount, arguments);
     for (const PluginFile& plugin : FindPlugins(GetPluginFolders(commandLine.mPluginFolders)))
         if (plugin.mRefusal.empty())
             std::printf("%s (SDK version %u): %s\n", plugin.mName.c_str(), plugin.mSdkVersion,
@@ -39,7 +40,8 @@ int ListPlugins(const CommandLine& commandLine) {
     return EXIT_SUCCESS;
 }
 
-int ShowHelp() {
+int ShowHelp(int argumentCount, char** arguments) {
+    const QCoreApplication application(argumentCount, arguments);
     std::fputs(ToUTF8(CommandLineHelp()).c_str(), stdout);
     return EXIT_SUCCESS;
 }
@@ -81,11 +83,7 @@ bool PrepareDisplay(const CommandLine& commandLine) {
     return IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY");
 }
 
-int RunSession(CommandLine& commandLine, int argumentCount, char** arguments) {
-    if (const QString problem = CheckFolders(commandLine); !problem.isEmpty()) {
-        PrintError(problem);
-        return kWrongUse;
-    }
+int RunSession(const CommandLine& commandLine, int argumentCount, char** arguments) {
     if (!PrepareDisplay(commandLine)) {
         PrintError(QString::fromLatin1(kNoDisplay));
         return kWrongUse;
@@ -101,17 +99,15 @@ int RunProgram(int argumentCount, char** arguments) {
         PrintError(commandLine.mError + QStringLiteral(" (see --help)"));
         return kWrongUse;
     }
-    if (commandLine.mAction == CommandLine::Action::Run)
-        return RunSession(commandLine, argumentCount, arguments);
-    const QCoreApplication application(argumentCount, arguments);
-    switch (commandLine.mAction) {
-        case CommandLine::Action::ShowHelp:
-            return ShowHelp();
-        case CommandLine::Action::ShowVersion:
-            return ShowVersion();
-        default:
-            return ListPlugins(commandLine);
+    using Action = CommandLine::Action;
+    if (commandLine.mAction == Action::ShowVersion) return ShowVersion();
+    if (commandLine.mAction == Action::ShowHelp) return ShowHelp(argumentCount, arguments);
+    if (const QString problem = CheckFolders(commandLine); !problem.isEmpty()) {
+        PrintError(problem);
+        return kWrongUse;
     }
+    return commandLine.mAction == Action::ListPlugins ? ListPlugins(commandLine, argumentCount, arguments)
+                                                      : RunSession(commandLine, argumentCount, arguments);
 }
 
 }  // namespace desk

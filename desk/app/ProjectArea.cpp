@@ -16,6 +16,7 @@
 #include "desk/dialogs/LongWork.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MenuResources.h"
+#include "desk/toolkit/ControlImpl.h"
 #include "host/core/Localizer.h"
 #include "host/framework/ShortcutManager.h"
 #include "host/project/DocumentManager.h"
@@ -163,7 +164,7 @@ void ProjectArea::UpdateTab(int index) {
     const ProjectDocument& document = *GetPage(index)->GetDocument();
     const QString title = ProjectTitle(document);
     mTabs->setTabText(index, QString(title).replace(QLatin1Char('&'), QLatin1String("&&")));
-    mTabs->setTabToolTip(index, ProjectToolTip(document));
+    mTabs->setTabToolTip(index, ToToolTip(ProjectToolTip(document)));
     mTabs->Bar().setAccessibleTabName(index, SpokenProjectTitle(document));
     mTabs->Bar().SetItalic(index, document.IsReadOnly() && document.IsOutOfDate());
     if (index == mTabs->currentIndex()) Q_EMIT ActiveProjectChanged();

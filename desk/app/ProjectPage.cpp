@@ -7,6 +7,7 @@
 #include <QTextDocument>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectNotice.h"
@@ -68,6 +69,8 @@ QLabel* MakeFact(double scale, bool isSecondary) {
 
 struct ProjectPage::Watch {
     ProjectPage* mPage;
+    bool mIsLooking = false;
+    bool mLooksAgain = false;
 };
 
 ProjectPage::ProjectPage(ProjectDocumentRef document)
@@ -160,13 +163,22 @@ void ProjectPage::UpdateState() {
 }
 
 void ProjectPage::UpdateHolder() {
-    if (!mDocument->IsReadOnly() || !GetServices().mWorkerPool) return;
+    if (!mDocument->IsReadOnly() || !mWatch) return;
+    // A volume that does not answer holds up one worker, not one more at every look.
+    mWatch->mLooksAgain = mWatch->mIsLooking;
+    if (std::exchange(mWatch->mIsLooking, true)) return;
     GetServices().mWorkerPool->Submit([watch = std::weak_ptr<Watch>(mWatch), path = mDocument->GetProjectPath(),
                                        file = mDocument->GetFile().mPath] {
         GetServices().mMainThread->Post([watch, locks = FindStandingLocks(path, file)] {
-            if (const auto here = watch.lock()) here->mPage->ShowHolder(locks);
+            if (const auto here = watch.lock()) here->mPage->HolderFound(locks);
         });
     });
+}
+
+void ProjectPage::HolderFound(const std::vector<StandingLock>& locks) {
+    mWatch->mIsLooking = false;
+    ShowHolder(locks);
+    if (std::exchange(mWatch->mLooksAgain, false)) UpdateHolder();
 }
 
 void ProjectPage::ShowHolder(const std::vector<StandingLock>& locks) {

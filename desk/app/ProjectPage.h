@@ -32,7 +32,8 @@ public:
     void UpdateContent();
     /// Dirty, read-only or out of date may have changed.
     void UpdateState();
-    /// Looks who holds the lock of a project that is open read-only, on a worker.
+    /// Looks who holds the lock of a project that is open read-only, on a worker; while it is still looking, once
+    /// more afterwards.
     void UpdateHolder();
     /// True when the last look has found that somebody else holds the project, which is open read-only.
     bool IsHeldBySomebodyElse() const { return mDocument->IsReadOnly() && mIsHeld; }
@@ -42,6 +43,7 @@ private:
 
     QWidget* MakeFacts();
     void MakeNotices();
+    void HolderFound(const std::vector<StandingLock>& locks);
     void ShowHolder(const std::vector<StandingLock>& locks);
 
     ProjectDocumentRef mDocument;

@@ -27,9 +27,8 @@ QStringList States(const ProjectDocument& document) {
 }
 
 QString WithStates(const QString& title, const QStringList& states) {
-    return states.isEmpty()
-               ? title
-               : title + QLatin1String("  (") + states.join(QLatin1String(", ")) + QLatin1Char(')');
+    return states.isEmpty() ? title
+                            : title + QLatin1String(" (") + states.join(QLatin1String(", ")) + QLatin1Char(')');
 }
 
 }  // namespace

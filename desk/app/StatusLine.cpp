@@ -14,6 +14,7 @@
 #include "desk/core/UserNotice.h"
 #include "desk/files/WatchStatus.h"
 #include "desk/project/Production.h"
+#include "desk/toolkit/ControlImpl.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -117,7 +118,7 @@ QString StatusLine::FindText() const {
 
 void StatusLine::Update() {
     mText->SetFullText(FindText());
-    if (mText->HasRoom()) mText->setToolTip(ToDisplayText(Production::Instance().GetFolder()));
+    if (mText->HasRoom()) mText->setToolTip(ToToolTip(ToDisplayText(Production::Instance().GetFolder())));
 }
 
 }  // namespace desk

@@ -1,6 +1,7 @@
 // Waiting for long work with the window alive.
 
 #include <QEventLoop>
+#include <QLabel>
 #include <QProgressDialog>
 #include <QTimer>
 #include <chrono>
@@ -58,6 +59,9 @@ void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, 
     dialog.setAutoClose(false);
     dialog.setAutoReset(false);
     dialog.setMinimumWidth(420);
+    auto* item = new QLabel;
+    item->setTextFormat(Qt::PlainText);
+    dialog.setLabel(item);
     QEventLoop loop;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &loop, [&] {

@@ -51,10 +51,14 @@ void LoadPlugin(const PluginFile& plugin) {
 
 std::vector<PluginFile> FindPlugins(const std::vector<std::string>& folders) {
     std::vector<PluginFile> plugins;
-    std::set<std::string> names;
+    std::set<std::string> seen;
     for (const std::string& folder : folders)
-        for (const std::string& path : ListLibraries(folder))
-            if (names.insert(fs::path(path).filename().string()).second) plugins.push_back(InspectPlugin(path));
+        for (const std::string& path : ListLibraries(folder)) {
+            const std::string name = fs::path(path).filename().string();
+            if (seen.contains(name) || !seen.insert(path).second) continue;
+            plugins.push_back(InspectPlugin(path));
+            if (plugins.back().mRefusal.empty()) seen.insert(name);
+        }
     return plugins;
 }
 

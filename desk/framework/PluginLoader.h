@@ -14,8 +14,7 @@ struct PluginFile {
     /// The name in the entry record; empty when there is none.
     std::string mName;
     unsigned mSdkVersion = 0;
-    /// Why the file is not loaded, in words ("made for SDK version 2, this is 1", "no entry record", "not a
-    /// library: ..."); empty when it can be.
+    /// Why the file is not loaded, in words that follow its name ("has no entry record"); empty when it can be.
     std::string mRefusal;
 };
 
@@ -23,8 +22,9 @@ struct PluginFile {
 /// notes only, bounded. Never throws. Any thread.
 ZUHOST_API PluginFile InspectPlugin(const std::string& path);
 
-/// The plug-ins of the folders, in order; of two with one file name the first counts. Every "*.so" file is
-/// listed, refused ones too. Folders that do not exist are passed over. Any thread.
+/// The plug-ins of the folders, in order; of those with one file name the first that is not refused counts, so
+/// that an old copy does not keep the program's own panel away. Refused files are listed too. Folders that do not
+/// exist are passed over. Any thread.
 ZUHOST_API std::vector<PluginFile> FindPlugins(const std::vector<std::string>& folders);
 
 /// Loads the plug-ins that are not refused (RTLD_NOW | RTLD_LOCAL; they stay until the process ends), and calls

@@ -27,14 +27,13 @@ TEST_F(OpenProject, HoldsItsLockUntilTheSessionEnds) {
 }
 
 TEST_F(OpenProject, ShowsInItsTab) {
-    const auto picture = [this](Arguments arguments) { return Picture(arguments); };
-    const std::string file = mHome.Path("picture.png");
-    const QImage none = picture({"--screenshot", file, "--profile", mProfile, mProduction});
-    const QImage open = picture({"--screenshot", file, "--profile", mProfile, "--open", mProject, mProduction});
-    const auto projects = [](const QImage& image) {
+    const auto projects = [this](Arguments arguments) {
+        const QImage image = Picture(arguments);
         return image.copy(image.width() * 2 / 3, 0, image.width() / 3, 200);
     };
-    EXPECT_NE(projects(none), projects(open));
+    const std::string file = mHome.Path("picture.png");
+    EXPECT_NE(projects({"--screenshot", file, "--profile", mProfile, mProduction}),
+              projects({"--screenshot", file, "--profile", mProfile, "--open", mProject, mProduction}));
     EXPECT_FALSE(mHome.Exists(kLock));
 }
 

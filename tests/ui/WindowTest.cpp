@@ -1,27 +1,19 @@
 #include <QColor>
-#include <fstream>
+#include <QCoreApplication>
 #include <set>
 
+#include "tests/support/DesktopPortal.h"
 #include "tests/ui/ProgramRun.h"
 
 namespace {
 
 class Window : public ProgramRun {
 protected:
-    Window() { SetVariable("XDG_CONFIG_HOME", mHome.Path("config")); }
-
     static std::size_t CountColors(const QImage& picture) {
         std::set<QRgb> colors;
         for (int y = 0; y < picture.height(); y += 2)
             for (int x = 0; x < picture.width(); x += 2) colors.insert(picture.pixel(x, y));
         return colors.size();
-    }
-
-    static bool HasColor(const QImage& picture, QRgb wanted) {
-        for (int y = 0; y < picture.height(); ++y)
-            for (int x = 0; x < picture.width(); ++x)
-                if (picture.pixel(x, y) == wanted) return true;
-        return false;
     }
 
     static double Brightness(const QImage& picture) {
@@ -39,16 +31,16 @@ protected:
 };
 
 TEST_F(Window, FirstStartShowsTheSampleAndAPictureLeavesNoTrace) {
-    const QImage picture = Picture({"--screenshot", mPicture, "--profile", mProfile, "--theme", "dark"});
+    const QImage picture = Picture({"--screenshot", mPicture, "--profile", mProfile});
     EXPECT_EQ(picture.size(), QSize(1440, 820));
     EXPECT_GT(CountColors(picture), 60u);
-    EXPECT_LT(Brightness(picture), 0.3);
+    EXPECT_LT(Brightness(picture), 0.3) << "dark where there is no portal";
     EXPECT_TRUE(mHome.Exists("data/production-desk/North Shore/05 Stock footage/Clip 500.zuproj"));
     EXPECT_FALSE(mHome.Exists("profile/Recent Productions.json"));
     EXPECT_FALSE(mHome.Exists("profile/Window Layout.json"));
 
-    const QImage empty = Picture(
-        {"--screenshot", mPicture, "--profile", mProfile, "--theme", "dark", mHome.MakeFolder("Empty")});
+    const QImage empty =
+        Picture({"--screenshot", mPicture, "--profile", mProfile, mHome.MakeFolder("Empty")});
     EXPECT_EQ(empty.size(), picture.size());
     EXPECT_NE(empty, picture);
 }
@@ -60,6 +52,20 @@ TEST_F(Window, IsDrawnAtEveryScaleAndTheme) {
                                   "--window-size", "900x600", production});
     EXPECT_EQ(light.size(), QSize(1800, 1200));
     EXPECT_GT(Brightness(light), 0.7);
+}
+
+TEST_F(Window, HasTheColorSchemeOfTheDesktopsPortal) {
+    if (!DesktopPortal::IsPossible()) GTEST_SKIP() << "there is no dbus-daemon to ask over";
+    DesktopPortal portal(mHome.Path());
+    ASSERT_TRUE(portal.IsThere());
+    SetVariable("DBUS_SESSION_BUS_ADDRESS", portal.Address().toStdString());
+    QProcess process;
+    Start(process, {"--screenshot", mPicture, "--profile", mProfile, mHome.Path()});
+    EXPECT_TRUE(WaitFor([&] {
+        QCoreApplication::processEvents();
+        return process.state() == QProcess::NotRunning;
+    }));
+    EXPECT_GT(Brightness(QImage(QString::fromStdString(mPicture))), 0.7);
 }
 
 TEST_F(Window, SaysWhyAPictureCannotBeWritten) {

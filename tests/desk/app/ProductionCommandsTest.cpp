@@ -6,9 +6,11 @@
 #include "desk/app/RecentProductions.h"
 #include "desk/app/StatusLine.h"
 #include "desk/core/QtStrings.h"
+#include "desk/dialogs/LongWork.h"
 #include "desk/files/WatchStatus.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/project/Production.h"
+#include "tests/support/AnsweringDialogs.h"
 #include "tests/support/HostFixture.h"
 
 namespace desk {
@@ -93,6 +95,27 @@ TEST_F(ProductionCommandsTest, AVolumeThatHangsHoldsNobodyUpAndComesTooLate) {
     EXPECT_EQ(OpenFolder(), mFolder.Path("North Shore"));
 }
 
+/// Does something while long work is waited for.
+struct DialogsMeanwhile : AnsweringDialogs {
+    void WaitFor(const host::UTF16String&, WorkProgress&, const std::future<void>&) override { mMeanwhile(); }
+    std::function<void()> mMeanwhile;
+};
+
+TEST_F(ProductionCommandsTest, NoneIsOpenedInTheMiddleOfLongWork) {
+    mCommands.OpenAtStart(mFolder.Path("Harbour"), {});
+    ASSERT_TRUE(mPool.WaitUntilIdle(std::chrono::seconds(20)));
+    std::promise<void> end;
+    DialogsMeanwhile dialogs;
+    dialogs.mMeanwhile = [&] {
+        mMain.AdvanceAlone(std::chrono::seconds(1));
+        EXPECT_EQ(OpenFolder(), "");
+        end.set_value();
+    };
+    RunLongWork(u"Moving", [&](WorkProgress&) { end.get_future().wait(); });
+    mMain.Advance(std::chrono::seconds(1));
+    EXPECT_EQ(OpenFolder(), mFolder.Path("Harbour"));
+}
+
 TEST_F(ProductionCommandsTest, RecentOnesAreOfferedUntilTheyAreGone) {
     Open(mFolder.Path("North Shore"));
     Open(mFolder.Path("Harbour"));
@@ -118,15 +141,15 @@ TEST_F(ProductionCommandsTest, RecentOnesAreOfferedUntilTheyAreGone) {
 }
 
 TEST(WatchStatusText, SaysHowTheProductionIsFollowed) {
-    const auto text = [](const WatchStatus& status) {
-        return ToUTF8(DescribeWatchStatus(QStringLiteral("North Shore"), status));
-    };
-    EXPECT_EQ(text({.mPolledFolders = 3, .mPollInterval = 2}), "North Shore — shared volume, polled every 2 s");
-    EXPECT_EQ(text({.mWatchedFolders = 8, .mPolledFolders = 1, .mLimitReached = true, .mPollInterval = 1.5}),
-              "North Shore — polled every 1.5 s: the system's limit of watched folders is reached");
-    EXPECT_EQ(text({.mPolledFolders = 3, .mSystemError = ESTALE}),
-              "North Shore — not answering: Stale file handle");
-    EXPECT_EQ(text({.mPolledFolders = 3, .mSecondsWithoutAnswer = 7}), "North Shore — not answering for 7 s");
+    const std::pair<WatchStatus, const char*> texts[] = {
+        {{.mPolledFolders = 3, .mPollInterval = 2}, "shared volume, polled every 2 s"},
+        {{.mWatchedFolders = 8, .mPolledFolders = 1, .mLimitReached = true, .mPollInterval = 1.5},
+         "polled every 1.5 s: the system's limit of watched folders is reached"},
+        {{.mPolledFolders = 3, .mSystemError = ESTALE}, "not answering: Stale file handle"},
+        {{.mPolledFolders = 3, .mSecondsWithoutAnswer = 7}, "not answering for 7 s"}};
+    for (const auto& [status, text] : texts)
+        EXPECT_EQ(ToUTF8(DescribeWatchStatus(QStringLiteral("North Shore"), status)),
+                  std::string("North Shore — ") + text);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
 
@@ -12,6 +13,7 @@
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/Shortcuts.h"
+#include "desk/toolkit/Theme.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {
@@ -51,6 +53,15 @@ protected:
         for (const ProjectNotice* notice : Tabs().currentWidget()->findChildren<ProjectNotice*>())
             if (notice->isVisible()) texts << notice->accessibleName();
         return texts.join(QLatin1Char('|')).toStdString();
+    }
+    /// Also in a narrow window, where the style sheet leaves buttons little.
+    bool AreButtonsLegible() {
+        Theme::Apply(ThemeKind::Dark);
+        mArea.resize(200, 400);
+        mMain.RunUntilIdle();
+        const auto buttons = Tabs().currentWidget()->findChildren<QPushButton*>();
+        return std::ranges::all_of(
+            buttons, [](auto* button) { return !button->isVisible() || button->width() >= button->sizeHint().width(); });
     }
     using Titled = std::vector<std::string>;
 
@@ -92,15 +103,16 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
     ASSERT_TRUE(Open());
     mMain.RunUntilIdle();
-    EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
+    EXPECT_EQ(Titles(), Titled{"Reel 1 (read-only)"});
     EXPECT_TRUE(Notices().starts_with("Read-only. Locked by tomas on edit-bay-2, since ")) << Notices();
+    EXPECT_TRUE(AreButtonsLegible());
     Type("x");
-    EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only)"});
+    EXPECT_EQ(Titles(), Titled{"Reel 1 (read-only)"});
 
     EXPECT_FALSE(Bar().IsItalic(0));
     mFolder.Write(kProject, "changed by tomas");
     Find()->SetOutOfDate(true);
-    EXPECT_EQ(Titles(), Titled{"Reel 1  (read-only, out of date)"});
+    EXPECT_EQ(Titles(), Titled{"Reel 1 (read-only, out of date)"});
     EXPECT_TRUE(Bar().IsItalic(0));
     EXPECT_TRUE(Notices().ends_with("|The file has changed on disk.")) << Notices();
     Choose(kCommandReloadProject);
@@ -122,6 +134,22 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     Choose(kCommandUndo);
 }
 
+TEST_F(ProjectAreaTest, AVolumeThatHangsHoldsUpOneLookAtTheHolder) {
+    WriteForeignLock();
+    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
+    ASSERT_TRUE(Open());
+    mMain.RunUntilIdle();
+    mDisk.ResetCounts();
+    mDisk.CloseGate(Operation::Status, mFolder.Path(kLock));
+    for (int i = 0; i < 10; ++i) mArea.UpdateHolders();
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    mFolder.Remove(kLock);
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    EXPECT_LT(mDisk.Count(Operation::Status), 6) << "one look, and one more for those that came meanwhile";
+    EXPECT_EQ(Notices(), "Read-only.");
+}
+
 TEST_F(ProjectAreaTest, ALostLockLeavesOnlyTheCopy) {
     const ProjectDocumentRef document = OpenAndFind();
     Type("mine ");
@@ -130,7 +158,7 @@ TEST_F(ProjectAreaTest, ALostLockLeavesOnlyTheCopy) {
     Choose(kCommandSaveProject);
     document->SetDirty(true);
     mArea.UpdateHolders();
-    EXPECT_EQ(Titles(), Titled{"Reel 1 •  (lock lost)"});
+    EXPECT_EQ(Titles(), Titled{"Reel 1 • (lock lost)"});
     EXPECT_TRUE(Notices().starts_with("The lock was broken")) << Notices();
     EXPECT_TRUE(Editor().isReadOnly());
     EXPECT_EQ(Text(), "mine one\ntwo\nthree");
@@ -145,6 +173,8 @@ TEST_F(ProjectAreaTest, TabsCloseAndFollowTheActiveProject) {
     EXPECT_FALSE(Editor().isVisible()) << "no text";
     OpenAndFind("Day 1/A & B.zuproj");
     EXPECT_EQ(Titles(), (Titled{"Reel 1", "Reel 2", "A && B"}));
+    mArea.resize(200, 400);
+    EXPECT_GT(Bar().tabRect(0).width(), Bar().fontMetrics().horizontalAdvance(Bar().tabText(0)) + 32) << "legible";
     Manager().SetActiveProject(Find());
     EXPECT_EQ(Tabs().currentIndex(), 0);
     Press(Qt::Key_Tab, Qt::ControlModifier);

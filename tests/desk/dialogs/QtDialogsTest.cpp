@@ -7,7 +7,7 @@
 #include <QTimer>
 
 #include "desk/core/LanguageTable.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/WorkProgress.h"
 #include "desk/dialogs/QtDialogs.h"
 
 namespace desk {
@@ -71,6 +71,26 @@ TEST(QtDialogsTest, QuestionsHaveTheirButtonsAndClosingIsCancelling) {
             if (button->text() == QStringLiteral("Discard")) return button->click();
     });
     EXPECT_EQ(dialogs.Ask(question).mButton, 1u);
+}
+
+TEST(QtDialogsTest, WaitingNamesTheItemAsItStandsAndCanBeCancelled) {
+    WorkProgress progress;
+    progress.SetItem(u"<b>Reel");
+    std::promise<void> done;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        const QWidget* dialog = QApplication::activeModalWidget();
+        if (progress.IsCancelled()) return done.set_value();
+        if (!dialog) return;
+        EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Copying"));
+        EXPECT_EQ(dialog->findChild<QLabel*>()->text(), QStringLiteral("<b>Reel"));
+        EXPECT_EQ(dialog->findChild<QLabel*>()->textFormat(), Qt::PlainText);
+        dialog->findChild<QPushButton*>()->click();
+        EXPECT_TRUE(dialog->isVisible()) << "the work has not ended yet";
+    });
+    poll.start(30);
+    QtDialogs().WaitFor(u"Copying", progress, done.get_future());
+    EXPECT_TRUE(progress.IsCancelled());
 }
 
 }  // namespace

@@ -34,8 +34,8 @@ TEST_F(CommandRouterTest, AsksTheViewThenTheHandlerAndTheProgramAtTheEndOfTheirC
     EXPECT_FALSE(mRouter.Send(kSomeCommand));
     EXPECT_EQ(TakeEvents(), (Events{"panel 900001", "handler 900001"}));
     EXPECT_FALSE(mRouter.FindStatus(kSomeCommand).mIsKnown);
-    handler.mAnswers.mCommands[kSomeCommand] = true;
-    mPanel->mAnswers.mCommands[kSomeCommand] = false;
+    handler.mCommands[kSomeCommand] = true;
+    mPanel->mCommands[kSomeCommand] = false;
     EXPECT_TRUE(mRouter.Send(kSomeCommand));
     EXPECT_TRUE(mRouter.Send(kProgramCommand));
     EXPECT_EQ(TakeEvents(), (Events{"panel 900001", "panel 900002", "program"}));

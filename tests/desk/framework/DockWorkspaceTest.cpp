@@ -126,7 +126,7 @@ TEST_F(DockWorkspaceTest, ClosesAsTheHandlerWishesAndComesBackWhereItWas) {
     EXPECT_FALSE(IsShown(kOne));
 }
 
-TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanels) {
+TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanelsAndABrokenOneGivesTheDefault) {
     mWindow.addDockWidget(Qt::RightDockWidgetArea, mWorkspace.FindFrame(kOne));
     mWindow.resizeDocks({mWorkspace.FindFrame(kOne)}, {333}, Qt::Horizontal);
     mMainThread.RunUntilIdle();
@@ -134,22 +134,19 @@ TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanels) {
     EXPECT_TRUE(mWorkspace.ClosePanel(kTwo));
     const QJsonObject layout = mWorkspace.SaveLayout();
     mWorkspace.DestroyPanels();
-
-    QMainWindow window;
-    DockWorkspace workspace(window);
-    Open(window, workspace, layout);
-    EXPECT_EQ(window.dockWidgetArea(workspace.FindFrame(kOne)), Qt::RightDockWidgetArea);
-    EXPECT_EQ(workspace.FindFrame(kOne)->width(), width);
-    EXPECT_EQ(workspace.FindFrame(kTwo), nullptr);
-    EXPECT_EQ(std::ranges::count(PanelRegistry::Instance().GetWindowEntries(), kTwo,
-                                 &PanelRegistry::WindowEntry::mHandlerID),
-              1)
-        << "a closed panel must be there to be brought back";
-}
-
-TEST_F(DockWorkspaceTest, ABrokenLayoutGivesTheDefaultOne) {
-    ExpectLogged log("arrangement of panels");
-    mWorkspace.DestroyPanels();
+    {
+        QMainWindow window;
+        DockWorkspace workspace(window);
+        Open(window, workspace, layout);
+        EXPECT_EQ(window.dockWidgetArea(workspace.FindFrame(kOne)), Qt::RightDockWidgetArea);
+        EXPECT_EQ(workspace.FindFrame(kOne)->width(), width);
+        EXPECT_EQ(workspace.FindFrame(kTwo), nullptr);
+        EXPECT_EQ(std::ranges::count(PanelRegistry::Instance().GetWindowEntries(), kTwo,
+                                     &PanelRegistry::WindowEntry::mHandlerID),
+                  1)
+            << "a closed panel must be there to be brought back";
+    }
+    const ExpectLogged log("arrangement of panels");
     QMainWindow window;
     DockWorkspace workspace(window);
     Open(window, workspace,

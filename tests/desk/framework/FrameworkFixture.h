@@ -21,84 +21,75 @@
 /// What has happened, in its order.
 using Events = std::vector<std::string>;
 
-/// Answers a set of commands, and notes what it is asked to carry out.
-struct Answers {
-    Answers(std::string name, Events& events) : mName(std::move(name)), mEvents(events) {}
-
-    bool Status(int id, bool& enabled) const {
-        const auto found = mCommands.find(id);
-        if (found != mCommands.end()) enabled = found->second;
-        return found != mCommands.end();
-    }
-    bool Obey(int id) const {
-        mEvents.push_back(mName + ' ' + std::to_string(id));
-        return mCommands.contains(id);
-    }
-
-    std::string mName;
-    Events& mEvents;
-    /// Whether enabled, by ID.
-    std::map<int, bool> mCommands;
-};
-
 inline std::string ToText(const host::Rect& r) {
     return QString::asprintf("%d,%d %dx%d", r.x, r.y, r.width, r.height).toStdString();
 }
 
-/// A view that notes what is called on it.
+/// Answers the commands of a set, and notes what it is asked to carry out. What it does not answer ends, as with
+/// panels, at the base.
 template <class Base>
-class NotingView : public Base {
+class Noting : public Base {
 public:
-    NotingView(std::string name, host::Commander* parent, Events& events)
-        : Base(parent), mAnswers(std::move(name), events) {}
+    template <class... Arguments>
+    Noting(std::string name, Events& events, Arguments&&... arguments)
+        : Base(std::forward<Arguments>(arguments)...), mName(std::move(name)), mEvents(events) {}
 
     bool FindCommandStatus(int id, bool& enabled, bool& checked, host::MenuMark& mark,
                            host::UTF16String& text) override {
-        return mAnswers.Status(id, enabled) || Base::FindCommandStatus(id, enabled, checked, mark, text);
+        const auto found = mCommands.find(id);
+        if (found == mCommands.end()) return Base::FindCommandStatus(id, enabled, checked, mark, text);
+        enabled = found->second;
+        return true;
     }
     bool ObeyCommand(const host::Command& command) override {
-        return mAnswers.Obey(command.GetID()) || Base::ObeyCommand(command);
+        Note(std::to_string(command.GetID()));
+        return mCommands.contains(command.GetID()) || Base::ObeyCommand(command);
     }
 
-    Answers mAnswers;
+    /// Whether enabled, by ID.
+    std::map<int, bool> mCommands;
+
+protected:
+    void Note(const std::string& event) { mEvents.push_back(mName + ' ' + event); }
+
+private:
+    std::string mName;
+    Events& mEvents;
+};
+
+/// A view that notes what is called on it.
+template <class Base>
+class NotingView : public Noting<Base> {
+public:
+    using Noting<Base>::Noting;
+
     std::function<void()> mWhenCreated;
     std::function<void()> mWhenOnDuty;
 
 protected:
     void FinishCreateSelf(const host::Rect& bounds) override {
-        Note("created " + ToText(bounds));
+        this->Note("created " + ToText(bounds));
         Base::FinishCreateSelf(bounds);
         if (mWhenCreated) mWhenCreated();
     }
-    void SetBoundsSelf(const host::Rect& bounds) override { Note("laid out " + ToText(bounds)); }
+    void SetBoundsSelf(const host::Rect& bounds) override { this->Note("laid out " + ToText(bounds)); }
     void NowOnDuty() override {
-        Note("on duty");
+        this->Note("on duty");
         if (mWhenOnDuty) mWhenOnDuty();
     }
     void DestroySelf() override {
-        Note(this->IsCreated() ? "destroyed" : "destroyed too late");
+        this->Note(this->IsCreated() ? "destroyed" : "destroyed too late");
         Base::DestroySelf();
     }
-
-private:
-    void Note(const std::string& event) { mAnswers.mEvents.push_back(mAnswers.mName + ' ' + event); }
 };
 
 using NotingTabView = NotingView<host::TabView>;
 using NotingSubView = NotingView<host::SubView>;
 
-/// A handler whose commands end, as those of panels do, at the base.
-class NotingHandler : public host::Handler {
+class NotingHandler : public Noting<host::Handler> {
 public:
-    NotingHandler(const host::UTF16String& id, Events& events)
-        : Handler(u"", id), mAnswers("handler", events) {}
-
-    bool ObeyCommand(const host::Command& command) override {
-        return mAnswers.Obey(command.GetID()) || Handler::ObeyCommand(command);
-    }
+    NotingHandler(const host::UTF16String& id, Events& events) : Noting("handler", events, u"", id) {}
     host::TabView* CreateTabViewSelf(host::WorkspaceFrame*) override { return nullptr; }
-
-    Answers mAnswers;
 };
 
 /// One panel in a window of its own.
@@ -125,5 +116,5 @@ protected:
     Events mEvents;
     std::unique_ptr<TestPanelFrame> mFrame = std::make_unique<TestPanelFrame>(QSize(400, 300));
     std::unique_ptr<NotingTabView> mPanel =
-        std::make_unique<NotingTabView>("panel", host::Application::Instance()->GetMainCommander(), mEvents);
+        std::make_unique<NotingTabView>("panel", mEvents, host::Application::Instance()->GetMainCommander());
 };
