@@ -12,7 +12,7 @@ class SessionBus {
 public:
     static bool IsPossible() {
 #ifdef __SANITIZE_THREAD__
-        return false;  // The sanitizer does not see how the bus's library waits for its threads.
+        return false;  // Once a QProcess has run, the sanitizer no longer sees what the thread that started it locks.
 #endif
         return !QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty();
     }
