@@ -8,16 +8,16 @@
 #include "desk/files/FileFailure.h"
 #include "desk/files/FileMoves.h"
 #include "desk/files/FileSystem.h"
-#include "desk/files/FolderPath.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/LookAgain.h"
 #include "desk/project/LockKeeper.h"
 #include "desk/project/LockProtocol.h"
-#include "desk/project/TrashMoves.h"
+#include "desk/project/TrashRecords.h"
 #include "host/core/Localizer.h"
 #include "host/files/File.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
+#include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
 
 namespace host {
@@ -31,17 +31,16 @@ class FileMove {
 public:
     FileMove(const UTF16String& source, const UTF16String& destination)
         : mSource(PathUtils::ToNormalizedPath(source)), mDestination(PathUtils::ToNormalizedPath(destination)) {
+        if (IsInZuProductionTrash(mDestination, false))
+            mTrashFolder = UTF16to8(GetZuProductionTrashDirectoryPath());
         if (!IsVantorProjectFile(mSource)) return;
-        mLockPath =
-            desk::JoinPath<std::string>(UTF16to8(desk::FolderOf(mSource)),
-                                        UTF16to8(desk::GetLockFileName(PathUtils::GetFullFilePart(mSource))));
+        mLockPath = desk::GetLockPath(mSource);
         if (const desk::HeldLockPtr lock = desk::LockKeeper::Instance().Find(mLockPath))
             mHeldNonce = lock->GetRecord().mNonce;
     }
 
     int Run() {
         try {
-            desk::CheckMoveToTrash(mDestination);
             desk::RunLongWork(
                 ZString("$$$/Vantor/Desk/Files/Moving=Moving “@0”", {PathUtils::GetFullFilePart(mSource)}),
                 [this](desk::WorkProgress& progress) { Work(progress); });
@@ -55,6 +54,7 @@ public:
 private:
     // On a worker.
     void Work(desk::WorkProgress& progress) {
+        if (!mTrashFolder.empty()) desk::IsTrashFolderThere(*desk::GetServices().mFileSystem, mTrashFolder);
         mIsThere = IsThere();
         if (!mIsThere || (!mLockPath.empty() && IsHeldByAnother())) return;
         mMove = desk::MoveItem(UTF16to8(mSource), UTF16to8(mDestination), progress);
@@ -112,6 +112,8 @@ private:
 
     const UTF16String mSource;
     const UTF16String mDestination;
+    /// Empty for what does not move to the trash.
+    std::string mTrashFolder;
     /// Empty for what is no project.
     std::string mLockPath;
     /// Empty when this process does not hold the lock.

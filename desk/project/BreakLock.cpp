@@ -50,12 +50,6 @@ void Tell(const UTF16String& text, MessageKind kind) {
     GetServices().mDialogs->ShowMessage(Title(), text, kind);
 }
 
-std::string LockPathOf(const std::string& projectPath) {
-    const UTF16String path = host::UTF8to16(projectPath);
-    return host::UTF16to8(host::PathUtils::GetFullDirectoryPart(path) +
-                          GetLockFileName(host::PathUtils::GetFullFilePart(path)));
-}
-
 UTF16String AgeText(std::int64_t seconds) {
     const std::int64_t minutes = std::max<std::int64_t>(seconds, 0) / 60;
     const auto number = [](std::int64_t n) { return host::NumberToString(static_cast<long long>(n)); };
@@ -155,7 +149,8 @@ UTF16String DescribeOutcome(const UTF16String& path, const LockBreaking& breakin
 }
 
 /// Somebody began to break the lock, and may have died over it on a machine that does not come back.
-bool BreakGuard(const UTF16String& path, const StandingLock& lock, const LockRecord& guard, BreakWait wait) {
+LockBreaking BreakGuard(const UTF16String& path, const StandingLock& lock, const LockRecord& guard,
+                        BreakWait wait) {
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = Title(),
          .mText = host::ZString("$$$/Desk/BreakLock/GuardQuestion=The lock of “@0” is being broken "
@@ -166,7 +161,7 @@ bool BreakGuard(const UTF16String& path, const StandingLock& lock, const LockRec
                       host::ZString("$$$/Desk/BreakLock/TakeOver=Take Over")},
          .mCancel = 0,
          .mIsWarning = true});
-    if (answer.mButton != 1) return false;
+    if (answer.mButton != 1) return {Outcome::Cancelled, {}, 0};
     StandingLock standing;
     standing.mPath = LockProtocol::FindGuardPath(lock.mPath, lock.mSeen);
     bool isThere = false;
@@ -176,13 +171,33 @@ bool BreakGuard(const UTF16String& path, const StandingLock& lock, const LockRec
         isThere = seen.has_value();
         if (isThere) standing.mSeen = *seen;
     });
-    return !isThere || BreakWhileWindowLives(path, standing, wait).mOutcome == Outcome::Broken;
+    return isThere ? BreakWhileWindowLives(path, standing, wait) : LockBreaking{Outcome::Broken, {}, 0};
 }
 
-/// The first lock that is not this process's; that there is none is told.
+/// Those of which the volume does not tell too.
+std::vector<StandingLock> LookAtLocks(const UTF16String& path, const std::string& filePath) {
+    LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
+    std::vector<StandingLock> locks;
+    for (const std::string& lockPath : {GetLockPath(path), GetLockPath(host::UTF8to16(filePath))}) {
+        if (!locks.empty() && locks.front().mPath == lockPath) continue;
+        const auto seen = protocol.Look(lockPath);
+        if (seen) locks.push_back({lockPath, *seen, ParseLockRecord(seen->mBytes.value_or(""))});
+    }
+    return locks;
+}
+
+bool IsUnknown(const StandingLock& lock) {
+    return lock.mSeen.mSystemError != 0;
+}
+
+/// The first lock that is not this process's; that there is none, or that nobody can tell, is told.
 std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::string& filePath) {
     std::vector<StandingLock> locks;
-    RunLongWork(Title(), [&](WorkProgress&) { locks = FindStandingLocks(path, filePath); });
+    RunLongWork(Title(), [&](WorkProgress&) { locks = LookAtLocks(path, filePath); });
+    if (const auto unknown = std::ranges::find_if(locks, IsUnknown); unknown != locks.end()) {
+        Tell(DescribeOutcome(path, {Outcome::Failed, {}, unknown->mSeen.mSystemError}), MessageKind::Failure);
+        return {};
+    }
     const auto lock = std::ranges::find_if_not(locks, IsOurs);
     if (locks.empty()) {
         Tell(host::ZString("$$$/Desk/BreakLock/None=Nobody holds a lock on “@0” any more.",
@@ -214,13 +229,8 @@ void NoteBroken(const UTF16String& path, const StandingLock& lock) {
 }  // namespace
 
 std::vector<StandingLock> FindStandingLocks(const UTF16String& path, const std::string& filePath) {
-    LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
-    std::vector<StandingLock> locks;
-    for (const std::string& lockPath : {LockPathOf(host::UTF16to8(path)), LockPathOf(filePath)}) {
-        if (!locks.empty() && locks.front().mPath == lockPath) continue;
-        const auto seen = protocol.Look(lockPath);
-        if (seen) locks.push_back({lockPath, *seen, ParseLockRecord(seen->mBytes.value_or(""))});
-    }
+    std::vector<StandingLock> locks = LookAtLocks(path, filePath);
+    std::erase_if(locks, IsUnknown);
     return locks;
 }
 
@@ -245,8 +255,8 @@ bool BreakProjectLock(const UTF16String& path, const std::string& filePath, Brea
     if (!lock || !Confirm(path, *lock)) return false;
     LockBreaking breaking = BreakWhileWindowLives(path, *lock, wait);
     if (breaking.mOutcome == Outcome::Guarded) {
-        if (!BreakGuard(path, *lock, breaking.mGuard, wait)) return false;
-        breaking = BreakWhileWindowLives(path, *lock, wait);
+        breaking = BreakGuard(path, *lock, breaking.mGuard, wait);
+        if (breaking.mOutcome == Outcome::Broken) breaking = BreakWhileWindowLives(path, *lock, wait);
     }
     if (breaking.mOutcome == Outcome::Broken)
         NoteBroken(path, *lock);

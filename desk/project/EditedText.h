@@ -39,7 +39,6 @@ public:
     /// `bytes` without an obstacle.
     explicit EditedText(std::string bytes);
 
-    const std::string& GetBytes() const { return mBytes; }
     host::UTF16String GetEditorText() const;
 
     /// The bytes that stand for what the editor shows now: lines that were there already end as they did, a

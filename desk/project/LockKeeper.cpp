@@ -1,6 +1,9 @@
 #include "desk/project/LockKeeper.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -8,9 +11,14 @@
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
+#include "desk/core/WorkProgress.h"
 #include "desk/core/WorkerPool.h"
+#include "desk/dialogs/AskVolume.h"
+#include "desk/dialogs/LongWork.h"
 #include "desk/files/FolderPath.h"
 #include "desk/project/Leftovers.h"
+#include "host/core/Localizer.h"
+#include "host/files/FileException.h"
 
 namespace desk {
 
@@ -21,9 +29,23 @@ using std::chrono::milliseconds;
 /// A reader, or somebody who breaks the lock, is given this long to be gone.
 constexpr milliseconds kPatience(3000);
 constexpr milliseconds kBetweenTries(200);
+/// How long the window stands still for a lock that is given up.
+constexpr milliseconds kStandstill(2000);
 
 LockProtocol MakeProtocol() {
     return LockProtocol(*GetServices().mFileSystem, *GetServices().mDesktop);
+}
+
+/// The user knows no lock files.
+host::UTF16String NameOfProject(const std::string& lockPath) {
+    return GetProjectNameOfLockFile(host::UTF8to16(lockPath.substr(lockPath.rfind('/') + 1)));
+}
+
+/// Throws with ECANCELED when the user does not want to wait.
+LockStanding CheckOnDisk(const std::string& lockPath, const std::string& nonce) {
+    return AskVolume(host::ZString("$$$/Desk/Project/Checking=Checking Project"), "read lock of",
+                     NameOfProject(lockPath),
+                     [lockPath, nonce] { return MakeProtocol().Check(lockPath, nonce); });
 }
 
 }  // namespace
@@ -36,7 +58,7 @@ struct LockKeeper::GivingUp {
     std::chrono::steady_clock::time_point mEnd;
     /// Held while a worker tries, which begins only while the lock has not been taken back.
     std::mutex mMutex;
-    bool mIsTakenBack = false;
+    std::atomic<bool> mIsTakenBack = false;
 };
 
 HeldLock::~HeldLock() {
@@ -45,7 +67,7 @@ HeldLock::~HeldLock() {
 
 LockStanding HeldLock::Check() {
     if (mIsLost) return LockStanding::Lost;
-    const LockStanding standing = MakeProtocol().Check(mPath, mRecord.mNonce);
+    const LockStanding standing = CheckOnDisk(mPath, mRecord.mNonce);
     mIsLost = standing == LockStanding::Lost;
     if (mIsLost) Log(LogLevel::Info, "the lock is no longer ours: " + mPath);
     return standing;
@@ -59,7 +81,14 @@ LockKeeper& LockKeeper::Instance() {
 
 LockKeeper::Taking LockKeeper::Take(const std::string& lockPath, const host::UTF16String& user,
                                     const host::UTF16String& machine) {
-    const LockRecord mine = MakeLockRecord(*GetServices().mDesktop, user, machine);
+    try {
+        return TakeOrThrow(lockPath, MakeLockRecord(*GetServices().mDesktop, user, machine));
+    } catch (const host::FileException& exception) {
+        return {nullptr, {LockTaking::Outcome::Failed, {}, exception.SystemError()}};
+    }
+}
+
+LockKeeper::Taking LockKeeper::TakeOrThrow(const std::string& lockPath, const LockRecord& mine) {
     if (HeldLockPtr held = Find(lockPath); held && held->Check() != LockStanding::Lost) {
         const bool isTheirs =
             held->GetRecord().mUser == mine.mUser && held->GetRecord().mMachine == mine.mMachine;
@@ -75,8 +104,12 @@ LockKeeper::Taking LockKeeper::Take(const std::string& lockPath, const host::UTF
 
 LockKeeper::Taking LockKeeper::TakeOnce(const std::string& lockPath, const LockRecord& mine) {
     LockProtocol protocol = MakeProtocol();
-    LockTaking taking = protocol.Take(lockPath, mine);
-    GiveUpLater(protocol.TakeRemains(), true);
+    LockTaking taking;
+    RunLongWork(host::ZString("$$$/Desk/Project/Locking=Locking Project"), [&](WorkProgress& progress) {
+        progress.SetItem(NameOfProject(lockPath));
+        taking = protocol.Take(lockPath, mine);
+    });
+    GiveUpLater(protocol.TakeRemains());
     if (taking.mOutcome == LockTaking::Outcome::Ours) return {Keep(lockPath, mine), taking};
     HeldLockPtr lock =
         taking.mOutcome == LockTaking::Outcome::Held ? TakeBack(lockPath, taking.mRecord, mine) : nullptr;
@@ -84,33 +117,38 @@ LockKeeper::Taking LockKeeper::TakeOnce(const std::string& lockPath, const LockR
     return {lock, taking};
 }
 
+/// Another attempt may have come upon it first, while this one waited.
 HeldLockPtr LockKeeper::Keep(const std::string& lockPath, const LockRecord& record) {
-    const HeldLockPtr lock(new HeldLock(lockPath, record));
+    HeldLockPtr lock = FindByNonce(record.mNonce);
+    if (!lock) lock.reset(new HeldLock(lockPath, record));
     mLocks[lockPath] = lock;
     return lock;
 }
 
-/// The lock that stands in the way is of this very process: it moved here, is just being given up, or was left
-/// by a call of which the volume said that it had failed.
+/// The lock that stands in the way is of this very process: it moved here, is just being given up, was out of
+/// sight for a while and taken for lost, or was left by a call of which the volume said that it had failed.
 HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& found,
                                  const LockRecord& wanted) {
     if (!AreOfOneProcess(found, wanted) || found.mUser != wanted.mUser || found.mMachine != wanted.mMachine)
         return {};
     if (const HeldLockPtr held = FindByNonce(found.mNonce)) {
         // A copy, if the lock still stands where it was taken.
-        if (MakeProtocol().Check(held->mPath, found.mNonce) != LockStanding::Lost) return {};
+        if (CheckOnDisk(held->mPath, found.mNonce) != LockStanding::Lost) return {};
         Forget(*held);
         held->mPath = lockPath;
         mLocks[lockPath] = held;
         return held;
     }
-    for (const auto& task : mGivingUp) {
-        if (task->mRemains.mNonce != found.mNonce) continue;
-        const std::lock_guard lock(task->mMutex);
-        task->mIsTakenBack = true;
-    }
+    const auto tasks = mGivingUp;
+    for (const auto& task : tasks)
+        if (task->mRemains.mNonce == found.mNonce)
+            AskVolume(host::ZString("$$$/Desk/Project/Locking=Locking Project"), "take back lock of",
+                      NameOfProject(lockPath), [task] {
+                          const std::lock_guard lock(task->mMutex);
+                          task->mIsTakenBack = true;
+                      });
     if (!TakeBackStrayLock(found.mNonce)) return {};
-    if (MakeProtocol().Check(lockPath, found.mNonce) != LockStanding::Ours) return {};
+    if (CheckOnDisk(lockPath, found.mNonce) != LockStanding::Ours) return {};
     return Keep(lockPath, found);
 }
 
@@ -119,10 +157,18 @@ HeldLockPtr LockKeeper::Find(const std::string& lockPath) const {
     return entry == mLocks.end() ? nullptr : entry->second.lock();
 }
 
+/// A lost lock is nobody's.
 HeldLockPtr LockKeeper::FindByNonce(const std::string& nonce) const {
     for (const auto& [path, weak] : mLocks)
-        if (HeldLockPtr lock = weak.lock(); lock && lock->mRecord.mNonce == nonce) return lock;
+        if (HeldLockPtr lock = weak.lock(); lock && !lock->mIsLost && lock->mRecord.mNonce == nonce)
+            return lock;
     return {};
+}
+
+bool LockKeeper::HasGivenUp(const LockRecord& record) const {
+    return record.mIsReadable && record.mPid == ::getpid() &&
+           AreOfOneProcess(record, MakeLockRecord(*GetServices().mDesktop, {}, {})) &&
+           !FindByNonce(record.mNonce);
 }
 
 /// Another lock may have taken the path since.
@@ -146,38 +192,45 @@ void LockKeeper::FollowMove(const std::string& oldFolder, const std::string& new
 
 void LockKeeper::GiveUp(const HeldLock& lock) {
     Forget(lock);
-    if (lock.mIsLost) NoteStrayLock(lock.mRecord.mNonce);
-    if (lock.mIsLost || !GetServices().mFileSystem || !GetServices().mDesktop) return;
-    const LockRelease release = MakeProtocol().Release(lock.mPath, lock.mRecord.mNonce);
-    if (release == LockRelease::NotOurs) Log(LogLevel::Info, "the lock was no longer ours: " + lock.mPath);
-    if (release == LockRelease::Retry) GiveUpLater({{lock.mPath, lock.mRecord.mNonce}}, false);
+    // One that seemed to be lost may have been taken back.
+    if (FindByNonce(lock.mRecord.mNonce)) return;
+    if (lock.mIsLost) return NoteStrayLock(lock.mRecord.mNonce);
+    if (const auto task = AddGivingUp({lock.mPath, lock.mRecord.mNonce}, false))
+        TryToGiveUp(task).wait_for(kStandstill);
 }
 
-void LockKeeper::GiveUpLater(std::vector<LockRemains> remains, bool isDoubtful) {
-    MainThread* mainThread = GetServices().mMainThread;
-    for (LockRemains& one : remains) {
-        auto task = std::make_shared<GivingUp>();
-        task->mRemains = std::move(one);
-        task->mIsDoubtful = isDoubtful;
-        if (!mainThread || !GetServices().mWorkerPool) {
-            Log(LogLevel::Warning, "could not remove the lock file " + task->mRemains.mPath);
-            continue;
-        }
-        task->mEnd = mainThread->Now() + kPatience;
-        mGivingUp.push_back(task);
-        mainThread->PostDelayed([this, task] { TryAgain(task); }, kBetweenTries);
+void LockKeeper::GiveUpLater(std::vector<LockRemains> remains) {
+    for (LockRemains& one : remains)
+        if (const auto task = AddGivingUp(std::move(one), true))
+            GetServices().mMainThread->PostDelayed([this, task] { TryToGiveUp(task); }, kBetweenTries);
+}
+
+std::shared_ptr<LockKeeper::GivingUp> LockKeeper::AddGivingUp(LockRemains remains, bool isDoubtful) {
+    const Services& services = GetServices();
+    if (!services.mFileSystem || !services.mDesktop || !services.mMainThread || !services.mWorkerPool) {
+        Log(LogLevel::Warning, "could not remove the lock file " + remains.mPath);
+        return {};
     }
+    auto task = std::make_shared<GivingUp>();
+    task->mRemains = std::move(remains);
+    task->mIsDoubtful = isDoubtful;
+    task->mEnd = services.mMainThread->Now() + kPatience;
+    mGivingUp.push_back(task);
+    return task;
 }
 
-void LockKeeper::TryAgain(const std::shared_ptr<GivingUp>& task) {
-    GetServices().mWorkerPool->Submit([this, task, protocol = MakeProtocol()]() mutable {
+std::future<void> LockKeeper::TryToGiveUp(const std::shared_ptr<GivingUp>& task) {
+    const auto attempt = std::make_shared<std::packaged_task<void()>>([this, task] {
         LockRelease release = LockRelease::NotOurs;
         {
             const std::lock_guard lock(task->mMutex);
-            if (!task->mIsTakenBack) release = protocol.RemoveRemains(task->mRemains);
+            if (!task->mIsTakenBack) release = MakeProtocol().RemoveRemains(task->mRemains);
         }
         GetServices().mMainThread->Post([this, task, release] { Finish(task, release); });
     });
+    std::future<void> tried = attempt->get_future();
+    GetServices().mWorkerPool->Submit([attempt] { (*attempt)(); });
+    return tried;
 }
 
 void LockKeeper::Finish(const std::shared_ptr<GivingUp>& task, LockRelease release) {
@@ -185,13 +238,16 @@ void LockKeeper::Finish(const std::shared_ptr<GivingUp>& task, LockRelease relea
     const bool isInTime = mainThread.Now() < task->mEnd;
     const bool isOpen = release == LockRelease::Retry || task->mIsDoubtful;
     if (isOpen && isInTime && !task->mIsTakenBack)
-        return mainThread.PostDelayed([this, task] { TryAgain(task); }, kBetweenTries);
-    if (release == LockRelease::Retry) {
-        NoteStrayLock(task->mRemains.mNonce);
-        Log(LogLevel::Warning, "could not remove the lock file " + task->mRemains.mPath +
-                                   ": a reader has it open, or somebody is about to break it");
-    }
+        return mainThread.PostDelayed([this, task] { TryToGiveUp(task); }, kBetweenTries);
     std::erase(mGivingUp, task);
+    // One that is held again is no stray, whatever an attempt before that came to.
+    if (task->mIsTakenBack) return;
+    if (release == LockRelease::NotOurs && !task->mIsDoubtful)
+        Log(LogLevel::Info, "the lock was no longer ours: " + task->mRemains.mPath);
+    if (release != LockRelease::Retry) return;
+    NoteStrayLock(task->mRemains.mNonce);
+    Log(LogLevel::Warning, "could not remove the lock file " + task->mRemains.mPath +
+                               ": a reader has it open, or somebody is about to break it");
 }
 
 }  // namespace desk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <future>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,7 +13,8 @@
 
 namespace desk {
 
-/// A lock that this process holds. It is given up when its last owner lets go. UI thread.
+/// A lock that this process holds. It is given up when its last owner lets go: within two seconds, after which
+/// a volume that does not answer is left to a worker. UI thread.
 class ZUHOST_API HeldLock {
 public:
     ~HeldLock();
@@ -22,8 +24,9 @@ public:
     const LockRecord& GetRecord() const { return mRecord; }
     /// The lock file's path, in bytes.
     const std::string& GetPath() const { return mPath; }
-    /// Reads the lock again; `Unknown` when the volume does not answer. A lost lock stays lost. To be asked
-    /// before each save and each move of the project. May wait for the volume.
+    /// Reads the lock again, on a worker (`AskVolume`); `Unknown` when the volume fails to tell. A lost lock
+    /// stays lost. To be asked before each save and each move of the project. Throws `host::FileException` with
+    /// ECANCELED when the user does not want to wait for the volume.
     LockStanding Check();
     /// What the last `Check` found.
     bool IsLost() const { return mIsLost; }
@@ -53,13 +56,16 @@ public:
 
     /// Takes the lock at `lockPath` (bytes, normalised) for a user and a machine. A lock that this process
     /// holds already for them is shared, once it has been read again; so is one whose file came here with a
-    /// moved folder, one that is just being given up, and one that an earlier failure left behind. May wait for
-    /// the volume.
+    /// moved folder, one that is just being given up, one that seemed to be lost, and one that an earlier
+    /// failure left behind. Works on workers while the window lives (`RunLongWork`).
     Taking Take(const std::string& lockPath, const host::UTF16String& user, const host::UTF16String& machine);
 
     /// The lock that this process holds at `lockPath`; empty when it holds none. Touches no disk.
     HeldLockPtr Find(const std::string& lockPath) const;
     bool HoldsAny() const { return !mLocks.empty(); }
+    /// True for the record of a lock of this very process that it does not hold any more: whoever has read it
+    /// has not heard yet that it was given up. Touches no disk.
+    bool HasGivenUp(const LockRecord& record) const;
 
     /// The locks at and below `oldFolder` (bytes, normalised) have moved with it to `newFolder`: they keep
     /// their nonces and are from now on looked for there. Call it after a folder has been renamed or moved,
@@ -70,14 +76,18 @@ private:
     friend class HeldLock;
     struct GivingUp;
 
+    Taking TakeOrThrow(const std::string& lockPath, const LockRecord& mine);
     Taking TakeOnce(const std::string& lockPath, const LockRecord& mine);
     HeldLockPtr Keep(const std::string& lockPath, const LockRecord& record);
     HeldLockPtr TakeBack(const std::string& lockPath, const LockRecord& found, const LockRecord& wanted);
     HeldLockPtr FindByNonce(const std::string& nonce) const;
     void Forget(const HeldLock& lock);
     void GiveUp(const HeldLock& lock);
-    void GiveUpLater(std::vector<LockRemains> remains, bool isDoubtful);
-    void TryAgain(const std::shared_ptr<GivingUp>& task);
+    void GiveUpLater(std::vector<LockRemains> remains);
+    /// Empty when nobody could carry it out.
+    std::shared_ptr<GivingUp> AddGivingUp(LockRemains remains, bool isDoubtful);
+    /// Ready when a worker has tried, and has posted what came of it.
+    std::future<void> TryToGiveUp(const std::shared_ptr<GivingUp>& task);
     void Finish(const std::shared_ptr<GivingUp>& task, LockRelease release);
 
     std::map<std::string, std::weak_ptr<HeldLock>> mLocks;

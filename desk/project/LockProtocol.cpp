@@ -53,11 +53,24 @@ std::string NameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
 
+/// Where the guard stands that gives the right to remove, in its owner's place, a lock with this nonce: beside
+/// the lock. Since a nonce never comes back, such a right never extends to a later lock.
+std::string GetGuardPath(const std::string& lockPath, const std::string& nonce) {
+    return FolderOf(lockPath) + '/' + GetGuardName(nonce);
+}
+
 /// True for errors that tell what stands there (no regular file, too large, not ours to read), as against those
 /// of a volume that does not answer.
 bool IsAnswer(int error) {
     return error == EFBIG || error == ELOOP || error == EINVAL || error == EISDIR || error == EACCES ||
            error == EPERM;
+}
+
+/// What has no bytes that could be read is told by its time.
+bool IsSame(const LockSnapshot& found, const LockSnapshot& seen) {
+    return found.mSystemError == 0 && found.mBytes == seen.mBytes &&
+           found.mStatus.mKind == seen.mStatus.mKind &&
+           (seen.mBytes || found.mStatus.mModified == seen.mStatus.mModified);
 }
 
 }  // namespace
@@ -101,10 +114,6 @@ bool AreOfOneProcess(const LockRecord& a, const LockRecord& b) {
     };
     return a.mIsReadable && b.mIsReadable && !a.mMachineID.empty() && !a.mBootID.empty() &&
            a.mPidNamespace != 0 && a.mPid != 0 && identity(a) == identity(b);
-}
-
-std::string GetGuardPath(const std::string& lockPath, const std::string& nonce) {
-    return FolderOf(lockPath) + '/' + GetGuardName(nonce);
 }
 
 LockProtocol::LockProtocol(FileSystem& fileSystem, const Desktop& desktop)
@@ -258,8 +267,13 @@ bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce,
 
 std::optional<LockSnapshot> LockProtocol::Look(const std::string& lockPath) {
     LockSnapshot snapshot;
-    if (ErrorOf([&] { snapshot.mStatus = mFileSystem.Status(lockPath, false); }) != 0) return std::nullopt;
-    snapshot.mBytes = Read(lockPath).mBytes;
+    snapshot.mSystemError = ErrorOf([&] { snapshot.mStatus = mFileSystem.Status(lockPath, false); });
+    if (snapshot.mSystemError == ENOENT || snapshot.mSystemError == ENOTDIR) return std::nullopt;
+    if (snapshot.mSystemError != 0) return snapshot;
+    const Content content = Read(lockPath);
+    if (!content.mIsThere) return std::nullopt;
+    snapshot.mBytes = content.mBytes;
+    snapshot.mSystemError = content.mSystemError;
     return snapshot;
 }
 
@@ -283,10 +297,9 @@ LockBreaking LockProtocol::Break(const std::string& lockPath, const LockSnapshot
     }
     LockBreaking breaking{LockBreaking::Outcome::Changed, {}, 0};
     const std::optional<LockSnapshot> found = Look(lockPath);
-    const bool isSame = found && found->mBytes == seen.mBytes && found->mStatus.mKind == seen.mStatus.mKind &&
-                        (seen.mBytes || found->mStatus.mModified == seen.mStatus.mModified);
+    if (found && found->mSystemError != 0) breaking = {LockBreaking::Outcome::Failed, {}, found->mSystemError};
     // A guard that was itself broken meanwhile gives no right.
-    if (isSame && Check(guardPath, guard.mNonce) == LockStanding::Ours) {
+    if (found && IsSame(*found, seen) && Check(guardPath, guard.mNonce) == LockStanding::Ours) {
         const int error = ErrorOf([&] { mFileSystem.RemoveFile(lockPath); });
         const bool isGone = error == 0 || error == ENOENT || !Look(lockPath);
         breaking.mOutcome = isGone ? LockBreaking::Outcome::Broken : LockBreaking::Outcome::Failed;

@@ -35,6 +35,8 @@ struct LockSnapshot {
     /// Absent for what is no readable regular file of at most `kLockFileLimit` bytes.
     std::optional<std::string> mBytes;
     ItemStatus mStatus;
+    /// The errno for which the volume does not tell; then nothing else is known. 0 otherwise.
+    int mSystemError = 0;
 };
 
 enum class LockRelease {
@@ -85,10 +87,6 @@ ZUHOST_API LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16St
 /// True when both records are of one process.
 ZUHOST_API bool AreOfOneProcess(const LockRecord& a, const LockRecord& b);
 
-/// Where the guard stands that gives the right to remove, in its owner's place, a lock with this nonce: beside
-/// the lock. Since a nonce never comes back, such a right never extends to a later lock.
-ZUHOST_API std::string GetGuardPath(const std::string& lockPath, const std::string& nonce);
-
 /// Takes, gives up and breaks lock files on shared volumes, as `docs/locking.md` describes. Every operation may
 /// wait for the volume; none throws. Any thread, one at a time.
 class ZUHOST_API LockProtocol {
@@ -102,8 +100,8 @@ public:
     /// takers one wins.
     LockTaking Take(const std::string& lockPath, const LockRecord& mine);
 
-    /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it. One that is not there any more
-    /// counts as removed; it and one that is another's now count as stray (`NoteStrayLock`).
+    /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it. One that is not there any
+    /// more counts as removed; it and one that is another's now count as stray (`NoteStrayLock`).
     LockRelease Release(const std::string& lockPath, const std::string& nonce);
 
     /// Reads the lock again. A volume may show old content for a moment, so a loss is looked at three times
@@ -115,8 +113,8 @@ public:
 
     /// Removes somebody else's lock, after a person has been shown it: guards it for `mine`, calls `wait`
     /// (which takes at least three seconds and twice the time that the volume caches, and returns false to give
-    /// up), and removes it if it is still what the person saw. A guard that is in the way can be broken the same
-    /// way.
+    /// up), and removes it if it is still what the person saw. A guard that is in the way can be broken the
+    /// same way.
     LockBreaking Break(const std::string& lockPath, const LockSnapshot& seen, const LockRecord& mine,
                        const std::function<bool()>& wait);
     /// Where the guard of a lock stands that was seen so.

@@ -13,7 +13,9 @@
 #include "desk/core/QtStrings.h"
 #include "desk/files/FileSystem.h"
 #include "desk/project/ProcessFacts.h"
+#include "desk/project/RecordTexts.h"
 #include "host/files/FileException.h"
+#include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
 
 namespace desk {
@@ -96,8 +98,12 @@ host::UTF16String GetProjectNameOfLockFile(std::u16string_view lockName) {
     return host::IsVantorProjectFile(projectName) ? projectName : host::UTF16String();
 }
 
+std::string GetLockPath(const host::UTF16String& projectPath) {
+    return host::UTF16to8(host::PathUtils::GetFullDirectoryPart(projectPath) +
+                          GetLockFileName(host::PathUtils::GetFullFilePart(projectPath)));
+}
+
 std::string WriteLockRecord(const LockRecord& record) {
-    const QDateTime takenAt = QDateTime::fromSecsSinceEpoch(record.mTakenAt, Qt::UTC);
     const QJsonObject object{
         {kVersionKey, static_cast<qint64>(kVersion)},
         {kNonceKey, ToQStringFromUTF8(record.mNonce)},
@@ -108,7 +114,7 @@ std::string WriteLockRecord(const LockRecord& record) {
         {kPidNamespaceKey, static_cast<qint64>(record.mPidNamespace)},
         {kPidKey, static_cast<qint64>(record.mPid)},
         {kProcessStartKey, static_cast<qint64>(record.mProcessStart)},
-        {kTakenAtKey, takenAt.toString(Qt::ISODate)},
+        {kTakenAtKey, ToTimeText(record.mTakenAt)},
     };
     return QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString() + '\n';
 }

@@ -38,6 +38,8 @@ inline constexpr std::size_t kLockFileLimit = 4096;
 /// when `lockName` is no lock file's name. The one place that knows the names.
 ZUHOST_API host::UTF16String GetLockFileName(const host::UTF16String& projectName);
 ZUHOST_API host::UTF16String GetProjectNameOfLockFile(std::u16string_view lockName);
+/// The path, in bytes, of the lock file of the project at `projectPath` (normalised).
+ZUHOST_API std::string GetLockPath(const host::UTF16String& projectPath);
 
 /// The format's one writer and one reader.
 ZUHOST_API std::string WriteLockRecord(const LockRecord& record);

@@ -1,12 +1,9 @@
 // Whether folders hold projects that are locked.
 
-#include <unistd.h>
-
 #include "desk/core/Desktop.h"
 #include "desk/core/Services.h"
 #include "desk/files/FolderStore.h"
 #include "desk/project/LockKeeper.h"
-#include "desk/project/LockProtocol.h"
 #include "desk/project/LockRecord.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
@@ -28,11 +25,9 @@ public:
         if (IsHeldHere(project)) return !mOnlyOthers;
         if (!facts.mLock) return true;
         const LockRecord& lock = *facts.mLock;
-        const Desktop& desktop = *GetServices().mDesktop;
-        if (IsLockStale(lock, desktop)) return false;
+        if (IsLockStale(lock, *GetServices().mDesktop)) return false;
         if (!lock.mIsReadable) return true;
-        // This process has given it up since it was read.
-        if (lock.mPid == ::getpid() && AreOfOneProcess(lock, MakeLockRecord(desktop, {}, {}))) return false;
+        if (LockKeeper::Instance().HasGivenUp(lock)) return false;
         return !mOnlyOthers || lock.mUser != mUser || lock.mMachine != mMachine;
     }
 
@@ -40,9 +35,7 @@ private:
     static bool IsHeldHere(const host::UTF16String& project) {
         const LockKeeper& keeper = LockKeeper::Instance();
         if (!keeper.HoldsAny()) return false;
-        const host::UTF16String lock = host::PathUtils::GetFullDirectoryPart(project) +
-                                       GetLockFileName(host::PathUtils::GetFullFilePart(project));
-        const HeldLockPtr held = keeper.Find(host::UTF16to8(lock));
+        const HeldLockPtr held = keeper.Find(GetLockPath(project));
         return held && !held->IsLost();
     }
 

@@ -1,9 +1,11 @@
 #include "host/project/ProductionItems.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "desk/core/Log.h"
 #include "desk/core/Services.h"
+#include "desk/dialogs/AskVolume.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
 #include "desk/project/CopyQueue.h"
@@ -22,11 +24,19 @@ void AddToQueue(const UTF16String& source, const UTF16String& destination, desk:
         desk::Log(desk::LogLevel::Error, "There is no queue to copy " + UTF16to8(source));
 }
 
-/// Says of a path whether a new item can take it.
+/// A volume that takes longer to say whether a name is taken is not waited for.
+constexpr std::chrono::seconds kPatience(5);
+
+bool IsTakenOnDisk(const UTF16String& path) {
+    return desk::AskVolumeWithin(kPatience,
+                                 [path] { return desk::IsTaken(*desk::GetServices().mFileSystem, path); })
+        .value_or(false);
+}
+
+/// Says of a path whether a new item cannot have it.
 auto IsTakenIn(const UTF16StringVec& names) {
     return [&names](const UTF16String& path) {
-        return std::ranges::find(names, PathUtils::GetFullFilePart(path)) != names.end() ||
-               desk::IsTaken(*desk::GetServices().mFileSystem, path);
+        return std::ranges::find(names, PathUtils::GetFullFilePart(path)) != names.end() || IsTakenOnDisk(path);
     };
 }
 

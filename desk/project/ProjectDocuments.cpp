@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <functional>
 #include <utility>
 
 #include "desk/core/QtStrings.h"
@@ -11,6 +12,8 @@
 #include "desk/dialogs/LongWork.h"
 #include "desk/files/FileMoves.h"
 #include "desk/files/FileSystem.h"
+#include "desk/files/ItemCopier.h"
+#include "desk/files/LookAgain.h"
 #include "desk/project/OutOfDateWatch.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "desk/toolkit/Theme.h"
@@ -133,18 +136,35 @@ unsigned GetModeOfNewFiles() {
     return 0644;
 }
 
-bool CreateFileOnDisk(const host::UTF16String& path, const std::string& bytes) {
-    const std::string pathBytes = host::UTF16to8(path);
+namespace {
+
+/// False when something stands at `path`.
+bool MakeOnDisk(const host::UTF16String& path, const host::UTF16String& title,
+                const std::function<void(WorkProgress&)>& work) {
     try {
-        RunLongWork(host::ZString("$$$/Desk/Project/Creating=Creating Project"), [&](WorkProgress& progress) {
+        RunLongWork(title, [&](WorkProgress& progress) {
             progress.SetItem(path);
-            GetServices().mFileSystem->CreateNewFile(pathBytes, bytes, GetModeOfNewFiles());
+            work(progress);
         });
     } catch (const host::FileException& exception) {
         if (exception.SystemError() != EEXIST) throw;
         return false;
     }
+    LookAgainAround(path);
     return true;
+}
+
+}  // namespace
+
+bool CreateFileOnDisk(const host::UTF16String& path, const std::string& bytes) {
+    return MakeOnDisk(path, host::ZString("$$$/Desk/Project/Creating=Creating Project"), [&](WorkProgress&) {
+        GetServices().mFileSystem->CreateNewFile(host::UTF16to8(path), bytes, GetModeOfNewFiles());
+    });
+}
+
+bool CopyFileOnDisk(const std::string& source, const host::UTF16String& path) {
+    return MakeOnDisk(path, host::ZString("$$$/Desk/Project/Copying=Copying Project"),
+                      [&](WorkProgress& progress) { CopyItem(source, host::UTF16to8(path), progress); });
 }
 
 }  // namespace desk

@@ -86,6 +86,7 @@ private:
     bool OpenInPlaceOf(const ProjectDocumentRef& document, const host::UTF16String& copy);
 
     bool Close(const ProjectDocumentRef& document, bool prompt);
+    bool SaveToClose(const ProjectDocumentRef& document);
     bool CloseAll(const std::vector<ProjectDocumentRef>& documents);
     ProjectQuestions::SaveAnswer AskToSave(const ProjectDocumentRef& document);
     void Drop(const ProjectDocumentRef& document);

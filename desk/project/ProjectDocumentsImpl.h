@@ -33,5 +33,7 @@ unsigned GetModeOfNewFiles();
 
 /// Makes a new file on a worker. False when something stands at `path`; throws `host::FileException`.
 bool CreateFileOnDisk(const host::UTF16String& path, const std::string& bytes);
+/// The same, as a copy of the file at `source` (bytes); the user can cancel it (ECANCELED).
+bool CopyFileOnDisk(const std::string& source, const host::UTF16String& path);
 
 }  // namespace desk

@@ -57,10 +57,16 @@ bool ProjectDocuments::Close(const ProjectDocumentRef& document, bool prompt) {
     if (prompt && document->IsDirty()) {
         const SaveAnswer answer = AskToSave(document);
         if (answer == SaveAnswer::Cancel) return false;
-        if (answer == SaveAnswer::Save && Save(document).mResult == SaveResult::NotSaved) return false;
+        if (answer == SaveAnswer::Save && !SaveToClose(document)) return false;
     }
     Drop(document);
     return true;
+}
+
+/// What was typed while it was saved is not lost either.
+bool ProjectDocuments::SaveToClose(const ProjectDocumentRef& document) {
+    const SaveResult result = Save(document).mResult;
+    return result == SaveResult::Copied || (result == SaveResult::Saved && !document->IsDirty());
 }
 
 /// The project is brought to the front first: the user is to see what the question is about.

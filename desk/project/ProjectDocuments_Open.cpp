@@ -5,11 +5,9 @@
 
 #include "desk/core/Services.h"
 #include "desk/core/UserNotice.h"
-#include "desk/core/WorkProgress.h"
-#include "desk/dialogs/LongWork.h"
+#include "desk/dialogs/AskVolume.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "host/core/Localizer.h"
-#include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectFiles.h"
@@ -24,21 +22,20 @@ using ProjectQuestions::LockedAnswer;
 /// Copies that somebody else has made under the same name meanwhile.
 constexpr int kMostCopyNames = 20;
 
-/// Runs `work` on a worker; false when it failed, which the user has been told, or was cancelled.
-bool WorkOnOpening(const UTF16String& path, const std::function<void(FileSystem&)>& work) {
+/// The answer to `question` about the file at `filePath`; absent when it failed, which the user has been told,
+/// or was cancelled.
+template <class Answer>
+std::optional<Answer> AskToOpen(const UTF16String& path, const std::string& filePath,
+                                Answer (*question)(FileSystem&, const std::string&)) {
     try {
-        RunLongWork(host::ZString("$$$/Desk/Project/Opening=Opening Project"), [&](WorkProgress& progress) {
-            progress.SetItem(path);
-            work(*GetServices().mFileSystem);
-            progress.ThrowIfCancelled("open", host::UTF16to8(path));
-        });
-        return true;
+        return AskVolume(host::ZString("$$$/Desk/Project/Opening=Opening Project"), "open", path,
+                         [question, filePath] { return question(*GetServices().mFileSystem, filePath); });
     } catch (const host::FileException& exception) {
         if (exception.SystemError() == EINVAL)
             ProjectQuestions::TellNotOpened(path, host::ZString("$$$/Desk/Project/NoFile=It is not a file."));
         else if (exception.SystemError() != ECANCELED)
             ProjectQuestions::TellNotOpened(path, ReasonOf(exception));
-        return false;
+        return {};
     }
 }
 
@@ -63,12 +60,10 @@ bool ProjectDocuments::OpenProject(const UTF16String& path) {
 }
 
 bool ProjectDocuments::Open(const UTF16String& path) {
-    ProjectFilePlace file;
-    const std::string bytes = host::UTF16to8(path);
-    if (!WorkOnOpening(path, [&](FileSystem& fileSystem) { file = FindProjectFile(fileSystem, bytes); }))
-        return false;
+    const auto file = AskToOpen(path, host::UTF16to8(path), FindProjectFile);
+    if (!file) return false;
     for (const ProjectDocumentRef& document : GetDocuments()) {
-        if (document->GetFile().mPath != file.mPath) continue;
+        if (document->GetFile().mPath != file->mPath) continue;
         SetActiveProject(document);
         TellUser(host::ZString(
             "$$$/Desk/Project/SameFile=“@0” and “@1” are one file, which is open already.",
@@ -76,14 +71,12 @@ bool ProjectDocuments::Open(const UTF16String& path) {
         return true;
     }
     bool isCopyOpen = false;
-    const std::optional<ProjectLocking> locking = LockOrAsk(path, file, isCopyOpen);
+    const std::optional<ProjectLocking> locking = LockOrAsk(path, *file, isCopyOpen);
     if (!locking) return isCopyOpen;
     // Under the lock, so that nobody writes after this reading.
-    ProjectContent content;
-    if (!WorkOnOpening(path,
-                       [&](FileSystem& fileSystem) { content = ReadProjectFile(fileSystem, file.mPath); }))
-        return false;
-    const ProjectDocumentRef document = new ProjectDocument(path, file, std::move(content));
+    auto content = AskToOpen(path, file->mPath, ReadProjectFile);
+    if (!content) return false;
+    const ProjectDocumentRef document = new ProjectDocument(path, *file, *std::move(content));
     document->SetLocks(locking->mLock, locking->mTargetLock);
     OpenProjectList::Instance().Add(document);
     SetActiveProject(document);
@@ -113,15 +106,12 @@ bool ProjectDocuments::OpenCopy(const UTF16String& path, const ProjectFilePlace&
     for (int i = 0; i < kMostCopyNames; ++i) {
         copy = host::GetZuProductionItemCopyPath(path, taken);
         try {
-            host::FileUtils::Copy(host::UTF8to16(file.mPath), copy);
-            return OpenProject(copy);
-        } catch (const host::FileException& exception) {
-            if (exception.SystemError() == ECANCELED) return false;
-            if (exception.SystemError() != EEXIST) {
-                ProjectQuestions::TellNotCopied(copy, ReasonOf(exception));
-                return false;
-            }
+            if (CopyFileOnDisk(file.mPath, copy)) return OpenProject(copy);
             taken.push_back(host::PathUtils::GetFullFilePart(copy));
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() != ECANCELED)
+                ProjectQuestions::TellNotCopied(copy, ReasonOf(exception));
+            return false;
         }
     }
     ProjectQuestions::TellNotCopied(copy, ReasonOf(host::FileException("copy to", copy, EEXIST)));

@@ -5,10 +5,10 @@
 
 #include "desk/core/Services.h"
 #include "desk/core/WorkProgress.h"
+#include "desk/dialogs/AskVolume.h"
 #include "desk/dialogs/LongWork.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "host/core/Localizer.h"
-#include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectFiles.h"
@@ -25,13 +25,19 @@ bool WriteCopy(const ProjectDocument& document, const UTF16String& path) {
     if (document.IsEditable())
         return CreateFileOnDisk(path,
                                 EditedText(document.GetContent().mBytes).ToBytes(document.GetCurrentText()));
-    try {
-        host::FileUtils::Copy(host::UTF8to16(document.GetFile().mPath), path);
-    } catch (const host::FileException& exception) {
-        if (exception.SystemError() != EEXIST) throw;
-        return false;
-    }
-    return true;
+    return CopyFileOnDisk(document.GetFile().mPath, path);
+}
+
+/// What has become of a lost lock.
+struct Loss {
+    ProjectLocking mHolder;
+    ProjectRemains mRemains = ProjectRemains::Project;
+};
+
+Loss FindOutAboutLoss(const UTF16String& path) {
+    return AskVolume(host::ZString("$$$/Desk/Project/Checking=Checking Project"), "look for", path, [path] {
+        return Loss{FindLockHolder(path), FindRemains(path)};
+    });
 }
 
 }  // namespace
@@ -85,15 +91,14 @@ std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const Proje
         const bool isLost = document->GetLock()->IsLost();
         const bool isTargetLost = !isLost && document->GetTargetLock() && document->GetTargetLock()->IsLost();
         if (!isLost && !isTargetLost) return {};
-        const UTF16String place = isLost ? path : host::UTF8to16(document->GetFile().mPath);
-        const ProjectLocking holder = FindLockHolder(place);
-        const ProjectRemains remains = FindRemains(place);
         // The lost one stays, and says so; another is of no use any more.
         document->SetLocks(isLost ? document->GetLock() : nullptr,
                            isLost ? nullptr : document->GetTargetLock());
-        return ProjectQuestions::AskToCopyAfterLoss(path, holder, remains) ? SaveAsCopy(document) : Saving{};
+        const Loss loss = FindOutAboutLoss(isLost ? path : host::UTF8to16(document->GetFile().mPath));
+        return ProjectQuestions::AskToCopyAfterLoss(path, loss.mHolder, loss.mRemains) ? SaveAsCopy(document)
+                                                                                       : Saving{};
     } catch (const host::FileException& exception) {
-        ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
+        if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
         return Saving{};
     }
 }
@@ -127,7 +132,8 @@ ProjectDocuments::Saving ProjectDocuments::SaveAsCopy(const ProjectDocumentRef& 
         path = host::PathUtils::ToNormalizedPath(*chosen);
         if (!host::IsVantorProjectFile(path)) path += host::GetProjectFileExtension();
         try {
-            if (WriteCopy(*document, path)) return {SaveResult::Copied, path};
+            // A project whose file is gone still has its name.
+            if (!host::IsProjectOpen(path) && WriteCopy(*document, path)) return {SaveResult::Copied, path};
             ProjectQuestions::TellNotCopied(
                 path, host::ZString("$$$/Desk/Project/NameTaken=There is something of this name already."));
         } catch (const host::FileException& exception) {

@@ -4,8 +4,7 @@
 #include <utility>
 
 #include "desk/core/Services.h"
-#include "desk/core/WorkProgress.h"
-#include "desk/dialogs/LongWork.h"
+#include "desk/dialogs/AskVolume.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "host/core/Localizer.h"
 
@@ -18,13 +17,12 @@ namespace {
 /// Why the document cannot be edited although its lock is ours; empty when it can.
 host::UTF16String FindReasonAgainstEditing(const ProjectDocumentRef& document) {
     FileComparison found;
-    const ProjectContentPtr content = document->ShareContent();
-    const std::string path = document->GetFile().mPath;
     try {
-        RunLongWork(host::ZString("$$$/Desk/Project/Checking=Checking Project"), [&](WorkProgress& progress) {
-            progress.SetItem(document->GetProjectPath());
-            found = CompareProjectFile(*GetServices().mFileSystem, path, *content, true);
-        });
+        found = AskVolume(host::ZString("$$$/Desk/Project/Checking=Checking Project"), "compare",
+                          document->GetProjectPath(),
+                          [content = document->ShareContent(), path = document->GetFile().mPath] {
+                              return CompareProjectFile(*GetServices().mFileSystem, path, *content, true);
+                          });
     } catch (const host::FileException& exception) {
         return ReasonOf(exception);
     }
@@ -44,20 +42,15 @@ bool ProjectDocuments::ReloadProject(const host::ProjectRef& project) {
     if (!operation.HasBegun()) return false;
     const host::UTF16String path = document->GetProjectPath();
     if (document->IsDirty() && !ProjectQuestions::AskToReload(path)) return false;
-    ProjectContent content;
-    const std::string file = document->GetFile().mPath;
     try {
-        RunLongWork(host::ZString("$$$/Desk/Project/Reloading=Reloading Project"), [&](WorkProgress& progress) {
-            progress.SetItem(path);
-            content = ReadProjectFile(*GetServices().mFileSystem, file);
-            progress.ThrowIfCancelled("reload", file);
-        });
+        document->ReplaceContent(AskVolume(
+            host::ZString("$$$/Desk/Project/Reloading=Reloading Project"), "reload", path,
+            [file = document->GetFile().mPath] { return ReadProjectFile(*GetServices().mFileSystem, file); }));
+        return true;
     } catch (const host::FileException& exception) {
         if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotReloaded(path, ReasonOf(exception));
         return false;
     }
-    document->ReplaceContent(std::move(content));
-    return true;
 }
 
 bool ProjectDocuments::SetProjectReadOnly(const host::ProjectRef& project, bool readOnly) {
@@ -77,7 +70,7 @@ bool ProjectDocuments::MakeReadOnly(const ProjectDocumentRef& document) {
     if (document->IsDirty()) {
         const Saving saving = Save(document);
         if (saving.mResult == SaveResult::Copied) OpenInPlaceOf(document, saving.mCopy);
-        if (saving.mResult != SaveResult::Saved) return false;
+        if (saving.mResult != SaveResult::Saved || document->IsDirty()) return false;
     }
     document->SetLocks({}, {});
     return true;

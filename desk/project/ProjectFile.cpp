@@ -36,10 +36,10 @@ ProjectContent Judge(std::string bytes, const ItemStatus& status) {
     return content;
 }
 
-/// Absent when the file has grown too large meanwhile.
-std::optional<std::string> ReadBytes(FileSystem& fileSystem, const std::string& path) {
+/// Absent when the file has more than `limit` bytes.
+std::optional<std::string> ReadBytes(FileSystem& fileSystem, const std::string& path, std::size_t limit) {
     try {
-        return fileSystem.ReadSmallFile(path, kEditableLimit);
+        return fileSystem.ReadSmallFile(path, limit);
     } catch (const host::FileException& exception) {
         if (exception.SystemError() != EFBIG) throw;
     }
@@ -52,7 +52,7 @@ bool IsAgreed(const FileComparison& found, const std::optional<FileComparison>& 
     return found.mOutcome == FileComparison::Outcome::Missing || IsSameState(found.mStatus, approved->mStatus);
 }
 
-/// After a failure: a volume may fail a call that it has carried out.
+/// A volume may fail a call that it has carried out.
 bool DoBytesStand(FileSystem& fileSystem, const std::string& path, const std::string& bytes) {
     try {
         return fileSystem.ReadSmallFile(path, bytes.size()) == bytes;
@@ -74,7 +74,7 @@ ProjectContent ReadProjectFile(FileSystem& fileSystem, const std::string& path) 
     for (int reading = 1;; ++reading) {
         const ItemStatus before = ReadStatusOfFile(fileSystem, path);
         std::optional<std::string> bytes;
-        if (before.mSize <= kEditableLimit) bytes = ReadBytes(fileSystem, path);
+        if (before.mSize <= kEditableLimit) bytes = ReadBytes(fileSystem, path, kEditableLimit);
         if (!bytes) return {ProjectContent::Kind::Large, EditedText::Obstacle::None, {}, before};
         const ItemStatus after = ReadStatusOfFile(fileSystem, path);
         // What keeps changing is shown as it was read, and is out of date at the next look.
@@ -99,7 +99,8 @@ FileComparison CompareProjectFile(FileSystem& fileSystem, const std::string& pat
     if (isSameState && !(alwaysReads && isEditable)) return {Outcome::Same, status};
     if (!isEditable || status.mKind != ItemKind::File || status.mSize != expected.mBytes.size())
         return {Outcome::Changed, status};
-    const bool isSame = ReadBytes(fileSystem, path) == expected.mBytes;
+    // What was saved may have grown beyond what would be opened.
+    const bool isSame = ReadBytes(fileSystem, path, expected.mBytes.size()) == expected.mBytes;
     return {isSame ? Outcome::Same : Outcome::Changed, status};
 }
 
@@ -109,7 +110,8 @@ FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path, co
     try {
         writing.mFound = CompareProjectFile(fileSystem, path, expected, true);
         writing.mOutcome = FileWriting::Outcome::Differs;
-        if (!IsAgreed(writing.mFound, approved)) return writing;
+        // A save that failed may have come through after all.
+        if (!IsAgreed(writing.mFound, approved) && !DoBytesStand(fileSystem, path, bytes)) return writing;
         writing.mOutcome = FileWriting::Outcome::Failed;
         fileSystem.ReplaceFile(path, bytes);
         writing.mStands = true;

@@ -1,9 +1,5 @@
 #include "host/project/ProjectLockFile.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <ctime>
 #include <optional>
 
 #include "desk/core/Desktop.h"
@@ -14,11 +10,12 @@
 #include "desk/files/KnownFacts.h"
 #include "desk/project/LockKeeper.h"
 #include "desk/project/LockRecord.h"
+#include "desk/project/ProjectLocking.h"
 #include "desk/project/ProjectQuestions.h"
+#include "desk/project/RecordTexts.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
-#include "host/project/ProjectFiles.h"
 
 namespace host {
 
@@ -33,24 +30,6 @@ public:
     UTF16String GetLockOwner() const override { return {}; }
     bool IsHeldByReader() const override { return false; }
     bool IsLost() override { return false; }
-};
-
-/// A share in a lock that this process holds.
-class CreatedLockFile : public IProjectLockFile {
-public:
-    explicit CreatedLockFile(desk::HeldLockPtr lock) : mLock(std::move(lock)) {}
-    bool IsLocked() const override { return !mLock->IsLost(); }
-    UTF16String GetLockOwner() const override { return mLock->GetRecord().mUser; }
-    bool IsHeldByReader() const override { return !mLock->IsLost(); }
-    bool IsLost() override {
-        const desk::LockStanding standing = mLock->Check();
-        if (standing == desk::LockStanding::Unknown)
-            throw FileException("read lock", UTF8to16(mLock->GetPath()), EIO);
-        return standing == desk::LockStanding::Lost;
-    }
-
-private:
-    desk::HeldLockPtr mLock;
 };
 
 /// What a lock file said when it was read.
@@ -76,57 +55,20 @@ private:
     UTF16String mOwner;
 };
 
-/// In bytes.
-std::string LockFilePath(const UTF16String& projectPath) {
-    const UTF16String path = PathUtils::ToNormalizedPath(projectPath);
-    return UTF16to8(PathUtils::GetFullDirectoryPart(path) +
-                    desk::GetLockFileName(PathUtils::GetFullFilePart(path)));
+std::string LockPathOf(const UTF16String& projectPath) {
+    return desk::GetLockPath(PathUtils::ToNormalizedPath(projectPath));
 }
 
-/// Why a lock must not even be tried to take: an errno value, or 0.
-int ReasonToRefuse(const UTF16String& projectPath, const UTF16String& userName,
-                   const UTF16String& machineName) {
-    constexpr std::size_t kLongestName = 255;
-    const UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(projectPath));
-    if (!IsVantorProjectFile(name) || userName.empty() || machineName.empty()) return EINVAL;
-    return UTF16to8(desk::GetLockFileName(name)).size() > kLongestName ? ENAMETOOLONG : 0;
-}
-
-std::string ToText(std::int64_t secondsSinceEpoch) {
-    const std::time_t time = secondsSinceEpoch;
-    std::tm parts{};
-    char text[32] = "";
-    if (gmtime_r(&time, &parts)) std::strftime(text, sizeof text, "%FT%TZ", &parts);
-    return text;
-}
-
-void LogRefusal(const UTF16String& projectPath, const desk::LockTaking& taking) {
-    const desk::LockRecord& holder = taking.mRecord;
-    if (taking.mOutcome == desk::LockTaking::Outcome::Failed)
+void LogRefusal(const UTF16String& projectPath, const desk::ProjectLocking& locking) {
+    const desk::LockRecord& holder = locking.mHolder;
+    if (locking.mObstacle == desk::ProjectLocking::Obstacle::Refused)
         return desk::Log(desk::LogLevel::Warning,
-                         FileException("take lock of", projectPath, taking.mSystemError).what());
+                         FileException("take lock of", projectPath, locking.mSystemError).what());
     const std::string text = "take lock of " + UTF16to8(projectPath) + ": held by ";
     if (!holder.mIsReadable)
         return desk::Log(desk::LogLevel::Info, text + "an unknown user (it cannot be read)");
     desk::Log(desk::LogLevel::Info, text + UTF16to8(holder.mUser) + " on " + UTF16to8(holder.mMachine) +
-                                        " since " + ToText(holder.mTakenAt));
-}
-
-void TellRefusal(const UTF16String& projectPath, const desk::LockTaking& taking) {
-    LogRefusal(projectPath, taking);
-    desk::ProjectLocking locking;
-    locking.mObstacle = taking.mOutcome == desk::LockTaking::Outcome::Failed
-                            ? desk::ProjectLocking::Obstacle::Refused
-                            : desk::ProjectLocking::Obstacle::Held;
-    locking.mHolder = taking.mRecord;
-    locking.mSystemError = taking.mSystemError != 0 ? taking.mSystemError : EAGAIN;
-    desk::TellUser(desk::ProjectQuestions::DescribeObstacle(projectPath, locking));
-}
-
-/// True for a lock that this process has given up since it was read.
-bool IsOutdated(const desk::LockRecord& record) {
-    return record.mIsReadable && record.mPid == ::getpid() &&
-           desk::AreOfOneProcess(record, desk::MakeLockRecord(*desk::GetServices().mDesktop, {}, {}));
+                                        " since " + desk::ToTimeText(holder.mTakenAt).toStdString());
 }
 
 }  // namespace
@@ -143,31 +85,31 @@ bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machineName) {
 
 ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                          const UTF16String& machineName) {
-    if (const int error = ReasonToRefuse(projectPath, userName, machineName)) {
-        TellRefusal(projectPath, {desk::LockTaking::Outcome::Failed, {}, error});
-        return {};
+    const desk::ProjectLocking locking =
+        desk::TakeProjectLock(PathUtils::ToNormalizedPath(projectPath), userName, machineName);
+    if (!locking.mLock) {
+        LogRefusal(projectPath, locking);
+        desk::TellUser(desk::ProjectQuestions::DescribeObstacle(projectPath, locking));
     }
-    auto [lock, result] = desk::LockKeeper::Instance().Take(LockFilePath(projectPath), userName, machineName);
-    if (lock) return new CreatedLockFile(std::move(lock));
-    TellRefusal(projectPath, result);
-    return {};
+    return locking.mLock;
 }
 
 ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                        const UTF16String& machineName) {
     // What this process holds it knows best.
-    if (const desk::LockKeeper& keeper = desk::LockKeeper::Instance(); keeper.HoldsAny())
-        if (const auto held = keeper.Find(LockFilePath(projectPath)); held && !held->IsLost())
+    const desk::LockKeeper& keeper = desk::LockKeeper::Instance();
+    if (keeper.HoldsAny())
+        if (const auto held = keeper.Find(LockPathOf(projectPath)); held && !held->IsLost())
             return new ReadLockFile(held->GetRecord(), userName, machineName);
     const desk::KnownItem known = desk::FindKnownItemAndRequest(projectPath);
     if (known.mIsAbsent || known.mIsAwaited) return {};
     if (known.mFacts) {
         if (!known.mFacts->mHasLockFile) return {};
         if (!known.mFacts->mLock) return new UnreadLockFile;
-        if (!IsOutdated(*known.mFacts->mLock))
-            return new ReadLockFile(*known.mFacts->mLock, userName, machineName);
+        if (keeper.HasGivenUp(*known.mFacts->mLock)) return {};
+        return new ReadLockFile(*known.mFacts->mLock, userName, machineName);
     }
-    auto record = desk::ReadLockRecord(*desk::GetServices().mFileSystem, LockFilePath(projectPath));
+    const auto record = desk::ReadLockRecord(*desk::GetServices().mFileSystem, LockPathOf(projectPath));
     if (!record) return {};
     return new ReadLockFile(*record, userName, machineName);
 }

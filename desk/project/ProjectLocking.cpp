@@ -19,13 +19,23 @@ using Obstacle = ProjectLocking::Obstacle;
 
 constexpr std::size_t kLongestName = 255;
 
-host::UTF16String LockNameOf(const host::UTF16String& path) {
-    return GetLockFileName(host::PathUtils::GetFullFilePart(path));
-}
+/// A share in a lock that this process holds.
+class CreatedLockFile : public host::IProjectLockFile {
+public:
+    explicit CreatedLockFile(HeldLockPtr lock) : mLock(std::move(lock)) {}
+    bool IsLocked() const override { return !mLock->IsLost(); }
+    host::UTF16String GetLockOwner() const override { return mLock->GetRecord().mUser; }
+    bool IsHeldByReader() const override { return !mLock->IsLost(); }
+    bool IsLost() override {
+        const LockStanding standing = mLock->Check();
+        if (standing == LockStanding::Unknown)
+            throw host::FileException("read lock", host::UTF8to16(mLock->GetPath()), EIO);
+        return standing == LockStanding::Lost;
+    }
 
-std::string LockPathOf(const host::UTF16String& path) {
-    return host::UTF16to8(host::PathUtils::GetFullDirectoryPart(path) + LockNameOf(path));
-}
+private:
+    HeldLockPtr mLock;
+};
 
 ProjectLocking Refuse(int systemError) {
     ProjectLocking locking;
@@ -44,23 +54,33 @@ bool IsThere(const std::string& path) {
     }
 }
 
+/// For the current user.
 ProjectLocking TakeOne(const host::UTF16String& path) {
     host::UTF16String user;
     host::UTF16String machine;
-    if (!host::GetProjectLockingPrefs(user, machine) || !host::IsVantorProjectFile(path)) return Refuse(EINVAL);
-    if (host::UTF16to8(LockNameOf(path)).size() > kLongestName) return Refuse(ENAMETOOLONG);
-    const LockKeeper::Taking taking = LockKeeper::Instance().Take(LockPathOf(path), user, machine);
+    host::GetProjectLockingPrefs(user, machine);
+    return TakeProjectLock(path, user, machine);
+}
+
+}  // namespace
+
+ProjectLocking TakeProjectLock(const host::UTF16String& path, const host::UTF16String& user,
+                               const host::UTF16String& machine) {
+    if (user.empty() || machine.empty() || !host::IsVantorProjectFile(path)) return Refuse(EINVAL);
+    if (host::UTF16to8(GetLockFileName(host::PathUtils::GetFullFilePart(path))).size() > kLongestName)
+        return Refuse(ENAMETOOLONG);
+    const LockKeeper::Taking taking = LockKeeper::Instance().Take(GetLockPath(path), user, machine);
     ProjectLocking locking;
-    if (taking.mLock) locking.mLock = host::CreateProjectLockFile(path, user, machine);  // shares it
-    if (locking.mLock) return locking;
+    if (taking.mLock) {
+        locking.mLock = new CreatedLockFile(taking.mLock);
+        return locking;
+    }
     locking.mObstacle =
         taking.mResult.mOutcome == LockTaking::Outcome::Held ? Obstacle::Held : Obstacle::Refused;
     locking.mHolder = taking.mResult.mRecord;
     locking.mSystemError = taking.mResult.mSystemError != 0 ? taking.mResult.mSystemError : EAGAIN;
     return locking;
 }
-
-}  // namespace
 
 ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFilePlace& file) {
     if (!file.mIsLink) return TakeOne(path);
@@ -77,7 +97,7 @@ ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFile
 
 ProjectLocking FindLockHolder(const host::UTF16String& path) {
     ProjectLocking locking;
-    const auto record = ReadLockRecord(*GetServices().mFileSystem, LockPathOf(path));
+    const auto record = ReadLockRecord(*GetServices().mFileSystem, GetLockPath(path));
     if (!record) {
         locking.mSystemError = ENOENT;
         return locking;

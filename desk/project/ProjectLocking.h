@@ -31,12 +31,19 @@ struct ProjectLocking {
     int mSystemError = 0;
 };
 
+/// Takes the lock of the project at `path` (normalised) for `user` on `machine`; the reference is what
+/// `host::CreateProjectLockFile` gives. Refused before the disk is touched: what is no project's name (EINVAL),
+/// a name whose lock file's name would exceed 255 bytes (ENAMETOOLONG), an empty user or machine (EINVAL).
+/// Works on workers while the window lives (`RunLongWork`). UI thread.
+ZUHOST_API ProjectLocking TakeProjectLock(const host::UTF16String& path, const host::UTF16String& user,
+                                          const host::UTF16String& machine);
+
 /// Takes the lock of the project at `path` (normalised), and of the file that it leads to if it is a link, for
-/// the current user; all of them or none. May wait for the volume. UI thread.
+/// the current user; all of them or none. Waits like `TakeProjectLock`. UI thread.
 ZUHOST_API ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFilePlace& file);
 
 /// Who holds the project now, from its lock file on the disk; unreadable when nobody can tell, with
-/// `mSystemError` ENOENT and no obstacle when it has no lock file. May wait for the volume. UI thread.
+/// `mSystemError` ENOENT and no obstacle when it has no lock file. May wait for the volume. Any thread.
 ZUHOST_API ProjectLocking FindLockHolder(const host::UTF16String& path);
 
 /// What stands at the place of a project.

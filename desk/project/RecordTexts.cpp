@@ -11,18 +11,8 @@ QString ToPercentEncoded(const std::string& bytes) {
     return QString::fromLatin1(QByteArray::fromStdString(bytes).toPercentEncoding("/"));
 }
 
-std::string FromPercentEncoded(const QString& text) {
-    return QByteArray::fromPercentEncoding(text.toUtf8()).toStdString();
-}
-
 QString ToTimeText(std::int64_t secondsSinceEpoch) {
     return QDateTime::fromSecsSinceEpoch(secondsSinceEpoch, Qt::UTC).toString(Qt::ISODate);
-}
-
-std::optional<std::int64_t> FromTimeText(const QString& text) {
-    const QDateTime time = QDateTime::fromString(text, Qt::ISODate);
-    if (!time.isValid() || time.timeSpec() != Qt::UTC) return {};
-    return time.toSecsSinceEpoch();
 }
 
 std::string MakeRelative(const std::string& path, const std::string& folder) {

@@ -62,16 +62,6 @@ std::function<void(const host::UTF16StringVec&)> sTryToMoveToTrash;
 
 }  // namespace
 
-void CheckMoveToTrash(const host::UTF16String& destination) {
-    if (!host::IsInZuProductionTrash(destination, false)) return;
-    const host::UTF16String trashFolder = host::GetZuProductionTrashDirectoryPath();
-    const ItemKind kind = GetServices().mFileSystem->Status(host::UTF16to8(trashFolder), false).mKind;
-    if (kind == ItemKind::Folder) return;
-    const bool isLink = kind == ItemKind::Link;
-    throw host::FileException(isLink ? "move to trash (it is a symbolic link)" : "move to trash", trashFolder,
-                              isLink ? ELOOP : ENOTDIR);
-}
-
 void RecordMovesToTrash() {
     static bool sIsRecording = false;
     if (!std::exchange(sIsRecording, true)) AddMoveObserver(Record);

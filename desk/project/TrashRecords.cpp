@@ -1,14 +1,9 @@
 #include "desk/project/TrashRecords.h"
 
-#include <QByteArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <optional>
 
-#include "desk/core/JsonFile.h"
 #include "desk/core/QtStrings.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
@@ -22,7 +17,6 @@ namespace {
 
 constexpr std::string_view kExtension = ".json";
 constexpr int kVersion = 1;
-constexpr std::size_t kLimit = 16384;
 /// For everybody who works in the production.
 constexpr unsigned kMode = 0644;
 
@@ -51,30 +45,11 @@ void MakeFolder(FileSystem& fileSystem, const std::string& path) {
     }
 }
 
-std::optional<TrashRecord> Parse(const std::string& bytes) {
-    const JsonFile file = ParseJsonObject(bytes);
-    const QJsonObject& object = file.mObject;
-    if (file.mState != JsonFile::State::Read || object.value(kVersionMember).toInt() != kVersion) return {};
-    TrashRecord record;
-    record.mName = FromPercentEncoded(object.value(kName).toString());
-    record.mFrom = FromPercentEncoded(object.value(kFrom).toString());
-    record.mUser = ToUTF16(object.value(kUser).toString());
-    record.mMachine = ToUTF16(object.value(kMachine).toString());
-    const auto movedAt = FromTimeText(object.value(kMovedAt).toString());
-    if (record.mName.empty() || record.mFrom.empty() || !movedAt) return {};
-    record.mMovedAt = *movedAt;
-    return record;
-}
-
-std::optional<TrashRecord> Read(FileSystem& fileSystem, const std::string& path) {
-    try {
-        return Parse(fileSystem.ReadSmallFile(path, kLimit));
-    } catch (const host::FileException&) {
-        return {};
-    }
-}
-
 }  // namespace
+
+bool IsTrashFolderThere(FileSystem& fileSystem, const std::string& trashFolder) {
+    return IsFolderThere(fileSystem, trashFolder);
+}
 
 std::string GetTrashRecordsFolder(const std::string& trashFolder) {
     return JoinPath(trashFolder, kTrashRecordsName);
@@ -96,19 +71,6 @@ void WriteTrashRecord(FileSystem& fileSystem, const std::string& trashFolder, co
     fileSystem.CreateNewFile(
         JoinPath(GetTrashRecordsFolder(trashFolder), MakeNonce() + std::string(kExtension)),
         QJsonDocument(object).toJson().toStdString(), kMode);
-}
-
-std::vector<TrashRecord> ReadTrashRecords(FileSystem& fileSystem, const std::string& trashFolder) {
-    const std::string folder = GetTrashRecordsFolder(trashFolder);
-    std::vector<TrashRecord> records;
-    if (!IsFolderThere(fileSystem, folder)) return records;
-    for (const FolderEntry& entry : fileSystem.ListFolder(folder)) {
-        if (!entry.mName.ends_with(kExtension)) continue;
-        if (auto record = Read(fileSystem, JoinPath(folder, std::string_view(entry.mName))))
-            records.push_back(std::move(*record));
-    }
-    std::ranges::stable_sort(records, {}, &TrashRecord::mMovedAt);
-    return records;
 }
 
 }  // namespace desk

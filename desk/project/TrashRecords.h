@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
@@ -35,18 +34,18 @@ inline constexpr std::string_view kTrashRecordsName = ".zurecords";
 /// Its path; `trashFolder` in bytes.
 ZUHOST_API std::string GetTrashRecordsFolder(const std::string& trashFolder);
 
+/// False when nothing stands at `trashFolder`. Throws `host::FileException` when something does that is no
+/// folder: ELOOP for a symbolic link, else ENOTDIR; nothing may leave the production so. To be asked before
+/// anything moves there. Waits for the volume; any thread.
+ZUHOST_API bool IsTrashFolderThere(FileSystem& fileSystem, const std::string& trashFolder);
+
 /// Makes the records folder of `trashFolder`, and the trash folder itself, where they are not there. Throws
 /// `host::FileException`, with ELOOP when one of them is a symbolic link. Waits for the volume; any thread.
 ZUHOST_API void MakeTrashRecordsFolder(FileSystem& fileSystem, const std::string& trashFolder);
 
-/// The format's one writer: adds a record, making the records folder when there is none. Throws
+/// Adds a record, making the records folder when there is none. Throws
 /// `host::FileException`; then nothing of the record is there. Waits for the volume; any thread.
 ZUHOST_API void WriteTrashRecord(FileSystem& fileSystem, const std::string& trashFolder,
                                  const TrashRecord& record);
-
-/// The format's one reader: the records of a trash folder, oldest first. What is no record is left out; empty
-/// when there is no records folder. Throws `host::FileException` when the folder cannot be read. Waits for the
-/// volume; any thread.
-ZUHOST_API std::vector<TrashRecord> ReadTrashRecords(FileSystem& fileSystem, const std::string& trashFolder);
 
 }  // namespace desk

@@ -25,7 +25,7 @@ ZUHOST_API void AddProjectToZuProduction(const UTF16String& path, const UTF16Str
 /// copy counts on: of "x copy 2.zuproj" it is "x copy 3.zuproj". The word is in the user's language. A name is
 /// taken when something stands there on disk (links are not followed), when a copy that has been asked for is
 /// to land there, or when it is in `existingNames` (names, not paths; compared exactly). A name that would grow
-/// too long is shortened, as by `Utilities::MakeUniqueFilename`. May wait for the volume. UI thread.
+/// too long is shortened, as by `Utilities::MakeUniqueFilename`, and waits likewise. UI thread.
 ZUHOST_API UTF16String GetZuProductionItemCopyPath(const UTF16String& path,
                                                    const UTF16StringVec& existingNames);
 
@@ -46,10 +46,10 @@ ZUHOST_API bool IsPathWithinDirectory(const UTF16String& path, const UTF16String
 /// A free path made from `path`: the name with `separator` and the first number from `startNumber` on that
 /// makes it free, before the project extension ("x.zuproj" becomes "x_1.zuproj", a folder "x" becomes "x_1"). A
 /// name is taken when it is in `namesToAvoid` (compared exactly), or when something stands there on disk (links
-/// are not followed), as the volume itself sees letter case. A volume that does not answer counts as free:
-/// whatever is made there replaces nothing. A name that would grow beyond what can be locked (projects: 249
-/// bytes) or named (255 bytes) is shortened before the separator, at whole characters. May wait for the volume.
-/// UI thread.
+/// are not followed), as the volume itself sees letter case. On a volume that fails or does not answer for five
+/// seconds every name counts as free: whatever is made there replaces nothing. A name that would grow beyond what
+/// can be locked (projects: 249 bytes) or named (255 bytes) is shortened before the separator, at whole characters.
+/// Waits for the volume so long at most. UI thread.
 ZUHOST_API UTF16String MakeUniqueFilename(const UTF16String& path, int startNumber,
                                           const UTF16String& separator, const UTF16StringVec& namesToAvoid);
 

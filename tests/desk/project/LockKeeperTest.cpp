@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -16,6 +17,7 @@ namespace {
 
 constexpr char kProject[] = "Day 1/Reel 1.zuproj";
 constexpr char kLock[] = "Day 1/.Reel 1.zuproj.lock";
+constexpr char kMovedLock[] = "Day 2/.Reel 1.zuproj.lock";
 
 class LockKeeperTest : public HostFixture {
 protected:
@@ -25,12 +27,19 @@ protected:
         return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName,
                                            mDesktop.mMachineName);
     }
-    host::ProjectLockFileRef Read(std::string_view project = kProject) {
-        return host::ReadProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName, mDesktop.mMachineName);
+    host::ProjectLockFileRef Read() {
+        return host::ReadProjectLockFile(mFolder.PathUTF16(kProject), mDesktop.mUserName,
+                                         mDesktop.mMachineName);
     }
     std::string NonceAt(std::string_view lock) const {
         return desk::ParseLockRecord(mFolder.Read(lock)).mNonce;
     }
+    void WriteForeignLock(const host::UTF16String& user = u"tomas",
+                          const host::UTF16String& machine = u"edit-bay-2") {
+        mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop, user, machine)));
+    }
+    /// As a folder is swept when it is first listed.
+    void List(const char* folder) { desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path(folder)); }
 };
 
 }  // namespace
@@ -54,6 +63,20 @@ TEST_F(LockKeeperTest, TheLastCreatedReferenceRemovesTheFile) {
     EXPECT_FALSE(Read());
 }
 
+TEST_F(LockKeeperTest, ReadsWhoHoldsTheLock) {
+    const auto isHeldByReader = [this](const host::UTF16String& user, const host::UTF16String& machine) {
+        WriteForeignLock(user, machine);
+        return Read()->IsHeldByReader();
+    };
+    EXPECT_FALSE(isHeldByReader(u"tomas", mDesktop.mMachineName));
+    EXPECT_FALSE(isHeldByReader(mDesktop.mUserName, u"edit-bay-2"));
+    EXPECT_TRUE(isHeldByReader(mDesktop.mUserName, mDesktop.mMachineName));
+    mFolder.Remove(kLock);
+    mkfifo(mFolder.Path(kLock).c_str(), 0600);
+    EXPECT_TRUE(Read()->IsLocked() && !Read()->IsHeldByReader());
+    EXPECT_FALSE(Read()->GetLockOwner().empty());
+}
+
 TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
     const ExpectLogged why("take lock of");
     mDisk.ResetCounts();
@@ -65,6 +88,11 @@ TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
     EXPECT_FALSE(host::CreateProjectLockFile(mFolder.PathUTF16(kProject), mDesktop.mUserName, {}));
     EXPECT_EQ(mDisk.Count(Operation::Any), 0);
     EXPECT_TRUE(Create(longest));
+
+    mDesktop.mMachineName.clear();
+    host::UTF16String user = u"before", machine = u"before";
+    EXPECT_FALSE(host::GetProjectLockingPrefs(user, machine));
+    EXPECT_TRUE(user.empty() && machine.empty()) << "an identity is whole or none";
 }
 
 TEST_F(LockKeeperTest, TellsTheUserWhyALockWasNotTaken) {
@@ -75,7 +103,7 @@ TEST_F(LockKeeperTest, TellsTheUserWhyALockWasNotTaken) {
         mDisk.Allow(mFolder.Path("Day 1"));
     }
     const ExpectLogged told("“Reel 1” is locked by tomas on edit-bay-2");
-    mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop)));
+    WriteForeignLock();
     EXPECT_FALSE(Create());
 }
 
@@ -92,6 +120,7 @@ TEST_F(LockKeeperTest, WhatCannotBeRemovedIsTriedAgainForThreeSecondsAndCanBeTak
     lock = Create();
     ASSERT_TRUE(lock);
     mMain.Advance(4s);
+    List("Day 1");
     EXPECT_EQ(NonceAt(kLock), nonce) << "it has been taken back";
     EXPECT_FALSE(lock->IsLost());
 
@@ -113,23 +142,30 @@ TEST_F(LockKeeperTest, WhatCannotBeRemovedIsTriedAgainForThreeSecondsAndCanBeTak
     EXPECT_FALSE(mFolder.Exists(kLock));
 }
 
+TEST_F(LockKeeperTest, AVolumeThatHangsDoesNotKeepWhoGivesALockUp) {
+    host::ProjectLockFileRef lock = Create();
+    mDisk.CloseGate(Operation::RemoveFile, mFolder.Path(kLock));
+    lock.reset();
+    EXPECT_TRUE(mFolder.Exists(kLock));
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    EXPECT_FALSE(mFolder.Exists(kLock));
+}
+
 TEST_F(LockKeeperTest, ALockFollowsAFolderThatSomebodyElseHasMoved) {
     host::ProjectLockFileRef lock = Create();
     const std::string nonce = NonceAt(kLock);
     mFolder.Rename("Day 1", "Day 2");
     const host::ProjectLockFileRef moved = Create("Day 2/Reel 1.zuproj");
     ASSERT_TRUE(moved);
-    EXPECT_EQ(NonceAt("Day 2/.Reel 1.zuproj.lock"), nonce);
+    EXPECT_EQ(NonceAt(kMovedLock), nonce);
     EXPECT_FALSE(lock->IsLost());
     lock.reset();
-    EXPECT_TRUE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock"));
-}
+    EXPECT_TRUE(mFolder.Exists(kMovedLock));
 
-TEST_F(LockKeeperTest, AnOrphanOfThisProcessIsTakenBack) {
-    desk::LockRecord orphan = desk::MakeLockRecord(mDesktop, mDesktop.mUserName, mDesktop.mMachineName);
-    mFolder.Write(kLock, WriteLockRecord(orphan));
-    EXPECT_TRUE(Create());
-    EXPECT_FALSE(mFolder.Exists(kLock));
+    std::filesystem::copy(mFolder.Path("Day 2"), mFolder.Path("Day 3"));
+    EXPECT_FALSE(Create("Day 3/Reel 1.zuproj")) << "a copy of a lock is not the lock";
+    EXPECT_FALSE(moved->IsLost());
 }
 
 TEST_F(LockKeeperTest, ALockThatWasBrokenIsLostAndNothingIsRemoved) {
@@ -138,13 +174,13 @@ TEST_F(LockKeeperTest, ALockThatWasBrokenIsLostAndNothingIsRemoved) {
     mDisk.SetGone(true);
     EXPECT_THROW(lock->IsLost(), host::FileException);
     mDisk.SetGone(false);
-    mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop)));
+    WriteForeignLock();
     EXPECT_TRUE(lock->IsLost());
     EXPECT_FALSE(lock->IsLocked());
     EXPECT_EQ(Read()->GetLockOwner(), u"tomas");
     EXPECT_FALSE(Create());
     mFolder.Remove(kLock);
-    host::ProjectLockFileRef next = Create();
+    const host::ProjectLockFileRef next = Create();
     ASSERT_TRUE(next);
     EXPECT_TRUE(lock->IsLost()) << "a lost lock stays lost";
     lock.reset();
@@ -152,23 +188,36 @@ TEST_F(LockKeeperTest, ALockThatWasBrokenIsLostAndNothingIsRemoved) {
     EXPECT_FALSE(next->IsLost());
 }
 
+TEST_F(LockKeeperTest, ALockThatWasOutOfSightIsTakenBack) {
+    host::ProjectLockFileRef lock = Create();
+    mFolder.Rename("Day 1", "unmounted");
+    EXPECT_TRUE(lock->IsLost());
+    mFolder.Rename("unmounted", "Day 1");
+    EXPECT_TRUE(lock->IsLost());
+    const host::ProjectLockFileRef again = Create();
+    ASSERT_TRUE(again);
+    lock.reset();
+    List("Day 1");
+    EXPECT_TRUE(mFolder.Exists(kLock)) << "the lost one has not taken it along";
+    EXPECT_FALSE(again->IsLost());
+}
+
 TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedGoesWhenItsNewFolderIsListed) {
-    const auto list = [this] { desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path("Day 2")); };
     for (const bool isFoundLost : {false, true}) {
         host::ProjectLockFileRef lock = Create();
         mFolder.Rename("Day 1", "Day 2");
-        list();
-        EXPECT_TRUE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock")) << "it is still held";
+        List("Day 2");
+        EXPECT_TRUE(mFolder.Exists(kMovedLock)) << "it is still held";
         EXPECT_EQ(isFoundLost && lock->IsLost(), isFoundLost);
         lock.reset();
         host::ProjectLockFileRef again = Create("Day 2/Reel 1.zuproj");
-        list();
-        EXPECT_TRUE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock")) << "it has been taken back";
+        List("Day 2");
+        EXPECT_TRUE(mFolder.Exists(kMovedLock)) << "it has been taken back";
         mFolder.Rename("Day 2", "Day 1");
         again.reset();
         mFolder.Rename("Day 1", "Day 2");
-        list();
-        EXPECT_FALSE(mFolder.Exists("Day 2/.Reel 1.zuproj.lock"));
+        List("Day 2");
+        EXPECT_FALSE(mFolder.Exists(kMovedLock));
         mFolder.Rename("Day 2", "Day 1");
     }
 }
@@ -181,11 +230,4 @@ TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListed) {
     mMain.RunUntilIdle();
     EXPECT_FALSE(mFolder.Exists(temporary));
     EXPECT_TRUE(mFolder.Exists(kProject));
-}
-
-TEST_F(LockKeeperTest, ACopyOfALockIsNotTheLock) {
-    const host::ProjectLockFileRef lock = Create();
-    std::filesystem::copy(mFolder.Path("Day 1"), mFolder.Path("Day 2"));
-    EXPECT_FALSE(Create("Day 2/Reel 1.zuproj"));
-    EXPECT_FALSE(lock->IsLost());
 }

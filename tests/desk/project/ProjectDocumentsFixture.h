@@ -4,9 +4,20 @@
 
 #include <optional>
 
+#include "desk/core/WorkProgress.h"
 #include "desk/project/ProjectDocuments.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
+
+/// Cancels what it is to wait for.
+class ImpatientDialogs : public ScriptedDialogs {
+public:
+    void WaitFor(const host::UTF16String&, desk::WorkProgress& progress,
+                 const std::future<void>& done) override {
+        progress.Cancel();
+        done.wait();
+    }
+};
 
 /// A document manager on a folder with projects, with editors that the test types in, and another user.
 class ProjectDocumentsFixture : public HostFixture {
@@ -60,6 +71,5 @@ protected:
         return count;
     }
 
-    ManualMainThread& mMainThread = mMain;
     std::optional<desk::ProjectDocuments> mManager;
 };

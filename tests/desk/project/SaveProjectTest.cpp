@@ -1,5 +1,6 @@
 #include <chrono>
 
+#include "host/files/File.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace {
@@ -37,22 +38,81 @@ TEST_F(SaveProjectTest, WritesWhatWasReadButForTheEdits) {
 
 TEST_F(SaveProjectTest, WhatIsTypedDuringTheSaveStaysUnsaved) {
     const desk::ProjectDocumentRef document = OpenAndFind();
-    int asked = 0;
-    document->SetTextSource([&asked] { return asked++ == 0 ? u"first" : u"second"; });
+    std::size_t asked = 0;
+    document->SetTextSource([&asked] { return host::UTF16String(++asked, u'x'); });
     document->SetDirty(true);
     EXPECT_TRUE(Manager().SaveProject(document));
-    EXPECT_EQ(mFolder.Read(kProject), "first");
+    EXPECT_EQ(mFolder.Read(kProject), "x");
+    EXPECT_TRUE(document->IsDirty());
+    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    EXPECT_FALSE(Manager().CloseProject(document, true));
+    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    EXPECT_FALSE(Manager().SetProjectReadOnly(document, true));
     EXPECT_TRUE(document->IsDirty());
 }
 
 TEST_F(SaveProjectTest, ASaveWhoseReplyIsLostSucceedsTheNextTimeWithoutAQuestion) {
+    const desk::ProjectDocumentRef document = OpenAndFind();
+    for (const bool isLookLostToo : {false, true}) {
+        Edit(document, isLookLostToo ? u"five" : u"four");
+        mDisk.FailAfter(Operation::ReplaceFile, 1, EIO);
+        // The lock, the file before, and the look whether it stands there after all.
+        if (isLookLostToo) mDisk.Fail(Operation::ReadSmallFile, 3, EIO);
+        mDialogs.ExpectMessage("The Project Was Not Saved");
+        EXPECT_FALSE(Manager().SaveProject(document));
+        EXPECT_TRUE(document->IsDirty());
+        EXPECT_TRUE(Manager().SaveProject(document));
+        EXPECT_EQ(mFolder.Read(kProject), isLookLostToo ? "five" : "four");
+    }
+}
+
+TEST_F(SaveProjectTest, NothingKeepsTheUIThreadWaitingForTheVolume) {
+    mDisk.ResetCounts();
     const desk::ProjectDocumentRef document = OpenAndEdit();
-    mDisk.FailAfter(Operation::ReplaceFile, 1, EIO);
-    mDialogs.ExpectMessage("The Project Was Not Saved");
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Manager().SetProjectReadOnly(document, true));
+    EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
+    EXPECT_TRUE(Manager().ReloadProject(document));
+    Edit(document, u"five");
+    mFolder.Remove(kLock);
+    mDialogs.ExpectQuestion("Lock Lost", u"Save as Copy");
+    mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16(kCopy));
     EXPECT_FALSE(Manager().SaveProject(document));
-    EXPECT_TRUE(document->IsDirty());
+    EXPECT_TRUE(Manager().CloseAllProjects());
+    EXPECT_EQ(mFolder.Read(kCopy), "five");
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
+}
+
+TEST_F(SaveProjectTest, WhoDoesNotWantToWaitForAVolumeThatHangsLosesNothing) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    {
+        ImpatientDialogs dialogs;
+        mDisk.CloseGate(Operation::ReadSmallFile, mFolder.Path(kLock));
+        EXPECT_FALSE(Manager().SaveProject(document));
+        EXPECT_TRUE(document->IsDirty() && !document->IsReadOnly());
+        dialogs.ExpectQuestion("Save Changes", u"Save");
+        EXPECT_FALSE(Manager().CloseProject(document, true));
+    }
+    mDisk.OpenGate();
     EXPECT_TRUE(Manager().SaveProject(document));
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
+}
+
+TEST_F(SaveProjectTest, ATextThatHasGrownBeyondWhatWouldBeOpenedIsSavedAgain) {
+    const desk::ProjectDocumentRef document = OpenAndFind();
+    for (const char16_t letter : {u'a', u'b'}) {
+        Edit(document, host::UTF16String(desk::kEditableLimit + 1, letter));
+        EXPECT_TRUE(Manager().SaveProject(document));
+    }
+    EXPECT_EQ(mFolder.Read(kProject).front(), 'b');
+}
+
+TEST_F(SaveProjectTest, AProjectInAFolderThatWasMovedIsSavedAtItsNewPlace) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    EXPECT_EQ(host::File::Move(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("Day 2")), 0);
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read("Day 2/Reel 1.zuproj"), kEdited);
+    EXPECT_FALSE(mFolder.Exists("Day 1"));
 }
 
 TEST_F(SaveProjectTest, ALostLockOverwritesNothingAndOffersACopy) {
@@ -81,13 +141,16 @@ TEST_F(SaveProjectTest, ALostLockOverwritesNothingAndOffersACopy) {
 
 TEST_F(SaveProjectTest, ALockThatIsGoneIsLostAndCanBeTakenAgain) {
     const desk::ProjectDocumentRef document = OpenAndEdit();
-    mFolder.Remove(kLock);
-    mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
-    EXPECT_FALSE(Manager().SaveProject(document));
-    EXPECT_TRUE(AsksFor("removed"));
-    EXPECT_TRUE(document->IsReadOnly());
-    EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
-    EXPECT_TRUE(document->IsDirty()) << "the changes are still there";
+    for (const bool isBackAgain : {false, true}) {
+        mFolder.Rename(kLock, "lock");
+        mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
+        EXPECT_FALSE(Manager().SaveProject(document));
+        EXPECT_TRUE(AsksFor("removed"));
+        EXPECT_TRUE(document->IsReadOnly());
+        if (isBackAgain) mFolder.Rename("lock", kLock);
+        EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
+        EXPECT_TRUE(document->IsDirty()) << "the changes are still there";
+    }
     EXPECT_TRUE(Manager().SaveProject(document));
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
 }
@@ -133,9 +196,12 @@ TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
 
     Edit(document, u"five");
     mFolder.Remove(kProject);
-    mDialogs.ExpectQuestion("Project File Is Gone", u"Cancel");
-    EXPECT_FALSE(Manager().SaveProject(document));
-    EXPECT_FALSE(mFolder.Exists(kProject));
+    mDialogs.ExpectQuestion("Project File Is Gone", u"Save as Copy");
+    mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16(kProject));
+    mDialogs.ExpectMessage("The Copy Was Not Made");
+    mDialogs.ExpectNewFile("Save as Copy", {});
+    EXPECT_FALSE(Manager().SaveProject(document)) << "a project is no copy of itself";
+    EXPECT_TRUE(Find() && !mFolder.Exists(kProject));
     mDialogs.ExpectQuestion("Project File Is Gone", u"Save It Again");
     EXPECT_TRUE(Manager().SaveProject(document));
     EXPECT_EQ(mFolder.Read(kProject), "five");
