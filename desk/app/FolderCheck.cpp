@@ -6,10 +6,10 @@
 #include <system_error>
 #include <thread>
 
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/files/FileSystem.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 
@@ -49,16 +49,15 @@ QString DescribeProblem(const FolderCheck& check, const std::string& folder) {
         case Problem::None:
             break;
         case Problem::Missing:
-            return ToQString(
-                host::ZString("$$$/Desk/Production/Missing=The folder “@0” does not exist.", {path}));
+            return Localized("$$$/Desk/Production/Missing=The folder “@0” does not exist.", {path});
         case Problem::NoFolder:
-            return ToQString(host::ZString("$$$/Desk/Production/NoFolder=“@0” is not a folder.", {path}));
+            return Localized("$$$/Desk/Production/NoFolder=“@0” is not a folder.", {path});
         case Problem::Unreadable:
-            return ToQString(host::ZString(
-                "$$$/Desk/Production/Unreadable=The folder “@0” cannot be read: @1.", {path, reason}));
+            return Localized("$$$/Desk/Production/Unreadable=The folder “@0” cannot be read: @1.",
+                             {path, reason});
         case Problem::NoAnswer:
-            return ToQString(host::ZString(
-                "$$$/Desk/Production/NoAnswer=The volume of the folder “@0” does not answer.", {path}));
+            return Localized("$$$/Desk/Production/NoAnswer=The volume of the folder “@0” does not answer.",
+                             {path});
     }
     return {};
 }

@@ -16,6 +16,7 @@
 #include "desk/app/RecentProductions.h"
 #include "desk/app/StatusLine.h"
 #include "desk/core/JsonFile.h"
+#include "desk/core/Localized.h"
 #include "desk/core/Log.h"
 #include "desk/core/Profile.h"
 #include "desk/core/QtStrings.h"
@@ -38,10 +39,6 @@ constexpr QLatin1String kGeometry("geometry");
 constexpr QLatin1String kPanels("panels");
 constexpr QLatin1String kDynamicEntry("dynamic");
 
-QString Localized(const char* key) {
-    return ToQString(host::ZString(key));
-}
-
 }  // namespace
 
 MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize size)
@@ -61,8 +58,7 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
     MakeMenus();
     RestoreLayout(size);
     Shortcuts::Instance().InstallOn(*this);
-    if (mRecent && !mRecent->GetNotice().empty())
-        mStatusLine->ShowNotice(ToDisplayText(mRecent->GetNotice()));
+    if (mRecent && !mRecent->GetNotice().empty()) mStatusLine->ShowNotice(ToDisplayText(mRecent->GetNotice()));
 }
 
 MainWindow::~MainWindow() {
@@ -174,8 +170,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     if (mIsClosing || IsLongWorkRunning()) return;
     mIsClosing = true;
     host::DocumentManager* manager = host::DocumentManager::Instance();
-    const bool isDone =
-        CopiesUnderWay::MayBeCancelled() && (!manager || manager->CloseAllProjects());
+    const bool isDone = CopiesUnderWay::MayBeCancelled() && (!manager || manager->CloseAllProjects());
     mIsClosing = false;
     if (!isDone) return;
     event->accept();

@@ -8,6 +8,7 @@
 #include "desk/app/RecentProductions.h"
 #include "desk/app/SampleProduction.h"
 #include "desk/app/StatusLine.h"
+#include "desk/core/Localized.h"
 #include "desk/core/Profile.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
@@ -79,8 +80,7 @@ void ProductionCommands::OpenAtStart(const std::string& folder, ProductionOpener
 }
 
 void ProductionCommands::OpenSample(ProductionOpener::Done done) {
-    mStatusLine.SetActivity(
-        ToQString(host::ZString("$$$/Desk/Status/MakingSample=Making the sample production…")));
+    mStatusLine.SetActivity(Localized("$$$/Desk/Status/MakingSample=Making the sample production…"));
     const std::string trashName = host::UTF16to8(host::GetZuProductionTrashDirectoryDisplayName());
     mOpener.Open([trashName] { return EnsureSampleProduction(Profile::UserDataFolder(), trashName); },
                  ShowResultAtStart(std::move(done)));
@@ -153,8 +153,7 @@ void ProductionCommands::Opened(const std::string& folder) {
 
 void ProductionCommands::SetOpening(const std::string& folder) {
     const host::UTF16String name = host::PathUtils::GetFullFilePart(host::UTF8to16(folder));
-    mStatusLine.SetActivity(
-        ToQString(host::ZString("$$$/Desk/Status/Opening=Opening @0…", {ToUTF16(ToDisplayText(name))})));
+    mStatusLine.SetActivity(Localized("$$$/Desk/Status/Opening=Opening @0…", {ToUTF16(ToDisplayText(name))}));
 }
 
 void ProductionCommands::FillRecentMenu(QMenu& menu) {
@@ -162,8 +161,7 @@ void ProductionCommands::FillRecentMenu(QMenu& menu) {
     if (mRecent)
         for (const std::string& folder : mRecent->Get())
             menu.addAction(MenuText(folder), &menu, [this, folder] { OpenRecent(folder); });
-    if (menu.isEmpty())
-        menu.addAction(ToQString(host::ZString("$$$/Desk/Production/NoRecent=None Yet")))->setEnabled(false);
+    if (menu.isEmpty()) menu.addAction(Localized("$$$/Desk/Production/NoRecent=None Yet"))->setEnabled(false);
 }
 
 }  // namespace desk

@@ -10,17 +10,13 @@
 #include <array>
 
 #include "desk/app/ProgressRow.h"
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 namespace {
 
 constexpr int kMargin = 8;
-
-QString Localized(const char* key) {
-    return ToQString(host::ZString(key));
-}
 
 /// Where a job stands among the kinds.
 std::size_t KindOf(const CopyJob& job) {
@@ -155,7 +151,7 @@ void ProgressList::ShowRows(const std::vector<const CopyJob*>& shown) {
 void ProgressList::ShowRest(std::size_t count) {
     mRest->setVisible(count > 0);
     const QString number = QLocale().toString(static_cast<qulonglong>(count));
-    mRest->setText(ToQString(host::ZString("$$$/Desk/Progress/Rest=and @0 more", {ToUTF16(number)})));
+    mRest->setText(Localized("$$$/Desk/Progress/Rest=and @0 more", {ToUTF16(number)}));
 }
 
 }  // namespace desk

@@ -6,8 +6,8 @@
 
 #include "desk/app/ElidedLabel.h"
 #include "desk/app/ProgressTexts.h"
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 namespace {
@@ -36,7 +36,7 @@ ProgressRow::ProgressRow(std::uint64_t id, QWidget* parent)
       mFolder(MakeLabel(Qt::ElideMiddle, true, this)),
       mState(MakeLabel(Qt::ElideRight, true, this)),
       mBar(new QProgressBar(this)),
-      mCancel(new QPushButton(ToQString(host::ZString("$$$/Desk/Dialogs/Cancel=Cancel")), this)) {
+      mCancel(new QPushButton(Localized("$$$/Desk/Dialogs/Cancel=Cancel"), this)) {
     QFont font = mName->font();
     font.setBold(true);
     mName->setFont(font);
@@ -71,9 +71,8 @@ void ProgressRow::Show(const CopyJob& job) {
     ShowCancel(job);
     setAccessibleName(name);
     const host::UTF16String text = ToUTF16(name);
-    mBar->setAccessibleName(ToQString(host::ZString("$$$/Desk/Progress/BarName=Copying @0", {text})));
-    mCancel->setAccessibleName(
-        ToQString(host::ZString("$$$/Desk/Progress/CancelName=Cancel copying @0", {text})));
+    mBar->setAccessibleName(Localized("$$$/Desk/Progress/BarName=Copying @0", {text}));
+    mCancel->setAccessibleName(Localized("$$$/Desk/Progress/CancelName=Cancel copying @0", {text}));
 }
 
 /// The focus stays in the row: the next key would press the next row's button.

@@ -2,6 +2,7 @@
 
 #include <QLocale>
 
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/files/FolderPath.h"
 #include "desk/toolkit/Theme.h"
@@ -25,13 +26,13 @@ std::int64_t RoundUp(std::int64_t number, std::int64_t step) {
 }
 
 QString DescribeUnderWay(const CopyJob& job) {
-    if (job.mIsCancelling) return ToQString(host::ZString("$$$/Desk/Progress/Cancelling=Being cancelled"));
-    if (job.mBytesTotal == 0) return ToQString(host::ZString("$$$/Desk/Progress/Preparing=Preparing"));
+    if (job.mIsCancelling) return Localized("$$$/Desk/Progress/Cancelling=Being cancelled");
+    if (job.mBytesTotal == 0) return Localized("$$$/Desk/Progress/Preparing=Preparing");
     const host::UTF16String done = host::GetDisplayStringOfFileSize(job.mBytesDone);
     const host::UTF16String total = host::GetDisplayStringOfFileSize(job.mBytesTotal);
-    if (!job.mTimeLeft) return ToQString(host::ZString("$$$/Desk/Progress/Copied=@0 of @1", {done, total}));
-    return ToQString(host::ZString("$$$/Desk/Progress/CopiedTimeLeft=@0 of @1, @2",
-                                   {done, total, ToUTF16(DescribeTimeLeft(*job.mTimeLeft))}));
+    if (!job.mTimeLeft) return Localized("$$$/Desk/Progress/Copied=@0 of @1", {done, total});
+    return Localized("$$$/Desk/Progress/CopiedTimeLeft=@0 of @1, @2",
+                     {done, total, ToUTF16(DescribeTimeLeft(*job.mTimeLeft))});
 }
 
 }  // namespace
@@ -52,16 +53,16 @@ QString DescribeFolder(const CopyJob& job) {
 QString DescribeState(const CopyJob& job) {
     switch (job.mState) {
         case CopyJob::State::Waiting:
-            return ToQString(host::ZString("$$$/Desk/Progress/Waiting=Waiting"));
+            return Localized("$$$/Desk/Progress/Waiting=Waiting");
         case CopyJob::State::UnderWay:
             return DescribeUnderWay(job);
         case CopyJob::State::Done:
-            return ToQString(host::ZString("$$$/Desk/Progress/Done=Copied, @0",
-                                           {host::GetDisplayStringOfFileSize(job.mBytesDone)}));
+            return Localized("$$$/Desk/Progress/Done=Copied, @0",
+                             {host::GetDisplayStringOfFileSize(job.mBytesDone)});
         case CopyJob::State::Failed:
             return ToDisplayText(host::ZString("$$$/Desk/Progress/Failed=Not copied: @0", {job.mReason}));
         case CopyJob::State::Cancelled:
-            return ToQString(host::ZString("$$$/Desk/Progress/Cancelled=Cancelled"));
+            return Localized("$$$/Desk/Progress/Cancelled=Cancelled");
     }
     return {};
 }
@@ -69,13 +70,12 @@ QString DescribeState(const CopyJob& job) {
 QString DescribeTimeLeft(seconds timeLeft) {
     const std::int64_t count = std::max<std::int64_t>(timeLeft.count(), 1);
     if (count < 60)
-        return ToQString(host::ZString("$$$/Desk/Progress/SecondsLeft=about @0 s left",
-                                       {ToText(count <= 10 ? count : RoundUp(count, 5))}));
+        return Localized("$$$/Desk/Progress/SecondsLeft=about @0 s left",
+                         {ToText(count <= 10 ? count : RoundUp(count, 5))});
     const std::int64_t minutes = RoundUp(count, 60) / 60;
-    if (minutes < 60)
-        return ToQString(host::ZString("$$$/Desk/Progress/MinutesLeft=about @0 min left", {ToText(minutes)}));
-    return ToQString(host::ZString("$$$/Desk/Progress/HoursLeft=about @0 h @1 min left",
-                                   {ToText(minutes / 60), ToText(minutes % 60)}));
+    if (minutes < 60) return Localized("$$$/Desk/Progress/MinutesLeft=about @0 min left", {ToText(minutes)});
+    return Localized("$$$/Desk/Progress/HoursLeft=about @0 h @1 min left",
+                     {ToText(minutes / 60), ToText(minutes % 60)});
 }
 
 }  // namespace desk

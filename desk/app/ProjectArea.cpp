@@ -11,13 +11,12 @@
 #include "desk/app/ProjectPage.h"
 #include "desk/app/ProjectTabBar.h"
 #include "desk/app/ProjectTexts.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/Localized.h"
 #include "desk/core/Services.h"
 #include "desk/dialogs/LongWork.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/toolkit/ControlImpl.h"
-#include "host/core/Localizer.h"
 #include "host/framework/ShortcutManager.h"
 #include "host/project/DocumentManager.h"
 
@@ -42,7 +41,7 @@ namespace {
 constexpr std::chrono::seconds kHolderInterval(5);
 
 QLabel* MakeLine(const char* key, double scale, bool isEnabled) {
-    auto* label = new QLabel(ToQString(host::ZString(key)));
+    auto* label = new QLabel(Localized(key));
     QFont font = label->font();
     font.setPixelSize(qRound(QFontInfo(font).pixelSize() * scale));
     label->setFont(font);

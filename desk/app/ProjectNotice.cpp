@@ -5,10 +5,9 @@
 #include <QPainter>
 #include <QPushButton>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/Localized.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 namespace {
@@ -36,7 +35,7 @@ void ProjectNotice::SetText(const QString& text) {
 }
 
 void ProjectNotice::AddButton(const char* textKey, int commandID) {
-    auto* button = new QPushButton(ToQString(host::ZString(textKey)), this);
+    auto* button = new QPushButton(Localized(textKey), this);
     button->setObjectName(ButtonName(commandID));
     button->setAutoDefault(false);
     // What is clicked means the project that it stands above, wherever the keyboard was.

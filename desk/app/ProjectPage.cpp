@@ -12,6 +12,7 @@
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectNotice.h"
 #include "desk/app/ProjectTexts.h"
+#include "desk/core/Localized.h"
 #include "desk/core/MainThread.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
@@ -25,10 +26,6 @@ namespace {
 
 constexpr int kMargin = 14;
 constexpr int kTabWidth = 4;
-
-QString Localized(const char* key) {
-    return ToQString(host::ZString(key));
-}
 
 QPlainTextEdit* MakeEditor() {
     auto* editor = new QPlainTextEdit;

@@ -6,9 +6,8 @@
 #include <QStylePainter>
 #include <algorithm>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/Localized.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 namespace {
@@ -20,7 +19,7 @@ constexpr qreal kCross = 3.5;
 class CloseButton : public QAbstractButton {
 public:
     explicit CloseButton(ProjectTabBar& bar) : QAbstractButton(&bar) {
-        const QString name = ToQString(host::ZString("$$$/Desk/Projects/CloseTab=Close Project"));
+        const QString name = Localized("$$$/Desk/Projects/CloseTab=Close Project");
         setAccessibleName(name);
         setToolTip(name);
         setFocusPolicy(Qt::NoFocus);

@@ -3,18 +3,14 @@
 #include <QDateTime>
 #include <QLocale>
 
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 #include "host/files/File.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {
 namespace {
-
-QString Localized(const char* key, std::initializer_list<host::UTF16String> arguments = {}) {
-    return ToQString(host::ZString(key, arguments));
-}
 
 QStringList States(const ProjectDocument& document) {
     QStringList states;

@@ -9,6 +9,7 @@
 
 #include "desk/app/ElidedLabel.h"
 #include "desk/core/Desktop.h"
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
 #include "desk/core/UserNotice.h"
@@ -16,7 +17,6 @@
 #include "desk/project/Production.h"
 #include "desk/toolkit/ControlImpl.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 #include "host/project/SharedProjectsManager.h"
 
@@ -24,10 +24,6 @@ namespace desk {
 namespace {
 
 constexpr std::chrono::seconds kNoticeTime(15);
-
-QString Localized(const char* key, std::initializer_list<host::UTF16String> arguments = {}) {
-    return ToQString(host::ZString(key, arguments));
-}
 
 host::UTF16String IntervalText(double seconds) {
     return host::NumberToString(seconds, seconds == std::floor(seconds) ? 0 : 1);
@@ -46,8 +42,9 @@ QString DescribeWatchStatus(const QString& name, const WatchStatus& status) {
     const host::UTF16String shownName = ToUTF16(name);
     const host::UTF16String interval = IntervalText(status.mPollInterval);
     if (status.mSecondsWithoutAnswer > 0)
-        return Localized("$$$/Desk/Status/Silent=@0 — not answering for @1 s",
-                         {shownName, host::NumberToString(static_cast<long long>(status.mSecondsWithoutAnswer))});
+        return Localized(
+            "$$$/Desk/Status/Silent=@0 — not answering for @1 s",
+            {shownName, host::NumberToString(static_cast<long long>(status.mSecondsWithoutAnswer))});
     if (status.mSystemError != 0)
         return Localized("$$$/Desk/Status/NotAnswering=@0 — not answering: @1",
                          {shownName, host::UTF8to16(std::generic_category().message(status.mSystemError))});

@@ -3,11 +3,11 @@
 #include <QFileDialog>
 #include <QMessageBox>
 
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/StartFolder.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {
@@ -27,7 +27,7 @@ void QtDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16Str
                     FindParentWindow());
     box.setTextFormat(Qt::PlainText);
     SetPicture(box, kind == MessageKind::Failure ? "warning" : "information");
-    box.addButton(ToQString(host::ZString("$$$/Desk/Dialogs/OK=OK")), QMessageBox::AcceptRole);
+    box.addButton(Localized("$$$/Desk/Dialogs/OK=OK"), QMessageBox::AcceptRole);
     box.exec();
 }
 
@@ -47,8 +47,7 @@ std::optional<host::UTF16String> QtDialogs::AskNewFolder(const host::UTF16String
     dialog.setOption(QFileDialog::ShowDirsOnly);
     // The caller says what it thinks of a name that is taken.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
-    dialog.setLabelText(QFileDialog::Accept,
-                        ToQString(host::ZString("$$$/Vantor/Desk/Dialogs/CreateFolder=Create")));
+    dialog.setLabelText(QFileDialog::Accept, Localized("$$$/Vantor/Desk/Dialogs/CreateFolder=Create"));
     return Run(dialog);
 }
 

@@ -7,12 +7,12 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/QtDialogs.h"
 #include "desk/dialogs/StartFolder.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {
@@ -43,7 +43,7 @@ Answer QtDialogs::Ask(const Question& question) {
     box.setDefaultButton(qobject_cast<QPushButton*>(buttons.constFirst()));
     box.setEscapeButton(buttons.at(static_cast<qsizetype>(question.mCancel)));
     if (question.mOffersApplyToAll)
-        box.setCheckBox(new QCheckBox(ToQString(host::ZString("$$$/Desk/Dialogs/ApplyToAll=Apply to all"))));
+        box.setCheckBox(new QCheckBox(Localized("$$$/Desk/Dialogs/ApplyToAll=Apply to all")));
     box.exec();
     const qsizetype pressed = buttons.indexOf(box.clickedButton());
     return {pressed < 0 ? question.mCancel : static_cast<std::size_t>(pressed),
@@ -57,8 +57,8 @@ std::optional<host::UTF16String> QtDialogs::AskText(const host::UTF16String& tit
     dialog.setWindowTitle(ToDisplayText(title));
     dialog.setLabelText(ToDisplayText(label));
     dialog.setTextValue(ToQString(value));
-    dialog.setOkButtonText(ToQString(host::ZString("$$$/Desk/Dialogs/OK=OK")));
-    dialog.setCancelButtonText(ToQString(host::ZString("$$$/Desk/Dialogs/Cancel=Cancel")));
+    dialog.setOkButtonText(Localized("$$$/Desk/Dialogs/OK=OK"));
+    dialog.setCancelButtonText(Localized("$$$/Desk/Dialogs/Cancel=Cancel"));
     dialog.resize(kTextWidth, dialog.sizeHint().height());
     if (auto* box = dialog.findChild<QLineEdit*>()) {
         box->setAccessibleName(ToDisplayText(label));

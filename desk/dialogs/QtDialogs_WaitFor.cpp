@@ -6,12 +6,11 @@
 #include <QTimer>
 #include <chrono>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/Localized.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/QtDialogs.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 
@@ -52,8 +51,7 @@ void ShowProgress(QProgressDialog& dialog, const WorkProgress& progress) {
 void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, const std::future<void>& done) {
     WaitWithoutInput(done, kBeforeDialog);
     if (IsReady(done)) return;
-    QProgressDialog dialog({}, ToQString(host::ZString("$$$/Desk/Dialogs/Cancel=Cancel")), 0, 0,
-                           FindParentWindow());
+    QProgressDialog dialog({}, Localized("$$$/Desk/Dialogs/Cancel=Cancel"), 0, 0, FindParentWindow());
     dialog.setWindowTitle(ToDisplayText(title));
     dialog.setWindowModality(Qt::ApplicationModal);
     dialog.setAutoClose(false);

@@ -6,20 +6,16 @@
 #include <QResizeEvent>
 #include <QVBoxLayout>
 
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspaceTitleBar.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 #include "host/framework/TabView.h"
 
 namespace desk {
 namespace {
-
-QString Localized(const char* key) {
-    return ToQString(host::ZString(key));
-}
 
 /// Holds the view's widget and wishes for the size it has: a panel that is moved keeps it where there is room.
 class Content : public QWidget {

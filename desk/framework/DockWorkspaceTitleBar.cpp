@@ -7,10 +7,9 @@
 #include <QTimer>
 #include <algorithm>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/Localized.h"
 #include "desk/framework/DockWorkspaceFrame.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 namespace {
@@ -27,7 +26,7 @@ class BarButton : public QAbstractButton {
 public:
     BarButton(QWidget* parent, QVector<QLineF> lines, const char* nameKey)
         : QAbstractButton(parent), mLines(lines) {
-        const QString name = ToQString(host::ZString(nameKey));
+        const QString name = Localized(nameKey);
         setAccessibleName(name);
         setToolTip(name);
         setFocusPolicy(Qt::TabFocus);

@@ -9,11 +9,11 @@
 #include <stdexcept>
 
 #include "desk/core/JsonFile.h"
+#include "desk/core/Localized.h"
 #include "desk/core/Log.h"
 #include "desk/core/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/Shortcuts.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 namespace {
@@ -47,10 +47,6 @@ void AddOwnFiles(Menus& menus) {
     }
 }
 
-QString LocalizedText(const std::string& key) {
-    return ToQString(host::Localizer::Get()->Localize(key));
-}
-
 /// A text that is no resource's, so that "&" is no mark of a mnemonic.
 QString LiteralText(const host::UTF16String& text) {
     return ToQString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
@@ -68,7 +64,7 @@ void UpdateAction(QAction& action, int commandID, const QString& text) {
 }
 
 void AddCommand(QMenu& menu, const MenuEntry& entry) {
-    const QString text = LocalizedText(entry.mText);
+    const QString text = Localized(entry.mText);
     const int commandID = entry.mCommandID;
     QAction* action = menu.addAction(text);
     action->setObjectName(QStringLiteral("command-%1").arg(commandID));
@@ -81,7 +77,7 @@ void AddCommand(QMenu& menu, const MenuEntry& entry) {
 void AddEntries(QMenu& menu, const std::vector<MenuEntry>& entries) {
     for (const MenuEntry& entry : entries) {
         if (entry.mIsMenu)
-            AddEntries(*menu.addMenu(LocalizedText(entry.mText)), entry.mEntries);
+            AddEntries(*menu.addMenu(Localized(entry.mText)), entry.mEntries);
         else if (entry.mCommandID)
             AddCommand(menu, entry);
         else

@@ -5,11 +5,11 @@
 #include <QLineEdit>
 #include <QPainter>
 
+#include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
 #include "desk/framework/ControlViewImpl.h"
 #include "desk/toolkit/PictureImpl.h"
 #include "desk/toolkit/Theme.h"
-#include "host/core/Localizer.h"
 
 namespace desk {
 namespace {
@@ -43,7 +43,7 @@ class SearchField : public QLineEdit {
 public:
     explicit SearchField(QWidget* parent) : QLineEdit(parent) {
         addAction(ThemeIcon("search"), LeadingPosition);
-        const QString clearText = ToQString(host::ZString("$$$/Desk/SearchBox/Clear=Clear"));
+        const QString clearText = Localized("$$$/Desk/SearchBox/Clear=Clear");
         QAction* clearAction = addAction(ThemeIcon("clear"), TrailingPosition);
         clearAction->setToolTip(clearText);
         clearAction->setVisible(false);
