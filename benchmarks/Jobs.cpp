@@ -11,7 +11,7 @@
 #include "benchmarks/EventLoopProbe.h"
 #include "benchmarks/HeapMeter.h"
 #include "benchmarks/SampleFolder.h"
-#include "benchmarks/SlowVolumeMount.h"
+#include "benchmarks/slow_volume/VolumeMount.h"
 
 namespace bench {
 
@@ -96,7 +96,10 @@ std::vector<double> MeasureOpeningMany(BenchedTree& tree, LazyFolder& folder) {
 }
 
 std::vector<double> MeasureOpeningSlow(BenchedTree& tree, LazyFolder& folder) {
-    const SlowVolumeMount volume((*folder).Path(), kSlowDelay);
+    slowvolume::VolumeMount volume(QCoreApplication::applicationDirPath() + QStringLiteral("/slow-volume"),
+                                   (*folder).Path(),
+                                   {QStringLiteral("--delay-ms"), QString::number(kSlowDelay)});
+    if (!volume.IsMounted()) throw std::runtime_error("could not mount the slow volume: " + volume.ErrorText());
     auto values = MeasureOpening(tree, volume.Path(), kSlowProjects, 300s);
     tree.Close();
     BenchApplication::Instance().RunFor(500ms);

@@ -20,14 +20,16 @@ namespace {
 
 constexpr int kProjects = 6;
 
+using Step = std::function<void(Stack&)>;
+using Check = std::function<bool(Stack&)>;
+
 /// One operation of the user's, on a production of projects "Scene 0" to "Scene 5" ("Cuts" holds 1, "Reels" 2,
 /// and so on, see `testproduction::Make`).
 struct Case {
     const char* mName;
-    std::function<void(Stack&)> mPrepare;
-    std::function<void(Stack&)> mRun;
-    /// True when it was done.
-    std::function<bool(Stack&)> mIsDone;
+    Step mPrepare;
+    Step mRun;
+    Check mIsDone;
     /// Whole copies are no fault: the operation makes one, or removes the source only after the copy is
     /// complete.
     bool mMakesCopies = false;
@@ -41,25 +43,19 @@ void PrintTo(const Case& operation, std::ostream* out) {
     *out << operation.mName;
 }
 
+constexpr char kScene[] = "Cuts/Scene 1.zuproj";
+
 bool Exists(const Stack& stack, const std::string& name) {
     return std::filesystem::exists(stack.Path(name));
 }
 
-bool IsInTrash(const Stack& stack, const std::string& name) {
-    return std::filesystem::exists(stack.TrashFolder() + '/' + name);
+/// True when `there` stands in the production, and `gone` does not.
+Check Is(const std::string& there, const std::string& gone = "nothing") {
+    return [=](Stack& stack) { return Exists(stack, there) && !Exists(stack, gone); };
 }
 
-void Trash(Stack& stack, const std::string& name) {
-    Utils::MoveToSharedProjectsTrash({stack.PathUTF16(name)}, false, true);
-}
-
-void Copy(Stack& stack, const std::string& name, const std::string& folder, bool move) {
-    Utils::CopyFiles({stack.PathUTF16(name)}, stack.PathUTF16(folder), move, true);
-}
-
-int VersionOf(const Stack& stack, int project) {
-    auto findings = testproduction::Examine(stack.mProduction);
-    return findings.mVersions[project];
+Check IsInTrash(const std::string& name) {
+    return [=](Stack& stack) { return std::filesystem::exists(stack.TrashFolder() + '/' + name); };
 }
 
 host::ProjectRef FindOpen(const Stack& stack, const std::string& name) {
@@ -68,13 +64,41 @@ host::ProjectRef FindOpen(const Stack& stack, const std::string& name) {
     return project;
 }
 
+Check IsOpen(const std::string& name) {
+    return [=](Stack& stack) { return FindOpen(stack, name) != nullptr; };
+}
+
+bool IsSaved(Stack& stack) {
+    return testproduction::Examine(stack.mProduction).mVersions[1] == 1;
+}
+
+Step Trash(const std::string& name) {
+    return [=](Stack& stack) { Utils::MoveToSharedProjectsTrash({stack.PathUTF16(name)}, false, true); };
+}
+
+/// Into the folder "Sound".
+Step Copy(const std::string& name, bool move = false) {
+    return
+        [=](Stack& stack) { Utils::CopyFiles({stack.PathUTF16(name)}, stack.PathUTF16("Sound"), move, true); };
+}
+
+Step Move(const std::string& name) {
+    return Copy(name, true);
+}
+
+/// Who renames tells the user, by the result or what is thrown.
+void Rename(Stack& stack) {
+    if (!Utils::MoveProjectAndLockFiles(stack.PathUTF16(kScene), stack.PathUTF16("Cuts/Final.zuproj")))
+        stack.mDialogs.mTold.push_back("not renamed");
+}
+
 void Nothing(Stack&) {}
 void MakeTrash(Stack& stack) {
     std::filesystem::create_directory(stack.TrashFolder());
 }
 void OpenOne(Stack& stack) {
     MakeTrash(stack);
-    stack.OpenAndEdit("Cuts/Scene 1.zuproj");
+    stack.OpenAndEdit(kScene);
 }
 void ManyVolumes(Stack& stack) {
     stack.mVolume.SetVolumes(true);
@@ -83,103 +107,48 @@ void OpenOnManyVolumes(Stack& stack) {
     OpenOne(stack);
     ManyVolumes(stack);
 }
-bool IsSceneInSound(Stack& stack) {
-    return Exists(stack, "Sound/Scene 1.zuproj") && !Exists(stack, "Cuts/Scene 1.zuproj");
-}
-bool AreCutsInSound(Stack& stack) {
-    return Exists(stack, "Sound/Cuts/Scene 1.zuproj") && !Exists(stack, "Cuts");
-}
-/// Who renames tells the user, by the result or what is thrown.
-void Rename(Stack& stack) {
-    if (!Utils::MoveProjectAndLockFiles(stack.PathUTF16("Cuts/Scene 1.zuproj"),
-                                        stack.PathUTF16("Cuts/Final.zuproj")))
-        stack.mDialogs.mTold.push_back("not renamed");
-}
-void MoveScene(Stack& stack) {
-    Copy(stack, "Cuts/Scene 1.zuproj", "Sound", true);
-}
-void MoveCuts(Stack& stack) {
-    Copy(stack, "Cuts", "Sound", true);
-}
-
-std::vector<Case> MakeMoves() {
-    return {
-        {"RenameProject", Nothing, Rename,
-         [](Stack& stack) {
-             return Exists(stack, "Cuts/Final.zuproj") && !Exists(stack, "Cuts/Scene 1.zuproj");
-         }},
-        {"RenameOpenProject", OpenOne, Rename,
-         [](Stack& stack) {
-             return Exists(stack, "Cuts/Final.zuproj") && FindOpen(stack, "Cuts/Final.zuproj");
-         }},
-        {"MoveProject", Nothing, MoveScene, IsSceneInSound},
-        {"MoveOpenProject", OpenOne, MoveScene, IsSceneInSound},
-        {"MoveFolder", Nothing, MoveCuts, AreCutsInSound},
-        {"MoveFolderOfOpenProject", OpenOne, MoveCuts,
-         [](Stack& stack) { return AreCutsInSound(stack) && FindOpen(stack, "Sound/Cuts/Scene 1.zuproj"); }},
-        {"MoveProjectAcrossVolumes", ManyVolumes, MoveScene, IsSceneInSound, true},
-        {"MoveOpenProjectAcrossVolumes", OpenOnManyVolumes, MoveScene, IsSceneInSound, true},
-        {"MoveFolderAcrossVolumes", ManyVolumes, MoveCuts, AreCutsInSound, true},
-        {"MoveFolderOfOpenProjectAcrossVolumes", OpenOnManyVolumes, MoveCuts, AreCutsInSound, true},
-    };
-}
-
-std::vector<Case> MakeCopiesAndTrash() {
-    return {
-        {"CopyProject", Nothing, [](Stack& stack) { Copy(stack, "Cuts/Scene 1.zuproj", "Sound", false); },
-         [](Stack& stack) { return Exists(stack, "Sound/Scene 1.zuproj"); }, true},
-        {"CopyFolder", Nothing, [](Stack& stack) { Copy(stack, "Reels", "Sound", false); },
-         [](Stack& stack) { return Exists(stack, "Sound/Reels/North/Scene 3.zuproj"); }, true},
-        {"AddProject", Nothing,
-         [](Stack& stack) {
-             AddProjectToZuProduction(stack.PathUTF16("Cuts/Scene 1.zuproj"),
-                                      stack.PathUTF16("Sound/New.zuproj"));
-         },
-         [](Stack& stack) { return Exists(stack, "Sound/New.zuproj"); }, true},
-        {"TrashProject", MakeTrash, [](Stack& stack) { Trash(stack, "Cuts/Scene 1.zuproj"); },
-         [](Stack& stack) { return IsInTrash(stack, "Scene 1.zuproj"); }},
-        {"TrashFolder", MakeTrash, [](Stack& stack) { Trash(stack, "Reels"); },
-         [](Stack& stack) { return IsInTrash(stack, "Reels/North/Scene 3.zuproj"); }},
-        {"TrashOpenProject", OpenOne, [](Stack& stack) { Trash(stack, "Cuts/Scene 1.zuproj"); },
-         [](Stack& stack) { return IsInTrash(stack, "Scene 1.zuproj"); }},
-        {"TrashForTheFirstTime", Nothing, [](Stack& stack) { Trash(stack, "Cuts/Scene 1.zuproj"); },
-         [](Stack& stack) { return IsInTrash(stack, "Scene 1.zuproj"); }, false, true},
-    };
-}
-
-std::vector<Case> MakeDocumentWork() {
-    return {
-        {"Open", Nothing,
-         [](Stack& stack) { stack.mDocuments->OpenProject(stack.PathUTF16("Cuts/Scene 1.zuproj")); },
-         [](Stack& stack) { return FindOpen(stack, "Cuts/Scene 1.zuproj") != nullptr; }},
-        {"Save", OpenOne,
-         [](Stack& stack) { stack.mDocuments->SaveProject(FindOpen(stack, "Cuts/Scene 1.zuproj")); },
-         [](Stack& stack) { return VersionOf(stack, 1) == 1; }},
-        {"SaveAndClose", OpenOne,
-         [](Stack& stack) { stack.mDocuments->CloseProject(FindOpen(stack, "Cuts/Scene 1.zuproj"), true); },
-         [](Stack& stack) { return VersionOf(stack, 1) == 1 && !FindOpen(stack, "Cuts/Scene 1.zuproj"); }},
-        {"CreateProject", Nothing,
-         [](Stack& stack) { stack.mDocuments->CreateProject(stack.PathUTF16("Cuts")); },
-         [](Stack& stack) { return Exists(stack, "Cuts/Untitled.zuproj"); }, false, false,
-         "Cuts/Untitled.zuproj"},
-        {"CreateFolder", Nothing,
-         [](Stack& stack) {
-             try {
-                 FileUtils::CreateNewDirectory(stack.PathUTF16("Cuts/New"));
-             } catch (const FileException& exception) {
-                 desk::Log(desk::LogLevel::Warning, exception.what());
-                 stack.mDialogs.mTold.push_back(exception.what());
-             }
-         },
-         [](Stack& stack) { return Exists(stack, "Cuts/New"); }},
-    };
-}
 
 std::vector<Case> MakeCases() {
-    std::vector<Case> cases = MakeMoves();
-    for (Case& more : MakeCopiesAndTrash()) cases.push_back(std::move(more));
-    for (Case& more : MakeDocumentWork()) cases.push_back(std::move(more));
-    return cases;
+    const Check isRenamed = Is("Cuts/Final.zuproj", kScene);
+    const Check isMoved = Is("Sound/Scene 1.zuproj", kScene);
+    const Check areMoved = Is("Sound/Cuts/Scene 1.zuproj", "Cuts");
+    const Check areOpenThere = IsOpen("Sound/Cuts/Scene 1.zuproj");
+    return {
+        {"RenameProject", Nothing, Rename, isRenamed},
+        {"RenameOpenProject", OpenOne, Rename, IsOpen("Cuts/Final.zuproj")},
+        {"MoveProject", Nothing, Move(kScene), isMoved},
+        {"MoveOpenProject", OpenOne, Move(kScene), isMoved},
+        {"MoveFolder", Nothing, Move("Cuts"), areMoved},
+        {"MoveFolderOfOpenProject", OpenOne, Move("Cuts"),
+         [=](Stack& stack) { return areMoved(stack) && areOpenThere(stack); }},
+        {"MoveProjectAcrossVolumes", ManyVolumes, Move(kScene), isMoved, true},
+        {"MoveOpenProjectAcrossVolumes", OpenOnManyVolumes, Move(kScene), isMoved, true},
+        {"MoveFolderAcrossVolumes", ManyVolumes, Move("Cuts"), areMoved, true},
+        {"MoveFolderOfOpenProjectAcrossVolumes", OpenOnManyVolumes, Move("Cuts"), areMoved, true},
+        {"CopyProject", Nothing, Copy(kScene), Is("Sound/Scene 1.zuproj"), true},
+        {"CopyFolder", Nothing, Copy("Reels"), Is("Sound/Reels/North/Scene 3.zuproj"), true},
+        {"AddProject", Nothing,
+         [](Stack& stack) {
+             AddProjectToZuProduction(stack.PathUTF16(kScene), stack.PathUTF16("Sound/New.zuproj"));
+         },
+         Is("Sound/New.zuproj"), true},
+        {"TrashProject", MakeTrash, Trash(kScene), IsInTrash("Scene 1.zuproj")},
+        {"TrashFolder", MakeTrash, Trash("Reels"), IsInTrash("Reels/North/Scene 3.zuproj")},
+        {"TrashOpenProject", OpenOne, Trash(kScene), IsInTrash("Scene 1.zuproj")},
+        {"TrashForTheFirstTime", Nothing, Trash(kScene), IsInTrash("Scene 1.zuproj"), false, true},
+        {"Open", Nothing, [](Stack& stack) { stack.mDocuments->OpenProject(stack.PathUTF16(kScene)); },
+         IsOpen(kScene)},
+        {"Save", OpenOne, [](Stack& stack) { stack.mDocuments->SaveProject(FindOpen(stack, kScene)); },
+         IsSaved},
+        {"SaveAndClose", OpenOne,
+         [](Stack& stack) { stack.mDocuments->CloseProject(FindOpen(stack, kScene), true); },
+         [](Stack& stack) { return IsSaved(stack) && !FindOpen(stack, kScene); }},
+        {"CreateProject", Nothing,
+         [](Stack& stack) { stack.mDocuments->CreateProject(stack.PathUTF16("Cuts")); },
+         Is("Cuts/Untitled.zuproj"), false, false, "Cuts/Untitled.zuproj"},
+        {"CreateFolder", Nothing,
+         [](Stack& stack) { FileUtils::CreateNewDirectory(stack.PathUTF16("Cuts/New")); }, Is("Cuts/New")},
+    };
 }
 
 std::string Join(const std::vector<std::string>& lines) {
@@ -205,24 +174,26 @@ protected:
             GetParam().mRun(stack);
         } catch (const FileException& exception) {
             thrown = exception.what();
+            desk::Log(desk::LogLevel::Warning, thrown);
         }
         stack.mMain.RunUntilIdle();
         const bool isReached = stack.mVolume.Count(FaultyFileSystem::Operation::Any) >= nth;
         stack.Settle();
-        Check(stack, thrown, isReached);
+        CheckOutcome(stack, thrown, isReached);
         return isReached;
     }
 
-    void Check(Stack& stack, const std::string& thrown, bool isReached) {
+    void CheckOutcome(Stack& stack, const std::string& thrown, bool isReached) {
         const bool isDone = GetParam().mIsDone(stack);
         EXPECT_TRUE(isDone || isReached) << "it fails by itself";
         std::vector<std::string> told = stack.Told();
         if (!thrown.empty()) told.push_back(thrown);
         EXPECT_TRUE(isDone || GetParam().mMayBeSilent || !told.empty()) << "nobody was told";
         EXPECT_TRUE(isReached || told.empty());
-        for (const desk::ProjectDocumentRef& document : GetOpenDocuments()) {
-            EXPECT_TRUE(std::filesystem::exists(UTF16to8(document->GetProjectPath()))) << "open, but gone";
-            EXPECT_TRUE(stack.mDocuments->CloseProject(document, false));
+        const std::vector<host::ProjectRef> open = host::GetOpenProjectList();
+        for (const host::ProjectRef& project : open) {
+            EXPECT_TRUE(std::filesystem::exists(UTF16to8(project->GetProjectPath()))) << "open, but gone";
+            EXPECT_TRUE(stack.mDocuments->CloseProject(project, false));
         }
         stack.Settle();
         if (const char* made = GetParam().mNew; made && Exists(stack, made)) {
@@ -230,21 +201,12 @@ protected:
             std::filesystem::remove(stack.Path(made));
         }
         const auto findings = testproduction::Examine(stack.mProduction);
-        EXPECT_EQ(GetParam().mMakesCopies ? findings.DescribeLossesButCopies(kProjects)
-                                          : findings.DescribeLosses(kProjects),
-                  "");
+        EXPECT_EQ(findings.DescribeLosses(kProjects, GetParam().mMakesCopies), "");
         const std::string toldText = Join(told);
         for (const std::string& hidden : findings.mHidden)
             EXPECT_TRUE(toldText.find(hidden) != std::string::npos)
                 << "left behind, and nobody told: " << hidden;
         if (HasFailure()) ADD_FAILURE() << "told:\n" << toldText;
-    }
-
-    static std::vector<desk::ProjectDocumentRef> GetOpenDocuments() {
-        std::vector<desk::ProjectDocumentRef> documents;
-        for (const host::ProjectRef& project : host::GetOpenProjectList())
-            documents.push_back(desk::ToDocument(project));
-        return documents;
     }
 };
 

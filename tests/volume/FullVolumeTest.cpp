@@ -3,15 +3,11 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
-#include <QJsonObject>
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
-#include "desk/core/JsonFile.h"
-#include "desk/core/Log.h"
-#include "host/files/FileException.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/support/LogExpectation.h"
@@ -137,23 +133,4 @@ TEST_F(FullVolume, TakesNoHalfCopies) {
     ExpectNothingLost();
     EXPECT_THAT(testproduction::List(mStack->Path("Sound")).mFolders, testing::SizeIs(2))
         << "a part of a folder";
-}
-
-TEST_F(FullVolume, KeepsTheOldSettings) {
-    const std::string settings = mVolume.Folder().Path("settings.json");
-    desk::WriteJsonFile(settings, {{QStringLiteral("zoom"), 3}});
-    const QJsonObject larger{{QStringLiteral("zoom"), 4}, {QStringLiteral("columns"), QString(9000, u'x')}};
-    for (const int pages : {0, 2}) {
-        mVolume.FillBut(pages);
-        try {
-            desk::WriteJsonFile(settings, larger);
-            ADD_FAILURE() << "it was written to a full volume";
-        } catch (const FileException& exception) {
-            desk::Log(desk::LogLevel::Warning, exception.what());
-        }
-        EXPECT_EQ(desk::ReadJsonFile(settings).mObject.value(QStringLiteral("zoom")).toInt(), 3);
-    }
-    mVolume.Empty();
-    desk::WriteJsonFile(settings, larger);
-    EXPECT_EQ(desk::ReadJsonFile(settings).mObject.value(QStringLiteral("zoom")).toInt(), 4);
 }

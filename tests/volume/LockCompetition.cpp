@@ -141,7 +141,7 @@ LockCompetitionResult RunLockCompetition(const LockCompetition& competition, des
     std::vector<pid_t> processes;
     for (int number = 0; number < competition.mProcesses; ++number)
         processes.push_back(StartProcess([&] {
-            Competitor(competition, number, disk, *board.operator->()).Run();
+            Competitor(competition, number, disk, *board).Run();
             return 0;
         }));
     LockCompetitionResult result;
@@ -149,7 +149,7 @@ LockCompetitionResult RunLockCompetition(const LockCompetition& competition, des
         if (ResultOf(process) != 0) ++result.mLost;
     result.mSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     const int ended = result.mLost;
-    Collect(*board.operator->(), competition, result);
+    Collect(*board, competition, result);
     result.mLost += ended;
     LookAround(competition, result);
     for (int i = 0; i < competition.mProjects; ++i)

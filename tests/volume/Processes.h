@@ -18,6 +18,7 @@ public:
     Shared(const Shared&) = delete;
     Shared& operator=(const Shared&) = delete;
     Data* operator->() { return mData; }
+    Data& operator*() { return *mData; }
 
 private:
     Data* mData;

@@ -41,14 +41,16 @@ protected:
         }
         return false;
     }
-    /// Waits for a random time, or until a file is in the making, so that something is under way.
-    void WaitForAMomentToKill(std::mt19937& random) {
-        if (random() % 2) {
-            ::usleep(static_cast<useconds_t>(random() % 20'000));
-        } else {
-            const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
-            while (!HasHiddenNames() && std::chrono::steady_clock::now() < limit) {
-            }
+    /// Waits for a random time; every other time until then, stopped, it has a file in the making.
+    void WaitForAMomentToKill(pid_t process, std::mt19937& random) {
+        ::usleep(static_cast<useconds_t>(random() % 20'000));
+        if (random() % 2) return;
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+        while (std::chrono::steady_clock::now() < limit) {
+            ::kill(process, SIGSTOP);
+            if (HasHiddenNames()) return;
+            ::kill(process, SIGCONT);
+            ::usleep(static_cast<useconds_t>(random() % 500));
         }
     }
     void ExpectThatEachLockCanBeTaken() {
@@ -72,7 +74,7 @@ protected:
 
 TEST_F(SharedProduction, ThatFourProcessesMoveRenameAndTrashAtOnceLosesNothing) {
     constexpr int kProjects = 200;
-    constexpr int kMilliseconds = 5000;
+    constexpr int kMilliseconds = 3000;
     testproduction::Make(mProduction, kProjects);
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -115,12 +117,11 @@ TEST_P(KilledProcess, LeavesEveryProjectWholeAndNothingThatStandsInTheWay) {
     for (int round = 0; round < job.mRounds; ++round) {
         SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round));
         const pid_t process = mServer.Begin(job.mName, mProduction, seed + static_cast<unsigned>(round));
-        WaitForAMomentToKill(random);
+        WaitForAMomentToKill(process, random);
         ASSERT_TRUE(mServer.Kill(process));
         const Findings found = testproduction::Examine(mProduction);
         left += !found.mHidden.empty();
-        ASSERT_EQ(job.mMakesCopies ? found.DescribeLossesButCopies(kProjects) : found.DescribeLosses(kProjects),
-                  "");
+        ASSERT_EQ(found.DescribeLosses(kProjects, job.mMakesCopies), "");
         Sweep();
         ExpectThatEachLockCanBeTaken();
         ASSERT_THAT(testproduction::Examine(mProduction).mHidden, testing::IsEmpty());

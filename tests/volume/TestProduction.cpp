@@ -54,22 +54,6 @@ void Examine(const fs::path& folder, Findings& findings) {
     }
 }
 
-std::string Describe(const Findings& findings, int projects, bool copiesCount) {
-    std::ostringstream text;
-    for (const std::string& path : findings.mBroken) text << "not whole: " << path << '\n';
-    for (int number = 0; number < projects; ++number) {
-        const auto found = findings.mProjects.find(number);
-        if (found == findings.mProjects.end()) {
-            text << "missing: project " << number << '\n';
-        } else if (found->second.size() > 1 && copiesCount) {
-            text << "project " << number << " is there " << found->second.size() << " times:";
-            for (const std::string& path : found->second) text << ' ' << path;
-            text << '\n';
-        }
-    }
-    return text.str();
-}
-
 }  // namespace
 
 std::string MakeContent(int number, int version) {
@@ -107,12 +91,20 @@ void Make(const std::string& folder, int projects) {
     }
 }
 
-std::string Findings::DescribeLosses(int projects) const {
-    return Describe(*this, projects, true);
-}
-
-std::string Findings::DescribeLossesButCopies(int projects) const {
-    return Describe(*this, projects, false);
+std::string Findings::DescribeLosses(int projects, bool mayBeCopied) const {
+    std::ostringstream text;
+    for (const std::string& path : mBroken) text << "not whole: " << path << '\n';
+    for (int number = 0; number < projects; ++number) {
+        const auto found = mProjects.find(number);
+        if (found == mProjects.end()) {
+            text << "missing: project " << number << '\n';
+        } else if (found->second.size() > 1 && !mayBeCopied) {
+            text << "in several places:";
+            for (const std::string& path : found->second) text << ' ' << path;
+            text << '\n';
+        }
+    }
+    return text.str();
 }
 
 Findings Examine(const std::string& folder) {

@@ -40,11 +40,9 @@ struct Findings {
     /// Lock files, guards and temporaries: all hidden names but the trash's records.
     std::vector<std::string> mHidden;
 
-    /// One line for each project that is missing or stands in two places, and for each broken file; empty when
-    /// projects 0 to `projects` - 1 are all there exactly once.
-    std::string DescribeLosses(int projects) const;
-    /// Likewise, but whole copies may stand anywhere.
-    std::string DescribeLossesButCopies(int projects) const;
+    /// One line for each project that is missing or, unless `mayBeCopied`, stands in two places, and for each
+    /// broken file; empty when projects 0 to `projects` - 1 are all there.
+    std::string DescribeLosses(int projects, bool mayBeCopied = false) const;
 };
 Findings Examine(const std::string& folder);
 
