@@ -30,7 +30,6 @@ TEST(HostDialogsTest, OnlyFilesOfTheKindAreOpened) {
     };
     dialogs.ExpectFiles("Add", {u"/p/One.zuproj", u"/p/Two.ZuProj"});
     EXPECT_TRUE(ask());
-    EXPECT_EQ(paths, (host::UTF16StringVec{u"/p/One.zuproj", u"/p/Two.ZuProj"}));
     dialogs.ExpectFiles("Add", {u"/p/One.zuproj", u"/p/notes.txt"});
     dialogs.ExpectMessage("Add");
     EXPECT_FALSE(ask());

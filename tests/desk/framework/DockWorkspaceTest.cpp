@@ -51,10 +51,9 @@ const UTF16String kOne = u"test.dock.one", kTwo = u"test.dock.two";
 
 struct DockWorkspaceTest : testing::Test {
     static void SetUpTestSuite() {
-        host::Handler::RegisterFactory(
-            kOne, [](const UTF16String&) -> host::Handler* { return new TestPanel(kOne); });
-        host::Handler::RegisterFactory(
-            kTwo, [](const UTF16String&) -> host::Handler* { return new TestPanel(kTwo); });
+        using Handler = host::Handler;
+        Handler::RegisterFactory(kOne, [](const UTF16String&) -> Handler* { return new TestPanel(kOne); });
+        Handler::RegisterFactory(kTwo, [](const UTF16String&) -> Handler* { return new TestPanel(kTwo); });
     }
     DockWorkspaceTest() {
         TestPanel::sAllowClose = true;

@@ -1,4 +1,3 @@
-#include <QLineEdit>
 #include <QTest>
 
 #include "desk/framework/Shortcuts.h"
@@ -26,16 +25,13 @@ protected:
         mPanel->mCommands = {{kZoomIn, true}, {kMoveHome, true}, {kOpen, true}, {57642, true}};
         mPanel->mWhenOnDuty = [] { host::ShortcutManager::Instance()->ApplyContext("test.panel", false); };
         OpenPanel();
-        mOther.setFocusPolicy(Qt::StrongFocus);
-        for (QWidget* widget : {static_cast<QWidget*>(&mField), &mOther}) {
-            widget->setParent(&PanelWidget());
-            widget->show();
-        }
+        mWidget.setFocusPolicy(Qt::StrongFocus);
+        mWidget.setParent(&PanelWidget());
+        mWidget.show();
         mFrame->Activate();
     }
     ~ShortcutsTest() override {
-        mField.setParent(nullptr);
-        mOther.setParent(nullptr);
+        mWidget.setParent(nullptr);
         desk::Shortcuts::Instance().Load({});
     }
 
@@ -51,8 +47,7 @@ protected:
         return TakeEvents();
     }
 
-    QLineEdit mField;
-    QWidget mOther;
+    QWidget mWidget;
 };
 
 TEST_F(ShortcutsTest, SendThePanelsCommandsWhileItIsOnDutyAlsoWhenItFloats) {
@@ -62,13 +57,13 @@ TEST_F(ShortcutsTest, SendThePanelsCommandsWhileItIsOnDutyAlsoWhenItFloats) {
     desk::Shortcuts::Instance().InstallOn(mainWindow);
     mFrame->Window().setParent(&mainWindow, Qt::Tool);
     mFrame->Activate();
-    mOther.setFocus();
+    mWidget.setFocus();
     EXPECT_EQ(Press(Qt::Key_Plus, Qt::ControlModifier), Events{"panel 910001"}) << "it floats";
     mFrame->Window().setParent(nullptr);
 
     desk::Shortcuts::Instance().InstallOn(mFrame->Window());
     mFrame->Activate();
-    mOther.setFocus();
+    mWidget.setFocus();
     EXPECT_EQ(Press(Qt::Key_Equal, Qt::ControlModifier), Events{"panel 910001"});
     EXPECT_EQ(Press(Qt::Key_Home), Events{"panel 910002"});
     EXPECT_EQ(desk::Shortcuts::Instance().GetKey(kZoomIn), QKeySequence(Qt::CTRL | Qt::Key_Plus));
@@ -79,21 +74,9 @@ TEST_F(ShortcutsTest, SendThePanelsCommandsWhileItIsOnDutyAlsoWhenItFloats) {
     EXPECT_EQ(Press(Qt::Key_A, Qt::ControlModifier), Events{"panel 57642"}) << "global ones act always";
 }
 
-TEST_F(ShortcutsTest, ATextFieldKeepsItsEditingKeys) {
-    Load(kKeys);
-    mField.setText(QStringLiteral("abc"));
-    mField.setFocus();
-    EXPECT_EQ(Press(Qt::Key_Home), Events{});
-    EXPECT_EQ(mField.cursorPosition(), 0);
-    EXPECT_EQ(Press(Qt::Key_A, Qt::ControlModifier), Events{});
-    EXPECT_EQ(Press(Qt::Key_Delete), Events{});
-    EXPECT_EQ(mField.text(), QString());
-    EXPECT_EQ(Press(Qt::Key_Plus, Qt::ControlModifier), Events{"panel 910001"});
-}
-
 TEST_F(ShortcutsTest, AKeyOfTwoContextsGoesToThePanelsWhileItCanBeUsed) {
     Load(kKeys);
-    mOther.setFocus();
+    mWidget.setFocus();
     EXPECT_EQ(Press(Qt::Key_O, Qt::ControlModifier), Events{"panel 910003"});
     mPanel->mCommands[kOpen] = false;
     EXPECT_EQ(Press(Qt::Key_O, Qt::ControlModifier), Events{"panel 57642"});
@@ -108,7 +91,7 @@ TEST_F(ShortcutsTest, WhatTheProfilesFileDoesNotGetRightIsNamedAndTheRestGoesOn)
         command("\"test.panel\" has no command \"zoomout\""), context("no context \"panel\"");
     Load(R"({"global": 7, "panel": {"zoomin": "F7"},
              "test.panel": {"zoomin": ["Ctrl+Boo"], "zoomout": "F9", "home": "F8"}})");
-    mOther.setFocus();
+    mWidget.setFocus();
     EXPECT_EQ(Press(Qt::Key_F8), Events{"panel 910002"});
     const ExpectLogged broken("shortcuts.json is left out");
     Load("{\"global\":");

@@ -1,7 +1,6 @@
 #include <QLineEdit>
 #include <stdexcept>
 
-#include "desk/core/DebugDatabaseFile.h"
 #include "desk/framework/CommandRouter.h"
 #include "host/framework/DC.h"
 #include "tests/desk/framework/FrameworkFixture.h"
@@ -48,14 +47,6 @@ TEST_F(ViewTest, SurvivesEveryOrderOfDestruction) {
     EXPECT_EQ(mFrame->GetView(), nullptr);
     EXPECT_TRUE(mFrame->Window().findChildren<QWidget*>().isEmpty());
     mMain.RunUntilIdle();
-}
-
-TEST_F(ViewTest, AChangedTunableLaysEveryPanelOutAgainAtOnce) {
-    OpenPanel();
-    TakeEvents();
-    desk::SetDebugDatabaseEntries({{"SharedProjects.Controls.SideMargins", 40.0}});
-    EXPECT_EQ(TakeEvents(), Events{"panel laid out 0,0 400x300"});
-    desk::SetDebugDatabaseEntries({});
 }
 
 TEST_F(ViewTest, GoesOnDutyWhenTheFocusComesInAndNotWhenItMovesInside) {
