@@ -6,10 +6,12 @@
 #include <functional>
 #include <utility>
 
+#include "desk/core/Log.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/LongWork.h"
+#include "desk/files/FileFailure.h"
 #include "desk/files/FileMoves.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/ItemCopier.h"
@@ -119,12 +121,9 @@ host::UTF16String ProjectDocuments::CreateProject(const host::UTF16String& folde
     return {};
 }
 
-host::UTF16String EscapedReason(const std::string& reason) {
-    return ToUTF16(ToDisplayText(host::UTF8to16(reason)));
-}
-
 host::UTF16String ReasonOf(const host::FileException& exception) {
-    return EscapedReason(exception.what());
+    Log(LogLevel::Info, exception.what());
+    return ToUTF16(ToDisplayText(DescribeReason(exception)));
 }
 
 unsigned GetModeOfNewFiles() {

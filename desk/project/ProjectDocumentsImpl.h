@@ -23,8 +23,7 @@ private:
     bool mHasBegun = false;
 };
 
-/// Operation, path and reason, ready to be shown.
-host::UTF16String EscapedReason(const std::string& reason);
+/// `DescribeReason`, ready to be shown; the operation goes to the log.
 host::UTF16String ReasonOf(const host::FileException& exception);
 
 /// The permissions with which a new project is made: what the process's umask leaves of 0666, so that

@@ -119,7 +119,7 @@ FileWriting ProjectDocuments::Write(const ProjectDocumentRef& document, const UT
     if (writing.mStands) document->NoteWritten(std::move(bytes), writing.mStatus);
     if (writing.mOutcome == FileWriting::Outcome::Written) document->NoteSaved(text);
     if (writing.mOutcome == FileWriting::Outcome::Failed)
-        ProjectQuestions::TellNotSaved(path, EscapedReason(writing.mError));
+        ProjectQuestions::TellNotSaved(path, ReasonOf(*writing.mError));
     return writing;
 }
 

@@ -118,7 +118,7 @@ FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path, co
         writing.mStatus = fileSystem.Status(path, false);
         writing.mOutcome = FileWriting::Outcome::Written;
     } catch (const host::FileException& exception) {
-        writing.mError = exception.what();
+        writing.mError = exception;
         writing.mOutcome = FileWriting::Outcome::Failed;
         if (!writing.mStands) writing.mStands = DoBytesStand(fileSystem, path, bytes);
     }

@@ -8,6 +8,7 @@
 #include "desk/files/FileSystem.h"
 #include "desk/project/EditedText.h"
 #include "host/core/Export.h"
+#include "host/files/FileException.h"
 
 namespace desk {
 
@@ -84,7 +85,7 @@ struct FileWriting {
         Written,
         /// The file is not what was expected (`mFound`); nothing was written.
         Differs,
-        /// For the reason that `mError` names.
+        /// For the reason `mError`.
         Failed,
     };
     Outcome mOutcome = Outcome::Failed;
@@ -94,8 +95,7 @@ struct FileWriting {
     bool mStands = false;
     /// The file's state after it was written.
     ItemStatus mStatus;
-    /// Operation, path and reason.
-    std::string mError;
+    std::optional<host::FileException> mError;
 };
 
 /// Replaces the file at `path` by `bytes`, whole or not at all, if it still is what was `expected`, or what the

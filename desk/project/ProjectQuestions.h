@@ -15,7 +15,7 @@ host::UTF16String NameOf(const host::UTF16String& path);
 /// Why locks could not be had, as a sentence.
 host::UTF16String DescribeObstacle(const host::UTF16String& path, const ProjectLocking& locking);
 
-/// Something was not done; `reason` is a sentence, or operation, path and reason of the system.
+/// Something was not done; `reason` is a sentence.
 void TellNotOpened(const host::UTF16String& path, const host::UTF16String& reason);
 void TellNotSaved(const host::UTF16String& path, const host::UTF16String& reason);
 void TellNotCopied(const host::UTF16String& path, const host::UTF16String& reason);

@@ -57,7 +57,7 @@ TEST_F(CloseProjectTest, ASaveThatFailsKeepsTheProjectOpenAndACopyWillDo) {
     mDialogs.ExpectQuestion("Save Changes", u"Save");
     mDialogs.ExpectMessage("The Project Was Not Saved");
     EXPECT_FALSE(Manager().CloseProject(document, true));
-    EXPECT_TRUE(AsksFor("No space left")) << mDialogs.LastText();
+    EXPECT_TRUE(AsksFor("There is no room left")) << mDialogs.LastText();
     EXPECT_TRUE(document->IsDirty());
     EXPECT_EQ(mFolder.Read(kProject), kBytes);
 

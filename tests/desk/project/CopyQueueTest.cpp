@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <set>
-
-#include "desk/core/UserNotice.h"
 #include "desk/project/CopyQueue.h"
 #include "desk/project/Production.h"
 #include "host/project/ProductionItems.h"
@@ -56,12 +53,8 @@ TEST_F(CopyQueueTest, CopiesOneAfterAnotherInTheOrderOfAsking) {
     mDisk.OpenGate();
     mMain.RunUntilIdle();
     EXPECT_EQ(States(), std::vector(3, State::Done));
-    EXPECT_FALSE(mQueue.IsBusy());
     EXPECT_EQ(InFolder(), (Names{"A.zuproj", "B.zuproj", "C.zuproj"})) << "without locks and temporaries";
-    EXPECT_EQ(mFolder.Read("Production/Day 1/B.zuproj"), "content of B");
     EXPECT_EQ(mQueue.GetJobs().front().mBytesDone, 12u);
-    mQueue.ClearFinished();
-    EXPECT_TRUE(mQueue.GetJobs().empty());
 }
 
 TEST_F(CopyQueueTest, TakenNamesGetANumberInBatchesAndFailAlone) {
@@ -103,7 +96,6 @@ TEST_F(CopyQueueTest, WhatIsCancelledLeavesNothingAndKeepsNobody) {
     const std::vector<CopyJob> jobs = mQueue.GetJobs();
     mQueue.Cancel(jobs[0].mID);
     mQueue.Cancel(jobs[1].mID);
-    mQueue.Cancel(4711);
     EXPECT_EQ(States(), (std::vector{State::UnderWay, State::Cancelled, State::Waiting}));
     EXPECT_TRUE(mQueue.GetJobs()[0].mIsCancelling);
     mDisk.OpenGate();

@@ -92,18 +92,24 @@ TEST_P(LockProtocolTest, IsTakenOnceAndGivenUpByItsOwner) {
     EXPECT_EQ(mProtocol.Check(mPath, mine.mNonce), LockStanding::Lost);
 }
 
-TEST_P(LockProtocolTest, WhatCannotBeReadIsHeldAndNeverStale) {
-    for (const char* content : {"", "{", "\0\1\2"}) {
+TEST_P(LockProtocolTest, WhatCannotBeReadIsHeldAndNeverStaleButCanBeBroken) {
+    for (const char* content : {"", "half a reco", "\0\1\2"}) {
         mFolder.Write(kLock, content);
         const LockTaking taking = mProtocol.Take(mPath, Mine());
         EXPECT_EQ(taking.mOutcome, LockTaking::Outcome::Held);
         EXPECT_FALSE(taking.mRecord.mIsReadable);
         EXPECT_EQ(mFolder.Read(kLock), content);
+        EXPECT_EQ(LookAndBreak([&] { return mFolder.Write(kLock, "grown meanwhile"), true; }),
+                  LockBreaking::Outcome::Changed);
+        EXPECT_EQ(NamesIn(), kOnlyLock);
+        EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Broken);
     }
-    mFolder.Remove(kLock);
     ::mkfifo(mPath.c_str(), 0600);
     EXPECT_EQ(Take(Mine()), LockTaking::Outcome::Held);
     EXPECT_EQ(mProtocol.Release(mPath, Mine().mNonce), LockRelease::Retry);
+    EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Broken);
+    std::filesystem::create_directory(mPath);
+    EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Failed);
     EXPECT_EQ(NamesIn(), kOnlyLock);
 }
 
@@ -180,6 +186,15 @@ TEST_P(LockProtocolTest, IsBrokenOnlyAsItWasSeenUnderTheGuard) {
         {"given up", [] { return false; }, LockBreaking::Outcome::Cancelled, kOnlyLock},
         {"taken by another", [&] { return Stand(Foreign()), true; }, LockBreaking::Outcome::Changed, kOnlyLock},
         {"removed", [&] { return mFolder.Remove(kLock), true; }, LockBreaking::Outcome::Changed, {}},
+        {"removal and look fail",
+         [&] {
+             mDisk.Fail(Operation::RemoveFile, 1, EROFS);
+             mDisk.Fail(Operation::Status, 2, ESTALE);
+             return true;
+         },
+         LockBreaking::Outcome::Failed, kOnlyLock},
+        {"look fails", [&] { return mDisk.Fail(Operation::Status, 1, ESTALE), true; },
+         LockBreaking::Outcome::Failed, kOnlyLock},
         {"guard removed", [&] { return mFolder.Remove(desk::GetGuardName(held.mNonce)), true; },
          LockBreaking::Outcome::Changed, kOnlyLock},
         {"broken by another too",
@@ -195,21 +210,6 @@ TEST_P(LockProtocolTest, IsBrokenOnlyAsItWasSeenUnderTheGuard) {
     }
 }
 
-TEST_P(LockProtocolTest, WhatCannotBeReadIsBrokenToo) {
-    for (const char* content : {"", "half a reco"}) {
-        mFolder.Write(kLock, content);
-        EXPECT_EQ(LookAndBreak([&] { return mFolder.Write(kLock, "grown meanwhile"), true; }),
-                  LockBreaking::Outcome::Changed);
-        EXPECT_EQ(NamesIn(), kOnlyLock);
-        EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Broken);
-    }
-    ::mkfifo(mPath.c_str(), 0600);
-    EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Broken);
-    std::filesystem::create_directory(mPath);
-    EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Failed);
-    EXPECT_EQ(NamesIn(), kOnlyLock);
-}
-
 TEST_P(LockProtocolTest, ALivingOwnerWaitsForTheOneWhoBreaks) {
     const LockRecord owner = Mine();
     Take(owner);
@@ -223,14 +223,11 @@ TEST_P(LockProtocolTest, ALivingOwnerWaitsForTheOneWhoBreaks) {
     EXPECT_EQ(NonceOfLock(), next.mNonce);
 }
 
-TEST_P(LockProtocolTest, AGuardOfAnotherMachineIsBrokenLikeALockAndADeadOneIsInNobodysWay) {
+TEST_P(LockProtocolTest, OnlyALivingGuardIsInTheWay) {
     const LockRecord held = Foreign();
-    const std::string guard = mFolder.Path(desk::GetGuardName(held.mNonce));
     Stand(held);
     StandGuard(held, Foreign());
     EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Guarded);
-    EXPECT_EQ(mProtocol.Break(guard, *mProtocol.Look(guard), Mine(), [] { return true; }).mOutcome,
-              LockBreaking::Outcome::Broken);
     StandGuard(held, MakeDeadRecord(mDesktop));
     EXPECT_EQ(Break(), LockBreaking::Outcome::Broken);
     EXPECT_TRUE(NamesIn().empty());

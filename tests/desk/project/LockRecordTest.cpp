@@ -41,13 +41,8 @@ TEST(LockRecord, ComesBackAsItWasWritten) {
     for (const char* part : {"\"takenAt\":\"2026-03-02T09:30:00Z\"", "9007199254740993", "Jos\u00E9 \u202E\\n",
                              "2210", "edit-bay-2", "3f1c9a5e", "7c1a52de", "4026531836", "00112233"})
         EXPECT_NE(bytes.find(part), std::string::npos) << part << " in " << bytes;
-}
-
-TEST(LockRecord, ReadsWhatAnotherWriterMayAdd) {
     EXPECT_TRUE(desk::ParseLockRecord(Changed("{", "{ \"later\": [1, {\"x\": null}],\n")).mIsReadable);
-    const LockRecord last = desk::ParseLockRecord(Changed("\"pid\":2210", "\"pid\":1,\"pid\":2211"));
-    EXPECT_TRUE(last.mIsReadable);
-    EXPECT_EQ(last.mPid, 2211);
+    EXPECT_EQ(desk::ParseLockRecord(Changed("\"pid\":2210", "\"pid\":1,\"pid\":2211")).mPid, 2211);
 }
 
 TEST(LockRecord, WhatIsNoRecordIsUnreadable) {
@@ -122,11 +117,6 @@ TEST_F(StaleLock, OfALivingProcessIsHeldAndOfAnEndedOrReplacedOneIsNot) {
     EXPECT_TRUE(IsStale()) << "ended, its result not collected";
     ASSERT_EQ(waitpid(child, nullptr, 0), child);
     EXPECT_TRUE(IsStale()) << "gone";
-    EXPECT_TRUE(desk::IsPidFree(child));
-
-    mRecord.mPid = 1;  // runs, but began at another time
-    mRecord.mProcessStart = ~0u;
-    EXPECT_TRUE(IsStale());
 }
 
 TEST_F(StaleLock, OfElsewhereOrUnreadableIsHeld) {
@@ -147,10 +137,8 @@ TEST_F(StaleLock, OfElsewhereOrUnreadableIsHeld) {
         change();
         EXPECT_FALSE(IsStale()) << name;
     }
-    for (std::int64_t pid : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{1} << 40}) {
-        EXPECT_FALSE(desk::IsPidFree(pid));
-        EXPECT_FALSE(desk::ReadProcessFacts(pid));
-    }
+    for (std::int64_t pid : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{1} << 40})
+        EXPECT_FALSE(desk::IsPidFree(pid) || desk::ReadProcessFacts(pid)) << pid;
 }
 
 TEST(ProcessFacts, ANameMayHoldAnything) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "desk/project/Production.h"
+#include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/SharedProjectsManager.h"
 
@@ -18,28 +19,39 @@ TEST_F(ProductionTest, WhatLiesWithinTheProductionAndItsTrash) {
     using namespace host;
     EXPECT_FALSE(IsWithinCurrentZuProductionFolder(u"/vol/north/a"));
     EXPECT_EQ(GetZuProductionTrashDirectoryPath(), u"");
-    EXPECT_FALSE(IsTheZuProductionTrashDirectory(u""));
-    EXPECT_FALSE(IsInZuProductionTrash(u"", true));
+    EXPECT_FALSE(IsTheZuProductionTrashDirectory(u"") || IsInZuProductionTrash(u"", true));
 
     mProduction.Open(u"/vol/north");
-    EXPECT_TRUE(IsWithinCurrentZuProductionFolder(u"/vol/north/a"));
-    EXPECT_TRUE(IsWithinCurrentZuProductionFolder(u"/vol//south/../north/a/"));
-    EXPECT_FALSE(IsWithinCurrentZuProductionFolder(u"/vol/north"));
-    EXPECT_FALSE(IsWithinCurrentZuProductionFolder(u"/vol/north/"));
-    EXPECT_FALSE(IsWithinCurrentZuProductionFolder(u"/vol/northern/a"));
-    EXPECT_FALSE(IsWithinCurrentZuProductionFolder(u"/vol/north/../a"));
+    for (const char16_t* path : {u"/vol/north/a", u"/vol//south/../north/a/"})
+        EXPECT_TRUE(IsWithinCurrentZuProductionFolder(path)) << UTF16to8(path);
+    for (const char16_t* path : {u"/vol/north", u"/vol/north/", u"/vol/northern/a", u"/vol/north/../a"})
+        EXPECT_FALSE(IsWithinCurrentZuProductionFolder(path)) << UTF16to8(path);
 
-    const UTF16String trash = u"/vol/north/" + GetZuProductionTrashDirectoryDisplayName();
-    EXPECT_EQ(GetZuProductionTrashDirectoryPath(), trash);
+    const UTF16String trash = GetZuProductionTrashDirectoryPath();
+    EXPECT_EQ(trash, u"/vol/north/" + GetZuProductionTrashDirectoryDisplayName());
     EXPECT_TRUE(IsTheZuProductionTrashDirectory(trash + u"/"));
     EXPECT_FALSE(IsTheZuProductionTrashDirectory(trash + u"/a"));
-    EXPECT_TRUE(IsInZuProductionTrash(trash + u"/a/b", false));
-    EXPECT_FALSE(IsInZuProductionTrash(trash, false));
-    EXPECT_TRUE(IsInZuProductionTrash(trash, true));
-    EXPECT_FALSE(IsInZuProductionTrash(trash + u" 2/a", true));
-    EXPECT_FALSE(IsInZuProductionTrash(trash + u"/../a", true));
+    EXPECT_TRUE(IsInZuProductionTrash(trash + u"/a/b", false) && IsInZuProductionTrash(trash, true));
+    for (const char16_t* rest : {u"", u" 2/a", u"/../a"})
+        EXPECT_FALSE(IsInZuProductionTrash(trash + rest, false)) << UTF16to8(rest);
 
     mProduction.Open(u"/");
     EXPECT_TRUE(IsWithinCurrentZuProductionFolder(u"/a"));
     EXPECT_FALSE(IsWithinCurrentZuProductionFolder(u"//"));
+}
+
+TEST_F(ProductionTest, APathLiesWithinAFolderByWholeComponents) {
+    const struct {
+        const char16_t* mPath;
+        const char16_t* mFolder;
+        bool mIsWithin;
+        bool mIsFolder;
+    } cases[] = {{u"/p/a/b", u"/p", true, false}, {u"/p", u"/p", false, true}, {u"/pq", u"/p", false, false},
+                 {u"/p", u"/", true, false},      {u"/", u"/", false, true},   {u"/p", u"", false, false}};
+    for (const auto& [path, folder, isWithin, isFolder] : cases) {
+        EXPECT_EQ(host::Utilities::IsPathWithinDirectory(path, folder, false), isWithin)
+            << host::UTF16to8(path);
+        EXPECT_EQ(host::Utilities::IsPathWithinDirectory(path, folder, true), isWithin || isFolder)
+            << host::UTF16to8(path);
+    }
 }

@@ -58,7 +58,7 @@ protected:
     void WriteForeignLock(std::string_view lock = kLock) {
         mFolder.Write(lock, WriteLockRecord(MakeForeignRecord(mDesktop)));
     }
-    bool AsksFor(const char* part) const { return mDialogs.LastText().find(part) != std::string::npos; }
+    bool AsksFor(const std::string& part) const { return mDialogs.LastText().find(part) != std::string::npos; }
     /// Lock files and temporary files that are not the other user's.
     int CountHidden() {
         int count = 0;

@@ -70,7 +70,7 @@ TEST_F(ReloadProjectTest, SwitchingToReadWriteNeedsTheLockAndTheFileAsItWasRead)
     } cases[] = {
         {"tomas on edit-bay-2, since", [&] { WriteForeignLock(); }, [&] { mFolder.Remove(kLock); }},
         {"No space left", [&] { mDisk.Fail(Operation::CreateNewFile, 1, ENOSPC); }, [] {}},
-        {"(faulty) use", [&] { mDisk.Fail(Operation::Status, 1, ESTALE); }, [] {}},
+        {"Stale file handle", [&] { mDisk.Fail(Operation::Status, 1, ESTALE); }, [] {}},
         {"no longer there", [&] { mFolder.Rename(kProject, "away"); },
          [&] { mFolder.Rename("away", kProject); }},
         {"Reload it first", [&] { mFolder.Write(kProject, "theirs"); }, [] {}},

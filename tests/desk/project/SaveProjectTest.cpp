@@ -230,6 +230,9 @@ TEST_F(SaveProjectTest, ACopyOfAnythingCanBeSaved) {
     EXPECT_FALSE(Manager().SaveProjectAsCopy(document));
     mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16("nowhere/a.zuproj"));
     mDialogs.ExpectMessage("The Copy Was Not Made");
+    mDialogs.ExpectNewFile("Save as Copy", {});
+    EXPECT_FALSE(Manager().SaveProjectAsCopy(document));
+    EXPECT_TRUE(AsksFor("No such file or directory (" + mFolder.Path("nowhere") + ")")) << mDialogs.LastText();
     mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16("a.zuproj"));
     EXPECT_TRUE(Manager().SaveProjectAsCopy(document));
     EXPECT_EQ(mFolder.Read("a.zuproj"), std::string("\0\1", 2));

@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "desk/project/CopyQueue.h"
 #include "desk/project/UniqueNames.h"
 #include "host/project/ProductionItems.h"
 #include "tests/support/HostFixture.h"
 
 using host::UTF16String;
-using host::Utilities::IsPathWithinDirectory;
 
 namespace {
 
@@ -50,12 +48,8 @@ TEST_F(UniqueNamesTest, StaysWithinWhatCanBeLockedAndNamed) {
          {std::string("a"), std::string("\u00e4"), std::string("\U0001F3AC"), std::string("\xE9")}) {
         const std::string stem = Repeat(piece, static_cast<int>(240 / piece.size()));
         const std::string project = Unique(stem + ".zuproj", 1000);
-        EXPECT_LE(project.size(), 249u);
-        EXPECT_GT(project.size(), 249u - piece.size());
-        EXPECT_TRUE(project.ends_with(piece + "_1000.zuproj")) << project;
-        EXPECT_EQ(project.find_first_not_of(piece), project.find('_')) << "cut inside a character";
-        mFolder.Write(project);
-        EXPECT_TRUE(Unique(stem + ".zuproj", 1000).ends_with("_1001.zuproj"));
+        const std::string end = "_1000.zuproj";
+        EXPECT_EQ(project, Repeat(piece, static_cast<int>((249 - end.size()) / piece.size())) + end);
         const std::string folder = Unique(Repeat(piece, static_cast<int>(255 / piece.size())));
         EXPECT_LE(folder.size(), 255u);
         EXPECT_TRUE(folder.ends_with(piece + "_1")) << folder;
@@ -75,12 +69,3 @@ TEST_F(UniqueNamesTest, CopiesCountOn) {
     EXPECT_EQ(Copy(std::string(240, 'a') + ".zuproj"), std::string(237, 'a') + " copy.zuproj");
 }
 
-TEST(PathsWithin, JudgesWholeComponents) {
-    EXPECT_TRUE(IsPathWithinDirectory(u"/p/a/b", u"/p", false));
-    EXPECT_FALSE(IsPathWithinDirectory(u"/p", u"/p", false));
-    EXPECT_TRUE(IsPathWithinDirectory(u"/p", u"/p", true));
-    EXPECT_FALSE(IsPathWithinDirectory(u"/pq", u"/p", true));
-    EXPECT_TRUE(IsPathWithinDirectory(u"/p", u"/", false));
-    EXPECT_FALSE(IsPathWithinDirectory(u"/", u"/", false));
-    EXPECT_FALSE(IsPathWithinDirectory(u"/p", u"", true));
-}
