@@ -1,14 +1,15 @@
 #include "desk/core/WorkerPool.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "desk/core/MainThread.h"
 
 namespace desk {
 
-WorkerPool::WorkerPool(unsigned threads) {
+WorkerPool::WorkerPool(unsigned threads) : mOwnThreads(threads) {
     mThreads.reserve(threads);
-    for (unsigned i = 0; i < threads; ++i) mThreads.emplace_back([this](std::stop_token stop) { Run(stop); });
+    while (mThreads.size() < threads) AddThread();
 }
 
 WorkerPool::~WorkerPool() {
@@ -19,6 +20,15 @@ WorkerPool::~WorkerPool() {
     }
     for (std::jthread& thread : mThreads) thread.request_stop();
     mThreads.clear();
+}
+
+void WorkerPool::AddThread() {
+    mThreads.emplace_back([this](std::stop_token stop) { Run(stop); });
+}
+
+void WorkerPool::StandInFor(std::size_t hungWorkers) {
+    const std::size_t wanted = mOwnThreads + std::min(hungWorkers, kMostStandIns * mOwnThreads);
+    while (mThreads.size() < wanted) AddThread();
 }
 
 void WorkerPool::Submit(Task task) {

@@ -34,9 +34,16 @@ public:
     /// Waits until no work is waiting or under way, or until `timeout` has passed; true when idle. For tests
     /// and shutdown. Any thread but a worker.
     bool WaitUntilIdle(std::chrono::milliseconds timeout);
-    unsigned CountThreads() const { return static_cast<unsigned>(mThreads.size()); }
+    /// Without those that stand in.
+    unsigned CountThreads() const { return mOwnThreads; }
+    /// So many workers wait for calls that are not being answered, and cannot be called back: as many others
+    /// stand in for them from now on, but no more than `kMostStandIns` for each of the pool's own. The thread
+    /// that made this.
+    void StandInFor(std::size_t hungWorkers);
+    static constexpr std::size_t kMostStandIns = 3;
 
 private:
+    void AddThread();
     void Run(std::stop_token stop);
 
     mutable std::mutex mMutex;
@@ -44,6 +51,7 @@ private:
     std::condition_variable mIdle;
     std::deque<Task> mTasks;
     unsigned mRunning = 0;
+    const unsigned mOwnThreads;
     std::vector<std::jthread> mThreads;
 };
 

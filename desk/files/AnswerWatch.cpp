@@ -7,6 +7,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
 
 namespace desk {
 namespace {
@@ -84,8 +85,21 @@ void AnswerWatch::CheckAgain() {
     CheckIn(delay);
 }
 
+/// Calls that are not answered keep their workers for good; what other volumes answer goes on.
+void AnswerWatch::ReplaceHungWorkers() {
+    std::size_t hung = 0;
+    {
+        const std::lock_guard lock(mMutex);
+        const auto now = GetServices().mMainThread->Now();
+        hung = static_cast<std::size_t>(std::ranges::count_if(
+            mWaiting, [now](const Waiting& waiting) { return now - waiting.mSince >= kPatience; }));
+    }
+    GetServices().mWorkerPool->StandInFor(hung);
+}
+
 void AnswerWatch::Check() {
     if (!mCounts) return;
+    ReplaceHungWorkers();
     std::optional<Waiting> oldest = FindOldest();
     const auto now = GetServices().mMainThread->Now();
     const bool isSilent = oldest && now - oldest->mSince >= kPatience;

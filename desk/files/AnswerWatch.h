@@ -12,7 +12,8 @@
 namespace desk {
 
 /// Notices when a volume leaves a call without any answer: a hung call cannot be cancelled, and says nothing.
-/// Workers mark their calls; made, asked and stopped on the UI thread.
+/// Has other workers stand in for those that wait (`WorkerPool::StandInFor`). Workers mark their calls; made,
+/// asked and stopped on the UI thread.
 class AnswerWatch : public std::enable_shared_from_this<AnswerWatch> {
     using Time = std::chrono::steady_clock::time_point;
     struct Waiting {
@@ -52,6 +53,7 @@ private:
     void CheckIn(std::chrono::milliseconds delay);
     void CheckAgain();
     void Check();
+    void ReplaceHungWorkers();
     std::optional<Waiting> FindOldest();
     void SetSilent(std::optional<Waiting> silent);
 

@@ -100,7 +100,7 @@ void FactReader::Flush() {
         answers.swap(mAnswers);
         mIsFlushQueued = false;
     }
-    if (!answers.empty() && mReceiver) mReceiver(std::move(answers));
+    if (!answers.empty()) mReceiver(std::move(answers));
 }
 
 }  // namespace desk

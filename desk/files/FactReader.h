@@ -30,9 +30,6 @@ public:
 
     FactReader(std::shared_ptr<VolumeSpeed> speed, std::shared_ptr<ReadingLane> lane,
                std::shared_ptr<AnswerWatch> answerWatch, Receiver receiver);
-    /// After it the receiver is not called any more.
-    void Stop() { mReceiver = nullptr; }
-
     void Ask(std::vector<Question> questions);
     /// Takes back and returns what no worker has begun.
     std::vector<Question> DropWaiting();
@@ -47,7 +44,7 @@ private:
     const std::shared_ptr<VolumeSpeed> mSpeed;
     const std::shared_ptr<ReadingLane> mLane;
     const std::shared_ptr<AnswerWatch> mAnswerWatch;
-    Receiver mReceiver;
+    const Receiver mReceiver;
     std::mutex mMutex;
     /// The newest at the back.
     std::vector<Question> mWaiting;

@@ -1,5 +1,6 @@
 #include "desk/files/FileFailure.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -13,11 +14,15 @@ namespace desk {
 
 namespace {
 
-/// The user knows no temporary of ours: its folder is what cannot be written to.
+/// The user knows no temporary of ours, nor what is in it: its folder is what cannot be written to.
 host::UTF16String KnownPath(const host::UTF16String& path) {
-    return IsHiddenName(host::UTF16to8(host::PathUtils::GetFullFilePart(path)), ItemKind::File)
-               ? host::PathUtils::RemoveTrailingSlash(host::PathUtils::GetFullDirectoryPart(path))
-               : path;
+    for (std::size_t slash = path.find(u'/'); slash != host::UTF16String::npos;) {
+        const std::size_t end = path.find(u'/', slash + 1);
+        const std::string name = host::UTF16to8(path.substr(slash + 1, end - slash - 1));
+        if (IsHiddenName(name, ItemKind::File)) return path.substr(0, std::max<std::size_t>(slash, 1));
+        slash = end;
+    }
+    return path;
 }
 
 void Tell(const char* key, const host::UTF16String& path, const host::FileException& exception) {
@@ -41,9 +46,9 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
             return host::ZString("$$$/Vantor/Desk/Files/Busy=“@0” is in use or was changed meanwhile.",
                                  {host::PathUtils::GetFullFilePart(exception.Path())});
         default:
-            return host::ZString(
-                "$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
-                {host::UTF8to16(std::generic_category().message(exception.SystemError())), KnownPath(exception.Path())});
+            return host::ZString("$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
+                                 {host::UTF8to16(std::generic_category().message(exception.SystemError())),
+                                  KnownPath(exception.Path())});
     }
 }
 

@@ -9,6 +9,7 @@
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
 #include "desk/files/ChangeCollector.h"
+#include "desk/files/DirectoryMonitor.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderFollower.h"
 #include "desk/files/FolderPath.h"
@@ -97,8 +98,10 @@ Search::~Search() {
 }
 
 void Search::StartWalk() {
+    desk::FolderStore* store = desk::GetServices().mFolderStore;
     mWalk = std::make_shared<desk::FolderWalk>(
-        desk::FolderWalk::Parameters{mParameters.mExtensions, mParameters.mFilter},
+        desk::FolderWalk::Parameters{mParameters.mExtensions, mParameters.mFilter, true,
+                                     store ? store->GetMonitor().GetAnswerWatch() : nullptr},
         WhileAlive([this](desk::FolderWalk::Result result) { FinishWalk(std::move(result)); }));
     mWalk->Start(mRoot);
 }

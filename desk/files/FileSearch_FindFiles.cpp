@@ -12,7 +12,7 @@ UTF16StringVec FileSearch::FindFiles(const UTF16String& root, const UTF16String&
     desk::RunLongWork(
         ZString("$$$/Vantor/Desk/Files/Searching=Searching “@0”", {PathUtils::GetFullFilePart(root)}),
         [&](desk::WorkProgress& progress) {
-            desk::FolderWalk walk({{extension}, nullptr, false}, nullptr);
+            desk::FolderWalk walk({{extension}, nullptr, false, nullptr}, nullptr);
             found = walk.Run(root, progress).mPaths;
         });
     return found;

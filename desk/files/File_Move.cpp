@@ -105,8 +105,9 @@ private:
         if (!mMove->mLeftBehind.empty())
             desk::TellUser(
                 ZString("$$$/Vantor/Desk/Files/LeftBehind=“@0” was moved, but a part of it also stands where "
-                        "it was: @1",
-                        {PathUtils::GetFullFilePart(mSource), UTF8to16(mMove->mLeftBehind)}));
+                        "it was. @1",
+                        {PathUtils::GetFullFilePart(mSource),
+                         desk::DescribeReason({"remove", UTF8to16(mMove->mLeftBehind), mMove->mSystemError})}));
         return 0;
     }
 

@@ -13,15 +13,23 @@ std::unique_ptr<FolderStore> CreateFolderStore(std::unique_ptr<ChangeSource> sou
     return std::make_unique<FolderStoreImpl>(source ? std::move(source) : CreateInotifySource());
 }
 
-FolderStoreImpl::FolderStoreImpl(std::unique_ptr<ChangeSource> source)
-    : mMonitor(std::move(source), *this),
-      mFactReader(std::make_shared<FactReader>(
-          mSpeed, mLane, mMonitor.GetAnswerWatch(),
-          [this](std::vector<FactReader::Answer> answers) { TakeFacts(std::move(answers)); })) {}
+FolderStoreImpl::FolderStoreImpl(std::unique_ptr<ChangeSource> source) : mMonitor(std::move(source), *this) {
+    MakeLane();
+}
 
 FolderStoreImpl::~FolderStoreImpl() {
-    mFactReader->Stop();
     if (mHolderTimer != 0) GetServices().mMainThread->StopTimer(mHolderTimer);
+}
+
+/// What another production's volume leaves unanswered keeps its places in the lane that it was asked by.
+void FolderStoreImpl::MakeLane() {
+    mSpeed = std::make_shared<VolumeSpeed>();
+    mLane = std::make_shared<ReadingLane>();
+    mFactReader = std::make_shared<FactReader>(
+        mSpeed, mLane, mMonitor.GetAnswerWatch(),
+        [this, token = std::weak_ptr(mToken)](std::vector<FactReader::Answer> answers) {
+            if (!token.expired()) TakeFacts(std::move(answers));
+        });
 }
 
 void FolderStoreImpl::RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) {

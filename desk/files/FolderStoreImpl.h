@@ -92,6 +92,7 @@ private:
     void OnFollowingEnded(const host::UTF16String& path) override;
 
     // Folders and items.
+    void MakeLane();
     Folder* FindFolder(std::u16string_view path) const;
     FolderPtr FindFolderPtr(std::u16string_view path) const;
     bool IsCurrent(const FolderPtr& folder) const;
@@ -134,8 +135,8 @@ private:
     std::map<host::UTF16String, FolderPtr, std::less<>> mFolders;
     /// The folder that was looked up last.
     mutable Folder* mLast = nullptr;
-    std::shared_ptr<VolumeSpeed> mSpeed = std::make_shared<VolumeSpeed>();
-    std::shared_ptr<ReadingLane> mLane = std::make_shared<ReadingLane>();
+    std::shared_ptr<VolumeSpeed> mSpeed;
+    std::shared_ptr<ReadingLane> mLane;
     DirectoryMonitor mMonitor;
     std::shared_ptr<FactReader> mFactReader;
     /// Asked for in this turn of the event loop.

@@ -23,6 +23,8 @@ void FolderStoreImpl::OnFolderChanged(const host::UTF16String& path, FolderChang
 }
 
 void FolderStoreImpl::OnRootMonitored(const host::UTF16String& root) {
+    SendQuestions();
+    MakeLane();
     for (const auto& [path, folder] : mFolders) {
         if (!folder->mItems || folder->mIsFollowed || !mMonitor.IsMonitored(path) || !IsSameOrBelow(path, root))
             continue;

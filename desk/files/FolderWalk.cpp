@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <utility>
 
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
 #include "desk/core/WorkProgress.h"
-#include "desk/core/WorkerPool.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/SharedWork.h"
@@ -67,7 +67,7 @@ void FolderWalk::SubmitFolder(const host::UTF16String& path) {
     }
     ++mFoldersLeft;
     // Behind what waits already: a long walk must not hold up listings and polls.
-    GetServices().mWorkerPool->SubmitLast([self = shared_from_this(), path] {
+    mLane->SubmitLast([self = shared_from_this(), path] {
         if (!self->mIsCancelled) self->SearchFolder(path);
         if (--self->mFoldersLeft == 0) self->Finish();
     });
@@ -87,6 +87,8 @@ void FolderWalk::SearchFolder(const host::UTF16String& folder) {
 }
 
 bool FolderWalk::ListFolder(const host::UTF16String& folder, std::vector<FolderEntry>& entries) {
+    std::optional<AnswerWatch::Call> call;
+    if (mParameters.mAnswerWatch) call.emplace(mParameters.mAnswerWatch, std::make_shared<FolderPath>(folder));
     try {
         entries = GetServices().mFileSystem->ListFolder(host::UTF16to8(folder));
         return true;

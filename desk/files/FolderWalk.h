@@ -8,16 +8,19 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/files/AnswerWatch.h"
 #include "desk/files/FileSystem.h"
+#include "desk/files/ReadingLane.h"
 #include "host/core/Strings.h"
 
 namespace desk {
 
 class WorkProgress;
 
-/// Finds the files with certain extensions, and the folders, below a root: one task of the worker pool for
-/// each folder, behind what waits already. Symbolic links to folders are found but not entered; hidden folders
-/// and the host's own files are left out. UI thread, but for what its workers do inside.
+/// Finds the files with certain extensions, and the folders, below a root: one task for each folder, behind
+/// what waits already, in a lane of its own, so that a volume that stands still never gets all workers.
+/// Symbolic links to folders are found but not entered; hidden folders and the host's own files are left out.
+/// UI thread, but for what its workers do inside.
 class FolderWalk : public std::enable_shared_from_this<FolderWalk> {
 public:
     struct Parameters {
@@ -27,6 +30,8 @@ public:
         std::function<bool(const host::UTF16String& path)> mFilter;
         /// Folders are results too, not only looked into.
         bool mFindsFolders = true;
+        /// Is told of the calls to the volume; may be null.
+        std::shared_ptr<AnswerWatch> mAnswerWatch;
     };
     struct UnreadableFolder {
         host::UTF16String mPath;
@@ -66,6 +71,7 @@ private:
 
     const Parameters mParameters;
     Completion mCompletion;
+    const std::shared_ptr<ReadingLane> mLane = std::make_shared<ReadingLane>();
     host::UTF16String mRoot;
     std::atomic<bool> mIsCancelled = false;
     std::atomic<std::size_t> mFoldersLeft = 0;

@@ -78,6 +78,8 @@ public:
 
 private:
     void ThrowIfNotMovable() const {
+        if (mTree.IsFolder() && IsSameOrBelow(mDestination, mSource))
+            ThrowFileException("move into itself", mSource, EINVAL);
         if (!mTree.mOthers.empty())
             ThrowFileException("move to another volume", mTree.PathOf(mTree.mOthers.front()), EINVAL);
         for (const TreeItem& folder : mTree.mFolders) Disk().TryToChangeFolder(mTree.PathOf(folder));

@@ -82,9 +82,9 @@ void FaultyFileSystem::CloseGate(Operation operation, const std::string& path) {
     mGate = Gate{operation, path};
 }
 
-bool FaultyFileSystem::WaitAtGate() {
+bool FaultyFileSystem::WaitAtGate(int calls) {
     std::unique_lock lock(mMutex);
-    return mGateChanged.wait_for(lock, std::chrono::seconds(20), [this] { return mWaiting > 0; });
+    return mGateChanged.wait_for(lock, std::chrono::seconds(20), [&] { return mWaiting >= calls; });
 }
 
 void FaultyFileSystem::OpenGate() {
@@ -140,7 +140,10 @@ void FaultyFileSystem::LoseReply(const std::string& path, int error) {
 
 void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation operation,
                                 const std::string& path) {
-    auto isClosed = [&] { return mGate && mGate->mOperation == operation && IsAtOrBelow(path, mGate->mPath); };
+    const auto isMeant = [&](Operation meant) { return meant == operation || meant == Operation::Any; };
+    const auto isClosed = [&] {
+        return mGate && isMeant(mGate->mOperation) && IsAtOrBelow(path, mGate->mPath);
+    };
     if (!isClosed()) return;
     ++mWaiting;
     mGateChanged.notify_all();

@@ -70,8 +70,8 @@ public:
 
     /// Calls of `operation` at and below `path` stop at the gate until `OpenGate`.
     void CloseGate(Operation operation, const std::string& path);
-    /// Waits until a call stands at the closed gate; false when none has come within 20 s.
-    bool WaitAtGate();
+    /// Waits until so many calls stand at the closed gate; false when they have not come within 20 s.
+    bool WaitAtGate(int calls = 1);
     void OpenGate();
 
     /// Calls of `operation` since the beginning or the last `ResetCounts`, those that failed too.

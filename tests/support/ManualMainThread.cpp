@@ -84,6 +84,13 @@ void ManualMainThread::AdvanceAlone(milliseconds time) {
     mIsAlone = false;
 }
 
+bool ManualMainThread::AdvanceAloneUntil(const std::function<bool()>& isDone) {
+    mIsAlone = true;
+    const bool isReached = RunUntil([&] { return Advance(std::chrono::seconds(1)), isDone(); });
+    mIsAlone = false;
+    return isReached;
+}
+
 bool ManualMainThread::RunUntil(const std::function<bool()>& isDone, milliseconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;
     for (;;) {

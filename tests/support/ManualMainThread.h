@@ -25,6 +25,8 @@ public:
     void Advance(std::chrono::milliseconds time);
     /// The same while a worker stands still: does not wait for the workers.
     void AdvanceAlone(std::chrono::milliseconds time);
+    /// The same, second by second, until `isDone`; false when that has not happened within 20 s of real time.
+    bool AdvanceAloneUntil(const std::function<bool()>& isDone);
     /// Runs whatever comes, also from other threads and the system, until `isDone`; false when that has not
     /// happened within `limit` of real time. The clock of this main thread stands still meanwhile.
     bool RunUntil(const std::function<bool()>& isDone,

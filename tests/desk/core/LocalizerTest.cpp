@@ -19,26 +19,22 @@ protected:
 
 }  // namespace
 
-TEST_F(LocalizerTest, TakesKeysApart) {
-    const auto parse = [](std::string_view key) {
-        const desk::LocalizationKey parsed = desk::ParseLocalizationKey(key);
-        return std::string(parsed.mName) + '|' + parsed.mDefault;
-    };
-    EXPECT_EQ(parse("$$$/A/B=a=b"), "$$$/A/B|a=b");
-    EXPECT_EQ(parse("$$$/A/B=Production: #{the name = follows}"), "$$$/A/B|Production: ");
-    EXPECT_EQ(parse("$$$/A/B=#{one}Te#{two}xt #1 {x}#{cut"), "$$$/A/B|Text #1 {x}");
-    EXPECT_EQ(parse("$$$/A/B="), "$$$/A/B|");
-    EXPECT_EQ(parse("$$$/A/B"), "$$$/A/B|$$$/A/B");
-    EXPECT_EQ(parse("Reel=1#{2}"), "|Reel=1#{2}");
-}
-
-TEST_F(LocalizerTest, ReplacesPlaceholdersOnceAndInAnyOrder) {
+TEST_F(LocalizerTest, AKeysDefaultShowsWithoutCommentsAndWithItsArguments) {
     desk::SetLanguage("en", {});
-    EXPECT_EQ(ZString("$$$/T/A=@0 of @1", {u"1", u"2"}), u"1 of 2");
-    EXPECT_EQ(ZString("$$$/T/B=@1 @0 @1", {u"@1", u"@0"}), u"@0 @1 @0") << "arguments are not searched";
-    EXPECT_EQ(ZString("$$$/T/C=a@b.c @ @2 @10 @99999999999999999999@", {u"x", u"y"}),
-              u"a@b.c @ @2 @10 @99999999999999999999@");
-    EXPECT_EQ(ZString("no key @0", {u"x"}), u"no key x");
+    const struct {
+        const char* mKey;
+        const char16_t* mText;
+    } cases[] = {
+        {"$$$/A/B=a=b", u"a=b"},
+        {"$$$/A/C=Production: #{the name = follows}", u"Production: "},
+        {"$$$/A/D=#{one}Te#{two}xt #1 {x}#{cut", u"Text #1 {x}"},
+        {"$$$/A/E=", u""},
+        {"$$$/A/F", u"$$$/A/F"},
+        {"no key=1#{2} @0", u"no key=1#{2} @1"},
+        {"$$$/A/G=@0 of @1", u"@1 of @0"},  // arguments are not searched
+        {"$$$/A/H=a@b.c @ @2 @10 @99999999999999999999@", u"a@b.c @ @2 @10 @99999999999999999999@"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(ZString(c.mKey, {u"@1", u"@0"}), c.mText) << c.mKey;
 }
 
 TEST_F(LocalizerTest, LanguagesAndTheirCountries) {

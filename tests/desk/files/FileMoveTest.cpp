@@ -116,6 +116,7 @@ TEST_F(FileMoveTest, LocksInAMovedFolderStayOursOnAnyVolume) {
 
 TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     mFolder.Write("Day 2/taken");
+    mFolder.MakeFolder("Day 1/sub");
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
     {
         ExpectLogged told("“Reel 1.zuproj” was not moved. Something with that name is there already.");
@@ -131,7 +132,19 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
         EXPECT_LT(Move("gone", "Day 2/gone"), 0);
     }
     EXPECT_EQ(TakeSnapshot(mFolder.Path()), before);
+    mDisk.SetVolumes(true);
+    {
+        ExpectLogged told("“Day 1” was not moved. Permission denied (" + mFolder.Path("Day 2") + ")");
+        mDisk.Fail(Operation::CreateFolder, 2, EACCES);
+        EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EACCES) << "below the hidden part";
+    }
+    EXPECT_EQ(NamesIn("Day 2"), Names{"taken"});
     EXPECT_TRUE(mMoves.empty());
+    const ExpectLogged told(
+        "“Day 1” was moved, but a part of it also stands where it was. Permission denied (" +
+        mFolder.Path("Day 1/sub") + ")");
+    mDisk.Fail(Operation::RemoveFromTree, 2, EACCES);
+    EXPECT_EQ(Move("Day 1", "Day 2/Day 1"), 0);
 }
 
 TEST_F(FileMoveTest, GoesFromOneRealVolumeToAnother) {

@@ -71,14 +71,27 @@ TEST_F(FileTest, OfAListedFolderNothingWaitsForTheDisk) {
     EXPECT_EQ(CountAsked(), 0);
 }
 
-TEST_F(FileTest, AFileThatTheListingLeavesOutIsAskedOfTheDisk) {
+TEST_F(FileTest, WhatNoListingTellsIsAskedOfTheDisk) {
+    using namespace host::PathUtils;
     mFolder.Write("notes.txt", "123");
     mFolder.MakeFolder(".hidden");
-    UseFakeSource();
-    Monitor();
-    List();
-    EXPECT_EQ(File(Path("notes.txt")).Size(), 3u);
-    EXPECT_TRUE(host::PathUtils::ExistsOnDisk(Path("notes.txt"), true));
-    EXPECT_TRUE(host::PathUtils::IsDirectory(Path(".hidden")));
-    EXPECT_FALSE(host::PathUtils::ExistsOnDisk(Path("gone.txt"), true));
+    symlink(".hidden", mFolder.Path("link").c_str());
+    symlink("nowhere", mFolder.Path("broken").c_str());
+    for (const bool isListed : {false, true}) {
+        if (isListed) {
+            UseFakeSource();
+            Monitor();
+            List();
+        }
+        EXPECT_EQ(File(Path("notes.txt")).Size(), 3u);
+        EXPECT_TRUE(ExistsOnDisk(Path("notes.txt"), true));
+        EXPECT_FALSE(ExistsOnDisk(Path("gone.txt"), true));
+        EXPECT_TRUE(IsDirectory(Path(".hidden")));
+        EXPECT_TRUE(IsDirectory(Path("link")));
+        EXPECT_FALSE(IsDirectory(Path("notes.txt")));
+        EXPECT_TRUE(ExistsOnDisk(Path("broken"), false));
+        EXPECT_FALSE(ExistsOnDisk(Path("broken"), true));
+    }
+    mDisk.SetGone(true);
+    EXPECT_FALSE(IsDirectory(Path(".hidden")));
 }

@@ -9,6 +9,7 @@
 #include "desk/files/ChangeCollector.h"
 #include "desk/files/DirectoryMonitor.h"
 #include "desk/files/FolderStore.h"
+#include "desk/files/WatchStatus.h"
 #include "host/core/Messaging.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "tests/support/FakeChangeSource.h"
@@ -20,8 +21,12 @@ class FollowedFolder : public HostFixture, public host::Listener {
 protected:
     using Extent = host::ContentDelivery::Extent;
 
-    FollowedFolder() { host::AddListener(host::kStation_DirectoryChanges, this); }
+    FollowedFolder() {
+        host::AddListener(host::kStation_DirectoryChanges, this);
+        host::AddListener(desk::kStation_WatchStatus, this);
+    }
     ~FollowedFolder() override {
+        host::RemoveListener(desk::kStation_WatchStatus, this);
         host::RemoveListener(host::kStation_DirectoryChanges, this);
         desk::GetServices().mFolderStore = mStoreBefore;
         mStore.reset();
@@ -69,7 +74,10 @@ protected:
 
     void ListenToMessage(const host::Message& message) override {
         const auto* changed = host::MessageCast<host::DirectoryChangedMessage>(message);
-        if (!changed) return;
+        if (!changed) {
+            ++mStatusChanges;
+            return;
+        }
         ++mAnnouncements;
         if (mAppliesChanges) mStore->RequestChanges(changed->GetPath());
     }
@@ -100,6 +108,7 @@ protected:
     FakeChangeSource* mSource = nullptr;
     bool mAppliesChanges = true;
     int mAnnouncements = 0;
+    int mStatusChanges = 0;
     /// All deliveries, and how many items each brought.
     std::vector<desk::FolderStore::Delivery> mDeliveries;
 

@@ -141,7 +141,7 @@ TEST_F(ItemCopierTest, CopiesTakePermissionsTimesLinksAndEveryNameAlong) {
     EXPECT_EQ(Copy("from/item", "to/" + longest + "n"), ENAMETOOLONG);
     EXPECT_EQ(Copy("gone", "to/gone"), ENOENT);
     EXPECT_EQ(Copy("from/item", "from/item/sub/copy"), EINVAL) << "into itself";
-    EXPECT_EQ(Do(kMove, mFrom, mFrom + "/sub/copy"), EINVAL);
+    for (const Deed& deed : {kMove, kMoveAcross}) EXPECT_EQ(Do(deed, mFrom, mFrom + "/sub/copy"), EINVAL);
     EXPECT_EQ(NamesIn("to"), (Names{longest, "link"}));
 }
 

@@ -1,12 +1,8 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "host/files/PathUtils.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/TemporaryFolder.h"
 
 using namespace host::PathUtils;
-using host::UTF16String;
 
 namespace {
 
@@ -46,21 +42,4 @@ TEST(PathUtils, PathsAreTakenApartAndPutTogether) {
     EXPECT_EQ(GetFilePart(u"/a/.zuproj"), u".zuproj");
     EXPECT_EQ(GetFullFilePart(u"/a/"), u"");
     EXPECT_EQ(GetFullDirectoryPart(u"b"), u"");
-}
-
-TEST(PathUtils, TheDiskIsAskedWhereNothingIsKnown) {
-    TemporaryFolder folder;
-    FaultyFileSystem disk;
-    folder.MakeFolder("folder");
-    folder.Write("file");
-    symlink("folder", folder.Path("link").c_str());
-    symlink("nowhere", folder.Path("broken").c_str());
-    EXPECT_TRUE(IsDirectory(folder.PathUTF16("folder")));
-    EXPECT_TRUE(IsDirectory(folder.PathUTF16("link")));
-    EXPECT_FALSE(IsDirectory(folder.PathUTF16("file")));
-    EXPECT_TRUE(ExistsOnDisk(folder.PathUTF16("file"), true));
-    EXPECT_TRUE(ExistsOnDisk(folder.PathUTF16("broken"), false));
-    EXPECT_FALSE(ExistsOnDisk(folder.PathUTF16("broken"), true));
-    disk.SetGone(true);
-    EXPECT_FALSE(IsDirectory(folder.PathUTF16("folder")));
 }
