@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 #include "desk/core/JsonFile.h"
 #include "desk/core/Log.h"
@@ -32,17 +33,17 @@ ParsedDebugDatabase Numbers(const JsonFile& file) {
     return parsed;
 }
 
-void Apply(const std::string& path, const JsonFile& file) {
-    if (file.mState == JsonFile::State::Broken || file.mState == JsonFile::State::Unreadable) {
-        Log(LogLevel::Warning,
-            "The debug database \"" + path + "\" was not read, its entries stay: " + file.mReason);
-        return;
-    }
+/// Returns what is wrong with the file, a warning each.
+std::vector<std::string> Apply(const std::string& path, const JsonFile& file) {
+    if (file.mState == JsonFile::State::Broken || file.mState == JsonFile::State::Unreadable)
+        return {"The debug database \"" + path + "\" was not read, its entries stay: " + file.mReason};
     ParsedDebugDatabase parsed = Numbers(file);
+    std::vector<std::string> problems;
     for (const std::string& key : parsed.mIgnored)
-        Log(LogLevel::Warning,
-            "The debug database \"" + path + "\": \"" + key + "\" is ignored, it is not a number");
+        problems.push_back("The debug database \"" + path + "\": \"" + key +
+                           "\" is ignored, it is not a number");
     SetDebugDatabaseEntries(std::move(*parsed.mEntries));
+    return problems;
 }
 
 }  // namespace
@@ -60,11 +61,14 @@ struct DebugDatabaseFile::Watch : std::enable_shared_from_this<Watch> {
     bool mIsWaiting = false;
     /// Counts the readings begun: of two under way, the later one counts.
     unsigned mReading = 0;
+    /// The profile changes often, and the file is read again each time: what is wrong with it is told once.
+    std::vector<std::string> mProblems;
 
     void Begin();
     void AddPaths();
     void OnChanged();
     void Read();
+    void Take(const JsonFile& file);
 };
 
 void DebugDatabaseFile::Watch::AddPaths() {
@@ -80,7 +84,14 @@ void DebugDatabaseFile::Watch::Begin() {
     QObject::connect(&mWatcher, &QFileSystemWatcher::fileChanged, changed);
     QObject::connect(&mWatcher, &QFileSystemWatcher::directoryChanged, changed);
     AddPaths();
-    Apply(mPath, ReadJsonFile(mPath));
+    Take(ReadJsonFile(mPath));
+}
+
+void DebugDatabaseFile::Watch::Take(const JsonFile& file) {
+    std::vector<std::string> problems = Apply(mPath, file);
+    if (problems == mProblems) return;
+    mProblems = std::move(problems);
+    for (const std::string& problem : mProblems) Log(LogLevel::Warning, problem);
 }
 
 void DebugDatabaseFile::Watch::OnChanged() {
@@ -98,7 +109,7 @@ void DebugDatabaseFile::Watch::Read() {
     GetServices().mWorkerPool->Submit([weak = weak_from_this(), path = mPath, reading = ++mReading] {
         GetServices().mMainThread->Post([weak, reading, file = ReadJsonFile(path)] {
             const auto self = weak.lock();
-            if (self && self->mReading == reading) Apply(self->mPath, file);
+            if (self && self->mReading == reading) self->Take(file);
         });
     });
 }

@@ -93,6 +93,9 @@ TEST_F(DebugDatabaseTest, OnlyNumbersCountAndTheyAreClamped) {
     mFolder.Write(kName, R"({"large": 1e300, "small": -3000000000, "half": 2.5, "text": "1",
                               "object": {"a": 1}, "Trace.Test": 8})");
     const desk::DebugDatabaseFile file(mFolder.Path());
+    mFolder.Write("a setting that is saved beside it");
+    mMain.Advance(std::chrono::seconds(1));
+    EXPECT_EQ(text.Count(), 1) << "told once";
     const DebugDatabase* database = DebugDatabase::Instance();
     EXPECT_EQ(database->GetEntry("large", 1), 2147483647);
     EXPECT_EQ(database->GetEntry("small", 1), -2147483647 - 1);
