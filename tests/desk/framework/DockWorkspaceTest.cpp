@@ -151,7 +151,7 @@ TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanelsAndABrokenOneGiv
     Open(window, workspace,
          {{QStringLiteral("docks"), QStringLiteral("bm9uc2Vuc2U=")}, {QStringLiteral("closedPanels"), 7}});
     EXPECT_TRUE(IsShown(kOne) && IsShown(kTwo));
-    EXPECT_EQ(window.dockWidgetArea(workspace.FindFrame(kOne)), Qt::LeftDockWidgetArea);
+    EXPECT_EQ(window.tabifiedDockWidgets(workspace.FindFrame(kOne)).size(), 1);
 }
 
 }  // namespace
