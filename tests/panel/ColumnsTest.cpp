@@ -130,7 +130,7 @@ TEST_F(CellsTest, SevenIconsAndTheSameInWords) {
         {"open ours", kZuProductionPanelProjectOpenEditableDecal}};
     for (const auto& [name, decal] : expected) EXPECT_EQ(Icon(name), PictureOf(decal)) << name;
     dynamic_cast<TestProject&>(*ours).mIsDirty = true;
-    DirectoryView().UpdateOpenRows();
+    desk::OpenProjectList::Instance().AnnounceReadOnlyState(ours);
     EXPECT_EQ(Label("open ours").GetValue(), u"open ours •");
     EXPECT_EQ(Label("open locked").GetFontStyle(), "Italic");
     EXPECT_EQ(Label("open").GetFontStyle(), "");

@@ -18,12 +18,14 @@ protected:
         mDialogs.ExpectText("New Folder", name);
         EXPECT_TRUE(Send(kNewFolder));
     }
-    void DoubleClick(const std::string& name) {
-        const RowRef row = RowOf(name);
-        QModelIndex index = TreeWidget().model()->index(0, 0);
-        while (index.isValid() && index.internalPointer() != row.get()) index = TreeWidget().indexBelow(index);
-        QTest::mouseDClick(TreeWidget().viewport(), Qt::LeftButton, {},
-                           TreeWidget().visualRect(index).center());
+    void DoubleClick(const std::string& name) { DoubleClick(TreeWidget(), RowOf(name)); }
+    void DoubleClickHit(const std::string& path) {
+        DoubleClick(SearchTreeWidget(), SearchView().GetRowFromPath(PathOf(path)));
+    }
+    void DoubleClick(QTreeView& tree, const RowRef& row) {
+        QModelIndex index = tree.model()->index(0, 0);
+        while (index.isValid() && index.internalPointer() != row.get()) index = tree.indexBelow(index);
+        QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, tree.visualRect(index).center());
         Settle();
     }
 
@@ -233,6 +235,11 @@ TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
     ASSERT_TRUE(Shows([&] {
         return ShownHits() == Rows{"Other", "  Day 1", "    Take 2", "Reels", "  Take 1"};
     }));
+    DoubleClickHit("Reels/Take 1.zuproj");
+    EXPECT_TRUE(IsOpen("Reels/Take 1"));
+    DoubleClickHit("Other/Day 1");
+    EXPECT_EQ(ShownHits(), (Rows{"Other", "  Day 1", "Reels", "  Take 1"}));
+    DoubleClickHit("Other/Day 1");
     SearchView().SelectRowsByPaths({ProjectPath("Reels/Take 1"), PathOf("Reels"), PathOf("Nowhere")});
     Settle();
     EXPECT_EQ(SearchView().GetSelectedNonRedundantPaths(), UTF16StringVec{PathOf("Reels")});

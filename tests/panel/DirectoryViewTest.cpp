@@ -1,5 +1,6 @@
 #include <QTest>
 
+#include "desk/files/DirectoryMonitor.h"
 #include "tests/panel/PanelFixture.h"
 
 namespace HandlerSharedProjects {
@@ -130,6 +131,8 @@ TEST_F(DirectoryViewTest, ClosingAProductionEmptiesTheTreeAndAnotherShowsOnlyIts
     OpenProduction("South Shore");
     EXPECT_EQ(ShownRows(), Rows{"Other"});
     EXPECT_EQ(Title(), "Production: South Shore");
+    EXPECT_TRUE(mStore->GetMonitor().IsMonitored(PathOf("Reels")));
+    EXPECT_FALSE(mStore->GetMonitor().IsMonitored(mFolder.PathUTF16("North Shore/Rushes")));
 
     // The old production's changes do not show; the new one's do.
     mFolder.Write("North Shore/Late.zuproj");

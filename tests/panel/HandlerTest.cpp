@@ -45,6 +45,11 @@ TEST_F(HandlerTest, AProductionThatOpensBringsThePanelForward) {
     EXPECT_FALSE(workspace.FindFrame(id)->isVisible());
     desk::OpenProjectList::Instance().Remove(second);
     EXPECT_TRUE(workspace.FindFrame(id)->isVisible());
+    const auto third = OpenProject("Reel 3");
+    desk::Production::Instance().Close();
+    workspace.FindFrame(id)->hide();
+    desk::OpenProjectList::Instance().Remove(third);
+    EXPECT_FALSE(workspace.FindFrame(id)->isVisible()) << "there is no production to go on with";
 }
 
 }  // namespace HandlerSharedProjects

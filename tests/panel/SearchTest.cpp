@@ -1,3 +1,4 @@
+#include <QHeaderView>
 #include <QTest>
 
 #include "desk/toolkit/TreeImpl.h"
@@ -61,13 +62,15 @@ TEST_F(SearchTest, DeletingTheTextReturnsToTheTreeWithTheColumnsAsSetMeanwhile) 
     EXPECT_EQ(hits->GetIndexOfColumn(Columns::kSizeColumnID), 1);
     EXPECT_EQ(hits->GetColumnWidth(Columns::kNameColumnID), 333);
     EXPECT_EQ(ShownHits().front(), "Sound");
-    hits->SetColumnWidth(Columns::kSizeColumnID, 77);
+    SearchTreeWidget().header()->resizeSection(4, 77);
     hits->SetSortColumn(Columns::kLockedColumnID);
     TypeSearch(QStringLiteral("a"));
     TypeSearch({});
     EXPECT_EQ(ShownHits(), Rows{});
     EXPECT_TRUE(TreeWidget().isVisible());
     EXPECT_EQ(directory->GetColumnWidth(Columns::kSizeColumnID), 77);
+    Send(30323);
+    EXPECT_FLOAT_EQ(directory->GetColumnWidth(Columns::kSizeColumnID), 77 * 1.45f);
     EXPECT_EQ(directory->GetSortColumn(), Columns::kLockedColumnID);
 }
 

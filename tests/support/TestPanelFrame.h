@@ -18,19 +18,17 @@ public:
 
     host::TabView* GetView() const { return mView; }
     const host::UTF16String& GetTitle() const { return mTitle; }
-    int CountStackedUpdates() const { return mStackedUpdates; }
 
     void Attach(host::TabView& view, QWidget& widget, const host::UTF16String& handlerID) override;
     void Detach() override;
     void SetTitle(const host::UTF16String& title) override { mTitle = title; }
     void Show(bool show) override { mWindow.setVisible(show); }
     void BringToFront(bool takeFocus, bool flash) override;
-    void UpdateStackedDimensions(bool) override { ++mStackedUpdates; }
+    void UpdateStackedDimensions(bool) override {}
 
 private:
     QWidget mWindow;
     QWidget* mWidget = nullptr;
     host::TabView* mView = nullptr;
     host::UTF16String mTitle;
-    int mStackedUpdates = 0;
 };
