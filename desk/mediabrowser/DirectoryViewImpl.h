@@ -23,8 +23,7 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
         desk::NameIndex<Row*> mIndex;
     };
 
-    DirectoryImpl(MediaBrowserDirectoryView& view, ProjectRef project,
-                  std::shared_ptr<MediaBrowserContentManager> contentManager);
+    DirectoryImpl(MediaBrowserDirectoryView& view, std::shared_ptr<MediaBrowserContentManager> contentManager);
     ~DirectoryImpl();
 
     /// Those that the base answers; derived views set the others.
@@ -55,12 +54,10 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     void Create(Row* parent, const std::vector<std::u16string_view>& names);
     void Remove(const RowVec& rows);
     void ListAgainOrMark(const UTF16String& path);
-    void RefreshStale();
     void OpenStateChanged(Row& row, bool open);
     void DropFactsOfRowsScrolledAway();
 
     MediaBrowserDirectoryView& mView;
-    ProjectRef mProject;
     std::shared_ptr<MediaBrowserContentManager> mContentManager;
     RefPtr<MediaBrowserMultiColumnTree> mTree;
     StationID mStation;

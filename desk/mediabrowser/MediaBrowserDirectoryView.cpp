@@ -1,11 +1,15 @@
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
 
+#include <QHeaderView>
+#include <QTreeView>
+#include <cmath>
 #include <string>
 #include <utility>
 
 #include "desk/mediabrowser/ContentManagerImpl.h"
 #include "desk/mediabrowser/DirectorySelection.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
+#include "desk/toolkit/TreeAccess.h"
 #include "host/files/DirectoryChangeMonitor.h"
 
 namespace host {
@@ -34,10 +38,8 @@ SharedFunction<Result(Arguments...)> Guard(const std::shared_ptr<int>& token, Fu
 }  // namespace
 
 MediaBrowserDirectoryView::DirectoryImpl::DirectoryImpl(
-    MediaBrowserDirectoryView& view, ProjectRef project,
-    std::shared_ptr<MediaBrowserContentManager> contentManager)
+    MediaBrowserDirectoryView& view, std::shared_ptr<MediaBrowserContentManager> contentManager)
     : mView(view),
-      mProject(std::move(project)),
       mContentManager(std::move(contentManager)),
       mTree(new MediaBrowserMultiColumnTree(0, kIndentation)),
       mStation(MakeStation()) {
@@ -90,9 +92,9 @@ void MediaBrowserDirectoryView::DirectoryImpl::ClearCallbacks() {
     mTree->SetRowSelectionColorCallback({});
 }
 
-MediaBrowserDirectoryView::MediaBrowserDirectoryView(ProjectRef project,
+MediaBrowserDirectoryView::MediaBrowserDirectoryView(ProjectRef,
                                                      std::shared_ptr<MediaBrowserContentManager> contentManager)
-    : mDirectoryImpl(std::make_unique<DirectoryImpl>(*this, std::move(project), std::move(contentManager))) {
+    : mDirectoryImpl(std::make_unique<DirectoryImpl>(*this, std::move(contentManager))) {
     AddChild(mDirectoryImpl->mTree);
     AddListener(kStation_DirectoryChanges, this);
 }
@@ -125,8 +127,9 @@ void MediaBrowserDirectoryView::ToggleRow(const RowRef& row) {
 }
 
 float MediaBrowserDirectoryView::GetExactOpenedHeight() const {
-    constexpr std::size_t kHeader = 1;
-    return GetTree()->GetRowHeight() * static_cast<float>(GetTree()->CountOpenedRows() + kHeader);
+    const int header = desk::GetTreeWidget(*GetTree())->header()->height();
+    return static_cast<float>(header) +
+           std::round(GetTree()->GetRowHeight()) * static_cast<float>(GetTree()->CountOpenedRows());
 }
 
 void MediaBrowserDirectoryView::ListenToMessage(const Message& message) {

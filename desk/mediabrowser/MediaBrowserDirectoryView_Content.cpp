@@ -75,8 +75,9 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
 
 /// Whoever fills the tree says what an empty one means; nobody else can say why it could not be filled.
 void DirectoryImpl::TellWhyEmpty(int systemError) {
-    mTree->SetEmptyText(ZString("$$$/Vantor/Desk/MediaBrowser/FolderCannotBeRead=This folder cannot be read: @0",
-                                {UTF8to16(std::generic_category().message(systemError))}));
+    mTree->SetEmptyText(
+        ZString("$$$/Vantor/Desk/MediaBrowser/FolderCannotBeRead=The folder “@0” cannot be read: @1",
+                {PathUtils::GetFullFilePart(mRoot), UTF8to16(std::generic_category().message(systemError))}));
 }
 
 /// In the order in which they mostly show, so that the tree finds them sorted.

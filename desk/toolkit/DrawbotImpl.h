@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QColor>
-#include <algorithm>
 
 #include "host/toolkit/Drawbot.h"
 

@@ -55,7 +55,6 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void Realize(QWidget& parent) override;
     void Unrealize() override;
     void ApplyToWidget() override;
-    void SetShown(bool shown) override;
     void Paint(const desk::LightPaint&) override {}
 
     /// Runs a member later in the same turn of the event loop, once however often it is asked for meanwhile.

@@ -71,6 +71,9 @@ private:
     void ToggleByUser(Row& row, bool open);
     void OpenAllBelow(Row& row);
     bool HandleTreeKey(int key, Row& current);
+    /// The row that Return and the menu key mean: the current one if it is selected, else the one that was
+    /// selected last; null when none is.
+    Row* RowForKeyboard() const;
     void SelectByUser(Row& row);
 
     host::UI_MultiColumnTree::TreeImpl& mTree;

@@ -100,8 +100,7 @@ void TreeView::contextMenuEvent(QContextMenuEvent* event) {
     host::RowRef row;
     QPoint point = event->pos();
     if (event->reason() == QContextMenuEvent::Keyboard) {
-        row = mTree.CurrentRow();
-        if (row && !Access::IsSelected(*row)) row = mTree.mSelected.empty() ? nullptr : mTree.mSelected.back();
+        row = RowForKeyboard();
         point = row ? mTree.CellRect(*row, 0, RectOf(row.get())).bottomLeft().toPoint()
                     : viewport()->rect().center();
     } else {
@@ -110,6 +109,12 @@ void TreeView::contextMenuEvent(QContextMenuEvent* event) {
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
     const QPoint inTree = viewport()->mapTo(this, point);
     event->setAccepted(Call(mTree.mCallbacks.mContextMenu, row, ToPoint(inTree)));
+}
+
+Row* TreeView::RowForKeyboard() const {
+    Row* current = mTree.CurrentRow();
+    if (current && Access::IsSelected(*current)) return current;
+    return mTree.mSelected.empty() ? nullptr : mTree.mSelected.back().get();
 }
 
 void TreeView::SelectByUser(Row& row) {
@@ -149,7 +154,8 @@ bool TreeView::HandleTreeKey(int key, Row& current) {
             return true;
         case Qt::Key_Return:
         case Qt::Key_Enter:
-            Call(mTree.mCallbacks.mDoubleClicked, host::RowRef(&current), ToPoint(RectOf(&current).center()));
+            if (const host::RowRef row{RowForKeyboard()})
+                Call(mTree.mCallbacks.mDoubleClicked, row, ToPoint(RectOf(row.get()).center()));
             return true;
         default:
             return false;

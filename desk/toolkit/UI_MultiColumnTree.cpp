@@ -67,10 +67,6 @@ void TreeImpl::ApplyToWidget() {
     mView->setAccessibleName(mAccessibleName);
 }
 
-void TreeImpl::SetShown(bool shown) {
-    ContainerImpl::SetShown(shown);
-}
-
 UI_MultiColumnTree::UI_MultiColumnTree() : UI_MultiColumnTree(std::make_unique<TreeImpl>()) {}
 UI_MultiColumnTree::UI_MultiColumnTree(std::unique_ptr<UI_Node::Impl> impl) : UI_SubView(std::move(impl)) {}
 UI_MultiColumnTree::~UI_MultiColumnTree() = default;

@@ -15,6 +15,13 @@ namespace host {
 
 using Impl = UI_MultiColumnTreeHeaderRow::Impl;
 
+namespace {
+
+/// Widths come from settings files too, and Qt takes none of a million and more.
+constexpr float kMaximumWidth = 10'000;
+
+}  // namespace
+
 int Impl::Find(ColumnID column) const {
     for (std::size_t i = 0; i < mColumns.size(); ++i)
         if (mColumns[i].mID == column) return int(i);
@@ -153,9 +160,9 @@ float UI_MultiColumnTreeHeaderRow::GetColumnWidth(ColumnID column) const {
 
 void UI_MultiColumnTreeHeaderRow::SetColumnWidth(ColumnID column, float width) {
     const int appended = mImpl->Find(column);
-    if (appended < 0) return;
+    if (appended < 0 || std::isnan(width)) return;
     Impl::Column& found = mImpl->mColumns[std::size_t(appended)];
-    found.mWidth = std::max(width, found.mMinimumWidth);
+    found.mWidth = std::max(std::min(width, kMaximumWidth), found.mMinimumWidth);
     mImpl->ApplyWidths();
 }
 

@@ -71,12 +71,6 @@ void UI_Node::UI_SetNodeID(std::string_view id) {
     if (mImpl->mWidget) mImpl->mWidget->setObjectName(desk::ToQStringFromUTF8(id));
 }
 
-const std::string& UI_Node::UI_GetNodeID() const {
-    return mImpl->mID;
-}
-UI_Container* UI_Node::UI_GetParent() const {
-    return mImpl->mParent;
-}
 void UI_Node::UI_SetBounds(const RectT<float>& bounds) {
     mImpl->SetBounds(bounds);
 }

@@ -91,10 +91,6 @@ void UI_StaticText::SetFontSize(float size) {
     ImplOf(*this).ContentChanged();
 }
 
-float UI_StaticText::GetFontSize() const {
-    return ImplOf(*this).mFontSize;
-}
-
 void UI_StaticText::SetFontStyle(std::string_view style) {
     ImplOf(*this).mStyle = style;
     ImplOf(*this).ContentChanged();

@@ -25,7 +25,8 @@ public:
     /// The host library's half of the view.
     struct DirectoryImpl;
 
-    /// `project` may be empty.
+    /// `project`: the project that the view is for; empty for a view of no project's, as a production's is. Shown
+    /// is what the folder holds, whichever it is.
     MediaBrowserDirectoryView(ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager);
     ~MediaBrowserDirectoryView() override;
 

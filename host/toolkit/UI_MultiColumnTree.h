@@ -133,7 +133,7 @@ public:
     /// A right click or the menu key, on a row or on none; `point` in view units of the tree. Returns true
     /// when it was handled.
     void SetRowContextMenuCallback(SharedFunction<bool(const RowRef&, Point point)> callback);
-    /// The user has double-clicked a row, or pressed Return on it.
+    /// The user has double-clicked a row, or pressed Return while it was selected.
     void SetRowDoubleClickedCallback(SharedFunction<void(const RowRef&, Point point)> callback);
     /// A row has been opened or closed, by whatever means.
     void SetRowOpenStateChangedCallback(SharedFunction<void(const RowRef&, bool open)> callback);

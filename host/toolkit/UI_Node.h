@@ -11,8 +11,6 @@
 
 namespace host {
 
-class UI_Container;
-
 /// Base of everything the toolkit shows. A node is light: only nodes that need one have a widget behind
 /// them; the others are painted by what they stand in. UI thread.
 class ZUHOST_API UI_Node : public RefCounted {
@@ -21,12 +19,9 @@ public:
 
     ~UI_Node() override;
 
-    /// A name by which the node is found (UTF-8); also its object name for tests and assistive technology.
+    /// A name by which the node is found (UTF-8): the object name of its widget, for tests and assistive
+    /// technology.
     void UI_SetNodeID(std::string_view id);
-    const std::string& UI_GetNodeID() const;
-
-    /// The container the node stands in, or null. Not owned.
-    UI_Container* UI_GetParent() const;
 
     /// The node's rectangle in its container, in view units. Setting it calls `UI_SizeChanged` with the
     /// rectangle at position 0,0 when the size has changed or was never set.

@@ -18,7 +18,6 @@ public:
     void SetAlignment(UI_Alignment alignment);
     /// Height of the font in view units (pixel size); 0, the default, is the theme's own.
     void SetFontSize(float size);
-    float GetFontSize() const;
     /// "Italic" or "" (upright, the default).
     void SetFontStyle(std::string_view style);
     const std::string& GetFontStyle() const;

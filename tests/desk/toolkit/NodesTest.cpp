@@ -55,7 +55,6 @@ TEST_F(NodesTest, NodesGetWidgetsInAnyNestingAndInAnyOrder) {
     EXPECT_FALSE(label->isVisible());
     view->RemoveChild(inner.get());
     EXPECT_EQ(desk::GetNodeWidget(*text), nullptr);
-    EXPECT_EQ(inner->UI_GetParent(), nullptr);
 }
 
 TEST_F(NodesTest, NodesAndTheirWindowMayGoInEitherOrder) {

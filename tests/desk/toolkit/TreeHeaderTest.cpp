@@ -42,8 +42,10 @@ TEST_F(TreeHeaderTest, ColumnsAreSetWithoutTellingOfItAndTakeTheirCellsAlong) {
     mHeader->SetColumnWidth(kSizeColumn, 123.4f);
     EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 123.4f) << "the width that was set, not a rounded one";
     EXPECT_EQ(View().header()->sectionSize(1), 123);
-    mHeader->SetColumnWidth(kSizeColumn, 3);
+    for (const float width : {3e30f, 3.0f, std::nanf("")}) mHeader->SetColumnWidth(kSizeColumn, width);
     EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 50);
+    mHeader->SetColumnWidth(kDateColumn, 3e30f);
+    EXPECT_EQ(float(View().header()->sectionSize(2)), mHeader->GetColumnWidth(kDateColumn)) << "has an end";
     mHeader->SetColumnWidth(0x3F3F3F3F, 3);
     mHeader->MoveColumn(kDateColumn, 0, true);
     EXPECT_EQ(Order(), (std::vector{kDateColumn, kNameColumn, kSizeColumn}));
