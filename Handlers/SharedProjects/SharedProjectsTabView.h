@@ -87,11 +87,11 @@ public:
     UTF16StringVec GetSelectedPaths() const;
     /// The same without those inside another selected row's folder.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
-    /// Those of them that may be moved to the trash. May wait for the volume. Throws `FileException` when the user
-    /// cancelled looking into a folder.
+    /// Those of them that may be moved to the trash. May wait for the volume. Throws `FileException` when the
+    /// user cancelled looking into a folder.
     UTF16StringVec GetDeleteableSelectedPaths() const;
-    /// Moves the items to the production's trash unless one of them may not go there. May wait for the volume and
-    /// for the user.
+    /// Moves the items to the production's trash unless one of them may not go there. May wait for the volume
+    /// and for the user.
     void TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths);
 
     /// The item whose row is selected, to be renamed, as soon as it is there; empty for none.

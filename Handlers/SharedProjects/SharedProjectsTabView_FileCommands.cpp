@@ -14,7 +14,6 @@
 #include "host/files/Dir.h"
 #include "host/files/FileException.h"
 #include "host/files/FileSearch.h"
-#include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/SystemReveal.h"
 #include "host/framework/Workspace.h"

@@ -86,9 +86,10 @@ bool IsInTrash(const UTF16String& path, bool includeTrashFolder);
 
 /// Copies projects from outside into `destinationFolder`, once the user has agreed, and brings the progress
 /// panel forward. When the first of them is in the production already, the user is told so and nothing happens.
-/// Returns at once, with the paths at which the copies are expected to land; a name that is taken meanwhile gets
-/// another. May wait for the volume and for the user.
-UTF16StringVec AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths, const UTF16String& destinationFolder);
+/// Returns at once, with the paths at which the copies are expected to land; a name that is taken meanwhile
+/// gets another. May wait for the volume and for the user.
+UTF16StringVec AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths,
+                                                   const UTF16String& destinationFolder);
 
 /// Opens the project at `path` with the host's questions; nothing for one in the trash. May wait for the volume
 /// and for the user.
