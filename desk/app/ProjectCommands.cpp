@@ -13,8 +13,8 @@
 #include "desk/framework/MainCommander.h"
 #include "desk/mediabrowser/DirectorySelection.h"
 #include "desk/project/BreakLock.h"
-#include "desk/project/Production.h"
 #include "desk/project/LockRecord.h"
+#include "desk/project/Production.h"
 #include "desk/project/ProjectDocuments.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -61,10 +61,9 @@ bool IsKnownToBeLockedBySomebodyElse(const host::UTF16String& path) {
 void OfferToEdit(const ProjectDocumentRef& document) {
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = host::ZString("$$$/Desk/BreakLock/Title=Break Lock"),
-         .mText = host::ZString(
-             "$$$/Desk/BreakLock/Broken=The lock of “@0” was broken. The project can now "
-             "be switched to read-write.",
-             {host::PathUtils::GetFilePart(document->GetProjectPath())}),
+         .mText = host::ZString("$$$/Desk/BreakLock/Broken=The lock of “@0” was broken. The project can now "
+                                "be switched to read-write.",
+                                {host::PathUtils::GetFilePart(document->GetProjectPath())}),
          .mButtons = {host::ZString("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write"),
                       host::ZString("$$$/Desk/BreakLock/StayReadOnly=Stay Read-Only")},
          .mCancel = 1});
@@ -75,46 +74,60 @@ void OfferToEdit(const ProjectDocumentRef& document) {
         documents->SetProjectReadOnly(document, false);
 }
 
+template <class Status, class Action>
+void Add(int id, Status status, Action action) {
+    MainCommander::Instance().Register(id, status, [action] {
+        if (ProjectDocuments::Instance()) action(*ProjectDocuments::Instance());
+        return true;
+    });
+}
+
 }  // namespace
 
 ProjectCommands::ProjectCommands(const ProjectArea& area) : mArea(area) {
-    MainCommander& commander = MainCommander::Instance();
-    const auto add = [&commander](int id, auto status, auto action) {
-        commander.Register(id, status, [action] {
-            if (ProjectDocuments::Instance()) action(*ProjectDocuments::Instance());
-            return true;
-        });
-    };
+    AddFileCommands();
+    AddCloseCommands();
+    AddLockCommands();
+}
+
+void ProjectCommands::AddFileCommands() {
     const auto whenOpen = [this] { return Enabled(static_cast<bool>(Active())); };
-    const auto whenAnyOpen = [] { return Enabled(!OpenProjectList::Instance().Get().empty()); };
-    add(
+    Add(
         kCommandOpenProject, [] { return Enabled(ProjectDocuments::Instance() != nullptr); },
         [this](ProjectDocuments&) { Open(); });
-    add(
+    Add(
         kCommandSaveProject, [this] { return Enabled(Active() && Active()->IsDirty()); },
         [this](ProjectDocuments& documents) { documents.SaveProject(Active()); });
-    add(
+    Add(
         kCommandSaveAllProjects, [] { return Enabled(IsAnyDirty()); },
         [](ProjectDocuments& documents) { documents.SaveAllProjects(); });
-    add(kCommandSaveProjectAsCopy, whenOpen,
+    Add(kCommandSaveProjectAsCopy, whenOpen,
         [this](ProjectDocuments& documents) { documents.SaveProjectAsCopy(Active()); });
-    add(kCommandReloadProject, whenOpen,
+    Add(kCommandReloadProject, whenOpen,
         [this](ProjectDocuments& documents) { documents.ReloadProject(Active()); });
-    add(kCommandCloseProject, whenOpen,
+    Add(kCommandRevealProject, whenOpen,
+        [this](ProjectDocuments&) { host::RevealAndSelectFile(Active()->GetProjectPath()); });
+}
+
+void ProjectCommands::AddCloseCommands() {
+    Add(
+        kCommandCloseProject, [this] { return Enabled(static_cast<bool>(Active())); },
         [this](ProjectDocuments& documents) { documents.CloseProject(Active(), true); });
-    add(
+    Add(
         kCommandCloseOtherProjects, [] { return Enabled(OpenProjectList::Instance().Get().size() > 1); },
         [this](ProjectDocuments&) { CloseOthers(); });
-    add(kCommandCloseAllProjects, whenAnyOpen,
+    Add(
+        kCommandCloseAllProjects, [] { return Enabled(!OpenProjectList::Instance().Get().empty()); },
         [](ProjectDocuments& documents) { documents.CloseAllProjects(); });
-    add(
+}
+
+void ProjectCommands::AddLockCommands() {
+    Add(
         kCommandToggleReadOnly, [this] { return ToggleStatus(Active()); },
         [this](ProjectDocuments&) { ToggleReadOnly(); });
-    add(
+    Add(
         kCommandBreakLock, [this] { return Enabled(!FindLockedProject().empty()); },
         [this](ProjectDocuments&) { BreakLock(); });
-    add(kCommandRevealProject, whenOpen,
-        [this](ProjectDocuments&) { host::RevealAndSelectFile(Active()->GetProjectPath()); });
 }
 
 ProjectCommands::~ProjectCommands() {

@@ -15,6 +15,9 @@ public:
     ~ProjectCommands();
 
 private:
+    void AddFileCommands();
+    void AddCloseCommands();
+    void AddLockCommands();
     ProjectDocumentRef Active() const;
     void Open() const;
     void CloseOthers() const;
