@@ -2,12 +2,14 @@
 
 #include <QWidget>
 
+#include "host/core/Export.h"
 #include "host/framework/View.h"
 
 namespace desk {
 
-/// The widget of a view: hands painting, size and focus to it. UI thread.
-class ViewWidget : public QWidget {
+/// The widget of a view: hands painting, size and focus to it. Exported with its type, for which the undefined-behaviour
+/// sanitizer asks wherever a pointer to one is made. UI thread.
+class ZUHOST_API ViewWidget : public QWidget {
 public:
     ViewWidget(host::View::Impl& view, QWidget* parent);
     ~ViewWidget() override;
