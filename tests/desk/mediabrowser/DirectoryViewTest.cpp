@@ -1,8 +1,10 @@
 #include <QAbstractItemModelTester>
+#include <QHeaderView>
 #include <QTreeView>
 #include <QWidget>
 
 #include "desk/toolkit/TreeAccess.h"
+#include "desk/toolkit/TreeImpl.h"
 #include "desk/toolkit/WidgetContainer.h"
 #include "host/files/PathUtils.h"
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
@@ -164,10 +166,18 @@ TEST_F(DirectoryViewTest, BringsAFolderUpToDateWhenItShowsAgain) {
     WaitForRows({"Reels", "Reels/B.zuproj", "Reels/Old", "Reels/Old/A.zuproj", "Reels/Old/C.zuproj"});
 }
 
-TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsAndTriesAgain) {
+TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsSaysWhyThereAreNoneAndTriesAgain) {
     mFolder.Write("Reels/A.zuproj");
-    ShowRoot();
     const ExpectLogged log("(faulty)");
+    mDisk.Deny(mFolder.Path(), EACCES);
+    ShowRoot();
+    const std::string name = mFolder.Path().substr(mFolder.Path().rfind('/') + 1);
+    EXPECT_EQ(host::UI_MultiColumnTree::TreeImpl::Of(*mView->GetTree()).mEmptyText.toStdString(),
+              "The folder “" + name + "” cannot be read: Permission denied");
+    mDisk.Allow(mFolder.Path());
+    ShowRoot();
+    EXPECT_EQ(ShownRows(), Names{"Reels"});
+    const int failed = log.Count();
     mDisk.Deny(mFolder.Path("Reels"), EIO);
     Open("Reels");
     EXPECT_EQ(ShownRows(), Names{"Reels"});
@@ -179,7 +189,10 @@ TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsAndTriesAgain) {
     mView->RefreshDirectoryContent(Row("Reels"));
     Settle();
     EXPECT_EQ(ShownRows(), (Names{"Reels", "Reels/A.zuproj"}));
-    EXPECT_EQ(log.Count(), 2);
+    EXPECT_EQ(log.Count(), failed + 2);
+    mView->GetTree()->SetRowHeight(69.6f);
+    QTreeView& tree = *desk::GetTreeWidget(*mView->GetTree());
+    EXPECT_EQ(mView->GetExactOpenedHeight(), float(tree.header()->height() + 2 * 70)) << "in whole pixels";
 }
 
 TEST_F(DirectoryViewTest, ShowsOnlyTheNewRootAndMayDieAtAnyTime) {

@@ -35,8 +35,12 @@ TEST_F(TreeSelectionTest, TellsOnceATurnAndKeepsTheOrderOfSelecting) {
     EXPECT_EQ(Selected(), (Rows{"d", "b"}));
     Settle();
     mTree->SelectRows({rows[3], rows[1]});
+    mTree->SelectRow(rows[1].get(), false, false, true);
     Settle();
-    EXPECT_EQ(mHeard.size(), 3u);
+    EXPECT_EQ(mHeard.size(), 3u) << "what changes nothing is not told";
+    mTree->RemoveAllRows();
+    Settle();
+    EXPECT_EQ(mHeard.back(), Rows{});
 }
 
 TEST_F(TreeSelectionTest, MouseAndKeysSelectAsUsersExpect) {

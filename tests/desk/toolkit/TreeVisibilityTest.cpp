@@ -1,59 +1,11 @@
-#include <set>
-
 #include "tests/desk/toolkit/TreeFixture.h"
 
 namespace {
 
 class TreeVisibilityTest : public TreeFixture {
 protected:
-    TreeVisibilityTest() {
-        mTree->SetRowVisibilityChangedCallback(Shared([this](const host::RowRef& row) {
-            ++mCalls;
-            if (mTree->IsRowVisible(row.get()))
-                mVisible.insert(row);
-            else
-                mVisible.erase(row);
-        }));
-    }
-
-    /// What the callbacks told, what the rows say, and what scrolling and sizes amount to, must be one.
-    void ExpectVisible(int first, int last) {
-        Settle();
-        std::set<host::RowRef> expected;
-        for (int i = first; i <= last; ++i) expected.insert(mTree->GetOpenedRow(i));
-        EXPECT_EQ(mVisible, expected);
-        const std::pair range = expected.empty() ? std::pair(-1, -1) : std::pair(first, last);
-        EXPECT_EQ(std::pair(mTree->GetFirstVisibleOpenedRowIndex(), mTree->GetLastVisibleOpenedRowIndex()),
-                  range);
-    }
-
     int Height() { return View().viewport()->height(); }
-
-    std::set<host::RowRef> mVisible;
-    int mCalls = 0;
 };
-
-TEST_F(TreeVisibilityTest, FollowsScrollingResizingAndHiding) {
-    Add(nullptr, Names("p", 0, 100));
-    const int page = Height() / 25;
-    ASSERT_EQ(Height() % 25, 0) << "the fixture's window shows whole rows";
-    ExpectVisible(0, page - 1);
-    mCalls = 0;
-    ScrollBar().setValue(25);
-    ExpectVisible(1, page);
-    EXPECT_EQ(mCalls, 2) << "one row left, one came";
-    ScrollBar().setValue(26);
-    ExpectVisible(1, page + 1);
-    mTree->UI_SetBounds({0, 0, 600, 10 * 25});
-    ExpectVisible(1, (26 + Height() - 1) / 25);
-    mTree->UI_Show(false);
-    ExpectVisible(0, -1);
-    mTree->UI_Show(true);
-    ExpectVisible(1, (26 + Height() - 1) / 25);
-    mTree->RemoveAllRows();
-    mVisible.clear();
-    ExpectVisible(0, -1);
-}
 
 TEST_F(TreeVisibilityTest, IsKnownBeforePaintingAndCallbacksMayFillCellsAndSortAndRemoveRows) {
     mTree->SetRowVisibilityChangedCallback(Shared([this](const host::RowRef& row) {
