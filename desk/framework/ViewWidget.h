@@ -7,8 +7,8 @@
 
 namespace desk {
 
-/// The widget of a view: hands painting, size and focus to it. Exported with its type, for which the undefined-behaviour
-/// sanitizer asks wherever a pointer to one is made. UI thread.
+/// The widget of a view: hands painting, size and focus to it. Its type is exported, since the
+/// undefined-behaviour sanitizer asks for it wherever a pointer is made. UI thread.
 class ZUHOST_API ViewWidget : public QWidget {
 public:
     ViewWidget(host::View::Impl& view, QWidget* parent);
