@@ -206,12 +206,11 @@ std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::
         return {};
     }
     if (lock == locks.end()) {
-        Tell(
-            host::ZString("$$$/Desk/BreakLock/Own=You hold the lock on “@0” yourself, in this "
-                          "window. It goes when the "
-                          "project is closed or switched to read-only.",
-                          {NameOfProject(path)}),
-            MessageKind::Failure);
+        Tell(host::ZString("$$$/Desk/BreakLock/Own=You hold the lock on “@0” yourself, in this "
+                           "window. It goes when the "
+                           "project is closed or switched to read-only.",
+                           {NameOfProject(path)}),
+             MessageKind::Failure);
         return {};
     }
     return *lock;
@@ -245,9 +244,9 @@ UTF16String DescribeHolder(const LockRecord& record) {
     const std::int64_t now =
         std::chrono::duration_cast<std::chrono::seconds>(GetServices().mDesktop->Now().time_since_epoch())
             .count();
-    return host::ZString(
-        "$$$/Desk/BreakLock/Holder=@0 on @1, since @2 (@3)",
-        {Shown(record.mUser), Shown(record.mMachine), TimeText(record.mTakenAt, now), AgeText(now - record.mTakenAt)});
+    return host::ZString("$$$/Desk/BreakLock/Holder=@0 on @1, since @2 (@3)",
+                         {Shown(record.mUser), Shown(record.mMachine), TimeText(record.mTakenAt, now),
+                          AgeText(now - record.mTakenAt)});
 }
 
 bool BreakProjectLock(const UTF16String& path, const std::string& filePath, BreakWait wait) {

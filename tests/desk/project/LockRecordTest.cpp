@@ -49,30 +49,27 @@ TEST(LockRecord, WhatIsNoRecordIsUnreadable) {
     const std::string good = WriteLockRecord(GoodRecord());
     for (std::size_t size = 0; size + 2 < good.size(); ++size)
         EXPECT_FALSE(desk::ParseLockRecord(good.substr(0, size)).mIsReadable) << size;
-    const std::string broken[] = {
-        good + '\0',
-        good + good,
-        "\x7F"
-        "ELF\x02\x01\xFF\xFE",
-        std::string(2000, '['),
-        "[" + good + "]",
-        good + std::string(4096, ' '),
-        Changed("\"version\":1", "\"version\":2"),
-        Changed("\"version\":1", "\"version\":1.5"),
-        Changed("\"pid\":2210", "\"pid\":-1"),
-        Changed("\"pid\":2210", "\"pid\":4294967297"),
-        Changed("\"pid\":2210", "\"pid\":1e300"),
-        Changed("\"pidNamespace\":4026531836", "\"pidNamespace\":-1"),
-        Changed("9007199254740993", "99999999999999999999"),
-        Changed("00112233", "0011223"),
-        Changed("00112233", "0011223G"),
-        Changed("\"edit-bay-2\"", "\"\""),
-        Changed("\"edit-bay-2\"", "\"a\\u0000b\""),
-        Changed("\"edit-bay-2\"", "\"" + std::string(256, 'm') + "\""),
-        Changed("09:30:00Z", "09:30:00"),
-        Changed("2026-03-02", "2026-02-31"),
+    for (const std::string& bytes : {good + '\0', good + good, std::string("\x7F\x45LF\x02\x01\xFF\xFE"),
+                                     std::string(2000, '['), "[" + good + "]", good + std::string(4096, ' ')})
+        EXPECT_FALSE(desk::ParseLockRecord(bytes).mIsReadable) << bytes;
+    const std::pair<const char*, std::string> changes[] = {
+        {"version\":1", "version\":2"},
+        {"version\":1", "version\":1.5"},
+        {"2210", "-1"},
+        {"2210", "4294967297"},
+        {"2210", "1e300"},
+        {"4026531836", "-1"},
+        {"9007199254740993", "99999999999999999999"},
+        {"00112233", "0011223"},
+        {"00112233", "0011223G"},
+        {"edit-bay-2", ""},
+        {"edit-bay-2", "a\\u0000b"},
+        {"edit-bay-2", std::string(256, 'm')},
+        {"09:30:00Z", "09:30:00"},
+        {"2026-03-02", "2026-02-31"},
     };
-    for (const std::string& bytes : broken) EXPECT_FALSE(desk::ParseLockRecord(bytes).mIsReadable) << bytes;
+    for (const auto& [from, to] : changes)
+        EXPECT_FALSE(desk::ParseLockRecord(Changed(from, to)).mIsReadable) << from << " to " << to;
 }
 
 TEST(LockRecord, LockFilesAreNamedAfterTheirProjects) {

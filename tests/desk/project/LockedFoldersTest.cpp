@@ -78,7 +78,6 @@ TEST_F(LockedFoldersTest, OwnLocksAreKnownBeforeTheDiskTells) {
     ReadFacts("Day 1/a.zuproj");
     lock.reset();
     EXPECT_FALSE(HasLocked(true, false)) << "given up since it was read";
-    EXPECT_FALSE(
-        host::ReadProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName));
+    EXPECT_FALSE(host::ReadProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName));
     EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "a row that is painted must not wait for the volume";
 }

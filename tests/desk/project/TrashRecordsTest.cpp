@@ -70,9 +70,8 @@ TEST_F(TrashRecordsTest, WhatMovesToTheTrashIsRecordedThere) {
     EXPECT_EQ(Move(mTrash + "/Old", mTrash + "/Older"), 0) << "is in the trash already";
     EXPECT_EQ(Move("Production/x.zuproj", "Production/y.zuproj"), 0);
     const std::string encoded = "Caf%E9%20%E2%80%AE%0A%25.zuproj";
-    EXPECT_EQ(Records(),
-              (Names{encoded + " Day%201/" + encoded + " ines edit-bay-1 2026-03-02T09:30:00Z",
-                     "Old/Day%201_1 Day%201 ines edit-bay-1 2026-03-02T09:31:00Z"}));
+    EXPECT_EQ(Records(), (Names{encoded + " Day%201/" + encoded + " ines edit-bay-1 2026-03-02T09:30:00Z",
+                                "Old/Day%201_1 Day%201 ines edit-bay-1 2026-03-02T09:31:00Z"}));
     EXPECT_TRUE(desk::IsHiddenName(".zurecords", desk::ItemKind::Unknown)) << "copies ask so";
     for (const auto& entry : fs::directory_iterator(mFolder.Path(mRecords)))
         EXPECT_EQ(entry.status().permissions() & fs::perms::all, fs::perms(0644)) << "others read it too";

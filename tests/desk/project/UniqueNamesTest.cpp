@@ -68,4 +68,3 @@ TEST_F(UniqueNamesTest, CopiesCountOn) {
         EXPECT_EQ(Copy(name), std::string(name) + " copy");
     EXPECT_EQ(Copy(std::string(240, 'a') + ".zuproj"), std::string(237, 'a') + " copy.zuproj");
 }
-
