@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -46,6 +47,10 @@ protected:
     }
     ~FileBrowserTest() override {
         mPool.WaitUntilIdle(std::chrono::seconds(10));
+        // What was started goes when it has ended.
+        EXPECT_TRUE(QTest::qWaitFor([] { return !HasChildProcess(); }));
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         qputenv("PATH", mPathBefore);
         GetServices() = mBefore;
     }
@@ -56,6 +61,10 @@ protected:
     }
     void Show(const std::vector<std::string>& paths, Desktop::Reveal reveal) {
         ShowInFileBrowser(paths, reveal, [this](const std::string& folder) { mProblems.push_back(folder); });
+    }
+    static bool HasChildProcess() {
+        siginfo_t child{};
+        return ::waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) == 0;
     }
     std::string Opened() const { return mFolder.Exists("opened") ? mFolder.Read("opened") : ""; }
 
