@@ -135,15 +135,3 @@ TEST(MainThreadTest, QueueOnlyOnceRunsOnceAndMayQueueItselfAgain) {
     main.RunUntilIdle();
     EXPECT_EQ(runs, 3) << "dropping the last reference cancelled a queued run";
 }
-
-TEST(MainThreadTest, AsyncCallsWaitForTheirDelayAndExceptionsAreLogged) {
-    ManualMainThread main;
-    int runs = 0;
-    const ExpectLogged log("unknown kind");
-    host::AsyncCallFromMainThread([&] { ++runs; }, 0.25);
-    host::AsyncCallFromMainThread([] { throw 7; }, -1);
-    main.Advance(249ms);
-    EXPECT_EQ(runs, 0);
-    main.Advance(1ms);
-    EXPECT_EQ(runs, 1);
-}

@@ -128,14 +128,6 @@ TEST_F(PosixFileSystemTest, ReplaceFileWritesAllOrLeavesTheOldFileAndNothingElse
     EXPECT_EQ(List(mFolder.Path("folder")), Names{"inside"});
 }
 
-TEST_F(PosixFileSystemTest, AppendAddsToTheEndAndDoesNotWaitForAPipe) {
-    mDisk.AppendToFile(mFolder.Path("log"), "one\n");
-    mDisk.AppendToFile(mFolder.Path("log"), "two\n");
-    EXPECT_EQ(mFolder.Read("log"), "one\ntwo\n");
-    mkfifo(mFolder.Path("pipe").c_str(), 0600);
-    EXPECT_EQ(ErrorOf([&] { mDisk.AppendToFile(mFolder.Path("pipe"), "x"); }), ENXIO);
-}
-
 TEST_F(PosixFileSystemTest, RenameNewNeverReplaces) {
     mFolder.Write("a", "a");
     mFolder.Write("b", "b");
