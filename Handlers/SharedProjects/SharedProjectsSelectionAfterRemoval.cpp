@@ -2,21 +2,39 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 namespace HandlerSharedProjects {
+
+namespace {
+
+/// Siblings before the folders above, these before all others.
+auto RankBeside(const RowRef& leaving) {
+    std::vector<RowRef> above;
+    for (RowRef row = leaving->GetParentRow(); row; row = row->GetParentRow()) above.push_back(row);
+    return [parent = leaving->GetParentRow(), above](const RowRef& row) {
+        if (row->GetParentRow() == parent) return 0;
+        return std::ranges::find(above, row) != above.end() ? 1 : 2;
+    };
+}
+
+}  // namespace
 
 void SelectionAfterRemoval::Expect(const UI_MultiColumnTree& tree, const RowTest& mayBeSelected) {
     const RowVec selected = tree.GetSelectedRows();
     mLeaving = {selected.begin(), selected.end()};
-    const auto isLeaving = [this](RowRef row) {
+    const auto findLeaving = [this](RowRef row) {
         while (row && !mLeaving.contains(row)) row = row->GetParentRow();
-        return row != nullptr;
+        return row;
     };
+    const auto isLeaving = [&](const RowRef& row) { return findLeaving(row) != nullptr; };
     const RowVec rows = tree.GetOpenedRows();
     const auto lastLeaving = std::find_if(rows.rbegin(), rows.rend(), isLeaving);
     RowVec candidates(lastLeaving.base(), rows.end());
     std::copy_if(lastLeaving, rows.rend(), std::back_inserter(candidates), std::not_fn(isLeaving));
     std::erase_if(candidates, std::not_fn(mayBeSelected));
+    if (lastLeaving != rows.rend())
+        std::ranges::stable_sort(candidates, {}, RankBeside(findLeaving(*lastLeaving)));
     mCandidates = std::move(candidates);
 }
 

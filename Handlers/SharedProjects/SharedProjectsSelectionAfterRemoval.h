@@ -9,8 +9,9 @@ namespace HandlerSharedProjects {
 
 using namespace host;
 
-/// Where a tree's selection goes when the selected rows leave it: to the row that shows after them, or when
-/// there is none, to the one before. UI thread.
+/// Where a tree's selection goes when the selected rows leave it: to the row after them in their folder, or
+/// when there is none, to the one before, or to the folder, so that who presses the key once too often does not
+/// reach into another folder; only where that goes too, to what shows after or before it. UI thread.
 class SelectionAfterRemoval {
 public:
     using RowTest = std::function<bool(const RowRef&)>;

@@ -96,6 +96,18 @@ void MakeFolder(const UTF16String& path) {
     }
 }
 
+/// The host shows no folders whose names begin with a dot.
+void TellItDoesNotShow(const UTF16String& name) {
+    if (!name.starts_with(u'.')) return;
+    const UTF16String title =
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/HiddenFolder/Title=Folder Created");
+    const UTF16String text = ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/HiddenFolder/Message=The folder “@0” was created, but "
+        "it does not show here: its name begins with a dot.",
+        {name});
+    MessageBox(title, text, kMessageBoxOK, kMessageBoxIconInformation, 0);
+}
+
 /// Makes a folder named by the user in `targetFolder`; returns its path, empty when none was made.
 UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
     UTF16String name;
@@ -110,6 +122,7 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
         return {};
     }
     MakeFolder(path);
+    TellItDoesNotShow(name);
     return path;
 }
 

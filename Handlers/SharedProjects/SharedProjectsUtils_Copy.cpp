@@ -104,8 +104,8 @@ void TellWhoStayed(const UTF16StringVec& projects) {
     const UTF16String title =
         ZString("$$$/Vantor/Handlers/ZuProductionFolder/ProjectsNotMoved/Title=Projects Not Moved");
     const UTF16String text = ZString(
-        "$$$/Vantor/Handlers/ZuProductionFolder/ProjectsNotMoved/Message=These projects stay where they "
-        "are, because their lock could not be taken: \n@0",
+        "$$$/Vantor/Handlers/ZuProductionFolder/ProjectsNotMoved/Message=These projects were not moved, "
+        "because their lock could not be taken or they are not there any more: \n@0",
         {ToNameLines(projects)});
     MessageBox(title, text);
 }

@@ -117,6 +117,10 @@ TEST_F(CommandsTest, NamesThatCannotBe) {
     EXPECT_EQ(OnDiskNow(), before);
     NewFolder(u" a b ");
     EXPECT_TRUE(mFolder.Exists(OnDisk("a b")));
+    mDialogs.ExpectText("New Folder", u".cache");
+    mDialogs.ExpectMessage("Folder Created");
+    Send(kNewFolder);
+    EXPECT_TRUE(mFolder.Exists(OnDisk("a b/.cache"))) << "it is told that it does not show";
 }
 
 TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {

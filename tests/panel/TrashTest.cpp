@@ -111,7 +111,7 @@ TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
 
 TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
     using Names = std::vector<std::string>;
-    for (const char* name : {"A", "B", "Reels/C", "X", "Y"}) MakeProject(name);
+    for (const char* name : {"A", "B", "Reels/C", "Reels/D", "X", "Y"}) MakeProject(name);
     OpenProductionWith({"Trash/Old"});
     OpenFolder("Reels");
     const auto trashed = [this](
@@ -124,7 +124,9 @@ TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
         return SelectedNames();
     };
     EXPECT_EQ(trashed({"A"}), Names{"B"});
-    EXPECT_EQ(trashed({"Reels", "Reels/C"}), Names{"X"}) << "nothing in the trash is selected";
+    EXPECT_EQ(trashed({"Reels/D"}), Names{"C"}) << "who presses on stays in the folder";
+    EXPECT_EQ(trashed({"Reels/C"}), Names{"Reels"});
+    EXPECT_EQ(trashed({"Reels"}), Names{"X"}) << "nothing in the trash is selected";
     EXPECT_EQ(trashed({"Y"}, [this] { Select({"B"}); }), Names{"B"}) << "the user was quicker";
     EXPECT_EQ(trashed({"X"}), Names{"B"}) << "nothing follows";
     EXPECT_EQ(trashed({"B"}), Names{});
