@@ -18,18 +18,26 @@ using desk::LockTaking;
 
 namespace {
 
-/// A volume on which links have been taken away.
-class WithoutLinks : public desk::PosixFileSystem {
+/// A volume where links may have been taken away, and files may go some time after they were looked at.
+class RaceDisk : public desk::PosixFileSystem {
 public:
-    void Link(const std::string&, const std::string& to) override {
-        desk::ThrowFileException("make link", to, EPERM);
+    bool mHasLinks = true;
+    bool mIsSlowToRemove = false;
+
+    void Link(const std::string& from, const std::string& to) override {
+        if (!mHasLinks) desk::ThrowFileException("make link", to, EPERM);
+        PosixFileSystem::Link(from, to);
+    }
+    void RemoveFile(const std::string& path) override {
+        if (mIsSlowToRemove) ::usleep(static_cast<useconds_t>(::getpid() * 37 % 400));
+        PosixFileSystem::RemoveFile(path);
     }
 };
 
 class LockRace : public testing::TestWithParam<bool> {
 protected:
     static constexpr int kTakers = 4;
-    static constexpr int kRounds = 150;
+    static constexpr int kRounds = 60;
     static constexpr char kLock[] = ".Reel 0.zuproj.lock";
 
     struct Board {
@@ -38,7 +46,7 @@ protected:
         std::atomic<int> mFaults;
     };
 
-    desk::FileSystem& Disk() { return GetParam() ? static_cast<desk::FileSystem&>(mDisk) : mDiskWithoutLinks; }
+    LockRace() { mDisk.mHasLinks = GetParam(); }
 
     static void WaitForAll(Board& board) {
         const int meeting = board.mArrived++ / kTakers + 1;
@@ -47,7 +55,7 @@ protected:
 
     /// What each of the takers does: the first one of them lays out a dead lock, and all go for it.
     int TakeDeadLocks(bool isFirst, Board& board) {
-        LockProtocol protocol(Disk(), mDesktop);
+        LockProtocol protocol(mDisk, mDesktop);
         for (int round = 0; round < kRounds; ++round) {
             const LockRecord mine = desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1");
             LockRecord dead = desk::MakeLockRecord(mDesktop, u"ines", u"edit-bay-1");
@@ -67,8 +75,7 @@ protected:
 
     TemporaryFolder mFolder = testproduction::MakeFolderInMemory();
     RecordingDesktop mDesktop;
-    desk::PosixFileSystem mDisk;
-    WithoutLinks mDiskWithoutLinks;
+    RaceDisk mDisk;
 };
 
 INSTANTIATE_TEST_SUITE_P(Volumes, LockRace, testing::Bool(),
@@ -80,7 +87,7 @@ TEST_P(LockRace, ManyProcessesNeverHoldOneProjectTogether) {
     LockCompetition competition;
     competition.mFolders = {mFolder.Path()};
     if (!GetParam()) competition.mTries = 250;
-    const LockCompetitionResult result = RunLockCompetition(competition, Disk());
+    const LockCompetitionResult result = RunLockCompetition(competition, mDisk);
     for (const int held : result.mHeld) EXPECT_GT(held, competition.mTries / 10);
     EXPECT_EQ(result.mHeldTogether, 0);
     EXPECT_EQ(result.mWritesSeenToChange, 0);
@@ -91,6 +98,7 @@ TEST_P(LockRace, ManyProcessesNeverHoldOneProjectTogether) {
 }
 
 TEST_P(LockRace, OfSeveralTakersOfADeadLockOneWins) {
+    mDisk.mIsSlowToRemove = true;
     Shared<Board> board;
     std::vector<pid_t> processes;
     for (int i = 0; i < kTakers; ++i)
