@@ -13,8 +13,8 @@ public:
     FaultyMount(const std::string& source, const char* rule)
         : VolumeMount(QStringLiteral(ZU_BINARY_DIR "/bin/slow-volume"), source,
                       {QStringLiteral("--delay-ms"), QStringLiteral("0"), QStringLiteral("--cache-seconds"),
-                       QStringLiteral("0"), QStringLiteral("--fail"), QLatin1String(rule),
-                       QStringLiteral("--statistics")}) {}
+                       QStringLiteral("0"), QStringLiteral("--threads"), QStringLiteral("2"),
+                       QStringLiteral("--fail"), QLatin1String(rule), QStringLiteral("--statistics")}) {}
 
     static bool IsPossible() { return ::access("/dev/fuse", R_OK | W_OK) == 0; }
 

@@ -30,7 +30,7 @@ void PrintTo(const Rule& rule, std::ostream* out) {
     *out << rule.mText;
 }
 
-/// One folder on two mounts that fail by a rule: ours, where a user works, and that of another machine.
+/// A production on two mounts that fail by a rule: ours, where a user works, and that of another machine.
 class LostReply : public testing::TestWithParam<Rule> {
 protected:
     LostReply() { mOtherMachine.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82"; }
@@ -57,7 +57,7 @@ protected:
         ASSERT_FALSE(HasFatalFailure());
         EXPECT_NE(OtherTakes(name).mOutcome, LockTaking::Outcome::Ours) << "the user has it";
         Insist([&] { return mStack->mDocuments->SaveProject(document) && !document->IsDirty(); });
-        EXPECT_EQ(mFolder.Read("North Shore/" + name), testproduction::MakeContent(1, version));
+        EXPECT_EQ(mFolder.Read(name), testproduction::MakeContent(1, version));
         EXPECT_TRUE(mStack->mDocuments->CloseProject(document, false));
         Settle();
     }
@@ -96,13 +96,13 @@ protected:
     }
     /// What the other machine does in a round: locks taken and given up, and files replaced, while nobody
     /// works.
-    void OtherWorks(const std::string& project) {
+    void OtherWorks() {
         const bool isOfRenames = std::string(GetParam().mText).starts_with("rename");
         for (int i = 0; i < 2 * GetParam().mFailures / kRounds + 8 && !HasFailure(); ++i) {
             if (isOfRenames && i > 4) {
                 OtherReplacesAFile(i);
             } else {
-                EXPECT_NE(OtherTakes(project).mOutcome, LockTaking::Outcome::Held) << "nobody has it";
+                EXPECT_NE(OtherTakes("Scene 0.zuproj").mOutcome, LockTaking::Outcome::Held) << "nobody has it";
             }
         }
     }
@@ -111,10 +111,10 @@ protected:
         mStack->mMain.RunUntilIdle();
         if (mStack->mMain.CountDelayed() > 0) mStack->Settle();
     }
-    bool Exists(const std::string& name) const { return mFolder.Exists("North Shore/" + name); }
+    bool Exists(const std::string& name) const { return mFolder.Exists(name); }
     std::string OtherPath(const std::string& project) const {
         const std::size_t name = project.rfind('/') + 1;
-        return mOther->Path("North Shore/" + project.substr(0, name) + '.' + project.substr(name) + ".lock");
+        return mOther->Path(project.substr(0, name) + '.' + project.substr(name) + ".lock");
     }
 
     TemporaryFolder mFolder = testproduction::MakeFolderInMemory();
@@ -147,21 +147,21 @@ TEST_P(LostReply, LeavesNoOrphanNoFalseHolderAndNoHalfSavedProject) {
     if (!FaultyMount::IsPossible()) GTEST_SKIP() << "no /dev/fuse: lost replies were not tried";
     std::optional<ExpectLogged> errors;
     if (GetParam().mIsTold) errors.emplace("");
-    testproduction::Make(mFolder.MakeFolder("North Shore"), kProjects);
+    testproduction::Make(mFolder.Path(), kProjects);
     mFolder.Write("settings.json");
     mOurs = std::make_unique<FaultyMount>(mFolder.Path(), GetParam().mText);
     mOther = std::make_unique<FaultyMount>(mFolder.Path(), GetParam().mText);
     if (!mOurs->IsMounted() || !mOther->IsMounted())
         GTEST_SKIP() << "not allowed to mount, lost replies were not tried: " << mOurs->ErrorText();
-    mStack = std::make_unique<Stack>(mOurs->Path("North Shore"));
+    mStack = std::make_unique<Stack>(mOurs->Path());
     for (int round = 0; round < kRounds && !HasFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         const std::string from = round % 2 ? kThere : kHere;
         const std::string to = round % 2 ? kHere : kThere;
         UserMoves(from, to);
-        OtherWorks(to);
+        OtherWorks();
         UserOpensAndSaves(to, round + 1);
-        const auto found = testproduction::Examine(mFolder.Path("North Shore"));
+        const auto found = testproduction::Examine(mFolder.Path());
         EXPECT_EQ(found.DescribeLosses(kProjects), "");
         EXPECT_THAT(found.mHidden, testing::IsEmpty());
     }
