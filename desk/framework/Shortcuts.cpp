@@ -40,6 +40,19 @@ namespace {
 
 constexpr char kGlobalContext[] = "global";
 
+constexpr std::string_view kRepeating[] = {"cmd.projects.undo",
+                                           "cmd.projects.redo",
+                                           "cmd.zuproductionfolder.zoomin",
+                                           "cmd.zuproductionfolder.zoomout",
+                                           "cmd.zuproductionfolder.move.home",
+                                           "cmd.zuproductionfolder.move.end",
+                                           "cmd.zuproductionfolder.move.pageup",
+                                           "cmd.zuproductionfolder.move.pagedown"};
+
+bool IsRepeating(const DeclaredCommand* command) {
+    return std::ranges::find(kRepeating, command->mName) != std::end(kRepeating);
+}
+
 void DeclareGlobalCommands(host::CommandContext& context) {
     const auto declare = [&context](std::string_view name, int id, std::string_view label) {
         context.DeclareCommand(name, id, host::CommandKind::LabelledCommand, label, nullptr, false);
@@ -162,23 +175,28 @@ void Shortcuts::Refresh() {
         for (const DeclaredCommand& command : context->mCommands)
             if (const auto* keys = FindKeys(*context, command))
                 for (const QKeySequence& key : *keys) mShortcuts.try_emplace(key);
-    const auto contexts = GetActiveContexts();
     for (auto& [key, shortcut] : mShortcuts) {
         if (!shortcut) {
             shortcut = new QShortcut(key, mWindow.data());
             QObject::connect(shortcut, &QShortcut::activated, mWindow, [this, key = key] { Activate(key); });
         }
-        shortcut->setEnabled(std::ranges::any_of(contexts, [this, &key = key](const Context* context) {
-            return FindCommand(*context, key) != nullptr;
-        }));
+        const auto commands = FindActiveCommands(key);
+        shortcut->setEnabled(!commands.empty());
+        shortcut->setAutoRepeat(std::ranges::all_of(commands, IsRepeating));
     }
+}
+
+std::vector<const DeclaredCommand*> Shortcuts::FindActiveCommands(const QKeySequence& key) const {
+    std::vector<const DeclaredCommand*> commands;
+    for (const Context* context : GetActiveContexts())
+        if (const DeclaredCommand* command = FindCommand(*context, key)) commands.push_back(command);
+    return commands;
 }
 
 void Shortcuts::Activate(const QKeySequence& key) const {
     CommandRouter& router = CommandRouter::Instance();
-    for (const Context* context : GetActiveContexts()) {
-        const DeclaredCommand* command = FindCommand(*context, key);
-        if (!command || !router.FindStatus(command->mID).mIsEnabled) continue;
+    for (const DeclaredCommand* command : FindActiveCommands(key)) {
+        if (!router.FindStatus(command->mID).mIsEnabled) continue;
         router.Send(command->mID);
         return;
     }

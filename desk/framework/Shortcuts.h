@@ -36,6 +36,8 @@ using KeyBindings = std::map<std::string, std::map<std::string, std::vector<QKey
 /// Keys stand in JSON files: an object by context name of objects by command name, each value one key sequence
 /// in Qt's portable text ("Ctrl+Shift+N") or a list of them. The program's own are ":/shortcuts/*.json";
 /// "shortcuts.json" in the profile replaces the keys of the commands that it names.
+///
+/// A key that is held down sends its command once, but for those that one goes on with: moving, zooming, undoing.
 class ZUHOST_API Shortcuts {
 public:
     static Shortcuts& Instance();
@@ -73,6 +75,8 @@ private:
 
     const std::vector<QKeySequence>* FindKeys(const Context& context, const DeclaredCommand& command) const;
     const DeclaredCommand* FindCommand(const Context& context, const QKeySequence& key) const;
+    /// The commands that the key may send now, the first to be asked first.
+    std::vector<const DeclaredCommand*> FindActiveCommands(const QKeySequence& key) const;
     /// The contexts whose shortcuts act now, the first to be asked first.
     std::vector<const Context*> GetActiveContexts() const;
     void Refresh();

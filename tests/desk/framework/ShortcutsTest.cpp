@@ -86,6 +86,23 @@ TEST_F(ShortcutsTest, AKeyOfTwoContextsGoesToThePanelsWhileItCanBeUsed) {
     EXPECT_EQ(Press(Qt::Key_O, Qt::ControlModifier), Events{}) << "an unknown context changes nothing";
 }
 
+TEST_F(ShortcutsTest, AKeyThatIsHeldDownSendsItsCommandOnceUnlessOneGoesOnWithIt) {
+    constexpr int kPageDown = 910004;
+    host::ShortcutManager::Instance()->GetContext("test.panel")->DeclareCommand(
+        "cmd.zuproductionfolder.move.pagedown", kPageDown, host::CommandKind::MenuCommand, "", nullptr, false);
+    mPanel->mCommands[kPageDown] = true;
+    Load(R"({"test.panel": {"open": "Del", "cmd.zuproductionfolder.move.pagedown": "PgDown"}})");
+    mWidget.setFocus();
+    const auto hold = [this](Qt::Key key) {
+        TakeEvents();
+        for (const bool isRepeated : {false, true, true})
+            QTest::simulateEvent(&mWidget, true, key, Qt::NoModifier, {}, isRepeated);
+        return TakeEvents().size();
+    };
+    EXPECT_EQ(hold(Qt::Key_Delete), 1u);
+    EXPECT_EQ(hold(Qt::Key_PageDown), 3u);
+}
+
 TEST_F(ShortcutsTest, WhatTheProfilesFileDoesNotGetRightIsNamedAndTheRestGoesOn) {
     const ExpectLogged keys("\"zoomin\" in \"test.panel\""), shape("\"global\" must be an object"),
         command("\"test.panel\" has no command \"zoomout\""), context("no context \"panel\"");
