@@ -14,9 +14,11 @@
 #include "desk/core/Localized.h"
 #include "desk/core/Services.h"
 #include "desk/dialogs/LongWork.h"
+#include "desk/files/FolderPath.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/toolkit/ControlImpl.h"
+#include "host/files/DirectoryChangeMonitor.h"
 #include "host/framework/ShortcutManager.h"
 #include "host/project/DocumentManager.h"
 
@@ -78,6 +80,7 @@ ProjectArea::ProjectArea(QWidget* parent)
     });
     host::AddListener(host::kBackendProjectActivationStationID, this);
     host::AddListener(kStation_ProjectDocuments, this);
+    host::AddListener(host::kStation_DirectoryChanges, this);
     for (const OpenProjectRef& project : OpenProjectList::Instance().Get())
         if (const ProjectDocumentRef document = ToDocument(project)) Add(document);
 }
@@ -86,6 +89,7 @@ ProjectArea::~ProjectArea() {
     GetServices().mMainThread->StopTimer(mTimer);
     qApp->disconnect(this);
     mTabs->disconnect(this);
+    host::RemoveListener(host::kStation_DirectoryChanges, this);
     host::RemoveListener(kStation_ProjectDocuments, this);
     host::RemoveListener(host::kBackendProjectActivationStationID, this);
     CommandRouter::Instance().ForgetEditor(this);
@@ -115,6 +119,8 @@ void ProjectArea::ListenToMessage(const host::Message& message) {
         if (const ProjectDocumentRef document = ToDocument(opened->GetProject())) Add(document);
     } else if (const auto* closed = host::MessageCast<host::ProjectClosedMessage>(message)) {
         if (const ProjectDocumentRef document = ToDocument(closed->GetProject())) Remove(document);
+    } else if (const auto* changed = host::MessageCast<host::DirectoryChangedMessage>(message)) {
+        FolderChanged(changed->GetPath());
     } else {
         Follow(message);
     }
@@ -135,6 +141,15 @@ void ProjectArea::Follow(const host::Message& message) {
     else
         GetPage(index)->UpdateState();
     UpdateTab(index);
+}
+
+void ProjectArea::FolderChanged(const host::UTF16String& folder) {
+    for (int i = 0; i < mTabs->count(); ++i) {
+        const ProjectDocument& document = *GetPage(i)->GetDocument();
+        const host::UTF16String file = host::UTF8to16(document.GetFile().mPath);
+        if (FolderOf(document.GetProjectPath()) == folder || FolderOf(file) == folder)
+            GetPage(i)->UpdateHolder();
+    }
 }
 
 void ProjectArea::Add(const ProjectDocumentRef& document) {

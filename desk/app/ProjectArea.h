@@ -42,6 +42,8 @@ private:
     void Add(const ProjectDocumentRef& document);
     void Remove(const ProjectDocumentRef& document);
     void Follow(const host::Message& message);
+    /// Locks may have come or gone there.
+    void FolderChanged(const host::UTF16String& folder);
     int FindTab(const ProjectDocument* document) const;
     ProjectPage* GetPage(int index) const;
     /// Null when there is none.

@@ -14,6 +14,7 @@
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/Shortcuts.h"
 #include "desk/toolkit/Theme.h"
+#include "host/files/DirectoryChangeMonitor.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {
@@ -148,6 +149,26 @@ TEST_F(ProjectAreaTest, AVolumeThatHangsHoldsUpOneLookAtTheHolder) {
     mMain.RunUntilIdle();
     EXPECT_LT(mDisk.Count(Operation::Status), 6) << "one look, and one more for those that came meanwhile";
     EXPECT_EQ(Notices(), "Read-only.");
+}
+
+TEST_F(ProjectAreaTest, FollowsTheHolderAtOnceWhenTheFolderChanges) {
+    WriteForeignLock();
+    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
+    ASSERT_TRUE(Open());
+    mMain.RunUntilIdle();
+    const auto announce = [this](const char* folder) {
+        host::BroadcastMessage(host::kStation_DirectoryChanges,
+                               host::DirectoryChangedMessage(mFolder.PathUTF16(folder)));
+        mMain.RunUntilIdle();
+    };
+    mFolder.Remove(kLock);
+    announce("Day 2");
+    EXPECT_NE(Notices(), "Read-only.") << "another folder";
+    announce("Day 1");
+    EXPECT_EQ(Notices(), "Read-only.");
+    WriteForeignLock();
+    announce("Day 1");
+    EXPECT_TRUE(Notices().starts_with("Read-only. Locked by tomas")) << Notices();
 }
 
 TEST_F(ProjectAreaTest, ALostLockLeavesOnlyTheCopy) {
