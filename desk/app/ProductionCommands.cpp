@@ -124,6 +124,7 @@ void ProductionCommands::Close() {
 
 ProductionOpener::Done ProductionCommands::ShowResult(const char* title) {
     return [this, title](const ProductionOpener::Result& result) {
+        if (result.mIsSuperseded) return;
         mStatusLine.SetActivity({});
         if (result.mIsCancelled) return;
         if (result.mProblem.isEmpty()) {
@@ -138,13 +139,17 @@ ProductionOpener::Done ProductionCommands::ShowResult(const char* title) {
 
 ProductionOpener::Done ProductionCommands::ShowResultAtStart(ProductionOpener::Done done) {
     return [this, done = std::move(done)](const ProductionOpener::Result& result) {
-        mStatusLine.SetActivity({});
-        if (result.mProblem.isEmpty())
-            Opened(result.mFolder);
-        else
-            mStatusLine.ShowNotice(result.mProblem);
+        if (!result.mIsSuperseded) ShowOutcomeAtStart(result);
         if (done) done(result);
     };
+}
+
+void ProductionCommands::ShowOutcomeAtStart(const ProductionOpener::Result& result) {
+    mStatusLine.SetActivity({});
+    if (result.mProblem.isEmpty())
+        Opened(result.mFolder);
+    else
+        mStatusLine.ShowNotice(result.mProblem);
 }
 
 void ProductionCommands::Opened(const std::string& folder) {

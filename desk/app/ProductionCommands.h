@@ -21,7 +21,7 @@ public:
     ~ProductionCommands();
 
     /// Opens the production that the program starts with. What goes wrong stands in the status bar; `done`
-    /// may be empty.
+    /// may be empty, and is called also when the user opens another one before.
     void OpenAtStart(const std::string& folder, ProductionOpener::Done done);
     /// The same with the sample production, which is made when it is not there.
     void OpenSample(ProductionOpener::Done done);
@@ -38,6 +38,7 @@ private:
     /// Follows an opening that the user asked for; `title` is a localisation key.
     ProductionOpener::Done ShowResult(const char* title);
     ProductionOpener::Done ShowResultAtStart(ProductionOpener::Done done);
+    void ShowOutcomeAtStart(const ProductionOpener::Result& result);
     void Opened(const std::string& folder);
     host::UTF16String FindUsualPlace() const;
     void SetOpening(const std::string& folder);

@@ -40,13 +40,11 @@ Outcome Prepare(const ProductionOpener::MakeFolder& makeFolder) {
     return outcome;
 }
 
-/// Closes the projects of the open production, unless `next` is the same; false when the user wants to keep one
-/// open, or copies going.
-bool LeaveOpenProduction(const host::UTF16String& next) {
+/// Closes the projects of the open production; false when the user wants to keep one open, or copies going.
+bool LeaveOpenProduction() {
     const Production& production = Production::Instance();
     ProjectDocuments* documents = ProjectDocuments::Instance();
-    if (!documents || !production.IsOpen() || production.GetFolder() == host::PathUtils::ToNormalizedPath(next))
-        return true;
+    if (!documents || !production.IsOpen()) return true;
     return CopiesUnderWay::MayBeCancelled() && documents->CloseProjectsIn(production.GetFolder());
 }
 
@@ -54,13 +52,14 @@ ProductionOpener::Result Finish(const Outcome& outcome) {
     ProductionOpener::Result result{outcome.mFolder, DescribeProblem(outcome.mCheck, outcome.mFolder),
                                     outcome.mCheck.mProblem == FolderCheck::Problem::Missing};
     if (!outcome.mError.empty()) result.mProblem = ToDisplayText(host::UTF8to16(outcome.mError));
-    const host::UTF16String folder = host::UTF8to16(outcome.mFolder);
-    if (result.mProblem.isEmpty())
-        result.mIsCancelled = !LeaveOpenProduction(folder);
-    if (result.mProblem.isEmpty() && !result.mIsCancelled)
-        Production::Instance().Open(folder);
-    else if (!result.mIsCancelled)
+    if (!result.mProblem.isEmpty()) {
         Log(LogLevel::Info, "A production was not opened: " + ToUTF8(result.mProblem));
+        return result;
+    }
+    const host::UTF16String folder = host::PathUtils::ToNormalizedPath(host::UTF8to16(outcome.mFolder));
+    if (Production::Instance().GetFolder() == folder) return result;
+    result.mIsCancelled = !LeaveOpenProduction();
+    if (!result.mIsCancelled) Production::Instance().Open(folder);
     return result;
 }
 
@@ -87,13 +86,16 @@ std::string MakeProductionFolder(const std::string& folder, const std::string& t
 
 struct ProductionOpener::State {
     unsigned mRequest = 0;
-    bool mIsBusy = false;
+    bool mIsGone = false;
+    /// Of the request that is under way; empty when none is.
+    Done mDone;
 };
 
 ProductionOpener::ProductionOpener() : mState(std::make_shared<State>()) {}
 
 ProductionOpener::~ProductionOpener() {
-    ++mState->mRequest;
+    mState->mIsGone = true;
+    mState->mDone = {};
 }
 
 void ProductionOpener::Open(const std::string& folder, Done done) {
@@ -106,11 +108,16 @@ void ProductionOpener::Create(const std::string& folder, const std::string& tras
 
 void ProductionOpener::Open(MakeFolder makeFolder, Done done) {
     const unsigned request = ++mState->mRequest;
-    mState->mIsBusy = true;
-    const auto deliver = [=, state = mState](const Outcome& outcome) {
-        if (state->mRequest != request) return;
-        state->mIsBusy = false;
-        done(Finish(outcome));
+    if (const Done earlier = std::exchange(mState->mDone, std::move(done)))
+        GetServices().mMainThread->Post([earlier, state = mState] {
+            Result superseded;
+            superseded.mIsSuperseded = true;
+            if (!state->mIsGone) earlier(superseded);
+        });
+    const auto deliver = [request, state = mState](const Outcome& outcome) {
+        if (state->mIsGone || state->mRequest != request) return;
+        const Done last = std::exchange(state->mDone, {});
+        last(Finish(outcome));
     };
     GetServices().mWorkerPool->Submit([deliver, makeFolder = std::move(makeFolder)] {
         const Outcome outcome = Prepare(makeFolder);
@@ -119,7 +126,7 @@ void ProductionOpener::Open(MakeFolder makeFolder, Done done) {
 }
 
 bool ProductionOpener::IsBusy() const {
-    return mState->mIsBusy;
+    return mState->mDone != nullptr;
 }
 
 }  // namespace desk

@@ -8,8 +8,9 @@
 namespace desk {
 
 /// Opens productions without waiting for a volume on the UI thread: a worker makes the folder or looks at it,
-/// then the production is opened, though not while long work (`RunLongWork`) is under way. The last one that was asked for counts; what is still under way for an
-/// earlier one is dropped when it comes. UI thread.
+/// then the production is opened, though not while long work (`RunLongWork`) is under way. The one that is open
+/// already stays as it is. The last one that was asked for counts: who asked earlier is told at once that it
+/// comes to nothing. UI thread.
 class ProductionOpener {
 public:
     /// What came of it: the folder, and what went wrong in words; then the open production has stayed.
@@ -19,7 +20,10 @@ public:
         bool mIsMissing = false;
         /// The user wants to keep a project of the production open that would have been closed.
         bool mIsCancelled = false;
+        /// Another production was asked for before this one could be opened.
+        bool mIsSuperseded = false;
     };
+    /// Called once, unless the opener is gone; not within the call that asks.
     using Done = std::function<void(const Result&)>;
     /// Runs on a worker; returns the folder to open. What it throws is told as the problem.
     using MakeFolder = std::function<std::string()>;

@@ -10,6 +10,7 @@
 #include "desk/files/WatchStatus.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/project/Production.h"
+#include "host/project/SharedProjectsManager.h"
 #include "tests/support/AnsweringDialogs.h"
 #include "tests/support/HostFixture.h"
 
@@ -80,19 +81,38 @@ TEST_F(ProductionCommandsTest, AFolderThatCannotBeReadKeepsTheOpenProduction) {
     EXPECT_EQ(mRecent.Get(), Folders{mFolder.Path("Harbour")});
 }
 
+struct Openings : host::Listener {
+    Openings() { host::AddListener(host::kStation_ZuProductionFolderPanel, this); }
+    ~Openings() override { host::RemoveListener(host::kStation_ZuProductionFolderPanel, this); }
+    void ListenToMessage(const host::Message&) override { ++mCount; }
+    int mCount = 0;
+};
+
+TEST_F(ProductionCommandsTest, TheOneThatIsOpenAlreadyStaysAsItIs) {
+    Open(mFolder.Path("Harbour"));
+    const Openings openings;
+    Open(mFolder.Path("Harbour/"));
+    EXPECT_EQ(openings.mCount, 0);
+    EXPECT_EQ(OpenFolder(), mFolder.Path("Harbour"));
+}
+
 TEST_F(ProductionCommandsTest, AVolumeThatHangsHoldsNobodyUpAndComesTooLate) {
     mDisk.CloseGate(Operation::Status, mFolder.Path("Harbour"));
-    mCommands.OpenAtStart(mFolder.Path("Harbour"), {});
+    int ended = 0;
+    mCommands.OpenAtStart(mFolder.Path("Harbour"), [&](const ProductionOpener::Result&) { ++ended; });
     ASSERT_TRUE(mDisk.WaitAtGate());
     WorkerPool otherPool(1);  // Its work comes to rest while the first one's does not.
     GetServices().mWorkerPool = &otherPool;
     mCommands.OpenAtStart(mFolder.Path("North Shore"), {});
     mMain.RunUntilIdle();
     EXPECT_EQ(OpenFolder(), mFolder.Path("North Shore"));
+    EXPECT_EQ(ended, 1) << "who waits for it goes on";
+    EXPECT_FALSE(mCommands.IsOpening());
     GetServices().mWorkerPool = &mPool;
     mDisk.OpenGate();
     mMain.RunUntilIdle();
     EXPECT_EQ(OpenFolder(), mFolder.Path("North Shore"));
+    EXPECT_EQ(ended, 1);
 }
 
 /// Does something while long work is waited for.
