@@ -19,4 +19,8 @@ std::string ToUTF8(const QString& text) {
         {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())});
 }
 
+QString ToWindowTitle(QString text) {
+    return text.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
+}
+
 }  // namespace desk

@@ -18,4 +18,7 @@ ZUHOST_API host::UTF16String ToUTF16(const QString& text);
 ZUHOST_API QString ToQStringFromUTF8(std::string_view utf8);
 ZUHOST_API std::string ToUTF8(const QString& text);
 
+/// `text` as a window's title shows it, in which Qt replaces "[*]" by a mark of unsaved changes. Any thread.
+ZUHOST_API QString ToWindowTitle(QString text);
+
 }  // namespace desk

@@ -1,11 +1,15 @@
 #include "desk/dialogs/DialogParts.h"
 
 #include <QApplication>
+#include <QFontMetrics>
+#include <QGridLayout>
 #include <QMessageBox>
+#include <QSpacerItem>
 #include <QStringList>
 #include <QWidget>
 #include <string>
 
+#include "desk/core/QtStrings.h"
 #include "desk/toolkit/Theme.h"
 
 namespace desk {
@@ -41,6 +45,19 @@ QString ToDisplayLines(std::u16string_view text) {
         if (end == std::u16string_view::npos) return lines.join(QLatin1Char('\n'));
         text.remove_prefix(end + 1);
     }
+}
+
+void SetTitle(QMessageBox& box, std::u16string_view title) {
+    // The frame's icon and buttons; its font is the window manager's, most often bold.
+    constexpr int kBesideTitle = 140;
+    const QString text = ToDisplayText(title);
+    box.setWindowTitle(ToWindowTitle(text));
+    QFont font = QApplication::font("QMdiSubWindowTitleBar");
+    font.setBold(true);
+    const int width = QFontMetrics(font).horizontalAdvance(text) + kBesideTitle;
+    // A message box sets its own width: that of its layout.
+    if (auto* layout = qobject_cast<QGridLayout*>(box.layout()))
+        layout->addItem(new QSpacerItem(width, 0), layout->rowCount(), 0, 1, layout->columnCount());
 }
 
 void SetPicture(QMessageBox& box, std::string_view kind) {

@@ -15,6 +15,9 @@ QWidget* FindParentWindow();
 /// behind their separators.
 QString ToDisplayLines(std::u16string_view text);
 
+/// Gives the box its title, and the width that a window's frame takes to show it whole.
+void SetTitle(QMessageBox& box, std::u16string_view title);
+
 /// Gives the box the theme's picture for what it is: "information", "question" or "warning".
 void SetPicture(QMessageBox& box, std::string_view kind);
 

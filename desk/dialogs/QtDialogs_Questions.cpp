@@ -32,8 +32,9 @@ host::UTF16String ToPath(const QString& file) {
 }  // namespace
 
 Answer QtDialogs::Ask(const Question& question) {
-    QMessageBox box(QMessageBox::NoIcon, ToDisplayText(question.mTitle), ToDisplayLines(question.mText),
-                    QMessageBox::NoButton, FindParentWindow());
+    QMessageBox box(QMessageBox::NoIcon, {}, ToDisplayLines(question.mText), QMessageBox::NoButton,
+                    FindParentWindow());
+    SetTitle(box, question.mTitle);
     box.setTextFormat(Qt::PlainText);
     SetPicture(box, question.mIsWarning ? "warning" : "question");
     QList<QAbstractButton*> buttons;
@@ -54,7 +55,7 @@ std::optional<host::UTF16String> QtDialogs::AskText(const host::UTF16String& tit
                                                     const host::UTF16String& label,
                                                     const host::UTF16String& value) {
     QInputDialog dialog(FindParentWindow());
-    dialog.setWindowTitle(ToDisplayText(title));
+    dialog.setWindowTitle(ToWindowTitle(ToDisplayText(title)));
     dialog.setLabelText(ToDisplayText(label));
     dialog.setTextValue(ToQString(value));
     dialog.setOkButtonText(Localized("$$$/Desk/Dialogs/OK=OK"));

@@ -7,6 +7,7 @@
 #include <chrono>
 
 #include "desk/core/Localized.h"
+#include "desk/core/QtStrings.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/QtDialogs.h"
@@ -52,7 +53,7 @@ void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, 
     WaitWithoutInput(done, kBeforeDialog);
     if (IsReady(done)) return;
     QProgressDialog dialog({}, Localized("$$$/Desk/Dialogs/Cancel=Cancel"), 0, 0, FindParentWindow());
-    dialog.setWindowTitle(ToDisplayText(title));
+    dialog.setWindowTitle(ToWindowTitle(ToDisplayText(title)));
     dialog.setWindowModality(Qt::ApplicationModal);
     dialog.setAutoClose(false);
     dialog.setAutoReset(false);

@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include "desk/core/LanguageTable.h"
 #include "desk/core/WorkProgress.h"
@@ -50,13 +51,16 @@ TEST(QtDialogsTest, TheTextIsSelectedSoThatTypingReplacesItAndEnterAccepts) {
 
 TEST(QtDialogsTest, QuestionsHaveTheirButtonsAndClosingIsCancelling) {
     QtDialogs dialogs;
-    Question question{.mTitle = u"Save?",
+    Question question{.mTitle = u"Save Changes of the Project x[*] Before It Is Closed for Good?",
                       .mText = u"/a" + host::UTF16String(80, u'x') + u"/b\nSecond",
                       .mButtons = {u"Save & Close", u"Discard", u"Cancel"},
                       .mCancel = 2,
                       .mOffersApplyToAll = true};
     WhenShown([](QWidget& dialog) {
         const auto& box = dynamic_cast<QMessageBox&>(dialog);
+        const QString title = box.windowHandle()->title();
+        EXPECT_NE(title.indexOf(QStringLiteral("Project x[*] Before")), -1) << title.toStdString();
+        EXPECT_GT(box.width(), box.fontMetrics().horizontalAdvance(title) + 100) << "the frame shows it whole";
         EXPECT_EQ(box.defaultButton()->text(), QStringLiteral("Save && Close"));
         EXPECT_EQ(box.text().count(QChar(0x200B)), 2) << "a long path can be broken";
         EXPECT_TRUE(box.text().endsWith(QStringLiteral("\nSecond")));
