@@ -51,8 +51,12 @@ DockWorkspace::~DockWorkspace() {
 }
 
 void DockWorkspace::OpenTab(const std::string& handlerID) {
-    OpenPanel(host::UTF8to16(handlerID), true);
-    mOpenedByUser.insert(host::UTF8to16(handlerID));
+    OpenForUser(host::UTF8to16(handlerID), true);
+}
+
+void DockWorkspace::OpenForUser(const host::UTF16String& handlerID, bool takeFocus) {
+    OpenPanel(handlerID, takeFocus);
+    mOpenedByUser.insert(handlerID);
 }
 
 void DockWorkspace::OpenPanel(const host::UTF16String& id, bool takeFocus) {
@@ -67,7 +71,10 @@ void DockWorkspace::OpenPanel(const host::UTF16String& id, bool takeFocus) {
         host::LogCurrentException(__PRETTY_FUNCTION__);
     }
     if (!frame.GetView()) return;
-    frame.GetView()->BringToFront(takeFocus, false);
+    if (takeFocus)
+        frame.TakeFocus();
+    else
+        frame.GetView()->BringToFront(false, false);
     UpdateTabs();
 }
 
@@ -143,13 +150,13 @@ void DockWorkspace::OpenPanels(const QJsonObject& layout) {
     const QJsonArray closed = layout.value(kClosedPanels).toArray();
     const QJsonArray open = layout.value(kOpenPanels).toArray();
     for (const host::UTF16String& id : PanelRegistry::Instance().GetHandlerIDs()) {
-        const bool isClosed = PanelRegistry::Instance().IsOnDemand(id) ? !open.contains(ToQString(id))
-                                                                       : closed.contains(ToQString(id));
+        const bool isOnDemand = PanelRegistry::Instance().IsOnDemand(id);
+        const bool isClosed = isOnDemand ? !open.contains(ToQString(id)) : closed.contains(ToQString(id));
         // A handler announces its entry in the Window menu when it is made: that entry stays.
         if (isClosed && PanelRegistry::Instance().FindOrCreateHandler(id))
             PanelRegistry::Instance().DestroyHandler(id);
         else
-            OpenTab(host::UTF16to8(id));
+            OpenForUser(id, !isOnDemand);
     }
     if (!layout.contains(kDocks)) return OpenByDefault();
     if (RestoreDocks(layout)) return;
@@ -198,12 +205,14 @@ bool DockWorkspace::SelectPanel(bool forward) {
     std::copy_if(mFrames.begin(), mFrames.end(), std::back_inserter(shown),
                  [](auto* frame) { return frame->IsShown(); });
     if (shown.size() < 2) return false;
-    const auto onDuty = std::find_if(shown.begin(), shown.end(), [](auto* frame) {
+    const auto isOnDuty = [](const auto* frame) {
         return frame->GetView() == CommandRouter::Instance().GetViewOnDuty();
-    });
+    };
+    auto from = std::ranges::find_if(shown, &DockWorkspaceFrame::HasKeyboard);
+    if (from == shown.end()) from = std::ranges::find_if(shown, isOnDuty);
     const std::size_t count = shown.size();
     const std::size_t current =
-        onDuty == shown.end() ? (forward ? count - 1 : 0) : static_cast<std::size_t>(onDuty - shown.begin());
+        from == shown.end() ? (forward ? count - 1 : 0) : static_cast<std::size_t>(from - shown.begin());
     shown[(current + (forward ? 1 : count - 1)) % count]->TakeFocus();
     return true;
 }

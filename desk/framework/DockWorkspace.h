@@ -55,6 +55,7 @@ public:
     DockWorkspaceFrame* FindFrame(const host::UTF16String& handlerID) const;
 
 private:
+    void OpenForUser(const host::UTF16String& handlerID, bool takeFocus);
     void OpenPanel(const host::UTF16String& handlerID, bool takeFocus);
     DockWorkspaceFrame& FindOrMakeFrame(const host::UTF16String& handlerID);
     void AddDock(DockWorkspaceFrame& frame);

@@ -1,5 +1,6 @@
 #include "desk/framework/DockWorkspaceFrame.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMenu>
 #include <QPainter>
@@ -11,6 +12,7 @@
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspaceTitleBar.h"
 #include "desk/framework/MenuResources.h"
+#include "desk/framework/TabViewImpl.h"
 #include "desk/toolkit/Theme.h"
 #include "host/framework/TabView.h"
 
@@ -67,7 +69,7 @@ void DockWorkspaceFrame::SetTitle(const host::UTF16String& title) {
     const QString text = ToDisplayText(title);
     mTitleBar->SetTitle(text);
     // Qt puts the window's title on the tab of docks that are tabbed together, where "&" marks a key.
-    setWindowTitle(QString(text).replace(QLatin1Char('&'), QLatin1String("&&")));
+    setWindowTitle(ToWindowTitle(text).replace(QLatin1Char('&'), QLatin1String("&&")));
 }
 
 void DockWorkspaceFrame::Show(bool show) {
@@ -85,7 +87,13 @@ void DockWorkspaceFrame::BringToFront(bool takeFocus, bool flash) {
 void DockWorkspaceFrame::UpdateStackedDimensions(bool) {}
 
 void DockWorkspaceFrame::TakeFocus() {
-    if (mView) mView->BringToFront(true, false);
+    if (!mView) return;
+    BringToFront(true, false);
+    TabViewImpl::Of(*mView).TakeFocus();
+}
+
+bool DockWorkspaceFrame::HasKeyboard() const {
+    return mContent->isAncestorOf(QApplication::focusWidget());
 }
 
 void DockWorkspaceFrame::RequestClose() {

@@ -34,8 +34,9 @@ public:
     bool IsShown() const { return mView && !isHidden(); }
     /// True when it is also the front one of the docks that are tabbed together.
     bool IsInFront() const { return IsShown() && mIsInFront; }
-    /// Gives the panel the keyboard.
+    /// Gives the panel the keyboard, as the user wishes: also one on demand.
     void TakeFocus();
+    bool HasKeyboard() const;
     /// Closes the panel later, when the current event is through.
     void RequestClose();
     /// The panel's own menu, then what can be done with its dock.

@@ -53,8 +53,9 @@ void TabView::Hide() {
 
 void TabView::BringToFront(bool takeFocus, bool flash) {
     TabViewImpl& impl = TabViewImpl::Of(*this);
-    if (impl.mFrame) impl.mFrame->BringToFront(takeFocus, flash);
-    if (takeFocus) impl.TakeFocus();
+    const bool mayTakeFocus = takeFocus && !impl.IsOnDemand();
+    if (impl.mFrame) impl.mFrame->BringToFront(mayTakeFocus, flash);
+    if (mayTakeFocus) impl.TakeFocus();
 }
 
 void TabView::Destroy() {

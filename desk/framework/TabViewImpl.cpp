@@ -5,6 +5,7 @@
 
 #include "desk/core/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
+#include "desk/framework/PanelRegistry.h"
 #include "desk/framework/TabViews.h"
 #include "host/framework/Handler.h"
 
@@ -50,9 +51,13 @@ void TabViewImpl::SetTitle(const host::UTF16String& title) {
 }
 
 void TabViewImpl::PutOnDuty() {
-    if (!mIsCreated) return;
+    if (!mIsCreated || IsOnDemand()) return;
     CommandRouter::Instance().SetOnDuty(host::Handler::FindHandler(mHandlerID), mTabView);
     CallNowOnDuty();
+}
+
+bool TabViewImpl::IsOnDemand() const {
+    return PanelRegistry::Instance().IsOnDemand(mHandlerID);
 }
 
 void TabViewImpl::Pressed() {

@@ -16,10 +16,12 @@ struct TabViewImpl : host::View::Impl {
 
     void SetTitle(const host::UTF16String& title);
 
-    /// Puts the view and its handler on duty.
+    /// Puts the view and its handler on duty, unless it is a panel on demand.
     void PutOnDuty();
+    /// True for the view of a panel on demand (`PanelRegistry::SetOnDemand`).
+    bool IsOnDemand() const;
     /// Gives the keyboard to what had it last in the view, else to its first list or tree, else to its first
-    /// control; the view is on duty afterwards.
+    /// control; the view is on duty afterwards, if it can be.
     void TakeFocus();
 
     void Show(bool show) override;

@@ -26,9 +26,13 @@ TabViewImpl* TabViews::Find(const host::UTF16String& handlerID) const {
 }
 
 TabViewImpl* TabViews::FindOpen() const {
-    for (TabViewImpl* view : mViews)
+    TabViewImpl* first = nullptr;
+    for (TabViewImpl* view : mViews) {
+        if (view->IsOnDemand()) continue;
         if (view->mWidget && view->mWidget->isVisible()) return view;
-    return mViews.empty() ? nullptr : mViews.front();
+        if (!first) first = view;
+    }
+    return first;
 }
 
 void TabViews::ListenToMessage(const host::Message& message) {

@@ -24,7 +24,7 @@ public:
 
     /// The view of a handler, or null.
     TabViewImpl* Find(const host::UTF16String& handlerID) const;
-    /// The first view that the user can see, else the first one; null when there is none.
+    /// Of the views that can be on duty, the first that the user can see, else the first; null for none.
     TabViewImpl* FindOpen() const;
     const std::vector<TabViewImpl*>& GetAll() const { return mViews; }
 

@@ -1,14 +1,18 @@
 #include <gtest/gtest.h>
 
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
+#include <QTest>
 
 #include "desk/core/QtStrings.h"
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspace.h"
 #include "desk/framework/PanelRegistry.h"
+#include "desk/framework/TabViewImpl.h"
+#include "desk/framework/TabViews.h"
 #include "host/framework/Handler.h"
 #include "host/framework/TabView.h"
 #include "host/framework/WindowRegistry.h"
@@ -35,6 +39,7 @@ public:
     host::TabView* CreateTabViewSelf(host::WorkspaceFrame* frame) override {
         mView = std::make_unique<host::TabView>(nullptr);
         host::TabView::Create(mView.get(), GetHandlerID(), GetHandlerID() + u" & more", frame, true);
+        (new QLineEdit(mView->GetImpl().mWidget))->show();
         return mView.get();
     }
     bool ShouldDestroyWhenClosed() const override { return true; }
@@ -47,13 +52,15 @@ private:
     std::unique_ptr<host::TabView> mView;
 };
 
-const UTF16String kOne = u"test.dock.one", kTwo = u"test.dock.two";
+const UTF16String kOne = u"test.dock.one", kTwo = u"test.dock.two", kAside = u"test.dock.aside";
 
 struct DockWorkspaceTest : testing::Test {
     static void SetUpTestSuite() {
         using Handler = host::Handler;
         Handler::RegisterFactory(kOne, [](const UTF16String&) -> Handler* { return new TestPanel(kOne); });
         Handler::RegisterFactory(kTwo, [](const UTF16String&) -> Handler* { return new TestPanel(kTwo); });
+        Handler::RegisterFactory(kAside, [](const UTF16String&) -> Handler* { return new TestPanel(kAside); });
+        PanelRegistry::Instance().SetOnDemand(kAside);
     }
     DockWorkspaceTest() {
         TestPanel::sAllowClose = true;
@@ -72,6 +79,9 @@ struct DockWorkspaceTest : testing::Test {
                                                 frontmost);
     }
 
+    static UTF16String OnDuty() { return CommandRouter::Instance().GetHandlerOnDuty()->GetHandlerID(); }
+    bool HasKeyboard(const UTF16String& id) const { return mWorkspace.FindFrame(id)->HasKeyboard(); }
+
     ManualMainThread mMainThread;
     QMainWindow mWindow;
     DockWorkspace mWorkspace{mWindow};
@@ -88,15 +98,41 @@ TEST_F(DockWorkspaceTest, OpensEveryPanelTabbedAndGoesFromOneToTheNext) {
     mWorkspace.OpenTab("no.such.panel");
 
     mWorkspace.FindFrame(kOne)->TakeFocus();
-    const auto onDuty = [] { return CommandRouter::Instance().GetHandlerOnDuty()->GetHandlerID(); };
-    EXPECT_EQ(onDuty(), kOne);
+    EXPECT_EQ(OnDuty(), kOne);
     CommandRouter& router = CommandRouter::Instance();
     EXPECT_TRUE(router.FindStatus(kCommandNextPanel).mIsEnabled && router.Send(kCommandNextPanel));
-    EXPECT_EQ(onDuty(), kTwo);
+    EXPECT_EQ(OnDuty(), kTwo);
     EXPECT_TRUE(router.Send(kCommandNextPanel));
-    EXPECT_EQ(onDuty(), kOne);
+    EXPECT_EQ(OnDuty(), kOne);
     mWorkspace.ClosePanel(kTwo);
     EXPECT_FALSE(router.FindStatus(kCommandPreviousPanel).mIsEnabled || router.Send(kCommandPreviousPanel));
+}
+
+TEST_F(DockWorkspaceTest, APanelOnDemandLeavesTheDutyWhereItIsAndTakesTheKeyboardOnlyFromTheUser) {
+    mWindow.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&mWindow));
+    mWorkspace.FindFrame(kOne)->TakeFocus();
+    mWorkspace.CreateOrReanimateTabView(kAside, {})->BringToFront(true, false);
+    EXPECT_TRUE(IsShown(kAside));
+    EXPECT_TRUE(HasKeyboard(kOne));
+    EXPECT_EQ(OnDuty(), kOne);
+    QTest::mouseClick(mWorkspace.FindFrame(kAside)->findChild<QLineEdit*>(), Qt::LeftButton);
+    EXPECT_TRUE(HasKeyboard(kAside));
+    EXPECT_EQ(OnDuty(), kOne);
+    CommandRouter::Instance().Send(kCommandNextPanel);
+    EXPECT_TRUE(HasKeyboard(kOne)) << "on from where the keyboard is";
+    CommandRouter::Instance().Send(kCommandPreviousPanel);
+    EXPECT_TRUE(HasKeyboard(kAside));
+
+    mWorkspace.OpenTab(host::UTF16to8(kAside));
+    const QJsonObject layout = mWorkspace.SaveLayout();
+    mWorkspace.DestroyPanels();
+    QMainWindow window;
+    DockWorkspace workspace(window);
+    Open(window, workspace, layout);
+    EXPECT_TRUE(IsShown(kAside));
+    EXPECT_NE(OnDuty(), kAside);
+    EXPECT_EQ(TabViews::Instance().FindOpen()->mHandlerID, kOne) << "who serves while none is on duty";
 }
 
 TEST_F(DockWorkspaceTest, ClosesAsTheHandlerWishesAndComesBackWhereItWas) {
