@@ -15,6 +15,7 @@
 #include "desk/app/ProjectTexts.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/StatusLine.h"
+#include "desk/app/WindowPlacement.h"
 #include "desk/core/JsonFile.h"
 #include "desk/core/Localized.h"
 #include "desk/core/Log.h"
@@ -137,6 +138,8 @@ void MainWindow::RestoreLayout(QSize size) {
     if (file.mObject.contains(kGeometry) &&
         !restoreGeometry(QByteArray::fromBase64(file.mObject.value(kGeometry).toString().toLatin1())))
         Log(LogLevel::Warning, "The saved place of the window cannot be used");
+    // A picture is taken of a window on no screen.
+    if (mRecent) FitOnScreen(*this);
     if (size.isValid()) resize(size);
     mWorkspace->OpenPanels(file.mObject.value(kPanels).toObject());
 }
@@ -180,7 +183,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::UpdateTitle() {
     const ProjectDocumentRef active = mProjects->GetActiveDocument();
     const QString program = QStringLiteral("Production Desk");
-    setWindowTitle(active ? ProjectTitle(*active) + QStringLiteral(" — ") + program : program);
+    setWindowTitle(active ? ToWindowTitle(ProjectTitle(*active)) + QStringLiteral(" — ") + program : program);
 }
 
 /// Qt would offer the docks here, and hide them past the workspace.

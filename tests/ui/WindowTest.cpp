@@ -1,5 +1,8 @@
 #include <QColor>
 #include <QCoreApplication>
+#include <QDataStream>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <set>
 
 #include "tests/support/DesktopPortal.h"
@@ -24,6 +27,17 @@ protected:
         mHome.Write(name + "/Reel 1.zuproj", "a");
         mHome.MakeFolder(name + "/Sound");
         return mHome.Path(name);
+    }
+
+    /// Where the window was, with its frame, as `QWidget::saveGeometry` has it behind 8 bytes.
+    QRect SavedPlace() const {
+        const QByteArray layout = QByteArray::fromStdString(mHome.Read("profile/Window Layout.json"));
+        const QJsonValue geometry = QJsonDocument::fromJson(layout).object().value(QLatin1String("geometry"));
+        QDataStream stream(QByteArray::fromBase64(geometry.toString().toLatin1()).mid(8));
+        QRect place;
+        stream.setVersion(QDataStream::Qt_4_0);
+        stream >> place;
+        return place;
     }
 
     const std::string mPicture = mHome.Path("picture.png");
@@ -80,7 +94,8 @@ TEST_F(Window, OpensTheLastProductionAgain) {
     const auto isRemembered = [&] { return mHome.Exists("profile/Recent Productions.json"); };
     const Result first = RunWindowUntil(isRemembered, {"--profile", mProfile, production});
     EXPECT_EQ(first.mExitCode, 0) << first.mErrors;
-    EXPECT_TRUE(mHome.Exists("profile/Window Layout.json"));
+    EXPECT_TRUE(SavedPlace().isValid() && QRect(0, 0, 800, 800).contains(SavedPlace()))
+        << "the screen's size: " << SavedPlace().width() << 'x' << SavedPlace().height();
     EXPECT_NE(mHome.Read("profile/Recent Productions.json").find("Harbour"), std::string::npos);
     EXPECT_FALSE(mHome.Exists("data/production-desk/North Shore"));
 
