@@ -21,6 +21,7 @@
 #include "desk/app/RecentProductions.h"
 #include "desk/app/Screenshot.h"
 #include "desk/app/SystemColorScheme.h"
+#include "desk/core/DateLanguage.h"
 #include "desk/core/DebugDatabaseFile.h"
 #include "desk/core/LanguageTable.h"
 #include "desk/core/Log.h"
@@ -195,7 +196,9 @@ int Session::Execute() {
 void Session::OpenProfile() {
     const Profile& profile = mParts->mProfile.emplace(mCommandLine.mProfile);
     OpenLogFile(profile.PathOf("log.txt"));
-    TranslateQt(SetLanguage(ToUTF8(mCommandLine.mLanguage), profile.Folder()));
+    const std::string language = SetLanguage(ToUTF8(mCommandLine.mLanguage), profile.Folder());
+    TranslateQt(language);
+    if (!mCommandLine.mLanguage.isEmpty()) SetDateLanguage(language);
     mParts->mUsageLog = std::make_unique<UsageLogFile>(profile.PathOf(UsageLogFile::kFileName));
     mParts->mDebugDatabase = std::make_unique<DebugDatabaseFile>(profile.Folder());
     mParts->mRecent = std::make_unique<RecentProductions>(profile.PathOf(RecentProductions::kFileName));
