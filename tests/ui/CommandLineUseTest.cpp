@@ -52,6 +52,26 @@ TEST_F(CommandLineUse, SaysHowToGetAPictureWithoutADisplay) {
     }
 }
 
+TEST_F(CommandLineUse, TheScriptSaysSoBeforeItBuilds) {
+    // A copy that finds nothing to build.
+    std::filesystem::copy_file(ZU_SOURCE_DIR "/run.sh", mHome.Path("run.sh"));
+    const auto runScript = [&](const char* option) {
+        QProcess process;
+        process.setProcessEnvironment(mEnvironment);
+        process.start(QStringLiteral("bash"),
+                      {QString::fromStdString(mHome.Path("run.sh")), QString::fromLatin1(option)});
+        return Finish(process);
+    };
+    const Result program = Run({mHome.Path()});
+    const Result script = runScript(mHome.Path().c_str());
+    EXPECT_EQ(script.mErrors, program.mErrors);
+    EXPECT_EQ(script.mExitCode, program.mExitCode);
+    for (const char* option : {"--help", "--screenshot=p.png", "--list-plugins"})
+        EXPECT_EQ(runScript(option).mErrors.find("no display"), std::string::npos) << option;
+    SetVariable("DISPLAY", ":9731");
+    EXPECT_EQ(runScript(mHome.Path().c_str()).mErrors.find("no display"), std::string::npos);
+}
+
 TEST_F(CommandLineUse, ListsThePanelsAndWhyOthersAreRefused) {
     const auto read = [](const char* path) {
         std::ifstream file(path, std::ios::binary);
