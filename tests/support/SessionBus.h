@@ -12,7 +12,7 @@ class SessionBus {
 public:
     static bool IsPossible() {
 #ifdef __SANITIZE_THREAD__
-        return false;  // Once a QProcess has run, the sanitizer no longer sees what the thread that started it locks.
+        return false;  // Once a QProcess has run, the sanitizer no longer sees what its thread locks.
 #endif
         return !QStandardPaths::findExecutable(QStringLiteral("dbus-daemon")).isEmpty();
     }
