@@ -10,6 +10,7 @@
 #include "desk/core/QtStrings.h"
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
+#include "desk/framework/HeldKey.h"
 #include "desk/framework/ShortcutFiles.h"
 #include "host/core/Localizer.h"
 
@@ -49,8 +50,8 @@ constexpr std::string_view kRepeating[] = {"cmd.projects.undo",
                                            "cmd.zuproductionfolder.move.pageup",
                                            "cmd.zuproductionfolder.move.pagedown"};
 
-bool IsRepeating(const DeclaredCommand* command) {
-    return std::ranges::find(kRepeating, command->mName) != std::end(kRepeating);
+bool IsRepeating(const DeclaredCommand& command) {
+    return std::ranges::find(kRepeating, command.mName) != std::end(kRepeating);
 }
 
 void DeclareGlobalCommands(host::CommandContext& context) {
@@ -113,6 +114,8 @@ void Shortcuts::InstallOn(QWidget& mainWindow) {
     for (const auto& [key, shortcut] : mShortcuts) delete shortcut.data();
     mShortcuts.clear();
     mWindow = &mainWindow;
+    delete mHeldKey.data();
+    mHeldKey = new HeldKey(&mainWindow);
     LogUnknownNames();
     Refresh();
 }
@@ -180,9 +183,7 @@ void Shortcuts::Refresh() {
             shortcut = new QShortcut(key, mWindow.data());
             QObject::connect(shortcut, &QShortcut::activated, mWindow, [this, key = key] { Activate(key); });
         }
-        const auto commands = FindActiveCommands(key);
-        shortcut->setEnabled(!commands.empty());
-        shortcut->setAutoRepeat(std::ranges::all_of(commands, IsRepeating));
+        shortcut->setEnabled(!FindActiveCommands(key).empty());
     }
 }
 
@@ -197,7 +198,7 @@ void Shortcuts::Activate(const QKeySequence& key) const {
     CommandRouter& router = CommandRouter::Instance();
     for (const DeclaredCommand* command : FindActiveCommands(key)) {
         if (!router.FindStatus(command->mID).mIsEnabled) continue;
-        router.Send(command->mID);
+        if (!mHeldKey || !mHeldKey->IsHeld() || IsRepeating(*command)) router.Send(command->mID);
         return;
     }
 }

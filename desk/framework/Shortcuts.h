@@ -17,6 +17,8 @@ class QShortcut;
 
 namespace desk {
 
+class HeldKey;
+
 /// A command of a context.
 struct DeclaredCommand {
     std::string mName;
@@ -92,6 +94,8 @@ private:
     const Context* mActive = nullptr;
     bool mIsExclusive = false;
     QPointer<QWidget> mWindow;
+    /// The window's child.
+    QPointer<HeldKey> mHeldKey;
     std::map<QKeySequence, QPointer<QShortcut>> mShortcuts;
 };
 

@@ -1,5 +1,6 @@
 #include <QTest>
 
+#include "desk/framework/HeldKey.h"
 #include "desk/framework/Shortcuts.h"
 #include "tests/desk/framework/FrameworkFixture.h"
 
@@ -101,6 +102,21 @@ TEST_F(ShortcutsTest, AKeyThatIsHeldDownSendsItsCommandOnceUnlessOneGoesOnWithIt
     };
     EXPECT_EQ(hold(Qt::Key_Delete), 1u);
     EXPECT_EQ(hold(Qt::Key_PageDown), 3u);
+
+    desk::HeldKey held(nullptr);
+    const auto send = [this](QEvent::Type type, quint64 time) {
+        QKeyEvent event(type, Qt::Key_Delete, Qt::NoModifier);
+        event.setTimestamp(time);
+        QApplication::sendEvent(&mWidget, &event);
+    };
+    send(QEvent::ShortcutOverride, 1000);
+    EXPECT_FALSE(held.IsHeld());
+    send(QEvent::KeyRelease, 1500);
+    send(QEvent::ShortcutOverride, 1500);
+    EXPECT_TRUE(held.IsHeld()) << "as X11 repeats";
+    send(QEvent::KeyRelease, 1530);
+    send(QEvent::ShortcutOverride, 1550);
+    EXPECT_FALSE(held.IsHeld()) << "pressed again";
 }
 
 TEST_F(ShortcutsTest, WhatTheProfilesFileDoesNotGetRightIsNamedAndTheRestGoesOn) {
