@@ -15,7 +15,8 @@ QWidget* FindParentWindow();
 /// behind their separators.
 QString ToDisplayLines(std::u16string_view text);
 
-/// Gives the box its title, and the width that a window's frame takes to show it whole.
+/// Gives the box its title, and the width that a window's frame takes to show it whole. To be called last: what
+/// else it is given makes the box lay itself out anew.
 void SetTitle(QMessageBox& box, std::u16string_view title);
 
 /// Gives the box the theme's picture for what it is: "information", "question" or "warning".

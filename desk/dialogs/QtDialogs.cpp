@@ -24,10 +24,10 @@ std::optional<host::UTF16String> Run(QFileDialog& dialog) {
 
 void QtDialogs::ShowMessage(const host::UTF16String& title, const host::UTF16String& text, MessageKind kind) {
     QMessageBox box(QMessageBox::NoIcon, {}, ToDisplayLines(text), QMessageBox::NoButton, FindParentWindow());
-    SetTitle(box, title);
     box.setTextFormat(Qt::PlainText);
     SetPicture(box, kind == MessageKind::Failure ? "warning" : "information");
     box.addButton(Localized("$$$/Desk/Dialogs/OK=OK"), QMessageBox::AcceptRole);
+    SetTitle(box, title);
     box.exec();
 }
 

@@ -34,7 +34,6 @@ host::UTF16String ToPath(const QString& file) {
 Answer QtDialogs::Ask(const Question& question) {
     QMessageBox box(QMessageBox::NoIcon, {}, ToDisplayLines(question.mText), QMessageBox::NoButton,
                     FindParentWindow());
-    SetTitle(box, question.mTitle);
     box.setTextFormat(Qt::PlainText);
     SetPicture(box, question.mIsWarning ? "warning" : "question");
     QList<QAbstractButton*> buttons;
@@ -45,6 +44,7 @@ Answer QtDialogs::Ask(const Question& question) {
     box.setEscapeButton(buttons.at(static_cast<qsizetype>(question.mCancel)));
     if (question.mOffersApplyToAll)
         box.setCheckBox(new QCheckBox(Localized("$$$/Desk/Dialogs/ApplyToAll=Apply to all")));
+    SetTitle(box, question.mTitle);
     box.exec();
     const qsizetype pressed = buttons.indexOf(box.clickedButton());
     return {pressed < 0 ? question.mCancel : static_cast<std::size_t>(pressed),
