@@ -56,6 +56,7 @@ FolderWalk::Result FolderWalk::Run(const host::UTF16String& root, const WorkProg
             SearchFolder(folders[index]);
         });
     }
+    progress.ThrowIfCancelled("search", host::UTF16to8(mRoot));
     std::ranges::sort(mResult.mPaths);
     return std::move(mResult);
 }

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "desk/core/WorkProgress.h"
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
 #include "tests/desk/files/FollowedFolder.h"
@@ -93,6 +94,24 @@ TEST_F(FileSearchTest, ADroppedRequestEndsTheWalkAndNeverCompletes) {
     mMain.RunUntilIdle();
     EXPECT_EQ(mCompletions, 0);
     EXPECT_EQ(mDisk.Count(Operation::ListFolder), 2);
+}
+
+TEST_F(FileSearchTest, AWalkThatIsCancelledInItsLastFolderFindsNothing) {
+    class CancelsInFolder : public ScriptedDialogs {
+    public:
+        explicit CancelsInFolder(FaultyFileSystem& disk) : mDisk(disk) {}
+        void WaitFor(const host::UTF16String&, desk::WorkProgress& progress,
+                     const std::future<void>& done) override {
+            EXPECT_TRUE(mDisk.WaitAtGate());
+            progress.Cancel();
+            mDisk.OpenGate();
+            done.wait();
+        }
+        FaultyFileSystem& mDisk;
+    } dialogs(mDisk);
+    mFolder.Write("a/Reel.zuproj");
+    mDisk.CloseGate(Operation::ListFolder, mFolder.Path("a"));
+    EXPECT_EQ(ErrorOf([&] { FileSearch::FindFiles(mFolder.PathUTF16(), u".zuproj"); }), ECANCELED);
 }
 
 TEST_F(FileSearchTest, LosesNoChangeOfItsOwnTimeAndTellsItAfterTheCompletion) {
