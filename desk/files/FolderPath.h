@@ -31,6 +31,13 @@ inline std::u16string_view FolderOf(std::u16string_view path) {
     return slash == std::u16string_view::npos ? std::u16string_view() : path.substr(0, slash == 0 ? 1 : slash);
 }
 
+/// The same for a path of the disk, in bytes; "." when `path` names no folder.
+inline std::string FolderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
 /// A folder's path for the UI thread and for the disk.
 struct FolderPath {
     explicit FolderPath(const host::UTF16String& text) : mText(text), mBytes(host::UTF16to8(text)) {}

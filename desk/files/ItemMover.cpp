@@ -57,7 +57,7 @@ public:
         : mSource(source), mDestination(destination), mProgress(progress), mPart(destination) {}
 
     ItemMove Run() {
-        Disk().TryToChangeFolder(ParentFolder(mSource));
+        Disk().TryToChangeFolder(FolderOf(mSource));
         mTree = ReadItemTree(mSource, TreeExtent::Everything, mProgress);
         ThrowIfNotMovable();
         mProgress.AddToTotal(mTree.mBytes);
@@ -65,13 +65,13 @@ public:
         ThrowIfChanged();
         mPart.Publish();
         try {
-            Disk().FlushFolder(ParentFolder(mDestination));
+            Disk().FlushFolder(FolderOf(mDestination));
             RemoveSource();
         } catch (const host::FileException&) {
             mPart.TakeBack();
             throw;
         }
-        FlushAfterRename(ParentFolder(mSource));
+        FlushAfterRename(FolderOf(mSource));
         mMove.mIsFolder = mTree.IsFolder();
         return mMove;
     }
@@ -155,8 +155,8 @@ void MoveOnVolume(const std::string& from, const std::string& to) {
     } catch (const host::FileException&) {
         if (!HasMoved(from, before, to)) throw;
     }
-    FlushAfterRename(ParentFolder(to));
-    if (ParentFolder(from) != ParentFolder(to)) FlushAfterRename(ParentFolder(from));
+    FlushAfterRename(FolderOf(to));
+    if (FolderOf(from) != FolderOf(to)) FlushAfterRename(FolderOf(from));
 }
 
 ItemMove MoveItem(const std::string& source, const std::string& destination, WorkProgress& progress) {

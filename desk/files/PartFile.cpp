@@ -46,14 +46,8 @@ std::string_view NameOf(std::string_view path) {
 
 }  // namespace
 
-std::string ParentFolder(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 PartFile::PartFile(const std::string& destination)
-    : mDestination(destination), mPath(JoinPath<std::string>(ParentFolder(destination), MakeTemporaryName())) {
+    : mDestination(destination), mPath(JoinPath<std::string>(FolderOf(destination), MakeTemporaryName())) {
     ThrowIfTaken(destination);
 }
 
@@ -82,7 +76,7 @@ void PartFile::Copy(ItemTree& tree, WorkProgress& progress) {
 /// What the system holds back of a volume of another machine, its flush of volumes need not reach.
 bool PartFile::ShouldFlushEach(const ItemTree& tree) const {
     return !tree.IsFolder() || tree.mFiles.size() <= kFewFiles ||
-           !DoesVolumeReportChanges(Disk().VolumeType(ParentFolder(mDestination)));
+           !DoesVolumeReportChanges(Disk().VolumeType(FolderOf(mDestination)));
 }
 
 void PartFile::CopyFolders(const ItemTree& tree) {

@@ -8,9 +8,6 @@ namespace desk {
 
 class WorkProgress;
 
-/// The folder in which `path` (bytes, normalised) stands.
-std::string ParentFolder(const std::string& path);
-
 /// A copy in the making: a file, link or folder under a hidden name beside its destination. What has not been
 /// published when it is destroyed is removed. For a worker.
 class PartFile {

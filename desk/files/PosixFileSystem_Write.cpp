@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "desk/files/FileDescriptor.h"
+#include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/PosixErrors.h"
 #include "desk/files/PosixFileSystem.h"
@@ -13,12 +14,6 @@
 namespace desk {
 
 namespace {
-
-std::string FolderOf(const std::string& path) {
-    std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
 
 int CheckSize(const std::string& path, std::size_t size) {
     struct stat facts;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "desk/core/Desktop.h"
+#include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/PosixErrors.h"
 #include "desk/project/Leftovers.h"
@@ -41,12 +42,6 @@ int ErrorOf(Operation operation) {
     } catch (const host::FileException& exception) {
         return exception.SystemError();
     }
-}
-
-std::string FolderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 std::string NameOf(const std::string& path) {
