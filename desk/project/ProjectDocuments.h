@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -48,13 +49,14 @@ public:
     /// Asks for a place and saves the project's present content there as a new project, which is opened in its
     /// place; the project's own file stays as it is. False when the user cancelled or it could not be written.
     bool SaveProjectAsCopy(const host::ProjectRef& project);
-    /// Closes the projects in `folder` (at any depth) with the same questions; false at the first that stays
-    /// open. To be called before the production in that folder is closed, which is then not to happen.
+    /// Closes the projects in `folder` (at any depth) like `CloseAllProjects`: all of them or, with false, none.
+    /// To be called before the production in that folder is closed, which after false is not to happen.
     bool CloseProjectsIn(const host::UTF16String& folder);
 
 private:
     friend class host::ScEnableSaveApplyToAllOption;
     class Operation;
+    class Closing;
 
     /// Scopes may outlive the manager: they are counted apart from it.
     static void CountApplyToAllScope(int step);
@@ -87,7 +89,8 @@ private:
 
     bool Close(const ProjectDocumentRef& document, bool prompt);
     bool SaveToClose(const ProjectDocumentRef& document);
-    bool CloseAll(const std::vector<ProjectDocumentRef>& documents);
+    /// All that `find` finds, or none.
+    bool CloseAll(const std::function<std::vector<ProjectDocumentRef>()>& find);
     ProjectQuestions::SaveAnswer AskToSave(const ProjectDocumentRef& document);
     void Drop(const ProjectDocumentRef& document);
 

@@ -1,10 +1,12 @@
 // Closing one and several projects, with the question to save.
 
 #include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
 #include <utility>
 
 #include "desk/files/FolderPath.h"
-#include "desk/project/OutOfDateWatch.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "host/files/PathUtils.h"
 
@@ -29,26 +31,75 @@ bool ProjectDocuments::CloseProject(const host::ProjectRef& project, bool prompt
 }
 
 bool ProjectDocuments::CloseAllProjects() {
-    return CloseAll(GetDocuments());
+    return CloseAll([this] { return GetDocuments(); });
 }
 
 bool ProjectDocuments::CloseProjectsIn(const host::UTF16String& folder) {
     const host::UTF16String normalized = host::PathUtils::ToNormalizedPath(folder);
-    std::vector<ProjectDocumentRef> documents = GetDocuments();
-    std::erase_if(documents, [&](const ProjectDocumentRef& document) {
-        return !IsSameOrBelow(document->GetProjectPath(), normalized);
+    return CloseAll([&] {
+        std::vector<ProjectDocumentRef> documents = GetDocuments();
+        std::erase_if(documents, [&](const ProjectDocumentRef& document) {
+            return !IsSameOrBelow(document->GetProjectPath(), normalized);
+        });
+        return documents;
     });
-    return CloseAll(documents);
 }
 
-bool ProjectDocuments::CloseAll(const std::vector<ProjectDocumentRef>& documents) {
-    const auto changed = std::count_if(documents.begin(), documents.end(),
-                                       [](const ProjectDocumentRef& document) { return document->IsDirty(); });
+/// Projects that are closed together, once each may be. Another operation on them is refused until then.
+class ProjectDocuments::Closing {
+public:
+    explicit Closing(ProjectDocuments& documents) : mDocuments(documents) {}
+
+    /// False when another operation on one of them is under way.
+    bool Begin(const std::vector<ProjectDocumentRef>& documents) {
+        return std::ranges::all_of(documents, [this](const ProjectDocumentRef& document) {
+            auto& operation = mOperations[document.get()];
+            if (!operation) operation = std::make_unique<Operation>(mDocuments, document);
+            return operation->HasBegun();
+        });
+    }
+
+    /// True when closing the document loses nothing but what the user has given up or saved as a copy.
+    bool MayClose(const ProjectDocumentRef& document) const {
+        if (!document->IsDirty()) return true;
+        const auto agreed = mAgreed.find(document.get());
+        return agreed != mAgreed.end() && agreed->second == document->GetCurrentText();
+    }
+
+    /// False when the document is to stay open, and with it all.
+    bool Ask(const ProjectDocumentRef& document) {
+        const host::UTF16String text = document->GetCurrentText();
+        const SaveAnswer answer = mDocuments.AskToSave(document);
+        if (answer == SaveAnswer::Cancel) return false;
+        if (answer == SaveAnswer::Save && !mDocuments.SaveToClose(document)) return false;
+        mAgreed[document.get()] = text;
+        return true;
+    }
+
+private:
+    ProjectDocuments& mDocuments;
+    /// Each keeps its document, so that no other can be at its place in memory.
+    std::map<const ProjectDocument*, std::unique_ptr<Operation>> mOperations;
+    /// What the document showed when the user agreed to close it.
+    std::map<const ProjectDocument*, host::UTF16String> mAgreed;
+};
+
+/// `find` is asked anew after each question, while which projects may have been opened, and texts changed.
+bool ProjectDocuments::CloseAll(const std::function<std::vector<ProjectDocumentRef>()>& find) {
+    std::vector<ProjectDocumentRef> documents = find();
     std::optional<host::ScEnableSaveApplyToAllOption> scope;
-    if (changed > 1) scope.emplace();
-    return std::all_of(documents.begin(), documents.end(), [this](const ProjectDocumentRef& document) {
-        return !IsOpen(document) || Close(document, true);
-    });
+    if (std::ranges::count_if(documents, [](const auto& document) { return document->IsDirty(); }) > 1)
+        scope.emplace();
+    Closing closing(*this);
+    for (;; documents = find()) {
+        if (!closing.Begin(documents)) return false;
+        const auto open = std::ranges::find_if_not(
+            documents, [&](const ProjectDocumentRef& document) { return closing.MayClose(document); });
+        if (open == documents.end()) break;
+        if (!closing.Ask(*open)) return false;
+    }
+    for (const ProjectDocumentRef& document : documents) Drop(document);
+    return true;
 }
 
 bool ProjectDocuments::Close(const ProjectDocumentRef& document, bool prompt) {

@@ -37,7 +37,9 @@ public:
     /// operation on it is under way.
     virtual bool CloseProject(const ProjectRef& project, bool prompt) = 0;
 
-    /// Closes all open projects with the same questions, up to the first that stays open; then false.
+    /// Closes all open projects with the same questions, which all come first. Closes none, and returns false, when
+    /// one is to stay open; what has been saved by then is saved, and what was to be discarded stays unsaved. What
+    /// is changed or opened while a question is open is asked about as well.
     virtual bool CloseAllProjects() = 0;
 
     /// Reads the project from its file again. Unsaved changes are asked about first. False when nothing was read.

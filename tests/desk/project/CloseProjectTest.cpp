@@ -5,6 +5,16 @@
 
 namespace {
 
+/// Does something while a question is open.
+class Meanwhile : public ScriptedDialogs {
+public:
+    desk::Answer Ask(const desk::Question& question) override {
+        mMeanwhile();
+        return ScriptedDialogs::Ask(question);
+    }
+    std::function<void()> mMeanwhile;
+};
+
 class CloseProjectTest : public ProjectDocumentsFixture {
 protected:
     static constexpr const char* kProjects[] = {"Day 1/a.zuproj", "Day 1/b.zuproj", "Day 2/c.zuproj"};
@@ -77,7 +87,8 @@ TEST_F(CloseProjectTest, OneAnswerCanStandForAllUntilTheLastScopeEndsAndCancelNe
     EXPECT_FALSE(Manager().CloseAllProjects());
     EXPECT_TRUE(mDialogs.LastOfferedApplyToAll());
     EXPECT_EQ(Contents(), "new old old ");
-    EXPECT_EQ(host::OpenProjectCount(), 2);
+    EXPECT_EQ(host::OpenProjectCount(), 3) << "what was asked about before the cancel stays open too";
+    EXPECT_FALSE(Find(kProjects[0])->IsDirty() || Find(kProjects[0])->IsReadOnly());
     EXPECT_EQ(host::GetActiveProject(), Find(kProjects[1])) << "the one that is asked about is in front";
     mDialogs.ExpectQuestion("Save Changes", u"Save", true);
     EXPECT_TRUE(Manager().CloseAllProjects());
@@ -104,22 +115,36 @@ TEST_F(CloseProjectTest, AProductionsProjectsAreThoseInItsFolder) {
     mDialogs.ExpectQuestion("Save Changes", u"Discard");
     mDialogs.ExpectQuestion("Save Changes", u"Cancel");
     EXPECT_FALSE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day 1/")));
-    mDialogs.ExpectQuestion("Save Changes", u"Discard");
+    EXPECT_EQ(Find(kProjects[0])->GetCurrentText(), u"new");
+    EXPECT_TRUE(Find(kProjects[0])->IsDirty()) << "its changes were not discarded, since it was not closed";
+    mDialogs.ExpectQuestion("Save Changes", u"Discard", true);
     EXPECT_TRUE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day 1")));
     EXPECT_TRUE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day")));
     EXPECT_EQ(host::OpenProjectCount(), 1);
     EXPECT_TRUE(Find(kProjects[2]));
 }
 
+TEST_F(CloseProjectTest, WhatHasChangedWhileOthersWereAskedAboutIsAskedAboutAgain) {
+    OpenThree();
+    mFolder.Write(kProject, "old");
+    Meanwhile dialogs;
+    int asked = 0;
+    dialogs.mMeanwhile = [&] {
+        if (++asked != 3) return;
+        Edit(Find(kProjects[0]), u"newer");
+        Edit(Find(kProjects[1]), u"newer");
+        EXPECT_FALSE(Manager().CloseProject(Find(kProjects[0]), false)) << "it waits to be closed with all";
+        Edit(OpenAndFind(), u"new");
+    };
+    for (const char16_t* answer : {u"Save", u"Discard", u"Save", u"Save", u"Discard", u"Save"})
+        dialogs.ExpectQuestion("Save Changes", answer);
+    EXPECT_TRUE(Manager().CloseAllProjects());
+    EXPECT_EQ(Contents() + mFolder.Read(kProject), "newer old new new");
+    EXPECT_EQ(host::OpenProjectCount(), 0);
+}
+
 TEST_F(CloseProjectTest, WhatHappensDuringAQuestionFindsTheProjectBusy) {
-    class Meanwhile : public ScriptedDialogs {
-    public:
-        desk::Answer Ask(const desk::Question& question) override {
-            mMeanwhile();
-            return ScriptedDialogs::Ask(question);
-        }
-        std::function<void()> mMeanwhile;
-    } dialogs;
+    Meanwhile dialogs;
     const desk::ProjectDocumentRef document = OpenAndFind();
     Edit(document, u"new");
     dialogs.mMeanwhile = [&] {
