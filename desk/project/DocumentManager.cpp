@@ -1,5 +1,6 @@
 #include "host/project/DocumentManager.h"
 
+#include "desk/project/LockWatch.h"
 #include "desk/project/OutOfDateWatch.h"
 #include "desk/project/ProjectDocuments.h"
 

@@ -68,9 +68,13 @@ HeldLock::~HeldLock() {
 LockStanding HeldLock::Check() {
     if (mIsLost) return LockStanding::Lost;
     const LockStanding standing = CheckOnDisk(mPath, mRecord.mNonce);
-    mIsLost = standing == LockStanding::Lost;
-    if (mIsLost) Log(LogLevel::Info, "the lock is no longer ours: " + mPath);
+    if (standing == LockStanding::Lost) NoteLoss();
     return standing;
+}
+
+void HeldLock::NoteLoss() {
+    mIsLost = true;
+    Log(LogLevel::Info, "the lock is no longer ours: " + mPath);
 }
 
 LockKeeper& LockKeeper::Instance() {
@@ -155,6 +159,13 @@ HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& 
 HeldLockPtr LockKeeper::Find(const std::string& lockPath) const {
     const auto entry = mLocks.find(lockPath);
     return entry == mLocks.end() ? nullptr : entry->second.lock();
+}
+
+bool LockKeeper::NoteLoss(const std::string& lockPath, const std::string& nonce) {
+    const HeldLockPtr held = Find(lockPath);
+    if (!held || held->mIsLost || held->mRecord.mNonce != nonce) return false;
+    held->NoteLoss();
+    return true;
 }
 
 /// A lost lock is nobody's.

@@ -28,12 +28,13 @@ public:
     /// stays lost. To be asked before each save and each move of the project. Throws `host::FileException` with
     /// ECANCELED when the user does not want to wait for the volume.
     LockStanding Check();
-    /// What the last `Check` found.
+    /// What the last `Check`, or `LockKeeper::NoteLoss`, found.
     bool IsLost() const { return mIsLost; }
 
 private:
     friend class LockKeeper;
     HeldLock(std::string path, LockRecord record) : mPath(std::move(path)), mRecord(std::move(record)) {}
+    void NoteLoss();
 
     std::string mPath;
     LockRecord mRecord;
@@ -63,6 +64,9 @@ public:
     /// The lock that this process holds at `lockPath`; empty when it holds none. Touches no disk.
     HeldLockPtr Find(const std::string& lockPath) const;
     bool HoldsAny() const { return !mLocks.empty(); }
+    /// The lock with this nonce that this process holds at `lockPath` was found lost: it stays lost. False when
+    /// this process holds none such there any more. Touches no disk.
+    bool NoteLoss(const std::string& lockPath, const std::string& nonce);
     /// True for the record of a lock of this very process that it does not hold any more: whoever has read it
     /// has not heard yet that it was given up. Touches no disk.
     bool HasGivenUp(const LockRecord& record) const;

@@ -1,42 +1,28 @@
 #pragma once
 
-#include <functional>
 #include <map>
-#include <memory>
-#include <vector>
+#include <optional>
 
-#include "desk/core/MainThread.h"
 #include "desk/project/ProjectDocument.h"
-#include "host/core/Messaging.h"
+#include "desk/project/ProjectLooks.h"
 
 namespace desk {
 
-/// Notices that the file of an open project is no longer what was read from it. Looks every few seconds at what
-/// the folder store knows, and at once when a change of the folder is announced; where the store knows nothing,
-/// and to be sure, a worker looks at the file. Never waits for the volume. UI thread.
-class OutOfDateWatch : public host::Listener {
+/// Notices that the file of an open project is no longer what was read from it: by what the folder store knows;
+/// where it knows nothing, and to be sure, a worker looks at the file. Never waits for the volume. UI thread.
+class OutOfDateWatch {
 public:
     OutOfDateWatch();
-    ~OutOfDateWatch() override;
-
-    void ListenToMessage(const host::Message& message) override;
 
 private:
-    struct Look;
-
-    void LookAtAll();
-    void LookAt(const ProjectDocumentRef& document, bool alwaysAsksDisk);
+    ProjectLooks::Look PrepareLook(const ProjectDocumentRef& document, bool isAnnounced);
     bool IsWorthALook(const ProjectDocument& document) const;
-    void Begin(const ProjectDocumentRef& document);
-    void Finish(const Look& look);
+    bool Note(const ProjectDocumentRef& document, const ProjectContentPtr& content,
+              const std::optional<FileComparison>& found);
 
-    MainThread::TimerID mTimer;
     /// By document: what a worker has found last that was not what had been read.
     std::map<const ProjectDocument*, ItemStatus> mDiffering;
-    /// Documents at which a worker is looking; true when it is to look again.
-    std::map<const ProjectDocument*, bool> mLooking;
-    /// Gone with this object, so that what workers post later finds out.
-    std::shared_ptr<OutOfDateWatch*> mSelf;
+    ProjectLooks mLooks;
 };
 
 }  // namespace desk

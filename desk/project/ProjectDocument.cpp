@@ -59,6 +59,11 @@ void ProjectDocument::SetLocks(host::ProjectLockFileRef lock, host::ProjectLockF
     AnnounceState();
 }
 
+void ProjectDocument::KeepLostLock() {
+    const bool isOwnLost = mLock && !mLock->IsHeldByReader();
+    SetLocks(isOwnLost ? mLock : nullptr, isOwnLost ? nullptr : mTargetLock);
+}
+
 void ProjectDocument::ReleaseLocks() {
     mLock.reset();
     mTargetLock.reset();

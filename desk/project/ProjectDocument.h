@@ -59,6 +59,8 @@ public:
     const host::ProjectLockFileRef& GetTargetLock() const { return mTargetLock; }
     /// Sets both locks; empty references make the project read-only.
     void SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock);
+    /// One of the locks is lost: it stays, and says so; another is of no use any more, and is given up.
+    void KeepLostLock();
     /// Gives the locks up without a word, as the project is being closed.
     void ReleaseLocks();
 

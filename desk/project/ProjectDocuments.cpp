@@ -16,6 +16,7 @@
 #include "desk/files/FileSystem.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/LookAgain.h"
+#include "desk/project/LockWatch.h"
 #include "desk/project/OutOfDateWatch.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "desk/toolkit/Theme.h"
@@ -53,7 +54,11 @@ void FollowFolders() {
 
 }  // namespace
 
-ProjectDocuments::ProjectDocuments() : mWatch(std::make_unique<OutOfDateWatch>()) {
+ProjectDocuments::ProjectDocuments()
+    : mOutOfDateWatch(std::make_unique<OutOfDateWatch>()),
+      mLockWatch(std::make_unique<LockWatch>([this](const ProjectDocumentRef& document, const LockLoss& loss) {
+          return NoteLoss(document, loss);
+      })) {
     sInstance = this;
     FollowFolders();
 }

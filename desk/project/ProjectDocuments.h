@@ -14,13 +14,16 @@
 
 namespace desk {
 
+class LockWatch;
 class OutOfDateWatch;
+struct LockLoss;
 
 /// The host's document manager: every operation of `host::DocumentManager`, with its questions by the process's
 /// `Dialogs`. Files are read and written by workers while the window lives (`RunLongWork`). The process has one
 /// while it has a place for open projects: the program makes it before the window and destroys it after it.
-/// While an operation on a project asks or waits, another one on the same project is refused (false). UI
-/// thread.
+/// While an operation on a project asks or waits, another one on the same project is refused (false). A project
+/// whose lock was broken or removed becomes read-only within seconds, with its unsaved changes, and the user is told
+/// who has it. UI thread.
 class ZUHOST_API ProjectDocuments final : public host::DocumentManager {
 public:
     /// Becomes `host::DocumentManager::Instance()`.
@@ -81,6 +84,7 @@ private:
 
     Saving Save(const ProjectDocumentRef& document);
     std::optional<Saving> CheckLocks(const ProjectDocumentRef& document);
+    bool NoteLoss(const ProjectDocumentRef& document, const LockLoss& loss);
     FileWriting Write(const ProjectDocumentRef& document, const host::UTF16String& text,
                       const std::optional<FileComparison>& approved);
     Saving SaveAsCopy(const ProjectDocumentRef& document);
@@ -104,7 +108,8 @@ private:
     std::set<host::UTF16String> mOpening;
     ProjectDocumentRef mActive;
     std::optional<ProjectQuestions::SaveAnswer> mAnswerForAll;
-    std::unique_ptr<OutOfDateWatch> mWatch;
+    std::unique_ptr<OutOfDateWatch> mOutOfDateWatch;
+    std::unique_ptr<LockWatch> mLockWatch;
 };
 
 }  // namespace desk

@@ -7,6 +7,8 @@
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/AskVolume.h"
 #include "desk/dialogs/LongWork.h"
+#include "desk/project/LockKeeper.h"
+#include "desk/project/LockWatch.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -91,9 +93,7 @@ std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const Proje
         const bool isLost = document->GetLock()->IsLost();
         const bool isTargetLost = !isLost && document->GetTargetLock() && document->GetTargetLock()->IsLost();
         if (!isLost && !isTargetLost) return {};
-        // The lost one stays, and says so; another is of no use any more.
-        document->SetLocks(isLost ? document->GetLock() : nullptr,
-                           isLost ? nullptr : document->GetTargetLock());
+        document->KeepLostLock();
         const Loss loss = FindOutAboutLoss(isLost ? path : host::UTF8to16(document->GetFile().mPath));
         return ProjectQuestions::AskToCopyAfterLoss(path, loss.mHolder, loss.mRemains) ? SaveAsCopy(document)
                                                                                        : Saving{};
@@ -101,6 +101,16 @@ std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const Proje
         if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
         return Saving{};
     }
+}
+
+/// True when nothing remains to be done about it. What is under way on the document finds out by itself.
+bool ProjectDocuments::NoteLoss(const ProjectDocumentRef& document, const LockLoss& loss) {
+    const Operation operation(*this, document);
+    if (!operation.HasBegun()) return false;
+    if (!LockKeeper::Instance().NoteLoss(loss.mLockPath, loss.mNonce)) return true;
+    document->KeepLostLock();
+    ProjectQuestions::TellLockLost(document->GetProjectPath(), loss.mHolder);
+    return true;
 }
 
 /// What fails is told.

@@ -8,6 +8,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
+#include "desk/core/UserNotice.h"
 #include "desk/project/BreakLock.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
@@ -204,6 +205,12 @@ bool AskToCopyAfterLoss(const UTF16String& path, const ProjectLocking& holder, P
                          ZString("$$$/Desk/Project/LockLostAdvice=Nothing was overwritten. The project is "
                                  "read-only now; your changes "
                                  "can be saved as a copy."));
+}
+
+void TellLockLost(const UTF16String& path, const ProjectLocking& holder) {
+    TellUser(DescribeLoss(path, holder, ProjectRemains::Project) + u" " +
+             ZString("$$$/Desk/Project/LockLostNotice=The project is read-only now; changes can be saved as a "
+                     "copy."));
 }
 
 bool AskToCopyReadOnly(const UTF16String& path) {

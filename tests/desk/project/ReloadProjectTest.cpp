@@ -103,6 +103,7 @@ TEST_F(ReloadProjectTest, AFileThatChangesIsNoticedWithinSecondsAndNeverOnTheUIT
     std::filesystem::last_write_time(mFolder.Path(kProject), time + 1h);
     mMain.Advance(4s);
     EXPECT_FALSE(document->IsOutOfDate()) << "the same bytes again";
+    EXPECT_TRUE(Manager().SetProjectReadOnly(document, true)) << "so that only the file is looked at";
     const int readings = mDisk.Count(Operation::ReadSmallFile);
     mMain.Advance(10s);
     EXPECT_EQ(mDisk.Count(Operation::ReadSmallFile), readings) << "whose new time has been noted";
