@@ -54,7 +54,9 @@ void SetTitle(QMessageBox& box, std::u16string_view title) {
     box.setWindowTitle(ToWindowTitle(text));
     QFont font = QApplication::font("QMdiSubWindowTitleBar");
     font.setBold(true);
-    const int width = QFontMetrics(font).horizontalAdvance(text) + kBesideTitle;
+    // Under X11 Qt puts the program's name behind the title.
+    const QString shown = text + QStringLiteral(" — ") + QGuiApplication::applicationDisplayName();
+    const int width = QFontMetrics(font).horizontalAdvance(shown) + kBesideTitle;
     // A message box sets its own width: that of its layout.
     if (auto* layout = qobject_cast<QGridLayout*>(box.layout()))
         layout->addItem(new QSpacerItem(width, 0), layout->rowCount(), 0, 1, layout->columnCount());
