@@ -78,7 +78,8 @@ public:
         mResult.mProfile = ToUTF8(Value("profile"));
         Value("plugin-dir");
         Value("open");
-        for (const QString& project : mParser.values(Text("open"))) mResult.mProjects.push_back(ToUTF8(project));
+        for (const QString& project : mParser.values(Text("open")))
+            mResult.mProjects.push_back(ToUTF8(project));
         for (const QString& folder : mParser.values(Text("plugin-dir")))
             mResult.mPluginFolders.push_back(ToUTF8(folder));
         const QStringList folders = mParser.positionalArguments();

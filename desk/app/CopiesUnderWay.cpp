@@ -39,7 +39,8 @@ bool CopiesUnderWay::MayBeCancelled() {
     if (!queue || !queue->IsBusy()) return true;
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = host::ZString("$$$/Desk/Copies/UnderWayTitle=Projects Are Being Copied"),
-         .mText = host::ZString("$$$/Desk/Copies/UnderWayText=The copies that are not finished will be cancelled."),
+         .mText =
+             host::ZString("$$$/Desk/Copies/UnderWayText=The copies that are not finished will be cancelled."),
          .mButtons = {host::ZString("$$$/Desk/Copies/KeepCopying=Keep Copying"),
                       host::ZString("$$$/Desk/Copies/CancelCopies=Cancel Copies")},
          .mCancel = 0,

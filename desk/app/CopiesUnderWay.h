@@ -8,9 +8,9 @@
 
 namespace desk {
 
-/// Keeps copies in the user's sight: brings up the progress panel, without the keyboard's focus, when copies are
-/// still being made after `kLong`, and when one has failed. A panel that the user closes then stays closed until
-/// there is another reason. UI thread.
+/// Keeps copies in the user's sight: brings up the progress panel, without the keyboard's focus, when copies
+/// are still being made after `kLong`, and when one has failed. A panel that the user closes then stays closed
+/// until there is another reason. UI thread.
 class CopiesUnderWay : private host::Listener {
 public:
     static constexpr std::chrono::milliseconds kLong{800};

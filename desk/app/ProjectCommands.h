@@ -23,8 +23,8 @@ private:
     void CloseOthers() const;
     void ToggleReadOnly() const;
     /// The project whose lock is to be broken: what is selected in the production or, while the keyboard is in
-    /// the project in front or nothing is selected, that one. Empty unless it is a single project of which it is
-    /// known that somebody else holds it. Touches no disk.
+    /// the project in front or nothing is selected, that one. Empty unless it is a single project of which it
+    /// is known that somebody else holds it. Touches no disk.
     host::UTF16String FindLockedProject() const;
     void BreakLock() const;
 

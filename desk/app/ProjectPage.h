@@ -32,8 +32,8 @@ public:
     void UpdateContent();
     /// Dirty, read-only or out of date may have changed.
     void UpdateState();
-    /// Looks who holds the lock of a project that is open read-only, on a worker; while it is still looking, once
-    /// more afterwards.
+    /// Looks who holds the lock of a project that is open read-only, on a worker; while it is still looking,
+    /// once more afterwards.
     void UpdateHolder();
     /// True when the last look has found that somebody else holds the project, which is open read-only.
     bool IsHeldBySomebodyElse() const { return mDocument->IsReadOnly() && mIsHeld; }

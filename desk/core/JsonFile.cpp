@@ -84,17 +84,19 @@ SettingsFile ReadSettingsFile(const std::string& path) {
 
     const std::string aside = file.mState == JsonFile::State::Broken ? SetAside(path) : std::string();
     settings.mMayWrite = !aside.empty();
-    settings.mNotice =
-        settings.mMayWrite
-            ? host::ZString("$$$/Desk/Settings/SetAside=The settings in “@0” are damaged and were not "
-                            "used. The file is kept as “@1”.",
-                            {host::UTF8to16(path), host::UTF8to16(aside)})
-            : host::ZString("$$$/Desk/Settings/Unreadable=The settings in “@0” could not be read: @1. The "
-                            "file is left as it is, and changes are not saved.",
-                            {host::UTF8to16(path), host::UTF8to16(file.mReason)});
-    Log(LogLevel::Warning, "The settings in \"" + path + "\" could not be read: " + file.mReason +
-                               (settings.mMayWrite ? ". The file is kept as \"" + aside + "\"."
-                                                   : ". The file is left as it is, and changes are not saved."));
+    settings.mNotice = settings.mMayWrite
+                           ? host::ZString(
+                                 "$$$/Desk/Settings/SetAside=The settings in “@0” are damaged and were not "
+                                 "used. The file is kept as “@1”.",
+                                 {host::UTF8to16(path), host::UTF8to16(aside)})
+                           : host::ZString(
+                                 "$$$/Desk/Settings/Unreadable=The settings in “@0” could not be read: @1. The "
+                                 "file is left as it is, and changes are not saved.",
+                                 {host::UTF8to16(path), host::UTF8to16(file.mReason)});
+    Log(LogLevel::Warning,
+        "The settings in \"" + path + "\" could not be read: " + file.mReason +
+            (settings.mMayWrite ? ". The file is kept as \"" + aside + "\"."
+                                : ". The file is left as it is, and changes are not saved."));
     return settings;
 }
 

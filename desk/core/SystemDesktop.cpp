@@ -39,8 +39,8 @@ std::string ReadFirstLine(const char* path) {
 }
 
 /// machine-id(5): 32 hexadecimal digits, or a word such as "uninitialized" while there is none.
-/// Without an ID of its own (in many containers) a machine has one for the time until it is started again: what its
-/// processes left before that counts as another machine's, and is left alone.
+/// Without an ID of its own (in many containers) a machine has one for the time until it is started again: what
+/// its processes left before that counts as another machine's, and is left alone.
 std::string MakeMachineIDOfBoot(std::string bootID) {
     std::erase(bootID, '-');
     return bootID;

@@ -31,10 +31,9 @@ bool AskOpenFile(const UTF16String& title, UTF16StringVec& paths, const UTF16Str
     };
     const auto other = std::ranges::find_if(chosen, isOther);
     if (other != chosen.end()) {
-        MessageBox(title,
-                   ZString("$$$/Desk/Dialogs/WrongKind=“@0” is of another kind: a name that ends "
-                           "in @1 is needed.",
-                           {PathUtils::GetFullFilePart(*other), extension}));
+        MessageBox(title, ZString("$$$/Desk/Dialogs/WrongKind=“@0” is of another kind: a name that ends "
+                                  "in @1 is needed.",
+                                  {PathUtils::GetFullFilePart(*other), extension}));
         return false;
     }
     paths = std::move(chosen);

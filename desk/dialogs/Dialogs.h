@@ -62,13 +62,13 @@ public:
     virtual host::UTF16StringVec AskFiles(const host::UTF16String& title, const host::UTF16String& startFolder,
                                           const host::UTF16String& typeLabel,
                                           const host::UTF16String& pattern) = 0;
-    /// Asks for the name and place of a file to be made, beginning with `path`; empty when the user cancels. What
-    /// to do with a name that is taken is left to the caller.
+    /// Asks for the name and place of a file to be made, beginning with `path`; empty when the user cancels.
+    /// What to do with a name that is taken is left to the caller.
     virtual std::optional<host::UTF16String> AskNewFile(const host::UTF16String& title,
                                                         const host::UTF16String& path) = 0;
 
-    /// Returns when `done` is ready, and lets no command in until then. Events are handled meanwhile; after half
-    /// a second a dialog with `title` shows the progress and offers to cancel it.
+    /// Returns when `done` is ready, and lets no command in until then. Events are handled meanwhile; after
+    /// half a second a dialog with `title` shows the progress and offers to cancel it.
     virtual void WaitFor(const host::UTF16String& title, WorkProgress& progress,
                          const std::future<void>& done) = 0;
 };

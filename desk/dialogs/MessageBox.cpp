@@ -20,8 +20,8 @@ void MessageBox(const UTF16String& title, const UTF16String& text) {
 
 int MessageBox(const UTF16String& title, const UTF16String& text, int, int icon, int) {
     const bool isInformation = icon == kMessageBoxIconInformation;
-    desk::GetServices().mDialogs->ShowMessage(
-        title, text, isInformation ? MessageKind::Information : MessageKind::Failure);
+    desk::GetServices().mDialogs->ShowMessage(title, text,
+                                              isInformation ? MessageKind::Information : MessageKind::Failure);
     return kMessageBoxOK;
 }
 

@@ -16,9 +16,9 @@ struct MovedItem {
 
 using MoveObserver = std::function<void(const MovedItem&)>;
 
-/// Calls `observer` after each move that succeeded, before `host::File::Move` returns: in the order of their adding,
-/// after the locks of this process have followed (`LockKeeper::FollowMove`). What it throws is logged. For as long
-/// as the process lives. UI thread.
+/// Calls `observer` after each move that succeeded, before `host::File::Move` returns: in the order of their
+/// adding, after the locks of this process have followed (`LockKeeper::FollowMove`). What it throws is logged.
+/// For as long as the process lives. UI thread.
 ZUHOST_API void AddMoveObserver(MoveObserver observer);
 
 /// Tells the observers. UI thread.

@@ -65,45 +65,46 @@ public:
     virtual void RemoveFile(const std::string& path) = 0;
     /// Makes a folder with this mode, less what the process's umask takes away.
     virtual void CreateFolder(const std::string& path, unsigned mode = 0777) = 0;
-    /// Renames a file, link or folder without replacing; throws with EEXIST when `to` exists. In one atomic step
-    /// where the volume can (renameat2(2)), else by link and unlink, and where there are no links (folders never
-    /// have any) by a look at `to` and rename(2). Its reply can be lost: see `MoveOnVolume`.
+    /// Renames a file, link or folder without replacing; throws with EEXIST when `to` exists. In one atomic
+    /// step where the volume can (renameat2(2)), else by link and unlink, and where there are no links (folders
+    /// never have any) by a look at `to` and rename(2). Its reply can be lost: see `MoveOnVolume`.
     virtual void RenameNew(const std::string& from, const std::string& to) = 0;
 
-    /// Copies the regular file `from` to the new file `to`: O_EXCL, with the content shared where the volume can
-    /// (FICLONE), copied by the system where it can (copy_file_range(2)), else read and written; then
+    /// Copies the regular file `from` to the new file `to`: O_EXCL, with the content shared where the volume
+    /// can (FICLONE), copied by the system where it can (copy_file_range(2)), else read and written; then
     /// permissions (without set-user-ID and set-group-ID) and times of the source, flushed when `isFlushed`,
-    /// checked close, size check. Follows no link at either end and never blocks on a pipe or device; holes stay
-    /// holes. Returns the status of what was copied. Throws with EEXIST when something stands at `to`, EINVAL
-    /// when `from` is no regular file, EBUSY when it changed meanwhile, ECANCELED when `step` said false. When
-    /// it fails, what was made is removed.
+    /// checked close, size check. Follows no link at either end and never blocks on a pipe or device; holes
+    /// stay holes. Returns the status of what was copied. Throws with EEXIST when something stands at `to`,
+    /// EINVAL when `from` is no regular file, EBUSY when it changed meanwhile, ECANCELED when `step` said
+    /// false. When it fails, what was made is removed.
     virtual ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
                                 const CopyStep& step) = 0;
-    /// Makes at `to` a symbolic link like the one at `from`, with its times; follows neither. Throws with EEXIST
-    /// when something stands at `to`, EINVAL when `from` is no link.
+    /// Makes at `to` a symbolic link like the one at `from`, with its times; follows neither. Throws with
+    /// EEXIST when something stands at `to`, EINVAL when `from` is no link.
     virtual void CopyLink(const std::string& from, const std::string& to) = 0;
-    /// Gives the folder `to` the permissions and times of the folder `from`: the last step of its copy. A volume
-    /// that cannot keep them is no failure.
+    /// Gives the folder `to` the permissions and times of the folder `from`: the last step of its copy. A
+    /// volume that cannot keep them is no failure.
     virtual void CopyFolderAttributes(const std::string& from, const std::string& to) = 0;
     /// Removes what stands at `below` (relative; empty for `root` itself) in the folder `root`: a folder (which
-    /// must be empty) when `isFolder`, else anything but a folder. No symbolic link on the way from `root` on is
-    /// followed, so that nobody who changes the tree meanwhile can lead a removal out of it: ELOOP or ENOTDIR.
+    /// must be empty) when `isFolder`, else anything but a folder. No symbolic link on the way from `root` on
+    /// is followed, so that nobody who changes the tree meanwhile can lead a removal out of it: ELOOP or
+    /// ENOTDIR.
     virtual void RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) = 0;
     /// Throws as the removal of an item of this folder would where permissions or a volume that is read-only
     /// forbid it.
     virtual void TryToChangeFolder(const std::string& path) = 0;
-    /// Lets the owner list and change the folder `path` (mode u+rwx), so that what is in it can be removed. Follows
-    /// no link.
+    /// Lets the owner list and change the folder `path` (mode u+rwx), so that what is in it can be removed.
+    /// Follows no link.
     virtual void MakeFolderChangeable(const std::string& path) = 0;
-    /// Makes what was created, renamed and removed in a folder durable (fsync(2)). A volume whose folders cannot
-    /// be flushed has nothing to flush.
+    /// Makes what was created, renamed and removed in a folder durable (fsync(2)). A volume whose folders
+    /// cannot be flushed has nothing to flush.
     virtual void FlushFolder(const std::string& path) = 0;
     /// Makes everything written so far to the volume that holds `path` durable (syncfs(2)). Only for volumes of
     /// this machine: others take it for their own caches alone.
     virtual void FlushVolume(const std::string& path) = 0;
 
-    /// `path` without any symbolic link in it (realpath(3)). Throws with ENOENT when a link leads nowhere, ELOOP when
-    /// links lead in circles.
+    /// `path` without any symbolic link in it (realpath(3)). Throws with ENOENT when a link leads nowhere,
+    /// ELOOP when links lead in circles.
     virtual std::string ResolveLinks(const std::string& path) = 0;
     /// The file system's type number (statfs(2) f_type) of the volume that holds `path`.
     virtual long VolumeType(const std::string& path) = 0;

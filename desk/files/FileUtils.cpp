@@ -28,9 +28,9 @@ void CopyOfKind(const UTF16String& from, const UTF16String& to, bool isFolder) {
         desk::CopyItem(path, UTF16to8(destination), progress);
     };
     try {
-        desk::RunLongWork(ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”",
-                                  {PathUtils::GetFullFilePart(source)}),
-                          work);
+        desk::RunLongWork(
+            ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
+            work);
     } catch (const FileException& exception) {
         desk::TellNotCopied(source, exception);
         throw;

@@ -84,12 +84,13 @@ public:
     /// into the store: valid until the next change.
     virtual const ItemFacts* Find(std::u16string_view path) const = 0;
     /// Like `Find`; when status or lock are missing they are asked for in the background, and so is the listing
-    /// of a folder that waits to be listed on demand. An item whose lock is held by a process of this machine is
-    /// delivered again when that process has ended, which no volume tells.
+    /// of a folder that waits to be listed on demand. An item whose lock is held by a process of this machine
+    /// is delivered again when that process has ended, which no volume tells.
     virtual const ItemFacts* FindAndRequest(std::u16string_view path) = 0;
 
-    /// Hands the items beside which a lock file stands to `visitor`, by their paths, until it answers false: those of
-    /// `folder`, and with `recursive` those of the listed folders below it. `visitor` changes nothing here.
+    /// Hands the items beside which a lock file stands to `visitor`, by their paths, until it answers false:
+    /// those of `folder`, and with `recursive` those of the listed folders below it. `visitor` changes nothing
+    /// here.
     using LockVisitor = std::function<bool(const host::UTF16String& path, const ItemFacts& facts)>;
     virtual void VisitLocks(std::u16string_view folder, bool recursive, const LockVisitor& visitor) const = 0;
 

@@ -8,7 +8,8 @@
 
 namespace desk {
 
-[[noreturn]] inline void ThrowFileException(std::string_view operation, const std::string& path, int systemError) {
+[[noreturn]] inline void ThrowFileException(std::string_view operation, const std::string& path,
+                                            int systemError) {
     throw host::FileException(operation, host::UTF8to16(path), systemError);
 }
 

@@ -28,8 +28,8 @@ mode_t ModeForReplacement(const std::string& path) {
     return facts.st_mode & 0777;
 }
 
-/// Writes the whole of a new file and flushes it. Returns 0, or an errno; what was made is then gone, unless the
-/// making itself was done and reported as failed.
+/// Writes the whole of a new file and flushes it. Returns 0, or an errno; what was made is then gone, unless
+/// the making itself was done and reported as failed.
 int WriteNewFile(const std::string& path, const std::string& bytes, mode_t mode) {
     FileDescriptor file(RetryInterrupted(
         [&] { return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600); }));
@@ -99,7 +99,8 @@ void PosixFileSystem::CreateNewFile(const std::string& path, const std::string& 
 }
 
 void PosixFileSystem::Link(const std::string& from, const std::string& to) {
-    if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) != 0) ThrowFileException("make link", to, errno);
+    if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) != 0)
+        ThrowFileException("make link", to, errno);
 }
 
 void PosixFileSystem::RemoveFile(const std::string& path) {

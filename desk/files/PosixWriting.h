@@ -8,8 +8,8 @@ namespace desk {
 
 int WriteAll(int file, std::string_view bytes);
 int Flush(int file);
-/// Makes what was renamed, created or removed in a folder durable. A volume whose folders cannot be flushed says
-/// EINVAL and has nothing to flush.
+/// Makes what was renamed, created or removed in a folder durable. A volume whose folders cannot be flushed
+/// says EINVAL and has nothing to flush.
 int FlushFolderAt(const std::string& folder);
 
 }  // namespace desk

@@ -22,9 +22,9 @@ struct CommandStatus {
 
 /// Knows which panel is on duty (the one that has, or last had, the keyboard focus; while there is none, the
 /// first open one) and takes commands to it: first the panel's view and its chain of commanders, then the
-/// panel's handler, whose chains end at the application's main commander. While the place for open projects is on
-/// duty in place of a panel, it is asked before them. Going to the next or previous panel
-/// works also when none of them decides. UI thread.
+/// panel's handler, whose chains end at the application's main commander. While the place for open projects is
+/// on duty in place of a panel, it is asked before them. Going to the next or previous panel works also when
+/// none of them decides. UI thread.
 class ZUHOST_API CommandRouter {
 public:
     static CommandRouter& Instance();

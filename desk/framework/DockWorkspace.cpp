@@ -62,8 +62,7 @@ void DockWorkspace::OpenForUser(const host::UTF16String& handlerID, bool takeFoc
 void DockWorkspace::OpenPanel(const host::UTF16String& id, bool takeFocus) {
     host::Handler* handler = PanelRegistry::Instance().FindOrCreateHandler(id);
     if (!handler)
-        return Log(LogLevel::Warning,
-                   "There is no panel \"" + host::UTF16to8(id) + "\" that could be opened");
+        return Log(LogLevel::Warning, "There is no panel \"" + host::UTF16to8(id) + "\" that could be opened");
     DockWorkspaceFrame& frame = FindOrMakeFrame(id);
     try {
         if (!frame.GetView()) handler->CreateTabViewSelf(&frame);

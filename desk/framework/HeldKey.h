@@ -8,9 +8,9 @@ class QKeyEvent;
 
 namespace desk {
 
-/// Tells whether a key is pressed anew or only held down. The event's own word is not enough: X11 repeats a key as
-/// a release and a press at the same time, and Qt takes them for a repetition only when it reads both at once.
-/// Follows the application's keys while it exists. UI thread.
+/// Tells whether a key is pressed anew or only held down. The event's own word is not enough: X11 repeats a key
+/// as a release and a press at the same time, and Qt takes them for a repetition only when it reads both at
+/// once. Follows the application's keys while it exists. UI thread.
 class ZUHOST_API HeldKey : public QObject {
 public:
     explicit HeldKey(QObject* parent);

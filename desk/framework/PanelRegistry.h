@@ -31,9 +31,9 @@ public:
     /// factory threw (logged).
     host::Handler* FindOrCreateHandler(const host::UTF16String& handlerID);
     void DestroyHandler(const host::UTF16String& handlerID);
-    /// The panel is opened when it is wanted: it is closed at first, and then stands below the others. It has no
-    /// commands of its own: it is never on duty, so that the menus go on serving the panel that was, and it has
-    /// the keyboard only when the user goes there, not when a part of the program brings it to the front.
+    /// The panel is opened when it is wanted: it is closed at first, and then stands below the others. It has
+    /// no commands of its own: it is never on duty, so that the menus go on serving the panel that was, and it
+    /// has the keyboard only when the user goes there, not when a part of the program brings it to the front.
     void SetOnDemand(const host::UTF16String& handlerID);
     bool IsOnDemand(const host::UTF16String& handlerID) const;
     /// The entries of the Window menu, in the order of registration.

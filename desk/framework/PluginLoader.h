@@ -23,8 +23,8 @@ struct PluginFile {
 ZUHOST_API PluginFile InspectPlugin(const std::string& path);
 
 /// The plug-ins of the folders, in order; of those with one file name the first that is not refused counts, so
-/// that an old copy does not keep the program's own panel away. Refused files are listed too. Folders that do not
-/// exist are passed over. Any thread.
+/// that an old copy does not keep the program's own panel away. Refused files are listed too. Folders that do
+/// not exist are passed over. Any thread.
 ZUHOST_API std::vector<PluginFile> FindPlugins(const std::vector<std::string>& folders);
 
 /// Loads the plug-ins that are not refused (RTLD_NOW | RTLD_LOCAL; they stay until the process ends), and calls

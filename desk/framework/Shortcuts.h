@@ -39,7 +39,8 @@ using KeyBindings = std::map<std::string, std::map<std::string, std::vector<QKey
 /// in Qt's portable text ("Ctrl+Shift+N") or a list of them. The program's own are ":/shortcuts/*.json";
 /// "shortcuts.json" in the profile replaces the keys of the commands that it names.
 ///
-/// A key that is held down sends its command once, but for those that one goes on with: moving, zooming, undoing.
+/// A key that is held down sends its command once, but for those that one goes on with: moving, zooming,
+/// undoing.
 class ZUHOST_API Shortcuts {
 public:
     static Shortcuts& Instance();

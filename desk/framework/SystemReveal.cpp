@@ -15,11 +15,10 @@ void Reveal(const UTF16StringVec& paths, Desktop::Reveal reveal) {
     if (paths.empty()) return;
     std::vector<std::string> bytes;
     for (const UTF16String& path : paths) bytes.push_back(UTF16to8(PathUtils::ToNormalizedPath(path)));
-    desk::GetServices().mDesktop->ShowInFileBrowser(
-        bytes, reveal, [](const std::string& folder) {
-            desk::TellUser(ZString("$$$/Desk/Reveal/Failed=No file browser could be opened to show “@0”.",
-                                   {UTF8to16(folder)}));
-        });
+    desk::GetServices().mDesktop->ShowInFileBrowser(bytes, reveal, [](const std::string& folder) {
+        desk::TellUser(ZString("$$$/Desk/Reveal/Failed=No file browser could be opened to show “@0”.",
+                               {UTF8to16(folder)}));
+    });
 }
 
 }  // namespace

@@ -20,10 +20,10 @@ struct LockLoss {
     ProjectLocking mHolder;
 };
 
-/// Notices that the lock of a project that is open for writing was broken or removed: a worker reads it again. A loss
-/// is a readable lock of somebody else, or none although the project is in its place, and that at two looks one after
-/// the other. A volume that fails, a lock that cannot be read, and a folder or project that is away are none: they
-/// may come back. Never waits for the volume. UI thread.
+/// Notices that the lock of a project that is open for writing was broken or removed: a worker reads it again.
+/// A loss is a readable lock of somebody else, or none although the project is in its place, and that at two
+/// looks one after the other. A volume that fails, a lock that cannot be read, and a folder or project that is
+/// away are none: they may come back. Never waits for the volume. UI thread.
 class LockWatch {
 public:
     /// Told of a loss, at each look until it answers that it has taken note.

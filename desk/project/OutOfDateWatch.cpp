@@ -46,7 +46,8 @@ bool OutOfDateWatch::IsWorthALook(const ProjectDocument& document) const {
                         differing == mDiffering.end() ? document.GetContent().mStatus : differing->second);
 }
 
-/// True when the document is to be looked at again: what has been read or saved meanwhile is newer than this look.
+/// True when the document is to be looked at again: what has been read or saved meanwhile is newer than this
+/// look.
 bool OutOfDateWatch::Note(const ProjectDocumentRef& document, const ProjectContentPtr& content,
                           const std::optional<FileComparison>& found) {
     if (document->ShareContent() != content) return true;

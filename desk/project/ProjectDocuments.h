@@ -22,8 +22,8 @@ struct LockLoss;
 /// `Dialogs`. Files are read and written by workers while the window lives (`RunLongWork`). The process has one
 /// while it has a place for open projects: the program makes it before the window and destroys it after it.
 /// While an operation on a project asks or waits, another one on the same project is refused (false). A project
-/// whose lock was broken or removed becomes read-only within seconds, with its unsaved changes, and the user is told
-/// who has it. UI thread.
+/// whose lock was broken or removed becomes read-only within seconds, with its unsaved changes, and the user is
+/// told who has it. UI thread.
 class ZUHOST_API ProjectDocuments final : public host::DocumentManager {
 public:
     /// Becomes `host::DocumentManager::Instance()`.
@@ -52,8 +52,8 @@ public:
     /// Asks for a place and saves the project's present content there as a new project, which is opened in its
     /// place; the project's own file stays as it is. False when the user cancelled or it could not be written.
     bool SaveProjectAsCopy(const host::ProjectRef& project);
-    /// Closes the projects in `folder` (at any depth) like `CloseAllProjects`: all of them or, with false, none.
-    /// To be called before the production in that folder is closed, which after false is not to happen.
+    /// Closes the projects in `folder` (at any depth) like `CloseAllProjects`: all of them or, with false,
+    /// none. To be called before the production in that folder is closed, which after false is not to happen.
     bool CloseProjectsIn(const host::UTF16String& folder);
 
 private:

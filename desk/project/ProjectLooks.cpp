@@ -67,9 +67,8 @@ void ProjectLooks::Finish(const ProjectDocument* pointer, const Answer& answer) 
 
 ProjectDocumentRef FindOpenDocument(const ProjectDocument* document) {
     const auto& open = OpenProjectList::Instance().Get();
-    const auto found = std::find_if(open.begin(), open.end(), [&](const OpenProjectRef& project) {
-        return project.get() == document;
-    });
+    const auto found = std::find_if(open.begin(), open.end(),
+                                    [&](const OpenProjectRef& project) { return project.get() == document; });
     return found == open.end() ? ProjectDocumentRef() : ToDocument(*found);
 }
 

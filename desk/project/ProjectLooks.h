@@ -11,9 +11,9 @@
 
 namespace desk {
 
-/// When and how an open project is looked at on the disk: all of them every few seconds, and those in a folder at once
-/// when a change of that folder is announced; by workers, at each project one look at a time. Never waits for the
-/// volume. UI thread.
+/// When and how an open project is looked at on the disk: all of them every few seconds, and those in a folder
+/// at once when a change of that folder is announced; by workers, at each project one look at a time. Never
+/// waits for the volume. UI thread.
 class ProjectLooks : public host::Listener {
 public:
     /// What comes of a look: called on the UI thread if the project is still open. True to look again at once.

@@ -43,8 +43,8 @@ ChangedAnswer AskAboutChange(const host::UTF16String& path, const FileComparison
 /// The project cannot be saved to its file: the lock was lost to `holder`, or is gone, maybe with more of what
 /// was there.
 bool AskToCopyAfterLoss(const host::UTF16String& path, const ProjectLocking& holder, ProjectRemains remains);
-/// The project's lock was found lost to `holder` (nobody, without an obstacle) while nothing was under way: told
-/// without a question.
+/// The project's lock was found lost to `holder` (nobody, without an obstacle) while nothing was under way:
+/// told without a question.
 void TellLockLost(const host::UTF16String& path, const ProjectLocking& holder);
 /// The project cannot be saved to its file: it is read-only.
 bool AskToCopyReadOnly(const host::UTF16String& path);

@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "host/core/RefCounted.h"
 #include "host/core/Export.h"
+#include "host/core/RefCounted.h"
 
 namespace host {
 

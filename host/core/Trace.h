@@ -11,8 +11,8 @@ namespace host {
 /// `TraceEnabled` until then. Any thread.
 ZUHOST_API int TraceChangeCount();
 
-/// True when messages of `category` at `level` (0, the most important, to 9) are recorded; `byDefault` where the
-/// settings do not name the category. Any thread.
+/// True when messages of `category` at `level` (0, the most important, to 9) are recorded; `byDefault` where
+/// the settings do not name the category. Any thread.
 ZUHOST_API bool TraceEnabled(std::string_view category, int level, bool byDefault);
 
 /// Records `text` in the host's log, whatever the settings: who traces asks `TraceEnabled` first. A line break

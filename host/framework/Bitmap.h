@@ -15,11 +15,14 @@ inline constexpr char kZuProductionPanelNewProjectButtonDecal[] = "kZuProduction
 inline constexpr char kProjectNewFolderNormalDecal[] = "kProjectNewFolderNormalDecal";
 inline constexpr char kProjectDeleteNormalDecal[] = "kProjectDeleteNormalDecal";
 inline constexpr char kHistoryActionDeleteDecal[] = "kHistoryActionDeleteDecal";
-inline constexpr char kZuProductionPanelProjectClosedNoLockDecal[] = "kZuProductionPanelProjectClosedNoLockDecal";
-inline constexpr char kZuProductionPanelProjectClosedLockedDecal[] = "kZuProductionPanelProjectClosedLockedDecal";
+inline constexpr char kZuProductionPanelProjectClosedNoLockDecal[] =
+    "kZuProductionPanelProjectClosedNoLockDecal";
+inline constexpr char kZuProductionPanelProjectClosedLockedDecal[] =
+    "kZuProductionPanelProjectClosedLockedDecal";
 inline constexpr char kZuProductionPanelProjectOpenNoLockDecal[] = "kZuProductionPanelProjectOpenNoLockDecal";
 inline constexpr char kZuProductionPanelProjectOpenLockedDecal[] = "kZuProductionPanelProjectOpenLockedDecal";
-inline constexpr char kZuProductionPanelProjectOpenEditableDecal[] = "kZuProductionPanelProjectOpenEditableDecal";
+inline constexpr char kZuProductionPanelProjectOpenEditableDecal[] =
+    "kZuProductionPanelProjectOpenEditableDecal";
 
 /// Makes pictures; there is one for the screen.
 class DrawSupplier;

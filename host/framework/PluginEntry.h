@@ -27,8 +27,12 @@ static_assert(sizeof(PluginNote) == 84);
 }  // namespace host
 
 /// Puts the entry record into a plug-in; stands once, at namespace scope, in one source file of it.
-#define ZUHOST_PLUGIN_ENTRY(name)                                                                     \
-    extern "C" __attribute__((used, retain, visibility("default"), section(".note.zuhost.plugin"),    \
-                              aligned(4))) const ::host::PluginNote zuhostPluginNote = {              \
-        sizeof(::host::kPluginNoteOwner), sizeof(::host::PluginNote) - 20, ::host::kPluginNoteType,   \
-        "ZuHost", ::host::kSdkVersion, name}
+#define ZUHOST_PLUGIN_ENTRY(name)                                                                        \
+    extern "C"                                                                                           \
+        __attribute__((used, retain, visibility("default"), section(".note.zuhost.plugin"), aligned(4))) \
+        const ::host::PluginNote zuhostPluginNote = {sizeof(::host::kPluginNoteOwner),                   \
+                                                     sizeof(::host::PluginNote) - 20,                    \
+                                                     ::host::kPluginNoteType,                            \
+                                                     "ZuHost",                                           \
+                                                     ::host::kSdkVersion,                                \
+                                                     name}

@@ -3,8 +3,8 @@
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
 
-/// Showing items in the system's file browser. All return at once and never wait for the volume nor for the file
-/// browser; what goes wrong is told to the user. UI thread.
+/// Showing items in the system's file browser. All return at once and never wait for the volume nor for the
+/// file browser; what goes wrong is told to the user. UI thread.
 namespace host {
 
 /// Opens the folder that holds `path` and selects the item there.

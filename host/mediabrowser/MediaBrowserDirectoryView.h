@@ -25,8 +25,8 @@ public:
     /// The host library's half of the view.
     struct DirectoryImpl;
 
-    /// `project`: the project that the view is for; empty for a view of no project's, as a production's is. Shown
-    /// is what the folder holds, whichever it is.
+    /// `project`: the project that the view is for; empty for a view of no project's, as a production's is.
+    /// Shown is what the folder holds, whichever it is.
     MediaBrowserDirectoryView(ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager);
     ~MediaBrowserDirectoryView() override;
 
@@ -88,7 +88,8 @@ protected:
     virtual bool RowIsVolumeContainer(const RowRef& row) const;
 
     virtual void OnRowDoubleClicked(const RowRef& row, Point point);
-    virtual void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell);
+    virtual void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column,
+                                 const RectT<float>& cell);
     virtual void OnRowSelectionChanged(const RowVec& rows);
     /// The base asks for the content of an opened row that has none, and for what changed while it was closed.
     virtual void OnRowOpenStateChanged(const RowRef& row, bool open);

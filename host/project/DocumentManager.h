@@ -20,29 +20,31 @@ public:
     /// it could not be made. It is not opened.
     virtual UTF16String CreateProject(const UTF16String& folder) = 0;
 
-    /// Opens the project at `path`, or brings it to the front when it is open. Takes its lock; when somebody else
-    /// holds it, the user chooses to open it read-only, to open a copy, or not at all. False when neither it nor a
-    /// copy is open afterwards; then no lock file is left. A symbolic link to a project is that project: it needs
-    /// the locks of both, is saved through, and is not opened a second time.
+    /// Opens the project at `path`, or brings it to the front when it is open. Takes its lock; when somebody
+    /// else holds it, the user chooses to open it read-only, to open a copy, or not at all. False when neither
+    /// it nor a copy is open afterwards; then no lock file is left. A symbolic link to a project is that
+    /// project: it needs the locks of both, is saved through, and is not opened a second time.
     virtual bool OpenProject(const UTF16String& path) = 0;
 
-    /// Writes the project to its file, whole or not at all, once its lock has been read again. Where that cannot be
-    /// (it is read-only, its lock was lost, the file is not what was read from it), the user is asked, and may save
-    /// a copy, which is then open in the project's place. False when the file was not written; without a copy the
-    /// project is then as it was, and still has its unsaved changes. True for a project without any.
+    /// Writes the project to its file, whole or not at all, once its lock has been read again. Where that
+    /// cannot be (it is read-only, its lock was lost, the file is not what was read from it), the user is
+    /// asked, and may save a copy, which is then open in the project's place. False when the file was not
+    /// written; without a copy the project is then as it was, and still has its unsaved changes. True for a
+    /// project without any.
     virtual bool SaveProject(const ProjectRef& project) = 0;
 
-    /// Closes the project. With `prompt`, unsaved changes are asked about: save, discard, cancel. Without it they
-    /// are dropped. False when the project stays open: the user cancelled, it could not be saved, or another
-    /// operation on it is under way.
+    /// Closes the project. With `prompt`, unsaved changes are asked about: save, discard, cancel. Without it
+    /// they are dropped. False when the project stays open: the user cancelled, it could not be saved, or
+    /// another operation on it is under way.
     virtual bool CloseProject(const ProjectRef& project, bool prompt) = 0;
 
-    /// Closes all open projects with the same questions, which all come first. Closes none, and returns false, when
-    /// one is to stay open; what has been saved by then is saved, and what was to be discarded stays unsaved. What
-    /// is changed or opened while a question is open is asked about as well.
+    /// Closes all open projects with the same questions, which all come first. Closes none, and returns false,
+    /// when one is to stay open; what has been saved by then is saved, and what was to be discarded stays
+    /// unsaved. What is changed or opened while a question is open is asked about as well.
     virtual bool CloseAllProjects() = 0;
 
-    /// Reads the project from its file again. Unsaved changes are asked about first. False when nothing was read.
+    /// Reads the project from its file again. Unsaved changes are asked about first. False when nothing was
+    /// read.
     virtual bool ReloadProject(const ProjectRef& project) = 0;
 
     /// Switches the project between read-only (gives its lock up; unsaved changes are asked about first) and

@@ -47,15 +47,15 @@ ZUHOST_API bool IsPathWithinDirectory(const UTF16String& path, const UTF16String
 /// makes it free, before the project extension ("x.zuproj" becomes "x_1.zuproj", a folder "x" becomes "x_1"). A
 /// name is taken when it is in `namesToAvoid` (compared exactly), or when something stands there on disk (links
 /// are not followed), as the volume itself sees letter case. On a volume that fails or does not answer for five
-/// seconds every name counts as free: whatever is made there replaces nothing. A name that would grow beyond what
-/// can be locked (projects: 249 bytes) or named (255 bytes) is shortened before the separator, at whole characters.
-/// Waits for the volume so long at most. UI thread.
+/// seconds every name counts as free: whatever is made there replaces nothing. A name that would grow beyond
+/// what can be locked (projects: 249 bytes) or named (255 bytes) is shortened before the separator, at whole
+/// characters. Waits for the volume so long at most. UI thread.
 ZUHOST_API UTF16String MakeUniqueFilename(const UTF16String& path, int startNumber,
                                           const UTF16String& separator, const UTF16StringVec& namesToAvoid);
 
-/// Copies what is in the folder `from` into the folder `to`, which exists and is empty, and gives `to` the times and
-/// permissions of `from`; otherwise as `FileUtils::Copy` of folders. A failure removes what was copied, and the
-/// folder `to` with it. Throws with ENOTEMPTY, and changes nothing, when something is in `to`.
+/// Copies what is in the folder `from` into the folder `to`, which exists and is empty, and gives `to` the
+/// times and permissions of `from`; otherwise as `FileUtils::Copy` of folders. A failure removes what was
+/// copied, and the folder `to` with it. Throws with ENOTEMPTY, and changes nothing, when something is in `to`.
 ZUHOST_API void CopyDirectoryTree(const UTF16String& from, const UTF16String& to);
 
 }  // namespace Utilities

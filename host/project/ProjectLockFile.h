@@ -28,8 +28,8 @@ public:
     /// Reads the lock again. True when this reference was created and the lock is no longer this process's:
     /// somebody broke it, or removed its file. Then the project must not be written nor moved any more. A lost
     /// lock stays lost. Always false for a reference that was read. Throws `FileException` when the volume does
-    /// not tell, with ECANCELED when the user does not want to wait for it. May wait for the volume; events go on
-    /// being handled meanwhile, though no input.
+    /// not tell, with ECANCELED when the user does not want to wait for it. May wait for the volume; events go
+    /// on being handled meanwhile, though no input.
     virtual bool IsLost() = 0;
 };
 
@@ -40,13 +40,13 @@ using ProjectLockFileRef = RefPtr<IProjectLockFile>;
 ZUHOST_API bool GetProjectLockingPrefs(UTF16String& userName, UTF16String& machineName);
 
 /// Takes the lock of the project at `projectPath` in one atomic step, whether the project exists or not; empty
-/// when it could not be taken (a notice and the log say why: who holds it, or the system's reason). A lock whose
-/// holder is known to be gone is taken over. A project whose lock this process holds already gives another
-/// reference to the same lock, if user and machine are the same. The file goes when the last reference does; if
-/// it cannot be removed then (a reader has it open), it is tried again in the background for three seconds.
-/// Refused before the disk is touched: what is no project's name, a name whose lock file's name would exceed
-/// 255 bytes, an empty user or machine. The only way to take a lock. May wait for the volume; events go on being
-/// handled meanwhile, though no input. To give it up waits for two seconds at most. UI thread.
+/// when it could not be taken (a notice and the log say why: who holds it, or the system's reason). A lock
+/// whose holder is known to be gone is taken over. A project whose lock this process holds already gives
+/// another reference to the same lock, if user and machine are the same. The file goes when the last reference
+/// does; if it cannot be removed then (a reader has it open), it is tried again in the background for three
+/// seconds. Refused before the disk is touched: what is no project's name, a name whose lock file's name would
+/// exceed 255 bytes, an empty user or machine. The only way to take a lock. May wait for the volume; events go
+/// on being handled meanwhile, though no input. To give it up waits for two seconds at most. UI thread.
 ZUHOST_API ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                                     const UTF16String& machineName);
 

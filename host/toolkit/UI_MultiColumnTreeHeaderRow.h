@@ -39,8 +39,8 @@ public:
 
     /// Displayed width in view units; 0 for an unknown column.
     float GetColumnWidth(ColumnID column) const;
-    /// Sets the displayed width, not below the column's minimum and not above 10,000. Unknown columns and what is
-    /// no number are ignored. Not a change by the user: the column-resized callback is not called.
+    /// Sets the displayed width, not below the column's minimum and not above 10,000. Unknown columns and what
+    /// is no number are ignored. Not a change by the user: the column-resized callback is not called.
     void SetColumnWidth(ColumnID column, float width);
     /// The width below which the user cannot make a column.
     void SetColumnAllowedMinimumWidth(ColumnID column, float width);

@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "host/core/RefCounted.h"
 #include "host/core/Export.h"
+#include "host/core/RefCounted.h"
 
 namespace host {
 

@@ -17,8 +17,14 @@ public:
     unsigned GetStateFlags() const { return mStateFlags; }
     void SetStateFlags(unsigned flags) { mStateFlags = flags; }
 
-    void SupplyBitmap(const Bitmap& bitmap) { mBitmap = bitmap; mPicture.reset(); }
-    void SupplyPicture(PictureRef picture) { mPicture = std::move(picture); mBitmap = {}; }
+    void SupplyBitmap(const Bitmap& bitmap) {
+        mBitmap = bitmap;
+        mPicture.reset();
+    }
+    void SupplyPicture(PictureRef picture) {
+        mPicture = std::move(picture);
+        mBitmap = {};
+    }
 
     const Bitmap& GetBitmap() const { return mBitmap; }
     const PictureRef& GetPicture() const { return mPicture; }

@@ -20,7 +20,8 @@ public:
     /// The button that questions are answered with, by its index, where there are so many.
     std::size_t mButton = 0;
 
-    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text, desk::MessageKind) override {
+    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
+                     desk::MessageKind) override {
         mTold.push_back(host::UTF16to8(title + u": " + text));
     }
     desk::Answer Ask(const desk::Question& question) override {

@@ -39,7 +39,8 @@ public:
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
         ++mQuestions;
-        const bool isUnderstood = message.interface() == kInterface && message.member() == QLatin1String("Read") &&
+        const bool isUnderstood = message.interface() == kInterface &&
+                                  message.member() == QLatin1String("Read") &&
                                   message.arguments() == QVariantList{kNamespace, kKey};
         const QVariant light = QVariant::fromValue(QDBusVariant(QVariant(uint(2))));
         connection.send(isUnderstood ? message.createReply(QVariant::fromValue(QDBusVariant(light)))

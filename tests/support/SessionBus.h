@@ -34,8 +34,12 @@ public:
         mBus.waitForFinished();
     }
 
-    QString Address() const { return QStringLiteral("unix:path=") + mSocket; }
-    QDBusConnection& Connection() { return mConnection; }
+    QString Address() const {
+        return QStringLiteral("unix:path=") + mSocket;
+    }
+    QDBusConnection& Connection() {
+        return mConnection;
+    }
     /// The test's connection goes away; the bus stays.
     void Leave() {
         if (mConnection.isConnected()) QDBusConnection::disconnectFromBus(mName);

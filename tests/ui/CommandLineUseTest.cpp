@@ -89,8 +89,8 @@ TEST_F(CommandLineUse, ListsThePanelsAndWhyOthersAreRefused) {
     EXPECT_EQ(result.mExitCode, 0);
     const std::string refused = "refused: " + mHome.Path("mine/");
     for (const std::string& line : {refused + "OtherVersion.so: was made for SDK version 77",
-                                    refused + "WithoutRecord.so: has no entry record", refused + "Text.so: is no",
-                                    std::string("Production (SDK version 1): ")})
+                                    refused + "WithoutRecord.so: has no entry record",
+                                    refused + "Text.so: is no", std::string("Production (SDK version 1): ")})
         EXPECT_NE(result.mOutput.find(line), std::string::npos) << line << " in:\n" << result.mOutput;
 }
 

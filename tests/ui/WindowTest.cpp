@@ -53,8 +53,7 @@ TEST_F(Window, FirstStartShowsTheSampleAndAPictureLeavesNoTrace) {
     EXPECT_FALSE(mHome.Exists("profile/Recent Productions.json"));
     EXPECT_FALSE(mHome.Exists("profile/Window Layout.json"));
 
-    const QImage empty =
-        Picture({"--screenshot", mPicture, "--profile", mProfile, mHome.MakeFolder("Empty")});
+    const QImage empty = Picture({"--screenshot", mPicture, "--profile", mProfile, mHome.MakeFolder("Empty")});
     EXPECT_EQ(empty.size(), picture.size());
     EXPECT_NE(empty, picture);
 }

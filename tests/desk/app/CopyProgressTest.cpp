@@ -132,9 +132,9 @@ TEST_F(CopyProgressTest, ShowsEachJobUntilItIsCleared) {
     ASSERT_TRUE(mDisk.WaitAtGate());
     mMain.AdvanceAlone(1s);
     EXPECT_FALSE(HasNote("Nothing is being copied."));
-    EXPECT_EQ(Rows(), (Texts{"A.zuproj | Production/Day 1 | 0 bytes of 12 bytes",
-                             "B.zuproj | Production/Day 1 | Waiting",
-                             "<b>C\\n.zuproj | Production/Day 1 | Waiting"}));
+    EXPECT_EQ(Rows(),
+              (Texts{"A.zuproj | Production/Day 1 | 0 bytes of 12 bytes",
+                     "B.zuproj | Production/Day 1 | Waiting", "<b>C\\n.zuproj | Production/Day 1 | Waiting"}));
     Button("Cancel copying B.zuproj").click();
     {
         const ExpectLogged log("Permission denied");

@@ -61,8 +61,9 @@ protected:
         mArea.resize(200, 400);
         mMain.RunUntilIdle();
         const auto buttons = Tabs().currentWidget()->findChildren<QPushButton*>();
-        return std::ranges::all_of(
-            buttons, [](auto* button) { return !button->isVisible() || button->width() >= button->sizeHint().width(); });
+        return std::ranges::all_of(buttons, [](auto* button) {
+            return !button->isVisible() || button->width() >= button->sizeHint().width();
+        });
     }
     using Titled = std::vector<std::string>;
 
@@ -195,7 +196,8 @@ TEST_F(ProjectAreaTest, TabsCloseAndFollowTheActiveProject) {
     OpenAndFind("Day 1/A & B.zuproj");
     EXPECT_EQ(Titles(), (Titled{"Reel 1", "Reel 2", "A && B"}));
     mArea.resize(200, 400);
-    EXPECT_GT(Bar().tabRect(0).width(), Bar().fontMetrics().horizontalAdvance(Bar().tabText(0)) + 32) << "legible";
+    EXPECT_GT(Bar().tabRect(0).width(), Bar().fontMetrics().horizontalAdvance(Bar().tabText(0)) + 32)
+        << "legible";
     Manager().SetActiveProject(Find());
     EXPECT_EQ(Tabs().currentIndex(), 0);
     Press(Qt::Key_Tab, Qt::ControlModifier);

@@ -82,7 +82,8 @@ TEST(QtDialogsTest, AMessageIsAsWideAsItsTitleInAFrame) {
     WhenShown([&](QWidget& dialog) {
         QFont bold = dialog.font();
         bold.setBold(true);
-        const QString shown = ToQString(kTitle) + QStringLiteral(" — ") + QGuiApplication::applicationDisplayName();
+        const QString shown =
+            ToQString(kTitle) + QStringLiteral(" — ") + QGuiApplication::applicationDisplayName();
         EXPECT_GT(dialog.width(), QFontMetrics(bold).horizontalAdvance(shown) + 100);
         QTest::keyClick(&dialog, Qt::Key_Escape);
     });

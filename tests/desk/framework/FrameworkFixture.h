@@ -25,8 +25,8 @@ inline std::string ToText(const host::Rect& r) {
     return QString::asprintf("%d,%d %dx%d", r.x, r.y, r.width, r.height).toStdString();
 }
 
-/// Answers the commands of a set, and notes what it is asked to carry out. What it does not answer ends, as with
-/// panels, at the base.
+/// Answers the commands of a set, and notes what it is asked to carry out. What it does not answer ends, as
+/// with panels, at the base.
 template <class Base>
 class Noting : public Base {
 public:

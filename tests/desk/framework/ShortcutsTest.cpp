@@ -89,8 +89,10 @@ TEST_F(ShortcutsTest, AKeyOfTwoContextsGoesToThePanelsWhileItCanBeUsed) {
 
 TEST_F(ShortcutsTest, AKeyThatIsHeldDownSendsItsCommandOnceUnlessOneGoesOnWithIt) {
     constexpr int kPageDown = 910004;
-    host::ShortcutManager::Instance()->GetContext("test.panel")->DeclareCommand(
-        "cmd.zuproductionfolder.move.pagedown", kPageDown, host::CommandKind::MenuCommand, "", nullptr, false);
+    host::ShortcutManager::Instance()
+        ->GetContext("test.panel")
+        ->DeclareCommand("cmd.zuproductionfolder.move.pagedown", kPageDown, host::CommandKind::MenuCommand, "",
+                         nullptr, false);
     mPanel->mCommands[kPageDown] = true;
     Load(R"({"test.panel": {"open": "Del", "cmd.zuproductionfolder.move.pagedown": "PgDown"}})");
     mWidget.setFocus();
