@@ -9,4 +9,6 @@ echo "$(date -u +%F), $(nproc) cores of $(sed -n 's/^model name[^:]*: //p' /proc
 "$root/build/release/bin/panel-benchmarks" "$@"
 library=()
 for argument in "$@"; do [[ $argument == --benchmark_* ]] && library+=("$argument"); done
+# What threads keep of freed memory for themselves would count as used.
+export GLIBC_TUNABLES=glibc.malloc.tcache_count=0
 exec "$root/build/release/bin/volume-benchmarks" ${library[@]+"${library[@]}"}
