@@ -67,14 +67,12 @@ UTF16String DescribeLoss(const UTF16String& path, const ProjectLocking& holder, 
     const UTF16String folder = Shown(host::PathUtils::GetFullDirectoryPart(path));
     if (remains == ProjectRemains::Nothing)
         return ZString(
-            "$$$/Desk/Project/FolderGone=The folder of “@0” is not there, and so your lock is not: it was "
-            "moved or "
+            "$$$/Desk/Project/FolderGone=The folder of “@0” is not there, and so your lock is not: it was moved or "
             "removed, or its volume is not mounted.\n@1",
             {NameOf(path), folder});
     if (remains == ProjectRemains::Folder)
         return ZString(
-            "$$$/Desk/Project/FileAndLockGone=Neither the file of “@0” nor your lock is in its folder any "
-            "more: "
+            "$$$/Desk/Project/FileAndLockGone=Neither the file of “@0” nor your lock is in its folder any more: "
             "they were moved or removed, or the volume is not mounted.\n@1",
             {NameOf(path), folder});
     return ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on “@0”.", {NameOf(path)});
