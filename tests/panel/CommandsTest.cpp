@@ -117,6 +117,7 @@ TEST_F(CommandsTest, NamesThatCannotBe) {
     EXPECT_EQ(OnDiskNow(), before);
     NewFolder(u" a b ");
     EXPECT_TRUE(mFolder.Exists(OnDisk("a b")));
+    ASSERT_TRUE(Shows([&] { return SelectedNames() == Names{"a b"}; }));
     mDialogs.ExpectText("New Folder", u".cache");
     mDialogs.ExpectMessage("Folder Created");
     Send(kNewFolder);

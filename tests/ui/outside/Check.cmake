@@ -7,7 +7,8 @@ endfunction()
 
 file(REMOVE_RECURSE ${FOLDER})
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${FOLDER}/installed)
-run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${FOLDER}/build -DCMAKE_PREFIX_PATH=${FOLDER}/installed)
+run(${CMAKE_COMMAND} -G Ninja -S ${CMAKE_CURRENT_LIST_DIR} -B ${FOLDER}/build
+    -DCMAKE_PREFIX_PATH=${FOLDER}/installed)
 run(${CMAKE_COMMAND} --build ${FOLDER}/build)
 set(program ${FOLDER}/installed/bin/production-desk)
 set(options --plugin-dir ${FOLDER}/build/panels --profile ${FOLDER}/profile)
