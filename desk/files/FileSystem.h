@@ -26,6 +26,8 @@ struct ItemStatus {
     std::int64_t mModified = 0;
     /// Absent where the volume does not record births.
     std::optional<std::int64_t> mCreated;
+    /// Permission bits (07777).
+    unsigned mMode = 0;
 };
 
 /// Told while a file is copied: the bytes copied since the last call. False stops the copy.
@@ -70,6 +72,10 @@ public:
     /// never have any) by a look at `to` and rename(2). Its reply can be lost: see `MoveOnVolume`.
     virtual void RenameNew(const std::string& from, const std::string& to) = 0;
 
+    /// Renames a file, link or folder (rename(2)) in one step. A file or link at `to` is replaced, an empty
+    /// folder by a folder; throws with ENOTEMPTY or EEXIST for any other folder. Its reply can be lost.
+    virtual void Rename(const std::string& from, const std::string& to) = 0;
+
     /// Copies the regular file `from` to the new file `to`: O_EXCL, with the content shared where the volume
     /// can (FICLONE), copied by the system where it can (copy_file_range(2)), else read and written; then
     /// permissions (without set-user-ID and set-group-ID) and times of the source, flushed when `isFlushed`,
@@ -108,6 +114,10 @@ public:
     virtual std::string ResolveLinks(const std::string& path) = 0;
     /// The file system's type number (statfs(2) f_type) of the volume that holds `path`.
     virtual long VolumeType(const std::string& path) = 0;
+    /// Waits until this machine has forgotten the names and attributes that it knew of the volume of `path` when
+    /// this was called: for as long as the mount says that they are kept (`FindCacheTime`), which is not at all
+    /// on a volume of this machine. False, after five seconds, when they are kept longer. Never throws.
+    virtual bool WaitForCaches(const std::string& path) noexcept = 0;
 };
 
 }  // namespace desk

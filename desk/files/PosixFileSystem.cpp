@@ -7,19 +7,24 @@
 #include <sys/syscall.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <thread>
 
 #include "desk/files/FileDescriptor.h"
 #include "desk/files/PosixErrors.h"
+#include "desk/files/VolumeCache.h"
+#include "desk/files/VolumeTypes.h"
 
 namespace desk {
 
 namespace {
 
 constexpr std::size_t kListingBuffer = 64 * 1024;
+constexpr std::chrono::seconds kLongestWait(5);
 
 ItemKind KindOfEntry(unsigned char type) {
     switch (type) {
@@ -95,13 +100,14 @@ void PosixFileSystem::TryFolder(const std::string& path) {
 ItemStatus PosixFileSystem::Status(const std::string& path, bool followLink) {
     struct statx facts;
     int flags = AT_STATX_SYNC_AS_STAT | (followLink ? 0 : AT_SYMLINK_NOFOLLOW);
-    unsigned wanted = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
+    unsigned wanted = STATX_TYPE | STATX_MODE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
     if (RetryInterrupted([&] { return ::statx(AT_FDCWD, path.c_str(), flags, wanted, &facts); }) != 0)
         ThrowFileException("read status of", path, errno);
     ItemStatus status;
     status.mKind = KindOfMode(facts.stx_mode);
     status.mSize = facts.stx_size;
     status.mModified = ToNanoseconds(facts.stx_mtime);
+    status.mMode = facts.stx_mode & 07777u;
     if (facts.stx_mask & STATX_BTIME) status.mCreated = ToNanoseconds(facts.stx_btime);
     return status;
 }
@@ -144,6 +150,17 @@ long PosixFileSystem::VolumeType(const std::string& path) {
     if (RetryInterrupted([&] { return ::statfs(path.c_str(), &facts); }) != 0)
         ThrowFileException("read volume type of", path, errno);
     return static_cast<long>(facts.f_type);
+}
+
+bool PosixFileSystem::WaitForCaches(const std::string& path) noexcept {
+    struct statfs facts;
+    if (::statfs(path.c_str(), &facts) == 0 && DoesVolumeReportChanges(static_cast<long>(facts.f_type)))
+        return true;
+    const std::chrono::seconds time = FindCacheTime(path);
+    // A tenth of a second more: the clocks of the caches are coarse.
+    if (time.count() > 0)
+        std::this_thread::sleep_for(std::min(time, kLongestWait) + std::chrono::milliseconds(100));
+    return time <= kLongestWait;
 }
 
 }  // namespace desk

@@ -19,6 +19,7 @@ public:
     void RemoveFile(const std::string& path) override;
     void CreateFolder(const std::string& path, unsigned mode) override;
     void RenameNew(const std::string& from, const std::string& to) override;
+    void Rename(const std::string& from, const std::string& to) override;
     ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
                         const CopyStep& step) override;
     void CopyLink(const std::string& from, const std::string& to) override;
@@ -30,6 +31,7 @@ public:
     void FlushVolume(const std::string& path) override;
     std::string ResolveLinks(const std::string& path) override;
     long VolumeType(const std::string& path) override;
+    bool WaitForCaches(const std::string& path) noexcept override;
 };
 
 }  // namespace desk

@@ -83,6 +83,10 @@ void PosixFileSystem::RenameNew(const std::string& from, const std::string& to) 
     if (error != 0) ThrowFileException("rename", from, error);
 }
 
+void PosixFileSystem::Rename(const std::string& from, const std::string& to) {
+    if (::rename(from.c_str(), to.c_str()) != 0) ThrowFileException("rename", from, errno);
+}
+
 void PosixFileSystem::RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) {
     const int flags = isFolder ? AT_REMOVEDIR : 0;
     const std::string path = below.empty() ? root : root + '/' + below;

@@ -29,6 +29,7 @@ public:
         RemoveFile,
         CreateFolder,
         RenameNew,
+        Rename,
         CopyFile,
         CopyLink,
         CopyFolderAttributes,
@@ -109,6 +110,9 @@ public:
         Do(Operation::CreateFolder, path, [&] { Disk::CreateFolder(path, mode); });
     }
     void RenameNew(const std::string& from, const std::string& to) override;
+    void Rename(const std::string& from, const std::string& to) override {
+        Do(Operation::Rename, from, [&] { Disk::Rename(from, to); });
+    }
     desk::ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
                               const desk::CopyStep& step) override {
         const bool isReally = isFlushed && !mAreFlushesSkipped;

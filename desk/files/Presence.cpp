@@ -1,0 +1,95 @@
+#include "desk/files/Presence.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "desk/files/FileSystem.h"
+#include "desk/files/FolderPath.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+
+namespace {
+
+Presence LookByName(FileSystem& fileSystem, const std::string& path) {
+    try {
+        fileSystem.Status(path, false);
+        return Presence::There;
+    } catch (const host::FileException& exception) {
+        return exception.SystemError() == ENOENT ? Presence::Gone : Presence::NotTold;
+    }
+}
+
+Presence LookInListing(FileSystem& fileSystem, const std::string& path) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    try {
+        const auto entries = fileSystem.ListFolder(FolderOf(path));
+        return std::ranges::find(entries, name, &FolderEntry::mName) != entries.end() ? Presence::There
+                                                                                      : Presence::Gone;
+    } catch (const host::FileException&) {
+        return Presence::NotTold;
+    }
+}
+
+struct Look {
+    Presence mByName;
+    Presence mInListing;
+    bool IsClear() const { return mByName == mInListing; }
+};
+
+std::vector<Look> LookAt(FileSystem& fileSystem, const std::vector<std::string>& paths) {
+    std::vector<Look> looks;
+    for (const std::string& path : paths)
+        looks.push_back({LookByName(fileSystem, path), LookInListing(fileSystem, path)});
+    return looks;
+}
+
+Presence Decide(const Look& first, const Look& second) {
+    return first.mInListing == second.mInListing ? second.mInListing : Presence::NotTold;
+}
+
+}  // namespace
+
+std::vector<Presence> FindPresence(FileSystem& fileSystem, const std::vector<std::string>& paths) {
+    std::vector<Presence> found(paths.size(), Presence::NotTold);
+    if (paths.empty() || !fileSystem.WaitForCaches(FolderOf(paths.front()))) return found;
+    const std::vector<Look> first = LookAt(fileSystem, paths);
+    std::vector<Look> second = first;
+    if (!std::ranges::all_of(first, &Look::IsClear)) {
+        fileSystem.WaitForCaches(FolderOf(paths.front()));
+        second = LookAt(fileSystem, paths);
+    }
+    std::ranges::transform(first, second, found.begin(), Decide);
+    return found;
+}
+
+Presence FindPresence(FileSystem& fileSystem, const std::string& path) {
+    return FindPresence(fileSystem, std::vector{path}).front();
+}
+
+bool IsRefusal(int systemError) {
+    switch (systemError) {
+        case EACCES:
+        case EPERM:
+        case EROFS:
+        case ENOSPC:
+        case EDQUOT:
+        case ENAMETOOLONG:
+        case EXDEV:
+        case EINVAL:
+        case ENOSYS:
+        case EOPNOTSUPP:
+        case EMLINK:
+        case ENOTEMPTY:
+        case EISDIR:
+        case ENOTDIR:
+        case ELOOP:
+        case EFBIG:
+        case ECANCELED:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace desk

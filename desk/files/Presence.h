@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/core/Export.h"
+
+namespace desk {
+
+class FileSystem;
+
+/// What a look at a place has come to.
+enum class Presence {
+    There,
+    Gone,
+    /// The volume does not tell, or may have answered from what it knew some time ago.
+    NotTold
+};
+
+/// Whether something stands at each of `paths` (bytes), which are of one volume, after a call there has failed.
+/// Names are kept for seconds on network mounts: first waits until they are forgotten, then asks by name and by
+/// listing the folder, and once more where the two disagree, when listings that agree decide. `NotTold` when
+/// the folder cannot be listed (it may have been renamed: what stood in it stands elsewhere), and always where
+/// names are kept for longer than anybody waits. Proves enough to say what has happened; it never proves that
+/// the other one of two names may be removed. Waits for the volume: for a worker.
+ZUHOST_API std::vector<Presence> FindPresence(FileSystem& fileSystem, const std::vector<std::string>& paths);
+ZUHOST_API Presence FindPresence(FileSystem& fileSystem, const std::string& path);
+
+/// True for the errors with which a volume refuses a call and does nothing (no permission, read-only, full, a
+/// name that is too long, …). After any other, a lost reply among them, the call may have been carried out. Any
+/// thread.
+ZUHOST_API bool IsRefusal(int systemError);
+
+}  // namespace desk
