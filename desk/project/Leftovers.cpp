@@ -1,8 +1,6 @@
 #include "desk/project/Leftovers.h"
 
 #include <QCryptographicHash>
-#include <array>
-#include <charconv>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -20,41 +18,8 @@ namespace desk {
 
 namespace {
 
-constexpr std::string_view kTemporaryPrefix = ".zutmp-";
 constexpr std::string_view kGuardPrefix = ".zuguard-";
 constexpr std::size_t kDigitsOfNonce = 32;
-constexpr std::size_t kLongestID = 64;
-
-/// Identifiers of the system are short and hold nothing that a file name may not.
-bool IsUsableID(std::string_view id) {
-    constexpr std::string_view kUsable = "0123456789abcdefABCDEF-";
-    return !id.empty() && id.size() <= kLongestID && id.find_first_not_of(kUsable) == std::string_view::npos;
-}
-
-template <class Number>
-bool ReadNumber(std::string_view text, Number& number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && number >= 0;
-}
-
-/// The owner that a temporary file's name tells.
-std::optional<LockRecord> ReadOwner(std::string_view name) {
-    std::array<std::string_view, 6> parts;
-    name.remove_prefix(kTemporaryPrefix.size());
-    for (std::string_view& part : parts) {
-        const std::size_t end = std::min(name.find('.'), name.size());
-        part = name.substr(0, end);
-        name.remove_prefix(std::min(end + 1, name.size()));
-    }
-    LockRecord owner;
-    owner.mNonce = parts[0];
-    owner.mMachineID = parts[1];
-    owner.mBootID = parts[2];
-    owner.mIsReadable = name.empty() && IsUsableID(parts[1]) && IsUsableID(parts[2]) &&
-                        ReadNumber(parts[3], owner.mPidNamespace) && ReadNumber(parts[4], owner.mPid) &&
-                        ReadNumber(parts[5], owner.mProcessStart);
-    return owner.mIsReadable ? std::optional(owner) : std::nullopt;
-}
 
 bool IsLockName(std::string_view name) {
     return name.starts_with('.') && !GetProjectNameOfLockFile(host::UTF8to16(std::string(name))).empty();
@@ -131,24 +96,6 @@ void SweepRecord(FileSystem& fileSystem, const Desktop& desktop, const std::stri
 }
 
 }  // namespace
-
-std::string MakeTemporaryName(const LockRecord& owner) {
-    std::string name(kTemporaryPrefix);
-    name += owner.mNonce;
-    if (!IsUsableID(owner.mMachineID) || !IsUsableID(owner.mBootID)) return name;
-    return name + '.' + owner.mMachineID + '.' + owner.mBootID + '.' + std::to_string(owner.mPidNamespace) +
-           '.' + std::to_string(owner.mPid) + '.' + std::to_string(owner.mProcessStart);
-}
-
-bool IsTemporaryName(std::string_view name) {
-    return name.starts_with(kTemporaryPrefix);
-}
-
-bool IsTemporaryOfDead(std::string_view name, const Desktop& desktop) {
-    if (!IsTemporaryName(name)) return false;
-    const auto owner = ReadOwner(name);
-    return owner && IsLockStale(*owner, desktop);
-}
 
 std::string GetGuardName(std::string_view nonce) {
     return std::string(kGuardPrefix) + std::string(nonce);

@@ -4,25 +4,13 @@
 #include <string_view>
 #include <vector>
 
-#include "desk/project/LockRecord.h"
+#include "desk/project/TemporaryNames.h"
 #include "host/core/Export.h"
 
 namespace desk {
 
 class Desktop;
 class FileSystem;
-
-/// The name of a temporary file of the process that `owner` is a record of: ".zutmp-", the record's nonce, and
-/// the process, so that what it leaves behind can be told even when the file is empty. At most 255 bytes. Any
-/// thread.
-ZUHOST_API std::string MakeTemporaryName(const LockRecord& owner);
-
-/// True for the name of a temporary file of the host, of whatever process.
-ZUHOST_API bool IsTemporaryName(std::string_view name);
-
-/// True for the name of a temporary file whose process is known to be gone (by the rule of `IsLockStale`). Any
-/// thread; reads /proc only.
-ZUHOST_API bool IsTemporaryOfDead(std::string_view name, const Desktop& desktop);
 
 /// The name of the guard of a lock: by the lock's nonce; for a lock whose content is no record, by the lock's
 /// name and the content.
