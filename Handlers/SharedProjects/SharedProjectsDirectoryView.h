@@ -20,6 +20,19 @@ class DirectoryViewSelectionChangedMessage : public MessageTemplate<DirectoryVie
 /// the top-level rows. UI thread.
 class SharedProjectsDirectoryView final : public MediaBrowserDirectoryView {
 public:
+    /// How the tree was left: what is remembered of it for each production. Paths are normalised and lie in the
+    /// production.
+    struct StateData {
+        /// The deepest open folders, in the order of their rows: to open them is to open those above them.
+        UTF16StringVec mOpenFolderPaths;
+        /// The selected rows, in the order in which they were selected.
+        UTF16StringVec mSelectedRowPaths;
+        Columns::HeaderRowData mHeaderRowData;
+        /// The first visible row; empty when there is none.
+        UTF16String mTopVisibleRowPath;
+        friend bool operator==(const StateData&, const StateData&) = default;
+    };
+
     /// `rootPath` is the production's folder, empty when none is open. Only a weak reference to `tabView` is
     /// kept.
     SharedProjectsDirectoryView(ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager,
