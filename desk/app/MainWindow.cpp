@@ -174,7 +174,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     mIsClosing = true;
     host::DocumentManager* manager = host::DocumentManager::Instance();
     const bool isDone = CopiesUnderWay::MayBeCancelled() && (!manager || manager->CloseAllProjects());
-    mIsClosing = false;
+    mIsClosing = isDone;
     if (!isDone) return;
     event->accept();
     QCoreApplication::exit();

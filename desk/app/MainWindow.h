@@ -27,6 +27,9 @@ public:
     ~MainWindow() override;
 
     ProductionCommands& Productions() { return *mProductions; }
+    ProjectArea& Projects() { return *mProjects; }
+    /// The user wants to end the program: projects that close now were open at its end.
+    bool IsClosing() const { return mIsClosing; }
     void SaveLayout() const;
 
 protected:

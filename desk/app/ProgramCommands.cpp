@@ -19,6 +19,10 @@ void DeclareProjectCommands() {
     Declare(global, "cmd.file.saveall", kCommandSaveAllProjects, "$$$/Desk/Commands/SaveAll=Save All");
     Declare(global, "cmd.file.saveascopy", kCommandSaveProjectAsCopy,
             "$$$/Desk/Commands/SaveAsCopy=Save as Copy…");
+    Declare(global, "cmd.file.reopensession", kCommandReopenSession,
+            "$$$/Desk/Commands/ReopenSession=Reopen Last Session");
+    Declare(global, "cmd.file.reopensessionatstart", kCommandReopenSessionAtStart,
+            "$$$/Desk/Commands/ReopenSessionAtStart=Reopen Last Session at Start");
     Declare(global, "cmd.file.breaklock", kCommandBreakLock, "$$$/Desk/Commands/BreakLock=Break Lock…");
     Declare(global, "cmd.file.reveal", kCommandRevealProject,
             "$$$/Desk/Commands/RevealProject=Reveal in File Browser");

@@ -24,6 +24,10 @@ inline constexpr int kCommandToggleReadOnly = 60018;
 inline constexpr int kCommandBreakLock = 60019;
 inline constexpr int kCommandRevealProject = 60020;
 
+/// What earlier sessions have left.
+inline constexpr int kCommandReopenSession = 60021;
+inline constexpr int kCommandReopenSessionAtStart = 60022;
+
 /// In its editor.
 inline constexpr int kCommandUndo = 60030;
 inline constexpr int kCommandRedo = 60031;

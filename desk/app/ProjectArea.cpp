@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontInfo>
 #include <QLabel>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <chrono>
@@ -53,25 +54,42 @@ QLabel* MakeLine(const char* key, double scale, bool isEnabled) {
     return label;
 }
 
-QWidget* MakeEmptyPage() {
-    auto* page = new QWidget;
-    auto* layout = new QVBoxLayout(page);
-    layout->addStretch(2);
-    layout->addWidget(MakeLine("$$$/Desk/Projects/None=No project is open", 1.3, true));
-    layout->addWidget(
-        MakeLine("$$$/Desk/Projects/Hint=Projects that you open have their place here.", 1, false));
-    layout->addStretch(3);
-    return page;
-}
+/// Shown while no project is open.
+class EmptyPage : public QWidget {
+public:
+    EmptyPage() : mReopen(new QPushButton(Localized("$$$/Desk/Commands/ReopenSession=Reopen Last Session"))) {
+        auto* layout = new QVBoxLayout(this);
+        layout->addStretch(2);
+        layout->addWidget(MakeLine("$$$/Desk/Projects/None=No project is open", 1.3, true));
+        layout->addWidget(
+            MakeLine("$$$/Desk/Projects/Hint=Projects that you open have their place here.", 1, false));
+        layout->addSpacing(kGap);
+        layout->addWidget(mReopen, 0, Qt::AlignHCenter);
+        layout->addStretch(3);
+        connect(mReopen, &QPushButton::clicked, this,
+                [] { CommandRouter::Instance().Send(kCommandReopenSession); });
+    }
+
+protected:
+    void showEvent(QShowEvent* event) override {
+        mReopen->setVisible(CommandRouter::Instance().FindStatus(kCommandReopenSession).mIsEnabled);
+        QWidget::showEvent(event);
+    }
+
+private:
+    static constexpr int kGap = 12;
+    QPushButton* mReopen;
+};
 
 }  // namespace
 
 ProjectArea::ProjectArea(QWidget* parent)
     : QStackedWidget(parent), CommandHandler(nullptr), mTabs(new ProjectTabs) {
-    addWidget(MakeEmptyPage());
+    addWidget(new EmptyPage);
     addWidget(mTabs);
     setMinimumWidth(160);
     connect(mTabs, &QTabWidget::currentChanged, this, &ProjectArea::TabChanged);
+    connect(&mTabs->Bar(), &QTabBar::tabMoved, this, &ProjectArea::ProjectsChanged);
     connect(&mTabs->Bar(), &QTabBar::tabCloseRequested, this, &ProjectArea::CloseTab);
     connect(&mTabs->Bar(), &QWidget::customContextMenuRequested, this, &ProjectArea::ShowTabMenu);
     connect(qApp, &QApplication::focusChanged, this, &ProjectArea::FocusChanged);
@@ -106,6 +124,12 @@ ProjectPage* ProjectArea::GetFrontPage() const {
 ProjectDocumentRef ProjectArea::GetActiveDocument() const {
     const ProjectPage* page = GetFrontPage();
     return page ? page->GetDocument() : ProjectDocumentRef();
+}
+
+std::vector<ProjectDocumentRef> ProjectArea::GetDocuments() const {
+    std::vector<ProjectDocumentRef> documents;
+    for (int i = 0; i < mTabs->count(); ++i) documents.push_back(GetPage(i)->GetDocument());
+    return documents;
 }
 
 int ProjectArea::FindTab(const ProjectDocument* document) const {
@@ -172,6 +196,7 @@ void ProjectArea::Remove(const ProjectDocumentRef& document) {
     page->deleteLater();
     if (mTabs->count() == 0) setCurrentIndex(0);
     if (ProjectPage* next = GetFrontPage(); next && hadFocus) next->setFocus();
+    Q_EMIT ProjectsChanged();
 }
 
 void ProjectArea::UpdateTab(int index) {
@@ -182,6 +207,7 @@ void ProjectArea::UpdateTab(int index) {
     mTabs->Bar().setAccessibleTabName(index, SpokenProjectTitle(document));
     mTabs->Bar().SetItalic(index, document.IsReadOnly() && document.IsOutOfDate());
     if (index == mTabs->currentIndex()) Q_EMIT ActiveProjectChanged();
+    Q_EMIT ProjectsChanged();
 }
 
 void ProjectArea::TabChanged() {
@@ -189,6 +215,7 @@ void ProjectArea::TabChanged() {
         manager->SetActiveProject(GetActiveDocument());
     if (ProjectPage* page = GetFrontPage()) page->UpdateHolder();
     Q_EMIT ActiveProjectChanged();
+    Q_EMIT ProjectsChanged();
 }
 
 bool ProjectArea::IsActiveDocumentHeld() const {

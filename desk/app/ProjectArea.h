@@ -25,6 +25,8 @@ public:
 
     /// The project in front; empty when none is open.
     ProjectDocumentRef GetActiveDocument() const;
+    /// The open projects in the order of their tabs.
+    std::vector<ProjectDocumentRef> GetDocuments() const;
     /// True when somebody else is known to hold the project in front, which is open read-only. Touches no disk.
     bool IsActiveDocumentHeld() const;
     /// Looks again who holds the projects that are read-only.
@@ -37,6 +39,8 @@ public:
 
     /// Another project is in front, or its title is another.
     Q_SIGNAL void ActiveProjectChanged();
+    /// Other projects are open, or at other paths, in another order, or with another one in front.
+    Q_SIGNAL void ProjectsChanged();
 
 private:
     void Add(const ProjectDocumentRef& document);

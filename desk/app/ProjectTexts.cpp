@@ -29,8 +29,12 @@ QString WithStates(const QString& title, const QStringList& states) {
 
 }  // namespace
 
+QString ProjectName(const host::UTF16String& path) {
+    return ToDisplayText(host::PathUtils::GetFilePart(path));
+}
+
 QString ProjectName(const ProjectDocument& document) {
-    return ToDisplayText(host::PathUtils::GetFilePart(document.GetProjectPath()));
+    return ProjectName(document.GetProjectPath());
 }
 
 QString ProjectTitle(const ProjectDocument& document) {

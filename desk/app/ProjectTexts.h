@@ -9,6 +9,7 @@ namespace desk {
 /// The words in which an open project is shown. All are ready to be shown. UI thread.
 
 /// The project's name without the extension.
+QString ProjectName(const host::UTF16String& path);
 QString ProjectName(const ProjectDocument& document);
 /// The tab's title: the name, a mark for unsaved changes, and what else is to be known, in words:
 /// "Reel 1 •", "Reel 2 (read-only, out of date)".

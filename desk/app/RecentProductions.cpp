@@ -1,32 +1,20 @@
 #include "desk/app/RecentProductions.h"
 
-#include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <algorithm>
 #include <exception>
 
+#include "desk/core/FileURI.h"
 #include "desk/core/JsonFile.h"
 #include "desk/core/Log.h"
+#include "desk/core/QtStrings.h"
 
 namespace desk {
 namespace {
 
 constexpr QLatin1String kProductions("productions");
 constexpr QLatin1String kOpenAtStart("openAtStart");
-constexpr char kScheme[] = "file://";
-
-QString ToURI(const std::string& path) {
-    const auto encoded = QByteArray::fromRawData(path.data(), static_cast<qsizetype>(path.size()));
-    return QLatin1String(kScheme) + QString::fromLatin1(encoded.toPercentEncoding("/"));
-}
-
-/// Empty for anything that is no absolute local path.
-std::string FromURI(const QString& uri) {
-    if (!uri.startsWith(QLatin1String(kScheme))) return {};
-    const QByteArray path = QByteArray::fromPercentEncoding(uri.mid(sizeof kScheme - 1).toLatin1());
-    return path.startsWith('/') && !path.contains('\0') ? path.toStdString() : std::string();
-}
 
 }  // namespace
 
@@ -42,7 +30,7 @@ void RecentProductions::Read() {
     mOpenAtStart = file.mObject.value(kOpenAtStart).toBool(true);
     mFolders.clear();
     for (const QJsonValue& value : file.mObject.value(kProductions).toArray()) {
-        std::string folder = FromURI(value.toString());
+        std::string folder = ReadFileURI(ToUTF8(value.toString()));
         const bool isNew = std::find(mFolders.begin(), mFolders.end(), folder) == mFolders.end();
         if (!folder.empty() && isNew && mFolders.size() < kLimit) mFolders.push_back(std::move(folder));
     }
@@ -53,7 +41,7 @@ void RecentProductions::Write() const {
         return Log(LogLevel::Warning,
                    "The list of recent productions is not saved: " + host::UTF16to8(mNotice));
     QJsonArray productions;
-    for (const std::string& folder : mFolders) productions.append(ToURI(folder));
+    for (const std::string& folder : mFolders) productions.append(ToQStringFromUTF8(MakeFileURI(folder)));
     try {
         WriteJsonFile(mPath, {{kProductions, productions}, {kOpenAtStart, mOpenAtStart}});
     } catch (const std::exception& exception) {

@@ -20,6 +20,7 @@
 #include "desk/app/ProgressPanel.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/Screenshot.h"
+#include "desk/app/SessionMemory.h"
 #include "desk/app/SystemColorScheme.h"
 #include "desk/core/DateLanguage.h"
 #include "desk/core/DebugDatabaseFile.h"
@@ -143,6 +144,8 @@ struct Session::Parts {
     std::unique_ptr<SystemColorScheme> mColorScheme;
     std::unique_ptr<ProjectDocuments> mDocuments;
     std::unique_ptr<MainWindow> mWindow;
+    /// Null for a picture.
+    std::unique_ptr<SessionMemory> mMemory;
     std::unique_ptr<Screenshot> mScreenshot;
     std::unique_ptr<QSocketNotifier> mSignals;
 };
@@ -187,6 +190,7 @@ int Session::Execute() {
     mParts->mSignals = QuitOnSignals(*mParts->mWindow);
     const int exitCode = QApplication::exec();
     mParts->mWindow->SaveLayout();
+    if (mParts->mMemory) mParts->mMemory->End();
     const std::chrono::seconds patience = mParts->mCopyQueue->IsBusy() ? kPatienceWithCopies : kPatience;
     EndAtTheLatestIn(patience, exitCode);
     Close(patience);
@@ -228,6 +232,7 @@ void Session::OpenWindow() {
     mParts->mDocuments = std::make_unique<ProjectDocuments>();
     mParts->mWindow = std::make_unique<MainWindow>(
         *mParts->mProfile, isPicture ? nullptr : mParts->mRecent.get(), mCommandLine.mWindowSize);
+    if (!isPicture) mParts->mMemory = std::make_unique<SessionMemory>(*mParts->mProfile, *mParts->mWindow);
     mParts->mWindow->show();
     mParts->mWindow->activateWindow();
     OpenFirstProduction();
@@ -235,14 +240,18 @@ void Session::OpenWindow() {
 
 void Session::OpenFirstProduction() {
     const bool isPicture = !mCommandLine.mScreenshot.empty();
-    const auto done = [this, isPicture](const ProductionOpener::Result& result) {
+    const OpenItems items =
+        mParts->mMemory ? mParts->mMemory->FindItemsForStart(mCommandLine.mFolder) : OpenItems();
+    const bool isReopening = !items.mProjects.empty();
+    const auto done = [=, this](const ProductionOpener::Result& result) {
+        if (isReopening && !result.mIsSuperseded) mParts->mMemory->ReopenProjects();
         OpenProjects();
         if (!isPicture || result.mProblem.isEmpty()) return;
         std::fprintf(stderr, "production-desk: %s\n", ToUTF8(result.mProblem).c_str());
         QCoreApplication::exit(EXIT_FAILURE);
     };
     ProductionCommands& productions = mParts->mWindow->Productions();
-    const std::string last = mParts->mRecent->GetFolderToOpen();
+    const std::string last = isReopening ? items.mProduction : mParts->mRecent->GetFolderToOpen();
     if (!mCommandLine.mFolder.empty())
         productions.OpenAtStart(mCommandLine.mFolder, done);
     else if (!last.empty())
@@ -250,7 +259,7 @@ void Session::OpenFirstProduction() {
     else if (mParts->mRecent->IsFirstStart())
         productions.OpenSample(done);
     else
-        OpenProjects();
+        done({});
     if (isPicture) TakeScreenshot();
 }
 
@@ -275,6 +284,7 @@ void Session::TakeScreenshot() {
 void Session::Close(std::chrono::seconds patience) {
     mParts->mCopyQueue.reset();
     mParts->mScreenshot.reset();
+    mParts->mMemory.reset();
     mParts->mWindow.reset();
     mParts->mDocuments.reset();
     mParts->mColorScheme.reset();

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 
+#include "desk/core/FileURI.h"
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
 #include "desk/core/QtStrings.h"
@@ -94,10 +95,6 @@ void OpenFolder(const std::string& folder, const Desktop::RevealFailed& failed) 
 }
 
 }  // namespace
-
-std::string MakeFileURI(const std::string& path) {
-    return "file://" + QByteArray::fromStdString(path).toPercentEncoding("/").toStdString();
-}
 
 void ShowInFileBrowser(const std::vector<std::string>& paths, Desktop::Reveal reveal,
                        Desktop::RevealFailed failed) {

@@ -46,6 +46,18 @@ public:
     /// to the front; an empty reference when there is none any more.
     void SetActiveProject(const host::ProjectRef& project) override;
 
+    /// What came of opening a project without a question.
+    struct QuietOpening {
+        /// Empty when it is not open.
+        ProjectDocumentRef mDocument;
+        /// Why it is not open, or why it is open read-only, as sentences; empty when neither.
+        host::UTF16String mReason;
+        bool mIsCancelled = false;
+    };
+    /// `OpenProject` for several that are opened together: nothing is asked or told but for the waiting, which
+    /// can be cancelled. A project that cannot be locked is opened read-only.
+    QuietOpening OpenWithoutQuestions(const host::UTF16String& path);
+
     /// Saves every project with unsaved changes; one that fails does not keep the others. False when any is
     /// still unsaved.
     bool SaveAllProjects();
@@ -75,11 +87,13 @@ private:
         host::UTF16String mCopy;
     };
 
-    bool Open(const host::UTF16String& path);
+    /// With `quiet` (may be null) nothing is asked or told: it takes what there would be to tell.
+    bool OpenUnlessOpen(const host::UTF16String& path, QuietOpening* quiet);
+    bool Open(const host::UTF16String& path, QuietOpening* quiet);
     /// Absent when the user does not want to open the project itself (a copy may be open then: `isCopyOpen`).
     /// Without locks: read-only.
     std::optional<ProjectLocking> LockOrAsk(const host::UTF16String& path, const ProjectFilePlace& file,
-                                            bool& isCopyOpen);
+                                            QuietOpening* quiet, bool& isCopyOpen);
     bool OpenCopy(const host::UTF16String& path, const ProjectFilePlace& file);
 
     Saving Save(const ProjectDocumentRef& document);

@@ -22,19 +22,32 @@ using ProjectQuestions::LockedAnswer;
 /// Copies that somebody else has made under the same name meanwhile.
 constexpr int kMostCopyNames = 20;
 
+void TellNotOpened(const UTF16String& path, const UTF16String& reason, ProjectDocuments::QuietOpening* quiet) {
+    if (quiet)
+        quiet->mReason = reason;
+    else
+        ProjectQuestions::TellNotOpened(path, reason);
+}
+
+void TellNotOpened(const UTF16String& path, const host::FileException& exception,
+                   ProjectDocuments::QuietOpening* quiet) {
+    if (exception.SystemError() == EINVAL)
+        return TellNotOpened(path, host::ZString("$$$/Desk/Project/NoFile=It is not a file."), quiet);
+    if (exception.SystemError() != ECANCELED) return TellNotOpened(path, ReasonOf(exception), quiet);
+    if (quiet) quiet->mIsCancelled = true;
+}
+
 /// The answer to `question` about the file at `filePath`; absent when it failed, which the user has been told,
 /// or was cancelled.
 template <class Answer>
 std::optional<Answer> AskToOpen(const UTF16String& path, const std::string& filePath,
+                                ProjectDocuments::QuietOpening* quiet,
                                 Answer (*question)(FileSystem&, const std::string&)) {
     try {
         return AskVolume(host::ZString("$$$/Desk/Project/Opening=Opening Project"), "open", path,
                          [question, filePath] { return question(*GetServices().mFileSystem, filePath); });
     } catch (const host::FileException& exception) {
-        if (exception.SystemError() == EINVAL)
-            ProjectQuestions::TellNotOpened(path, host::ZString("$$$/Desk/Project/NoFile=It is not a file."));
-        else if (exception.SystemError() != ECANCELED)
-            ProjectQuestions::TellNotOpened(path, ReasonOf(exception));
+        TellNotOpened(path, exception, quiet);
         return {};
     }
 }
@@ -42,25 +55,36 @@ std::optional<Answer> AskToOpen(const UTF16String& path, const std::string& file
 }  // namespace
 
 bool ProjectDocuments::OpenProject(const UTF16String& path) {
+    return OpenUnlessOpen(host::PathUtils::ToNormalizedPath(path), nullptr);
+}
+
+ProjectDocuments::QuietOpening ProjectDocuments::OpenWithoutQuestions(const UTF16String& path) {
+    QuietOpening opening;
     const UTF16String normalized = host::PathUtils::ToNormalizedPath(path);
     host::ProjectRef open;
-    if (host::IsProjectOpen(normalized, open)) {
+    if (OpenUnlessOpen(normalized, &opening))
+        opening.mDocument = ToDocument(host::IsProjectOpen(normalized, open) ? open : GetActiveProject());
+    return opening;
+}
+
+bool ProjectDocuments::OpenUnlessOpen(const UTF16String& path, QuietOpening* quiet) {
+    host::ProjectRef open;
+    if (host::IsProjectOpen(path, open)) {
         SetActiveProject(open);
         return true;
     }
-    if (!host::IsVantorProjectFile(normalized)) {
-        ProjectQuestions::TellNotOpened(normalized,
-                                        host::ZString("$$$/Desk/Project/NoProject=It is not a project."));
+    if (!host::IsVantorProjectFile(path)) {
+        TellNotOpened(path, host::ZString("$$$/Desk/Project/NoProject=It is not a project."), quiet);
         return false;
     }
-    if (!mOpening.insert(normalized).second) return false;
-    const bool isOpen = Open(normalized);
-    mOpening.erase(normalized);
+    if (!mOpening.insert(path).second) return false;
+    const bool isOpen = Open(path, quiet);
+    mOpening.erase(path);
     return isOpen;
 }
 
-bool ProjectDocuments::Open(const UTF16String& path) {
-    const auto file = AskToOpen(path, host::UTF16to8(path), FindProjectFile);
+bool ProjectDocuments::Open(const UTF16String& path, QuietOpening* quiet) {
+    const auto file = AskToOpen(path, host::UTF16to8(path), quiet, FindProjectFile);
     if (!file) return false;
     for (const ProjectDocumentRef& document : GetDocuments()) {
         if (document->GetFile().mPath != file->mPath) continue;
@@ -71,10 +95,10 @@ bool ProjectDocuments::Open(const UTF16String& path) {
         return true;
     }
     bool isCopyOpen = false;
-    const std::optional<ProjectLocking> locking = LockOrAsk(path, *file, isCopyOpen);
+    const std::optional<ProjectLocking> locking = LockOrAsk(path, *file, quiet, isCopyOpen);
     if (!locking) return isCopyOpen;
     // Under the lock, so that nobody writes after this reading.
-    auto content = AskToOpen(path, file->mPath, ReadProjectFile);
+    auto content = AskToOpen(path, file->mPath, quiet, ReadProjectFile);
     if (!content) return false;
     const ProjectDocumentRef document = new ProjectDocument(path, *file, *std::move(content));
     document->SetLocks(locking->mLock, locking->mTargetLock);
@@ -84,9 +108,13 @@ bool ProjectDocuments::Open(const UTF16String& path) {
 }
 
 std::optional<ProjectLocking> ProjectDocuments::LockOrAsk(const UTF16String& path, const ProjectFilePlace& file,
-                                                          bool& isCopyOpen) {
+                                                          QuietOpening* quiet, bool& isCopyOpen) {
     ProjectLocking locking = TakeProjectLocks(path, file);
     if (locking.mObstacle == ProjectLocking::Obstacle::None) return locking;
+    if (quiet) {
+        quiet->mReason = ProjectQuestions::DescribeObstacle(path, locking);
+        return ProjectLocking{};
+    }
     switch (ProjectQuestions::AskAboutLock(path, locking)) {
         case LockedAnswer::OpenReadOnly:
             return ProjectLocking{};

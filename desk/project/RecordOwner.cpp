@@ -1,0 +1,57 @@
+#include "desk/project/RecordOwner.h"
+
+#include <QJsonDocument>
+
+#include "desk/core/Desktop.h"
+#include "desk/core/JsonFile.h"
+#include "desk/core/Services.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/VolumeTypes.h"
+#include "desk/project/LockProtocol.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+
+namespace {
+
+bool IsOnOwnVolume(const std::string& folder) {
+    try {
+        return DoesVolumeReportChanges(GetServices().mFileSystem->VolumeType(folder));
+    } catch (const host::FileException&) {
+        return false;
+    }
+}
+
+bool AreOfOneBoot(const LockRecord& a, const LockRecord& b) {
+    return a.mMachineID == b.mMachineID && a.mBootID == b.mBootID && !a.mMachineID.empty() &&
+           !a.mBootID.empty();
+}
+
+}  // namespace
+
+LockRecord MakeRecordOwner() {
+    const Desktop& desktop = *GetServices().mDesktop;
+    return MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
+}
+
+QJsonObject WriteRecordOwner(const LockRecord& owner) {
+    return ParseJsonObject(WriteLockRecord(owner)).mObject;
+}
+
+LockRecord ReadRecordOwner(const QJsonObject& object) {
+    return ParseLockRecord(QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString());
+}
+
+OwnerStanding FindOwnerStanding(const LockRecord& owner, const std::string& folder) {
+    if (!owner.mIsReadable) return OwnerStanding::Unknown;
+    const LockRecord own = MakeRecordOwner();
+    if (AreOfOneProcess(owner, own)) return OwnerStanding::Own;
+    if (IsLockStale(owner, *GetServices().mDesktop)) return OwnerStanding::Gone;
+    const bool areBootsKnown = !owner.mBootID.empty() && !own.mBootID.empty();
+    if (areBootsKnown && owner.mBootID != own.mBootID && IsOnOwnVolume(folder)) return OwnerStanding::Gone;
+    const bool isComparable =
+        AreOfOneBoot(owner, own) && owner.mPidNamespace != 0 && owner.mPidNamespace == own.mPidNamespace;
+    return isComparable ? OwnerStanding::Living : OwnerStanding::Unknown;
+}
+
+}  // namespace desk
