@@ -19,8 +19,8 @@ namespace slowvolume {
 namespace {
 
 constexpr std::array<const char*, static_cast<std::size_t>(Operation::Count)> kOperationNames{
-    "lookup", "getattr", "setattr", "opendir", "readdir",  "open",   "read",  "write",  "release", "fsync",
-    "create", "mkdir",   "link",    "symlink", "readlink", "unlink", "rmdir", "rename", "statfs"};
+    "lookup",   "getattr", "setattr", "opendir", "readdir", "open",     "read",   "write", "release", "fsync",
+    "fsyncdir", "create",  "mkdir",   "link",    "symlink", "readlink", "unlink", "rmdir", "rename",  "statfs"};
 
 struct OpenFolder {
     DIR* mStream = nullptr;
@@ -43,8 +43,7 @@ void Initialise(void* userData, fuse_conn_info* connection) {
     connection->max_background = options.mThreads;
 }
 
-void LookUp(fuse_req_t request, fuse_ino_t parent, const char* name) {
-    auto& volume = SlowVolume::Begin(request, Operation::LookUp);
+void LookUp(SlowVolume& volume, fuse_req_t request, fuse_ino_t parent, const char* name) {
     volume.ReplyEntry(request, volume.GetNodes().Get(parent), name);
 }
 
@@ -68,8 +67,7 @@ void ReplyAttributes(fuse_req_t request, SlowVolume& volume, const Node& node) {
     }
 }
 
-void GetAttributes(fuse_req_t request, fuse_ino_t number, fuse_file_info*) {
-    auto& volume = SlowVolume::Begin(request, Operation::GetAttributes);
+void GetAttributes(SlowVolume& volume, fuse_req_t request, fuse_ino_t number, fuse_file_info*) {
     ReplyAttributes(request, volume, volume.GetNodes().Get(number));
 }
 
@@ -93,8 +91,8 @@ int ApplyAttributes(const std::string& path, const struct stat& wanted, int chan
     return ::utimensat(AT_FDCWD, path.c_str(), times, 0);
 }
 
-void SetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted, int changes, fuse_file_info*) {
-    auto& volume = SlowVolume::Begin(request, Operation::SetAttributes);
+void SetAttributes(SlowVolume& volume, fuse_req_t request, fuse_ino_t number, struct stat* wanted, int changes,
+                   fuse_file_info*) {
     const Node& node = volume.GetNodes().Get(number);
     if (ApplyAttributes(node.ProcPath(), *wanted, changes) != 0) {
         fuse_reply_err(request, errno);
@@ -103,8 +101,7 @@ void SetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted, i
     }
 }
 
-void OpenFolderOf(fuse_req_t request, fuse_ino_t number, fuse_file_info* info) {
-    auto& volume = SlowVolume::Begin(request, Operation::OpenFolder);
+void OpenFolderOf(SlowVolume& volume, fuse_req_t request, fuse_ino_t number, fuse_file_info* info) {
     const int descriptor =
         ::openat(volume.GetNodes().Get(number).mDescriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* stream = descriptor < 0 ? nullptr : ::fdopendir(descriptor);
@@ -137,8 +134,8 @@ bool AppendEntry(fuse_req_t request, OpenFolder& folder, std::vector<char>& answ
     return true;
 }
 
-void ReadFolder(fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fuse_file_info* info) {
-    SlowVolume::Begin(request, Operation::ReadFolder);
+void ReadFolder(SlowVolume&, fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset,
+                fuse_file_info* info) {
     OpenFolder& folder = FolderOf(*info);
     if (offset != folder.mOffset) {
         ::seekdir(folder.mStream, offset);
@@ -156,34 +153,37 @@ void ReleaseFolder(fuse_req_t request, fuse_ino_t, fuse_file_info* info) {
     fuse_reply_err(request, 0);
 }
 
-void MakeFolder(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode) {
-    auto& volume = SlowVolume::Begin(request, Operation::MakeFolder);
-    Node& folder = volume.GetNodes().Get(parent);
-    if (::mkdirat(folder.mDescriptor, name, mode) != 0) return ReplyResult(request, -1);
-    volume.ReplyEntry(request, folder, name);
+void SyncFolder(SlowVolume& volume, fuse_req_t request, fuse_ino_t, int, fuse_file_info* info) {
+    volume.Perform(request, Operation::SyncFolder, [&] { return ::fsync(::dirfd(FolderOf(*info).mStream)); });
 }
 
-void Link(fuse_req_t request, fuse_ino_t number, fuse_ino_t newParent, const char* newName) {
-    auto& volume = SlowVolume::Begin(request, Operation::Link);
-    if (volume.Fails(request, Operation::Link, false)) return;
+void MakeFolder(SlowVolume& volume, fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode) {
+    Node& folder = volume.GetNodes().Get(parent);
+    volume.PerformEntry(request, Operation::MakeFolder, folder, name,
+                        [&] { return ::mkdirat(folder.mDescriptor, name, mode); });
+}
+
+void Link(SlowVolume& volume, fuse_req_t request, fuse_ino_t number, fuse_ino_t newParent,
+          const char* newName) {
+    if (!volume.GetOptions().mHasLinks) {
+        fuse_reply_err(request, EPERM);
+        return;
+    }
     const std::string source = volume.GetNodes().Get(number).ProcPath();
     Node& folder = volume.GetNodes().Get(newParent);
-    if (::linkat(AT_FDCWD, source.c_str(), folder.mDescriptor, newName, AT_SYMLINK_FOLLOW) != 0) {
-        return ReplyResult(request, -1);
-    }
-    if (volume.Fails(request, Operation::Link, true)) return;
-    volume.ReplyEntry(request, folder, newName);
+    volume.PerformEntry(request, Operation::Link, folder, newName, [&] {
+        return ::linkat(AT_FDCWD, source.c_str(), folder.mDescriptor, newName, AT_SYMLINK_FOLLOW);
+    });
 }
 
-void SymbolicLink(fuse_req_t request, const char* target, fuse_ino_t parent, const char* name) {
-    auto& volume = SlowVolume::Begin(request, Operation::SymbolicLink);
+void SymbolicLink(SlowVolume& volume, fuse_req_t request, const char* target, fuse_ino_t parent,
+                  const char* name) {
     Node& folder = volume.GetNodes().Get(parent);
-    if (::symlinkat(target, folder.mDescriptor, name) != 0) return ReplyResult(request, -1);
-    volume.ReplyEntry(request, folder, name);
+    volume.PerformEntry(request, Operation::SymbolicLink, folder, name,
+                        [&] { return ::symlinkat(target, folder.mDescriptor, name); });
 }
 
-void ReadLink(fuse_req_t request, fuse_ino_t number) {
-    auto& volume = SlowVolume::Begin(request, Operation::ReadLink);
+void ReadLink(SlowVolume& volume, fuse_req_t request, fuse_ino_t number) {
     char target[PATH_MAX];
     const auto length = ::readlinkat(volume.GetNodes().Get(number).mDescriptor, "", target, sizeof(target) - 1);
     if (length < 0) return ReplyResult(request, -1);
@@ -191,33 +191,31 @@ void ReadLink(fuse_req_t request, fuse_ino_t number) {
     fuse_reply_readlink(request, target);
 }
 
-void Unlink(fuse_req_t request, fuse_ino_t parent, const char* name) {
-    auto& volume = SlowVolume::Begin(request, Operation::Unlink);
+void Unlink(SlowVolume& volume, fuse_req_t request, fuse_ino_t parent, const char* name) {
     volume.Perform(request, Operation::Unlink,
                    [&] { return ::unlinkat(volume.GetNodes().Get(parent).mDescriptor, name, 0); });
 }
 
-void RemoveFolder(fuse_req_t request, fuse_ino_t parent, const char* name) {
-    auto& volume = SlowVolume::Begin(request, Operation::RemoveFolder);
-    ReplyResult(request, ::unlinkat(volume.GetNodes().Get(parent).mDescriptor, name, AT_REMOVEDIR));
+void RemoveFolder(SlowVolume& volume, fuse_req_t request, fuse_ino_t parent, const char* name) {
+    volume.Perform(request, Operation::RemoveFolder,
+                   [&] { return ::unlinkat(volume.GetNodes().Get(parent).mDescriptor, name, AT_REMOVEDIR); });
 }
 
-void Rename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent, const char* newName,
-            unsigned flags) {
-    auto& volume = SlowVolume::Begin(request, Operation::Rename);
-    // Like most network volumes, it knows plain renames only.
-    if (flags != 0) {
+void Rename(SlowVolume& volume, fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent,
+            const char* newName, unsigned flags) {
+    // Most network volumes know plain renames only.
+    if (flags != 0 && !volume.GetOptions().mHasRenameFlags) {
         fuse_reply_err(request, EINVAL);
         return;
     }
     auto& nodes = volume.GetNodes();
     volume.Perform(request, Operation::Rename, [&] {
-        return ::renameat(nodes.Get(parent).mDescriptor, name, nodes.Get(newParent).mDescriptor, newName);
+        return ::renameat2(nodes.Get(parent).mDescriptor, name, nodes.Get(newParent).mDescriptor, newName,
+                           flags);
     });
 }
 
-void VolumeStatus(fuse_req_t request, fuse_ino_t number) {
-    auto& volume = SlowVolume::Begin(request, Operation::VolumeStatus);
+void VolumeStatus(SlowVolume& volume, fuse_req_t request, fuse_ino_t number) {
     struct statvfs status;
     if (::fstatvfs(volume.GetNodes().Get(number == 0 ? FUSE_ROOT_ID : number).mDescriptor, &status) != 0) {
         return ReplyResult(request, -1);
@@ -236,25 +234,29 @@ std::optional<Operation> FindOperation(std::string_view name) {
 SlowVolume::SlowVolume(const Options& options)
     : mOptions(options), mNodes(options.mSource), mFaultCounts(options.mFaults.size()) {}
 
-fuse_lowlevel_ops SlowVolume::MakeOperations() {
+fuse_lowlevel_ops SlowVolume::MakeOperations() const {
     fuse_lowlevel_ops operations{};
     operations.init = Initialise;
-    operations.lookup = LookUp;
+    operations.lookup = Guarded<Operation::LookUp, LookUp>::Call;
     operations.forget = Forget;
     operations.forget_multi = ForgetMany;
-    operations.getattr = GetAttributes;
-    operations.setattr = SetAttributes;
-    operations.opendir = OpenFolderOf;
-    operations.readdir = ReadFolder;
+    operations.getattr = Guarded<Operation::GetAttributes, GetAttributes>::Call;
+    operations.setattr = Guarded<Operation::SetAttributes, SetAttributes>::Call;
+    operations.opendir = Guarded<Operation::OpenFolder, OpenFolderOf>::Call;
+    operations.readdir = Guarded<Operation::ReadFolder, ReadFolder>::Call;
     operations.releasedir = ReleaseFolder;
-    operations.mkdir = MakeFolder;
-    operations.link = Link;
-    operations.symlink = SymbolicLink;
-    operations.readlink = ReadLink;
-    operations.unlink = Unlink;
-    operations.rmdir = RemoveFolder;
-    operations.rename = Rename;
-    operations.statfs = VolumeStatus;
+    // Without it the kernel takes folders for durable, and asks no more.
+    if (std::ranges::find(mOptions.mFaults, Operation::SyncFolder, &Fault::mOperation) !=
+        mOptions.mFaults.end())
+        operations.fsyncdir = Guarded<Operation::SyncFolder, SyncFolder>::Call;
+    operations.mkdir = Guarded<Operation::MakeFolder, MakeFolder>::Call;
+    operations.link = Guarded<Operation::Link, Link>::Call;
+    operations.symlink = Guarded<Operation::SymbolicLink, SymbolicLink>::Call;
+    operations.readlink = Guarded<Operation::ReadLink, ReadLink>::Call;
+    operations.unlink = Guarded<Operation::Unlink, Unlink>::Call;
+    operations.rmdir = Guarded<Operation::RemoveFolder, RemoveFolder>::Call;
+    operations.rename = Guarded<Operation::Rename, Rename>::Call;
+    operations.statfs = Guarded<Operation::VolumeStatus, VolumeStatus>::Call;
     AddFileOperations(operations);
     return operations;
 }
@@ -263,8 +265,7 @@ void SlowVolume::PrintStatistics(std::ostream& out) const {
     for (std::size_t i = 0; i < mCounts.size(); ++i) {
         if (mCounts[i] != 0) out << kOperationNames[i] << ' ' << mCounts[i] << '\n';
     }
-    for (std::size_t i = 0; i < mOptions.mFaults.size(); ++i)
-        out << "failures " << mFaultCounts[i] / mOptions.mFaults[i].mEvery << '\n';
+    for (std::size_t i = 0; i < mOptions.mFaults.size(); ++i) out << "failures " << CountFailures(i) << '\n';
 }
 
 SlowVolume& SlowVolume::Begin(fuse_req_t request, Operation operation) {
@@ -274,11 +275,17 @@ SlowVolume& SlowVolume::Begin(fuse_req_t request, Operation operation) {
     return volume;
 }
 
+std::uint64_t SlowVolume::CountFailures(std::size_t fault) const {
+    const std::uint64_t failures = mFaultCounts[fault] / mOptions.mFaults[fault].mEvery;
+    return mOptions.mFaults[fault].mIsOnce ? std::min<std::uint64_t>(failures, 1) : failures;
+}
+
 bool SlowVolume::Fails(fuse_req_t request, Operation operation, bool isAfter) {
     for (std::size_t i = 0; i < mOptions.mFaults.size(); ++i) {
         const Fault& fault = mOptions.mFaults[i];
         if (fault.mOperation != operation || fault.mIsAfter != isAfter) continue;
-        if (++mFaultCounts[i] % fault.mEvery != 0) continue;
+        const std::uint64_t call = ++mFaultCounts[i];
+        if (fault.mIsOnce ? call != fault.mEvery : call % fault.mEvery != 0) continue;
         fuse_reply_err(request, fault.mError);
         return true;
     }
@@ -294,7 +301,9 @@ bool SlowVolume::FillEntry(Node& parent, const char* name, fuse_entry_param& ent
 
 void SlowVolume::ReplyEntry(fuse_req_t request, Node& parent, const char* name) {
     fuse_entry_param entry;
-    if (FillEntry(parent, name, entry)) {
+    const bool isThere = FillEntry(parent, name, entry);
+    // Number 0 says that there is no such item, for as long as the entry may be kept.
+    if (isThere || (errno == ENOENT && mOptions.mKeepsAbsence)) {
         fuse_reply_entry(request, &entry);
     } else {
         fuse_reply_err(request, errno);

@@ -27,6 +27,7 @@ enum class Operation : std::size_t {
     Write,
     Release,
     Sync,
+    SyncFolder,
     Create,
     MakeFolder,
     Link,
@@ -39,12 +40,14 @@ enum class Operation : std::size_t {
     Count
 };
 
-/// Makes every `mEvery`-th call of an operation fail: before it is done, or after, so that its reply is lost.
+/// Makes every `mEvery`-th call of an operation fail, or only the `mEvery`-th: before it is done, or after, so
+/// that its reply is lost.
 struct Fault {
     Operation mOperation;
     unsigned mEvery = 1;
     int mError = 0;
     bool mIsAfter = false;
+    bool mIsOnce = false;
 };
 
 struct Options {
@@ -54,6 +57,11 @@ struct Options {
     std::chrono::milliseconds mDelay{10};
     /// How long the kernel may keep names and attributes, in seconds, as mounts of network volumes let it.
     double mCacheSeconds = 1;
+    /// Keeps as long that a name is not there.
+    bool mKeepsAbsence = false;
+    /// Knows renameat2(2)'s flags, and hard links; without them EINVAL and EPERM.
+    bool mHasRenameFlags = false;
+    bool mHasLinks = true;
     /// Most operations at a time.
     unsigned mThreads = 64;
     std::vector<Fault> mFaults;
@@ -70,7 +78,7 @@ public:
     explicit SlowVolume(const Options& options);
 
     /// Fills the operations that are passed to fuse_session_new(3), with the volume as user data.
-    static fuse_lowlevel_ops MakeOperations();
+    fuse_lowlevel_ops MakeOperations() const;
     void PrintStatistics(std::ostream& out) const;
 
     /// The volume of a request, once the operation has been counted and its delay has passed.
@@ -78,9 +86,12 @@ public:
 
     /// Answers a request with an error when a fault is due before (or after) the operation; true when it was.
     bool Fails(fuse_req_t request, Operation operation, bool isAfter);
-    /// Does an operation that answers with nothing but success or errno, and is subject to faults.
+    /// Does an operation that answers with nothing but success or errno, unless its reply is to be lost.
     template <class Call>
     void Perform(fuse_req_t request, Operation operation, Call call);
+    /// Likewise one that makes the item `name` of `parent`, and answers with it.
+    template <class Call>
+    void PerformEntry(fuse_req_t request, Operation operation, Node& parent, const char* name, Call call);
 
     const Options& GetOptions() const { return mOptions; }
     NodeTable& GetNodes() { return mNodes; }
@@ -90,6 +101,8 @@ public:
     bool FillEntry(Node& parent, const char* name, fuse_entry_param& entry);
 
 private:
+    std::uint64_t CountFailures(std::size_t fault) const;
+
     Options mOptions;
     NodeTable mNodes;
     std::array<std::atomic<std::uint64_t>, static_cast<std::size_t>(Operation::Count)> mCounts{};
@@ -108,10 +121,28 @@ void ReplyResult(fuse_req_t request, int result);
 
 template <class Call>
 void SlowVolume::Perform(fuse_req_t request, Operation operation, Call call) {
-    if (Fails(request, operation, false)) return;
     const int result = call();
     if (result >= 0 && Fails(request, operation, true)) return;
     ReplyResult(request, result);
 }
+
+template <class Call>
+void SlowVolume::PerformEntry(fuse_req_t request, Operation operation, Node& parent, const char* name,
+                              Call call) {
+    if (call() != 0) return ReplyResult(request, -1);
+    if (!Fails(request, operation, true)) ReplyEntry(request, parent, name);
+}
+
+/// A handler behind what all have in common: it is counted, takes its time, and fails when a fault is due
+/// before it.
+template <Operation kOperation, auto kHandler>
+struct Guarded;
+template <Operation kOperation, class... Arguments, void (*kHandler)(SlowVolume&, fuse_req_t, Arguments...)>
+struct Guarded<kOperation, kHandler> {
+    static void Call(fuse_req_t request, Arguments... arguments) {
+        SlowVolume& volume = SlowVolume::Begin(request, kOperation);
+        if (!volume.Fails(request, kOperation, false)) kHandler(volume, request, arguments...);
+    }
+};
 
 }  // namespace slowvolume

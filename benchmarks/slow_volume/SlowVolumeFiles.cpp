@@ -14,8 +14,7 @@ int DescriptorOf(const fuse_file_info& info) {
     return static_cast<int>(info.fh);
 }
 
-void Open(fuse_req_t request, fuse_ino_t number, fuse_file_info* info) {
-    auto& volume = SlowVolume::Begin(request, Operation::Open);
+void Open(SlowVolume& volume, fuse_req_t request, fuse_ino_t number, fuse_file_info* info) {
     const std::string path = volume.GetNodes().Get(number).ProcPath();
     const int descriptor = ::open(path.c_str(), (info->flags & ~(O_NOFOLLOW | O_CREAT | O_EXCL)) | O_CLOEXEC);
     if (descriptor < 0) return ReplyResult(request, -1);
@@ -23,9 +22,8 @@ void Open(fuse_req_t request, fuse_ino_t number, fuse_file_info* info) {
     fuse_reply_open(request, info);
 }
 
-void Create(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode, fuse_file_info* info) {
-    auto& volume = SlowVolume::Begin(request, Operation::Create);
-    if (volume.Fails(request, Operation::Create, false)) return;
+void Create(SlowVolume& volume, fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode,
+            fuse_file_info* info) {
     Node& folder = volume.GetNodes().Get(parent);
     const int descriptor =
         ::openat(folder.mDescriptor, name, (info->flags & ~O_NOFOLLOW) | O_CREAT | O_CLOEXEC, mode);
@@ -44,18 +42,15 @@ void Create(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode
     }
 }
 
-void Read(fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fuse_file_info* info) {
-    SlowVolume::Begin(request, Operation::Read);
+void Read(SlowVolume&, fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fuse_file_info* info) {
     const auto buffer = std::make_unique<char[]>(size);
     const auto count = ::pread(DescriptorOf(*info), buffer.get(), size, offset);
     if (count < 0) return ReplyResult(request, -1);
     fuse_reply_buf(request, buffer.get(), static_cast<std::size_t>(count));
 }
 
-void Write(fuse_req_t request, fuse_ino_t, const char* bytes, std::size_t size, off_t offset,
-           fuse_file_info* info) {
-    auto& volume = SlowVolume::Begin(request, Operation::Write);
-    if (volume.Fails(request, Operation::Write, false)) return;
+void Write(SlowVolume& volume, fuse_req_t request, fuse_ino_t, const char* bytes, std::size_t size,
+           off_t offset, fuse_file_info* info) {
     const auto count = ::pwrite(DescriptorOf(*info), bytes, size, offset);
     if (count < 0) return ReplyResult(request, -1);
     if (volume.Fails(request, Operation::Write, true)) return;
@@ -67,8 +62,7 @@ void Release(fuse_req_t request, fuse_ino_t, fuse_file_info* info) {
     ReplyResult(request, ::close(DescriptorOf(*info)));
 }
 
-void Sync(fuse_req_t request, fuse_ino_t, int dataOnly, fuse_file_info* info) {
-    auto& volume = SlowVolume::Begin(request, Operation::Sync);
+void Sync(SlowVolume& volume, fuse_req_t request, fuse_ino_t, int dataOnly, fuse_file_info* info) {
     volume.Perform(request, Operation::Sync,
                    [&] { return dataOnly ? ::fdatasync(DescriptorOf(*info)) : ::fsync(DescriptorOf(*info)); });
 }
@@ -76,12 +70,12 @@ void Sync(fuse_req_t request, fuse_ino_t, int dataOnly, fuse_file_info* info) {
 }  // namespace
 
 void AddFileOperations(fuse_lowlevel_ops& operations) {
-    operations.open = Open;
-    operations.create = Create;
-    operations.read = Read;
-    operations.write = Write;
+    operations.open = Guarded<Operation::Open, Open>::Call;
+    operations.create = Guarded<Operation::Create, Create>::Call;
+    operations.read = Guarded<Operation::Read, Read>::Call;
+    operations.write = Guarded<Operation::Write, Write>::Call;
     operations.release = Release;
-    operations.fsync = Sync;
+    operations.fsync = Guarded<Operation::Sync, Sync>::Call;
 }
 
 }  // namespace slowvolume

@@ -23,25 +23,30 @@ constexpr char kUsage[] =
     "Stays in the foreground, prints \"mounted\" when it is there, and unmounts on SIGTERM or SIGINT.\n"
     "  --delay-ms N       what an operation costs; 10\n"
     "  --cache-seconds S  how long the kernel may keep names and attributes; 1\n"
+    "  --keep-absence     keeps as long that a name is not there\n"
     "  --threads N        most operations at a time; 64\n"
-    "  --fail RULE        fails every n-th call of an operation (link, create, unlink, rename, write, fsync), "
-    "before\n"
-    "                     it is done, or after, as when a reply is lost; \"link:3:5:after\" is operation, n, "
-    "errno\n"
+    "  --rename-flags     knows renaming without replacing (RENAME_NOREPLACE)\n"
+    "  --no-links         knows no hard links\n"
+    "  --fail RULE        fails every n-th call of an operation, before it is done, or after, as when a reply is\n"
+    "                     lost (create, link, mkdir, rename, rmdir, symlink, unlink, write, fsync, fsyncdir);\n"
+    "                     \"link:3:5:after\" is operation, n, errno; \"link:3:5:after:once\" the third call only\n"
     "  --statistics       prints at the end how often each operation was asked for, and how often each rule failed\n"
     "                     one\n";
 
 bool ParseFault(const std::string& rule, Options& options) {
     std::istringstream text(rule);
-    std::string operation, moment;
+    std::string operation, moment, often;
     slowvolume::Fault fault{};
     char colon = 0;
     if (!std::getline(text, operation, ':') || !(text >> fault.mEvery >> colon >> fault.mError >> colon))
         return false;
-    std::getline(text, moment);
+    std::getline(text, moment, ':');
+    std::getline(text, often);
     const auto found = slowvolume::FindOperation(operation);
     fault.mIsAfter = moment == "after";
-    if (!found || fault.mEvery == 0 || fault.mError <= 0 || (!fault.mIsAfter && moment != "before"))
+    fault.mIsOnce = often == "once";
+    if (!found || fault.mEvery == 0 || fault.mError <= 0 || (!fault.mIsAfter && moment != "before") ||
+        (!fault.mIsOnce && !often.empty()))
         return false;
     fault.mOperation = *found;
     options.mFaults.push_back(fault);
@@ -49,10 +54,15 @@ bool ParseFault(const std::string& rule, Options& options) {
 }
 
 bool ParseOptions(int argc, char** argv, Options& options) {
-    const option longOptions[] = {
-        {"delay-ms", required_argument, nullptr, 'd'}, {"cache-seconds", required_argument, nullptr, 'c'},
-        {"threads", required_argument, nullptr, 't'},  {"fail", required_argument, nullptr, 'f'},
-        {"statistics", no_argument, nullptr, 's'},     {nullptr, 0, nullptr, 0}};
+    const option longOptions[] = {{"delay-ms", required_argument, nullptr, 'd'},
+                                  {"cache-seconds", required_argument, nullptr, 'c'},
+                                  {"keep-absence", no_argument, nullptr, 'a'},
+                                  {"threads", required_argument, nullptr, 't'},
+                                  {"rename-flags", no_argument, nullptr, 'r'},
+                                  {"no-links", no_argument, nullptr, 'n'},
+                                  {"fail", required_argument, nullptr, 'f'},
+                                  {"statistics", no_argument, nullptr, 's'},
+                                  {nullptr, 0, nullptr, 0}};
     for (int choice; (choice = getopt_long(argc, argv, "", longOptions, nullptr)) != -1;) {
         switch (choice) {
             case 'd':
@@ -60,6 +70,15 @@ bool ParseOptions(int argc, char** argv, Options& options) {
                 break;
             case 'c':
                 options.mCacheSeconds = std::atof(optarg);
+                break;
+            case 'a':
+                options.mKeepsAbsence = true;
+                break;
+            case 'r':
+                options.mHasRenameFlags = true;
+                break;
+            case 'n':
+                options.mHasLinks = false;
                 break;
             case 't':
                 options.mThreads = static_cast<unsigned>(std::max(1, std::atoi(optarg)));
@@ -100,7 +119,7 @@ int Serve(SlowVolume& volume, fuse_session& session) {
 
 int Run(const char* program, const Options& options) {
     SlowVolume volume(options);
-    const auto operations = SlowVolume::MakeOperations();
+    const auto operations = volume.MakeOperations();
     const char* arguments[] = {program, "-ofsname=slow-volume,subtype=slow-volume"};
     fuse_args fuseArguments = FUSE_ARGS_INIT(2, const_cast<char**>(arguments));
     fuse_session* session = fuse_session_new(&fuseArguments, &operations, sizeof(operations), &volume);
