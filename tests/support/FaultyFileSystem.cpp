@@ -1,5 +1,7 @@
 #include "tests/support/FaultyFileSystem.h"
 
+#include <algorithm>
+
 #include "desk/core/Services.h"
 #include "desk/files/PosixErrors.h"
 
@@ -11,6 +13,28 @@ bool IsAtOrBelow(const std::string& path, const std::string& folder) {
 
 std::string FolderOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
+}
+
+std::string NameOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+bool IsSame(const std::optional<desk::ItemStatus>& a, const std::optional<desk::ItemStatus>& b) {
+    if (!a || !b) return !a && !b;
+    return a->mKind == b->mKind && a->mSize == b->mSize && a->mModified == b->mModified;
+}
+
+bool IsRename(FaultyFileSystem::Operation operation) {
+    return operation == FaultyFileSystem::Operation::RenameNew ||
+           operation == FaultyFileSystem::Operation::Rename;
+}
+
+bool IsChange(FaultyFileSystem::Operation operation) {
+    using enum FaultyFileSystem::Operation;
+    constexpr FaultyFileSystem::Operation kChanges[] = {ReplaceFile,  CreateNewFile, Link,   RemoveFile,
+                                                        CreateFolder, RenameNew,     Rename, CopyFile,
+                                                        CopyLink,     RemoveFromTree};
+    return std::ranges::find(kChanges, operation) != std::end(kChanges);
 }
 
 }  // namespace
@@ -52,6 +76,20 @@ void FaultyFileSystem::SetGone(bool isGone) {
 void FaultyFileSystem::SetHasLinks(bool hasLinks) {
     std::lock_guard lock(mMutex);
     mHasLinks = hasLinks;
+}
+
+void FaultyFileSystem::SetLies(Lies lies) {
+    mLies = lies;
+}
+
+void FaultyFileSystem::ForgetLies() {
+    std::lock_guard lock(mMutex);
+    mMemories.clear();
+    mRenamed.clear();
+}
+
+void FaultyFileSystem::WaitReally() {
+    mWaitsReally = true;
 }
 
 void FaultyFileSystem::SetVolumes(bool areMany) {
@@ -134,8 +172,84 @@ int FaultyFileSystem::Enter(Operation operation, const std::string& path) {
     return lostReply;
 }
 
-void FaultyFileSystem::LoseReply(const std::string& path, int error) {
-    if (error != 0) desk::ThrowFileException("(lost reply) use", path, error);
+FaultyFileSystem::Memory FaultyFileSystem::LookAtDisk(const std::string& path) {
+    Memory memory;
+    try {
+        const std::string place = Named(path);
+        memory.mStatus = Disk::Status(place, false);
+        memory.mContent = Disk::ReadSmallFile(place, 1 << 20);
+    } catch (const host::FileException&) {
+        // Nothing is there, or no file.
+    }
+    return memory;
+}
+
+/// What the system knows of a call's names before it.
+FaultyFileSystem::Memories FaultyFileSystem::Remember(const std::string& from, const std::string& to) {
+    Memories memories;
+    for (const std::string& path : {from, to})
+        if (!path.empty()) memories[path] = Recall(path).value_or(LookAtDisk(path));
+    return memories;
+}
+
+/// After a call that was carried out.
+void FaultyFileSystem::End(Operation operation, const std::string& from, const std::string& to,
+                           const Memories& before, int lostReply) {
+    if (lostReply == 0) {
+        std::lock_guard lock(mMutex);
+        if (IsChange(operation)) mMemories.erase(from), mMemories.erase(to);
+        return;
+    }
+    for (const auto& [path, memory] : before) {
+        if (IsSame(memory.mStatus, LookAtDisk(path).mStatus)) continue;
+        const bool isRenamedFolder =
+            IsRename(operation) && path == from && memory.mStatus->mKind == desk::ItemKind::Folder;
+        const std::string place = isRenamedFolder ? Named(to) : std::string();
+        std::lock_guard lock(mMutex);
+        mMemories[path] = memory;
+        if (isRenamedFolder) mRenamed[path] = place;
+    }
+    desk::ThrowFileException("(lost reply) use", from, lostReply);
+}
+
+std::optional<FaultyFileSystem::Memory> FaultyFileSystem::Recall(const std::string& path) const {
+    std::lock_guard lock(mMutex);
+    const auto found = mMemories.find(path);
+    return found == mMemories.end() ? std::nullopt : std::optional(found->second);
+}
+
+void FaultyFileSystem::ThrowIfRefused(const std::string& path) const {
+    std::lock_guard lock(mMutex);
+    if (mLies != Lies::Refusals) return;
+    for (const auto& [remembered, memory] : mMemories)
+        if (remembered == path || FolderOf(remembered) == path)
+            desk::ThrowFileException("(refused) look at", path, EIO);
+}
+
+std::string FaultyFileSystem::Now(const std::string& path) const {
+    std::lock_guard lock(mMutex);
+    for (const auto& [absent, memory] : mMemories)
+        if (!memory.mStatus && IsAtOrBelow(path, absent))
+            desk::ThrowFileException("(remembered) use", path, ENOENT);
+    for (const auto& [from, to] : mRenamed)
+        if (IsAtOrBelow(path, from)) return to + path.substr(from.size());
+    return path;
+}
+
+std::string FaultyFileSystem::Named(const std::string& path) const {
+    return Now(FolderOf(path)) + '/' + NameOf(path);
+}
+
+std::string FaultyFileSystem::There(const std::string& path) const {
+    const auto known = Recall(path);
+    if (known && !known->mStatus) desk::ThrowFileException("(remembered) use", path, ENOENT);
+    return Named(path);
+}
+
+std::string FaultyFileSystem::Free(const std::string& path) const {
+    const auto known = Recall(path);
+    if (known && known->mStatus) desk::ThrowFileException("(remembered) make", path, EEXIST);
+    return Named(path);
 }
 
 void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation operation,
@@ -167,17 +281,44 @@ int FaultyFileSystem::TakeFault(Faults& faults, Operation operation) {
 }
 
 std::vector<desk::FolderEntry> FaultyFileSystem::ListFolder(const std::string& path) {
-    auto entries = Do(Operation::ListFolder, path, [&] { return Disk::ListFolder(path); });
+    auto entries = Do(Operation::ListFolder, path, [&] {
+        ThrowIfRefused(path);
+        return Disk::ListFolder(Now(path));
+    });
     std::lock_guard lock(mMutex);
     if (mHidesKinds)
         for (desk::FolderEntry& entry : entries) entry.mKind = desk::ItemKind::Unknown;
+    if (mLies != Lies::Listings) return entries;
+    for (const auto& [remembered, memory] : mMemories) {
+        if (FolderOf(remembered) != path) continue;
+        std::erase_if(entries, [&](const auto& entry) { return entry.mName == NameOf(remembered); });
+        if (memory.mStatus) entries.push_back({NameOf(remembered), memory.mStatus->mKind});
+    }
     return entries;
 }
 
+desk::ItemStatus FaultyFileSystem::Status(const std::string& path, bool followLink) {
+    return Do(Operation::Status, path, [&] {
+        ThrowIfRefused(path);
+        const auto known = Recall(path);
+        if (known && known->mStatus) return *known->mStatus;
+        return Disk::Status(Now(path), followLink);
+    });
+}
+
+std::string FaultyFileSystem::ReadSmallFile(const std::string& path, std::size_t limit) {
+    return Do(Operation::ReadSmallFile, path, [&] {
+        ThrowIfRefused(path);
+        const auto known = Recall(path);
+        if (known && known->mContent && known->mContent->size() <= limit) return *known->mContent;
+        return Disk::ReadSmallFile(Now(path), limit);
+    });
+}
+
 void FaultyFileSystem::RenameNew(const std::string& from, const std::string& to) {
-    Do(Operation::RenameNew, from, [&] {
+    Do(Operation::RenameNew, from, to, [&] {
         if (mAreManyVolumes && FolderOf(from) != FolderOf(to)) desk::ThrowFileException("rename", from, EXDEV);
-        Disk::RenameNew(from, to);
+        Disk::RenameNew(There(from), Free(to));
     });
 }
 
@@ -186,4 +327,13 @@ long FaultyFileSystem::VolumeType(const std::string& path) {
         std::lock_guard lock(mMutex);
         return mVolumeType ? *mVolumeType : Disk::VolumeType(path);
     });
+}
+
+bool FaultyFileSystem::WaitForCaches(const std::string& path) noexcept {
+    {
+        std::lock_guard lock(mMutex);
+        if (mLies == Lies::NamesForLong) return false;
+        if (mLies != Lies::NamesForLongUnknown) mMemories.clear(), mRenamed.clear();
+    }
+    return !mWaitsReally || Disk::WaitForCaches(path);
 }

@@ -44,6 +44,22 @@ public:
         Any
     };
 
+    /// What looks answer after a call whose reply was lost, until `WaitForCaches`: clients of network volumes
+    /// keep names for seconds, and a call that fails does not make them forget.
+    enum class Lies {
+        None,
+        /// By the names that the call was given: what was true before, and calls are refused by it; below a
+        /// folder that was renamed, all calls meet its content where it stands now. Listings tell the truth.
+        Names,
+        /// Likewise, and `WaitForCaches` cannot outwait it: it says so, or it does not know either.
+        NamesForLong,
+        NamesForLongUnknown,
+        /// Listings too.
+        Listings,
+        /// Looks fail with EIO.
+        Refusals
+    };
+
     FaultyFileSystem();
     ~FaultyFileSystem() override;
 
@@ -58,6 +74,11 @@ public:
     void SetGone(bool isGone);
     /// Links fail with EPERM, as on volumes that have none.
     void SetHasLinks(bool hasLinks);
+    void SetLies(Lies lies);
+    /// The caches have run out.
+    void ForgetLies();
+    /// `WaitForCaches` really waits, as for a mount that caches; else it takes no time.
+    void WaitReally();
     /// Every folder is a volume of its own: `RenameNew` of anything to another folder fails with EXDEV.
     void SetVolumes(bool areMany);
     /// Copies and folders are not really flushed: for tests of what comes of each step, which flush much.
@@ -83,67 +104,68 @@ public:
 
     std::vector<desk::FolderEntry> ListFolder(const std::string& path) override;
     void TryFolder(const std::string& path) override {
-        Do(Operation::TryFolder, path, [&] { Disk::TryFolder(path); });
+        Do(Operation::TryFolder, path, [&] { Disk::TryFolder(Now(path)); });
     }
-    desk::ItemStatus Status(const std::string& path, bool followLink) override {
-        return Do(Operation::Status, path, [&] { return Disk::Status(path, followLink); });
-    }
-    std::string ReadSmallFile(const std::string& path, std::size_t limit) override {
-        return Do(Operation::ReadSmallFile, path, [&] { return Disk::ReadSmallFile(path, limit); });
-    }
+    desk::ItemStatus Status(const std::string& path, bool followLink) override;
+    std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
     void ReplaceFile(const std::string& path, const std::string& bytes) override {
-        Do(Operation::ReplaceFile, path, [&] { Disk::ReplaceFile(path, bytes); });
+        Do(Operation::ReplaceFile, path, [&] { Disk::ReplaceFile(Named(path), bytes); });
     }
     void AppendToFile(const std::string& path, const std::string& bytes) override {
-        Do(Operation::AppendToFile, path, [&] { Disk::AppendToFile(path, bytes); });
+        Do(Operation::AppendToFile, path, [&] { Disk::AppendToFile(Named(path), bytes); });
     }
     void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override {
-        Do(Operation::CreateNewFile, path, [&] { Disk::CreateNewFile(path, bytes, mode); });
+        Do(Operation::CreateNewFile, path, [&] { Disk::CreateNewFile(Free(path), bytes, mode); });
     }
     void Link(const std::string& from, const std::string& to) override {
-        Do(Operation::Link, from, [&] { Disk::Link(from, to); });
+        Do(Operation::Link, from, to, [&] { Disk::Link(There(from), Free(to)); });
     }
     void RemoveFile(const std::string& path) override {
-        Do(Operation::RemoveFile, path, [&] { Disk::RemoveFile(path); });
+        Do(Operation::RemoveFile, path, [&] { Disk::RemoveFile(There(path)); });
     }
     void CreateFolder(const std::string& path, unsigned mode) override {
-        Do(Operation::CreateFolder, path, [&] { Disk::CreateFolder(path, mode); });
+        Do(Operation::CreateFolder, path, [&] { Disk::CreateFolder(Free(path), mode); });
     }
     void RenameNew(const std::string& from, const std::string& to) override;
     void Rename(const std::string& from, const std::string& to) override {
-        Do(Operation::Rename, from, [&] { Disk::Rename(from, to); });
+        Do(Operation::Rename, from, to, [&] { Disk::Rename(There(from), Named(to)); });
     }
     desk::ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
                               const desk::CopyStep& step) override {
         const bool isReally = isFlushed && !mAreFlushesSkipped;
-        return Do(Operation::CopyFile, from, [&] { return Disk::CopyFile(from, to, isReally, step); });
+        return Do(Operation::CopyFile, from, to,
+                  [&] { return Disk::CopyFile(There(from), Free(to), isReally, step); });
     }
     void CopyLink(const std::string& from, const std::string& to) override {
-        Do(Operation::CopyLink, from, [&] { Disk::CopyLink(from, to); });
+        Do(Operation::CopyLink, from, to, [&] { Disk::CopyLink(There(from), Free(to)); });
     }
     void CopyFolderAttributes(const std::string& from, const std::string& to) override {
-        Do(Operation::CopyFolderAttributes, from, [&] { Disk::CopyFolderAttributes(from, to); });
+        Do(Operation::CopyFolderAttributes, from, [&] { Disk::CopyFolderAttributes(Now(from), Now(to)); });
     }
     void RemoveFromTree(const std::string& root, const std::string& below, bool isFolder) override {
-        Do(Operation::RemoveFromTree, below.empty() ? root : root + '/' + below,
-           [&] { Disk::RemoveFromTree(root, below, isFolder); });
+        const std::string path = below.empty() ? root : root + '/' + below;
+        Do(Operation::RemoveFromTree, path, [&] {
+            const std::string place = There(path);
+            Disk::RemoveFromTree(below.empty() ? place : Now(root), below, isFolder);
+        });
     }
     void TryToChangeFolder(const std::string& path) override {
-        Do(Operation::TryToChangeFolder, path, [&] { Disk::TryToChangeFolder(path); });
+        Do(Operation::TryToChangeFolder, path, [&] { Disk::TryToChangeFolder(Now(path)); });
     }
     void MakeFolderChangeable(const std::string& path) override {
-        Do(Operation::MakeFolderChangeable, path, [&] { Disk::MakeFolderChangeable(path); });
+        Do(Operation::MakeFolderChangeable, path, [&] { Disk::MakeFolderChangeable(Now(path)); });
     }
     void FlushFolder(const std::string& path) override {
-        Do(Operation::FlushFolder, path, [&] { mAreFlushesSkipped ? void() : Disk::FlushFolder(path); });
+        Do(Operation::FlushFolder, path, [&] { mAreFlushesSkipped ? void() : Disk::FlushFolder(Now(path)); });
     }
     void FlushVolume(const std::string& path) override {
-        Do(Operation::FlushVolume, path, [&] { mAreFlushesSkipped ? void() : Disk::FlushVolume(path); });
+        Do(Operation::FlushVolume, path, [&] { mAreFlushesSkipped ? void() : Disk::FlushVolume(Now(path)); });
     }
     std::string ResolveLinks(const std::string& path) override {
         return Do(Operation::ResolveLinks, path, [&] { return Disk::ResolveLinks(path); });
     }
     long VolumeType(const std::string& path) override;
+    bool WaitForCaches(const std::string& path) noexcept override;
 
 private:
     using Disk = desk::PosixFileSystem;
@@ -155,20 +177,47 @@ private:
     /// By operation and the number of its call.
     using Faults = std::map<Operation, std::map<int, int>>;
 
+    /// What a name stood for; nothing, when there is no status.
+    struct Memory {
+        std::optional<desk::ItemStatus> mStatus;
+        std::optional<std::string> mContent;
+    };
+    using Memories = std::map<std::string, Memory>;
+
     int Enter(Operation operation, const std::string& path);
-    static void LoseReply(const std::string& path, int error);
+    /// Calls on one name, or from one to another.
     template <class Call>
     std::invoke_result_t<Call> Do(Operation operation, const std::string& path, Call call) {
-        const int lostReply = Enter(operation, path);
+        return Do(operation, path, {}, call);
+    }
+    template <class Call>
+    std::invoke_result_t<Call> Do(Operation operation, const std::string& from, const std::string& to,
+                                  Call call) {
+        const int lostReply = Enter(operation, from);
+        const bool mayLie = lostReply != 0 && mLies != Lies::None;
+        const Memories before = mayLie ? Remember(from, to) : Memories();
         if constexpr (std::is_void_v<std::invoke_result_t<Call>>) {
             call();
-            LoseReply(path, lostReply);
+            End(operation, from, to, before, lostReply);
         } else {
             auto result = call();
-            LoseReply(path, lostReply);
+            End(operation, from, to, before, lostReply);
             return result;
         }
     }
+    void End(Operation operation, const std::string& from, const std::string& to, const Memories& before,
+             int lostReply);
+    Memory LookAtDisk(const std::string& path);
+    Memories Remember(const std::string& from, const std::string& to);
+    std::optional<Memory> Recall(const std::string& path) const;
+    void ThrowIfRefused(const std::string& path) const;
+    /// Where the system finds the folder, or what is in it, that it knows by this name: a folder that was
+    /// renamed, at its new place.
+    std::string Now(const std::string& path) const;
+    /// The same for a call on the name itself, which needs it to be there, or to be free, as far as is known.
+    std::string Named(const std::string& path) const;
+    std::string There(const std::string& path) const;
+    std::string Free(const std::string& path) const;
     void PassGate(std::unique_lock<std::mutex>& lock, Operation operation, const std::string& path);
     int FindFault(Operation operation, const std::string& path);
     int TakeFault(Faults& faults, Operation operation);
@@ -184,10 +233,15 @@ private:
     Faults mFaults;
     Faults mLostReplies;
     std::map<std::string, int> mDenied;
+    std::atomic<Lies> mLies = Lies::None;
+    Memories mMemories;
+    /// Folders that were renamed, by their old names.
+    std::map<std::string, std::string> mRenamed;
     bool mIsGone = false;
     bool mHasLinks = true;
     std::atomic<bool> mAreManyVolumes = false;
     std::atomic<bool> mAreFlushesSkipped = false;
+    std::atomic<bool> mWaitsReally = false;
     bool mHidesKinds = false;
     std::optional<long> mVolumeType;
     std::chrono::microseconds mDelay{0};

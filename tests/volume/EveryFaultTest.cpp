@@ -157,16 +157,32 @@ std::string Join(const std::vector<std::string>& lines) {
     return text.str();
 }
 
+using Lies = FaultyFileSystem::Lies;
+
+/// What the disk can do, and what it answers after a lost reply.
+struct Volume {
+    const char* mName;
+    bool mHasLinks;
+    Lies mLies;
+};
+
+constexpr Volume kVolumes[] = {
+    {"that tells the truth", true, Lies::None},
+    {"without links", false, Lies::None},
+};
+
 class EveryFault : public testing::TestWithParam<Case> {
 protected:
     /// Runs the operation with its `nth` step failing; false when it has not so many.
-    bool RunWithFault(int nth, bool isAfter) {
+    bool RunWithFault(const Volume& volume, int nth, bool isAfter) {
         Stack stack;
         testproduction::Make(stack.mProduction, kProjects);
+        stack.mVolume.SetHasLinks(volume.mHasLinks);
         GetParam().mPrepare(stack);
         stack.Settle();
         EXPECT_THAT(stack.Told(), IsEmpty());
         stack.mVolume.ResetCounts();
+        stack.mVolume.SetLies(volume.mLies);
         isAfter ? stack.mVolume.FailAfter(FaultyFileSystem::Operation::Any, nth, EIO)
                 : stack.mVolume.Fail(FaultyFileSystem::Operation::Any, nth, EIO);
         std::string thrown;
@@ -177,10 +193,21 @@ protected:
             desk::Log(desk::LogLevel::Warning, thrown);
         }
         stack.mMain.RunUntilIdle();
+        stack.mVolume.ForgetLies();
         const bool isReached = stack.mVolume.Count(FaultyFileSystem::Operation::Any) >= nth;
         stack.Settle();
         CheckOutcome(stack, thrown, isReached);
         return isReached;
+    }
+
+    void RunWithEachFault(const Volume& volume, bool isAfter) {
+        int nth = 1;
+        for (bool isReached = true; isReached && !HasFailure(); ++nth) {
+            SCOPED_TRACE((isAfter ? "after step " : "before step ") + std::to_string(nth));
+            isReached = RunWithFault(volume, nth, isAfter);
+        }
+        EXPECT_TRUE(nth > 2 || HasFailure()) << "it took no step";
+        ASSERT_LT(nth, 500);
     }
 
     void CheckOutcome(Stack& stack, const std::string& thrown, bool isReached) {
@@ -217,13 +244,9 @@ INSTANTIATE_TEST_SUITE_P(Operations, EveryFault, testing::ValuesIn(MakeCases()),
 
 TEST_P(EveryFault, AtEachStepBeforeAndAfterItIsToldAndLosesNothing) {
     const ExpectLogged anything("");
-    for (const bool isAfter : {false, true}) {
-        int nth = 1;
-        for (bool isReached = true; isReached && !HasFailure(); ++nth) {
-            SCOPED_TRACE((isAfter ? "after step " : "before step ") + std::to_string(nth));
-            isReached = RunWithFault(nth, isAfter);
-        }
-        EXPECT_TRUE(nth > 2 || HasFailure()) << "it took no step";
-        ASSERT_LT(nth, 500);
+    for (const Volume& volume : kVolumes) {
+        SCOPED_TRACE(std::string("on a volume ") + volume.mName);
+        if (volume.mLies == Lies::None) RunWithEachFault(volume, false);
+        RunWithEachFault(volume, true);
     }
 }
