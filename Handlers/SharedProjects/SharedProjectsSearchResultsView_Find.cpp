@@ -16,13 +16,6 @@ namespace HandlerSharedProjects {
 
 namespace {
 
-/// True when the displayed name of `path` contains `text`, ASCII letter case ignored. Any thread.
-bool IsMatch(const UTF16String& path, const UTF16String& text) {
-    const UTF16String name = Columns::GetPathDisplayName(path);
-    const auto isEqual = [](char16_t a, char16_t b) { return Utils::FoldASCII(a) == Utils::FoldASCII(b); };
-    return std::search(name.begin(), name.end(), text.begin(), text.end(), isEqual) != name.end();
-}
-
 /// True when nothing could be searched at all.
 bool IsRootUnreadable(const FileSearch::Result& result) {
     const UTF16String root = PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
@@ -61,7 +54,8 @@ private:
 
 void SharedProjectsSearchResultsView::Find(const UTF16String& text) {
     mText = text;
-    mSearch.reset();
+    // The older search goes when the newer one has begun, which takes over what it has learnt.
+    const std::unique_ptr<FileSearch::Request> older = std::move(mSearch);
     const UTF16String root = SharedProjectsHandler::GetRootDirectory();
     if (text.empty() || root.empty())
         ClearResults();
@@ -81,8 +75,7 @@ void SharedProjectsSearchResultsView::BeginSearch(const UTF16String& root) {
     if (!mIsSearching) mTree->BeginBusy();
     mIsSearching = true;
     FileSearch::Parameters parameters;
-    parameters.mExtensions = {GetProjectFileExtension()};
-    parameters.mFilter = [text = mText](const UTF16String& path) { return IsMatch(path, text); };
+    parameters.mText = mText;
     parameters.mChanged = [this](const FileSearch::Changes& changes) { OnChanged(changes); };
     mSearch = FileSearch::FindFilesOrDirectories(
         root, std::move(parameters),
@@ -117,7 +110,8 @@ UTF16StringVec SharedProjectsSearchResultsView::AddUnreadableHits(const FileSear
         });
     };
     for (const auto& [row, path] : mRowToPath.left)
-        if (IsMatch(path, mText) && isUnreadable(path)) paths.push_back(PathUtils::ToNormalizedPath(path));
+        if (FileSearch::IsMatch(path, mText) && isUnreadable(path))
+            paths.push_back(PathUtils::ToNormalizedPath(path));
     std::ranges::sort(paths);
     return paths;
 }
@@ -228,7 +222,8 @@ void SharedProjectsSearchResultsView::RemoveHits(const UTF16StringVec& paths) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const RowRef parent = rows[i]->GetParentRow();
         if (!parent || ++removedChildren[parent] < parent->GetChildRows().size()) continue;
-        if (!IsMatch(GetRowPath(parent), mShownText) && removed.insert(parent).second) rows.push_back(parent);
+        if (!FileSearch::IsMatch(GetRowPath(parent), mShownText) && removed.insert(parent).second)
+            rows.push_back(parent);
     }
     if (rows.empty()) return;
     for (const RowRef& row : rows) ForgetRow(row);

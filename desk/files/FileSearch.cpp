@@ -1,6 +1,6 @@
 #include "host/files/FileSearch.h"
 
-#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <set>
 #include <utility>
@@ -9,12 +9,11 @@
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
 #include "desk/files/ChangeCollector.h"
-#include "desk/files/DirectoryMonitor.h"
 #include "desk/files/FileSystem.h"
-#include "desk/files/FolderFollower.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/FolderStore.h"
-#include "desk/files/FolderWalk.h"
+#include "desk/files/NameScan.h"
+#include "desk/files/SearchIndex.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 
@@ -26,18 +25,22 @@ namespace {
 
 constexpr std::chrono::seconds kRetryInterval{2};
 
-/// A search: a walk, and while it lives what the followed folders tell.
+/// A search: looks through the names that are known, has those read that are missing, and looks again; and
+/// while it lives, what the index tells.
 class Search final : public FileSearch::Request {
 public:
     Search(const UTF16String& root, FileSearch::Parameters parameters, FileSearch::Completion completion);
     ~Search() override;
 
 private:
-    void StartWalk();
-    void FinishWalk(desk::FolderWalk::Result&& found);
+    enum class State { Reading, Looking, Completed };
+
+    void Look();
+    void TakeFound(desk::NameScanResult&& found);
+    void Complete(desk::NameScanResult&& found);
     void TryAgainLater();
-    void Receive(const desk::FolderFollower::News& news);
-    void AppendVanished(const UTF16String& folder);
+    void Receive(const desk::SearchIndex::News& news);
+    void TakeRenewed(const desk::SearchIndex::News& news);
     void Remove(const UTF16String& path);
     bool IsAccepted(const UTF16String& path) const;
     void TellLater(std::chrono::milliseconds delay);
@@ -52,113 +55,130 @@ private:
     const UTF16String mRoot;
     const FileSearch::Parameters mParameters;
     const FileSearch::Completion mCompletion;
-    /// Null when nothing is followed.
-    std::shared_ptr<desk::FolderFollower> mFollower;
-    /// Null when none is under way.
-    std::shared_ptr<desk::FolderWalk> mWalk;
-    /// What the walk has found, sorted.
-    UTF16StringVec mFound;
+    const desk::FoldedText mText;
+    const std::shared_ptr<desk::SearchIndex> mIndex;
+    State mState = State::Reading;
+    /// The first reading whose failures count: what failed before is tried again.
+    unsigned mFirstReading = 0;
     std::set<UTF16String> mChanged;
     std::set<UTF16String> mRemoved;
     bool mIsTelling = false;
     std::shared_ptr<int> mToken = std::make_shared<int>();
 };
 
-/// False only when the item's folder is listed and does not hold it.
-bool MayExist(const UTF16String& path) {
-    const desk::FolderStore& store = *desk::GetServices().mFolderStore;
-    return store.Find(path) || !store.IsListed(desk::FolderOf(path));
-}
-
-/// The folders of hits first, and how many those are.
-std::size_t PutFoldersOfHitsFirst(UTF16StringVec& folders, const UTF16StringVec& hits) {
-    std::set<UTF16String> wanted;
-    for (const UTF16String& hit : hits) wanted.emplace(desk::FolderOf(hit));
-    std::ranges::sort(folders);
-    const auto others = std::ranges::stable_partition(
-        folders, [&](const UTF16String& folder) { return wanted.contains(folder); });
-    return folders.size() - others.size();
+std::set<UTF16String> FindIn(const desk::FolderNames* names, const desk::FoldedText& text) {
+    std::vector<desk::FolderNames::Item> found;
+    if (names) names->Find(text, found);
+    std::set<UTF16String> paths;
+    for (desk::FolderNames::Item& item : found)
+        if (item.mKind != desk::FolderNames::Kind::Link) paths.insert(std::move(item.mPath));
+    return paths;
 }
 
 Search::Search(const UTF16String& root, FileSearch::Parameters parameters, FileSearch::Completion completion)
     : mRoot(PathUtils::ToNormalizedPath(root)),
       mParameters(std::move(parameters)),
-      mCompletion(std::move(completion)) {
-    // What changes while the walk goes on counts too.
-    if (mParameters.mChanged) mFollower = desk::FolderFollower::Get(mRoot);
-    if (mFollower)
-        mFollower->AddReceiver(this,
-                               WhileAlive([this](const desk::FolderFollower::News& news) { Receive(news); }));
-    StartWalk();
+      mCompletion(std::move(completion)),
+      mText(mParameters.mText),
+      mIndex(desk::SearchIndex::Get(mRoot, mParameters.mChanged != nullptr)),
+      mFirstReading(mIndex->CountReadings() + 1) {
+    if (mIndex->IsFollowed())
+        mIndex->AddReceiver(this, WhileAlive([this](const desk::SearchIndex::News& news) { Receive(news); }));
+    Look();
 }
 
 Search::~Search() {
-    if (mWalk) mWalk->Cancel();
-    if (mFollower) mFollower->RemoveReceiver(this);
+    mIndex->RemoveReceiver(this);
 }
 
-void Search::StartWalk() {
-    desk::FolderStore* store = desk::GetServices().mFolderStore;
-    mWalk = std::make_shared<desk::FolderWalk>(
-        desk::FolderWalk::Parameters{mParameters.mExtensions, mParameters.mFilter, true,
-                                     store ? store->GetMonitor().GetAnswerWatch() : nullptr},
-        WhileAlive([this](desk::FolderWalk::Result result) { FinishWalk(std::move(result)); }));
-    mWalk->Start(mRoot);
+void Search::Look() {
+    std::vector<desk::KnownNames> known = mIndex->GetKnown();
+    if (known.empty()) {
+        desk::NameScanResult nothing;
+        nothing.mUnknown = {mRoot};
+        return TakeFound(std::move(nothing));
+    }
+    mState = State::Looking;
+    auto take = WhileAlive([this](desk::NameScanResult&& found) { TakeFound(std::move(found)); });
+    desk::GetServices().mWorkerPool->Submit([root = mRoot, known = std::move(known), text = mText, take] {
+        auto found = std::make_shared<desk::NameScanResult>(desk::ScanNames(root, known, text));
+        desk::GetServices().mMainThread->Post([take, found] { take(std::move(*found)); });
+    });
 }
 
-void Search::FinishWalk(desk::FolderWalk::Result&& found) {
-    mWalk.reset();
+/// Done, unless there are folders that nobody has read, or not since the search began.
+void Search::TakeFound(desk::NameScanResult&& found) {
+    UTF16StringVec unread;
+    for (const UTF16String& folder : found.mUnknown) {
+        const desk::SearchIndex::Failure* failure = mIndex->FindFailure(folder);
+        if (!failure || failure->mReading < mFirstReading) unread.push_back(folder);
+    }
+    if (unread.empty()) return Complete(std::move(found));
+    mState = State::Reading;
+    mIndex->Read(unread, WhileAlive([this] { Look(); }));
+}
+
+void Search::Complete(desk::NameScanResult&& found) {
+    mState = State::Completed;
     FileSearch::Result result;
-    for (auto& folder : found.mUnreadable) {
-        if (folder.mPath == mRoot && mParameters.mChanged) TryAgainLater();
-        result.mUnreadable.push_back({std::move(folder.mPath), folder.mSystemError});
-    }
-    if (mFollower) {
-        std::erase_if(found.mPaths, [](const UTF16String& path) { return !MayExist(path); });
-        mFollower->Follow(found.mFolders, PutFoldersOfHitsFirst(found.mFolders, found.mPaths));
-        mFound = found.mPaths;
-    }
-    result.mPaths = std::move(found.mPaths);
+    const auto addUnreadable = [&](const UTF16String& folder, int systemError) {
+        // What has vanished meanwhile is no failure.
+        if (systemError != ENOENT || folder == mRoot) result.mUnreadable.push_back({folder, systemError});
+        if (folder == mRoot && mParameters.mChanged) TryAgainLater();
+    };
+    for (const auto& folder : found.mUnreadable) addUnreadable(folder.mPath, folder.mSystemError);
+    for (const UTF16String& folder : found.mUnknown)
+        addUnreadable(folder, mIndex->FindFailure(folder)->mSystemError);
+    mIndex->Follow(found);
+    result.mPaths = std::move(found.mHits);
     const std::weak_ptr token(mToken);
     const FileSearch::Completion completion = mCompletion;
     completion(std::move(result));
-    if (!token.expired() && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
+    if (token.expired()) return;
+    if (!mChanged.empty() || !mRemoved.empty()) TellLater({});
+    mIndex->ReadUnfollowedAgain();
 }
 
-/// Walks again as soon as the root can be read.
+/// Looks again as soon as the root can be read.
 void Search::TryAgainLater() {
-    auto walk = WhileAlive([this] { StartWalk(); });
+    auto look = WhileAlive([this] {
+        mFirstReading = mIndex->CountReadings() + 1;
+        Look();
+    });
     auto tryAgain = WhileAlive([this] { TryAgainLater(); });
-    auto look = [root = UTF16to8(mRoot), walk, tryAgain] {
+    auto probe = [root = UTF16to8(mRoot), look, tryAgain] {
         const desk::Services& services = desk::GetServices();
         try {
             services.mFileSystem->TryFolder(root);
-            services.mMainThread->Post(walk);
+            services.mMainThread->Post(look);
         } catch (const FileException&) {
             services.mMainThread->Post(tryAgain);
         }
     };
     desk::GetServices().mMainThread->PostDelayed(
-        WhileAlive([look] { desk::GetServices().mWorkerPool->SubmitLast(look); }), kRetryInterval);
+        WhileAlive([probe] { desk::GetServices().mWorkerPool->SubmitLast(probe); }), kRetryInterval);
 }
 
-void Search::Receive(const desk::FolderFollower::News& news) {
+void Search::Receive(const desk::SearchIndex::News& news) {
+    // It will look at all that again.
+    if (mState == State::Reading) return;
     for (const UTF16String& path : news.mRemovedPaths) Remove(path);
-    if (news.mIsListed) AppendVanished(news.mFolder);
+    if (news.mNow) TakeRenewed(news);
     if (news.mContent)
         for (const PropertyMap& item : *news.mContent) {
             const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
             if (path && IsAccepted(*path)) mChanged.insert(*path);
         }
-    if (!mWalk && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
+    if (mState == State::Completed && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
 }
 
-/// Hits that have gone between the walk and the folder's first listing.
-void Search::AppendVanished(const UTF16String& folder) {
-    const UTF16String prefix = desk::JoinPath<UTF16String>(folder, {});
-    for (auto hit = std::ranges::lower_bound(mFound, prefix); hit != mFound.end() && hit->starts_with(prefix);
-         ++hit)
-        if (desk::FolderOf(*hit) == folder && !MayExist(*hit)) Remove(*hit);
+void Search::TakeRenewed(const desk::SearchIndex::News& news) {
+    const std::set<UTF16String> before = FindIn(news.mBefore.get(), mText);
+    const std::set<UTF16String> now = FindIn(news.mNow.get(), mText);
+    for (const UTF16String& path : before)
+        if (!now.contains(path)) Remove(path);
+    for (const UTF16String& path : now)
+        if (news.mIsListed || !before.contains(path)) mChanged.insert(path);
 }
 
 void Search::Remove(const UTF16String& path) {
@@ -168,11 +188,10 @@ void Search::Remove(const UTF16String& path) {
 }
 
 bool Search::IsAccepted(const UTF16String& path) const {
+    using desk::ItemKind;
     const desk::ItemFacts* facts = desk::GetServices().mFolderStore->Find(path);
-    if (!facts) return false;
-    if (facts->mKind != desk::ItemKind::Folder && !desk::HasExtension(path, mParameters.mExtensions))
-        return false;
-    return !mParameters.mFilter || mParameters.mFilter(path);
+    if (!facts || facts->mKind == ItemKind::Other || facts->mKind == ItemKind::Link) return false;
+    return mText.IsIn(desk::FolderNames::DisplayNameOf(path));
 }
 
 /// The first changes at once, then one batch in each pace.
@@ -187,7 +206,7 @@ void Search::TellLater(std::chrono::milliseconds delay) {
 
 void Search::Tell() {
     mIsTelling = false;
-    if (mWalk || (mChanged.empty() && mRemoved.empty())) return;
+    if (mState != State::Completed || (mChanged.empty() && mRemoved.empty())) return;
     FileSearch::Changes changes;
     changes.mPaths.assign(mChanged.begin(), mChanged.end());
     changes.mRemovedPaths.assign(mRemoved.begin(), mRemoved.end());
@@ -199,6 +218,10 @@ void Search::Tell() {
 }
 
 }  // namespace
+
+bool FileSearch::IsMatch(const UTF16String& path, const UTF16String& text) {
+    return desk::FoldedText(text).IsIn(desk::FolderNames::DisplayNameOf(path));
+}
 
 std::unique_ptr<FileSearch::Request> FileSearch::FindFilesOrDirectories(const UTF16String& root,
                                                                         Parameters parameters,

@@ -13,43 +13,15 @@
 #include "host/files/PathUtils.h"
 
 namespace desk {
-namespace {
 
-bool IsRealFolder(const host::UTF16String& path) {
-    try {
-        return GetServices().mFileSystem->Status(host::UTF16to8(path), false).mKind == ItemKind::Folder;
-    } catch (const host::FileException&) {
-        return false;
-    }
-}
-
-}  // namespace
-
-std::shared_ptr<FolderFollower> FolderFollower::Get(const host::UTF16String& root) {
-    static std::map<host::UTF16String, std::weak_ptr<FolderFollower>> sFollowers;
-    FolderStore* store = GetServices().mFolderStore;
-    if (!store || !store->GetMonitor().IsMonitored(root)) return {};
-    std::erase_if(sFollowers, [](const auto& follower) { return follower.second.expired(); });
-    std::shared_ptr<FolderFollower> follower = sFollowers[root].lock();
-    if (!follower) sFollowers[root] = follower = std::make_shared<FolderFollower>(root);
-    return follower;
-}
-
-FolderFollower::FolderFollower(host::UTF16String root) : mRoot(std::move(root)) {
+FolderFollower::FolderFollower(host::UTF16String root, Receiver receiver)
+    : mRoot(std::move(root)), mReceiver(std::move(receiver)) {
     host::AddListener(host::kStation_DirectoryChanges, this);
 }
 
 FolderFollower::~FolderFollower() {
     host::RemoveListener(host::kStation_DirectoryChanges, this);
     if (FolderStore* store = GetServices().mFolderStore) store->Forget(mRoot, this);
-}
-
-void FolderFollower::AddReceiver(const void* owner, Receiver receiver) {
-    mReceivers.emplace_back(owner, std::move(receiver));
-}
-
-void FolderFollower::RemoveReceiver(const void* owner) {
-    std::erase_if(mReceivers, [owner](const auto& receiver) { return receiver.first == owner; });
 }
 
 void FolderFollower::Follow(const host::UTF16StringVec& folders, std::size_t wanted) {
@@ -71,7 +43,7 @@ void FolderFollower::Add(const host::UTF16String& folder, bool isWanted) {
     FolderStore* store = GetServices().mFolderStore;
     if (!store || !isWanted || entry->second.mState != State::Waiting || entry->second.mIsOnDemand) return;
     entry->second.mIsOnDemand = true;
-    store->RequestListingOnDemand(folder, MakeReceiver(), this);
+    store->RequestNamesOnDemand(folder, MakeReceiver(), this);
 }
 
 FolderStore::Receiver FolderFollower::MakeReceiver() {
@@ -80,17 +52,39 @@ FolderStore::Receiver FolderFollower::MakeReceiver() {
     };
 }
 
+std::shared_ptr<const FolderNames> FolderFollower::FollowListed(const host::UTF16String& folder) {
+    FolderStore* store = GetServices().mFolderStore;
+    const auto known = mFolders.find(folder);
+    if (!store || (known != mFolders.end() && known->second.mState != State::Waiting)) return {};
+    std::shared_ptr<const FolderNames> names = store->FollowListed(folder, MakeReceiver(), this);
+    if (!names) return {};
+    const auto added = mFolders.try_emplace(folder).first;
+    FinishListing(added);
+    added->second.mHasNames = true;
+    return names;
+}
+
+bool FolderFollower::WillTell(const host::UTF16String& folder) const {
+    const auto known = mFolders.find(folder);
+    if (known == mFolders.end()) return false;
+    return known->second.mHasNames || known->second.mState == State::UnderWay ||
+           (known->second.mState == State::Waiting && !IsFull());
+}
+
+bool FolderFollower::IsFull() const {
+    return mPolled >= kMostPolled || mListed + mUnderWay >= kMostFollowed;
+}
+
 void FolderFollower::StartNext() {
     FolderStore* store = GetServices().mFolderStore;
-    while (store && !mWaiting.empty() && mUnderWay < kMostAtATime && mPolled < kMostPolled &&
-           mListed + mUnderWay < kMostFollowed) {
+    while (store && !mWaiting.empty() && mUnderWay < kMostAtATime && !IsFull()) {
         const host::UTF16String path = std::move(mWaiting.front());
         mWaiting.pop_front();
         const auto folder = mFolders.find(path);
         if (folder == mFolders.end() || folder->second.mState != State::Waiting) continue;
         folder->second.mState = State::UnderWay;
         ++mUnderWay;
-        store->RequestListing(path, MakeReceiver(), this);
+        store->RequestNames(path, MakeReceiver(), this);
     }
 }
 
@@ -105,14 +99,16 @@ void FolderFollower::ListenToMessage(const host::Message& message) {
 void FolderFollower::Receive(const FolderStore::Delivery& delivery) {
     const auto folder = mFolders.find(delivery.mFolder);
     if (folder == mFolders.end()) return;
-    host::UTF16StringVec removed = delivery.mDelivery.mRemovedPaths;
-    const bool isListed = delivery.mIsLast && folder->second.mState != State::Listed;
-    if (isListed) FinishListing(folder);
-    if (isListed && delivery.mContent) AppendVanished(delivery.mFolder, removed);
-    for (const host::UTF16String& path : removed) DropBelow(path);
-    if (delivery.mContent) FollowNew(*delivery.mContent);
-    const News news{delivery.mFolder, delivery.mContent.get(), removed, isListed && delivery.mContent};
-    for (const auto& receiver : std::vector(mReceivers)) receiver.second(news);
+    if (delivery.mIsLast && folder->second.mState != State::Listed) FinishListing(folder);
+    const auto names =
+        folder->second.mHasNames ? nullptr : GetServices().mFolderStore->GetNames(delivery.mFolder);
+    folder->second.mHasNames |= names != nullptr;
+    for (const host::UTF16String& path : delivery.mDelivery.mRemovedPaths) Drop(path);
+    if (names)
+        for (const host::UTF16String& below : names->FindFolders()) Add(below, false);
+    else if (delivery.mContent)
+        FollowNew(*delivery.mContent);
+    mReceiver({names, delivery.mContent.get(), delivery.mDelivery.mRemovedPaths});
     StartNext();
 }
 
@@ -124,16 +120,7 @@ void FolderFollower::FinishListing(Folders::iterator folder) {
     mPolled += folder->second.mIsPolled;
 }
 
-/// Folders that were found in `folder` before it was listed, and are not there any more.
-void FolderFollower::AppendVanished(const host::UTF16String& folder, host::UTF16StringVec& paths) const {
-    const FolderStore& store = *GetServices().mFolderStore;
-    const host::UTF16String prefix = JoinPath<host::UTF16String>(folder, {});
-    for (auto below = mFolders.lower_bound(prefix); below != mFolders.end() && below->first.starts_with(prefix);
-         ++below)
-        if (FolderOf(below->first) == folder && !store.Find(below->first)) paths.push_back(below->first);
-}
-
-void FolderFollower::DropBelow(const host::UTF16String& path) {
+void FolderFollower::Drop(const host::UTF16String& path) {
     for (auto folder = mFolders.lower_bound(path);
          folder != mFolders.end() && folder->first.starts_with(path);) {
         const Folder& state = folder->second;
@@ -151,24 +138,11 @@ void FolderFollower::DropBelow(const host::UTF16String& path) {
 
 void FolderFollower::FollowNew(const host::DirectoryContent& content) {
     const FolderStore& store = *GetServices().mFolderStore;
-    host::UTF16StringVec unknown;
     for (const host::PropertyMap& item : content) {
         const auto* path = item.Find<host::UTF16String>(host::MediaBrowserContentManager::kPathField);
         const ItemFacts* facts = path ? store.Find(*path) : nullptr;
-        if (facts && facts->mKind == ItemKind::Folder && !mFolders.contains(*path)) unknown.push_back(*path);
+        if (facts && facts->mKind == ItemKind::Folder && !facts->mIsLink) Add(*path, false);
     }
-    if (!unknown.empty()) FollowUnlessLinks(std::move(unknown));
-}
-
-void FolderFollower::FollowUnlessLinks(host::UTF16StringVec paths) {
-    GetServices().mWorkerPool->SubmitLast([self = weak_from_this(), paths = std::move(paths)] {
-        host::UTF16StringVec folders;
-        std::ranges::copy_if(paths, std::back_inserter(folders), IsRealFolder);
-        if (folders.empty()) return;
-        GetServices().mMainThread->Post([self, folders = std::move(folders)] {
-            if (const auto follower = self.lock()) follower->Follow(folders, 0);
-        });
-    });
 }
 
 }  // namespace desk

@@ -78,6 +78,7 @@ void FolderListing::TakeEntry(const FolderEntry& entry) {
     const bool isKindOpen = entry.mKind == ItemKind::Unknown || entry.mKind == ItemKind::Link;
     if (!found.mIsProject && !isKindOpen && entry.mKind != ItemKind::Folder) return;
     found.mFacts.mKind = isKindOpen ? ItemKind::Unknown : entry.mKind;
+    found.mFacts.mIsLink = entry.mKind == ItemKind::Link;
     if (mRequest.mKnown) found.mKnown = mRequest.mKnown->Find(found.mName);
     mFound.push_back(std::move(found));
 }
@@ -89,15 +90,17 @@ void FolderListing::MarkLocked() {
         found.mFacts.mHasLockFile = found.mIsProject && std::ranges::binary_search(mLocked, found.mName);
 }
 
-/// The kinds of what is no project, and the facts of few new items.
+/// The kinds of what is no project or a link, and the facts of few new items.
 void FolderListing::ChooseUnknown() {
     std::size_t newProjects = 0;
     for (const Found& found : mFound) newProjects += found.mIsProject && !found.mKnown;
     const bool areNewRead = mRequest.mKnown && newProjects <= kMostNewToRead;
     for (std::size_t i = 0; i < mFound.size(); ++i) {
         const Found& found = mFound[i];
-        const bool isRead =
-            found.mIsProject ? areNewRead && !found.mKnown : found.mFacts.mKind == ItemKind::Unknown;
+        const bool isKindRead = found.mFacts.mKind == ItemKind::Unknown && !(found.mKnown && found.mIsProject);
+        const bool isRead = found.mIsProject
+                                ? (areNewRead && !found.mKnown) || (isKindRead && found.mFacts.mIsLink)
+                                : isKindRead;
         if (isRead) mToRead.push_back(i);
     }
 }
@@ -127,12 +130,13 @@ void FolderListing::ReadChosen(void (FolderListing::*then)()) {
 }
 
 void FolderListing::Read(Found& found) {
-    ItemUpdate update = ReadItem(*mRequest.mFolder, found.mName, false);
+    ItemUpdate update = ReadItem(*mRequest.mFolder, found.mName, false, found.mFacts.mIsLink);
     if (found.mIsProject && update.mIsGone) {
         found.mIsKept = false;
     } else if (update.mSystemError == 0) {
         found.mIsKept = !update.mIsGone;
         found.mFacts.mKind = update.mFacts.mKind;
+        found.mFacts.mIsLink = update.mFacts.mIsLink;
         found.mFacts.mStatus = update.mFacts.mStatus;
     } else if (!found.mIsProject) {
         // What cannot be read counts as unchanged; a link that leads nowhere is no folder.
@@ -168,7 +172,7 @@ void FolderListing::CompleteNames() {
     Try([this] {
         std::erase_if(mFound, [](const Found& found) { return !found.mIsKept; });
         if (IsVolumeGone()) throw host::FileException("list folder", mRequest.mFolder->mText, ENODEV);
-        if (!mRequest.mKnown || mRequest.mIsContentWanted) BuildContents();
+        if (mRequest.mIsContentWanted) BuildContents();
         ChooseKnown();
         if (mToRead.empty()) return Complete();
         PostFirst();

@@ -41,7 +41,7 @@ public:
         std::shared_ptr<const FolderPath> mFolder;
         /// What is known of the folder; null the first time.
         std::shared_ptr<const FolderItems> mKnown;
-        /// The whole content is wanted although the folder is known.
+        /// The whole content is wanted, not only what has changed.
         bool mIsContentWanted = false;
         /// A monitored root, where a volume may be mounted.
         bool mIsRoot = false;

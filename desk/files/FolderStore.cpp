@@ -35,15 +35,26 @@ void FolderStoreImpl::MakeLane() {
 void FolderStoreImpl::RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) {
     FolderPtr folder;
     Subscriber& subscriber = Subscribe(path, std::move(receiver), owner, folder);
+    subscriber.mWantsContent = true;
     subscriber.mIsOnDemand = false;
     subscriber.mIsWaiting = true;
     StartNext(folder);
 }
 
-void FolderStoreImpl::RequestListingOnDemand(const host::UTF16String& path, Receiver receiver,
-                                             const void* owner) {
+void FolderStoreImpl::RequestNames(const host::UTF16String& path, Receiver receiver, const void* owner) {
     FolderPtr folder;
     Subscriber& subscriber = Subscribe(path, std::move(receiver), owner, folder);
+    subscriber.mWantsContent = false;
+    subscriber.mIsOnDemand = false;
+    subscriber.mIsWaiting = true;
+    StartNext(folder);
+}
+
+void FolderStoreImpl::RequestNamesOnDemand(const host::UTF16String& path, Receiver receiver,
+                                           const void* owner) {
+    FolderPtr folder;
+    Subscriber& subscriber = Subscribe(path, std::move(receiver), owner, folder);
+    subscriber.mWantsContent = false;
     if (!folder->mItems && folder->mJob == Job::None) {
         subscriber.mIsOnDemand = true;
         return;

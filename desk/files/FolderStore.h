@@ -8,6 +8,7 @@
 
 #include "desk/files/Boxed.h"
 #include "desk/files/FileSystem.h"
+#include "desk/files/FolderNames.h"
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
 #include "host/mediabrowser/MediaBrowserContentManager.h"
@@ -20,9 +21,11 @@ struct LockRecord;
 
 /// What is known of one item of a listed folder.
 struct ItemFacts {
-    /// `Folder` also for a link to a folder. `Unknown` while it is not known (links and volumes that do not
-    /// tell; project files only, which are told by their names).
+    /// `Folder` also for a link to a folder, `Link` for one that leads nowhere. `Unknown` while it is not known
+    /// (volumes that do not tell; project files only, which are told by their names).
     ItemKind mKind = ItemKind::Unknown;
+    /// The item is a symbolic link; what is known else is said of what it leads to.
+    bool mIsLink = false;
     /// A lock file stands beside the item (told by the listing alone).
     bool mHasLockFile = false;
     /// Absent until it has been read. After a change it stays as it was until it has been read anew.
@@ -58,10 +61,17 @@ public:
     /// nothing), and takes the place of that owner's earlier receiver.
     virtual void RequestListing(const host::UTF16String& folder, Receiver receiver,
                                 const void* owner = nullptr) = 0;
+    /// Likewise, but in place of the content, which costs most of a listing, a delivery without any says that
+    /// the folder has been listed; `GetNames` has the names.
+    virtual void RequestNames(const host::UTF16String& folder, Receiver receiver, const void* owner) = 0;
     /// Likewise, but lists the folder only when the facts of one of its items are asked for (`FindAndRequest`),
     /// or at once when it has been listed already for somebody else. Until then the folder is awaited.
-    virtual void RequestListingOnDemand(const host::UTF16String& folder, Receiver receiver,
-                                        const void* owner = nullptr) = 0;
+    virtual void RequestNamesOnDemand(const host::UTF16String& folder, Receiver receiver,
+                                      const void* owner) = 0;
+    /// When the folder is listed: hands what changes from now on to `receiver`, asks the volume for nothing,
+    /// and returns the names. Null, and nothing happens, when it is not.
+    virtual std::shared_ptr<const FolderNames> FollowListed(const host::UTF16String& folder, Receiver receiver,
+                                                            const void* owner) = 0;
     /// Brings what has changed in a listed folder since the last listing: only the items that the monitor
     /// named are read, or all of the folder when it could not name them.
     virtual void RequestChanges(const host::UTF16String& folder) = 0;
@@ -76,6 +86,11 @@ public:
 
     /// True when the folder's listing is known, and the folder is watched or polled.
     virtual bool IsListed(std::u16string_view folder) const = 0;
+    /// The names of a folder's items as a search sees them; null when the folder is not listed. They are made
+    /// when they are first asked for, and kept until they change.
+    virtual std::shared_ptr<const FolderNames> GetNames(std::u16string_view folder) = 0;
+    /// Those of all listed folders at and below `root`, and whether `owner` has a receiver there.
+    virtual std::vector<KnownNames> GetNamesBelow(std::u16string_view root, const void* owner) = 0;
     /// True when the folder lies below a monitored root and its first listing is under way or has been
     /// requested: what is in it will be delivered, and nobody need wait for the volume to say it now.
     virtual bool IsAwaited(std::u16string_view folder) const = 0;

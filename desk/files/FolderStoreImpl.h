@@ -24,12 +24,17 @@ public:
     ~FolderStoreImpl() override;
 
     void RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) override;
-    void RequestListingOnDemand(const host::UTF16String& path, Receiver receiver, const void* owner) override;
+    void RequestNames(const host::UTF16String& path, Receiver receiver, const void* owner) override;
+    void RequestNamesOnDemand(const host::UTF16String& path, Receiver receiver, const void* owner) override;
+    std::shared_ptr<const FolderNames> FollowListed(const host::UTF16String& path, Receiver receiver,
+                                                    const void* owner) override;
     void RequestChanges(const host::UTF16String& path) override;
     void RequestFacts(const host::UTF16String& path, const host::UTF16StringVec& names) override;
     void DropWaitingFacts() override;
     void Forget(const host::UTF16String& path, const void* owner) override;
     bool IsListed(std::u16string_view path) const override;
+    std::shared_ptr<const FolderNames> GetNames(std::u16string_view path) override;
+    std::vector<KnownNames> GetNamesBelow(std::u16string_view root, const void* owner) override;
     bool IsAwaited(std::u16string_view path) const override;
     const ItemFacts* Find(std::u16string_view path) const override;
     const ItemFacts* FindAndRequest(std::u16string_view path) override;
@@ -41,6 +46,8 @@ private:
         const void* mOwner = nullptr;
         std::shared_ptr<Receiver> mReceiver;
         bool mHasContent = false;
+        /// Is told of a listing, and gets its content; false: is told only.
+        bool mWantsContent = true;
         /// Asks for a listing as soon as somebody asks for an item.
         bool mIsOnDemand = false;
         /// Has asked for a listing that has not begun, or is under way.
@@ -56,6 +63,8 @@ private:
         std::shared_ptr<const FolderPath> mPath;
         /// Null until the folder has been listed.
         std::shared_ptr<FolderItems> mItems;
+        /// The items' names; null until somebody asks, and again when they change.
+        std::shared_ptr<const FolderNames> mNames;
         /// A job reads the items: they are copied before they are changed.
         bool mIsShared = false;
         /// Counts the changes of what items there are.
@@ -102,6 +111,8 @@ private:
     void ListOnDemand(std::u16string_view itemPath);
     static bool VisitLocksIn(const Folder& folder, const LockVisitor& visitor);
     static FolderItems& Writable(Folder& folder);
+    static std::shared_ptr<const FolderNames> NamesOf(Folder& folder);
+    static bool Merge(Folder& folder, FolderItems::Item& item, const ItemUpdate& update);
     void ForgetFoldersBelow(const host::UTF16String& path);
     void Ask(Folder& folder, FolderItems::Item& item);
     void SendQuestions();

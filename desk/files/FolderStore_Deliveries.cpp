@@ -21,10 +21,18 @@ host::DirectoryContent TakeSome(host::DirectoryContent& content) {
 
 }  // namespace
 
-/// The whole content, for one who has none yet.
+/// The whole content, for one who has none yet; or word that there is one.
 void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subscriber,
                                       const FolderListing::Result& result) {
     using Extent = host::ContentDelivery::Extent;
+    if (!subscriber.mWantsContent) {
+        subscriber.mHasContent = true;
+        Delivery delivery;
+        delivery.mDelivery.mExtent = Extent::Change;
+        delivery.mContent = ShareContent({});
+        delivery.mIsLast = subscriber.mIsBeingServed;
+        return Deliver(folder, subscriber, std::move(delivery));
+    }
     if (result.mContents.empty()) return;
     subscriber.mHasContent = true;
     for (const auto& content : result.mContents) {

@@ -79,7 +79,7 @@ void FolderStoreImpl::StartListing(const FolderPtr& folder, Job job) {
     request.mIsPoll = job == Job::Poll;
     request.mMemory = folder->mMemory;
     for (Subscriber& subscriber : folder->mSubscribers) {
-        request.mIsContentWanted |= !subscriber.mHasContent;
+        request.mIsContentWanted |= !subscriber.mHasContent && subscriber.mWantsContent;
         if (job == Job::Listing) subscriber.mIsBeingServed |= std::exchange(subscriber.mIsWaiting, false);
     }
     folder->mIsShared = folder->mItems != nullptr;
@@ -161,6 +161,7 @@ void FolderStoreImpl::TakeListing(const FolderPtr& folder, FolderListing::Result
     folder->mFound.reset();
     if (!folder->mItems) {
         folder->mItems = std::move(result.mItems);
+        folder->mNames.reset();
         ++folder->mGeneration;
     } else {
         DeliverChanges(folder, Apply(*folder, std::move(result.mUpdates)));
@@ -199,6 +200,7 @@ FolderStoreImpl::Changes FolderStoreImpl::Apply(Folder& folder, std::vector<Item
         FolderItems::Item* item = items.Find(update.mName);
         if (update.mIsGone && item) {
             items.Remove(update.mName);
+            folder.mNames.reset();
             changes.mRemovedPaths.push_back(JoinPath(folder.mPath->mText, update.mName));
             ++folder.mGeneration;
         }
@@ -207,13 +209,13 @@ FolderStoreImpl::Changes FolderStoreImpl::Apply(Folder& folder, std::vector<Item
         const bool isNew = item == nullptr;
         if (isNew) {
             item = &items.Add(update.mName);
+            folder.mNames.reset();
             ++folder.mGeneration;
         }
         item->Set(FolderItems::kIsOutrun,
                   item->Has(FolderItems::kIsAsked) && update.mFacts.mStatus.has_value());
         item->Set(FolderItems::kIsUnreadable, false);
-        if (MergeFacts(item->mFacts, update.mFacts, update.mIsLockKnown) || isNew)
-            changes.mContent.push_back(std::move(update.mProperties));
+        if (Merge(folder, *item, update) || isNew) changes.mContent.push_back(std::move(update.mProperties));
     }
     for (const host::UTF16String& removed : changes.mRemovedPaths) ForgetFoldersBelow(removed);
     return changes;
@@ -245,8 +247,7 @@ bool FolderStoreImpl::TakeAnswer(Folder& folder, ItemUpdate& update) {
         item->Set(FolderItems::kIsOutrun, false);
         return false;
     }
-    if (!update.mIsGone && update.mSystemError == 0)
-        return MergeFacts(item->mFacts, update.mFacts, update.mIsLockKnown);
+    if (!update.mIsGone && update.mSystemError == 0) return Merge(folder, *item, update);
     item->Set(FolderItems::kIsUnreadable, true);
     if (update.mIsGone) {
         folder.mPending.Add(update.mName);

@@ -16,8 +16,14 @@ namespace {
 /// Contents below this are destroyed where they stand: handing them over would cost as much.
 constexpr std::size_t kSmallContent = 64;
 
-/// What stands at `path`: a link's target, or the link itself when it leads nowhere.
-ItemStatus ReadStatus(FileSystem& fileSystem, const std::string& path) {
+/// What stands at `path`: a link's target, or the link itself when it leads nowhere. `isLink` is true for what
+/// is known to be a link, and becomes true for what is.
+ItemStatus ReadStatus(FileSystem& fileSystem, const std::string& path, bool& isLink) {
+    if (!isLink) {
+        const ItemStatus status = fileSystem.Status(path, false);
+        isLink = status.mKind == ItemKind::Link;
+        if (!isLink) return status;
+    }
     try {
         return fileSystem.Status(path, true);
     } catch (const host::FileException& exception) {
@@ -56,13 +62,15 @@ std::string LockPath(const FolderPath& folder, const host::UTF16String& projectN
     return JoinPath(folder.mBytes, host::UTF16to8(GetLockFileName(projectName)));
 }
 
-ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, bool lookForLock) {
+ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, bool lookForLock,
+                    bool isKnownLink) {
     FileSystem& fileSystem = *GetServices().mFileSystem;
     ItemUpdate update;
     update.mName = name;
+    update.mFacts.mIsLink = isKnownLink;
     const std::string bytes = host::UTF16to8(name);
     try {
-        const ItemStatus status = ReadStatus(fileSystem, JoinPath(folder.mBytes, bytes));
+        const ItemStatus status = ReadStatus(fileSystem, JoinPath(folder.mBytes, bytes), update.mFacts.mIsLink);
         update.mFacts.mKind = status.mKind;
         update.mFacts.mStatus = status;
     } catch (const host::FileException& exception) {
@@ -107,6 +115,7 @@ bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown) {
         known.mKind = read.mKind;
         hasChanged = true;
     }
+    if (read.mKind != ItemKind::Unknown) known.mIsLink = read.mIsLink;
     if (read.mStatus && (!known.mStatus || !IsSame(*known.mStatus, *read.mStatus))) {
         known.mStatus = read.mStatus;
         hasChanged = true;

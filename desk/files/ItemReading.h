@@ -32,8 +32,10 @@ bool IsProjectName(const host::UTF16String& name);
 /// The path of a project's lock file, in bytes.
 std::string LockPath(const FolderPath& folder, const host::UTF16String& projectName);
 
-/// Reads an item's status and kind, and with `lookForLock` its lock. May wait for the volume; any thread.
-ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, bool lookForLock);
+/// Reads an item's status and kind, and with `lookForLock` its lock; a question less for what is known to be a
+/// link. May wait for the volume; any thread.
+ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, bool lookForLock,
+                    bool isKnownLink = false);
 
 /// Reads the items that belong to changed entries of a folder: an item itself, or the project whose lock file
 /// an entry is. `call` is told of each answer. May wait for the volume; any thread.

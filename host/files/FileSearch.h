@@ -9,8 +9,8 @@
 
 namespace host {
 
-/// A search of folders and all folders below them. The walk runs on worker threads; symbolic links
-/// to folders are found but not entered.
+/// A search of folders and all folders below them, on worker threads; symbolic links to folders are found but
+/// not entered.
 class ZUHOST_API FileSearch {
 public:
     /// What has changed since a search was completed.
@@ -24,17 +24,15 @@ public:
     };
 
     struct Parameters {
-        /// Files count only with one of these extensions (with the dot, ASCII letter case ignored).
-        UTF16StringVec mExtensions;
-        /// Accepts a found path. Called on any thread, on several at a time, and a few times more after
-        /// the request was dropped: it owns what it uses. Must not throw.
-        std::function<bool(const UTF16String& path)> mFilter;
+        /// What the names of the items that are found contain (`IsMatch`).
+        UTF16String mText;
         /// When set, and `root` lies below a folder that `DirectoryChangeMonitor` monitors, the search goes on
         /// after its completion for as long as the request lives: the folders are listed in the background,
         /// those with hits first, and then watched or polled; from the beginning of the search on `File` and
         /// `ReadProjectLockFile` answer for what it finds without waiting for the volume. Told here, at once
         /// and then in batches, is what changes; never before the completion. Of very many folders some are
-        /// followed only when the facts of one of their items have been asked for. UI thread.
+        /// followed only when the facts of one of their items have been asked for; these are read again at
+        /// each search. UI thread.
         std::function<void(const Changes& changes)> mChanged;
     };
 
@@ -45,7 +43,7 @@ public:
     };
 
     struct Result {
-        /// What was found, sorted.
+        /// What was found, the items of one folder together.
         UTF16StringVec mPaths;
         /// Folders whose items are missing; the log names each with the reason. The root stands here when
         /// nothing could be searched at all: an empty result then says nothing.
@@ -62,12 +60,18 @@ public:
         virtual ~Request();
     };
 
-    /// Finds the files with one of the extensions, and the folders, below `root` that the filter
-    /// accepts. Returns at once and never waits for the volume; `completion` is called later unless the
-    /// request is dropped. Hidden folders and the host's own files are left out. UI thread.
+    /// Finds the projects and folders below `root` whose names match. Returns at once and never waits for the
+    /// volume; `completion` is called later unless the request is dropped. The volume is asked only for the
+    /// folders whose names are not known yet: those of folders that a view has listed are, and those that a
+    /// search with `mChanged` has looked through, for as long as one lives. Hidden folders and the host's own
+    /// files are left out. UI thread.
     [[nodiscard]] static std::unique_ptr<Request> FindFilesOrDirectories(const UTF16String& root,
                                                                          Parameters parameters,
                                                                          Completion completion);
+
+    /// True when the displayed name of the item at `path` (a project's is without its extension) contains
+    /// `text`, the case of the letters A to Z ignored; all else must be the same. Any thread.
+    static bool IsMatch(const UTF16String& path, const UTF16String& text);
 
     /// The files below `root`, at any depth, with the extension (with its dot, ASCII letter case ignored),
     /// sorted by path. Hidden folders, the host's own files and what cannot be read are left out; symbolic

@@ -267,20 +267,16 @@ TEST_F(DirectoryMonitorTest, AnotherProductionIsUsableWhileTheVolumeOfTheFirstHa
     }
     mFolder.Write("well/A.zuproj", "123");
     std::size_t found = 0;
-    using Filter = std::function<bool(const host::UTF16String&)>;
-    const auto search = [&](const char* root, Filter filter = {}) {
+    const auto search = [&](const char* root) {
         return host::FileSearch::FindFilesOrDirectories(
-            Path(root), {.mExtensions = {u".zuproj"}, .mFilter = filter, .mChanged = {}},
+            Path(root), {.mText = u"", .mChanged = {}},
             [&](const auto& result) { found += result.mPaths.size(); });
     };
     host::DirectoryChangeMonitor::MonitorDirectory(Path("sick"), true, true);
     List("sick");
-    const auto first = search("sick", [&](const host::UTF16String&) {
-        mDisk.CloseGate(Operation::Any, mFolder.Path("sick"));
-        return true;
-    });
-    ASSERT_TRUE(mDisk.WaitAtGate());
-    const auto second = search("sick"), third = search("sick");
+    mDisk.CloseGate(Operation::Any, mFolder.Path("sick"));
+    const auto first = search("sick"), second = search("sick"), third = search("sick");
+    ASSERT_TRUE(mMain.AdvanceAloneUntil([&] { return mDisk.Count(Operation::ListFolder) > 1; }));
     mStore->RequestFacts(Path("sick"), names);
     for (const char* folder : {"sick/1", "sick/2", "sick/3", "sick/4"})
         mStore->RequestListing(Path(folder), Receiver(folder), this);

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "desk/core/WorkProgress.h"
+#include "desk/files/FolderFollower.h"
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
 #include "tests/desk/files/FollowedFolder.h"
@@ -19,18 +20,13 @@ protected:
     std::unique_ptr<FileSearch::Request> Start(const std::string& text = "Reel") {
         return FileSearch::FindFilesOrDirectories(
             mFolder.PathUTF16(),
-            {.mExtensions = {u".zuproj"},
-             .mFilter =
-                 [needle = host::UTF8to16(text)](const host::UTF16String& path) {
-                     return host::PathUtils::GetFullFilePart(path).find(needle) != std::u16string::npos;
-                 },
+            {.mText = host::UTF8to16(text),
              .mChanged = [this](const FileSearch::Changes& changes) { Take(changes); }},
             [this](const FileSearch::Result& result) {
                 ++mCompletions;
                 mHits.clear();
                 mError = result.mUnreadable.empty() ? 0 : result.mUnreadable[0].mSystemError;
                 for (const host::UTF16String& path : result.mPaths) mHits.insert(Relative(path));
-                EXPECT_TRUE(std::ranges::is_sorted(result.mPaths));
             });
     }
     std::unique_ptr<FileSearch::Request> Find(const std::string& text = "Reel") {
@@ -116,27 +112,70 @@ TEST_F(FileSearchTest, AWalkThatIsCancelledInItsLastFolderFindsNothing) {
 
 TEST_F(FileSearchTest, LosesNoChangeOfItsOwnTimeAndTellsItAfterTheCompletion) {
     UseInotify();
-    mFolder.Write("a/Reel 1.zuproj");
-    mFolder.Write("b/Reel 2.zuproj");
+    for (const char* name : {"a/Reel 1.zuproj", "b/Reel 2.zuproj", "c/Reel 3.zuproj"}) mFolder.Write(name);
     Monitor();
-    auto request = Find();
+    // A view has listed these two.
+    List();
+    List("a");
     mDisk.CloseGate(Operation::ListFolder, mFolder.Path("b"));
-    mCompletions = 0;
-    auto next = Start();
-    ASSERT_TRUE(mDisk.WaitAtGate());
-    request.reset();
-    mFolder.Rename("a/Reel 1.zuproj", "a/Reel 3.zuproj");
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    std::function<void()> openWhenKnown = [&] {
-        const bool isKnown = mStore->Find(Path("a/Reel 3.zuproj")) && !mStore->Find(Path("a/Reel 1.zuproj"));
-        if (!isKnown && std::chrono::steady_clock::now() < end) return mMain.Post(openWhenKnown);
-        EXPECT_TRUE(isKnown);
-        EXPECT_EQ(mCompletions, 0);
-        mDisk.OpenGate();
-    };
-    mMain.Post(openWhenKnown);
-    ASSERT_TRUE(Becomes({"a/Reel 3.zuproj", "b/Reel 2.zuproj"}));
+    const auto request = Start();
+    ASSERT_TRUE(mMain.AdvanceAloneUntil([&] { return mDisk.Count(Operation::ListFolder) == 4; }));
+    mFolder.Rename("a/Reel 1.zuproj", "a/Reel 4.zuproj");
+    mFolder.Rename("c/Reel 3.zuproj", "c/Reel 5.zuproj");
+    // The view holds the change back.
+    EXPECT_TRUE(mMain.AdvanceAloneUntil([&] { return mAnnouncements > 0; }));
+    EXPECT_EQ(mCompletions, 0);
+    mDisk.OpenGate();
+    ASSERT_TRUE(Becomes({"a/Reel 4.zuproj", "b/Reel 2.zuproj", "c/Reel 5.zuproj"}));
     EXPECT_EQ(mCompletions, 1);
+}
+
+TEST_F(FileSearchTest, AsksTheVolumeForNothingOnceTheNamesAreKnownAndSharesAWalkUnderWay) {
+    UseInotify();
+    for (const char* name : {"Reel 1.zuproj", "a/Reel 2.zuproj", "a/b/Other.zuproj", "c/REEL 3.zuproj"})
+        mFolder.Write(name);
+    symlink("c", mFolder.Path("Reel link").c_str());
+    Monitor();
+    // The first key, and the second before the first has found anything.
+    auto older = Start("R");
+    auto request = Start();
+    older.reset();
+    mMain.RunUntilIdle();
+    const Names hits{"Reel 1.zuproj", "Reel link", "a/Reel 2.zuproj", "c/REEL 3.zuproj"};
+    EXPECT_EQ(mHits, hits);
+    EXPECT_EQ(mCompletions, 1);
+    EXPECT_EQ(CountLists(), 8) << "each folder once by the walk and once to be followed";
+    mDisk.ResetCounts();
+    for (const char* text : {"Reel", "reel ", "Other", "reel"}) request = Find(text);
+    EXPECT_EQ(mHits, hits);
+    EXPECT_EQ(mDisk.Count(Operation::Any), 0);
+    // What changes is found by the next search as it is told to this one.
+    mFolder.Rename("c/REEL 3.zuproj", "c/reel 4.zuproj");
+    mFolder.Write("d/Reel 5.zuproj");
+    mFolder.Remove("a");
+    const Names changed{"Reel 1.zuproj", "Reel link", "c/reel 4.zuproj", "d/Reel 5.zuproj"};
+    ASSERT_TRUE(Becomes(changed));
+    mDisk.ResetCounts();
+    request = Find();
+    EXPECT_EQ(mHits, changed);
+    EXPECT_EQ(mDisk.Count(Operation::Any), 0);
+}
+
+TEST_F(FileSearchTest, KnowsTheFoldersThatAViewHasListedAndFollowsThemWithoutListingThemAgain) {
+    UseInotify();
+    for (int i = 0; i < 30; ++i) mFolder.Write("f" + std::to_string(i) + "/Reel.zuproj");
+    Monitor();
+    List();
+    for (int i = 0; i < 30; ++i) List("f" + std::to_string(i));
+    mDisk.ResetCounts();
+    const auto request = Find();
+    EXPECT_EQ(mHits.size(), 30u);
+    EXPECT_EQ(mDisk.Count(Operation::Any), 0);
+    mFolder.Rename("f3/Reel.zuproj", "f3/Other.zuproj");
+    mFolder.Rename("f4/Reel.zuproj", "f4/Reel 2.zuproj");
+    EXPECT_TRUE(WaitFor([&] {
+        return !mHits.contains("f3/Reel.zuproj") && mHits.contains("f4/Reel 2.zuproj") && mHits.size() == 29;
+    }));
 }
 
 TEST_F(FileSearchTest, TellsOfFoldersThatAreMadeAndRenamed) {
@@ -167,6 +206,32 @@ TEST_F(FileSearchTest, LetsGoOfTheFoldersWhenItEnds) {
     mMain.RunUntilIdle();
     EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 0u);
     EXPECT_FALSE(mStore->IsListed(Path("a")));
+}
+
+TEST_F(FileSearchTest, ReadsTheFoldersAgainThatAreTooManyToFollow) {
+    constexpr long kNfs = 0x6969;
+    constexpr std::size_t kFolders = desk::FolderFollower::kMostPolled + 20;
+    UseFakeSource();
+    mDisk.SetVolumeType(kNfs);
+    for (std::size_t i = 0; i < kFolders; ++i) mFolder.MakeFolder(std::to_string(i));
+    Monitor();
+    auto request = Find();
+    std::vector<std::string> unfollowed;
+    for (std::size_t i = 0; i < kFolders; ++i)
+        if (!mStore->IsListed(Path(std::to_string(i)))) unfollowed.push_back(std::to_string(i));
+    ASSERT_GE(unfollowed.size(), 2u);
+    const std::string& folder = unfollowed.back();
+    mFolder.Write(folder + "/Reel 1.zuproj");
+    mFolder.Write(unfollowed.front() + "/Reels/Reel 2.zuproj");
+    mDisk.ResetCounts();
+    request = Find();
+    const Names hits{folder + "/Reel 1.zuproj", unfollowed.front() + "/Reels",
+                     unfollowed.front() + "/Reels/Reel 2.zuproj"};
+    EXPECT_EQ(mHits, hits);
+    EXPECT_LE(CountLists(), static_cast<int>(unfollowed.size()) + 1) << "the others are known";
+    mFolder.Remove(unfollowed.front() + "/Reels");
+    request = Find();
+    EXPECT_EQ(mHits, Names{folder + "/Reel 1.zuproj"});
 }
 
 TEST_F(FileSearchTest, FindsWhatIsInAFolderOnceItCanBeRead) {
