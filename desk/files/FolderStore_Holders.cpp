@@ -17,8 +17,7 @@ constexpr std::chrono::seconds kInterval{2};
 bool IsHeldHere(const ItemFacts& facts) {
     const Desktop* desktop = GetServices().mDesktop;
     const LockRecord* record = facts.mLock.get();
-    return desktop && record && record->mIsReadable && record->mPid != ::getpid() &&
-           record->mMachineID == desktop->MachineID();
+    return desktop && record && record->mPid != ::getpid() && IsOfThisMachine(*record, *desktop);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <array>
 #include <random>
 
+#include "desk/core/Desktop.h"
 #include "desk/core/Services.h"
 #include "desk/project/Leftovers.h"
 #include "desk/project/LockProtocol.h"
@@ -43,7 +44,8 @@ std::string MakeNonce() {
 
 std::string MakeTemporaryName() {
     LockRecord owner;
-    if (const Desktop* desktop = GetServices().mDesktop) owner = MakeLockRecord(*desktop, {}, {});
+    if (const Desktop* desktop = GetServices().mDesktop)
+        owner = MakeLockRecord(*desktop, {}, desktop->MachineName());
     owner.mNonce = MakeNonce();
     return MakeTemporaryName(owner);
 }

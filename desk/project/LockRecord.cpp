@@ -154,9 +154,12 @@ std::optional<LockRecord> ReadLockRecord(FileSystem& fileSystem, const std::stri
     }
 }
 
-bool IsLockStale(const LockRecord& record, const Desktop& desktop) {
-    if (!record.mIsReadable || record.mMachineID.empty() || record.mMachineID != desktop.MachineID())
-        return false;
+bool IsOfThisMachine(const LockRecord& record, const Desktop& desktop) {
+    return record.mIsReadable && !record.mMachineID.empty() && record.mMachineID == desktop.MachineID() &&
+           !record.mMachine.empty() && record.mMachine == desktop.MachineName();
+}
+
+bool IsProcessGone(const LockRecord& record, const Desktop& desktop) {
     const std::string bootID = desktop.BootID();
     if (record.mBootID.empty() || bootID.empty()) return false;
     if (record.mBootID != bootID) return true;
@@ -164,6 +167,10 @@ bool IsLockStale(const LockRecord& record, const Desktop& desktop) {
     if (std::optional<ProcessFacts> process = ReadProcessFacts(record.mPid))
         return process->mHasEnded || process->mStart != record.mProcessStart;
     return IsPidFree(record.mPid);
+}
+
+bool IsLockStale(const LockRecord& record, const Desktop& desktop) {
+    return IsOfThisMachine(record, desktop) && IsProcessGone(record, desktop);
 }
 
 }  // namespace desk

@@ -50,9 +50,17 @@ ZUHOST_API LockRecord ParseLockRecord(const std::string& bytes);
 /// any thread.
 ZUHOST_API std::optional<LockRecord> ReadLockRecord(FileSystem& fileSystem, const std::string& path);
 
-/// True when the lock's holder is known to be gone: the lock is of this machine, and of an earlier boot, or
-/// of a process of this pid namespace that has ended (or whose pid is another process's now). Never true for
-/// an unreadable record or another machine's. Any thread; reads /proc only.
+/// True for a readable record of this machine: of its id and of its name, since machines that were cloned share
+/// an id. Any thread.
+ZUHOST_API bool IsOfThisMachine(const LockRecord& record, const Desktop& desktop);
+
+/// True when the process that a record of this machine names is known to be gone: it is of an earlier boot, or
+/// of this pid namespace and has ended (or its pid is another process's now). Looks at nothing else of the
+/// record. Any thread; reads /proc only.
+ZUHOST_API bool IsProcessGone(const LockRecord& record, const Desktop& desktop);
+
+/// True when the lock's holder is known to be gone: the lock is of this machine, and its process is gone. Never
+/// true for an unreadable record or another machine's. Any thread; reads /proc only.
 ZUHOST_API bool IsLockStale(const LockRecord& record, const Desktop& desktop);
 
 }  // namespace desk

@@ -6,6 +6,8 @@
 #include <charconv>
 #include <system_error>
 
+#include "desk/core/Desktop.h"
+
 namespace desk {
 
 namespace {
@@ -14,7 +16,8 @@ constexpr std::string_view kPrefix = ".zutmp-";
 constexpr std::string_view kSavePrefix = ".zusave-";
 constexpr std::string_view kFolderCopyPrefix = ".zucopy-";
 constexpr std::size_t kLongestID = 64;
-constexpr std::size_t kDigitsOfDigest = 16;
+constexpr qsizetype kDigitsOfDigest = 16;
+constexpr qsizetype kDigitsOfMachine = 32;
 
 std::string_view PrefixOf(TemporaryPurpose purpose) {
     return purpose == TemporaryPurpose::Save ? kSavePrefix : kFolderCopyPrefix;
@@ -40,31 +43,40 @@ std::string_view TakePart(std::string_view& text) {
     return part;
 }
 
+std::string MakeDigest(std::string_view text, qsizetype digits) {
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())));
+    return hash.result().toHex().left(digits).toStdString();
+}
+
+std::string MakeMachineDigest(const std::string& machineID, const host::UTF16String& machine) {
+    return MakeDigest(machineID + '\0' + host::UTF16to8(machine), kDigitsOfMachine);
+}
+
 /// The nonce and the process, as the end of a name.
 std::string WriteOwner(const LockRecord& owner) {
-    if (!IsUsableID(owner.mMachineID) || !IsUsableID(owner.mBootID)) return owner.mNonce;
-    return owner.mNonce + '.' + owner.mMachineID + '.' + owner.mBootID + '.' +
-           std::to_string(owner.mPidNamespace) + '.' + std::to_string(owner.mPid) + '.' +
+    if (owner.mMachineID.empty() || owner.mMachine.empty() || !IsUsableID(owner.mBootID)) return owner.mNonce;
+    return owner.mNonce + '.' + MakeMachineDigest(owner.mMachineID, owner.mMachine) + '.' + owner.mBootID +
+           '.' + std::to_string(owner.mPidNamespace) + '.' + std::to_string(owner.mPid) + '.' +
            std::to_string(owner.mProcessStart);
 }
 
-std::optional<LockRecord> ReadOwner(std::string_view text) {
+std::optional<TemporaryOwner> ReadOwner(std::string_view text) {
     std::array<std::string_view, 6> parts;
     for (std::string_view& part : parts) part = TakePart(text);
-    LockRecord owner;
-    owner.mNonce = parts[0];
-    owner.mMachineID = parts[1];
-    owner.mBootID = parts[2];
-    owner.mIsReadable = text.empty() && IsUsableID(parts[1]) && IsUsableID(parts[2]) &&
-                        ReadNumber(parts[3], owner.mPidNamespace) && ReadNumber(parts[4], owner.mPid) &&
-                        ReadNumber(parts[5], owner.mProcessStart);
-    return owner.mIsReadable ? std::optional(owner) : std::nullopt;
+    TemporaryOwner owner;
+    owner.mRecord.mNonce = parts[0];
+    owner.mMachineDigest = parts[1];
+    owner.mRecord.mBootID = parts[2];
+    const bool isWhole = text.empty() && IsUsableID(parts[1]) && IsUsableID(parts[2]) &&
+                         ReadNumber(parts[3], owner.mRecord.mPidNamespace) &&
+                         ReadNumber(parts[4], owner.mRecord.mPid) &&
+                         ReadNumber(parts[5], owner.mRecord.mProcessStart);
+    return isWhole ? std::optional(owner) : std::nullopt;
 }
 
 std::string DigestOf(std::string_view name) {
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    hash.addData(QByteArray::fromRawData(name.data(), static_cast<qsizetype>(name.size())));
-    return hash.result().toHex().left(kDigitsOfDigest).toStdString();
+    return MakeDigest(name, kDigitsOfDigest);
 }
 
 }  // namespace
@@ -84,7 +96,12 @@ bool IsTemporaryName(std::string_view name) {
 bool IsTemporaryOfDead(std::string_view name, const Desktop& desktop) {
     if (!name.starts_with(kPrefix)) return false;
     const auto owner = ReadOwner(name.substr(kPrefix.size()));
-    return owner && IsLockStale(*owner, desktop);
+    return owner && owner->IsGone(desktop);
+}
+
+bool TemporaryOwner::IsGone(const Desktop& desktop) const {
+    return mMachineDigest == MakeMachineDigest(desktop.MachineID(), desktop.MachineName()) &&
+           IsProcessGone(mRecord, desktop);
 }
 
 bool TargetedTemporary::IsFor(std::string_view target) const {

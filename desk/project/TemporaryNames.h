@@ -34,7 +34,18 @@ ZUHOST_API std::string MakeTemporaryNameFor(TemporaryPurpose purpose, std::strin
 /// True for the name of a temporary of the host, of whatever kind and process.
 ZUHOST_API bool IsTemporaryName(std::string_view name);
 
-/// True for a name of `MakeTemporaryName` whose process is known to be gone (by the rule of `IsLockStale`).
+/// The process that a temporary's name tells.
+struct TemporaryOwner {
+    /// A digest of the machine's id and name: machines that were cloned share an id, but hardly a name.
+    std::string mMachineDigest;
+    /// Its nonce, and what `IsProcessGone` looks at; the rest is not known.
+    LockRecord mRecord;
+
+    /// True when the process is known to be gone, by the rule of `IsLockStale`. Reads /proc only.
+    ZUHOST_API bool IsGone(const Desktop& desktop) const;
+};
+
+/// True for a name of `MakeTemporaryName` whose process is known to be gone (`TemporaryOwner::IsGone`).
 /// Reads /proc only.
 ZUHOST_API bool IsTemporaryOfDead(std::string_view name, const Desktop& desktop);
 
@@ -43,7 +54,7 @@ struct TargetedTemporary {
     TemporaryPurpose mPurpose = TemporaryPurpose::Save;
     /// 16 hexadecimal digits in lower case.
     std::string mTargetDigest;
-    LockRecord mOwner;
+    TemporaryOwner mOwner;
 
     bool IsFor(std::string_view target) const;
 };

@@ -15,7 +15,7 @@ inline desk::LockRecord MakeForeignRecord(const desk::Desktop& desktop,
 
 /// One of this machine's, from before it was last started.
 inline desk::LockRecord MakeDeadRecord(const desk::Desktop& desktop) {
-    desk::LockRecord record = desk::MakeLockRecord(desktop, u"tomas", u"edit-bay-2");
+    desk::LockRecord record = desk::MakeLockRecord(desktop, u"tomas", desktop.MachineName());
     record.mBootID = "99999999-2222-3333-4444-555555555555";
     record.mPid = 4'194'304;  // more than any system gives
     return record;

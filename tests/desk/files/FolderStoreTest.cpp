@@ -183,7 +183,7 @@ TEST_F(FolderStoreTest, DeliversAnItemAgainWhenTheProcessThatHeldItsLockHasEnded
         pause();
         _exit(0);
     }
-    desk::LockRecord record = desk::MakeLockRecord(mDesktop, u"Ada", u"here");
+    desk::LockRecord record = desk::MakeLockRecord(mDesktop, u"Ada", mDesktop.mMachineName);
     record.mPid = holder;
     record.mProcessStart = desk::ReadProcessFacts(holder)->mStart;
     mFolder.Write("A.zuproj");

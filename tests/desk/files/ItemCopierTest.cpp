@@ -246,7 +246,7 @@ TEST_F(ItemCopierTest, TreesAndPartsOfDeadProcessesAreRemovedWithoutFollowingLin
     EXPECT_NE(ErrorOf([&] { mDisk.RemoveFromTree(mFolder.Path("tree"), "swapped/kept", false); }), 0);
     EXPECT_NE(ErrorOf([&] { mDisk.RemoveFromTree(mFolder.Path("tree/swapped"), "kept", false); }), 0);
 
-    const std::string living = desk::MakeTemporaryName(desk::MakeLockRecord(mDesktop, {}, {}));
+    const std::string living = desk::MakeTemporaryName();
     const std::string dead = desk::MakeTemporaryName(MakeDeadRecord(mDesktop));
     for (const std::string& part : {living, dead}) mFolder.Write("to/" + part + "/sub/file");
     fs::create_directory_symlink("../../../outside", mFolder.Path("to/" + dead + "/sub/link"));

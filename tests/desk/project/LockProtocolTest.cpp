@@ -236,6 +236,9 @@ TEST_P(LockProtocolTest, OnlyALivingGuardIsInTheWay) {
 TEST_P(LockProtocolTest, SweepsOnlyWhatOurDeadHaveLeft) {
     const LockRecord dead = MakeDeadRecord(mDesktop);
     const LockRecord elsewhere = Foreign();
+    // Of a machine that was cloned with this one's id.
+    LockRecord clone = MakeDeadRecord(mDesktop);
+    clone.mMachine = u"edit-bay-2";
     mFolder.Write(desk::MakeTemporaryName(dead));
     StandGuard(MakeDeadRecord(mDesktop), dead);
     mFolder.Write(".Reel 3.zuproj.lock", WriteLockRecord(dead));
@@ -244,12 +247,15 @@ TEST_P(LockProtocolTest, SweepsOnlyWhatOurDeadHaveLeft) {
                      desk::GetGuardName(elsewhere.mNonce),
                      desk::GetGuardName("half-a-guard-of-nobody-knows-wh"),
                      ".zutmp-" + dead.mNonce,
+                     ".zutmp-" + dead.mNonce + '.' + mDesktop.mMachineID + '.' + dead.mBootID + ".1.4194304.1",
+                     desk::MakeTemporaryName(clone),
                      desk::MakeTemporaryName(dead) + ".x",
                      kLock,
                      ".Reel 2.zuproj.lock",
                      "Reel 1.zuproj"};
     for (const std::string& name : kept) mFolder.Write(name);
     Stand(elsewhere);
+    mFolder.Write(".Reel 2.zuproj.lock", WriteLockRecord(clone));
     StandGuard(elsewhere, elsewhere);
     desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path());
     EXPECT_EQ(NamesIn(), kept);

@@ -87,6 +87,7 @@ class StaleLock : public testing::Test {
 protected:
     StaleLock() {
         mRecord = GoodRecord();
+        mRecord.mMachine = mDesktop.mMachineName;
         mRecord.mMachineID = mDesktop.mMachineID;
         mRecord.mBootID = mDesktop.mBootID;
         mRecord.mPidNamespace = desk::GetOwnPidNamespace();
@@ -123,6 +124,7 @@ TEST_F(StaleLock, OfElsewhereOrUnreadableIsHeld) {
     const std::pair<const char*, std::function<void()>> cases[] = {
         {"another container", [&] { ++mRecord.mPidNamespace, mRecord.mBootID = mDesktop.mBootID; }},
         {"another machine", [&] { mRecord.mMachineID = "another"; }},
+        {"a clone of this machine", [&] { mRecord.mMachine = u"edit-bay-2"; }},
         {"unreadable", [&] { mRecord.mIsReadable = false; }},
         {"the process is not known", [&] { mRecord.mPid = 0, mRecord.mBootID = mDesktop.mBootID; }},
         {"our own boot is not known", [&] { mDesktop.mBootID.clear(); }},
