@@ -1,6 +1,7 @@
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 
 #include <algorithm>
+#include <set>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
@@ -260,9 +261,12 @@ void SharedProjectsDirectoryView::OnReadOnlyStateChanged(const ProjectRef& proje
 }
 
 void SharedProjectsDirectoryView::UpdateRowOfProject(const ProjectRef& project) {
-    const UTF16String path = project->GetProjectPath();
-    if (!IsWithinCurrentZuProductionFolder(path)) return;
-    if (const RowRef row = GetRowFromPath(path)) UpdateRow(row);
+    // Whoever opened it through a link has it open under two names.
+    for (const UTF16String& path :
+         std::set{project->GetProjectPath(), Utilities::GetRealProjectPath(project)}) {
+        if (!IsWithinCurrentZuProductionFolder(path)) continue;
+        if (const RowRef row = GetRowFromPath(path)) UpdateRow(row);
+    }
 }
 
 }  // namespace HandlerSharedProjects

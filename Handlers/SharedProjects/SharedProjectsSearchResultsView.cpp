@@ -1,5 +1,7 @@
 #include "Handlers/SharedProjects/SharedProjectsSearchResultsView.h"
 
+#include <set>
+
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
@@ -259,9 +261,12 @@ void SharedProjectsSearchResultsView::OnProjectClosed(const ProjectRef& project)
 }
 
 void SharedProjectsSearchResultsView::UpdateRowOfProject(const ProjectRef& project) {
-    const UTF16String path = project->GetProjectPath();
-    if (!IsWithinCurrentZuProductionFolder(path)) return;
-    if (const RowRef row = GetRowFromPath(path)) UpdateRow(row);
+    // Whoever opened it through a link has it open under two names.
+    for (const UTF16String& path :
+         std::set{project->GetProjectPath(), Utilities::GetRealProjectPath(project)}) {
+        if (!IsWithinCurrentZuProductionFolder(path)) continue;
+        if (const RowRef row = GetRowFromPath(path)) UpdateRow(row);
+    }
 }
 
 }  // namespace HandlerSharedProjects

@@ -31,7 +31,8 @@ void AddIfOpen(const UTF16String& path, ProjectVec& projects) {
 /// A search of the disk can only find what lies there by its path.
 bool LiesAnyWithin(const ProjectVec& projects, const UTF16String& folder) {
     return std::ranges::any_of(projects, [&](const ProjectRef& project) {
-        return Utilities::IsPathWithinDirectory(project->GetProjectPath(), folder, false);
+        return Utilities::IsPathWithinDirectory(project->GetProjectPath(), folder, false) ||
+               Utilities::IsPathWithinDirectory(Utilities::GetRealProjectPath(project), folder, false);
     });
 }
 

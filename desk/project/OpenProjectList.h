@@ -12,6 +12,8 @@ class ZUHOST_API OpenProject : public host::IProject {
 public:
     /// True when the file on disk is newer than what was read.
     virtual bool IsOutOfDate() const = 0;
+    /// Its path without any symbolic link, as `host::Utilities::GetRealProjectPath` says.
+    virtual host::UTF16String GetRealPath() const { return GetProjectPath(); }
 };
 
 using OpenProjectRef = host::RefPtr<OpenProject>;

@@ -30,8 +30,9 @@ bool IsProjectOpen(const UTF16String& path, ProjectRef& project) {
     const auto& projects = OpenProjectList::Instance().Get();
     if (projects.empty()) return false;
     const UTF16String normalized = PathUtils::ToNormalizedPath(path);
-    auto found = std::find_if(projects.begin(), projects.end(),
-                              [&](const auto& open) { return open->GetProjectPath() == normalized; });
+    const auto found = std::ranges::find_if(projects, [&](const auto& open) {
+        return open->GetProjectPath() == normalized || open->GetRealPath() == normalized;
+    });
     if (found == projects.end()) return false;
     project = *found;
     return true;
@@ -40,6 +41,11 @@ bool IsProjectOpen(const UTF16String& path, ProjectRef& project) {
 bool Utilities::IsProjectOutOfDate(const ProjectRef& project) {
     const auto* open = dynamic_cast<const desk::OpenProject*>(project.get());
     return open && open->IsOutOfDate();
+}
+
+UTF16String Utilities::GetRealProjectPath(const ProjectRef& project) {
+    if (const auto* open = dynamic_cast<const desk::OpenProject*>(project.get())) return open->GetRealPath();
+    return project ? project->GetProjectPath() : UTF16String();
 }
 
 ProjectOpenedMessage::ProjectOpenedMessage(ProjectRef project) : mProject(std::move(project)) {}

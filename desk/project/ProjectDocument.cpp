@@ -3,9 +3,27 @@
 #include <algorithm>
 #include <utility>
 
+#include "desk/files/FolderPath.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {
+
+namespace {
+
+/// Where a file that was known at `path` as well as at `realPath` (a folder on the way is a link) is when it
+/// has moved to `newPath`: what the two paths do not share at their ends is the link and what it leads to.
+std::string FollowRealPath(std::string path, std::string realPath, const std::string& newPath) {
+    const auto last = [](const std::string& text) {
+        return text.substr(std::min(text.rfind('/'), text.size()));
+    };
+    while (path != realPath && !path.empty() && last(path) == last(realPath)) {
+        path.resize(path.size() - last(path).size());
+        realPath.resize(realPath.size() - last(realPath).size());
+    }
+    return path != realPath && IsSameOrBelow(newPath, path) ? realPath + newPath.substr(path.size()) : newPath;
+}
+
+}  // namespace
 
 ProjectDocument::ProjectDocument(host::UTF16String path, ProjectFilePlace file, ProjectContent content)
     : mPath(std::move(path)),
@@ -16,9 +34,24 @@ ProjectDocument::~ProjectDocument() = default;
 
 void ProjectDocument::SetProjectPath(const host::UTF16String& path) {
     if (path == mPath) return;
+    const std::string bytes = host::UTF16to8(path);
+    if (bytes == mFile.mRealPath || bytes == mMovedTo)
+        GoOnAsRealFile(bytes);
+    else if (!mFile.mIsLink)
+        mFile = {bytes, false, FollowRealPath(mFile.mPath, mFile.mRealPath, bytes)};
     mPath = path;
-    if (!mFile.mIsLink) mFile.mPath = host::UTF16to8(path);
     AnnounceState();
+}
+
+void ProjectDocument::SetRealPath(const std::string& realPath) {
+    mFile.mRealPath = realPath;
+    if (mFile.mIsLink) mFile.mPath = realPath;
+}
+
+/// Of a link, only the lock of its file is of use any more.
+void ProjectDocument::GoOnAsRealFile(const std::string& realPath) {
+    if (mFile.mIsLink) mLock = std::exchange(mTargetLock, nullptr);
+    mFile = {realPath, false, realPath};
 }
 
 void ProjectDocument::SetProjectLockFile(const host::ProjectLockFileRef& lockFile) {

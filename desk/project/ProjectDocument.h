@@ -30,7 +30,15 @@ public:
     ~ProjectDocument() override;
 
     host::UTF16String GetProjectPath() const override { return mPath; }
+    /// Where a folder on the way is a link, its real path is taken to have moved along. A project that was
+    /// opened through a link and is told its file's real path goes on under that.
     void SetProjectPath(const host::UTF16String& path) override;
+    host::UTF16String GetRealPath() const override { return host::UTF8to16(mFile.mRealPath); }
+    /// The folder that the file really lies in has moved: it is at `realPath` (bytes) now.
+    void SetRealPath(const std::string& realPath);
+    /// The file itself has moved to `realPath` (bytes), not the link through which it may have been opened.
+    /// Whoever moves it tells the project's new path afterwards.
+    void NoteFileMove(std::string realPath) { mMovedTo = std::move(realPath); }
     bool IsDirty() const override { return mIsDirty; }
     void SetProjectLockFile(const host::ProjectLockFileRef& lockFile) override;
     bool IsReadOnly() const override;
@@ -77,11 +85,13 @@ public:
     void SetOutOfDate(bool isOutOfDate);
 
 private:
+    void GoOnAsRealFile(const std::string& realPath);
     void AnnounceState();
     void AnnounceContent();
 
     host::UTF16String mPath;
     ProjectFilePlace mFile;
+    std::string mMovedTo;
     ProjectContentPtr mContent;
     host::ProjectLockFileRef mLock;
     host::ProjectLockFileRef mTargetLock;

@@ -16,6 +16,7 @@
 #include "desk/files/FileSystem.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/LookAgain.h"
+#include "desk/project/LockKeeper.h"
 #include "desk/project/LockWatch.h"
 #include "desk/project/OutOfDateWatch.h"
 #include "desk/project/ProjectDocumentsImpl.h"
@@ -34,22 +35,50 @@ constexpr int kMostNames = 100;
 
 ProjectDocuments* sInstance = nullptr;
 
+/// Where what stood at `path` in a folder that has moved stands now.
+std::string FollowPath(const std::string& path, const MovedItem& item) {
+    return item.mTo + path.substr(item.mFrom.size());
+}
+
+/// The folder in which the file really is has moved, and the link through which it was opened leads nowhere.
+void GoOnWithoutLink(const ProjectDocumentRef& document) {
+    const host::UTF16String path = document->GetProjectPath();
+    const host::UTF16String realPath = document->GetRealPath();
+    // A link's own lock has not moved.
+    if (!document->GetFile().mIsLink)
+        LockKeeper::Instance().FollowMove(GetLockPath(path), GetLockPath(realPath));
+    document->SetProjectPath(realPath);
+}
+
 /// What is open for writing in a folder that has moved goes on at its new place, whatever a look at that place
 /// says; its lock has followed already. Whoever moves a single project tells it, along with its new lock.
-void FollowFolder(const MovedItem& item) {
-    if (!item.mIsFolder) return;
-    for (const OpenProjectRef& project : OpenProjectList::Instance().Get()) {
+void FollowFolder(const MovedItem& item, const ProjectDocumentRef& document) {
+    const std::string path = host::UTF16to8(document->GetProjectPath());
+    const std::string realPath = document->GetFile().mRealPath;
+    const bool isMoved = path.starts_with(item.mFrom + '/');
+    const bool isFileMoved = path != realPath && realPath.starts_with(item.mFrom + '/');
+    if (isFileMoved) document->SetRealPath(FollowPath(realPath, item));
+    if (isMoved)
+        document->SetProjectPath(host::UTF8to16(FollowPath(path, item)));
+    else if (isFileMoved)
+        GoOnWithoutLink(document);
+}
+
+void FollowMove(const MovedItem& item) {
+    const auto open = OpenProjectList::Instance().Get();
+    for (const OpenProjectRef& project : open) {
         const ProjectDocumentRef document = ToDocument(project);
-        if (!document || document->IsReadOnly()) continue;
-        const std::string path = host::UTF16to8(document->GetProjectPath());
-        if (path.starts_with(item.mFrom + '/'))
-            document->SetProjectPath(host::UTF8to16(item.mTo + path.substr(item.mFrom.size())));
+        if (!document) continue;
+        if (!item.mIsFolder && document->GetFile().mRealPath == item.mFrom)
+            document->NoteFileMove(item.mTo);
+        else if (item.mIsFolder && !document->IsReadOnly())
+            FollowFolder(item, document);
     }
 }
 
-void FollowFolders() {
+void FollowMoves() {
     static bool sIsFollowing = false;
-    if (!std::exchange(sIsFollowing, true)) AddMoveObserver(FollowFolder);
+    if (!std::exchange(sIsFollowing, true)) AddMoveObserver(FollowMove);
 }
 
 }  // namespace
@@ -60,7 +89,7 @@ ProjectDocuments::ProjectDocuments()
           return NoteLoss(document, loss);
       })) {
     sInstance = this;
-    FollowFolders();
+    FollowMoves();
 }
 
 ProjectDocuments::~ProjectDocuments() {

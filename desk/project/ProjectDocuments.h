@@ -90,6 +90,7 @@ private:
     /// With `quiet` (may be null) nothing is asked or told: it takes what there would be to tell.
     bool OpenUnlessOpen(const host::UTF16String& path, QuietOpening* quiet);
     bool Open(const host::UTF16String& path, QuietOpening* quiet);
+    void BringToFront(const host::ProjectRef& project, const host::UTF16String& path);
     /// Absent when the user does not want to open the project itself (a copy may be open then: `isCopyOpen`).
     /// Without locks: read-only.
     std::optional<ProjectLocking> LockOrAsk(const host::UTF16String& path, const ProjectFilePlace& file,

@@ -39,7 +39,8 @@ bool ProjectDocuments::CloseProjectsIn(const host::UTF16String& folder) {
     return CloseAll([&] {
         std::vector<ProjectDocumentRef> documents = GetDocuments();
         std::erase_if(documents, [&](const ProjectDocumentRef& document) {
-            return !IsSameOrBelow(document->GetProjectPath(), normalized);
+            return !IsSameOrBelow(document->GetProjectPath(), normalized) &&
+                   !IsSameOrBelow(document->GetRealPath(), normalized);
         });
         return documents;
     });

@@ -70,7 +70,7 @@ ProjectDocuments::QuietOpening ProjectDocuments::OpenWithoutQuestions(const UTF1
 bool ProjectDocuments::OpenUnlessOpen(const UTF16String& path, QuietOpening* quiet) {
     host::ProjectRef open;
     if (host::IsProjectOpen(path, open)) {
-        SetActiveProject(open);
+        BringToFront(open, path);
         return true;
     }
     if (!host::IsVantorProjectFile(path)) {
@@ -83,17 +83,21 @@ bool ProjectDocuments::OpenUnlessOpen(const UTF16String& path, QuietOpening* qui
     return isOpen;
 }
 
+/// It may be open under another name.
+void ProjectDocuments::BringToFront(const host::ProjectRef& project, const UTF16String& path) {
+    SetActiveProject(project);
+    const UTF16String name = ProjectQuestions::NameOf(path);
+    const UTF16String openName = ProjectQuestions::NameOf(project->GetProjectPath());
+    if (name != openName)
+        TellUser(host::ZString("$$$/Desk/Project/SameFile=“@0” and “@1” are one file, which is open already.",
+                               {name, openName}));
+}
+
 bool ProjectDocuments::Open(const UTF16String& path, QuietOpening* quiet) {
     const auto file = AskToOpen(path, host::UTF16to8(path), quiet, FindProjectFile);
     if (!file) return false;
-    for (const ProjectDocumentRef& document : GetDocuments()) {
-        if (document->GetFile().mPath != file->mPath) continue;
-        SetActiveProject(document);
-        TellUser(host::ZString(
-            "$$$/Desk/Project/SameFile=“@0” and “@1” are one file, which is open already.",
-            {ProjectQuestions::NameOf(path), ProjectQuestions::NameOf(document->GetProjectPath())}));
-        return true;
-    }
+    for (const ProjectDocumentRef& document : GetDocuments())
+        if (document->GetFile().mRealPath == file->mRealPath) return BringToFront(document, path), true;
     bool isCopyOpen = false;
     const std::optional<ProjectLocking> locking = LockOrAsk(path, *file, quiet, isCopyOpen);
     if (!locking) return isCopyOpen;

@@ -64,8 +64,9 @@ bool DoBytesStand(FileSystem& fileSystem, const std::string& path, const std::st
 }  // namespace
 
 ProjectFilePlace FindProjectFile(FileSystem& fileSystem, const std::string& path) {
-    ProjectFilePlace place{path, false};
-    if (fileSystem.Status(path, false).mKind == ItemKind::Link) place = {fileSystem.ResolveLinks(path), true};
+    const bool isLink = fileSystem.Status(path, false).mKind == ItemKind::Link;
+    const std::string realPath = fileSystem.ResolveLinks(path);
+    const ProjectFilePlace place{isLink ? realPath : path, isLink, realPath};
     ReadStatusOfFile(fileSystem, place.mPath);
     return place;
 }

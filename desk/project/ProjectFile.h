@@ -43,6 +43,8 @@ struct ProjectFilePlace {
     std::string mPath;
     /// The project's path is a symbolic link to it.
     bool mIsLink = false;
+    /// Without any symbolic link: another path than `mPath` where a folder on the way is one.
+    std::string mRealPath;
 };
 
 /// Follows the project's path (bytes) to a regular file. Throws `host::FileException` when nothing stands there

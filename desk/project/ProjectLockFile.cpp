@@ -16,6 +16,7 @@
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
+#include "host/project/OpenProjects.h"
 
 namespace host {
 
@@ -59,6 +60,15 @@ std::string LockPathOf(const UTF16String& projectPath) {
     return desk::GetLockPath(PathUtils::ToNormalizedPath(projectPath));
 }
 
+/// A project that was opened through a link is held under that name.
+desk::HeldLockPtr FindHeldLock(const UTF16String& projectPath) {
+    const desk::LockKeeper& keeper = desk::LockKeeper::Instance();
+    if (!keeper.HoldsAny()) return {};
+    if (auto held = keeper.Find(LockPathOf(projectPath))) return held;
+    ProjectRef project;
+    return IsProjectOpen(projectPath, project) ? keeper.Find(LockPathOf(project->GetProjectPath())) : nullptr;
+}
+
 void LogRefusal(const UTF16String& projectPath, const desk::ProjectLocking& locking) {
     const desk::LockRecord& holder = locking.mHolder;
     if (locking.mObstacle == desk::ProjectLocking::Obstacle::Refused)
@@ -98,9 +108,8 @@ ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF
                                        const UTF16String& machineName) {
     // What this process holds it knows best.
     const desk::LockKeeper& keeper = desk::LockKeeper::Instance();
-    if (keeper.HoldsAny())
-        if (const auto held = keeper.Find(LockPathOf(projectPath)); held && !held->IsLost())
-            return new ReadLockFile(held->GetRecord(), userName, machineName);
+    if (const auto held = FindHeldLock(projectPath); held && !held->IsLost())
+        return new ReadLockFile(held->GetRecord(), userName, machineName);
     const desk::KnownItem known = desk::FindKnownItemAndRequest(projectPath);
     if (known.mIsAbsent || known.mIsAwaited) return {};
     if (known.mFacts) {

@@ -32,7 +32,9 @@ using ProjectRef = RefPtr<IProject>;
 ZUHOST_API std::vector<ProjectRef> GetOpenProjectList();
 ZUHOST_API int OpenProjectCount();
 
-/// True when the project at `path` (compared normalised) is open. UI thread.
+/// True when the project at `path` (compared normalised) is open, under this name or as the file that it really
+/// is
+/// (`Utilities::GetRealProjectPath`). Never waits for the volume. UI thread.
 ZUHOST_API bool IsProjectOpen(const UTF16String& path);
 /// The same; `project` becomes the open project, or empty. UI thread.
 ZUHOST_API bool IsProjectOpen(const UTF16String& path, ProjectRef& project);
@@ -41,6 +43,10 @@ namespace Utilities {
 /// True when the project's file on disk is newer than what was read from it. From what the host last
 /// heard of the file; never waits for the volume. UI thread.
 ZUHOST_API bool IsProjectOutOfDate(const ProjectRef& project);
+/// The path of the project's file without any symbolic link, normalised: another name than the project's path
+/// when it was opened through a link. As it was found when the project was opened, and as it has moved since;
+/// never waits for the volume. UI thread.
+ZUHOST_API UTF16String GetRealProjectPath(const ProjectRef& project);
 }  // namespace Utilities
 
 /// The station on which the three messages below are announced.

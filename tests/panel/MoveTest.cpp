@@ -30,14 +30,24 @@ TEST_F(MoveTest, AFreeProjectIsLockedAtBothPlacesOnlyWhileItMoves) {
 
 TEST_F(MoveTest, AnOpenProjectGoesOnWithTheLockAtItsNewPlace) {
     OpenProduction();
-    const auto open = OpenDocument("A");
-    ASSERT_TRUE(Move("A.zuproj", "To/B.zuproj"));
-    EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/.B.zuproj.lock", "To/B.zuproj"}));
-    EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/B"));
-    EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
-    Edit("To/B", u"changed there");
-    EXPECT_TRUE(mDocuments.SaveProject(open));
-    EXPECT_EQ(Bytes("To/B"), "changed there");
+    std::filesystem::create_symlink(OnDisk("A.zuproj"), mFolder.Path("link.zuproj"));
+    std::filesystem::create_directory_symlink(mFolder.Path(mProduction), mFolder.Path("link"));
+    for (const std::string& name :
+         {OnDisk("A.zuproj"), std::string("link.zuproj"), std::string("link/A.zuproj")}) {
+        SCOPED_TRACE(name);
+        mDocuments.OpenProject(mFolder.PathUTF16(name));
+        const auto open = FindDocument("A");
+        ASSERT_TRUE(open && Move("A.zuproj", "To/B.zuproj"));
+        EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/.B.zuproj.lock", "To/B.zuproj"}));
+        EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/B"));
+        EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());
+        Edit("To/B", u"changed there");
+        EXPECT_TRUE(mDocuments.SaveProject(open));
+        EXPECT_EQ(Bytes("To/B"), "changed there");
+        EXPECT_TRUE(mDocuments.CloseProject(open, true) && Move("To/B.zuproj", "A.zuproj"));
+        EXPECT_EQ(OnDiskNow(), (DiskTree{"A.zuproj", "To/"}));
+        EXPECT_FALSE(mFolder.Exists(".link.zuproj.lock"));
+    }
 }
 
 TEST_F(MoveTest, ADestinationThatSomebodyHasLockedStopsBothKinds) {

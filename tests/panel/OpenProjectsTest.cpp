@@ -91,9 +91,14 @@ TEST_F(OpenProjectsTest, AddedProjectsAreCopiesOnceTheUserAgrees) {
 
 TEST_F(OpenProjectsTest, RowsAndButtonsFollowOpenProjects) {
     OpenProduction();
-    OpenDocument("A");
-    Settle();
-    EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, open, locked by ines");
+    std::filesystem::create_directory_symlink(mFolder.Path(mProduction), mFolder.Path("link"));
+    for (const std::string& name : {std::string("link/A.zuproj"), OnDisk("A.zuproj")}) {
+        mDocuments.CloseAllProjects();
+        EXPECT_EQ(Says("A", Columns::kNameColumnID), "A");
+        EXPECT_TRUE(mDocuments.OpenProject(mFolder.PathUTF16(name)));
+        Settle();
+        EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, open, locked by ines") << name;
+    }
     Edit("A", u"changed");
     EXPECT_EQ(Says("A", Columns::kNameColumnID), "A, open, unsaved changes, locked by ines");
     Send(kSaveAll);

@@ -1,3 +1,4 @@
+#include "host/files/File.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace {
@@ -145,6 +146,25 @@ TEST_F(OpenProjectTest, ALinkHoldsBothLocksAndIsSavedThrough) {
     std::filesystem::create_symlink("data.bin", mFolder.Path("data.zuproj"));
     mDialogs.ExpectQuestion("Project Cannot Be Locked", u"Open Read-Only");
     EXPECT_TRUE(OpenAndFind("data.zuproj")->IsReadOnly());
+}
+
+TEST_F(OpenProjectTest, AProjectThatWasOpenedThroughALinkIsKnownAsTheFileThatItIs) {
+    std::filesystem::create_symlink("Day 1/Reel 1.zuproj", mFolder.Path("link.zuproj"));
+    std::filesystem::create_directory_symlink("Day 1", mFolder.Path("today"));
+    for (const char* name : {"link.zuproj", "today/Reel 1.zuproj"}) {
+        SCOPED_TRACE(name);
+        const desk::ProjectDocumentRef document = OpenAndFind(name);
+        EXPECT_TRUE(Find() == document && Open() && Open("today/Reel 1.zuproj"));
+        EXPECT_EQ(host::OpenProjectCount(), 1);
+        EXPECT_EQ(host::File::Move(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("Day 2")), 0);
+        EXPECT_TRUE(Find("Day 2/Reel 1.zuproj") == document && !Find());
+        Edit(document, u"x");
+        EXPECT_TRUE(Manager().SaveProject(document));
+        EXPECT_EQ(mFolder.Read("Day 2/Reel 1.zuproj"), "x");
+        EXPECT_TRUE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day 2")) && !Find("Day 2/Reel 1.zuproj"));
+        EXPECT_EQ(CountHidden(), 0);
+        mFolder.Rename("Day 2", "Day 1");
+    }
 }
 
 TEST_F(OpenProjectTest, NewProjectsGetFreeNamesAndTakeNobodys) {
