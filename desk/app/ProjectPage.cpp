@@ -75,6 +75,7 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
       mReadOnly(new ProjectNotice(this)),
       mOutOfDate(new ProjectNotice(this)),
       mLockLost(new ProjectNotice(this)),
+      mTrouble(new ProjectNotice(this)),
       mContent(new QStackedWidget),
       mEditor(MakeEditor()),
       mKind(MakeFact(1.3, false)),
@@ -84,7 +85,7 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    for (QWidget* part : std::initializer_list<QWidget*>{mLockLost, mReadOnly, mOutOfDate})
+    for (QWidget* part : std::initializer_list<QWidget*>{mLockLost, mTrouble, mReadOnly, mOutOfDate})
         layout->addWidget(part);
     layout->addWidget(mContent, 1);
     mContent->addWidget(mEditor);
@@ -122,10 +123,9 @@ QWidget* ProjectPage::MakeFacts() {
 }
 
 void ProjectPage::MakeNotices() {
-    mLockLost->SetText(Localized(
-        "$$$/Desk/Projects/LockLostText=The lock was broken by somebody else, or its file was removed. "
-        "This project cannot be saved any more, only a copy of it."));
+    mLockLost->AddButton("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write", kCommandToggleReadOnly);
     mLockLost->AddButton("$$$/Desk/Commands/SaveAsCopy=Save as Copy…", kCommandSaveProjectAsCopy);
+    mTrouble->AddButton("$$$/Desk/Commands/SaveAsCopy=Save as Copy…", kCommandSaveProjectAsCopy);
     mReadOnly->AddButton("$$$/Desk/Projects/SwitchToReadWrite=Switch to Read-Write", kCommandToggleReadOnly);
     mReadOnly->AddButton("$$$/Desk/Commands/BreakLock=Break Lock…", kCommandBreakLock);
     mOutOfDate->SetText(Localized("$$$/Desk/Projects/OutOfDateText=The file has changed on disk."));
@@ -152,11 +152,18 @@ void ProjectPage::UpdateState() {
     if (!mDocument->IsDirty() && mEditor->document()->isModified()) mEditor->document()->setModified(false);
     LetEdit(*mEditor, !isReadOnly);
     mEditor->setAccessibleName(ProjectName(*mDocument));
-    mLockLost->setVisible(isLost);
+    const host::UTF16String& trouble = mDocument->GetTrouble();
+    mTrouble->SetText(ToDisplayText(host::ZString(
+        "$$$/Desk/Projects/TroubleText=This project cannot be saved now. @0\nIt keeps its lock, and can "
+        "be saved again once that is over.",
+        {trouble})));
+    mTrouble->setVisible(!trouble.empty() && !isReadOnly);
     mOutOfDate->setVisible(mDocument->IsOutOfDate());
-    if (isReadOnly && !isLost && mReadOnly->isHidden()) ShowHolder({});
+    if (isReadOnly && mReadOnly->isHidden() && mLockLost->isHidden()) mIsHeld = mIsFree = false;
+    mLockLost->setVisible(isLost);
     mReadOnly->setVisible(isReadOnly && !isLost);
-    if (isReadOnly && !isLost) UpdateHolder();
+    ShowHolder();
+    if (isReadOnly) UpdateHolder();
 }
 
 void ProjectPage::UpdateHolder() {
@@ -174,19 +181,47 @@ void ProjectPage::UpdateHolder() {
 
 void ProjectPage::HolderFound(const std::vector<StandingLock>& locks) {
     mWatch->mIsLooking = false;
-    ShowHolder(locks);
+    NoteHolder(locks);
+    ShowHolder();
     if (std::exchange(mWatch->mLooksAgain, false)) UpdateHolder();
 }
 
-void ProjectPage::ShowHolder(const std::vector<StandingLock>& locks) {
-    const auto lock = std::ranges::find_if_not(locks, IsOurs);
-    mIsHeld = lock != locks.end() && !IsLockStale(lock->mRecord, *GetServices().mDesktop);
-    mReadOnly->SetText(
-        mIsHeld ? ToDisplayText(host::ZString("$$$/Desk/Projects/ReadOnlyHeld=Read-only. Locked by @0.",
-                                              {DescribeHolder(lock->mRecord)}))
-                : Localized("$$$/Desk/Projects/ReadOnlyText=Read-only."));
+void ProjectPage::NoteHolder(const std::vector<StandingLock>& locks) {
+    const auto isUnknown = [](const StandingLock& lock) { return lock.mSeen.mSystemError != 0; };
+    const auto holder = std::ranges::find_if(
+        locks, [&](const StandingLock& lock) { return !isUnknown(lock) && !IsOurs(lock); });
+    mIsHeld = holder != locks.end() && !IsLockStale(holder->mRecord, *GetServices().mDesktop);
+    mIsFree = !mIsHeld && std::ranges::none_of(locks, isUnknown);
+    if (mIsHeld) mHolder = DescribeHolder(holder->mRecord);
+}
+
+void ProjectPage::ShowHolder() {
+    mReadOnly->SetText(mIsHeld ? ToDisplayText(host::ZString(
+                                     "$$$/Desk/Projects/ReadOnlyHeld=Read-only. Locked by @0.", {mHolder}))
+                               : Localized("$$$/Desk/Projects/ReadOnlyText=Read-only."));
     mReadOnly->ShowButton(kCommandToggleReadOnly, !mIsHeld);
     mReadOnly->ShowButton(kCommandBreakLock, mIsHeld);
+    mLockLost->SetText(DescribeLoss());
+    mLockLost->ShowButton(kCommandToggleReadOnly, mIsFree && !mDocument->IsOutOfDate());
+}
+
+QString ProjectPage::DescribeLoss() const {
+    if (mIsHeld)
+        return ToDisplayText(host::ZString(
+            "$$$/Desk/Projects/LockTaken=Your lock was taken over: the project is locked by @0. Your "
+            "changes can only be saved as a copy.",
+            {mHolder}));
+    if (!mIsFree)
+        return Localized(
+            "$$$/Desk/Projects/LockLostText=Your lock was taken over or removed. Your changes can only be saved as a "
+            "copy.");
+    return mDocument->IsOutOfDate()
+               ? Localized(
+                     "$$$/Desk/Projects/LockGoneAndChanged=Your lock was removed, and the file has been changed since. "
+                     "Nobody holds the project now. Your changes can only be saved as a copy.")
+               : Localized(
+                     "$$$/Desk/Projects/LockGone=Your lock was removed, and nobody holds the project now. Its file is "
+                     "as you know it: you can go on in read-write mode.");
 }
 
 }  // namespace desk

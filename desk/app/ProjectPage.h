@@ -32,8 +32,8 @@ public:
     void UpdateContent();
     /// Dirty, read-only or out of date may have changed.
     void UpdateState();
-    /// Looks who holds the lock of a project that is open read-only, on a worker; while it is still looking,
-    /// once more afterwards.
+    /// Looks who holds the lock of a project that is open read-only, or whose lock was lost, on a worker; while
+    /// it is still looking, once more afterwards.
     void UpdateHolder();
     /// True when the last look has found that somebody else holds the project, which is open read-only.
     bool IsHeldBySomebodyElse() const { return mDocument->IsReadOnly() && mIsHeld; }
@@ -44,18 +44,25 @@ private:
     QWidget* MakeFacts();
     void MakeNotices();
     void HolderFound(const std::vector<StandingLock>& locks);
-    void ShowHolder(const std::vector<StandingLock>& locks);
+    void NoteHolder(const std::vector<StandingLock>& locks);
+    void ShowHolder();
+    QString DescribeLoss() const;
 
     ProjectDocumentRef mDocument;
     ProjectNotice* mReadOnly;
     ProjectNotice* mOutOfDate;
     ProjectNotice* mLockLost;
+    ProjectNotice* mTrouble;
     QStackedWidget* mContent;
     QPlainTextEdit* mEditor;
     QLabel* mKind;
     QLabel* mFile;
     bool mIsTakingText = false;
+    /// What the last look has found: somebody else holds the project, as `mHolder` says, or nobody does, or,
+    /// with neither, nobody can tell.
     bool mIsHeld = false;
+    bool mIsFree = false;
+    host::UTF16String mHolder;
     /// Gone when the page is: what a worker brings then is dropped.
     std::shared_ptr<Watch> mWatch;
 };

@@ -18,6 +18,8 @@ QStringList States(const ProjectDocument& document) {
         states << Localized("$$$/Desk/Projects/LockLost=lock lost");
     else if (document.IsReadOnly())
         states << Localized("$$$/Desk/Projects/ReadOnly=read-only");
+    else if (!document.GetTrouble().empty())
+        states << Localized("$$$/Desk/Projects/NotSavableNow=cannot be saved now");
     if (document.IsOutOfDate()) states << Localized("$$$/Desk/Projects/OutOfDate=out of date");
     return states;
 }

@@ -174,18 +174,6 @@ LockBreaking BreakGuard(const UTF16String& path, const StandingLock& lock, const
     return isThere ? BreakWhileWindowLives(path, standing, wait) : LockBreaking{Outcome::Broken, {}, 0};
 }
 
-/// Those of which the volume does not tell too.
-std::vector<StandingLock> LookAtLocks(const UTF16String& path, const std::string& filePath) {
-    LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
-    std::vector<StandingLock> locks;
-    for (const std::string& lockPath : {GetLockPath(path), GetLockPath(host::UTF8to16(filePath))}) {
-        if (!locks.empty() && locks.front().mPath == lockPath) continue;
-        const auto seen = protocol.Look(lockPath);
-        if (seen) locks.push_back({lockPath, *seen, ParseLockRecord(seen->mBytes.value_or(""))});
-    }
-    return locks;
-}
-
 bool IsUnknown(const StandingLock& lock) {
     return lock.mSeen.mSystemError != 0;
 }
@@ -193,7 +181,7 @@ bool IsUnknown(const StandingLock& lock) {
 /// The first lock that is not this process's; that there is none, or that nobody can tell, is told.
 std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::string& filePath) {
     std::vector<StandingLock> locks;
-    RunLongWork(Title(), [&](WorkProgress&) { locks = LookAtLocks(path, filePath); });
+    RunLongWork(Title(), [&](WorkProgress&) { locks = FindStandingLocks(path, filePath); });
     if (const auto unknown = std::ranges::find_if(locks, IsUnknown); unknown != locks.end()) {
         Tell(DescribeOutcome(path, {Outcome::Failed, {}, unknown->mSeen.mSystemError}), MessageKind::Failure);
         return {};
@@ -228,8 +216,13 @@ void NoteBroken(const UTF16String& path, const StandingLock& lock) {
 }  // namespace
 
 std::vector<StandingLock> FindStandingLocks(const UTF16String& path, const std::string& filePath) {
-    std::vector<StandingLock> locks = LookAtLocks(path, filePath);
-    std::erase_if(locks, IsUnknown);
+    LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
+    std::vector<StandingLock> locks;
+    for (const std::string& lockPath : {GetLockPath(path), GetLockPath(host::UTF8to16(filePath))}) {
+        if (!locks.empty() && locks.front().mPath == lockPath) continue;
+        const auto seen = protocol.Look(lockPath);
+        if (seen) locks.push_back({lockPath, *seen, ParseLockRecord(seen->mBytes.value_or(""))});
+    }
     return locks;
 }
 

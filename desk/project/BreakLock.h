@@ -19,8 +19,8 @@ struct StandingLock {
 };
 
 /// The lock files that keep the project at `path` (normalised) from being written: its own and, for a symbolic
-/// link, that of the file that it leads to (`filePath`, bytes). Those of which the volume does not tell are
-/// left out. Waits for the volume: for a worker.
+/// link, that of the file that it leads to (`filePath`, bytes). Of one of which the volume does not tell,
+/// `mSeen.mSystemError` says why. Waits for the volume: for a worker.
 ZUHOST_API std::vector<StandingLock> FindStandingLocks(const host::UTF16String& path,
                                                        const std::string& filePath);
 

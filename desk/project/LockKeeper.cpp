@@ -42,7 +42,7 @@ host::UTF16String NameOfProject(const std::string& lockPath) {
 }
 
 /// Throws with ECANCELED when the user does not want to wait.
-LockStanding CheckOnDisk(const std::string& lockPath, const std::string& nonce) {
+LockReport CheckOnDisk(const std::string& lockPath, const std::string& nonce) {
     return AskVolume(host::ZString("$$$/Desk/Project/Checking=Checking Project"), "read lock of",
                      NameOfProject(lockPath),
                      [lockPath, nonce] { return MakeProtocol().Check(lockPath, nonce); });
@@ -65,11 +65,11 @@ HeldLock::~HeldLock() {
     LockKeeper::Instance().GiveUp(*this);
 }
 
-LockStanding HeldLock::Check() {
-    if (mIsLost) return LockStanding::Lost;
-    const LockStanding standing = CheckOnDisk(mPath, mRecord.mNonce);
-    if (standing == LockStanding::Lost) NoteLoss();
-    return standing;
+LockReport HeldLock::Check() {
+    if (mIsLost) return {LockStanding::Lost, {}, LockReport::Trouble::None, 0};
+    const LockReport report = CheckOnDisk(mPath, mRecord.mNonce);
+    if (report.mStanding == LockStanding::Lost) NoteLoss();
+    return report;
 }
 
 void HeldLock::NoteLoss() {
@@ -93,7 +93,7 @@ LockKeeper::Taking LockKeeper::Take(const std::string& lockPath, const host::UTF
 }
 
 LockKeeper::Taking LockKeeper::TakeOrThrow(const std::string& lockPath, const LockRecord& mine) {
-    if (HeldLockPtr held = Find(lockPath); held && held->Check() != LockStanding::Lost) {
+    if (HeldLockPtr held = Find(lockPath); held && held->Check().mStanding != LockStanding::Lost) {
         const bool isTheirs =
             held->GetRecord().mUser == mine.mUser && held->GetRecord().mMachine == mine.mMachine;
         const auto outcome = isTheirs ? LockTaking::Outcome::Ours : LockTaking::Outcome::Held;
@@ -136,8 +136,9 @@ HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& 
     if (!AreOfOneProcess(found, wanted) || found.mUser != wanted.mUser || found.mMachine != wanted.mMachine)
         return {};
     if (const HeldLockPtr held = FindByNonce(found.mNonce)) {
-        // A copy, if the lock still stands where it was taken.
-        if (CheckOnDisk(held->mPath, found.mNonce) != LockStanding::Lost) return {};
+        // A copy, if the lock still stands, or may stand, where it was taken.
+        const LockReport before = CheckOnDisk(held->mPath, found.mNonce);
+        if (before.mStanding != LockStanding::Lost && !before.IsAway()) return {};
         Forget(*held);
         held->mPath = lockPath;
         mLocks[lockPath] = held;
@@ -152,7 +153,7 @@ HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& 
                           task->mIsTakenBack = true;
                       });
     if (!TakeBackStrayLock(found.mNonce)) return {};
-    if (CheckOnDisk(lockPath, found.mNonce) != LockStanding::Ours) return {};
+    if (CheckOnDisk(lockPath, found.mNonce).mStanding != LockStanding::Ours) return {};
     return Keep(lockPath, found);
 }
 

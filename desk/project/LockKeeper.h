@@ -24,10 +24,10 @@ public:
     const LockRecord& GetRecord() const { return mRecord; }
     /// The lock file's path, in bytes.
     const std::string& GetPath() const { return mPath; }
-    /// Reads the lock again, on a worker (`AskVolume`); `Unknown` when the volume fails to tell. A lost lock
-    /// stays lost. To be asked before each save and each move of the project. Throws `host::FileException` with
-    /// ECANCELED when the user does not want to wait for the volume.
-    LockStanding Check();
+    /// Reads the lock again, on a worker (`AskVolume`, `LockProtocol::Check`). A lost lock stays lost; of one
+    /// whose standing is unknown nothing changes. To be asked before each save and each move of the project.
+    /// Throws `host::FileException` with ECANCELED when the user does not want to wait for the volume.
+    LockReport Check();
     /// What the last `Check`, or `LockKeeper::NoteLoss`, found.
     bool IsLost() const { return mIsLost; }
 

@@ -61,6 +61,10 @@ bool IsAnswer(int error) {
            error == EPERM;
 }
 
+bool HasName(const std::vector<FolderEntry>& entries, const std::string& name) {
+    return std::ranges::find(entries, name, &FolderEntry::mName) != entries.end();
+}
+
 /// What has no bytes that could be read is told by its time.
 bool IsSame(const LockSnapshot& found, const LockSnapshot& seen) {
     return found.mSystemError == 0 && found.mBytes == seen.mBytes &&
@@ -78,6 +82,8 @@ struct LockProtocol::Content {
     LockRecord mRecord;
     /// Why it cannot be read: the volume does not answer. 0 otherwise.
     int mSystemError = 0;
+    /// The same, and for what the volume refuses to give.
+    int mRefusal = 0;
 
     bool Bears(const std::string& nonce) const { return mRecord.mIsReadable && mRecord.mNonce == nonce; }
     bool IsForeign(const std::string& nonce) const { return mRecord.mIsReadable && mRecord.mNonce != nonce; }
@@ -178,6 +184,7 @@ LockProtocol::Content LockProtocol::Read(const std::string& path) {
         } else if (error == ENOENT || error == ENOTDIR) {
             content.mIsThere = false;
         }
+        content.mRefusal = error == EFBIG || error == ELOOP || error == EINVAL || error == EISDIR ? 0 : error;
         if (error == 0 || !content.mIsThere || IsAnswer(error)) {
             content.mSystemError = 0;
             return content;
@@ -294,7 +301,7 @@ LockBreaking LockProtocol::Break(const std::string& lockPath, const LockSnapshot
     const std::optional<LockSnapshot> found = Look(lockPath);
     if (found && found->mSystemError != 0) breaking = {LockBreaking::Outcome::Failed, {}, found->mSystemError};
     // A guard that was itself broken meanwhile gives no right.
-    if (found && IsSame(*found, seen) && Check(guardPath, guard.mNonce) == LockStanding::Ours) {
+    if (found && IsSame(*found, seen) && Check(guardPath, guard.mNonce).mStanding == LockStanding::Ours) {
         const int error = ErrorOf([&] { mFileSystem.RemoveFile(lockPath); });
         const bool isGone = error == 0 || error == ENOENT || !Look(lockPath);
         breaking.mOutcome = isGone ? LockBreaking::Outcome::Broken : LockBreaking::Outcome::Failed;
@@ -304,16 +311,41 @@ LockBreaking LockProtocol::Break(const std::string& lockPath, const LockSnapshot
     return breaking;
 }
 
-LockStanding LockProtocol::Check(const std::string& lockPath, const std::string& nonce) {
-    for (int look = 1;; ++look) {
-        const Content found = Read(lockPath);
-        if (found.Bears(nonce)) return LockStanding::Ours;
-        if (look < kLooks) {
-            std::this_thread::sleep_for(kBetweenLooks);
-            continue;
-        }
-        return found.mSystemError != 0 ? LockStanding::Unknown : LockStanding::Lost;
+LockReport LockProtocol::Check(const std::string& lockPath, const std::string& nonce) {
+    LockReport report = LookAtOwn(lockPath, nonce);
+    for (int look = 1; look < kLooks && report.mStanding != LockStanding::Ours; ++look) {
+        std::this_thread::sleep_for(kBetweenLooks);
+        report = LookAtOwn(lockPath, nonce);
     }
+    if (report.mStanding != LockStanding::Lost) return report;
+    mFileSystem.WaitForCaches(FolderOf(lockPath));
+    return LookAtOwn(lockPath, nonce);
+}
+
+LockReport LockProtocol::LookAtOwn(const std::string& lockPath, const std::string& nonce) {
+    using Trouble = LockReport::Trouble;
+    const Content found = Read(lockPath);
+    if (found.Bears(nonce)) return {LockStanding::Ours, found.mRecord, Trouble::None, 0};
+    if (found.IsForeign(nonce)) return {LockStanding::Lost, found.mRecord, Trouble::None, 0};
+    if (!found.mIsThere) return FindOutAboutAbsence(lockPath);
+    return {LockStanding::Unknown,
+            {},
+            found.mRefusal != 0 ? Trouble::Refused : Trouble::Unreadable,
+            found.mRefusal};
+}
+
+/// Names are kept by the system, and their absence too: only the listing tells.
+LockReport LockProtocol::FindOutAboutAbsence(const std::string& lockPath) {
+    using Trouble = LockReport::Trouble;
+    std::vector<FolderEntry> entries;
+    const int error = ErrorOf([&] { entries = mFileSystem.ListFolder(FolderOf(lockPath)); });
+    if (error == ENOENT || error == ENOTDIR) return {LockStanding::Unknown, {}, Trouble::FolderAway, error};
+    if (error != 0) return {LockStanding::Unknown, {}, Trouble::Refused, error};
+    const std::string name = NameOf(lockPath);
+    if (HasName(entries, name)) return {LockStanding::Unknown, {}, Trouble::Refused, EAGAIN};
+    const bool hasProject = HasName(entries, host::UTF16to8(GetProjectNameOfLockFile(host::UTF8to16(name))));
+    return hasProject ? LockReport{LockStanding::Lost, {}, Trouble::None, 0}
+                      : LockReport{LockStanding::Unknown, {}, Trouble::ProjectAway, ENOENT};
 }
 
 std::vector<LockRemains> LockProtocol::TakeRemains() {

@@ -50,10 +50,35 @@ enum class LockRelease {
 
 enum class LockStanding {
     Ours,
-    /// Another lock stands in its place, or none.
+    /// Somebody else's lock stands in its place, or none beside its project: it was taken over or removed.
     Lost,
-    /// The volume does not tell.
+    /// The volume refuses to tell, or what the lock belongs to is away: it may well be there.
     Unknown,
+};
+
+/// What has become of a lock of ours.
+struct LockReport {
+    /// Why its standing is unknown.
+    enum class Trouble {
+        None,
+        /// For the reason that `mSystemError` names.
+        Refused,
+        /// Something stands there that is no record.
+        Unreadable,
+        /// Its folder is not there: it was moved or removed, or its volume is not mounted.
+        FolderAway,
+        /// Its folder holds neither it nor its project: they were moved or removed, or the folder is the empty
+        /// place of a volume.
+        ProjectAway,
+    };
+    LockStanding mStanding = LockStanding::Unknown;
+    /// Who has a lost lock now; unreadable when nobody has.
+    LockRecord mHolder;
+    Trouble mTrouble = Trouble::None;
+    /// An errno value.
+    int mSystemError = 0;
+
+    bool IsAway() const { return mTrouble == Trouble::FolderAway || mTrouble == Trouble::ProjectAway; }
 };
 
 /// What came of breaking a lock.
@@ -104,9 +129,11 @@ public:
     /// more counts as removed; it and one that is another's now count as stray (`NoteStrayLock`).
     LockRelease Release(const std::string& lockPath, const std::string& nonce);
 
-    /// Reads the lock again. A volume may show old content for a moment, so a loss is looked at three times
-    /// within 200 ms.
-    LockStanding Check(const std::string& lockPath, const std::string& nonce);
+    /// Reads the lock again: the one judgement of whether it is lost. It is only when somebody else's record
+    /// stands there, or a fresh listing of its folder has its project and not it. A volume may show old content
+    /// for a moment: a loss is looked at three times within 200 ms, and once more when what the system keeps of
+    /// the volume is forgotten (`FileSystem::WaitForCaches`).
+    LockReport Check(const std::string& lockPath, const std::string& nonce);
 
     /// Absent when nothing stands there.
     std::optional<LockSnapshot> Look(const std::string& lockPath);
@@ -134,6 +161,8 @@ private:
     struct Content;
 
     Content Read(const std::string& path);
+    LockReport LookAtOwn(const std::string& lockPath, const std::string& nonce);
+    LockReport FindOutAboutAbsence(const std::string& lockPath);
     bool IsWorthAnother(const LockTaking& taking) const;
     LockTaking TakeOnce(const std::string& lockPath, const LockRecord& mine);
     LockTaking Judge(const std::string& lockPath, const LockRecord& mine, int systemError);

@@ -5,8 +5,8 @@
 
 #include "desk/core/Services.h"
 #include "desk/project/LockKeeper.h"
-#include "desk/project/LockProtocol.h"
-#include "host/files/FileException.h"
+#include "desk/project/LockRecord.h"
+#include "desk/project/ProjectQuestions.h"
 
 namespace desk {
 
@@ -31,29 +31,15 @@ std::vector<WatchedLock> FindLocks(const ProjectDocument& document) {
     return locks;
 }
 
-bool IsLoss(const WatchedLock& lock, const ProjectLocking& found) {
-    if (found.mObstacle == ProjectLocking::Obstacle::None)
-        return FindRemains(lock.mProject) == ProjectRemains::Project;
-    return found.mHolder.mIsReadable && found.mHolder.mNonce != lock.mNonce;
-}
-
-/// Absent as well when the volume does not tell.
-std::optional<LockLoss> LookAtLock(const WatchedLock& lock) {
-    const std::string path = GetLockPath(lock.mProject);
-    try {
-        LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
-        if (protocol.Check(path, lock.mNonce) != LockStanding::Lost) return {};
-        LockLoss loss{path, lock.mNonce, FindLockHolder(lock.mProject)};
-        return IsLoss(lock, loss.mHolder) ? std::optional(std::move(loss)) : std::nullopt;
-    } catch (const host::FileException&) {
-        return {};  // The next look follows.
+LockFinding LookAtLocks(const std::vector<WatchedLock>& locks) {
+    LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
+    LockFinding finding;
+    for (const WatchedLock& lock : locks) {
+        const std::string path = GetLockPath(lock.mProject);
+        finding = {path, lock.mNonce, protocol.Check(path, lock.mNonce)};
+        if (finding.mReport.mStanding != LockStanding::Ours) break;
     }
-}
-
-std::optional<LockLoss> LookAtLocks(const std::vector<WatchedLock>& locks) {
-    for (const WatchedLock& lock : locks)
-        if (auto loss = LookAtLock(lock)) return loss;
-    return {};
+    return finding;
 }
 
 }  // namespace
@@ -63,20 +49,24 @@ LockWatch::LockWatch(Receiver receiver)
           ProjectLooks::Look look;
           if (auto locks = FindLocks(*document); !locks.empty())
               look = [this, locks = std::move(locks)] {
-                  return [this, loss = LookAtLocks(locks)](const ProjectDocumentRef& looked) {
-                      return Note(looked, loss);
+                  return [this, finding = LookAtLocks(locks)](const ProjectDocumentRef& looked) {
+                      Note(looked, finding);
+                      return false;  // The next look is soon enough.
                   };
               };
           return look;
       }) {}
 
-/// False: the next look is soon enough.
-bool LockWatch::Note(const ProjectDocumentRef& document, const std::optional<LockLoss>& loss) {
+void LockWatch::Note(const ProjectDocumentRef& document, const LockFinding& finding) {
     std::erase_if(mSuspected, [](const auto& entry) { return !FindOpenDocument(entry.first); });
-    const std::string nonce = loss ? loss->mNonce : std::string();
-    const bool isSeenAgain = std::exchange(mSuspected[document.get()], nonce) == nonce;
-    if (!loss || (isSeenAgain && mReceiver(document, *loss))) mSuspected.erase(document.get());
-    return false;
+    const LockStanding standing = finding.mReport.mStanding;
+    const Suspicion suspicion{finding.mNonce, standing};
+    const bool isSeenAgain = std::exchange(mSuspected[document.get()], suspicion) == suspicion;
+    if (standing == LockStanding::Ours) document->SetTrouble({});
+    if (!isSeenAgain) return;
+    if (standing == LockStanding::Unknown)
+        document->SetTrouble(ProjectQuestions::DescribeTrouble(document->GetProjectPath(), finding.mReport));
+    if (standing == LockStanding::Lost && mReceiver(document, finding)) mSuspected.erase(document.get());
 }
 
 }  // namespace desk

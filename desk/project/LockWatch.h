@@ -2,40 +2,41 @@
 
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
+#include <utility>
 
+#include "desk/project/LockProtocol.h"
 #include "desk/project/ProjectDocument.h"
-#include "desk/project/ProjectLocking.h"
 #include "desk/project/ProjectLooks.h"
 
 namespace desk {
 
-/// A lock of an open project that is not this process's any more.
-struct LockLoss {
+/// What a look at the locks of an open project has found: the first that is not as it should be, else the last.
+struct LockFinding {
     /// The lock file's path, in bytes, and the nonce that it bore.
     std::string mLockPath;
     std::string mNonce;
-    /// Who has the lock now; without an obstacle when nobody has.
-    ProjectLocking mHolder;
+    LockReport mReport;
 };
 
-/// Notices that the lock of a project that is open for writing was broken or removed: a worker reads it again.
-/// A loss is a readable lock of somebody else, or none although the project is in its place, and that at two
-/// looks one after the other. A volume that fails, a lock that cannot be read, and a folder or project that is
-/// away are none: they may come back. Never waits for the volume. UI thread.
+/// Notices that the lock of a project that is open for writing was taken over or removed, or that its volume
+/// does not tell: a worker reads it again (`LockProtocol::Check`). What two looks find one after the other
+/// counts. While nobody tells, the document says so (`ProjectDocument::SetTrouble`); its lock may come back,
+/// and stays. Never waits for the volume. UI thread.
 class LockWatch {
 public:
     /// Told of a loss, at each look until it answers that it has taken note.
-    using Receiver = std::function<bool(const ProjectDocumentRef&, const LockLoss&)>;
+    using Receiver = std::function<bool(const ProjectDocumentRef&, const LockFinding&)>;
     explicit LockWatch(Receiver receiver);
 
 private:
-    bool Note(const ProjectDocumentRef& document, const std::optional<LockLoss>& loss);
+    /// A lock, and what the last look has found of it.
+    using Suspicion = std::pair<std::string, LockStanding>;
+
+    void Note(const ProjectDocumentRef& document, const LockFinding& finding);
 
     const Receiver mReceiver;
-    /// By document: the nonce of the lock that the last look found lost.
-    std::map<const ProjectDocument*, std::string> mSuspected;
+    std::map<const ProjectDocument*, Suspicion> mSuspected;
     ProjectLooks mLooks;
 };
 

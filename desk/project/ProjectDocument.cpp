@@ -86,6 +86,7 @@ void ProjectDocument::SetDirty(bool isDirty) {
 void ProjectDocument::SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock) {
     mLock.swap(lock);
     mTargetLock.swap(targetLock);
+    mTrouble.clear();
     // What was held is given up before anybody looks.
     lock.reset();
     targetLock.reset();
@@ -95,6 +96,12 @@ void ProjectDocument::SetLocks(host::ProjectLockFileRef lock, host::ProjectLockF
 void ProjectDocument::KeepLostLock() {
     const bool isOwnLost = mLock && !mLock->IsHeldByReader();
     SetLocks(isOwnLost ? mLock : nullptr, isOwnLost ? nullptr : mTargetLock);
+}
+
+void ProjectDocument::SetTrouble(const host::UTF16String& trouble) {
+    if (trouble == mTrouble) return;
+    mTrouble = trouble;
+    AnnounceState();
 }
 
 void ProjectDocument::ReleaseLocks() {

@@ -69,6 +69,10 @@ public:
     void SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock);
     /// One of the locks is lost: it stays, and says so; another is of no use any more, and is given up.
     void KeepLostLock();
+    /// The volume does not tell of the project's locks, for this reason (a sentence, ready to be shown); empty
+    /// when it does. The locks stay, and the project cannot be saved meanwhile.
+    void SetTrouble(const host::UTF16String& trouble);
+    const host::UTF16String& GetTrouble() const { return mTrouble; }
     /// Gives the locks up without a word, as the project is being closed.
     void ReleaseLocks();
 
@@ -95,6 +99,7 @@ private:
     ProjectContentPtr mContent;
     host::ProjectLockFileRef mLock;
     host::ProjectLockFileRef mTargetLock;
+    host::UTF16String mTrouble;
     TextSource mTextSource;
     bool mIsDirty = false;
     bool mIsOutOfDate = false;

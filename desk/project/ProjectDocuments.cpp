@@ -85,9 +85,10 @@ void FollowMoves() {
 
 ProjectDocuments::ProjectDocuments()
     : mOutOfDateWatch(std::make_unique<OutOfDateWatch>()),
-      mLockWatch(std::make_unique<LockWatch>([this](const ProjectDocumentRef& document, const LockLoss& loss) {
-          return NoteLoss(document, loss);
-      })) {
+      mLockWatch(
+          std::make_unique<LockWatch>([this](const ProjectDocumentRef& document, const LockFinding& loss) {
+              return NoteLoss(document, loss);
+          })) {
     sInstance = this;
     FollowMoves();
 }

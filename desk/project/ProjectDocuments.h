@@ -16,7 +16,7 @@ namespace desk {
 
 class LockWatch;
 class OutOfDateWatch;
-struct LockLoss;
+struct LockFinding;
 
 /// The host's document manager: every operation of `host::DocumentManager`, with its questions by the process's
 /// `Dialogs`. Files are read and written by workers while the window lives (`RunLongWork`). The process has one
@@ -99,7 +99,8 @@ private:
 
     Saving Save(const ProjectDocumentRef& document);
     std::optional<Saving> CheckLocks(const ProjectDocumentRef& document);
-    bool NoteLoss(const ProjectDocumentRef& document, const LockLoss& loss);
+    Saving StopSaving(const ProjectDocumentRef& document, const LockReport& report);
+    bool NoteLoss(const ProjectDocumentRef& document, const LockFinding& loss);
     FileWriting Write(const ProjectDocumentRef& document, const host::UTF16String& text,
                       const std::optional<FileComparison>& approved);
     Saving SaveAsCopy(const ProjectDocumentRef& document);

@@ -30,18 +30,6 @@ bool WriteCopy(const ProjectDocument& document, const UTF16String& path) {
     return CopyFileOnDisk(document.GetFile().mPath, path);
 }
 
-/// What has become of a lost lock.
-struct Loss {
-    ProjectLocking mHolder;
-    ProjectRemains mRemains = ProjectRemains::Project;
-};
-
-Loss FindOutAboutLoss(const UTF16String& path) {
-    return AskVolume(host::ZString("$$$/Desk/Project/Checking=Checking Project"), "look for", path, [path] {
-        return Loss{FindLockHolder(path), FindRemains(path)};
-    });
-}
-
 }  // namespace
 
 bool ProjectDocuments::SaveProject(const host::ProjectRef& project) {
@@ -88,28 +76,42 @@ ProjectDocuments::Saving ProjectDocuments::Save(const ProjectDocumentRef& docume
 
 /// Absent when the locks are still ours.
 std::optional<ProjectDocuments::Saving> ProjectDocuments::CheckLocks(const ProjectDocumentRef& document) {
-    const UTF16String path = document->GetProjectPath();
     try {
-        const bool isLost = document->GetLock()->IsLost();
-        const bool isTargetLost = !isLost && document->GetTargetLock() && document->GetTargetLock()->IsLost();
-        if (!isLost && !isTargetLost) return {};
-        document->KeepLostLock();
-        const Loss loss = FindOutAboutLoss(isLost ? path : host::UTF8to16(document->GetFile().mPath));
-        return ProjectQuestions::AskToCopyAfterLoss(path, loss.mHolder, loss.mRemains) ? SaveAsCopy(document)
-                                                                                       : Saving{};
+        for (const host::ProjectLockFileRef& lock : {document->GetLock(), document->GetTargetLock()})
+            if (const LockReport report = CheckProjectLock(lock); report.mStanding != LockStanding::Ours)
+                return StopSaving(document, report);
+        document->SetTrouble({});
+        return {};
     } catch (const host::FileException& exception) {
-        if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotSaved(path, ReasonOf(exception));
+        if (exception.SystemError() != ECANCELED)
+            ProjectQuestions::TellNotSaved(document->GetProjectPath(), ReasonOf(exception));
         return Saving{};
     }
 }
 
+/// A lock that may come back is kept, and the project stays as it is.
+ProjectDocuments::Saving ProjectDocuments::StopSaving(const ProjectDocumentRef& document,
+                                                      const LockReport& report) {
+    const UTF16String path = document->GetProjectPath();
+    const auto copyIf = [&](bool isWanted) { return isWanted ? SaveAsCopy(document) : Saving{}; };
+    if (report.mStanding == LockStanding::Lost) {
+        document->KeepLostLock();
+        return copyIf(ProjectQuestions::AskToCopyAfterLoss(path, report.mHolder));
+    }
+    const UTF16String trouble = ProjectQuestions::DescribeTrouble(path, report);
+    document->SetTrouble(trouble);
+    if (report.IsAway()) return copyIf(ProjectQuestions::AskToCopyWhileAway(path, report));
+    ProjectQuestions::TellNotSaved(path, trouble);
+    return {};
+}
+
 /// True when nothing remains to be done about it. What is under way on the document finds out by itself.
-bool ProjectDocuments::NoteLoss(const ProjectDocumentRef& document, const LockLoss& loss) {
+bool ProjectDocuments::NoteLoss(const ProjectDocumentRef& document, const LockFinding& loss) {
     const Operation operation(*this, document);
     if (!operation.HasBegun()) return false;
     if (!LockKeeper::Instance().NoteLoss(loss.mLockPath, loss.mNonce)) return true;
     document->KeepLostLock();
-    ProjectQuestions::TellLockLost(document->GetProjectPath(), loss.mHolder);
+    ProjectQuestions::TellLockLost(document->GetProjectPath(), loss.mReport.mHolder);
     return true;
 }
 

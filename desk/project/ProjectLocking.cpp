@@ -27,11 +27,13 @@ public:
     host::UTF16String GetLockOwner() const override { return mLock->GetRecord().mUser; }
     bool IsHeldByReader() const override { return !mLock->IsLost(); }
     bool IsLost() override {
-        const LockStanding standing = mLock->Check();
-        if (standing == LockStanding::Unknown)
-            throw host::FileException("read lock", host::UTF8to16(mLock->GetPath()), EIO);
-        return standing == LockStanding::Lost;
+        const LockReport report = mLock->Check();
+        if (report.mStanding == LockStanding::Unknown)
+            throw host::FileException("read lock", host::UTF8to16(mLock->GetPath()),
+                                      report.mSystemError != 0 ? report.mSystemError : EIO);
+        return report.mStanding == LockStanding::Lost;
     }
+    LockReport Check() { return mLock->Check(); }
 
 private:
     HeldLockPtr mLock;
@@ -42,16 +44,6 @@ ProjectLocking Refuse(int systemError) {
     locking.mObstacle = Obstacle::Refused;
     locking.mSystemError = systemError;
     return locking;
-}
-
-bool IsThere(const std::string& path) {
-    try {
-        GetServices().mFileSystem->Status(path, false);
-        return true;
-    } catch (const host::FileException& exception) {
-        if (exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR) throw;
-        return false;
-    }
 }
 
 /// For the current user.
@@ -95,22 +87,9 @@ ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFile
     return locking;
 }
 
-ProjectLocking FindLockHolder(const host::UTF16String& path) {
-    ProjectLocking locking;
-    const auto record = ReadLockRecord(*GetServices().mFileSystem, GetLockPath(path));
-    if (!record) {
-        locking.mSystemError = ENOENT;
-        return locking;
-    }
-    locking.mObstacle = Obstacle::Held;
-    locking.mHolder = *record;
-    return locking;
-}
-
-ProjectRemains FindRemains(const host::UTF16String& path) {
-    if (IsThere(host::UTF16to8(path))) return ProjectRemains::Project;
-    return IsThere(host::UTF16to8(host::PathUtils::GetFullDirectoryPart(path))) ? ProjectRemains::Folder
-                                                                                : ProjectRemains::Nothing;
+LockReport CheckProjectLock(const host::ProjectLockFileRef& lock) {
+    if (auto* created = dynamic_cast<CreatedLockFile*>(lock.get())) return created->Check();
+    return {LockStanding::Ours, {}, LockReport::Trouble::None, 0};
 }
 
 }  // namespace desk

@@ -42,19 +42,8 @@ ZUHOST_API ProjectLocking TakeProjectLock(const host::UTF16String& path, const h
 /// the current user; all of them or none. Waits like `TakeProjectLock`. UI thread.
 ZUHOST_API ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFilePlace& file);
 
-/// Who holds the project now, from its lock file on the disk; unreadable when nobody can tell, with
-/// `mSystemError` ENOENT and no obstacle when it has no lock file. May wait for the volume. Any thread.
-ZUHOST_API ProjectLocking FindLockHolder(const host::UTF16String& path);
-
-/// What stands at the place of a project.
-enum class ProjectRemains {
-    Project,
-    /// Only its folder: the project was moved or removed, or the folder is the empty place of a volume.
-    Folder,
-    Nothing,
-};
-
-/// Throws `host::FileException` when the volume does not tell. May wait for the volume. Any thread.
-ZUHOST_API ProjectRemains FindRemains(const host::UTF16String& path);
+/// What has become of a lock that `TakeProjectLock` has given, as `HeldLock::Check` says; any other reference,
+/// and an empty one, is never lost. UI thread.
+ZUHOST_API LockReport CheckProjectLock(const host::ProjectLockFileRef& lock);
 
 }  // namespace desk

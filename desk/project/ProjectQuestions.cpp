@@ -60,22 +60,15 @@ Answer Ask(const Question& question) {
     return answer;
 }
 
-UTF16String DescribeLoss(const UTF16String& path, const ProjectLocking& holder, ProjectRemains remains) {
-    if (holder.mObstacle == ProjectLocking::Obstacle::Held)
-        return ZString("$$$/Desk/Project/LostTo=Your lock on “@0” was taken over: it is held by @1.",
-                       {NameOf(path), DescribeHolder(holder.mHolder)});
-    const UTF16String folder = Shown(host::PathUtils::GetFullDirectoryPart(path));
-    if (remains == ProjectRemains::Nothing)
-        return ZString(
-            "$$$/Desk/Project/FolderGone=The folder of “@0” is not there, and so your lock is not: it was moved or "
-            "removed, or its volume is not mounted.\n@1",
-            {NameOf(path), folder});
-    if (remains == ProjectRemains::Folder)
-        return ZString(
-            "$$$/Desk/Project/FileAndLockGone=Neither the file of “@0” nor your lock is in its folder any more: "
-            "they were moved or removed, or the volume is not mounted.\n@1",
-            {NameOf(path), folder});
-    return ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on “@0”.", {NameOf(path)});
+UTF16String DescribeError(int systemError) {
+    return host::UTF8to16(std::generic_category().message(systemError));
+}
+
+UTF16String DescribeLoss(const UTF16String& path, const LockRecord& holder) {
+    if (!holder.mIsReadable)
+        return ZString("$$$/Desk/Project/LockRemoved=Somebody has removed your lock on “@0”.", {NameOf(path)});
+    return ZString("$$$/Desk/Project/LostTo=Your lock on “@0” was taken over: it is held by @1.",
+                   {NameOf(path), DescribeHolder(holder)});
 }
 
 bool AskToCopy(UTF16String title, UTF16String text) {
@@ -107,7 +100,35 @@ UTF16String DescribeObstacle(const UTF16String& path, const ProjectLocking& lock
             break;
     }
     return ZString("$$$/Desk/Project/LockRefused=“@0” cannot be locked: @1.",
-                   {name, host::UTF8to16(std::generic_category().message(locking.mSystemError))});
+                   {name, DescribeError(locking.mSystemError)});
+}
+
+UTF16String DescribeTrouble(const UTF16String& path, const LockReport& report) {
+    const UTF16String name = NameOf(path);
+    const UTF16String folder = Shown(host::PathUtils::GetFullDirectoryPart(path));
+    switch (report.mTrouble) {
+        case LockReport::Trouble::FolderAway:
+            return ZString(
+                "$$$/Desk/Project/FolderGone=The folder of “@0” is not there: it was moved or removed, or its volume "
+                "is not mounted.\n@1",
+                {name, folder});
+        case LockReport::Trouble::ProjectAway:
+            return ZString(
+                "$$$/Desk/Project/FileAndLockGone=Neither the file of “@0” nor your lock is in its folder any more: "
+                "they were moved or removed, or the volume is not mounted.\n@1",
+                {name, folder});
+        case LockReport::Trouble::Unreadable:
+            return ZString(
+                "$$$/Desk/Project/LockUnreadable=What stands in the place of your lock on “@0” is no lock.",
+                {name});
+        case LockReport::Trouble::Refused:
+        case LockReport::Trouble::None:
+            break;
+    }
+    return ZString(
+        "$$$/Desk/Project/LockNotTold=The volume does not show whether your lock on “@0” is still there: "
+        "@1.",
+        {name, DescribeError(report.mSystemError)});
 }
 
 void TellNotOpened(const UTF16String& path, const UTF16String& reason) {
@@ -197,16 +218,24 @@ ChangedAnswer AskAboutChange(const UTF16String& path, const FileComparison& foun
     return button == 0 ? ChangedAnswer::SaveAsCopy : ChangedAnswer::Overwrite;
 }
 
-bool AskToCopyAfterLoss(const UTF16String& path, const ProjectLocking& holder, ProjectRemains remains) {
+bool AskToCopyWhileAway(const UTF16String& path, const LockReport& report) {
+    return AskToCopy(
+        ZString("$$$/Desk/Project/NotSaved=The Project Was Not Saved"),
+        DescribeTrouble(path, report) + u"\n" +
+            ZString("$$$/Desk/Project/AwayAdvice=Nothing was written. The project stays open as it is, "
+                    "and can be saved once that is back; your changes can also be saved as a copy."));
+}
+
+bool AskToCopyAfterLoss(const UTF16String& path, const LockRecord& holder) {
     return AskToCopy(ZString("$$$/Desk/Project/LockLost=Lock Lost"),
-                     DescribeLoss(path, holder, remains) + u"\n" +
+                     DescribeLoss(path, holder) + u"\n" +
                          ZString("$$$/Desk/Project/LockLostAdvice=Nothing was overwritten. The project is "
                                  "read-only now; your changes "
                                  "can be saved as a copy."));
 }
 
-void TellLockLost(const UTF16String& path, const ProjectLocking& holder) {
-    TellUser(DescribeLoss(path, holder, ProjectRemains::Project) + u" " +
+void TellLockLost(const UTF16String& path, const LockRecord& holder) {
+    TellUser(DescribeLoss(path, holder) + u" " +
              ZString("$$$/Desk/Project/LockLostNotice=The project is read-only now; changes can be saved as a "
                      "copy."));
 }

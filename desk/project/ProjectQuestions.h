@@ -40,12 +40,14 @@ enum class ChangedAnswer { SaveAsCopy, Overwrite, Cancel };
 /// The file to be saved to is not what was read from it.
 ChangedAnswer AskAboutChange(const host::UTF16String& path, const FileComparison& found);
 
-/// The project cannot be saved to its file: the lock was lost to `holder`, or is gone, maybe with more of what
-/// was there.
-bool AskToCopyAfterLoss(const host::UTF16String& path, const ProjectLocking& holder, ProjectRemains remains);
-/// The project's lock was found lost to `holder` (nobody, without an obstacle) while nothing was under way:
-/// told without a question.
-void TellLockLost(const host::UTF16String& path, const ProjectLocking& holder);
+/// Why nothing is known of the project's lock, as a sentence.
+host::UTF16String DescribeTrouble(const host::UTF16String& path, const LockReport& report);
+/// The project cannot be saved to its file now: that, or its folder, is away.
+bool AskToCopyWhileAway(const host::UTF16String& path, const LockReport& report);
+/// The project cannot be saved to its file: the lock was lost to `holder` (unreadable: to nobody).
+bool AskToCopyAfterLoss(const host::UTF16String& path, const LockRecord& holder);
+/// The project's lock was found lost while nothing was under way: told without a question.
+void TellLockLost(const host::UTF16String& path, const LockRecord& holder);
 /// The project cannot be saved to its file: it is read-only.
 bool AskToCopyReadOnly(const host::UTF16String& path);
 

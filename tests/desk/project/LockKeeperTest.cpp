@@ -177,11 +177,11 @@ TEST_F(LockKeeperTest, ALockThatWasBrokenIsLostAndNothingIsRemoved) {
     EXPECT_FALSE(next->IsLost());
 }
 
-TEST_F(LockKeeperTest, ALockThatWasOutOfSightIsTakenBack) {
+TEST_F(LockKeeperTest, ALockThatWasLostAndComesToLightAgainIsTakenBack) {
     host::ProjectLockFileRef lock = Create();
-    mFolder.Rename("Day 1", "unmounted");
+    mFolder.Rename(kLock, "lock");
     EXPECT_TRUE(lock->IsLost());
-    mFolder.Rename("unmounted", "Day 1");
+    mFolder.Rename("lock", kLock);
     EXPECT_TRUE(lock->IsLost());
     const host::ProjectLockFileRef again = Create();
     ASSERT_TRUE(again);
@@ -192,12 +192,14 @@ TEST_F(LockKeeperTest, ALockThatWasOutOfSightIsTakenBack) {
 }
 
 TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedGoesWhenItsNewFolderIsListed) {
-    for (const bool isFoundLost : {false, true}) {
+    for (const bool isLookedFor : {false, true}) {
         host::ProjectLockFileRef lock = Create();
         mFolder.Rename("Day 1", "Day 2");
         List("Day 2");
         EXPECT_TRUE(mFolder.Exists(kMovedLock)) << "it is still held";
-        EXPECT_EQ(isFoundLost && lock->IsLost(), isFoundLost);
+        if (isLookedFor) {
+            EXPECT_THROW(lock->IsLost(), host::FileException);
+        }
         lock.reset();
         host::ProjectLockFileRef again = Create("Day 2/Reel 1.zuproj");
         List("Day 2");

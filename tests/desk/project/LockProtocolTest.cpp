@@ -11,6 +11,7 @@ using desk::LockBreaking;
 using desk::LockProtocol;
 using desk::LockRecord;
 using desk::LockRelease;
+using desk::LockReport;
 using desk::LockStanding;
 using desk::LockTaking;
 
@@ -74,7 +75,7 @@ TEST_P(LockProtocolTest, IsTakenOnceAndGivenUpByItsOwner) {
     const LockRecord mine = Mine();
     EXPECT_EQ(Take(mine), LockTaking::Outcome::Ours);
     EXPECT_EQ(NamesIn(), kOnlyLock);
-    EXPECT_EQ(mProtocol.Check(mPath, mine.mNonce), LockStanding::Ours);
+    EXPECT_EQ(mProtocol.Check(mPath, mine.mNonce).mStanding, LockStanding::Ours);
     const LockTaking second = mProtocol.Take(mPath, Foreign());
     EXPECT_EQ(second.mOutcome, LockTaking::Outcome::Held);
     EXPECT_EQ(second.mRecord.mNonce, mine.mNonce);
@@ -83,13 +84,63 @@ TEST_P(LockProtocolTest, IsTakenOnceAndGivenUpByItsOwner) {
 
     mDisk.SetGone(true);
     EXPECT_EQ(mProtocol.Release(mPath, mine.mNonce), LockRelease::Retry);
-    EXPECT_EQ(mProtocol.Check(mPath, mine.mNonce), LockStanding::Unknown);
     EXPECT_EQ(Take(Mine()), LockTaking::Outcome::Failed);
     mDisk.SetGone(false);
     for (const desk::LockRemains& remains : mProtocol.TakeRemains()) mProtocol.RemoveRemains(remains);
     EXPECT_EQ(mProtocol.Release(mPath, mine.mNonce), LockRelease::Done);
     EXPECT_TRUE(NamesIn().empty());
-    EXPECT_EQ(mProtocol.Check(mPath, mine.mNonce), LockStanding::Lost);
+}
+
+TEST_P(LockProtocolTest, IsLostOnlyWhenAnotherStandsThereOrTheListingHasItsProjectAlone) {
+    const LockRecord mine = Mine();
+    const std::string whole = WriteLockRecord(mine);
+    const auto holds = [&](const std::string& content) { mFolder.Write(kLock, content); };
+    using Trouble = LockReport::Trouble;
+    const struct {
+        const char* mName;
+        std::function<void()> mBegin;
+        LockStanding mStanding;
+        Trouble mTrouble = Trouble::None;
+        int mSystemError = 0;
+    } cases[] = {
+        {"nothing happens", [] {}, LockStanding::Ours},
+        {"another's", [&] { Stand(Foreign()); }, LockStanding::Lost},
+        {"removed", [&] { mFolder.Remove(kLock); }, LockStanding::Lost},
+        {"removed, and the folder cannot be listed",
+         [&] { mFolder.Remove(kLock), mDisk.Fail(Operation::ListFolder, 3, EACCES); }, LockStanding::Unknown,
+         Trouble::Refused, EACCES},
+        {"an empty mount point", [&] { mFolder.Remove(kLock), mFolder.Remove("Reel 1.zuproj"); },
+         LockStanding::Unknown, Trouble::ProjectAway, ENOENT},
+        {"empty", [&] { holds(""); }, LockStanding::Unknown, Trouble::Unreadable},
+        {"cut", [&] { holds(whole.substr(0, whole.size() / 2)); }, LockStanding::Unknown, Trouble::Unreadable},
+        {"a folder", [&] { mFolder.Remove(kLock), mFolder.MakeFolder(kLock); }, LockStanding::Unknown,
+         Trouble::Unreadable},
+        {"refused", [&] { mDisk.Deny(mFolder.Path(), EACCES); }, LockStanding::Unknown, Trouble::Refused,
+         EACCES},
+        {"not allowed", [&] { mDisk.Deny(mPath, EPERM); }, LockStanding::Unknown, Trouble::Refused, EPERM},
+        {"not connected", [&] { mDisk.Deny(mFolder.Path(), ENOTCONN); }, LockStanding::Unknown,
+         Trouble::Refused, ENOTCONN},
+        {"no folder", [&] { mDisk.Deny(mFolder.Path(), ENOENT); }, LockStanding::Unknown, Trouble::FolderAway,
+         ENOENT},
+        // Its absence is what this machine still remembers.
+        {"in the listing only", [&] { mDisk.Deny(mPath, ENOENT); }, LockStanding::Unknown, Trouble::Refused,
+         EAGAIN},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.mName);
+        mFolder.Write("Reel 1.zuproj");
+        std::filesystem::remove(mPath);
+        Stand(mine);
+        c.mBegin();
+        const LockReport report = mProtocol.Check(mPath, mine.mNonce);
+        EXPECT_EQ(report.mStanding, c.mStanding);
+        EXPECT_EQ(report.mTrouble, c.mTrouble);
+        EXPECT_EQ(report.mSystemError, c.mSystemError);
+        EXPECT_EQ(report.mStanding == LockStanding::Lost && report.mHolder.mIsReadable,
+                  std::string_view(c.mName) == "another's");
+        mDisk.Allow(mFolder.Path());
+        mDisk.Allow(mPath);
+    }
 }
 
 TEST_P(LockProtocolTest, WhatCannotBeReadIsHeldAndNeverStaleButCanBeBroken) {
@@ -218,7 +269,7 @@ TEST_P(LockProtocolTest, ALivingOwnerWaitsForTheOneWhoBreaks) {
     EXPECT_EQ(mProtocol.Release(mPath, owner.mNonce), LockRelease::Done);
     const LockRecord next = Foreign();
     Take(next);
-    EXPECT_EQ(mProtocol.Check(mPath, owner.mNonce), LockStanding::Lost);
+    EXPECT_EQ(mProtocol.Check(mPath, owner.mNonce).mStanding, LockStanding::Lost);
     EXPECT_EQ(mProtocol.Release(mPath, owner.mNonce), LockRelease::NotOurs);
     EXPECT_EQ(NonceOfLock(), next.mNonce);
 }

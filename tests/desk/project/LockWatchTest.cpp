@@ -80,73 +80,52 @@ TEST_F(LockWatchTest, TheLossOfALinksTargetGivesTheLinksOwnLockUp) {
     EXPECT_EQ(mNotices.size(), 1u);
 }
 
-TEST_F(LockWatchTest, WhatMayComeBackIsNoLoss) {
+TEST_F(LockWatchTest, WhatMayComeBackIsNoLossAndIsToldUntilItIsOver) {
     const desk::ProjectDocumentRef document = OpenAndFind();
     const std::string lock = mFolder.Read(kLock);
-    const auto awayAndBack = [&](const char* item) {
-        mFolder.Rename(item, "away");
-        mMain.Advance(10s);
-        mFolder.Rename("away", item);
-    };
-    const std::function<void()> troubles[] = {
-        [&] { awayAndBack("Day 1"); },
-        [&] {
-            // The empty place of a volume.
-            mFolder.Rename("Day 1", "away");
-            std::filesystem::create_directory(mFolder.Path("Day 1"));
-            mMain.Advance(10s);
-            std::filesystem::remove(mFolder.Path("Day 1"));
-            mFolder.Rename("away", "Day 1");
-        },
-        [&] {
-            mDisk.SetGone(true);
-            mMain.Advance(10s);
-            mDisk.SetGone(false);
-        },
-        [&] {
-            mDisk.Deny(mFolder.Path(kLock));
-            mMain.Advance(10s);
-            mDisk.Allow(mFolder.Path(kLock));
-        },
-        [&] {
-            mFolder.Write(kLock, lock.substr(0, lock.size() / 2));
-            mMain.Advance(10s);
-            mFolder.Write(kLock, lock);
-        },
-        [&] {
-            for (int i = 0; i < 2; ++i) {
-                mFolder.Remove(kLock);
-                mMain.Advance(3s);
-                mFolder.Write(kLock, lock);
-                mMain.Advance(3s);
-            }
-        },
+    const struct {
+        std::function<void()> mBegin;
+        std::function<void()> mEnd;
+        const char* mTold;
+    } troubles[] = {
+        {[&] { mFolder.Rename("Day 1", "away"); }, [&] { mFolder.Rename("away", "Day 1"); },
+         "The folder of “Reel 1” is not there"},
+        {[&] { mFolder.Rename("Day 1", "away"), mFolder.MakeFolder("Day 1"); },
+         [&] { std::filesystem::remove(mFolder.Path("Day 1")), mFolder.Rename("away", "Day 1"); },
+         "Neither the file of “Reel 1” nor your lock"},
+        {[&] { mDisk.SetGone(true); }, [&] { mDisk.SetGone(false); }, "Stale file handle"},
+        {[&] { mDisk.Deny(mFolder.Path("Day 1")); }, [&] { mDisk.Allow(mFolder.Path("Day 1")); },
+         "Permission denied"},
+        {[&] { mDisk.Deny(mFolder.Path(kLock)); }, [&] { mDisk.Allow(mFolder.Path(kLock)); },
+         "Permission denied"},
+        {[&] { mFolder.Write(kLock, lock.substr(0, lock.size() / 2)); }, [&] { mFolder.Write(kLock, lock); },
+         "no lock"},
     };
     for (const auto& trouble : troubles) {
-        trouble();
+        SCOPED_TRACE(&trouble - troubles);
+        Edit(document, u"mine");
+        trouble.mBegin();
+        mMain.Advance(10s);
+        EXPECT_NE(host::UTF16to8(document->GetTrouble()).find(trouble.mTold), std::string::npos)
+            << host::UTF16to8(document->GetTrouble());
+        const bool isAway = &trouble - troubles < 2;
+        isAway ? mDialogs.ExpectQuestion("The Project Was Not Saved", u"Cancel")
+               : mDialogs.ExpectMessage("The Project Was Not Saved");
+        EXPECT_FALSE(Manager().SaveProject(document));
+        EXPECT_TRUE(AsksFor(trouble.mTold)) << mDialogs.LastText();
+        EXPECT_TRUE(document->IsDirty() && !document->IsReadOnly());
+        trouble.mEnd();
         mMain.Advance(4s);
-        EXPECT_FALSE(document->IsReadOnly()) << &trouble - troubles;
+        EXPECT_EQ(document->GetTrouble(), u"");
+        EXPECT_TRUE(Manager().SaveProject(document)) << "it goes on by itself";
     }
-    EXPECT_TRUE(mNotices.empty());
-    Edit(document, u"mine");
-    EXPECT_TRUE(Manager().SaveProject(document));
-    EXPECT_TRUE(Manager().CloseProject(document, true));
-    EXPECT_FALSE(mFolder.Exists(kLock));
-}
-
-TEST_F(LockWatchTest, ALockThatASaveFoundLostIsTakenBackWhenItsFolderIsBack) {
-    const desk::ProjectDocumentRef document = OpenAndFind();
-    const std::string lock = mFolder.Read(kLock);
-    Edit(document, u"mine");
-    mFolder.Rename("Day 1", "away");
-    mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
-    EXPECT_FALSE(Manager().SaveProject(document));
-    mFolder.Rename("away", "Day 1");
-    EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
-    EXPECT_EQ(mFolder.Read(kLock), lock) << "the same lock";
-    mMain.Advance(10s);
-    EXPECT_FALSE(document->IsReadOnly());
-    EXPECT_TRUE(Manager().SaveProject(document));
+    for (int i = 0; i < 2; ++i) {
+        mFolder.Remove(kLock);
+        mMain.Advance(3s);
+        mFolder.Write(kLock, lock);
+        mMain.Advance(3s);
+    }
+    EXPECT_TRUE(!document->IsReadOnly() && mNotices.empty()) << "what is not seen twice is none either";
     EXPECT_TRUE(Manager().CloseProject(document, true));
     EXPECT_FALSE(mFolder.Exists(kLock));
 }

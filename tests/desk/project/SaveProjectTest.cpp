@@ -155,32 +155,6 @@ TEST_F(SaveProjectTest, ALockThatIsGoneIsLostAndCanBeTakenAgain) {
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
 }
 
-TEST_F(SaveProjectTest, NobodyHasRemovedALockThatIsGoneWithItsProject) {
-    for (const char* part : {"Neither the file of", "The folder of"}) {
-        const desk::ProjectDocumentRef document = OpenAndEdit();
-        mFolder.Remove(kLock);
-        mFolder.Remove(kProject);
-        if (std::string_view(part).starts_with("The")) mFolder.Remove("Day 1");
-        mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
-        EXPECT_FALSE(Manager().SaveProject(document));
-        EXPECT_TRUE(AsksFor(part)) << mDialogs.LastText();
-        document->SetDirty(false);
-        EXPECT_TRUE(Manager().CloseProject(document, true));
-        mFolder.Write(kProject, kBytes);
-    }
-}
-
-TEST_F(SaveProjectTest, ALockThatCannotBeReadStopsTheSaveOnly) {
-    const desk::ProjectDocumentRef document = OpenAndEdit();
-    mDisk.SetGone(true);
-    mDialogs.ExpectMessage("The Project Was Not Saved");
-    EXPECT_FALSE(Manager().SaveProject(document));
-    mDisk.SetGone(false);
-    EXPECT_FALSE(document->IsReadOnly());
-    EXPECT_TRUE(Manager().SaveProject(document));
-    EXPECT_EQ(mFolder.Read(kProject), kEdited);
-}
-
 TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
     const desk::ProjectDocumentRef document = OpenAndEdit();
     mFolder.Write(kProject, "theirs");
