@@ -75,6 +75,8 @@ public:
     UTF16StringVec GetSelectedNonRedundantPaths() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
+    /// The view as it is now.
+    StateData GetCurrentStateData() const;
     /// Selects items that are being made, and scrolls to them, as soon as they have rows; a closed folder that
     /// they are in is opened. They become the selection in place of the present one; once the user has selected
     /// something else, those that are still to come are left alone. A newer call drops an older one.
@@ -120,6 +122,7 @@ private:
     void MonitorRoot(const UTF16String& rootPath);
     void ShowRoot(const UTF16String& rootPath);
     void SetEmptyText(std::string_view key);
+    UTF16StringVec GetDeepestOpenFolderPaths() const;
 
     MetadataRequest* FindMetadata(const RowRef& row);
     const Columns::FileMetadata* GetMetadata(const RowRef& row) const;

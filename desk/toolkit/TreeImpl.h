@@ -146,6 +146,8 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void HoldScrollPosition();
     void RestoreScrollPosition();
     void ScrollIntoView(Row& row, bool animate, float margin, bool openAncestors);
+    void ScrollToTop(Row& row);
+    Row* TopRow();
     void SetRowHeight(float height);
     void RedrawRow(const Row& row);
 
@@ -193,7 +195,9 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     RowRef mHeldRow;
     double mHeldOffset = 0;
     bool mHoldsScrollPosition = false;
+    /// Where to scroll when the tree is shown; with the row at the top, or just in view.
     RowRef mScrollWhenShown;
+    bool mScrollsToTopWhenShown = false;
 
     /// What the keys of a folder's rows were when their order was last found right, hashed.
     std::unordered_map<const Row*, std::uint64_t> mSortedKeys;

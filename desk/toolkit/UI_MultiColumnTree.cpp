@@ -190,6 +190,14 @@ UI_ScrollView UI_MultiColumnTree::GetScrollView() const {
              float(view.viewport()->width()), float(view.viewport()->height())}};
 }
 
+RowRef UI_MultiColumnTree::GetTopRow() const {
+    return RowRef(ImplOf(*this).TopRow());
+}
+
+void UI_MultiColumnTree::ScrollRowToTop(Row* row) {
+    if (row) ImplOf(*this).ScrollToTop(*row);
+}
+
 float UI_MultiColumnTree::GetRowHeight() const {
     return ImplOf(*this).mRowHeight;
 }

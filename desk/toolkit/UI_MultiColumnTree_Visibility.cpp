@@ -51,7 +51,8 @@ void TreeImpl::UpdateVisibleRows() {
     if (!mScrollWhenShown || !mView->isVisible()) return;
     const RowRef row = std::move(mScrollWhenShown);
     mScrollWhenShown.reset();
-    if (IsMine(row.get())) ScrollIntoView(*row, false, 0, false);
+    if (!IsMine(row.get())) return;
+    mScrollsToTopWhenShown ? ScrollToTop(*row) : ScrollIntoView(*row, false, 0, false);
 }
 
 bool TreeImpl::UpdateVisibleRowsOnce() {
@@ -116,6 +117,7 @@ void TreeImpl::ScrollIntoView(Row& row, bool animate, float margin, bool openAnc
     }
     if (!mView->isVisible()) {
         mScrollWhenShown = keptAlive;
+        mScrollsToTopWhenShown = false;
         return;
     }
     const int index = IndexOfOpened(&row);
@@ -134,6 +136,25 @@ void TreeImpl::ScrollIntoView(Row& row, bool animate, float margin, bool openAnc
     glide->setEasingCurve(QEasingCurve::OutCubic);
     glide->setEndValue(std::clamp(target, bar->minimum(), bar->maximum()));
     glide->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void TreeImpl::ScrollToTop(Row& row) {
+    if (!IsMine(&row)) return;
+    if (!mView->isVisible()) {
+        mScrollWhenShown = RowRef(&row);
+        mScrollsToTopWhenShown = true;
+        return;
+    }
+    FlushLayout();
+    const int index = IndexOfOpened(&row);
+    if (index >= 0) mView->verticalScrollBar()->setValue(index * mRowPixels);
+}
+
+Row* TreeImpl::TopRow() {
+    if (mScrollWhenShown && mScrollsToTopWhenShown) return mScrollWhenShown.get();
+    FlushLayout();
+    const auto index = std::size_t(std::max(mView->verticalScrollBar()->value(), 0) / mRowPixels);
+    return index < Opened().size() ? Opened()[index] : nullptr;
 }
 
 void TreeImpl::SetRowHeight(float height) {

@@ -94,6 +94,12 @@ public:
     /// above it when `openAncestors` is set; glides there with `animate`.
     void ScrollRowIntoView(UI_MultiColumnTreeRow* row, bool animate, float margin, bool openAncestors);
     UI_ScrollView GetScrollView() const;
+    /// The opened row at the top edge of the visible area, or where that will be when the tree is shown; empty
+    /// when there are no rows.
+    RowRef GetTopRow() const;
+    /// Scrolls so that the row stands at the top edge of the visible area, or as near to it as the end of the
+    /// rows allows; nothing for a row that is not opened. A tree that is not shown does so when it is.
+    void ScrollRowToTop(UI_MultiColumnTreeRow* row);
 
     // Appearance.
 

@@ -169,6 +169,20 @@ TEST_F(DirectoryViewTest, AnItemThatIsToBeRenamedIsSelectedWhenItsRowComes) {
     EXPECT_TRUE(mTabView->GetDeferredRenameRowPath().empty());
 }
 
+TEST_F(DirectoryViewTest, TellsHowItWasLeft) {
+    MakeProduction();
+    OpenProductionWith({"Rushes/Day 2/", "Trash/Old"});
+    EXPECT_EQ(DirectoryView().GetCurrentStateData().mOpenFolderPaths, UTF16StringVec{});
+    for (const char* folder : {"Rushes", "Rushes/Day 1", "Trash"}) OpenFolder(folder);
+    Select({"Rushes/Day 1/Scene 1", "Reel 9"});
+    const auto state = DirectoryView().GetCurrentStateData();
+    EXPECT_EQ(state.mOpenFolderPaths, (UTF16StringVec{PathOf("Rushes/Day 1"), PathOf("Trash")}));
+    EXPECT_EQ(state.mSelectedRowPaths,
+              (UTF16StringVec{PathOf("Rushes/Day 1/Scene 1.zuproj"), PathOf("Reel 9.zuproj")}));
+    EXPECT_EQ(state.mHeaderRowData.mColumnDataList.size(), 5u);
+    EXPECT_EQ(state.mTopVisibleRowPath, PathOf("Empty"));
+}
+
 TEST_F(DirectoryViewTest, SelectAllLeavesTheTrashOut) {
     MakeProduction();
     OpenProductionWith({"Trash/Old"});

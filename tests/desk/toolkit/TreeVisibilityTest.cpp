@@ -47,6 +47,18 @@ TEST_F(TreeVisibilityTest, ScrollsRowsIntoViewAndOpensWhatIsAbove) {
     EXPECT_EQ(ScrollBar().value(), 50 * 25 - 10) << "hidden, and asked not to open";
     mTree->ScrollRowIntoView(leaf.get(), false, 0, true);
     EXPECT_EQ(ScrollBar().value(), 203 * 25 - Height());
+
+    mTree->ScrollRowToTop(rows[20].get());
+    EXPECT_EQ(ScrollBar().value(), 20 * 25);
+    EXPECT_EQ(mTree->GetTopRow(), rows[20]);
+    mTree->ScrollRowToTop(mTree->GetOpenedRow(402).get());
+    EXPECT_EQ(ScrollBar().value(), 403 * 25 - Height()) << "there are no more rows";
+    mWindow.hide();
+    EXPECT_EQ(mTree->GetTopRow(), mTree->GetOpenedRow(403 - Height() / 25)) << "shown or not";
+    mTree->ScrollRowToTop(rows[30].get());
+    mWindow.show();
+    Settle();
+    EXPECT_EQ(mTree->GetTopRow(), rows[30]);
 }
 
 TEST_F(TreeVisibilityTest, ZoomAndChangesAboveDoNotMoveWhatIsSeen) {
