@@ -39,6 +39,13 @@ void ReadExactly(int file, void* bytes, std::size_t size, std::uint64_t offset) 
     }
 }
 
+std::uint64_t SizeOf(int file) {
+    struct stat status {};
+    if (fstat(file, &status) != 0)
+        throw std::runtime_error(std::string("could not be read: ") + std::strerror(errno));
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
 Elf64_Ehdr ReadHeader(int file) {
     unsigned char identification[EI_NIDENT] = {};
     if (pread(file, identification, sizeof identification, 0) < SELFMAG ||
@@ -52,6 +59,19 @@ Elf64_Ehdr ReadHeader(int file) {
     if (header.e_phentsize != sizeof(Elf64_Phdr) || header.e_phnum > kMaxProgramHeaders)
         throw NotALibrary("its program headers are damaged");
     return header;
+}
+
+/// The system maps segments without looking: what lies behind the end of the file ends the program when it is
+/// touched (mmap(2), SIGBUS).
+void ThrowIfCutOff(const Elf64_Ehdr& header, const std::vector<Elf64_Phdr>& segments, std::uint64_t fileSize) {
+    const auto isInside = [fileSize](std::uint64_t offset, std::uint64_t size) {
+        return offset <= fileSize && size <= fileSize - offset;
+    };
+    const bool isWhole = isInside(header.e_shoff, std::uint64_t{header.e_shnum} * header.e_shentsize) &&
+                         std::ranges::all_of(segments, [&](const Elf64_Phdr& segment) {
+                             return segment.p_type == PT_NULL || isInside(segment.p_offset, segment.p_filesz);
+                         });
+    if (!isWhole) throw NotALibrary("it is cut off");
 }
 
 bool IsPluginNote(const Elf64_Nhdr& note, const char* owner) {
@@ -109,6 +129,7 @@ std::optional<host::PluginNote> ReadPluginNote(int file) {
     const Elf64_Ehdr header = ReadHeader(file);
     std::vector<Elf64_Phdr> segments(header.e_phnum);
     ReadExactly(file, segments.data(), segments.size() * sizeof(Elf64_Phdr), header.e_phoff);
+    ThrowIfCutOff(header, segments, SizeOf(file));
     for (const Elf64_Phdr& segment : segments) {
         if (segment.p_type != PT_NOTE || segment.p_filesz > kMaxNoteBytes) continue;
         std::vector<char> notes(segment.p_filesz);

@@ -81,6 +81,8 @@ TEST_F(PluginTest, NoCutAndNoWrongSizeLeadsOutOfTheFile) {
     constexpr void (*kChanges[])(ElfFile&) = {
         [](ElfFile& f) { f.mHeader.e_phoff = ~0ULL; },
         [](ElfFile& f) { f.mHeader.e_phnum = 0xFFFF; },
+        [](ElfFile& f) { f.mHeader.e_shoff = ~0ULL; },
+        [](ElfFile& f) { f.mHeader.e_shnum = f.mHeader.e_shentsize = 0xFFFF; },
         [](ElfFile& f) { f.mSegment.p_filesz = ~0ULL; },
         [](ElfFile& f) { f.mSegment.p_offset = ~0ULL - 8; },
         [](ElfFile& f) { f.mForeign.n_namesz = 0xFFFFFFFF; },
