@@ -62,6 +62,9 @@ private:
     void UpdateFileFacts(bool updateAll, ColumnID column);
 };
 
+// Paths tell by their names what they name: a folder that is called like a project comes with a separator at
+// the end of its path.
+
 /// The name as users see it: a project's without its extension, any other item's last component. Any thread.
 UTF16String GetPathDisplayName(const UTF16String& path);
 

@@ -18,6 +18,11 @@ namespace {
 
 constexpr int kSpinnerInCentre = 1;
 
+/// By the name, unless it is known to be a folder's.
+bool IsProject(const UTF16String& path) {
+    return IsVantorProjectFile(path) && !PathUtils::IsKnownDirectory(path);
+}
+
 }  // namespace
 
 SharedProjectsDirectoryView::SharedProjectsDirectoryView(
@@ -102,7 +107,23 @@ void SharedProjectsDirectoryView::SetRowHeight(float height) {
 }
 
 bool SharedProjectsDirectoryView::IsFileRow(const RowRef& row) const {
-    return GetMetadata(row) || IsVantorProjectFile(GetRowPath(row.get()));
+    return GetMetadata(row) != nullptr;
+}
+
+UTF16String SharedProjectsDirectoryView::GetPathOfKind(const RowRef& row) const {
+    const UTF16String path = GetRowPath(row.get());
+    return IsFileRow(row) ? path : PathUtils::AddTrailingSlash(path);
+}
+
+void SharedProjectsDirectoryView::RemoveRowsOfOtherKind(const RowRef& row, const std::set<UTF16String>& paths) {
+    ContentDelivery removal{ContentDelivery::Extent::Change, {}};
+    for (const UTF16String& path : paths) {
+        if (!IsVantorProjectFile(path)) continue;
+        const RowRef child = FindChildRow(row.get(), PathUtils::GetFullFilePart(path));
+        if (child && IsFileRow(child) != IsProject(path)) removal.mRemovedPaths.push_back(path);
+    }
+    if (!removal.mRemovedPaths.empty())
+        InsertDirectoryContent(row, {}, removal, SharedProjectsHandler::GetRootDirectory());
 }
 
 RowRef SharedProjectsDirectoryView::GetRowFromPath(const UTF16String& path) const {
@@ -129,7 +150,7 @@ void SharedProjectsDirectoryView::AddRowToMaps(const RowRef& row, const Director
     row->SetBackgroundColorID(kRowBackgroundColorID);
     MediaBrowserDirectoryView::AddRowToMaps(row, data);
     UTF16String path = GetRowPath(row.get());
-    if (!IsVantorProjectFile(path)) return;
+    if (!IsProject(path)) return;
     const auto entry = mRowToMetadata.insert_or_assign(
         mRowToMetadata.end(), row, MetadataRequest{Columns::FileMetadata(std::move(path)), false});
     // The row is sorted when it is laid out; nothing else needs to be.
@@ -164,7 +185,7 @@ SharedProjectsDirectoryView::MetadataRequest* SharedProjectsDirectoryView::FindM
     const auto entry = mRowToMetadata.find(row);
     if (entry != mRowToMetadata.end()) return &entry->second;
     UTF16String path = GetRowPath(row.get());
-    if (!IsVantorProjectFile(path)) return nullptr;
+    if (!IsProject(path)) return nullptr;
     return &(mRowToMetadata[row] = {Columns::FileMetadata(std::move(path)), false});
 }
 
@@ -215,7 +236,7 @@ void SharedProjectsDirectoryView::AddNameCellView(const RowRef& row) {
     // Composing the path of a row that nobody sees would be the larger part of the work.
     if (!GetTree()->IsRowVisible(row.get())) return;
     const Columns::FileMetadata* metadata = GetMetadata(row);
-    Columns::AddNameCellView(*GetTree(), row, GetRowPath(row.get()),
+    Columns::AddNameCellView(*GetTree(), row, GetPathOfKind(row),
                              metadata ? metadata->GetLockState() : std::nullopt);
 }
 

@@ -116,6 +116,10 @@ private:
     using MetadataMap = std::map<RowRef, MetadataRequest>;
 
     static bool IsRowExposed(const RowRef& row);
+    /// Its path, as `Columns` takes it: a folder's with a separator at the end.
+    UTF16String GetPathOfKind(const RowRef& row) const;
+    /// Removes rows of `paths` that were made for another kind of item than stands there now.
+    void RemoveRowsOfOtherKind(const RowRef& row, const std::set<UTF16String>& paths);
 
     void SetupTree();
     void SetupHeaderRow();

@@ -51,6 +51,7 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
     if (!PathUtils::ExistsOnDisk(directoryPath, true)) return;
     ContentDelivery rowDelivery = delivery;
     const std::set<UTF16String> paths = FilterContent(content, rowDelivery);
+    RemoveRowsOfOtherKind(row, paths);
     const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
     InsertDirectoryContent(row, paths, rowDelivery, SharedProjectsHandler::GetRootDirectory());
     if (row && paths.empty() && !row->HasChild()) GetTree()->SetRowHasCustomChild(row.get(), true);

@@ -122,12 +122,12 @@ void SharedProjectsDirectoryView::OnDrawCellOfRow(Drawbot& drawbot, const RowRef
 UTF16String SharedProjectsDirectoryView::GetCellSortDataAsString(const RowRef& row, unsigned column) {
     if (const Columns::FileMetadata* metadata = GetMetadata(row))
         return metadata->GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
-    return Columns::IsNameColumn(mHeaderRow, column) ? Columns::GetPathDisplayName(GetRowPath(row.get()))
+    return Columns::IsNameColumn(mHeaderRow, column) ? Columns::GetPathDisplayName(GetPathOfKind(row))
                                                      : UTF16String();
 }
 
 UTF16String SharedProjectsDirectoryView::GetCellAccessibleText(const RowRef& row, unsigned column) {
-    return Columns::GetCellAccessibleText(mHeaderRow, column, GetRowPath(row.get()), GetMetadata(row));
+    return Columns::GetCellAccessibleText(mHeaderRow, column, GetPathOfKind(row), GetMetadata(row));
 }
 
 bool SharedProjectsDirectoryView::ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b) {

@@ -93,9 +93,10 @@ private:
     void TellWhyEmpty(const FileSearch::Result& result);
     void RemoveAllRows();
     void AddHits(const UTF16StringVec& paths);
-    void AddHit(const UTF16String& root, const UTF16String& path, NewRows& newRows);
+    void AddHit(const UTF16String& root, const UTF16String& hit, NewRows& newRows);
     RowRef AddRow(const RowRef& parent, const UTF16String& key, NewRows& newRows);
     RowRef FindRow(const UTF16String& normalizedPath) const;
+    UTF16StringVec FindHitsOfOtherKind(const UTF16StringVec& paths) const;
     void RemoveHits(const UTF16StringVec& paths);
     void ForgetRow(const RowRef& row);
     void AddNameCellView(const RowRef& row);

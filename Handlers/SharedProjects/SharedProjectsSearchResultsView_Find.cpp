@@ -110,8 +110,7 @@ UTF16StringVec SharedProjectsSearchResultsView::AddUnreadableHits(const FileSear
         });
     };
     for (const auto& [row, path] : mRowToPath.left)
-        if (FileSearch::IsMatch(path, mText) && isUnreadable(path))
-            paths.push_back(PathUtils::ToNormalizedPath(path));
+        if (FileSearch::IsMatch(path, mText) && isUnreadable(path)) paths.push_back(path);
     std::ranges::sort(paths);
     return paths;
 }
@@ -131,7 +130,7 @@ void SharedProjectsSearchResultsView::TellWhyEmpty(const FileSearch::Result& res
             text = ZString(
                 "$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResultsUnreadable=No project or folder matches "
                 "“@0”, but the folder “@1” cannot be read: @2",
-                {mText, Columns::GetPathDisplayName(folder.mPath), reason});
+                {mText, Columns::GetPathDisplayName(PathUtils::AddTrailingSlash(folder.mPath)), reason});
     }
     mTree->SetEmptyText(text);
 }
@@ -151,12 +150,13 @@ void SharedProjectsSearchResultsView::AddHits(const UTF16StringVec& paths) {
     const UTF16String root =
         PathUtils::AddTrailingSlash(PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory()));
     NewRows newRows;
-    for (const UTF16String& path : paths) AddHit(root, PathUtils::ToNormalizedPath(path), newRows);
+    for (const UTF16String& path : paths) AddHit(root, path, newRows);
     newRows.LayOut(*mTree);
 }
 
-void SharedProjectsSearchResultsView::AddHit(const UTF16String& root, const UTF16String& path,
+void SharedProjectsSearchResultsView::AddHit(const UTF16String& root, const UTF16String& hit,
                                              NewRows& newRows) {
+    const UTF16String path = PathUtils::ToNormalizedPath(hit);
     if (!path.starts_with(root)) return;
     const char16_t separator = PathUtils::GetPathSeparator();
     const std::size_t folderSize = path.rfind(separator) + 1;
@@ -171,7 +171,9 @@ void SharedProjectsSearchResultsView::AddHit(const UTF16String& root, const UTF1
         newRows.mLastFolder = path.substr(0, folderSize);
         newRows.mLastFolderRow = parent;
     }
-    if (!FindRow(path)) AddRow(newRows.mLastFolderRow, path, newRows);
+    if (FindRow(path)) return;
+    const bool isFolder = hit.ends_with(separator);
+    AddRow(newRows.mLastFolderRow, isFolder ? PathUtils::AddTrailingSlash(path) : path, newRows);
 }
 
 RowRef SharedProjectsSearchResultsView::AddRow(const RowRef& parent, const UTF16String& key, NewRows& newRows) {
@@ -190,15 +192,17 @@ RowRef SharedProjectsSearchResultsView::GetRowFromPath(const UTF16String& path) 
 }
 
 RowRef SharedProjectsSearchResultsView::FindRow(const UTF16String& path) const {
-    // A folder is keyed as a hit is, or with a separator when it only leads to hits: it is one row either way.
+    // A folder is keyed as a hit is, or with a separator when it only leads to hits or is called like a
+    // project: it is one row either way.
     const auto& rows = mRowToPath.right;
     auto entry = rows.find(PathUtils::RemoveTrailingSlash(path));
-    if (entry == rows.end() && !IsVantorProjectFile(path)) entry = rows.find(PathUtils::AddTrailingSlash(path));
+    if (entry == rows.end()) entry = rows.find(PathUtils::AddTrailingSlash(path));
     return entry == rows.end() ? RowRef() : entry->second;
 }
 
 void SharedProjectsSearchResultsView::OnChanged(const FileSearch::Changes& changes) {
     RemoveHits(changes.mRemovedPaths);
+    RemoveHits(FindHitsOfOtherKind(changes.mPaths));
     UTF16StringVec newHits;
     for (const UTF16String& path : changes.mPaths) {
         if (const RowRef row = FindRow(path))
@@ -210,6 +214,15 @@ void SharedProjectsSearchResultsView::OnChanged(const FileSearch::Changes& chang
     mSelectionAfterRemoval.OnRowsRemoved(
         *mTree, [this](const RowRef& row) { return mRowToPath.left.find(row) != mRowToPath.left.end(); });
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
+}
+
+/// Those whose names stand for a project now where they stood for a folder, or the other way round.
+UTF16StringVec SharedProjectsSearchResultsView::FindHitsOfOtherKind(const UTF16StringVec& paths) const {
+    UTF16StringVec others;
+    for (const UTF16String& path : paths)
+        if (const RowRef row = FindRow(path); row && IsFileRow(row) != IsVantorProjectFile(path))
+            others.push_back(path);
+    return others;
 }
 
 void SharedProjectsSearchResultsView::RemoveHits(const UTF16StringVec& paths) {

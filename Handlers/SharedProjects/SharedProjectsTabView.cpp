@@ -4,6 +4,7 @@
 #include "host/core/DebugDatabase.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/files/PathUtils.h"
 #include "host/framework/Bitmap.h"
 #include "host/framework/DC.h"
 #include "host/framework/Identifiers.h"
@@ -278,7 +279,7 @@ void SharedProjectsTabView::UpdateTabName() {
         SetTitle(Localize("$$$/Vantor/Handlers/ZuProductionFolder/TabTitleWhenNoProductionIsOpen=Production"));
     else
         SetTitle(Localize("$$$/Vantor/Handlers/ZuProductionFolder/TabTitlePrefix=Production: ") +
-                 Columns::GetPathDisplayName(root));
+                 Columns::GetPathDisplayName(PathUtils::AddTrailingSlash(root)));
 }
 
 void SharedProjectsTabView::UpdateControlEnabledStates() {

@@ -51,9 +51,9 @@ bool AskFolderName(UTF16String& name) {
     return true;
 }
 
-/// What a name on a disk of this system can be.
+/// What a folder's name on a disk of this system can be; a project's would mislead.
 bool IsValidName(const UTF16String& name) {
-    return !name.empty() && name != u"." && name != u".." &&
+    return !IsVantorProjectFile(name) && !name.empty() && name != u"." && name != u".." &&
            name.find_first_of(UTF16String{PathUtils::GetPathSeparator(), u'\0'}) == UTF16String::npos;
 }
 

@@ -64,7 +64,9 @@ UTF16String ToNameLines(const UTF16StringVec& paths) {
     constexpr std::size_t kMostLines = 10;
     UTF16String lines;
     for (std::size_t i = 0; i < std::min(paths.size(), kMostLines); ++i)
-        lines += u"\n" + Columns::GetPathDisplayName(paths[i]);
+        lines += u"\n" + Columns::GetPathDisplayName(PathUtils::IsKnownDirectory(paths[i])
+                                                         ? PathUtils::AddTrailingSlash(paths[i])
+                                                         : paths[i]);
     if (paths.size() > kMostLines) lines += u"\n…";
     return lines;
 }

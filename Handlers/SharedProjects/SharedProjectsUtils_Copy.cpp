@@ -37,6 +37,12 @@ void TellItExists() {
                   "$$$/Vantor/Handlers/ZuProductionFolder/FileAlreadyExists=File already exists");
 }
 
+UTF16String MakeUniqueName(const UTF16String& source, const UTF16String& destination) {
+    const UTF16String path =
+        PathUtils::IsDirectory(source) ? PathUtils::AddTrailingSlash(destination) : destination;
+    return Utilities::MakeUniqueFilename(path, 1, u"_", {});
+}
+
 bool IsFolderAbove(const UTF16String& source, const UTF16String& destinationFolder) {
     return PathUtils::IsDirectory(source) &&
            Utilities::IsPathWithinDirectory(PathUtils::ToNormalizedPath(destinationFolder), source, true);
@@ -60,7 +66,7 @@ public:
         } else if (IsEqualFoldingASCII(source, destination)) {
             return;
         } else if (mMakeUniqueNames) {
-            Enter(source, Utilities::MakeUniqueFilename(destination, 1, u"_", {}));
+            Enter(source, MakeUniqueName(source, destination));
         } else {
             Refuse(TellItExists);
         }
@@ -93,7 +99,8 @@ void CopyItem(const UTF16String& source, const UTF16String& destination) {
 
 /// False for a project that stayed where it is.
 bool MoveItem(const UTF16String& source, const UTF16String& destination) {
-    if (IsVantorProjectFile(source)) return MoveProjectAndLockFiles(source, destination);
+    if (IsVantorProjectFile(source) && !PathUtils::IsDirectory(source))
+        return MoveProjectAndLockFiles(source, destination);
     File::Move(source, destination);
     if (PathUtils::IsDirectory(destination)) UpdatePathsOfOpenProjectsAndLockFiles(source, destination);
     return true;

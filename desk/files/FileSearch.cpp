@@ -66,6 +66,12 @@ private:
     std::shared_ptr<int> mToken = std::make_shared<int>();
 };
 
+/// See `FileSearch`.
+UTF16String ToldByPath(const UTF16String& path) {
+    const bool isNamedAsProject = desk::FolderNames::IsProject(std::u16string_view(path));
+    return isNamedAsProject && PathUtils::IsKnownDirectory(path) ? PathUtils::AddTrailingSlash(path) : path;
+}
+
 std::set<UTF16String> FindIn(const desk::FolderNames* names, const desk::FoldedText& text) {
     std::vector<desk::FolderNames::Item> found;
     if (names) names->Find(text, found);
@@ -167,7 +173,7 @@ void Search::Receive(const desk::SearchIndex::News& news) {
     if (news.mContent)
         for (const PropertyMap& item : *news.mContent) {
             const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
-            if (path && IsAccepted(*path)) mChanged.insert(*path);
+            if (path && IsAccepted(*path)) mChanged.insert(ToldByPath(*path));
         }
     if (mState == State::Completed && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
 }
@@ -191,7 +197,7 @@ bool Search::IsAccepted(const UTF16String& path) const {
     using desk::ItemKind;
     const desk::ItemFacts* facts = desk::GetServices().mFolderStore->Find(path);
     if (!facts || facts->mKind == ItemKind::Other || facts->mKind == ItemKind::Link) return false;
-    return mText.IsIn(desk::FolderNames::DisplayNameOf(path));
+    return mText.IsIn(desk::FolderNames::DisplayNameOf(ToldByPath(path)));
 }
 
 /// The first changes at once, then one batch in each pace.

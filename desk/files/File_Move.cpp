@@ -56,13 +56,14 @@ private:
     void Work(desk::WorkProgress& progress) {
         if (!mTrashFolder.empty()) desk::IsTrashFolderThere(*desk::GetServices().mFileSystem, mTrashFolder);
         mIsThere = IsThere();
-        if (!mIsThere || (!mLockPath.empty() && IsHeldByAnother())) return;
+        if (!mIsThere || (!mLockPath.empty() && !mIsFolder && IsHeldByAnother())) return;
         mMove = desk::MoveItem(UTF16to8(mSource), UTF16to8(mDestination), progress);
     }
 
-    bool IsThere() const {
+    bool IsThere() {
         try {
-            desk::GetServices().mFileSystem->Status(UTF16to8(mSource), false);
+            const desk::ItemStatus status = desk::GetServices().mFileSystem->Status(UTF16to8(mSource), false);
+            mIsFolder = status.mKind == desk::ItemKind::Folder;
             return true;
         } catch (const FileException& exception) {
             if (exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR) return false;
@@ -120,6 +121,8 @@ private:
     /// Empty when this process does not hold the lock.
     std::string mHeldNonce;
     bool mIsThere = false;
+    /// A folder can be called like a project.
+    bool mIsFolder = false;
     std::optional<desk::LockRecord> mHolder;
     /// Absent when it was refused.
     std::optional<desk::ItemMove> mMove;

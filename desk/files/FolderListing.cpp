@@ -74,7 +74,7 @@ void FolderListing::TakeEntry(const FolderEntry& entry) {
             mLocked.push_back(std::move(project));
         if (IsHiddenName(entry.mName, entry.mKind)) return;
     }
-    found.mIsProject = IsProjectName(found.mName);
+    found.mIsProject = entry.mKind != ItemKind::Folder && IsProjectName(found.mName);
     const bool isKindOpen = entry.mKind == ItemKind::Unknown || entry.mKind == ItemKind::Link;
     if (!found.mIsProject && !isKindOpen && entry.mKind != ItemKind::Folder) return;
     found.mFacts.mKind = isKindOpen ? ItemKind::Unknown : entry.mKind;

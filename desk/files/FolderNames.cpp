@@ -52,6 +52,10 @@ std::size_t CountHidden(std::basic_string_view<Unit> name) {
     return isProject ? extension.size() : 0;
 }
 
+bool IsFolder(FolderNames::Kind kind) {
+    return kind == FolderNames::Kind::Folder || kind == FolderNames::Kind::FolderLink;
+}
+
 }  // namespace
 
 FoldedText::FoldedText(std::u16string_view text) : mUnits(text), mHasBytes(!HasHalfPairs(text)) {
@@ -97,7 +101,7 @@ std::size_t FoldedText::FindIn(std::string_view bytes, std::size_t begin) const 
 
 void FolderNames::Maker::Add(std::string_view name, Kind kind) {
     Section& section = mSections[static_cast<int>(kind)];
-    const std::size_t hidden = CountHidden(name);
+    const std::size_t hidden = IsFolder(kind) ? 0 : CountHidden(name);
     const std::string_view ending = name.substr(name.size() - hidden);
     const std::string_view expected = kind == Kind::Project ? ProjectExtension() : std::string_view();
     if (ending != expected)
@@ -140,9 +144,10 @@ bool FolderNames::IsProject(std::u16string_view name) {
 }
 
 std::u16string_view FolderNames::DisplayNameOf(std::u16string_view path) {
-    if (path.ends_with(u'/')) path.remove_suffix(1);
+    const bool isFolder = path.ends_with(u'/');
+    if (isFolder) path.remove_suffix(1);
     const std::u16string_view name = path.substr(path.rfind(u'/') + 1);
-    return name.substr(0, name.size() - CountHidden(name));
+    return isFolder ? name : name.substr(0, name.size() - CountHidden(name));
 }
 
 FolderNames::Kind FolderNames::KindAt(std::size_t begin) const {
@@ -160,13 +165,20 @@ host::UTF16String FolderNames::PathOf(std::size_t begin, std::size_t end) const 
     return JoinPath<host::UTF16String>(mFolder, host::UTF8to16(name));
 }
 
+FolderNames::Item FolderNames::ItemAt(std::size_t begin, std::size_t end) const {
+    Item item{PathOf(begin, end), KindAt(begin)};
+    if (IsFolder(item.mKind) && CountHidden(std::string_view(mBytes).substr(begin, end - begin)) != 0)
+        item.mPath += u'/';
+    return item;
+}
+
 void FolderNames::Find(const FoldedText& text, std::vector<Item>& found) const {
     if (!text.mHasBytes || text.mBytes.empty()) return FindByUnits(text, found);
     if (text.mBytes.find(kSeparator) != std::string::npos) return;
     for (std::size_t place = 0; (place = text.FindIn(mBytes, place)) != FoldedText::kNowhere; ++place) {
         const std::size_t begin = mBytes.rfind(kSeparator, place) + 1;
         const std::size_t end = mBytes.find(kSeparator, place);
-        found.push_back({PathOf(begin, end), KindAt(begin)});
+        found.push_back(ItemAt(begin, end));
         place = end;
     }
 }
@@ -176,7 +188,7 @@ void FolderNames::FindByUnits(const FoldedText& text, std::vector<Item>& found) 
     for (std::size_t begin = 0; begin < mBytes.size();) {
         const std::size_t end = mBytes.find(kSeparator, begin);
         if (text.IsIn(host::UTF8to16(std::string_view(mBytes).substr(begin, end - begin))))
-            found.push_back({PathOf(begin, end), KindAt(begin)});
+            found.push_back(ItemAt(begin, end));
         begin = end + 1;
     }
 }

@@ -50,6 +50,7 @@ public:
         Link
     };
     struct Item {
+        /// Of a folder that is called like a project, with a separator at its end.
         host::UTF16String mPath;
         Kind mKind;
     };
@@ -78,7 +79,7 @@ public:
     /// True for the name of a project.
     static bool IsProject(std::string_view name);
     static bool IsProject(std::u16string_view name);
-    /// What is displayed of the item at `path`, with or without a separator behind it.
+    /// What is displayed of the item at `path`; what has a separator behind it is no project.
     static std::u16string_view DisplayNameOf(std::u16string_view path);
 
     /// The folder's path.
@@ -92,6 +93,7 @@ public:
 private:
     Kind KindAt(std::size_t begin) const;
     host::UTF16String PathOf(std::size_t begin, std::size_t end) const;
+    Item ItemAt(std::size_t begin, std::size_t end) const;
     void FindByUnits(const FoldedText& text, std::vector<Item>& found) const;
 
     host::UTF16String mFolder;

@@ -78,7 +78,7 @@ ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, boo
         update.mSystemError = exception.SystemError();
         return update;
     }
-    const bool isProject = IsProjectName(name);
+    const bool isProject = update.mFacts.mKind != ItemKind::Folder && IsProjectName(name);
     update.mIsGone =
         IsHiddenName(bytes, update.mFacts.mKind) || (!isProject && update.mFacts.mKind != ItemKind::Folder);
     if (isProject && lookForLock && !update.mIsGone) {

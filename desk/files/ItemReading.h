@@ -26,7 +26,7 @@ struct ItemUpdate {
     host::PropertyMap mProperties;
 };
 
-/// True for what the store keeps by its name alone.
+/// True for what the store keeps by its name alone, unless it is known to be a folder.
 bool IsProjectName(const host::UTF16String& name);
 
 /// The path of a project's lock file, in bytes.

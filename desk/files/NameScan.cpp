@@ -42,12 +42,13 @@ public:
 };
 
 /// A link counts as what it leads to; what leads nowhere is not found.
-bool IsFound(const FolderNames::Item& item) {
+bool IsFound(FolderNames::Item& item) {
     if (item.mKind != FolderNames::Kind::Link) return true;
     const std::string path = host::UTF16to8(item.mPath);
     const ItemKind kind = ResolveKind(path, ItemKind::Link);
-    const bool isItem =
-        kind == ItemKind::Folder || (kind == ItemKind::File && host::IsVantorProjectFile(item.mPath));
+    const bool isNamedAsProject = host::IsVantorProjectFile(item.mPath);
+    const bool isItem = kind == ItemKind::Folder || (kind == ItemKind::File && isNamedAsProject);
+    if (kind == ItemKind::Folder && isNamedAsProject) item.mPath += u'/';
     return isItem && !IsHiddenName(std::string_view(path).substr(path.rfind('/') + 1), kind);
 }
 
@@ -63,9 +64,10 @@ struct Part {
         for (std::size_t i = mBegin; i < mEnd; ++i) {
             found.clear();
             folders[i]->mNames->Find(text, found);
-            std::erase_if(found, [](const FolderNames::Item& item) { return !IsFound(item); });
-            for (FolderNames::Item& item : found) mHits.push_back(std::move(item.mPath));
-            if (!found.empty() && !folders[i]->mIsFollowed)
+            const std::size_t before = mHits.size();
+            for (FolderNames::Item& item : found)
+                if (IsFound(item)) mHits.push_back(std::move(item.mPath));
+            if (mHits.size() > before && !folders[i]->mIsFollowed)
                 mNotFollowedWithHits.push_back(folders[i]->mNames->Folder());
         }
     }

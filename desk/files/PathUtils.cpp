@@ -120,6 +120,11 @@ bool IsDirectory(const UTF16String& path) {
     }
 }
 
+bool IsKnownDirectory(const UTF16String& path) {
+    const desk::KnownItem known = desk::FindKnownItem(path);
+    return known.mFacts && known.mFacts->mKind == desk::ItemKind::Folder;
+}
+
 bool ExistsOnDisk(const UTF16String& path, bool followLink) {
     desk::KnownItem known = desk::FindKnownItem(path);
     if (known.mIsAbsent) return false;

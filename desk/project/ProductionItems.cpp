@@ -59,8 +59,9 @@ void AddProjectToZuProduction(const UTF16String& path, const UTF16String& destin
 
 UTF16String GetZuProductionItemCopyPath(const UTF16String& path, const UTF16StringVec& existingNames) {
     const auto isTaken = IsTakenIn(existingNames);
+    const UTF16String normalized = PathUtils::ToNormalizedPath(path);
     return desk::MakeCopyPath(
-        PathUtils::ToNormalizedPath(path),
+        PathUtils::IsDirectory(normalized) ? PathUtils::AddTrailingSlash(normalized) : normalized,
         ZString("$$$/Vantor/Desk/Project/CopyName=copy#{after the name of what was copied}"),
         [&](const UTF16String& candidate) {
             const desk::CopyQueue* queue = desk::CopyQueue::Current();
@@ -75,8 +76,10 @@ bool Utilities::IsPathWithinDirectory(const UTF16String& path, const UTF16String
 
 UTF16String Utilities::MakeUniqueFilename(const UTF16String& path, int startNumber,
                                           const UTF16String& separator, const UTF16StringVec& namesToAvoid) {
-    return desk::MakeUniquePath(PathUtils::ToNormalizedPath(path), startNumber, separator,
-                                IsTakenIn(namesToAvoid));
+    const UTF16String normalized = PathUtils::ToNormalizedPath(path);
+    const bool isFolder = path.ends_with(PathUtils::GetPathSeparator());
+    return desk::MakeUniquePath(isFolder ? PathUtils::AddTrailingSlash(normalized) : normalized, startNumber,
+                                separator, IsTakenIn(namesToAvoid));
 }
 
 }  // namespace host

@@ -47,6 +47,25 @@ int TakeCopyNumber(host::UTF16String& stem, const host::UTF16String& ending) {
     return std::max(number, 1);
 }
 
+NameParts PartsOf(const host::UTF16String& path) {
+    const host::UTF16String name = host::PathUtils::GetFullFilePart(host::PathUtils::RemoveTrailingSlash(path));
+    return path.ends_with(host::PathUtils::GetPathSeparator()) ? NameParts{name, {}} : SplitName(name);
+}
+
+host::UTF16String FolderPartOf(const host::UTF16String& path) {
+    return host::PathUtils::GetFullDirectoryPart(host::PathUtils::RemoveTrailingSlash(path));
+}
+
+/// See `MakeUniquePath`.
+host::UTF16String MakeUnique(const host::UTF16String& folder, const NameParts& parts, int startNumber,
+                             const host::UTF16String& separator,
+                             const std::function<bool(const host::UTF16String&)>& isTaken) {
+    for (long long number = startNumber;; ++number) {
+        host::UTF16String unique = folder + MakeName(parts, separator + host::NumberToString(number));
+        if (!isTaken(unique)) return unique;
+    }
+}
+
 }  // namespace
 
 NameParts SplitName(std::u16string_view name) {
@@ -79,26 +98,20 @@ bool IsTaken(FileSystem& fileSystem, const host::UTF16String& path) {
 host::UTF16String MakeUniquePath(const host::UTF16String& path, int startNumber,
                                  const host::UTF16String& separator,
                                  const std::function<bool(const host::UTF16String&)>& isTaken) {
-    const host::UTF16String folder = host::PathUtils::GetFullDirectoryPart(path);
-    const NameParts parts = SplitName(host::PathUtils::GetFullFilePart(path));
-    for (long long number = startNumber;; ++number) {
-        host::UTF16String unique = folder + MakeName(parts, separator + host::NumberToString(number));
-        if (!isTaken(unique)) return unique;
-    }
+    return MakeUnique(FolderPartOf(path), PartsOf(path), startNumber, separator, isTaken);
 }
 
 host::UTF16String MakeCopyPath(const host::UTF16String& path, const host::UTF16String& word,
                                const std::function<bool(const host::UTF16String&)>& isTaken) {
-    const host::UTF16String folder = host::PathUtils::GetFullDirectoryPart(path);
-    NameParts parts = SplitName(host::PathUtils::GetFullFilePart(path));
+    const host::UTF16String folder = FolderPartOf(path);
+    NameParts parts = PartsOf(path);
     const host::UTF16String ending = u' ' + word;
     const int number = TakeCopyNumber(parts.mStem, ending);
     if (number == 0) {
         host::UTF16String first = folder + MakeName(parts, ending);
         if (!isTaken(first)) return first;
     }
-    return MakeUniquePath(folder + parts.mStem + parts.mExtension, std::max(number, 1) + 1, ending + u' ',
-                          isTaken);
+    return MakeUnique(folder, parts, std::max(number, 1) + 1, ending + u' ', isTaken);
 }
 
 }  // namespace desk

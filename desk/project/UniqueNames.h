@@ -29,6 +29,8 @@ ZUHOST_API host::UTF16String MakeName(const NameParts& parts, const host::UTF16S
 /// answer. Waits for the volume; any thread.
 ZUHOST_API bool IsTaken(FileSystem& fileSystem, const host::UTF16String& path);
 
+// A path with a separator at its end is a folder's: its name has no extension.
+
 /// `path` with `separator` and the first number from `startNumber` on for which `isTaken`, which is given the
 /// new path, says false. Any thread.
 ZUHOST_API host::UTF16String MakeUniquePath(const host::UTF16String& path, int startNumber,

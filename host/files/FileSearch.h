@@ -10,7 +10,8 @@
 namespace host {
 
 /// A search of folders and all folders below them, on worker threads; symbolic links to folders are found but
-/// not entered.
+/// not entered. What is found is told by its path: that of a folder that is called like a project has a
+/// separator at its end.
 class ZUHOST_API FileSearch {
 public:
     /// What has changed since a search was completed.
@@ -69,7 +70,8 @@ public:
                                                                          Parameters parameters,
                                                                          Completion completion);
 
-    /// True when the displayed name of the item at `path` (a project's is without its extension) contains
+    /// True when the displayed name of the item at `path` (a project's is without its extension; what has a
+    /// separator at the end of its path is none) contains
     /// `text`, the case of the letters A to Z ignored; all else must be the same. Any thread.
     static bool IsMatch(const UTF16String& path, const UTF16String& text);
 

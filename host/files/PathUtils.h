@@ -37,6 +37,10 @@ ZUHOST_API char16_t GetPathSeparator();
 /// cannot be told. UI thread.
 ZUHOST_API bool IsDirectory(const UTF16String& path);
 
+/// True when the fresh facts of a listed folder say that a folder stands at `path`. False for what they do not
+/// tell; asks nobody and waits for nothing. UI thread.
+ZUHOST_API bool IsKnownDirectory(const UTF16String& path);
+
 /// True when something stands at `path`; a symbolic link is followed when `followLink` is set. From
 /// fresh facts where there are any, else asks the disk: may wait for the volume. UI thread.
 ZUHOST_API bool ExistsOnDisk(const UTF16String& path, bool followLink);

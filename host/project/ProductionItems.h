@@ -44,7 +44,8 @@ namespace Utilities {
 ZUHOST_API bool IsPathWithinDirectory(const UTF16String& path, const UTF16String& folder, bool orIsFolder);
 
 /// A free path made from `path`: the name with `separator` and the first number from `startNumber` on that
-/// makes it free, before the project extension ("x.zuproj" becomes "x_1.zuproj", a folder "x" becomes "x_1"). A
+/// makes it free, before the project extension ("x.zuproj" becomes "x_1.zuproj", a folder "x" becomes "x_1"; a
+/// path with a separator at its end is a folder's, whatever its name). A
 /// name is taken when it is in `namesToAvoid` (compared exactly), or when something stands there on disk (links
 /// are not followed), as the volume itself sees letter case. On a volume that fails or does not answer for five
 /// seconds every name counts as free: whatever is made there replaces nothing. A name that would grow beyond

@@ -10,7 +10,8 @@ ZUHOST_API const UTF16String& GetProjectFileExtension();
 
 /// True when the name of `path` is a project file's: the project extension (ASCII letter case ignored)
 /// behind at least one other character, no separator at the end, at most 255 bytes long on the disk.
-/// Judges the name only. Any thread.
+/// Judges the name only: a folder can be called so too, and who knows what stands there asks that first. Where
+/// only the path is handed on, a folder's has a separator at its end. Any thread.
 ZUHOST_API bool IsVantorProjectFile(const UTF16String& path);
 
 /// Natural order of names: runs of digits by their numeric value (of any length), the rest by the

@@ -92,11 +92,49 @@ TEST_F(CommandsTest, ANewFolderGoesIntoTheSelectedFolderOrBesideTheSelectedProje
     EXPECT_NE(mFolder.Read("usage.jsonl").find("NewFolder"), std::string::npos);
 }
 
+TEST_F(CommandsTest, AFolderThatIsCalledLikeAProjectIsAFolder) {
+    for (const bool areKindsHidden : {false, true}) {
+        mDisk.HideKinds(areKindsHidden);
+        OpenProduction(areKindsHidden ? "South Shore" : "North Shore");
+        MakeProject("Day.zuproj/Scene 1");
+        MakeProject("A");
+        ASSERT_TRUE(Shows({"A", "Day.zuproj"}));
+        EXPECT_EQ(Says("Day.zuproj"), "Day.zuproj, folder");
+        OpenFolder("Day.zuproj");
+        EXPECT_TRUE(Shows({"A", "Day.zuproj", "  Scene 1"}));
+        Select({"Day.zuproj"});
+        EXPECT_EQ(EnabledOf({kOpen, kMakeACopy, kMoveToTrash}), (std::vector<int>{kMakeACopy, kMoveToTrash}));
+        Send(kMakeACopy);
+        ASSERT_TRUE(Shows([&] { return FindRow("Day.zuproj copy") != nullptr; }));
+        EXPECT_EQ(Bytes("Day.zuproj copy/Scene 1"), "project");
+        TypeSearch(QStringLiteral("zuproj"));
+        EXPECT_EQ(ShownHits(), (Rows{"Day.zuproj", "Day.zuproj copy"}));
+        TypeSearch(QStringLiteral("scene"));
+        EXPECT_EQ(ShownHits(), (Rows{"Day.zuproj", "  Scene 1", "Day.zuproj copy", "  Scene 1"}));
+        TypeSearch({});
+        for (const char* trashed : {"Trash/Day.zuproj/Scene 1", "Trash/Day.zuproj_1/Scene 1"}) {
+            ASSERT_TRUE(Shows([&] { return FindRow("Day.zuproj") != nullptr; }));
+            Select({"Day.zuproj"});
+            Send(kMoveToTrash);
+            EXPECT_TRUE(mFolder.Exists(OnDisk(trashed) + ".zuproj"));
+            MakeProject("Day.zuproj/Scene 1");
+        }
+        // A name may come to stand for another kind of item.
+        RemoveProject("A");
+        MakeFolder("A.zuproj");
+        EXPECT_TRUE(Shows([&] { return FindRow("A") && Says("A") == "A.zuproj, folder"; }));
+        mFolder.Remove(OnDisk("A.zuproj"));
+        MakeProject("A");
+        EXPECT_TRUE(Shows([&] { return FindRow("A") && Says("A") == "A"; }));
+    }
+}
+
 TEST_F(CommandsTest, NamesThatCannotBe) {
     OpenProductionWith({"Reels/"});
     const DiskTree before = OnDiskNow();
-    for (const UTF16String& name : {UTF16String(), UTF16String(u"  \t"), UTF16String(u"a/b"), UTF16String(u"."),
-                                    UTF16String(u" .. "), UTF16String(u"a\0b", 3)}) {
+    for (const UTF16String& name :
+         {UTF16String(), UTF16String(u"  \t"), UTF16String(u"a/b"), UTF16String(u"."), UTF16String(u" .. "),
+          UTF16String(u"a\0b", 3), UTF16String(u"Day.ZUPROJ")}) {
         mDialogs.ExpectText("New Folder", name);
         mDialogs.ExpectMessage("Invalid Name");
         Send(kNewFolder);

@@ -206,8 +206,10 @@ protected:
         return row;
     }
     Rows ShownRows() {
-        return IndentedNames(*Tree(),
-                             [this](const RowRef& row) { return DirectoryView().GetRowPath(row.get()); });
+        return IndentedNames(*Tree(), [this](const RowRef& row) {
+            const UTF16String path = DirectoryView().GetRowPath(row.get());
+            return DirectoryView().IsFileRow(row) ? path : PathUtils::AddTrailingSlash(path);
+        });
     }
     Rows ShownHits() {
         return IndentedNames(*SearchView().GetTree(),

@@ -45,8 +45,8 @@ TEST(FolderNamesTest, FindsWhatEachNameContainsAndKeepsItsPathAndKind) {
     maker.Add(std::string_view("Reel link"), Kind::FolderLink);
     const auto names = std::move(maker).Make();
     EXPECT_EQ(Find(*names, u"REEL"), (std::set<std::string>{"/p/Reel 1.zuproj", "/p/reel 2.ZuProj",
-                                                            "/p/Reels.zuproj", "/p/Reel link"}));
-    EXPECT_EQ(Find(*names, u"zuproj"), std::set<std::string>{"/p/zuproj"});
+                                                            "/p/Reels.zuproj/", "/p/Reel link"}));
+    EXPECT_EQ(Find(*names, u"zuproj"), (std::set<std::string>{"/p/zuproj", "/p/Reels.zuproj/"}));
     for (const char16_t* text : {u"1/r", u"/", u"el 1.", u"zuproj/"})
         EXPECT_EQ(Find(*names, text), std::set<std::string>{}) << host::UTF16to8(text);
     EXPECT_EQ(Find(*names, u"").size(), 5u);

@@ -33,6 +33,7 @@ TEST_F(UniqueNamesTest, CountsUpBeforeTheProjectExtensionUntilNothingStandsThere
     EXPECT_EQ(Unique("x.ZUPROJ", 7), "x_7.ZUPROJ");
     EXPECT_EQ(Unique("Day 1.5"), "Day 1.5_1");
     EXPECT_EQ(Unique(".zuproj"), ".zuproj_1") << "nothing before the extension";
+    EXPECT_EQ(Unique("x.zuproj/"), "x.zuproj_1") << "a folder";
     mFolder.Write("x_1.zuproj");
     std::filesystem::create_symlink("nowhere", mFolder.Path("x_2.zuproj"));
     mFolder.MakeFolder("x_3.zuproj");
