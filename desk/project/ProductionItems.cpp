@@ -61,7 +61,7 @@ UTF16String GetZuProductionItemCopyPath(const UTF16String& path, const UTF16Stri
     const auto isTaken = IsTakenIn(existingNames);
     const UTF16String normalized = PathUtils::ToNormalizedPath(path);
     return desk::MakeCopyPath(
-        PathUtils::IsDirectory(normalized) ? PathUtils::AddTrailingSlash(normalized) : normalized,
+        PathUtils::IsKnownDirectory(normalized) ? PathUtils::AddTrailingSlash(normalized) : normalized,
         ZString("$$$/Vantor/Desk/Project/CopyName=copy#{after the name of what was copied}"),
         [&](const UTF16String& candidate) {
             const desk::CopyQueue* queue = desk::CopyQueue::Current();
