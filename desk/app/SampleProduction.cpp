@@ -13,8 +13,7 @@
 #include <string_view>
 
 #include "desk/core/Profile.h"
-#include "desk/core/Services.h"
-#include "desk/files/FileSystem.h"
+#include "desk/files/VolumeMove.h"
 #include "desk/project/LockRecord.h"
 #include "host/files/FileException.h"
 #include "host/project/ProjectFiles.h"
@@ -222,7 +221,9 @@ std::string EnsureSampleProduction(const std::string& folder, const std::string&
     const std::string unfinished = folder + '/' + UnfinishedName(getpid());
     try {
         Fill(unfinished, trashName);
-        GetServices().mFileSystem->RenameNew(unfinished, path);
+        MoveOnVolume(unfinished, path);
+    } catch (const MoveInDoubt&) {
+        throw;  // It may be what stands at `path` by now.
     } catch (const FileException&) {
         fs::remove_all(unfinished, ignored);
         if (!fs::exists(fs::symlink_status(path, ignored))) throw;  // Else another process was first.

@@ -7,6 +7,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/Services.h"
 #include "desk/files/FileSystem.h"
+#include "desk/files/VolumeMove.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 
@@ -38,7 +39,7 @@ std::string SetAside(const std::string& path) {
     for (int n = 1; n <= 1000; ++n) {
         const std::string aside = path + ".unreadable-" + std::to_string(n);
         try {
-            GetServices().mFileSystem->RenameNew(path, aside);
+            MoveOnVolume(path, aside);
             return aside;
         } catch (const host::FileException& exception) {
             if (exception.SystemError() == EEXIST) continue;

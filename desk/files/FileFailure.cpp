@@ -7,6 +7,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/UserNotice.h"
 #include "desk/files/HostNames.h"
+#include "desk/files/VolumeMove.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 
@@ -31,6 +32,11 @@ void Tell(const char* key, const host::UTF16String& path, const host::FileExcept
     TellUser(host::ZString(key, {host::PathUtils::GetFullFilePart(path), DescribeReason(exception)}));
 }
 
+void TellInDoubt(const host::UTF16String& text, const MoveInDoubt& doubt) {
+    Log(LogLevel::Warning, doubt.what());
+    TellUser(text);
+}
+
 }  // namespace
 
 host::UTF16String DescribeReason(const host::FileException& exception) {
@@ -52,11 +58,26 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
     }
 }
 
+host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path, const host::UTF16String& destination,
+                                       const host::FileException& reason) {
+    return host::ZString("$$$/Vantor/Desk/Copies/InDoubt=“@0” may or may not have been copied to “@1”. @2",
+                         {host::PathUtils::GetFullFilePart(path), destination, DescribeReason(reason)});
+}
+
 void TellNotCopied(const host::UTF16String& path, const host::FileException& exception) {
+    if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception))
+        return TellInDoubt(DescribeDoubtfulCopy(path, doubt->To(), *doubt), *doubt);
     Tell("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1", path, exception);
 }
 
 void TellNotMoved(const host::UTF16String& path, const host::FileException& exception) {
+    if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception))
+        return TellInDoubt(
+            host::ZString(
+                "$$$/Vantor/Desk/Files/InDoubt=“@0” may or may not have been moved: it stands at “@1”, at "
+                "“@2”, or at both. @3",
+                {host::PathUtils::GetFullFilePart(path), doubt->From(), doubt->To(), DescribeReason(*doubt)}),
+            *doubt);
     Tell("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", path, exception);
 }
 

@@ -9,8 +9,15 @@ namespace desk {
 /// Why an operation on the disk failed, as a sentence for the user (localised). UI thread.
 ZUHOST_API host::UTF16String DescribeReason(const host::FileException& exception);
 
-/// Tells the user that the item at `path` was not copied or not moved, and why; nothing when it was the user
-/// that cancelled. The log has operation, path and reason. UI thread.
+/// For a copy of `path` of which it is not known whether it stands at `destination`: a sentence for the user
+/// (localised). UI thread.
+ZUHOST_API host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path,
+                                                  const host::UTF16String& destination,
+                                                  const host::FileException& reason);
+
+/// Tells the user that the item at `path` was not copied or not moved, and why, or that it may have been and
+/// where it may stand (`MoveInDoubt`); nothing when it was the user that cancelled. The log has operation, path
+/// and reason. UI thread.
 ZUHOST_API void TellNotCopied(const host::UTF16String& path, const host::FileException& exception);
 ZUHOST_API void TellNotMoved(const host::UTF16String& path, const host::FileException& exception);
 

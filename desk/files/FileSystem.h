@@ -28,6 +28,8 @@ struct ItemStatus {
     std::optional<std::int64_t> mCreated;
     /// Permission bits (07777).
     unsigned mMode = 0;
+    /// Some volumes make it up anew for every look.
+    std::uint64_t mInode = 0;
 };
 
 /// Told while a file is copied: the bytes copied since the last call. False stops the copy.
@@ -67,11 +69,11 @@ public:
     virtual void RemoveFile(const std::string& path) = 0;
     /// Makes a folder with this mode, less what the process's umask takes away.
     virtual void CreateFolder(const std::string& path, unsigned mode = 0777) = 0;
-    /// Renames a file, link or folder without replacing; throws with EEXIST when `to` exists. In one atomic
-    /// step where the volume can (renameat2(2)), else by link and unlink, and where there are no links (folders
-    /// never have any) by a look at `to` and rename(2). Its reply can be lost: see `MoveOnVolume`.
-    virtual void RenameNew(const std::string& from, const std::string& to) = 0;
-
+    /// Renames a file, link or folder in one step that replaces nothing (renameat2(2) with RENAME_NOREPLACE):
+    /// throws with EEXIST when something stands at `to`, EXDEV when that is on another volume, and EINVAL,
+    /// ENOSYS or EOPNOTSUPP where the volume has no such rename (EINVAL also for a folder that is to go into
+    /// itself). Its reply can be lost: `MoveOnVolume` is what moves.
+    virtual void RenameNoReplace(const std::string& from, const std::string& to) = 0;
     /// Renames a file, link or folder (rename(2)) in one step. A file or link at `to` is replaced, an empty
     /// folder by a folder; throws with ENOTEMPTY or EEXIST for any other folder. Its reply can be lost.
     virtual void Rename(const std::string& from, const std::string& to) = 0;
@@ -114,9 +116,9 @@ public:
     virtual std::string ResolveLinks(const std::string& path) = 0;
     /// The file system's type number (statfs(2) f_type) of the volume that holds `path`.
     virtual long VolumeType(const std::string& path) = 0;
-    /// Waits until this machine has forgotten the names and attributes that it knew of the volume of `path` when
-    /// this was called: for as long as the mount says that they are kept (`FindCacheTime`), which is not at all
-    /// on a volume of this machine. False, after five seconds, when they are kept longer. Never throws.
+    /// Waits until this machine has forgotten the names and attributes that it knew of the volume of `path`
+    /// when this was called: for as long as the mount says that they are kept (`FindCacheTime`), which is not
+    /// at all on a volume of this machine. False, after five seconds, when they are kept longer. Never throws.
     virtual bool WaitForCaches(const std::string& path) noexcept = 0;
 };
 

@@ -46,6 +46,7 @@ public:
                 [this](desk::WorkProgress& progress) { Work(progress); });
         } catch (const FileException& exception) {
             desk::TellNotMoved(mSource, exception);
+            LookAgain();
             throw;
         }
         return mMove ? Finish() : Refuse();
@@ -99,17 +100,39 @@ private:
 
     int Finish() const {
         const desk::MovedItem item{UTF16to8(mSource), UTF16to8(mDestination), mMove->mIsFolder};
-        if (item.mIsFolder) desk::LockKeeper::Instance().FollowMove(item.mFrom, item.mTo);
+        std::vector<desk::LockRemains> locks;
+        if (item.mIsFolder) locks = desk::LockKeeper::Instance().FollowMove(item.mFrom, item.mTo);
         desk::NoteMove(item);
+        if (!mMove->mLeftBehind.mPath.empty()) {
+            GiveUpThere(locks);
+            TellLeftBehind(mMove->mLeftBehind);
+        }
+        LookAgain();
+        return 0;
+    }
+
+    /// This process goes on with its locks at the new place: what is left at the old one is anybody's.
+    static void GiveUpThere(const std::vector<desk::LockRemains>& locks) {
+        if (locks.empty()) return;
+        desk::RunLongWork(ZString("$$$/Desk/Project/Locking=Locking Project"), [&](desk::WorkProgress&) {
+            desk::LockProtocol protocol(*desk::GetServices().mFileSystem, *desk::GetServices().mDesktop);
+            for (const desk::LockRemains& lock : locks) protocol.Release(lock.mPath, lock.mNonce);
+        });
+    }
+
+    void LookAgain() const {
         desk::LookAgainAround(mSource);
         desk::LookAgainAround(mDestination);
-        if (!mMove->mLeftBehind.empty())
-            desk::TellUser(
-                ZString("$$$/Vantor/Desk/Files/LeftBehind=“@0” was moved, but a part of it also stands where "
-                        "it was. @1",
-                        {PathUtils::GetFullFilePart(mSource),
-                         desk::DescribeReason({"remove", UTF8to16(mMove->mLeftBehind), mMove->mSystemError})}));
-        return 0;
+    }
+
+    void TellLeftBehind(const desk::LeftBehind& left) const {
+        const UTF16String path = UTF8to16(left.mPath);
+        const char* const text =
+            left.mIsInDoubt
+                ? "$$$/Vantor/Desk/Files/LeftBehindPerhaps=“@0” was moved to “@1”, but “@2” may also still be there. @3"
+                : "$$$/Vantor/Desk/Files/LeftBehind=“@0” was moved to “@1”, but “@2” is also still there. @3";
+        desk::TellUser(ZString(text, {PathUtils::GetFullFilePart(mSource), mDestination, path,
+                                      desk::DescribeReason({"remove", path, left.mSystemError})}));
     }
 
     const UTF16String mSource;

@@ -30,16 +30,6 @@ FileSystem& Disk() {
     return *GetServices().mFileSystem;
 }
 
-void ThrowIfTaken(const std::string& destination) {
-    try {
-        Disk().Status(destination, false);
-    } catch (const host::FileException& exception) {
-        if (exception.SystemError() == ENOENT) return;
-        throw;
-    }
-    ThrowFileException("copy to", destination, EEXIST);
-}
-
 std::string_view NameOf(std::string_view path) {
     return path.substr(path.rfind('/') + 1);
 }
@@ -48,11 +38,13 @@ std::string_view NameOf(std::string_view path) {
 
 PartFile::PartFile(const std::string& destination)
     : mDestination(destination), mPath(JoinPath<std::string>(FolderOf(destination), MakeTemporaryName())) {
-    ThrowIfTaken(destination);
+    ThrowIfTaken(Disk(), "copy to", destination);
 }
 
 PartFile::~PartFile() {
-    if (mIsBegun && !mIsPublished) Remove();
+    if (mState == State::Begun || (mState == State::PublishedPerhaps && !mIsFolder)) Remove();
+    if (mState == State::PublishedPerhaps && mIsFolder)
+        Log(LogLevel::Warning, "not removed, since it may be what was published: " + mPath);
 }
 
 std::string PartFile::PathOf(const TreeItem& item) const {
@@ -61,7 +53,8 @@ std::string PartFile::PathOf(const TreeItem& item) const {
 
 void PartFile::Copy(ItemTree& tree, WorkProgress& progress) {
     mProgress = &progress;
-    mIsBegun = true;
+    mState = State::Begun;
+    mIsFolder = tree.IsFolder();
     const bool isFlushedEach = ShouldFlushEach(tree);
     CopyFolders(tree);
     CopyFiles(tree, isFlushedEach);
@@ -122,24 +115,23 @@ void PartFile::FinishFolders(const ItemTree& tree, bool isFlushed) {
     }
 }
 
-void PartFile::Publish() {
-    MoveOnVolume(mPath, mDestination);
-    mIsPublished = true;
-}
-
-void PartFile::TakeBack() noexcept {
+VolumeMove PartFile::Publish() {
+    mState = State::PublishedPerhaps;
     try {
-        MoveOnVolume(mDestination, mPath);
-    } catch (const host::FileException& exception) {
-        Log(LogLevel::Error, std::string("a copy could not be taken back: ") + exception.what());
-        return;
+        const VolumeMove move = MoveOnVolume(mPath, mDestination);
+        mState = State::Published;
+        if (move.mOldPlace != Presence::Gone)
+            Log(LogLevel::Warning, "the hidden name of what was copied may not have been removed: " + mPath);
+        return move;
+    } catch (const MoveInDoubt&) {
+        throw;
+    } catch (const host::FileException&) {
+        mState = State::Begun;
+        throw;
     }
-    mIsPublished = false;
-    Remove();
 }
 
 void PartFile::Remove() noexcept {
-    mIsBegun = false;
     // A volume that has just failed may fail again.
     for (int tries = 1; tries <= kTries; ++tries) {
         try {

@@ -3,13 +3,16 @@
 #include <string>
 
 #include "desk/files/ItemTree.h"
+#include "desk/files/VolumeMove.h"
 
 namespace desk {
 
 class WorkProgress;
 
 /// A copy in the making: a file, link or folder under a hidden name beside its destination. What has not been
-/// published when it is destroyed is removed. For a worker.
+/// published when it is destroyed is removed. When it is not known whether it was published, a folder stays:
+/// what is removed in it may be removed from what has its name by now. Where it stays under its hidden name,
+/// the log says so, and a sweep of what processes have left removes it. For a worker.
 class PartFile {
 public:
     /// Makes nothing yet. Throws with EEXIST when something stands at `destination`: before anything is copied;
@@ -22,12 +25,12 @@ public:
     /// Copies all of `tree` but its pipes and devices, and makes it durable. The status of each file becomes
     /// what was copied of it. Adds to what `progress` has done.
     void Copy(ItemTree& tree, WorkProgress& progress);
-    /// Gives it its name; throws with EEXIST when that is taken.
-    void Publish();
-    /// Takes the name away again, and all that was made.
-    void TakeBack() noexcept;
+    /// Gives it its name (`MoveOnVolume`): throws with EEXIST when that is taken.
+    VolumeMove Publish();
 
 private:
+    enum class State { NotBegun, Begun, PublishedPerhaps, Published };
+
     void CopyFolders(const ItemTree& tree);
     void CopyFiles(ItemTree& tree, bool isFlushed);
     void CopyFile(const ItemTree& tree, TreeItem& file, bool isFlushed);
@@ -38,8 +41,8 @@ private:
 
     const std::string mDestination;
     const std::string mPath;
-    bool mIsBegun = false;
-    bool mIsPublished = false;
+    State mState = State::NotBegun;
+    bool mIsFolder = false;
     WorkProgress* mProgress = nullptr;
 };
 

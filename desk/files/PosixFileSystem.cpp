@@ -100,7 +100,7 @@ void PosixFileSystem::TryFolder(const std::string& path) {
 ItemStatus PosixFileSystem::Status(const std::string& path, bool followLink) {
     struct statx facts;
     int flags = AT_STATX_SYNC_AS_STAT | (followLink ? 0 : AT_SYMLINK_NOFOLLOW);
-    unsigned wanted = STATX_TYPE | STATX_MODE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
+    unsigned wanted = STATX_TYPE | STATX_MODE | STATX_SIZE | STATX_MTIME | STATX_BTIME | STATX_INO;
     if (RetryInterrupted([&] { return ::statx(AT_FDCWD, path.c_str(), flags, wanted, &facts); }) != 0)
         ThrowFileException("read status of", path, errno);
     ItemStatus status;
@@ -108,6 +108,7 @@ ItemStatus PosixFileSystem::Status(const std::string& path, bool followLink) {
     status.mSize = facts.stx_size;
     status.mModified = ToNanoseconds(facts.stx_mtime);
     status.mMode = facts.stx_mode & 07777u;
+    status.mInode = facts.stx_ino;
     if (facts.stx_mask & STATX_BTIME) status.mCreated = ToNanoseconds(facts.stx_btime);
     return status;
 }

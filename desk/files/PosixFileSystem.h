@@ -18,7 +18,7 @@ public:
     void Link(const std::string& from, const std::string& to) override;
     void RemoveFile(const std::string& path) override;
     void CreateFolder(const std::string& path, unsigned mode) override;
-    void RenameNew(const std::string& from, const std::string& to) override;
+    void RenameNoReplace(const std::string& from, const std::string& to) override;
     void Rename(const std::string& from, const std::string& to) override;
     ItemStatus CopyFile(const std::string& from, const std::string& to, bool isFlushed,
                         const CopyStep& step) override;

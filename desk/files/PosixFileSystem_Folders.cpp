@@ -15,46 +15,6 @@ namespace desk {
 
 namespace {
 
-bool IsNothingAt(const std::string& path) {
-    struct stat facts;
-    return ::lstat(path.c_str(), &facts) != 0 && errno == ENOENT;
-}
-
-/// The file at `path` is the one of which `facts` were read. Volumes that lie about inode numbers make it say
-/// no.
-bool IsSameFile(const std::string& path, const struct stat& facts) {
-    struct stat found;
-    return ::lstat(path.c_str(), &found) == 0 && found.st_dev == facts.st_dev && found.st_ino == facts.st_ino &&
-           found.st_size == facts.st_size && found.st_mtim.tv_sec == facts.st_mtim.tv_sec &&
-           found.st_mtim.tv_nsec == facts.st_mtim.tv_nsec;
-}
-
-/// The second half of a rename by link. A volume may fail a call that it has carried out: the new name goes
-/// only where the old one is seen.
-int RemoveOldName(const std::string& from, const std::string& to, const struct stat& facts) {
-    int error = 0;
-    for (int tries = 1; tries <= 2; ++tries) {
-        if (::unlink(from.c_str()) == 0) return 0;
-        error = errno;
-        if (IsNothingAt(from)) return 0;
-    }
-    if (IsSameFile(from, facts)) ::unlink(to.c_str());
-    return error;
-}
-
-/// For volumes without an atomic "rename without replacing". Returns 0 or an errno.
-int RenameByLink(const std::string& from, const std::string& to) {
-    struct stat facts;
-    if (::lstat(from.c_str(), &facts) != 0) return errno;
-    const bool wasFree = IsNothingAt(to);
-    if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) == 0) return RemoveOldName(from, to, facts);
-    const int error = errno;
-    if (wasFree && IsSameFile(to, facts)) return RemoveOldName(from, to, facts);
-    if (!HasNoLinks(error)) return error;
-    if (!wasFree || !IsNothingAt(to)) return EEXIST;
-    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
 /// Opens the folder in which `below` stands in the folder `root`, following no link on the way.
 FileDescriptor OpenFolderOf(const std::string& root, const std::string& below) {
     FileDescriptor folder(
@@ -75,12 +35,10 @@ void PosixFileSystem::CreateFolder(const std::string& path, unsigned mode) {
     if (::mkdir(path.c_str(), mode) != 0) ThrowFileException("create folder", path, errno);
 }
 
-void PosixFileSystem::RenameNew(const std::string& from, const std::string& to) {
+void PosixFileSystem::RenameNoReplace(const std::string& from, const std::string& to) {
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
-    int error = errno;
-    if (error == EINVAL || error == ENOSYS || error == EOPNOTSUPP) error = RenameByLink(from, to);
-    if (error == EEXIST) ThrowFileException("rename (the new name exists)", to, error);
-    if (error != 0) ThrowFileException("rename", from, error);
+    const int error = errno;
+    ThrowFileException("rename", error == EEXIST ? to : from, error);
 }
 
 void PosixFileSystem::Rename(const std::string& from, const std::string& to) {

@@ -2,9 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <map>
+#include <optional>
+#include <unordered_set>
+#include <utility>
 
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
+#include "desk/files/PosixErrors.h"
 #include "host/files/FileException.h"
 
 namespace desk {
@@ -20,16 +25,35 @@ Presence LookByName(FileSystem& fileSystem, const std::string& path) {
     }
 }
 
-Presence LookInListing(FileSystem& fileSystem, const std::string& path) {
-    const std::string name = path.substr(path.rfind('/') + 1);
-    try {
-        const auto entries = fileSystem.ListFolder(FolderOf(path));
-        return std::ranges::find(entries, name, &FolderEntry::mName) != entries.end() ? Presence::There
-                                                                                      : Presence::Gone;
-    } catch (const host::FileException&) {
-        return Presence::NotTold;
+/// Lists each folder once.
+class Listings {
+public:
+    explicit Listings(FileSystem& fileSystem) : mFileSystem(fileSystem) {}
+
+    Presence Look(const std::string& path) {
+        const std::string folder = FolderOf(path);
+        auto found = mNames.find(folder);
+        if (found == mNames.end()) found = mNames.emplace(folder, List(folder)).first;
+        if (!found->second) return Presence::NotTold;
+        return found->second->contains(path.substr(path.rfind('/') + 1)) ? Presence::There : Presence::Gone;
     }
-}
+
+private:
+    using Names = std::unordered_set<std::string>;
+
+    std::optional<Names> List(const std::string& folder) const {
+        try {
+            Names names;
+            for (FolderEntry& entry : mFileSystem.ListFolder(folder)) names.insert(std::move(entry.mName));
+            return names;
+        } catch (const host::FileException&) {
+            return std::nullopt;
+        }
+    }
+
+    FileSystem& mFileSystem;
+    std::map<std::string, std::optional<Names>> mNames;
+};
 
 struct Look {
     Presence mByName;
@@ -39,8 +63,8 @@ struct Look {
 
 std::vector<Look> LookAt(FileSystem& fileSystem, const std::vector<std::string>& paths) {
     std::vector<Look> looks;
-    for (const std::string& path : paths)
-        looks.push_back({LookByName(fileSystem, path), LookInListing(fileSystem, path)});
+    Listings listings(fileSystem);
+    for (const std::string& path : paths) looks.push_back({LookByName(fileSystem, path), listings.Look(path)});
     return looks;
 }
 
@@ -65,6 +89,22 @@ std::vector<Presence> FindPresence(FileSystem& fileSystem, const std::vector<std
 
 Presence FindPresence(FileSystem& fileSystem, const std::string& path) {
     return FindPresence(fileSystem, std::vector{path}).front();
+}
+
+void ThrowIfTaken(FileSystem& fileSystem, std::string_view operation, const std::string& path) {
+    try {
+        fileSystem.Status(path, false);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() == ENOENT) return;
+        throw;
+    }
+    ThrowFileException(operation, path, EEXIST);
+}
+
+bool IsListed(FileSystem& fileSystem, const std::string& path) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    const auto entries = fileSystem.ListFolder(FolderOf(path));
+    return std::ranges::find(entries, name, &FolderEntry::mName) != entries.end();
 }
 
 bool IsRefusal(int systemError) {

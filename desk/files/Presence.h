@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/core/Export.h"
@@ -25,6 +26,14 @@ enum class Presence {
 /// the other one of two names may be removed. Waits for the volume: for a worker.
 ZUHOST_API std::vector<Presence> FindPresence(FileSystem& fileSystem, const std::vector<std::string>& paths);
 ZUHOST_API Presence FindPresence(FileSystem& fileSystem, const std::string& path);
+
+/// Throws with EEXIST (`operation`, `path`) when a look finds something at `path`, and why it could not look:
+/// before something is to be made there, which itself must not replace anything. Waits for the volume: for a
+/// worker.
+ZUHOST_API void ThrowIfTaken(FileSystem& fileSystem, std::string_view operation, const std::string& path);
+/// True when its folder, listed afresh, has an entry of the name of `path`. Throws when it cannot be listed.
+/// Waits for the volume: for a worker.
+ZUHOST_API bool IsListed(FileSystem& fileSystem, const std::string& path);
 
 /// True for the errors with which a volume refuses a call and does nothing (no permission, read-only, full, a
 /// name that is too long, …). After any other, a lost reply among them, the call may have been carried out. Any

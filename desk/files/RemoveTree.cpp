@@ -4,6 +4,7 @@
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/ItemCopier.h"
+#include "desk/files/Presence.h"
 #include "host/files/FileException.h"
 
 namespace desk {
@@ -21,22 +22,14 @@ public:
             mDisk.RemoveFromTree(mRoot, below, kind == ItemKind::Folder);
         } catch (const host::FileException& exception) {
             // The reply to what was done may be lost.
-            if (exception.SystemError() != ENOENT && !IsGone(below)) throw;
+            if (IsRefusal(exception.SystemError()) || FindPresence(mDisk, PathOf(below)) != Presence::Gone)
+                throw;
         }
     }
 
 private:
     std::string PathOf(const std::string& below) const {
         return below.empty() ? mRoot : JoinPath<std::string>(mRoot, below);
-    }
-
-    bool IsGone(const std::string& below) const {
-        try {
-            mDisk.Status(PathOf(below), false);
-        } catch (const host::FileException& exception) {
-            return exception.SystemError() == ENOENT;
-        }
-        return false;
     }
 
     void Empty(const std::string& folder) {

@@ -191,15 +191,18 @@ void LockKeeper::Forget(const HeldLock& lock) {
     if (!other || other.get() == &lock) mLocks.erase(entry);
 }
 
-void LockKeeper::FollowMove(const std::string& oldFolder, const std::string& newFolder) {
+std::vector<LockRemains> LockKeeper::FollowMove(const std::string& oldFolder, const std::string& newFolder) {
     std::vector<HeldLockPtr> moved;
     for (const auto& [path, weak] : mLocks)
         if (HeldLockPtr lock = weak.lock(); lock && IsSameOrBelow(path, oldFolder)) moved.push_back(lock);
+    std::vector<LockRemains> before;
     for (const HeldLockPtr& lock : moved) {
         Forget(*lock);
+        before.push_back({lock->mPath, lock->mRecord.mNonce});
         lock->mPath = newFolder + lock->mPath.substr(oldFolder.size());
         mLocks[lock->mPath] = lock;
     }
+    return before;
 }
 
 void LockKeeper::GiveUp(const HeldLock& lock) {

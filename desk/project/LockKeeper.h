@@ -73,8 +73,9 @@ public:
 
     /// The locks at and below `oldFolder` (bytes, normalised) have moved with it to `newFolder`: they keep
     /// their nonces and are from now on looked for there. Call it after a folder has been renamed or moved,
-    /// before anything asks for locks at the new place. Touches no disk.
-    void FollowMove(const std::string& oldFolder, const std::string& newFolder);
+    /// before anything asks for locks at the new place. Returns where each stood: a move that has left
+    /// something behind may have left the lock's file too. Touches no disk.
+    std::vector<LockRemains> FollowMove(const std::string& oldFolder, const std::string& newFolder);
 
 private:
     friend class HeldLock;

@@ -45,6 +45,9 @@ void CheckName(const host::UTF16String& destination) {
 void ProjectCopy::Run(WorkProgress& progress) noexcept {
     try {
         Copy(progress);
+    } catch (const MoveInDoubt& doubt) {
+        mError = doubt;
+        mIsInDoubt = true;
     } catch (const host::FileException& exception) {
         mError = exception;
     } catch (const std::exception& exception) {
@@ -72,6 +75,7 @@ void ProjectCopy::Copy(WorkProgress& progress) {
 
 host::UTF16String ProjectCopy::DescribeFailure() const {
     if (!mError) return host::UTF8to16(mOtherError);
+    if (mIsInDoubt) return DescribeDoubtfulCopy(mSource, mDestination, *mError);
     const int error = mError->SystemError();
     if (error == EISDIR || error == EINVAL)
         return host::ZString("$$$/Vantor/Desk/Copies/NoProject=This is not a project file.");
@@ -80,6 +84,7 @@ host::UTF16String ProjectCopy::DescribeFailure() const {
 
 void ProjectCopy::TellFailure() const {
     Log(LogLevel::Warning, mError ? mError->what() : "copy " + host::UTF16to8(mSource) + ": " + mOtherError);
+    if (mIsInDoubt) return TellUser(DescribeFailure());
     TellUser(host::ZString("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1",
                            {host::PathUtils::GetFullFilePart(mSource), DescribeFailure()}));
 }

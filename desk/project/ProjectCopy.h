@@ -21,6 +21,8 @@ struct ZUHOST_API ProjectCopy {
 
     /// Why it was not copied.
     std::optional<host::FileException> mError;
+    /// Whether it was copied nevertheless is not known.
+    bool mIsInDoubt = false;
     /// Likewise, in words, when it was no error of the disk.
     std::string mOtherError;
 

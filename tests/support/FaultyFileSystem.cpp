@@ -25,14 +25,14 @@ bool IsSame(const std::optional<desk::ItemStatus>& a, const std::optional<desk::
 }
 
 bool IsRename(FaultyFileSystem::Operation operation) {
-    return operation == FaultyFileSystem::Operation::RenameNew ||
+    return operation == FaultyFileSystem::Operation::RenameNoReplace ||
            operation == FaultyFileSystem::Operation::Rename;
 }
 
 bool IsChange(FaultyFileSystem::Operation operation) {
     using enum FaultyFileSystem::Operation;
-    constexpr FaultyFileSystem::Operation kChanges[] = {ReplaceFile,  CreateNewFile, Link,   RemoveFile,
-                                                        CreateFolder, RenameNew,     Rename, CopyFile,
+    constexpr FaultyFileSystem::Operation kChanges[] = {ReplaceFile,  CreateNewFile,   Link,   RemoveFile,
+                                                        CreateFolder, RenameNoReplace, Rename, CopyFile,
                                                         CopyLink,     RemoveFromTree};
     return std::ranges::find(kChanges, operation) != std::end(kChanges);
 }
@@ -56,6 +56,12 @@ void FaultyFileSystem::Fail(Operation operation, int nth, int error) {
 void FaultyFileSystem::FailAfter(Operation operation, int nth, int error) {
     std::lock_guard lock(mMutex);
     mLostReplies[operation][mCounts[operation] + nth] = error;
+}
+
+void FaultyFileSystem::ForgetFaults() {
+    std::lock_guard lock(mMutex);
+    mFaults.clear();
+    mLostReplies.clear();
 }
 
 void FaultyFileSystem::Deny(const std::string& path, int error) {
@@ -90,6 +96,10 @@ void FaultyFileSystem::ForgetLies() {
 
 void FaultyFileSystem::WaitReally() {
     mWaitsReally = true;
+}
+
+void FaultyFileSystem::SetHasRenameFlags(bool hasRenameFlags) {
+    mHasRenameFlags = hasRenameFlags;
 }
 
 void FaultyFileSystem::SetVolumes(bool areMany) {
@@ -315,10 +325,11 @@ std::string FaultyFileSystem::ReadSmallFile(const std::string& path, std::size_t
     });
 }
 
-void FaultyFileSystem::RenameNew(const std::string& from, const std::string& to) {
-    Do(Operation::RenameNew, from, to, [&] {
+void FaultyFileSystem::RenameNoReplace(const std::string& from, const std::string& to) {
+    Do(Operation::RenameNoReplace, from, to, [&] {
         if (mAreManyVolumes && FolderOf(from) != FolderOf(to)) desk::ThrowFileException("rename", from, EXDEV);
-        Disk::RenameNew(There(from), Free(to));
+        if (!mHasRenameFlags) desk::ThrowFileException("rename", from, EINVAL);
+        Disk::RenameNoReplace(There(from), Free(to));
     });
 }
 

@@ -28,7 +28,7 @@ public:
         Link,
         RemoveFile,
         CreateFolder,
-        RenameNew,
+        RenameNoReplace,
         Rename,
         CopyFile,
         CopyLink,
@@ -67,6 +67,8 @@ public:
     void Fail(Operation operation, int nth, int error);
     /// Likewise, once the operation has been carried out: its reply is lost.
     void FailAfter(Operation operation, int nth, int error);
+    /// What has not failed yet does not.
+    void ForgetFaults();
     /// Everything at and below `path` fails, until `Allow` of the same path.
     void Deny(const std::string& path, int error = EACCES);
     void Allow(const std::string& path);
@@ -79,7 +81,9 @@ public:
     void ForgetLies();
     /// `WaitForCaches` really waits, as for a mount that caches; else it takes no time.
     void WaitReally();
-    /// Every folder is a volume of its own: `RenameNew` of anything to another folder fails with EXDEV.
+    /// `RenameNoReplace` fails with EINVAL, as on volumes that do not know it.
+    void SetHasRenameFlags(bool hasRenameFlags);
+    /// Every folder is a volume of its own: `RenameNoReplace` of anything to another folder fails with EXDEV.
     void SetVolumes(bool areMany);
     /// Copies and folders are not really flushed: for tests of what comes of each step, which flush much.
     void SkipFlushes();
@@ -126,7 +130,7 @@ public:
     void CreateFolder(const std::string& path, unsigned mode) override {
         Do(Operation::CreateFolder, path, [&] { Disk::CreateFolder(Free(path), mode); });
     }
-    void RenameNew(const std::string& from, const std::string& to) override;
+    void RenameNoReplace(const std::string& from, const std::string& to) override;
     void Rename(const std::string& from, const std::string& to) override {
         Do(Operation::Rename, from, to, [&] { Disk::Rename(There(from), Named(to)); });
     }
@@ -239,6 +243,7 @@ private:
     std::map<std::string, std::string> mRenamed;
     bool mIsGone = false;
     bool mHasLinks = true;
+    std::atomic<bool> mHasRenameFlags = true;
     std::atomic<bool> mAreManyVolumes = false;
     std::atomic<bool> mAreFlushesSkipped = false;
     std::atomic<bool> mWaitsReally = false;

@@ -124,7 +124,7 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     }
     {
         ExpectLogged told("“Day 1” was not moved. Permission denied (" + mFolder.Path("Day 1") + ")");
-        mDisk.Fail(Operation::RenameNew, 1, EACCES);
+        mDisk.Fail(Operation::RenameNoReplace, 1, EACCES);
         EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EACCES);
     }
     {
@@ -140,11 +140,46 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     }
     EXPECT_EQ(NamesIn("Day 2"), Names{"taken"});
     EXPECT_TRUE(mMoves.empty());
-    const ExpectLogged told(
-        "“Day 1” was moved, but a part of it also stands where it was. Permission denied (" +
-        mFolder.Path("Day 1/sub") + ")");
-    mDisk.Fail(Operation::RemoveFromTree, 2, EACCES);
-    EXPECT_EQ(Move("Day 1", "Day 2/Day 1"), 0);
+}
+
+TEST_F(FileMoveTest, WhatIsLeftBehindOrMayBeIsToldWithBothPlaces) {
+    const std::string source = mFolder.Path("Reel 1.zuproj"), day = mFolder.Path("Day 1");
+    const ExpectLogged doubt("perhaps done");
+    mDisk.SetHasRenameFlags(false);
+    const auto failRemovals = [&] {
+        for (const int tries : {1, 2}) mDisk.Fail(Operation::RemoveFile, tries, EIO);
+    };
+    const auto failListings = [&](int count) {
+        for (int look = 1; look <= count; ++look) mDisk.Fail(Operation::ListFolder, look, EIO);
+    };
+    {
+        const ExpectLogged told("“Reel 1.zuproj” was moved to “" + mFolder.Path("a.zuproj") + "”, but “" +
+                                source + "” is also still there. Input/output error");
+        failRemovals();
+        EXPECT_EQ(Move("Reel 1.zuproj", "a.zuproj"), 0);
+    }
+    {
+        const ExpectLogged told("“Reel 1.zuproj” was moved to “" + mFolder.Path("b.zuproj") + "”, but “" +
+                                source + "” may also still be there. Input/output error");
+        failRemovals();
+        failListings(2);
+        EXPECT_EQ(Move("Reel 1.zuproj", "b.zuproj"), 0);
+    }
+    mDisk.SetHasRenameFlags(true);
+    {
+        const ExpectLogged told("“Day 1” may or may not have been moved: it stands at “" + day + "”, at “" +
+                                mFolder.Path("Day 2/Day 1") + "”, or at both. Input/output error");
+        mDisk.FailAfter(Operation::RenameNoReplace, 1, EIO);
+        failListings(4);
+        EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EIO);
+    }
+    ASSERT_EQ(mMoves.size(), 2u) << "what has moved for certain";
+    mDisk.SetVolumes(true);
+    mFolder.MakeFolder("Day 3/sub");
+    const ExpectLogged told("“Day 3” was moved to “" + mFolder.Path("Day 2/Day 3") + "”, but “" +
+                            mFolder.Path("Day 3/sub") + "” is also still there. Permission denied (");
+    mDisk.Fail(Operation::RemoveFromTree, 1, EACCES);
+    EXPECT_EQ(Move("Day 3", "Day 2/Day 3"), 0);
 }
 
 TEST_F(FileMoveTest, GoesFromOneRealVolumeToAnother) {

@@ -74,7 +74,11 @@ protected:
     }
     /// The same, with something happening before its first use of `operation`.
     int DoWhile(const Deed& deed, Operation operation, const std::function<void()>& meanwhile) {
-        mDisk.CloseGate(operation, mFrom);
+        return DoWhile(deed, operation, mFrom, meanwhile);
+    }
+    int DoWhile(const Deed& deed, Operation operation, const std::string& path,
+                const std::function<void()>& meanwhile) {
+        mDisk.CloseGate(operation, path);
         auto done = std::async(std::launch::async, [&] { return Do(deed); });
         EXPECT_TRUE(mDisk.WaitAtGate());
         meanwhile();
@@ -95,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(Steps, ItemCopierFaultTest, testing::Values(kCopy, kMov
                          [](const auto& deed) { return deed.param.mName; });
 
 void ItemCopierTest::ExpectAllOrNothing(const Deed& deed, const TreeSnapshot& before, int error) {
-    const bool isLeft = error == 0 && deed.mIsAcross && !mMove.mLeftBehind.empty();
+    const bool isLeft = error == 0 && deed.mIsAcross && !mMove.mLeftBehind.mPath.empty();
     const TreeSnapshot source = TakeSnapshot(mFrom);
     EXPECT_EQ(NamesIn("to"), error == 0 ? Names{"copy"} : Names{});
     EXPECT_EQ(TakeSnapshot(mTo), error == 0 ? before : TreeSnapshot());
@@ -206,20 +210,62 @@ TEST_F(ItemCopierTest, ACancelOrAChangeOfTheSourceLeavesNoCopyAndTheSourceAsItIs
     }
 }
 
-TEST_F(ItemCopierTest, WhatChangesWhileTheSourceIsRemovedIsLeftBehind) {
+TEST_F(ItemCopierTest, WhatChangesWhileTheSourceIsRemovedIsLeftBehindWithItsLock) {
     MakeSource();
-    const auto saveLate = [&] { mFolder.Write("from/item/sub/file 8", "saved late"); };
+    for (const char* name : {"gone.zuproj", ".gone.zuproj.lock", "late.zuproj", ".late.zuproj.lock"})
+        mFolder.Write(std::string("from/item/sub/") + name);
+    const auto saveLate = [&] { mFolder.Write("from/item/sub/late.zuproj", "saved late"); };
     EXPECT_EQ(DoWhile(kMoveAcross, Operation::RemoveFromTree, saveLate), 0);
-    EXPECT_EQ(mMove.mLeftBehind, mFrom + "/sub/file 8");
-    EXPECT_EQ(mMove.mSystemError, EBUSY);
-    EXPECT_EQ(mFolder.Read("from/item/sub/file 8"), "saved late");
-    EXPECT_EQ(mFolder.Read("to/copy/sub/file 8"), std::string(8'000, 'x'));
+    EXPECT_EQ(mMove.mLeftBehind.mPath, mFrom + "/sub/late.zuproj");
+    EXPECT_EQ(mMove.mLeftBehind.mSystemError, EBUSY);
+    EXPECT_FALSE(mMove.mLeftBehind.mIsInDoubt);
+    EXPECT_EQ(mFolder.Read("from/item/sub/late.zuproj"), "saved late");
+    EXPECT_EQ(NamesIn("from/item/sub"), (Names{"late.zuproj", ".late.zuproj.lock"}));
+    EXPECT_EQ(mFolder.Read("to/copy/sub/late.zuproj"), "");
+    EXPECT_TRUE(mFolder.Exists("to/copy/sub/.late.zuproj.lock"));
+}
+
+TEST_F(ItemCopierTest, LocksAreRemovedLastOfAllFiles) {
+    MakeSource();
+    mFolder.Write("from/item/sub/a.zuproj");
+    mFolder.Write("from/item/sub/.a.zuproj.lock");
+    Names filesWithTheLock;
+    EXPECT_EQ(DoWhile(kMoveAcross, Operation::RemoveFromTree, mFrom + "/sub/.a.zuproj.lock",
+                      [&] { filesWithTheLock = NamesIn("from/item/sub"); }),
+              0);
+    EXPECT_EQ(filesWithTheLock, Names{".a.zuproj.lock"});
+    EXPECT_FALSE(mFolder.Exists("from/item"));
+}
+
+TEST_F(ItemCopierTest, WhatMayHaveItsNameIsNotTakenForItsHiddenPart) {
+    const ExpectLogged faults("(faulty) use"), lostReplies("(lost reply) use");
+    const ExpectLogged stays("not removed, since it may be what was published");
+    const auto hide = [&] {
+        for (const int look : {1, 2}) mDisk.Fail(Operation::ListFolder, look, EIO);
+    };
+    for (const Deed& deed : {kCopy, kMoveAcross})
+        for (const bool isCarriedOut : {false, true}) {
+            SCOPED_TRACE(deed.mName);
+            MakeSource();
+            const TreeSnapshot before = TakeSnapshot(mFrom);
+            mDisk.ResetCounts();
+            // A move across volumes begins with one that the system refuses.
+            const int nth = deed.mIsAcross ? 2 : 1;
+            isCarriedOut ? mDisk.FailAfter(Operation::RenameNoReplace, nth, EIO)
+                         : mDisk.Fail(Operation::RenameNoReplace, nth, EIO);
+            EXPECT_EQ(DoWhile(deed, Operation::RenameNoReplace, mFolder.Path("to"), hide), EIO);
+            EXPECT_EQ(TakeSnapshot(mFrom), before);
+            const Names made = NamesIn("to");
+            ASSERT_EQ(made.size(), 1u);
+            EXPECT_EQ(*made.begin() == "copy", isCarriedOut);
+            EXPECT_EQ(TakeSnapshot(mFolder.Path("to/" + *made.begin())), before);
+        }
 }
 
 TEST_F(ItemCopierTest, OnlyTheWordOfTwoVolumesTurnsAMoveIntoACopy) {
     MakeSource();
     for (const int error : {EACCES, EIO, ENOSPC}) {
-        mDisk.Fail(Operation::RenameNew, 1, error);
+        mDisk.Fail(Operation::RenameNoReplace, 1, error);
         EXPECT_EQ(Do(kMove), error);
     }
     // A pipe cannot come along.

@@ -128,20 +128,20 @@ TEST_F(PosixFileSystemTest, ReplaceFileWritesAllOrLeavesTheOldFileAndNothingElse
     EXPECT_EQ(List(mFolder.Path("folder")), Names{"inside"});
 }
 
-TEST_F(PosixFileSystemTest, RenameNewNeverReplaces) {
+TEST_F(PosixFileSystemTest, RenamesReplaceNothing) {
     mFolder.Write("a", "a");
     mFolder.Write("b", "b");
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("a"), mFolder.Path("b")); }), EEXIST);
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("a"), mFolder.Path("b")); }), EEXIST);
     EXPECT_EQ(mFolder.Read("b"), "b");
-    mDisk.RenameNew(mFolder.Path("a"), mFolder.Path("c"));
+    mDisk.RenameNoReplace(mFolder.Path("a"), mFolder.Path("c"));
     EXPECT_EQ(mFolder.Read("c"), "a");
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("a"), mFolder.Path("d")); }), ENOENT);
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("a"), mFolder.Path("d")); }), ENOENT);
 
     mFolder.Write("folder/inside");
-    // Into itself: the system's EINVAL is not the one of a volume that knows no such rename.
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("folder"), mFolder.Path("folder/inner")); }), EINVAL);
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("folder"), mFolder.Path("folder/inner")); }),
+              EINVAL);
     symlink("nowhere", mFolder.Path("link").c_str());
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNew(mFolder.Path("folder"), mFolder.Path("link")); }), EEXIST);
+    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("folder"), mFolder.Path("link")); }), EEXIST);
     EXPECT_EQ(List(mFolder.Path()), (Names{"b", "c", "folder", "link"}));
 }
 

@@ -39,7 +39,7 @@ TEST_F(CopyDirectoryTreeTest, CopiesWhatIsInAFolderWithoutItsLocks) {
 }
 
 TEST_F(CopyDirectoryTreeTest, AFailureLeavesNothing) {
-    for (const Operation operation : {Operation::CopyFile, Operation::CopyLink, Operation::RenameNew}) {
+    for (const Operation operation : {Operation::CopyFile, Operation::CopyLink, Operation::RenameNoReplace}) {
         mDisk.Fail(operation, operation == Operation::CopyLink ? 1 : 2, EIO);
         EXPECT_EQ(Copy(), EIO) << static_cast<int>(operation);
         EXPECT_FALSE(mFolder.Exists("To")) << static_cast<int>(operation);
