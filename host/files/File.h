@@ -38,14 +38,18 @@ public:
     /// Moves a file or folder to `destination`, which must not exist: nothing is ever replaced, on any volume.
     /// On another volume it is copied, compared and only then removed at `source`. A symbolic link is moved as
     /// a link. The host takes note of the move: locks of this process that stood in a moved folder are from
-    /// then on its locks at the new place, and what moves to the production's trash is recorded there. Returns
-    /// 0, or a negative number when nothing was done: nothing stands at `source`, or it is a project that
-    /// somebody else has locked; the reason is told to the user and logged. Throws `FileException` with
-    /// operation, path and reason when the disk refuses (EEXIST when something stands at `destination`,
-    /// ECANCELED when the user cancelled, EBUSY when the source changed while it was copied); then the source
-    /// stands as it was, and the user has been told why, unless they cancelled. What changes or cannot be
-    /// removed at the source once its copy on another volume is complete stays there: no failure, but told. May
-    /// wait for the volume; events go on being handled when it takes long, but no command is let in. UI thread.
+    /// then on its locks at the new place, and what moves to the production's trash is recorded there.
+    ///
+    /// Returns 0 when all of it stands at `destination`. What could not be removed at `source`, or may still
+    /// stand there, is no failure, but told with both places. Returns a negative number when nothing was done:
+    /// nothing stands at `source`, or it is a project that somebody else has locked; the reason is told to the
+    /// user and logged. Throws `FileException` with operation, path and reason when the disk refuses (EEXIST
+    /// when something stands at `destination`, ECANCELED when the user cancelled, EBUSY when the source changed
+    /// while it was copied); then the source stands as it was, and the user has been told why, unless they
+    /// cancelled. Throws it too when the volume does not tell whether the move was done: then it stands at
+    /// `source`, at `destination` or at both, which the user has been told. In no case does it stand nowhere.
+    /// May wait for the volume, after an error until names that are kept are forgotten; events go on being
+    /// handled when it takes long, but no command is let in. UI thread.
     static int Move(const UTF16String& source, const UTF16String& destination);
 
 private:

@@ -141,3 +141,17 @@ TEST_F(VolumeMoveTest, WhatSomebodyElsePutsUnderTheOldNameStays) {
     EXPECT_EQ(mFolder.Read("old/item"), "somebody else's");
     EXPECT_EQ(mFolder.Read("new/item"), "kept");
 }
+
+TEST_F(VolumeMoveTest, AMoveThatSucceedsAtOnceTakesNoMoreStepsThanItMust) {
+    const auto countSteps = [&](const Volume& volume) {
+        MakeItem(volume);
+        Move();
+        return mDisk.Count(Operation::Any);
+    };
+    // Status, rename, and both folders flushed; then also status, access, link and removal; or status, (link,)
+    // listing and rename.
+    EXPECT_EQ(countSteps({"ByRename", true, true, false}), 4);
+    EXPECT_EQ(countSteps({"ByLink", false, true, false}), 8);
+    EXPECT_EQ(countSteps({"WithoutLinks", false, false, false}), 9);
+    EXPECT_EQ(countSteps({"FolderWithoutFlags", false, true, true}), 7);
+}
