@@ -1,17 +1,15 @@
 #include "desk/app/Screenshot.h"
 
-#include <sys/stat.h>
-
 #include <QBuffer>
 #include <QPixmap>
 #include <QWidget>
 
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
-#include "desk/files/FileSystem.h"
 #include "desk/files/FolderStore.h"
+#include "desk/files/NewFile.h"
+#include "desk/files/ReplaceFile.h"
 #include "desk/project/Production.h"
-#include "host/files/FileException.h"
 
 namespace desk {
 namespace {
@@ -57,15 +55,9 @@ std::string Screenshot::Write() const {
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     if (!mWindow.grab().save(&buffer, "PNG")) return "the picture could not be made";
-    try {
-        GetServices().mFileSystem->ReplaceFile(mPath, bytes.toStdString());
-        const mode_t mask = umask(0);
-        umask(mask);
-        chmod(mPath.c_str(), 0666 & ~mask);  // A picture is no secret, as settings are.
-        return {};
-    } catch (const host::FileException& exception) {
-        return exception.what();
-    }
+    const FileReplacement replacement =
+        ReplaceFile(*GetServices().mFileSystem, mPath, bytes.toStdString(), GetModeOfNewFiles());
+    return replacement.mError ? replacement.mError->what() : std::string();
 }
 
 }  // namespace desk

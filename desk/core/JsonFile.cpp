@@ -7,6 +7,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/Services.h"
 #include "desk/files/FileSystem.h"
+#include "desk/files/ReplaceFile.h"
 #include "desk/files/VolumeMove.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
@@ -74,7 +75,7 @@ JsonFile ReadJsonFile(const std::string& path, std::size_t limit) {
 }
 
 void WriteJsonFile(const std::string& path, const QJsonObject& object) {
-    GetServices().mFileSystem->ReplaceFile(path, QJsonDocument(object).toJson().toStdString());
+    ReplaceFileOrThrow(*GetServices().mFileSystem, path, QJsonDocument(object).toJson().toStdString());
 }
 
 SettingsFile ReadSettingsFile(const std::string& path) {

@@ -14,6 +14,7 @@
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
 #include "desk/files/FileSystem.h"
+#include "desk/files/ReplaceFile.h"
 #include "host/core/Logging.h"
 #include "host/core/UsageLogger.h"
 #include "host/files/FileException.h"
@@ -115,8 +116,8 @@ void UsageLogFile::Writer::BeginNewFileWhenFull(std::size_t more) {
     } catch (const host::FileException&) {
         return;  // There is none yet; anything else shows when it is written.
     }
-    disk.ReplaceFile(mPath + ".old", disk.ReadSmallFile(mPath, 2 * kFileLimit));
-    disk.ReplaceFile(mPath, {});
+    ReplaceFileOrThrow(disk, mPath + ".old", disk.ReadSmallFile(mPath, 2 * kFileLimit));
+    ReplaceFileOrThrow(disk, mPath, {});
 }
 
 namespace {

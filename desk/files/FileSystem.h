@@ -52,11 +52,6 @@ public:
     /// a link at `path`. Throws with EFBIG for a larger file, ELOOP for a link, EINVAL for anything that is no
     /// regular file.
     virtual std::string ReadSmallFile(const std::string& path, std::size_t limit) = 0;
-    /// Replaces `path` whole or not at all: hidden temporary file in the same folder (O_EXCL; mode 0600, or
-    /// that of the old file), write loop, fsync, checked close, size check, rename, fsync of the folder. On
-    /// failure the temporary is removed and the old file stands (but when only the last step fails: then the
-    /// new file stands, and is not known to survive a loss of power).
-    virtual void ReplaceFile(const std::string& path, const std::string& bytes) = 0;
     /// Adds to the end of a file, making it (mode 0600) when there is none.
     virtual void AppendToFile(const std::string& path, const std::string& bytes) = 0;
     /// Makes a new file with this content and mode: O_EXCL, write loop, fsync, checked close, size check.

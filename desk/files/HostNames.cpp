@@ -19,6 +19,15 @@ bool IsLockFileName(std::string_view name) {
     return name.ends_with(".lock") && !GetProjectNameOfLockFile(host::UTF8to16(name)).empty();
 }
 
+/// This process.
+LockRecord MakeOwner() {
+    LockRecord owner;
+    if (const Desktop* desktop = GetServices().mDesktop)
+        owner = MakeLockRecord(*desktop, {}, desktop->MachineName());
+    owner.mNonce = MakeNonce();
+    return owner;
+}
+
 }  // namespace
 
 bool IsHiddenName(std::string_view name, ItemKind kind) {
@@ -43,11 +52,15 @@ std::string MakeNonce() {
 }
 
 std::string MakeTemporaryName() {
-    LockRecord owner;
-    if (const Desktop* desktop = GetServices().mDesktop)
-        owner = MakeLockRecord(*desktop, {}, desktop->MachineName());
-    owner.mNonce = MakeNonce();
-    return MakeTemporaryName(owner);
+    return MakeTemporaryName(MakeOwner());
+}
+
+std::string MakeSaveName(std::string_view target) {
+    return MakeTemporaryNameFor(TemporaryPurpose::Save, target, MakeOwner());
+}
+
+std::string MakeFolderCopyName(std::string_view target) {
+    return MakeTemporaryNameFor(TemporaryPurpose::FolderCopy, target, MakeOwner());
 }
 
 }  // namespace desk

@@ -14,9 +14,12 @@ namespace desk {
 /// the disk. Any thread.
 ZUHOST_API bool IsHiddenName(std::string_view name, ItemKind kind);
 
-/// A fresh name for a temporary file of this process (`MakeTemporaryName` of desk/project/Leftovers.h). Any
-/// thread.
+/// Fresh names for hidden temporaries of this process (see desk/project/TemporaryNames.h): for something that
+/// is worth nothing before it has its final name, for the text that is to replace the file `target` of the same
+/// folder, and for the mark of the folder `target`, which is to be filled by a copy. Any thread.
 ZUHOST_API std::string MakeTemporaryName();
+ZUHOST_API std::string MakeSaveName(std::string_view target);
+ZUHOST_API std::string MakeFolderCopyName(std::string_view target);
 
 /// A random 128-bit number as 32 hexadecimal digits in lower case. Any thread.
 ZUHOST_API std::string MakeNonce();

@@ -12,7 +12,6 @@ public:
     void TryFolder(const std::string& path) override;
     ItemStatus Status(const std::string& path, bool followLink) override;
     std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
-    void ReplaceFile(const std::string& path, const std::string& bytes) override;
     void AppendToFile(const std::string& path, const std::string& bytes) override;
     void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override;
     void Link(const std::string& from, const std::string& to) override;

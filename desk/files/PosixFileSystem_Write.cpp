@@ -5,8 +5,6 @@
 #include <cstdio>
 
 #include "desk/files/FileDescriptor.h"
-#include "desk/files/FolderPath.h"
-#include "desk/files/HostNames.h"
 #include "desk/files/PosixErrors.h"
 #include "desk/files/PosixFileSystem.h"
 #include "desk/files/PosixWriting.h"
@@ -19,13 +17,6 @@ int CheckSize(const std::string& path, std::size_t size) {
     struct stat facts;
     if (::lstat(path.c_str(), &facts) != 0) return errno;
     return static_cast<std::size_t>(facts.st_size) == size ? 0 : EIO;
-}
-
-/// The mode of the regular file at `path`, or 0600 when there is none.
-mode_t ModeForReplacement(const std::string& path) {
-    struct stat facts;
-    if (::lstat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return 0600;
-    return facts.st_mode & 0777;
 }
 
 /// Writes the whole of a new file and flushes it. Returns 0, or an errno; what was made is then gone, unless
@@ -65,23 +56,6 @@ int FlushFolderAt(const std::string& folder) {
     if (!descriptor.IsOpen()) return errno;
     int error = Flush(descriptor.Get());
     return error == EINVAL || error == ENOTSUP ? 0 : error;
-}
-
-void PosixFileSystem::ReplaceFile(const std::string& path, const std::string& bytes) {
-    std::string folder = FolderOf(path);
-    std::string temporary = folder + '/' + MakeTemporaryName();
-    int error = WriteNewFile(temporary, bytes, ModeForReplacement(path));
-    if (error != 0) {
-        ::unlink(temporary.c_str());  // Nobody else has this name: whatever stands there is ours.
-        ThrowFileException("write", path, error);
-    }
-    if (::rename(temporary.c_str(), path.c_str()) != 0) {
-        error = errno;
-        ::unlink(temporary.c_str());
-        ThrowFileException("write", path, error);
-    }
-    error = FlushFolderAt(folder);
-    if (error != 0) ThrowFileException("flush folder of", path, error);
 }
 
 void PosixFileSystem::AppendToFile(const std::string& path, const std::string& bytes) {

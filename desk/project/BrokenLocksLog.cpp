@@ -13,6 +13,7 @@
 #include "desk/core/WorkerPool.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
+#include "desk/files/NewFile.h"
 #include "desk/files/PosixErrors.h"
 #include "desk/project/Production.h"
 #include "desk/project/RecordTexts.h"
@@ -42,25 +43,28 @@ std::string MakeLine(const std::string& project, const LockRecord& broken) {
     return QJsonDocument(line).toJson(QJsonDocument::Compact).toStdString() + '\n';
 }
 
-/// Makes the file where there is none. Throws when something else stands there.
-void MakeFile(FileSystem& fileSystem, const std::string& path) {
+/// Throws when something stands there that is no file.
+void ThrowIfNoFile(FileSystem& fileSystem, const std::string& path) {
+    const ItemKind kind = fileSystem.Status(path, false).mKind;
+    if (kind != ItemKind::File) ThrowFileException("append to", path, kind == ItemKind::Link ? ELOOP : EINVAL);
+}
+
+/// Makes the file with this line where there is none.
+void AddLine(FileSystem& fileSystem, const std::string& path, const std::string& line) {
     try {
-        fileSystem.CreateNewFile(path, {}, kMode);
+        return MakeNewFile(path, line, kMode);
     } catch (const host::FileException& exception) {
         if (exception.SystemError() != EEXIST) throw;
-        const ItemKind kind = fileSystem.Status(path, false).mKind;
-        if (kind != ItemKind::File)
-            ThrowFileException("append to", path, kind == ItemKind::Link ? ELOOP : EINVAL);
     }
+    ThrowIfNoFile(fileSystem, path);
+    fileSystem.AppendToFile(path, line);
 }
 
 void Append(const std::string& trashFolder, const std::string& line) {
     FileSystem& fileSystem = *GetServices().mFileSystem;
     try {
         MakeTrashRecordsFolder(fileSystem, trashFolder);
-        const std::string path = JoinPath(GetTrashRecordsFolder(trashFolder), kFileName);
-        MakeFile(fileSystem, path);
-        fileSystem.AppendToFile(path, line);
+        AddLine(fileSystem, JoinPath(GetTrashRecordsFolder(trashFolder), kFileName), line);
     } catch (const host::FileException& exception) {
         Log(LogLevel::Warning, std::string("A broken lock is not recorded: ") + exception.what());
     }

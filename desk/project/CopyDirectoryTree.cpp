@@ -1,7 +1,7 @@
 #include <cerrno>
 #include <string>
-#include <vector>
 
+#include "desk/core/Log.h"
 #include "desk/core/Services.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/LongWork.h"
@@ -11,8 +11,8 @@
 #include "desk/files/HostNames.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/PosixErrors.h"
+#include "desk/files/Presence.h"
 #include "host/core/Localizer.h"
-#include "host/core/Logging.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
@@ -21,54 +21,116 @@ namespace desk {
 
 namespace {
 
-/// Copies the content of a folder into an empty one. It is copied into a hidden folder there, as a whole, so
-/// that what shows is complete.
+FileSystem& Disk() {
+    return *GetServices().mFileSystem;
+}
+
+std::string_view NameOf(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+void RemoveEmptyFolder(const std::string& path) {
+    Disk().RemoveFromTree(path, {}, true);
+}
+
+/// Copies a folder to where an empty one stands. The copy is made under a hidden name beside it, and comes to
+/// its place in one step when it is complete. Beside both lies a mark meanwhile, by which a sweep can tell the
+/// empty folder of a process that was killed.
 class TreeCopy {
 public:
     TreeCopy(const std::string& from, const std::string& to)
-        : mFrom(from), mTo(to), mHidden(JoinPath<std::string>(to, MakeTemporaryName())) {}
+        : mFrom(from),
+          mTo(to),
+          mMark(Beside(MakeFolderCopyName(NameOf(to)))),
+          mCopy(Beside(MakeTemporaryName())) {}
 
     void Run(WorkProgress& progress) {
-        progress.SetItem(host::UTF8to16(mFrom.substr(mFrom.rfind('/') + 1)));
-        if (!GetServices().mFileSystem->ListFolder(mTo).empty()) ThrowFileException("copy to", mTo, ENOTEMPTY);
+        progress.SetItem(host::UTF8to16(NameOf(mFrom)));
+        if (!IsEmpty()) ThrowFileException("copy to", mTo, ENOTEMPTY);
         try {
-            CopyItem(mFrom, mHidden, progress);
-            Publish();
-            GetServices().mFileSystem->CopyFolderAttributes(mFrom, mTo);
+            Disk().CreateFolder(mMark, 0700);
+            CopyItem(mFrom, mCopy, progress);
+            PutInPlace();
         } catch (...) {
             Undo();
             throw;
         }
+        TryTo([this] { Disk().FlushFolder(FolderOf(mTo)); });
+        RemoveMark();
     }
 
 private:
-    void Publish() {
-        for (const FolderEntry& entry : GetServices().mFileSystem->ListFolder(mHidden)) {
-            const std::string place = JoinPath<std::string>(mTo, entry.mName);
-            MoveOnVolume(JoinPath<std::string>(mHidden, entry.mName), place);
-            mPublished.push_back(place);
+    std::string Beside(const std::string& name) const { return JoinPath<std::string>(FolderOf(mTo), name); }
+    bool IsEmpty() const { return Disk().ListFolder(mTo).empty(); }
+
+    void PutInPlace() {
+        mMayBeInPlace = true;
+        try {
+            Disk().Rename(mCopy, mTo);
+        } catch (const host::FileException& exception) {
+            const bool isRefused = IsRefusal(exception.SystemError()) || exception.SystemError() == EEXIST;
+            if (!isRefused && FindPresence(Disk(), mCopy) == Presence::Gone) return;
+            mMayBeInPlace = !isRefused && !IsKnownToBeAside();
+            // Refused is it when somebody has put something there, or when the volume replaces no folders.
+            if (!isRefused || !IsEmpty()) throw;
+            PutInPlaceOfNothing(exception);
         }
-        RemoveTree(mHidden);
     }
+
+    void PutInPlaceOfNothing(const host::FileException& refusal) {
+        TryTo([this] { RemoveEmptyFolder(mTo); });
+        mMayBeInPlace = true;
+        try {
+            MoveOnVolume(mCopy, mTo);
+        } catch (const host::FileException& exception) {
+            mMayBeInPlace = !IsKnownToBeAside();
+            if (exception.SystemError() == EEXIST) throw refusal;
+            throw;
+        }
+    }
+
+    /// That it stands under its hidden name is not enough: what the volume says after an error may be old.
+    bool IsKnownToBeAside() const {
+        const auto found = FindPresence(Disk(), {mCopy, mTo});
+        return found[0] == Presence::There && (found[1] == Presence::Gone || IsEmpty());
+    }
+
     /// What somebody else has put into the folder meanwhile stays, and the folder with it.
     void Undo() noexcept {
-        mPublished.push_back(mHidden);
-        for (const std::string& path : mPublished) TryTo([&] { RemoveTree(path); });
-        TryTo([this] { GetServices().mFileSystem->RemoveFromTree(mTo, {}, true); });
+        if (mMayBeInPlace) {
+            Log(LogLevel::Warning, "not known whether " + mCopy + " has become " + mTo + ": it stays as it is");
+        } else {
+            TryTo([this] { RemoveTree(mCopy); });
+        }
+        TryTo([this] { RemoveEmptyFolder(mTo); });
+        if (!mMayBeInPlace) RemoveMark();
     }
+
+    void RemoveMark() noexcept {
+        // A volume that has just failed may fail again.
+        if (!TryTo([this] { RemoveEmptyFolder(mMark); })) TryTo([this] { RemoveEmptyFolder(mMark); });
+    }
+
+    /// False when the volume does not do it.
     template <class Action>
-    static void TryTo(Action action) noexcept {
+    static bool TryTo(Action action) noexcept {
         try {
             action();
         } catch (const host::FileException& exception) {
-            if (exception.SystemError() != ENOENT) host::LogException(exception, __PRETTY_FUNCTION__);
+            const int error = exception.SystemError();
+            if (error == ENOENT || error == ENOTEMPTY) return true;
+            Log(LogLevel::Warning, exception.what());
+            return false;
         }
+        return true;
     }
 
     const std::string mFrom;
     const std::string mTo;
-    const std::string mHidden;
-    std::vector<std::string> mPublished;
+    const std::string mMark;
+    const std::string mCopy;
+    /// `mCopy` and `mTo` may be one folder.
+    bool mMayBeInPlace = false;
 };
 
 }  // namespace

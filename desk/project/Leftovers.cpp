@@ -12,6 +12,7 @@
 #include "desk/files/FolderPath.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/project/LockProtocol.h"
+#include "desk/project/TargetedLeftovers.h"
 #include "host/files/FileException.h"
 
 namespace desk {
@@ -130,6 +131,9 @@ void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::s
     for (const std::string& name : names) {
         const std::string path = JoinPath<std::string>(folder, name);
         if (IsTemporaryOfDead(name, desktop)) SweepTemporary(fileSystem, path);
+        if (const auto targeted = ParseTargetedTemporary(name);
+            targeted && targeted->mOwner.IsGone(desktop))
+            SweepTargeted(fileSystem, path, *targeted);
         if (IsGuardName(name) || IsLockName(name)) SweepRecord(fileSystem, desktop, path);
     }
 }

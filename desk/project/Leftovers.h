@@ -30,8 +30,8 @@ ZUHOST_API bool MayBeLeftover(std::string_view name);
 
 /// Removes the temporary files, guards and locks in `folder` (bytes) whose processes are known to be gone,
 /// which can only be processes of this machine, and stray locks of this process; nobody else's. What cannot be
-/// removed stays. Writes what it does to the log. Of all that is in the folder, or of `names` in it. Waits for
-/// the volume: for a worker.
+/// removed stays, and so does what belongs to another name and is still of use (`SweepTargeted`). Writes what
+/// it does to the log. Of all that is in the folder, or of `names` in it. Waits for the volume: for a worker.
 ZUHOST_API void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::string& folder);
 ZUHOST_API void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::string& folder,
                                const std::vector<std::string>& names);

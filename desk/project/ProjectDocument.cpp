@@ -76,11 +76,8 @@ void ProjectDocument::SetTextSource(TextSource source) {
     if (!mTextSource) SetDirty(false);
 }
 
-void ProjectDocument::SetDirty(bool isDirty) {
-    isDirty = isDirty && IsEditable();
-    if (isDirty == mIsDirty) return;
-    mIsDirty = isDirty;
-    AnnounceState();
+void ProjectDocument::SetDirty(bool isModified) {
+    ChangeState([&] { mIsModified = isModified && IsEditable(); });
 }
 
 void ProjectDocument::SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock) {
@@ -110,41 +107,66 @@ void ProjectDocument::ReleaseLocks() {
 }
 
 void ProjectDocument::ReplaceContent(ProjectContent content) {
-    mContent = std::make_shared<const ProjectContent>(std::move(content));
+    SetContent(std::move(content));
     mIsOutOfDate = false;
     DropChanges();
 }
 
 void ProjectDocument::DropChanges() {
-    mIsDirty = false;
+    mIsModified = false;
+    mMayFileDiffer = false;
+    if (!mContent->mMayHold.empty()) {
+        // What may have been saved is dropped too: where it stands, the document is out of date.
+        ProjectContent content = *mContent;
+        content.mMayHold.clear();
+        SetContent(std::move(content));
+    }
     AnnounceContent();
     AnnounceState();
 }
 
-void ProjectDocument::NoteWritten(std::string bytes, const ItemStatus& status) {
+void ProjectDocument::NoteSaved(const host::UTF16String& text, std::string bytes, const ItemStatus& status) {
     ProjectContent content;
     content.mKind = ProjectContent::Kind::EditableText;
     content.mBytes = std::move(bytes);
     content.mStatus = status;
-    mContent = std::make_shared<const ProjectContent>(std::move(content));
-    SetOutOfDate(false);
+    SetContent(std::move(content));
+    ChangeState([&] {
+        mMayFileDiffer = GetCurrentText() != text;
+        if (!mMayFileDiffer) mIsModified = false;
+        mIsOutOfDate = false;
+    });
 }
 
-void ProjectDocument::NoteSaved(const host::UTF16String& text) {
-    if (GetCurrentText() == text) SetDirty(false);
+void ProjectDocument::NoteMayHold(std::string bytes) {
+    ProjectContent content = *mContent;
+    if (std::ranges::find(content.mMayHold, bytes) == content.mMayHold.end())
+        content.mMayHold.push_back(std::move(bytes));
+    SetContent(std::move(content));
+    ChangeState([this] { mMayFileDiffer = true; });
 }
 
 void ProjectDocument::NoteStatus(const ItemStatus& status) {
-    if (IsSameState(status, mContent->mStatus)) return;
+    // The times of what a save may have written are not those of `mBytes`.
+    if (IsSameState(status, mContent->mStatus) || !mContent->mMayHold.empty()) return;
     ProjectContent content = *mContent;
     content.mStatus = status;
-    mContent = std::make_shared<const ProjectContent>(std::move(content));
+    SetContent(std::move(content));
 }
 
 void ProjectDocument::SetOutOfDate(bool isOutOfDate) {
-    if (isOutOfDate == mIsOutOfDate) return;
-    mIsOutOfDate = isOutOfDate;
-    AnnounceState();
+    ChangeState([&] { mIsOutOfDate = isOutOfDate; });
+}
+
+void ProjectDocument::SetContent(ProjectContent content) {
+    mContent = std::make_shared<const ProjectContent>(std::move(content));
+}
+
+template <class Change>
+void ProjectDocument::ChangeState(Change change) {
+    const std::pair before(IsDirty(), mIsOutOfDate);
+    change();
+    if (std::pair(IsDirty(), mIsOutOfDate) != before) AnnounceState();
 }
 
 void ProjectDocument::AnnounceState() {

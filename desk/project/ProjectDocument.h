@@ -16,10 +16,14 @@ namespace desk {
 /// `ProjectDocuments` makes it and runs everything that asks the user or waits for the volume. UI thread.
 ///
 /// An editor shows `GetContent` and, if that is editable text, `GetEditorText`. While it exists it lends itself
-/// by `SetTextSource`, and tells by `SetDirty` whether its text differs from what it was given (Qt:
-/// `QTextDocument::modificationChanged`). It lets nobody type while `IsReadOnly`. On `Content` it takes the
-/// text anew; on `State` it looks at dirty, read-only and out of date anew (after a save the document is not
-/// dirty: the editor's text counts as unmodified from then on, its undo steps stay).
+/// by `SetTextSource`, and tells by `SetDirty` whether its text differs from what it was given or last saved
+/// (Qt: `QTextDocument::modificationChanged`). It lets nobody type while `IsReadOnly`. On `Content` it takes
+/// the text anew; on `State` it looks at dirty, read-only and out of date anew (after a save the document is
+/// not dirty: the editor's text counts as unmodified from then on, its undo steps stay).
+///
+/// It is dirty whenever the editor's text is not what is known to be in the file. So after a save of which it
+/// is not known whether it came through it is, whatever the editor says (the user may undo), until a save has
+/// succeeded or the file was read anew.
 class ZUHOST_API ProjectDocument final : public OpenProject {
 public:
     /// A text of lines as `EditedText` takes it (`QTextDocument::toRawText`).
@@ -39,7 +43,7 @@ public:
     /// The file itself has moved to `realPath` (bytes), not the link through which it may have been opened.
     /// Whoever moves it tells the project's new path afterwards.
     void NoteFileMove(std::string realPath) { mMovedTo = std::move(realPath); }
-    bool IsDirty() const override { return mIsDirty; }
+    bool IsDirty() const override { return mIsModified || mMayFileDiffer; }
     void SetProjectLockFile(const host::ProjectLockFileRef& lockFile) override;
     bool IsReadOnly() const override;
     bool IsOutOfDate() const override { return mIsOutOfDate; }
@@ -54,8 +58,8 @@ public:
 
     /// The editor that shows the document; an empty function when it goes, and its edits with it.
     void SetTextSource(TextSource source);
-    /// Told by the editor. Ignored for what is not editable.
-    void SetDirty(bool isDirty);
+    /// Told by the editor, of its text. Ignored for what is not editable.
+    void SetDirty(bool isModified);
 
     /// What the editor shows now (see `EditedText`).
     host::UTF16String GetCurrentText() const;
@@ -80,16 +84,20 @@ public:
     void ReplaceContent(ProjectContent content);
     /// Unsaved changes are dropped: the editor takes the text anew that was last read or saved.
     void DropChanges();
-    /// `bytes` stand in the file now, in this state; unsaved changes stay.
-    void NoteWritten(std::string bytes, const ItemStatus& status);
-    /// After `NoteWritten` of what the editor showed as `text`: unsaved changes are gone if it still does.
-    void NoteSaved(const host::UTF16String& text);
+    /// `bytes`, which the editor showed as `text`, stand in the file now, in this state: unsaved changes are
+    /// gone if it still does.
+    void NoteSaved(const host::UTF16String& text, std::string bytes, const ItemStatus& status);
+    /// After a save of `bytes` of which it is not known whether it came through.
+    void NoteMayHold(std::string bytes);
     /// The file's times have changed, its bytes have not.
     void NoteStatus(const ItemStatus& status);
     void SetOutOfDate(bool isOutOfDate);
 
 private:
     void GoOnAsRealFile(const std::string& realPath);
+    void SetContent(ProjectContent content);
+    template <class Change>
+    void ChangeState(Change change);
     void AnnounceState();
     void AnnounceContent();
 
@@ -101,7 +109,10 @@ private:
     host::ProjectLockFileRef mTargetLock;
     host::UTF16String mTrouble;
     TextSource mTextSource;
-    bool mIsDirty = false;
+    /// What the editor says of its text.
+    bool mIsModified = false;
+    /// What the editor calls unmodified may not be what is in the file.
+    bool mMayFileDiffer = false;
     bool mIsOutOfDate = false;
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
 #include <functional>
 #include <utility>
 
@@ -13,9 +12,9 @@
 #include "desk/dialogs/LongWork.h"
 #include "desk/files/FileFailure.h"
 #include "desk/files/FileMoves.h"
-#include "desk/files/FileSystem.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/LookAgain.h"
+#include "desk/files/NewFile.h"
 #include "desk/project/LockKeeper.h"
 #include "desk/project/LockWatch.h"
 #include "desk/project/OutOfDateWatch.h"
@@ -161,15 +160,6 @@ host::UTF16String ReasonOf(const host::FileException& exception) {
     return ToUTF16(ToDisplayText(DescribeReason(exception)));
 }
 
-unsigned GetModeOfNewFiles() {
-    // proc(5); umask(2) could only be asked by changing it for all threads.
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    while (status >> word)
-        if (unsigned mask = 0; word == "Umask:" && status >> std::oct >> mask) return 0666 & ~mask;
-    return 0644;
-}
-
 namespace {
 
 /// False when something stands at `path`.
@@ -191,9 +181,8 @@ bool MakeOnDisk(const host::UTF16String& path, const host::UTF16String& title,
 }  // namespace
 
 bool CreateFileOnDisk(const host::UTF16String& path, const std::string& bytes) {
-    return MakeOnDisk(path, host::ZString("$$$/Desk/Project/Creating=Creating Project"), [&](WorkProgress&) {
-        GetServices().mFileSystem->CreateNewFile(host::UTF16to8(path), bytes, GetModeOfNewFiles());
-    });
+    return MakeOnDisk(path, host::ZString("$$$/Desk/Project/Creating=Creating Project"),
+                      [&](WorkProgress&) { MakeNewFile(host::UTF16to8(path), bytes, GetModeOfNewFiles()); });
 }
 
 bool CopyFileOnDisk(const std::string& source, const host::UTF16String& path) {

@@ -26,11 +26,8 @@ private:
 /// `DescribeReason`, ready to be shown; the operation goes to the log.
 host::UTF16String ReasonOf(const host::FileException& exception);
 
-/// The permissions with which a new project is made: what the process's umask leaves of 0666, so that
-/// colleagues can read it as they can the files of other programs. Any thread; reads /proc only.
-unsigned GetModeOfNewFiles();
-
-/// Makes a new file on a worker. False when something stands at `path`; throws `host::FileException`.
+/// Makes a new file on a worker (`MakeNewFile`). False when something stands at `path`; throws
+/// `host::FileException`.
 bool CreateFileOnDisk(const host::UTF16String& path, const std::string& bytes);
 /// The same, as a copy of the file at `source` (bytes); the user can cancel it (ECANCELED).
 bool CopyFileOnDisk(const std::string& source, const host::UTF16String& path);

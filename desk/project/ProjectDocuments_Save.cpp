@@ -65,7 +65,7 @@ ProjectDocuments::Saving ProjectDocuments::Save(const ProjectDocumentRef& docume
         if (std::optional<Saving> stopped = CheckLocks(document)) return *std::move(stopped);
         const FileWriting writing = Write(document, document->GetCurrentText(), approved);
         if (writing.mOutcome == FileWriting::Outcome::Written) return {SaveResult::Saved, {}};
-        if (writing.mOutcome == FileWriting::Outcome::Failed) return {};
+        if (writing.mOutcome != FileWriting::Outcome::Differs) return {};
         if (writing.mFound.mOutcome == FileComparison::Outcome::Changed) document->SetOutOfDate(true);
         const ChangedAnswer answer =
             ProjectQuestions::AskAboutChange(document->GetProjectPath(), writing.mFound);
@@ -128,10 +128,20 @@ FileWriting ProjectDocuments::Write(const ProjectDocumentRef& document, const UT
         bytes = EditedText(expected->mBytes).ToBytes(text);
         writing = WriteProjectFile(*GetServices().mFileSystem, file, bytes, *expected, approved);
     });
-    if (writing.mStands) document->NoteWritten(std::move(bytes), writing.mStatus);
-    if (writing.mOutcome == FileWriting::Outcome::Written) document->NoteSaved(text);
-    if (writing.mOutcome == FileWriting::Outcome::Failed)
-        ProjectQuestions::TellNotSaved(path, ReasonOf(*writing.mError));
+    switch (writing.mOutcome) {
+        case FileWriting::Outcome::Written:
+            document->NoteSaved(text, std::move(bytes), writing.mStatus);
+            break;
+        case FileWriting::Outcome::Failed:
+            ProjectQuestions::TellNotSaved(path, ReasonOf(*writing.mError));
+            break;
+        case FileWriting::Outcome::MayBeWritten:
+            document->NoteMayHold(std::move(bytes));
+            ProjectQuestions::TellMayBeSaved(path, ReasonOf(*writing.mError), host::UTF8to16(writing.mKept));
+            break;
+        case FileWriting::Outcome::Differs:
+            break;
+    }
     return writing;
 }
 

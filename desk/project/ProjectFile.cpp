@@ -1,11 +1,14 @@
 #include "desk/project/ProjectFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <thread>
 #include <utility>
 
+#include "desk/files/FolderPath.h"
 #include "desk/files/PosixErrors.h"
+#include "desk/files/ReplaceFile.h"
 
 namespace desk {
 
@@ -52,12 +55,51 @@ bool IsAgreed(const FileComparison& found, const std::optional<FileComparison>& 
     return found.mOutcome == FileComparison::Outcome::Missing || IsSameState(found.mStatus, approved->mStatus);
 }
 
-/// A volume may fail a call that it has carried out.
+/// Somebody may have written just that.
 bool DoBytesStand(FileSystem& fileSystem, const std::string& path, const std::string& bytes) {
     try {
         return fileSystem.ReadSmallFile(path, bytes.size()) == bytes;
     } catch (const host::FileException&) {
         return false;
+    }
+}
+
+bool MayHaveSize(const ProjectContent& content, std::uint64_t size) {
+    const auto hasSize = [size](const std::string& bytes) { return bytes.size() == size; };
+    return hasSize(content.mBytes) || std::ranges::any_of(content.mMayHold, hasSize);
+}
+
+bool MayBe(const ProjectContent& content, const std::string& bytes) {
+    return content.mBytes == bytes || std::ranges::find(content.mMayHold, bytes) != content.mMayHold.end();
+}
+
+/// As a save compares. What this machine has in mind after a save that is in doubt may be old.
+FileComparison CompareToWrite(FileSystem& fileSystem, const std::string& path, const ProjectContent& expected) {
+    const FileComparison found = CompareProjectFile(fileSystem, path, expected, true);
+    if (found.mOutcome == FileComparison::Outcome::Same || expected.mMayHold.empty()) return found;
+    fileSystem.WaitForCaches(FolderOf(path));
+    return CompareProjectFile(fileSystem, path, expected, true);
+}
+
+FileWriting::Outcome ToOutcome(FileReplacement::Outcome outcome) {
+    switch (outcome) {
+        case FileReplacement::Outcome::Done:
+            return FileWriting::Outcome::Written;
+        case FileReplacement::Outcome::NotDone:
+            return FileWriting::Outcome::Failed;
+        case FileReplacement::Outcome::NotKnown:
+            break;
+    }
+    return FileWriting::Outcome::MayBeWritten;
+}
+
+ItemStatus ReadStatusAfterWriting(FileSystem& fileSystem, const std::string& path, const ItemStatus& before) {
+    try {
+        return fileSystem.Status(path, false);
+    } catch (const host::FileException&) {
+        ItemStatus unknown;  // It differs from any, so that the next look reads the file.
+        unknown.mMode = before.mMode;
+        return unknown;
     }
 }
 
@@ -98,31 +140,32 @@ FileComparison CompareProjectFile(FileSystem& fileSystem, const std::string& pat
     const bool isEditable = expected.mKind == ProjectContent::Kind::EditableText;
     const bool isSameState = IsSameState(status, expected.mStatus);
     if (isSameState && !(alwaysReads && isEditable)) return {Outcome::Same, status};
-    if (!isEditable || status.mKind != ItemKind::File || status.mSize != expected.mBytes.size())
+    if (!isEditable || status.mKind != ItemKind::File || !MayHaveSize(expected, status.mSize))
         return {Outcome::Changed, status};
     // What was saved may have grown beyond what would be opened.
-    const bool isSame = ReadBytes(fileSystem, path, expected.mBytes.size()) == expected.mBytes;
-    return {isSame ? Outcome::Same : Outcome::Changed, status};
+    const auto bytes = ReadBytes(fileSystem, path, status.mSize);
+    return {bytes && MayBe(expected, *bytes) ? Outcome::Same : Outcome::Changed, status};
 }
 
 FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
                              const ProjectContent& expected, const std::optional<FileComparison>& approved) {
     FileWriting writing;
     try {
-        writing.mFound = CompareProjectFile(fileSystem, path, expected, true);
-        writing.mOutcome = FileWriting::Outcome::Differs;
-        // A save that failed may have come through after all.
-        if (!IsAgreed(writing.mFound, approved) && !DoBytesStand(fileSystem, path, bytes)) return writing;
-        writing.mOutcome = FileWriting::Outcome::Failed;
-        fileSystem.ReplaceFile(path, bytes);
-        writing.mStands = true;
-        writing.mStatus = fileSystem.Status(path, false);
-        writing.mOutcome = FileWriting::Outcome::Written;
+        writing.mFound = CompareToWrite(fileSystem, path, expected);
     } catch (const host::FileException& exception) {
         writing.mError = exception;
-        writing.mOutcome = FileWriting::Outcome::Failed;
-        if (!writing.mStands) writing.mStands = DoBytesStand(fileSystem, path, bytes);
+        return writing;
     }
+    if (!IsAgreed(writing.mFound, approved) && !DoBytesStand(fileSystem, path, bytes)) {
+        writing.mOutcome = FileWriting::Outcome::Differs;
+        return writing;
+    }
+    FileReplacement replacement = ReplaceFile(fileSystem, path, bytes, expected.mStatus.mMode & 0777);
+    writing.mOutcome = ToOutcome(replacement.mOutcome);
+    writing.mError = std::move(replacement.mError);
+    writing.mKept = std::move(replacement.mKept);
+    if (writing.mOutcome == FileWriting::Outcome::Written)
+        writing.mStatus = ReadStatusAfterWriting(fileSystem, path, expected.mStatus);
     return writing;
 }
 

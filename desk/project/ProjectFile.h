@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "desk/files/FileSystem.h"
 #include "desk/project/EditedText.h"
@@ -27,9 +28,12 @@ struct ProjectContent {
     Kind mKind = Kind::Binary;
     EditedText::Obstacle mObstacle = EditedText::Obstacle::None;
     std::string mBytes;
-    /// Size and times of the file when it was read. Together with the bytes they tell whether it is still the
-    /// same; inode numbers do not (some volumes change them at will).
+    /// Size, times and mode of the file when it was read. Size and times, together with the bytes, tell whether
+    /// it is still the same; inode numbers do not (some volumes change them at will).
     ItemStatus mStatus;
+    /// What saves have written since, of which it is not known whether they came through: the file may hold one
+    /// of these in place of `mBytes`.
+    std::vector<std::string> mMayHold{};
 };
 
 using ProjectContentPtr = std::shared_ptr<const ProjectContent>;
@@ -74,10 +78,10 @@ struct FileComparison {
     ItemStatus mStatus;
 };
 
-/// Looks whether the file at `path` still holds `expected`. A file whose size or time differ, but not its
-/// bytes, is the same; with `alwaysReads` the bytes of an editable one are compared in any case (times of some
-/// volumes are whole seconds). Throws `host::FileException` when the volume does not tell. May wait for the
-/// volume; any thread.
+/// Looks whether the file at `path` still holds `expected`, or what it may hold. A file whose size or time
+/// differ, but not its bytes, is the same; with `alwaysReads` the bytes of an editable one are compared in any
+/// case (times of some volumes are whole seconds). Throws `host::FileException` when the volume does not tell.
+/// May wait for the volume; any thread.
 ZUHOST_API FileComparison CompareProjectFile(FileSystem& fileSystem, const std::string& path,
                                              const ProjectContent& expected, bool alwaysReads);
 
@@ -87,22 +91,23 @@ struct FileWriting {
         Written,
         /// The file is not what was expected (`mFound`); nothing was written.
         Differs,
-        /// For the reason `mError`.
+        /// Nothing was written, for the reason `mError`.
         Failed,
+        /// The volume has not told, for the reason `mError`, whether the bytes stand in the file now.
+        MayBeWritten,
     };
     Outcome mOutcome = Outcome::Failed;
     FileComparison mFound;
-    /// The bytes stand in the file now; after a failure too, when only its reply was lost or the last flush
-    /// failed.
-    bool mStands = false;
-    /// The file's state after it was written.
+    /// The file's state after it was written, as far as the volume tells.
     ItemStatus mStatus;
     std::optional<host::FileException> mError;
+    /// Where the bytes may lie in place of the file (`FileReplacement::mKept`).
+    std::string mKept;
 };
 
-/// Replaces the file at `path` by `bytes`, whole or not at all, if it still is what was `expected`, or what the
-/// user has agreed to overwrite (`approved`: what an earlier attempt found). Throws nothing. May wait for the
-/// volume; any thread.
+/// Replaces the file at `path` by `bytes` (`ReplaceFile`), if it still is what was `expected`, or what the user
+/// has agreed to overwrite (`approved`: what an earlier attempt found). A file that is gone is made with the
+/// mode that it had. Throws nothing. May wait for the volume; any thread.
 ZUHOST_API FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path,
                                         const std::string& bytes, const ProjectContent& expected,
                                         const std::optional<FileComparison>& approved);

@@ -142,6 +142,16 @@ void TellNotSaved(const UTF16String& path, const UTF16String& reason) {
                  {NameOf(path), reason}));
 }
 
+void TellMayBeSaved(const UTF16String& path, const UTF16String& reason, const UTF16String& kept) {
+    UTF16String text = ZString(
+        "$$$/Desk/Project/MayBeSavedText=“@0” may have been saved, or may not: the volume does not tell. It "
+        "counts as unsaved until it is saved again.\n@1",
+        {NameOf(path), reason});
+    if (!kept.empty())
+        text += u"\n" + ZString("$$$/Desk/Project/TextKept=Its text is in its file or in “@0”.", {Shown(kept)});
+    Tell(ZString("$$$/Desk/Project/MayBeSaved=The Project May Not Have Been Saved"), text);
+}
+
 void TellNotCopied(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotCopied=The Copy Was Not Made"),
          ZString("$$$/Desk/Project/NotCopiedText=The copy “@0” was not made.\n@1", {NameOf(path), reason}));

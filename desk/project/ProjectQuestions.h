@@ -22,6 +22,9 @@ void TellNotCopied(const host::UTF16String& path, const host::UTF16String& reaso
 void TellNotReloaded(const host::UTF16String& path, const host::UTF16String& reason);
 void TellNotMade(const host::UTF16String& path, const host::UTF16String& reason);
 void TellNotWritable(const host::UTF16String& path, const host::UTF16String& reason);
+/// It is not known whether something was done. `kept`: where the text may lie in place of its file; or empty.
+void TellMayBeSaved(const host::UTF16String& path, const host::UTF16String& reason,
+                    const host::UTF16String& kept);
 
 enum class LockedAnswer { OpenReadOnly, MakeCopy, Cancel };
 /// The project to be opened is held by somebody, or (then without the offer of a copy) cannot be locked.

@@ -62,6 +62,7 @@ std::string WriteOwner(const LockRecord& owner) {
 }
 
 std::optional<TemporaryOwner> ReadOwner(std::string_view text) {
+    if (text.ends_with('.')) return {};
     std::array<std::string_view, 6> parts;
     for (std::string_view& part : parts) part = TakePart(text);
     TemporaryOwner owner;

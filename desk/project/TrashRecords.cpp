@@ -3,12 +3,17 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cerrno>
+#include <mutex>
+#include <set>
 
 #include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
+#include "desk/files/NewFile.h"
 #include "desk/files/PosixErrors.h"
+#include "desk/project/Leftovers.h"
 #include "desk/project/RecordTexts.h"
 
 namespace desk {
@@ -45,6 +50,17 @@ void MakeFolder(FileSystem& fileSystem, const std::string& path) {
     }
 }
 
+/// No view lists this folder: what killed processes have left there goes when this one first adds to it.
+void SweepOnce(FileSystem& fileSystem, const std::string& folder) {
+    static std::mutex sMutex;
+    static std::set<std::string> sSwept;
+    {
+        const std::lock_guard lock(sMutex);
+        if (!sSwept.insert(folder).second) return;
+    }
+    if (const Desktop* desktop = GetServices().mDesktop) SweepLeftovers(fileSystem, *desktop, folder);
+}
+
 }  // namespace
 
 bool IsTrashFolderThere(FileSystem& fileSystem, const std::string& trashFolder) {
@@ -68,9 +84,10 @@ void WriteTrashRecord(FileSystem& fileSystem, const std::string& trashFolder, co
                              {kMachine, ToQString(record.mMachine)},
                              {kMovedAt, ToTimeText(record.mMovedAt)}};
     MakeTrashRecordsFolder(fileSystem, trashFolder);
-    fileSystem.CreateNewFile(
-        JoinPath(GetTrashRecordsFolder(trashFolder), MakeNonce() + std::string(kExtension)),
-        QJsonDocument(object).toJson().toStdString(), kMode);
+    const std::string folder = GetTrashRecordsFolder(trashFolder);
+    SweepOnce(fileSystem, folder);
+    MakeFileOfOwnName(fileSystem, JoinPath(folder, MakeNonce() + std::string(kExtension)),
+                      QJsonDocument(object).toJson().toStdString(), kMode);
 }
 
 }  // namespace desk

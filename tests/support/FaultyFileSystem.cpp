@@ -31,9 +31,9 @@ bool IsRename(FaultyFileSystem::Operation operation) {
 
 bool IsChange(FaultyFileSystem::Operation operation) {
     using enum FaultyFileSystem::Operation;
-    constexpr FaultyFileSystem::Operation kChanges[] = {ReplaceFile,  CreateNewFile,   Link,   RemoveFile,
-                                                        CreateFolder, RenameNoReplace, Rename, CopyFile,
-                                                        CopyLink,     RemoveFromTree};
+    constexpr FaultyFileSystem::Operation kChanges[] = {CreateNewFile,   Link,   RemoveFile, CreateFolder,
+                                                        RenameNoReplace, Rename, CopyFile,   CopyLink,
+                                                        RemoveFromTree};
     return std::ranges::find(kChanges, operation) != std::end(kChanges);
 }
 

@@ -22,7 +22,6 @@ public:
         TryFolder,
         Status,
         ReadSmallFile,
-        ReplaceFile,
         AppendToFile,
         CreateNewFile,
         Link,
@@ -112,9 +111,6 @@ public:
     }
     desk::ItemStatus Status(const std::string& path, bool followLink) override;
     std::string ReadSmallFile(const std::string& path, std::size_t limit) override;
-    void ReplaceFile(const std::string& path, const std::string& bytes) override {
-        Do(Operation::ReplaceFile, path, [&] { Disk::ReplaceFile(Named(path), bytes); });
-    }
     void AppendToFile(const std::string& path, const std::string& bytes) override {
         Do(Operation::AppendToFile, path, [&] { Disk::AppendToFile(Named(path), bytes); });
     }

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "desk/files/PosixFileSystem.h"
+#include "desk/files/ReplaceFile.h"
 #include "desk/project/LockProtocol.h"
 #include "host/files/FileException.h"
 #include "tests/support/LogExpectation.h"
@@ -15,6 +18,7 @@ namespace {
 
 constexpr int kProjects = 6;
 constexpr int kRounds = 20;
+constexpr int kFiles = 64;
 constexpr char kHere[] = "Cuts/Scene 1.zuproj";
 constexpr char kThere[] = "Sound/Scene 1.zuproj";
 
@@ -85,26 +89,32 @@ protected:
         }
         return taking;
     }
-    void OtherReplacesAFile(int version) {
-        const std::string before = mFolder.Read("settings.json");
+    /// What it is told of each is true.
+    void OtherReplacesAFile(const std::string& name, int version) {
+        using Outcome = desk::FileReplacement::Outcome;
+        const std::string before = mFolder.Read(name);
         const std::string after = std::to_string(version);
-        try {
-            mDisk.ReplaceFile(mOther->Path("settings.json"), after);
-        } catch (const FileException&) {
-        }
-        EXPECT_THAT(mFolder.Read("settings.json"), testing::AnyOf(before, after));
+        const Outcome outcome = desk::ReplaceFile(mDisk, mOther->Path(name), after, 0600).mOutcome;
+        const std::string found = mFolder.Read(name);
+        EXPECT_EQ(found, outcome == Outcome::Done ? after : outcome == Outcome::NotDone ? before : found);
+        EXPECT_THAT(found, testing::AnyOf(before, after));
+    }
+    /// Several at a time, since each failure waits until caches have run out.
+    void OtherReplacesFiles(int version) {
+        std::vector<std::jthread> others;
+        for (int file = 0; file < kFiles; ++file)
+            others.emplace_back([this, file, version] {
+                OtherReplacesAFile("settings " + std::to_string(file) + ".json", version);
+            });
     }
     /// What the other machine does in a round: locks taken and given up, and files replaced, while nobody
     /// works.
-    void OtherWorks() {
+    void OtherWorks(int round) {
         const bool isOfRenames = std::string(GetParam().mText).starts_with("rename");
-        for (int i = 0; i < 2 * GetParam().mFailures / kRounds + 8 && !HasFailure(); ++i) {
-            if (isOfRenames && i > 4) {
-                OtherReplacesAFile(i);
-            } else {
-                EXPECT_NE(OtherTakes("Scene 0.zuproj").mOutcome, LockTaking::Outcome::Held) << "nobody has it";
-            }
-        }
+        const int count = isOfRenames ? 5 : 2 * GetParam().mFailures / kRounds + 8;
+        for (int i = 0; i < count && !HasFailure(); ++i)
+            EXPECT_NE(OtherTakes("Scene 0.zuproj").mOutcome, LockTaking::Outcome::Held) << "nobody has it";
+        if (isOfRenames && round % 4 == 0) OtherReplacesFiles(round);
     }
 
     void Settle() {
@@ -128,9 +138,9 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Rules, LostReply,
                          testing::Values(Rule{"link:2:5:after", 1000, false}, Rule{"create:2:5:after", 1000},
-                                         Rule{"unlink:2:5:after", 1000, false}, Rule{"rename:2:5:after", 1000},
-                                         Rule{"write:2:5:after", 1000}, Rule{"fsync:2:5:after", 1000},
-                                         Rule{"link:2:17:after", 100, false},
+                                         Rule{"unlink:2:5:after", 1000, false},
+                                         Rule{"rename:2:5:after", 100, false}, Rule{"write:2:5:after", 1000},
+                                         Rule{"fsync:2:5:after", 1000}, Rule{"link:2:17:after", 100, false},
                                          Rule{"unlink:2:2:after", 100, false}, Rule{"link:5:5:before", 40},
                                          Rule{"create:2:5:before", 100}, Rule{"unlink:2:5:before", 100, false},
                                          Rule{"rename:2:5:before", 100}, Rule{"write:5:28:before", 40},
@@ -148,7 +158,7 @@ TEST_P(LostReply, LeavesNoOrphanNoFalseHolderAndNoHalfSavedProject) {
     std::optional<ExpectLogged> errors;
     if (GetParam().mIsTold) errors.emplace("");
     testproduction::Make(mFolder.Path(), kProjects);
-    mFolder.Write("settings.json");
+    for (int file = 0; file < kFiles; ++file) mFolder.Write("settings " + std::to_string(file) + ".json");
     mOurs = std::make_unique<FaultyMount>(mFolder.Path(), GetParam().mText);
     mOther = std::make_unique<FaultyMount>(mFolder.Path(), GetParam().mText);
     if (!mOurs->IsMounted() || !mOther->IsMounted())
@@ -159,7 +169,7 @@ TEST_P(LostReply, LeavesNoOrphanNoFalseHolderAndNoHalfSavedProject) {
         const std::string from = round % 2 ? kThere : kHere;
         const std::string to = round % 2 ? kHere : kThere;
         UserMoves(from, to);
-        OtherWorks();
+        OtherWorks(round);
         UserOpensAndSaves(to, round + 1);
         const auto found = testproduction::Examine(mFolder.Path());
         EXPECT_EQ(found.DescribeLosses(kProjects), "");

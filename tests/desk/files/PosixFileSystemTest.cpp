@@ -1,13 +1,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <fstream>
 
 #include "desk/files/PosixFileSystem.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/HostFixture.h"
 
 using desk::ItemKind;
@@ -33,24 +32,6 @@ protected:
 
     TemporaryFolder mFolder;
     desk::PosixFileSystem mDisk;
-};
-
-/// Files cannot grow beyond `bytes` while it exists: the disk is full for this process.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &mBefore);
-        const rlimit limit{bytes, mBefore.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &mBefore);
-        std::signal(SIGXFSZ, mHandler);
-    }
-
-private:
-    void (*mHandler)(int);
-    rlimit mBefore;
 };
 
 }  // namespace
@@ -104,28 +85,6 @@ TEST_F(PosixFileSystemTest, ReadSmallFileIsBoundedAndNeverBlocksWhateverStandsTh
     // A file of /proc says that its size is 0.
     EXPECT_EQ(mDisk.ReadSmallFile("/proc/sys/kernel/random/boot_id", 4096).size(), 37u);
     EXPECT_EQ(ErrorOf([&] { mDisk.ReadSmallFile("/proc/self/maps", 100); }), EFBIG);
-}
-
-TEST_F(PosixFileSystemTest, ReplaceFileWritesAllOrLeavesTheOldFileAndNothingElse) {
-    const auto replace = [this](const char* name, const std::string& bytes) {
-        return ErrorOf([&] { mDisk.ReplaceFile(mFolder.Path(name), bytes); });
-    };
-    EXPECT_EQ(replace("settings", "first"), 0);
-    EXPECT_EQ(Facts("settings").st_mode & 07777, 0600u);
-    chmod(mFolder.Path("settings").c_str(), 0640);
-    const std::string large(3'000'000, 'z');
-    EXPECT_EQ(replace("settings", large), 0);
-    {
-        FileSizeLimit full(4096);  // the write fails half-way
-        EXPECT_EQ(replace("settings", std::string(100'000, 'n')), EFBIG);
-    }
-    EXPECT_EQ(mFolder.Read("settings"), large);
-    EXPECT_EQ(Facts("settings").st_mode & 07777, 0640u);
-    mFolder.Write("folder/inside");  // the rename fails
-    EXPECT_EQ(replace("folder", "new"), EISDIR);
-    EXPECT_EQ(replace("gone/settings", "new"), ENOENT);
-    EXPECT_EQ(List(mFolder.Path()), (Names{"folder", "settings"}));
-    EXPECT_EQ(List(mFolder.Path("folder")), Names{"inside"});
 }
 
 TEST_F(PosixFileSystemTest, RenamesReplaceNothing) {

@@ -63,7 +63,7 @@ TEST_F(CloseProjectTest, AChangedProjectAsksWhetherToSave) {
 TEST_F(CloseProjectTest, ASaveThatFailsKeepsTheProjectOpenAndACopyWillDo) {
     const desk::ProjectDocumentRef document = OpenAndFind();
     Edit(document, u"new");
-    mDisk.Fail(Operation::ReplaceFile, 1, ENOSPC);
+    mDisk.Fail(Operation::Rename, 1, ENOSPC);
     mDialogs.ExpectQuestion("Save Changes", u"Save");
     mDialogs.ExpectMessage("The Project Was Not Saved");
     EXPECT_FALSE(Manager().CloseProject(document, true));

@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <functional>
+#include <future>
 
+#include "desk/project/TemporaryNames.h"
 #include "host/project/ProductionItems.h"
 #include "tests/support/HostFixture.h"
+#include "tests/support/TreeSnapshot.h"
 
 namespace fs = std::filesystem;
 
@@ -25,6 +30,11 @@ protected:
     }
 };
 
+bool IsMarkOfTo(const std::string& name) {
+    const auto mark = desk::ParseTargetedTemporary(name);
+    return mark && mark->mPurpose == desk::TemporaryPurpose::FolderCopy && mark->IsFor("To");
+}
+
 }  // namespace
 
 TEST_F(CopyDirectoryTreeTest, CopiesWhatIsInAFolderWithoutItsLocks) {
@@ -38,13 +48,55 @@ TEST_F(CopyDirectoryTreeTest, CopiesWhatIsInAFolderWithoutItsLocks) {
     EXPECT_EQ(mFolder.Read("To/b.zuproj"), "b");
 }
 
-TEST_F(CopyDirectoryTreeTest, AFailureLeavesNothing) {
-    for (const Operation operation : {Operation::CopyFile, Operation::CopyLink, Operation::RenameNoReplace}) {
-        mDisk.Fail(operation, operation == Operation::CopyLink ? 1 : 2, EIO);
-        EXPECT_EQ(Copy(), EIO) << static_cast<int>(operation);
-        EXPECT_FALSE(mFolder.Exists("To")) << static_cast<int>(operation);
-        mFolder.MakeFolder("To");
-    }
+TEST_F(CopyDirectoryTreeTest, WhateverStepFailsTheCopyIsWholeOrNothingIsLeft) {
+    const ExpectLogged anything("");
+    const TreeSnapshot whole = [this] {
+        EXPECT_EQ(Copy(), 0);
+        return TakeSnapshot(mFolder.Path("To"));
+    }();
+    mDisk.SkipFlushes();
+    for (const bool isCarriedOut : {false, true})
+        for (int step = 1;; ++step) {
+            SCOPED_TRACE(std::string(isCarriedOut ? "after" : "before") + " step " + std::to_string(step));
+            mFolder.Remove("To");
+            mFolder.MakeFolder("To");
+            mDisk.ResetCounts();
+            isCarriedOut ? mDisk.FailAfter(Operation::Any, step, EIO) : mDisk.Fail(Operation::Any, step, EIO);
+            const int error = Copy();
+            const bool isThere = mFolder.Exists("To") && !fs::is_empty(mFolder.Path("To"));
+            EXPECT_EQ(isThere, error == 0);
+            EXPECT_TRUE(!isThere || TakeSnapshot(mFolder.Path("To")) == whole);
+            if (mDisk.Count(Operation::Any) < step) break;
+        }
+    EXPECT_EQ(NamesIn(), (Names{"From", "To"}));
+}
+
+TEST_F(CopyDirectoryTreeTest, ComesToItsPlaceInOneStepAndOnlyOntoAnEmptyFolder) {
+    const auto copyWhile = [this](Operation operation, const std::function<void()>& meanwhile) {
+        mDisk.CloseGate(operation, mFolder.Path());
+        auto done = std::async(std::launch::async, [this] { return Copy(); });
+        EXPECT_TRUE(mDisk.WaitAtGate());
+        meanwhile();
+        mDisk.OpenGate();
+        return done.get();
+    };
+    // A process that is killed now leaves what a sweep can tell.
+    EXPECT_EQ(copyWhile(Operation::Rename,
+                        [this] {
+                            EXPECT_TRUE(fs::is_empty(mFolder.Path("To")));
+                            EXPECT_EQ(NamesIn().size(), 4u) << "the copy, and the mark";
+                            EXPECT_EQ(std::ranges::count_if(NamesIn(), IsMarkOfTo), 1);
+                        }),
+              0);
+    mFolder.Remove("To");
+    mFolder.MakeFolder("To");
+    EXPECT_EQ(copyWhile(Operation::CopyFile, [this] { mFolder.Write("To/theirs"); }), ENOTEMPTY);
+    EXPECT_EQ(NamesIn(), (Names{"From", "To"}));
+    EXPECT_EQ(NamesIn("To"), Names{"theirs"});
+    // A volume that replaces no folders.
+    mFolder.Remove("To/theirs");
+    mDisk.Fail(Operation::Rename, 1, EEXIST);
     EXPECT_EQ(Copy(), 0);
-    EXPECT_TRUE(mFolder.Exists("To/Sub/a.zuproj"));
+    EXPECT_EQ(mFolder.Read("To/Sub/a.zuproj"), "a");
+    EXPECT_EQ(NamesIn(), (Names{"From", "To"}));
 }

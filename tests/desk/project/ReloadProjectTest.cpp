@@ -132,7 +132,7 @@ TEST_F(ReloadProjectTest, ALookThatASaveHasOvertakenCountsForNothing) {
     mMain.AdvanceAlone(4s);
     ASSERT_TRUE(mDisk.WaitAtGate());
     // What stands at the gate sees the new file, and compares it with what was read before.
-    document->NoteWritten("mine", {desk::ItemKind::File, 4, 1, {}});
+    document->NoteSaved({}, "mine", {desk::ItemKind::File, 4, 1, {}});
     mFolder.Write(kProject, "mine");
     mDisk.OpenGate();
     mMain.RunUntilIdle();

@@ -2,6 +2,7 @@
 
 #include "host/files/File.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
+#include "tests/support/TwoStepDisk.h"
 
 namespace {
 
@@ -23,7 +24,7 @@ TEST_F(SaveProjectTest, WritesWhatWasReadButForTheEdits) {
     chmod(mFolder.Path(kProject).c_str(), 0640);
     const desk::ProjectDocumentRef document = OpenAndFind();
     EXPECT_TRUE(Manager().SaveProject(document)) << "nothing to save";
-    EXPECT_EQ(mDisk.Count(Operation::ReplaceFile), 0);
+    EXPECT_EQ(mDisk.Count(Operation::Rename), 0);
     Edit(document, u"one\ntwo\nfour");
     EXPECT_TRUE(Manager().SaveProject(document));
     EXPECT_FALSE(document->IsDirty());
@@ -44,6 +45,8 @@ TEST_F(SaveProjectTest, WhatIsTypedDuringTheSaveStaysUnsaved) {
     EXPECT_TRUE(Manager().SaveProject(document));
     EXPECT_EQ(mFolder.Read(kProject), "x");
     EXPECT_TRUE(document->IsDirty());
+    document->SetDirty(false);
+    EXPECT_TRUE(document->IsDirty()) << "what was undone is in the file";
     mDialogs.ExpectQuestion("Save Changes", u"Save");
     EXPECT_FALSE(Manager().CloseProject(document, true));
     mDialogs.ExpectQuestion("Save Changes", u"Save");
@@ -51,19 +54,72 @@ TEST_F(SaveProjectTest, WhatIsTypedDuringTheSaveStaysUnsaved) {
     EXPECT_TRUE(document->IsDirty());
 }
 
-TEST_F(SaveProjectTest, ASaveWhoseReplyIsLostSucceedsTheNextTimeWithoutAQuestion) {
+TEST_F(SaveProjectTest, AfterASaveInDoubtEveryTextIsUnsavedUntilOneIsSaved) {
     const desk::ProjectDocumentRef document = OpenAndFind();
-    for (const bool isLookLostToo : {false, true}) {
-        Edit(document, isLookLostToo ? u"five" : u"four");
-        mDisk.FailAfter(Operation::ReplaceFile, 1, EIO);
-        // The lock, the file before, and the look whether it stands there after all.
-        if (isLookLostToo) mDisk.Fail(Operation::ReadSmallFile, 3, EIO);
-        mDialogs.ExpectMessage("The Project Was Not Saved");
+    struct {
+        Operation mFails;
+        const char* mTold;
+        bool mIsInDoubt;
+        std::string mOnDisk;
+    } const cases[] = {{Operation::CreateNewFile, "The Project Was Not Saved", false, kBytes},
+                       {Operation::FlushFolder, "The Project May Not Have Been Saved", true, kEdited}};
+    for (const auto& c : cases) {
+        Edit(document, u"one\ntwo\nfour");
+        mDisk.Fail(c.mFails, 1, EIO);
+        mDialogs.ExpectMessage(c.mTold);
         EXPECT_FALSE(Manager().SaveProject(document));
-        EXPECT_TRUE(document->IsDirty());
-        EXPECT_TRUE(Manager().SaveProject(document));
-        EXPECT_EQ(mFolder.Read(kProject), isLookLostToo ? "five" : "four");
+        EXPECT_TRUE(AsksFor("Input/output error"));
+        EXPECT_EQ(AsksFor("may have been saved"), c.mIsInDoubt);
+        EXPECT_EQ(mFolder.Read(kProject), c.mOnDisk);
+        // The user undoes it.
+        Edit(document, u"one\ntwo\nthree");
+        document->SetDirty(false);
+        EXPECT_EQ(document->IsDirty(), c.mIsInDoubt);
     }
+    mMain.Advance(std::chrono::seconds(10));
+    EXPECT_FALSE(document->IsOutOfDate()) << "nobody else has changed it";
+    mDialogs.ExpectQuestion("Save Changes", u"Cancel");
+    EXPECT_FALSE(Manager().CloseProject(document, true));
+    EXPECT_TRUE(Manager().SaveProject(document)) << "without a question";
+    EXPECT_FALSE(document->IsDirty());
+    EXPECT_EQ(mFolder.Read(kProject), kBytes);
+
+    Edit(document, u"one\ntwo\nfour");
+    mDisk.Fail(Operation::FlushFolder, 1, EIO);
+    mDialogs.ExpectMessage("The Project May Not Have Been Saved");
+    EXPECT_FALSE(Manager().SaveProject(document));
+    mDialogs.ExpectQuestion("Save Changes", u"Discard");
+    EXPECT_TRUE(Manager().SetProjectReadOnly(document, true));
+    mMain.Advance(std::chrono::seconds(10));
+    EXPECT_FALSE(document->IsDirty());
+    EXPECT_TRUE(document->IsOutOfDate()) << "what was discarded has been saved";
+}
+
+TEST_F(SaveProjectTest, ASaveWhoseReplyIsLostSucceeds) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    mDisk.FailAfter(Operation::Rename, 1, EIO);
+    // The file before, its mode, both names after the error, and its new state.
+    mDisk.Fail(Operation::Status, 5, EIO);
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_FALSE(document->IsDirty());
+    EXPECT_EQ(mFolder.Read(kProject), kEdited);
+    mMain.Advance(std::chrono::seconds(10));
+    EXPECT_FALSE(document->IsOutOfDate());
+}
+
+TEST_F(SaveProjectTest, ATextWhoseFileTheVolumeHasRemovedIsKeptUntilItIsSavedAgain) {
+    const desk::ProjectDocumentRef document = OpenAndEdit();
+    const ExpectLogged log("is kept in");
+    TwoStepDisk disk;
+    disk.mFailures = 2;
+    mDialogs.ExpectMessage("The Project May Not Have Been Saved");
+    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_TRUE(AsksFor(mFolder.Path("Day 1/.zusave-"))) << mDialogs.LastText();
+    EXPECT_EQ(CountHidden(), 2) << "the lock and the text";
+    mDialogs.ExpectQuestion("Project File Is Gone", u"Save It Again");
+    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_EQ(mFolder.Read(kProject), kEdited);
+    EXPECT_EQ(CountHidden(), 1);
 }
 
 TEST_F(SaveProjectTest, NothingKeepsTheUIThreadWaitingForTheVolume) {
@@ -156,6 +212,7 @@ TEST_F(SaveProjectTest, ALockThatIsGoneIsLostAndCanBeTakenAgain) {
 }
 
 TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
+    chmod(mFolder.Path(kProject).c_str(), 0664);
     const desk::ProjectDocumentRef document = OpenAndEdit();
     mFolder.Write(kProject, "theirs");
     mDialogs.ExpectQuestion("Project File Has Changed", u"Cancel");
@@ -179,6 +236,7 @@ TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
     mDialogs.ExpectQuestion("Project File Is Gone", u"Save It Again");
     EXPECT_TRUE(Manager().SaveProject(document));
     EXPECT_EQ(mFolder.Read(kProject), "five");
+    EXPECT_EQ(std::filesystem::status(mFolder.Path(kProject)).permissions(), std::filesystem::perms(0664));
 }
 
 TEST_F(SaveProjectTest, TheSameTimeAndSizeHideNoChangeAndANewTimeIsNone) {

@@ -88,9 +88,11 @@ TEST_F(TrashRecordsTest, WhatCannotBeRecordedMovesNevertheless) {
     }
     EXPECT_EQ(log.Count(), 1) << "once";
     mDisk.Allow(mFolder.Path(mRecords));
-    mDisk.Fail(Operation::CreateNewFile, 1, ENOSPC);
-    EXPECT_EQ(WriteRecord(), ENOSPC);
-    EXPECT_EQ(Records(), Names{});
+    for (const Operation step : {Operation::CreateNewFile, Operation::Rename}) {
+        mDisk.Fail(step, 1, ENOSPC);
+        EXPECT_EQ(WriteRecord(), ENOSPC);
+        EXPECT_EQ(Records(), Names{});
+    }
     fs::remove(mFolder.Path(mRecords));
     fs::create_symlink(mFolder.MakeFolder("Elsewhere"), mFolder.Path(mRecords));
     EXPECT_EQ(WriteRecord(), ELOOP);

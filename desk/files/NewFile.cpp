@@ -1,0 +1,85 @@
+#include "desk/files/NewFile.h"
+
+#include <cerrno>
+#include <fstream>
+
+#include "desk/core/Log.h"
+#include "desk/core/Services.h"
+#include "desk/files/FileSystem.h"
+#include "desk/files/FolderPath.h"
+#include "desk/files/HostNames.h"
+#include "desk/files/ItemCopier.h"
+#include "desk/files/PosixErrors.h"
+
+namespace desk {
+
+namespace {
+
+/// How often the removal of a temporary is tried.
+constexpr int kTries = 2;
+
+FileSystem& Disk() {
+    return *GetServices().mFileSystem;
+}
+
+void ThrowIfTaken(const std::string& path) {
+    try {
+        Disk().Status(path, false);
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() == ENOENT) return;
+        throw;
+    }
+    ThrowFileException("create", path, EEXIST);
+}
+
+template <class Publish>
+void MakeFile(FileSystem& fileSystem, const std::string& path, const std::string& bytes, unsigned mode,
+              Publish publish) {
+    const std::string temporary = JoinPath<std::string>(FolderOf(path), MakeTemporaryName());
+    try {
+        fileSystem.CreateNewFile(temporary, bytes, mode);
+        publish(temporary);
+    } catch (const host::FileException& exception) {
+        RemoveTemporaryFile(fileSystem, temporary);
+        ThrowFileException("create", path, exception.SystemError());
+    }
+}
+
+}  // namespace
+
+void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mode) {
+    ThrowIfTaken(path);
+    MakeFile(Disk(), path, bytes, mode, [&](const std::string& temporary) { MoveOnVolume(temporary, path); });
+}
+
+void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
+                       unsigned mode) {
+    MakeFile(fileSystem, path, bytes, mode,
+             [&](const std::string& temporary) { fileSystem.Rename(temporary, path); });
+}
+
+bool RemoveTemporaryFile(FileSystem& fileSystem, const std::string& path) {
+    // A volume that has just failed may fail again.
+    for (int tries = 1;; ++tries) {
+        try {
+            fileSystem.RemoveFile(path);
+            return true;
+        } catch (const host::FileException& exception) {
+            if (exception.SystemError() == ENOENT) return true;
+            if (tries < kTries) continue;
+            Log(LogLevel::Warning, std::string("a temporary file could not be removed: ") + exception.what());
+            return false;
+        }
+    }
+}
+
+unsigned GetModeOfNewFiles() {
+    // proc(5); umask(2) could only be asked by changing it for all threads.
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word)
+        if (unsigned mask = 0; word == "Umask:" && status >> std::oct >> mask) return 0666 & ~mask;
+    return 0644;
+}
+
+}  // namespace desk

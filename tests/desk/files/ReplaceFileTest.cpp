@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <future>
+
+#include "desk/files/NewFile.h"
+#include "desk/files/ReplaceFile.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/HostFixture.h"
+#include "tests/support/TwoStepDisk.h"
+
+using Outcome = desk::FileReplacement::Outcome;
+
+namespace {
+
+class ReplaceFileTest : public HostFixture {
+protected:
+    desk::FileReplacement Replace(const char* name, const std::string& bytes) {
+        return desk::ReplaceFile(mDisk, mFolder.Path(name), bytes, 0604);
+    }
+    int ErrorOfReplace(const char* name, const std::string& bytes) {
+        const desk::FileReplacement replacement = Replace(name, bytes);
+        EXPECT_EQ(replacement.mOutcome == Outcome::Done, !replacement.mError);
+        return replacement.mError ? replacement.mError->SystemError() : 0;
+    }
+    mode_t Mode(const char* name) {
+        struct stat facts {};
+        stat(mFolder.Path(name).c_str(), &facts);
+        return facts.st_mode & 07777;
+    }
+    /// What stands in the folder, by content.
+    Names Contents() {
+        Names contents;
+        for (const std::string& name : NamesIn())
+            contents.insert((name[0] == '.' ? "kept " : "") + mFolder.Read(name));
+        return contents;
+    }
+    void ExpectThatWhatWasToldIsTrue(const desk::FileReplacement& told, bool wasThere) {
+        const Names contents = Contents();
+        const Names before = wasThere ? Names{"old"} : Names{};
+        if (told.mOutcome != Outcome::NotKnown) {
+            EXPECT_EQ(contents, told.mOutcome == Outcome::Done ? Names{"new"} : before);
+            return;
+        }
+        EXPECT_TRUE(contents.contains("new") || contents.contains("kept new"));
+        EXPECT_TRUE(!contents.contains("kept new") || !told.mKept.empty());
+    }
+};
+
+}  // namespace
+
+TEST_F(ReplaceFileTest, WritesAllOrLeavesTheOldFileAndNothingElse) {
+    mDisk.ResetCounts();
+    EXPECT_EQ(ErrorOfReplace("settings", "first"), 0);
+    EXPECT_EQ(mDisk.Count(Operation::Any), 4) << "look for the mode, write, rename, flush the folder";
+    EXPECT_EQ(Mode("settings"), 0604u);
+    chmod(mFolder.Path("settings").c_str(), 0640);
+    const std::string large(3'000'000, 'z');
+    EXPECT_EQ(ErrorOfReplace("settings", large), 0);
+    {
+        FileSizeLimit full(4096);  // the write fails half-way
+        EXPECT_EQ(ErrorOfReplace("settings", std::string(100'000, 'n')), EFBIG);
+    }
+    EXPECT_EQ(mFolder.Read("settings"), large);
+    EXPECT_EQ(Mode("settings"), 0640u);
+    mFolder.Write("folder/inside");  // the rename fails
+    EXPECT_EQ(ErrorOfReplace("folder", "new"), EISDIR);
+    EXPECT_EQ(ErrorOfReplace("gone/settings", "new"), ENOENT);
+    EXPECT_EQ(NamesIn(), (Names{"folder", "settings"}));
+    EXPECT_EQ(NamesIn("folder"), Names{"inside"});
+}
+
+TEST_F(ReplaceFileTest, TellsTheTruthWhateverStepFailsAndLosesNoText) {
+    const ExpectLogged anything("");
+    for (const bool wasThere : {true, false})
+        for (const bool isCarriedOut : {false, true})
+            for (int step = 1, steps = 2; step <= steps; ++step)
+                for (const bool isGoneFromThen : {false, true}) {
+                    SCOPED_TRACE(std::string(isCarriedOut ? "after" : "before") + " step " +
+                                 std::to_string(step) + (isGoneFromThen ? ", for good" : ""));
+                    for (const std::string& name : NamesIn()) mFolder.Remove(name);
+                    if (wasThere) mFolder.Write("file", "old");
+                    mDisk.ResetCounts();
+                    isCarriedOut ? mDisk.FailAfter(Operation::Any, step, EIO)
+                                 : mDisk.Fail(Operation::Any, step, EIO);
+                    for (int later = step + 1; isGoneFromThen && later < step + 40; ++later)
+                        mDisk.Fail(Operation::Any, later, ESTALE);
+                    const desk::FileReplacement told = Replace("file", "new");
+                    steps = std::max(steps, mDisk.Count(Operation::Any));
+                    mDisk.ForgetFaults();
+                    // What was just made cannot be removed from a volume that is gone: no text is lost with it.
+                    const bool isLeft = isGoneFromThen && isCarriedOut && step == 2;
+                    if (!isLeft) ExpectThatWhatWasToldIsTrue(told, wasThere);
+                    ASSERT_LT(step, 20);
+                }
+}
+
+TEST_F(ReplaceFileTest, ATextWhoseFileTheVolumeHasRemovedStaysUntilTheFileIsThere) {
+    const ExpectLogged log("is kept in");
+    TwoStepDisk disk;
+    mFolder.Write("file", "old");
+    const auto replace = [&](const std::string& bytes) {
+        return desk::ReplaceFile(disk, mFolder.Path("file"), bytes, 0600);
+    };
+    disk.mFailures = 1;
+    EXPECT_EQ(replace("new").mOutcome, Outcome::Done);
+    EXPECT_EQ(Contents(), Names{"new"});
+
+    disk.mFailures = 2;
+    const desk::FileReplacement lost = replace("newer");
+    EXPECT_EQ(lost.mOutcome, Outcome::NotKnown);
+    EXPECT_EQ(mFolder.Read(lost.mKept.substr(mFolder.Path().size() + 1)), "newer");
+    EXPECT_EQ(Contents(), Names{"kept newer"});
+    EXPECT_EQ(replace("newest").mOutcome, Outcome::Done);
+    EXPECT_EQ(Contents(), Names{"newest"});
+}
+
+TEST_F(ReplaceFileTest, ANewFileHasItsNameOnlyWhenItIsComplete) {
+    const std::string path = mFolder.Path("file");
+    const auto make = [&] { return ErrorOf([&] { desk::MakeNewFile(path, "new", 0640); }); };
+    const ExpectLogged anything("");
+    for (const bool isCarriedOut : {false, true})
+        for (int step = 1;; ++step) {
+            SCOPED_TRACE(std::string(isCarriedOut ? "after" : "before") + " step " + std::to_string(step));
+            mFolder.Remove("file");
+            mDisk.ResetCounts();
+            isCarriedOut ? mDisk.FailAfter(Operation::Any, step, EIO) : mDisk.Fail(Operation::Any, step, EIO);
+            const int error = make();
+            EXPECT_TRUE(Contents() == Names{"new"} || (error != 0 && Contents().empty()));
+            if (mDisk.Count(Operation::Any) < step) break;
+        }
+    mDisk.ForgetFaults();
+    EXPECT_EQ(Mode("file"), 0640u);
+    EXPECT_EQ(make(), EEXIST);
+    mFolder.Remove("file");
+    mDisk.CloseGate(Operation::FlushFolder, mFolder.Path());
+    auto done = std::async(std::launch::async, make);
+    EXPECT_TRUE(mDisk.WaitAtGate()) << "the folder is flushed";
+    mDisk.OpenGate();
+    EXPECT_EQ(done.get(), 0);
+}

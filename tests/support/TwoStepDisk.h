@@ -1,0 +1,20 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "desk/files/PosixErrors.h"
+#include "tests/support/FaultyFileSystem.h"
+
+/// A disk that replaces a file by a removal and a rename, of which the next `mFailures` renames fail.
+class TwoStepDisk : public FaultyFileSystem {
+public:
+    void Rename(const std::string& from, const std::string& to) override {
+        if (mFailures == 0) return FaultyFileSystem::Rename(from, to);
+        --mFailures;
+        ::unlink(to.c_str());
+        desk::ThrowFileException("rename", from, EEXIST);
+    }
+    int mFailures = 0;
+};
