@@ -70,6 +70,12 @@ void TellNotCopied(const host::UTF16String& path, const host::FileException& exc
     Tell("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1", path, exception);
 }
 
+void TellMayBeCopied(const host::UTF16String& path, const host::FileException& exception) {
+    Tell(
+        "$$$/Vantor/Desk/Copies/MayBeCopied=“@0” may have been copied, or may not: the volume does not tell. @1",
+        path, exception);
+}
+
 void TellNotMoved(const host::UTF16String& path, const host::FileException& exception) {
     if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception))
         return TellInDoubt(

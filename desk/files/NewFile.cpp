@@ -10,13 +10,14 @@
 #include "desk/files/HostNames.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/PosixErrors.h"
+#include "desk/files/Presence.h"
 
 namespace desk {
 
 namespace {
 
 /// How often the removal of a temporary is tried.
-constexpr int kTries = 2;
+constexpr int kTries = 3;
 
 FileSystem& Disk() {
     return *GetServices().mFileSystem;
@@ -40,7 +41,7 @@ void MakeFile(FileSystem& fileSystem, const std::string& path, const std::string
         fileSystem.CreateNewFile(temporary, bytes, mode);
         publish(temporary);
     } catch (const host::FileException& exception) {
-        RemoveTemporaryFile(fileSystem, temporary);
+        RemoveTemporaryFile(fileSystem, temporary, exception.SystemError());
         ThrowFileException("create", path, exception.SystemError());
     }
 }
@@ -58,17 +59,22 @@ void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& path, const st
              [&](const std::string& temporary) { fileSystem.Rename(temporary, path); });
 }
 
-bool RemoveTemporaryFile(FileSystem& fileSystem, const std::string& path) {
+bool RemoveTemporaryFile(FileSystem& fileSystem, const std::string& path, int reason) {
+    bool isAbsenceBelieved = reason == 0 || IsRefusal(reason);
     // A volume that has just failed may fail again.
     for (int tries = 1;; ++tries) {
         try {
             fileSystem.RemoveFile(path);
             return true;
         } catch (const host::FileException& exception) {
-            if (exception.SystemError() == ENOENT) return true;
-            if (tries < kTries) continue;
-            Log(LogLevel::Warning, std::string("a temporary file could not be removed: ") + exception.what());
-            return false;
+            const bool isAbsent = exception.SystemError() == ENOENT;
+            if (isAbsent && isAbsenceBelieved) return true;
+            if (tries == kTries) {
+                Log(LogLevel::Warning,
+                    std::string("a temporary file could not be removed: ") + exception.what());
+                return false;
+            }
+            if (isAbsent) isAbsenceBelieved = fileSystem.WaitForCaches(FolderOf(path));
         }
     }
 }

@@ -22,8 +22,10 @@ ZUHOST_API void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& pat
                                   unsigned mode);
 
 /// Removes a file of a name that only this process can have made: whatever else is, or has become, of its
-/// content is not touched. False, and the log says why, when the volume refuses. Any thread.
-ZUHOST_API bool RemoveTemporaryFile(FileSystem& fileSystem, const std::string& path);
+/// content is not touched. After `reason`, an error of its making or its rename (errno) that is no refusal,
+/// caches may say that it is not there: that is not believed before they have run out. False, and the log says
+/// why, when the volume does not remove it.
+ZUHOST_API bool RemoveTemporaryFile(FileSystem& fileSystem, const std::string& path, int reason = 0);
 
 /// The permissions of a new file that colleagues are to read as they can the files of other programs: what the
 /// process's umask leaves of 0666. Any thread; reads /proc only.

@@ -103,7 +103,7 @@ private:
     }
 
     FileReplacement GiveUp(const host::FileException& exception) {
-        if (mIsBegun) Remove(mTemporary);
+        if (mIsBegun) Remove(mTemporary, exception.SystemError());
         return {Outcome::NotDone, Explain("write", exception), {}};
     }
 
@@ -116,8 +116,8 @@ private:
         return replacement;
     }
 
-    void Remove(const std::string& temporary) {
-        if (!RemoveTemporaryFile(mDisk, temporary)) GetKept().Add(mPath, temporary);
+    void Remove(const std::string& temporary, int reason = 0) {
+        if (!RemoveTemporaryFile(mDisk, temporary, reason)) GetKept().Add(mPath, temporary);
     }
 
     host::FileException Explain(std::string_view operation, const host::FileException& exception) const {

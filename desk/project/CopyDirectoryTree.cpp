@@ -44,6 +44,9 @@ public:
           mMark(Beside(MakeFolderCopyName(NameOf(to)))),
           mCopy(Beside(MakeTemporaryName())) {}
 
+    /// After a failure: it is not known whether the copy stands in its place.
+    bool MayBeDone() const { return mMayBeInPlace; }
+
     void Run(WorkProgress& progress) {
         progress.SetItem(host::UTF8to16(NameOf(mFrom)));
         if (!IsEmpty()) ThrowFileException("copy to", mTo, ENOTEMPTY);
@@ -107,8 +110,10 @@ private:
     }
 
     void RemoveMark() noexcept {
-        // A volume that has just failed may fail again.
-        if (!TryTo([this] { RemoveEmptyFolder(mMark); })) TryTo([this] { RemoveEmptyFolder(mMark); });
+        if (TryTo([this] { RemoveEmptyFolder(mMark); })) return;
+        // A volume that has just failed may fail again; and where its making was, it may not show yet.
+        Disk().WaitForCaches(FolderOf(mMark));
+        TryTo([this] { RemoveEmptyFolder(mMark); });
     }
 
     /// False when the volume does not do it.
@@ -116,13 +121,12 @@ private:
     static bool TryTo(Action action) noexcept {
         try {
             action();
+            return true;
         } catch (const host::FileException& exception) {
             const int error = exception.SystemError();
-            if (error == ENOENT || error == ENOTEMPTY) return true;
-            Log(LogLevel::Warning, exception.what());
+            if (error != ENOENT && error != ENOTEMPTY) Log(LogLevel::Warning, exception.what());
             return false;
         }
-        return true;
     }
 
     const std::string mFrom;
@@ -147,7 +151,7 @@ void Utilities::CopyDirectoryTree(const UTF16String& from, const UTF16String& to
             ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
             [&copy](desk::WorkProgress& progress) { copy.Run(progress); });
     } catch (const FileException& exception) {
-        desk::TellNotCopied(source, exception);
+        copy.MayBeDone() ? desk::TellMayBeCopied(source, exception) : desk::TellNotCopied(source, exception);
         throw;
     }
 }

@@ -96,6 +96,27 @@ TEST_F(ReplaceFileTest, TellsTheTruthWhateverStepFailsAndLosesNoText) {
                 }
 }
 
+TEST_F(ReplaceFileTest, BelievesNoLookAfterALostReply) {
+    const ExpectLogged anything("");
+    using enum FaultyFileSystem::Lies;
+    for (const auto lies : {Names, NamesForLong, NamesForLongUnknown, Listings, Refusals})
+        for (const bool wasThere : {true, false})
+            for (int step = 1; step <= 4; ++step) {
+                SCOPED_TRACE(std::to_string(static_cast<int>(lies)) + ", step " + std::to_string(step));
+                for (const std::string& name : NamesIn()) mFolder.Remove(name);
+                if (wasThere) mFolder.Write("file", "old");
+                mDisk.SetLies(lies);
+                mDisk.FailAfter(Operation::Any, step, EIO);
+                const desk::FileReplacement told = Replace("file", "new");
+                mDisk.SetLies(FaultyFileSystem::Lies::None);
+                mDisk.ForgetLies();
+                // Nobody can remove what its machine does not see for long; it is no file's last text.
+                const bool isLeft = step == 2 && (lies == NamesForLong || lies == NamesForLongUnknown);
+                if (!isLeft) ExpectThatWhatWasToldIsTrue(told, wasThere);
+                EXPECT_EQ(told.mOutcome == Outcome::NotKnown, step == 4 || (step == 3 && lies == NamesForLong));
+            }
+}
+
 TEST_F(ReplaceFileTest, ATextWhoseFileTheVolumeHasRemovedStaysUntilTheFileIsThere) {
     const ExpectLogged log("is kept in");
     TwoStepDisk disk;
