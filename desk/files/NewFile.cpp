@@ -23,16 +23,6 @@ FileSystem& Disk() {
     return *GetServices().mFileSystem;
 }
 
-void ThrowIfTaken(const std::string& path) {
-    try {
-        Disk().Status(path, false);
-    } catch (const host::FileException& exception) {
-        if (exception.SystemError() == ENOENT) return;
-        throw;
-    }
-    ThrowFileException("create", path, EEXIST);
-}
-
 template <class Publish>
 void MakeFile(FileSystem& fileSystem, const std::string& path, const std::string& bytes, unsigned mode,
               Publish publish) {
@@ -49,7 +39,7 @@ void MakeFile(FileSystem& fileSystem, const std::string& path, const std::string
 }  // namespace
 
 void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mode) {
-    ThrowIfTaken(path);
+    ThrowIfTaken(Disk(), "create", path);
     MakeFile(Disk(), path, bytes, mode, [&](const std::string& temporary) { MoveOnVolume(temporary, path); });
 }
 
