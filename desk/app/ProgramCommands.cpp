@@ -23,6 +23,8 @@ void DeclareProjectCommands() {
             "$$$/Desk/Commands/ReopenSession=Reopen Last Session");
     Declare(global, "cmd.file.reopensessionatstart", kCommandReopenSessionAtStart,
             "$$$/Desk/Commands/ReopenSessionAtStart=Reopen Last Session at Start");
+    Declare(global, "cmd.file.recovertext", kCommandRecoverText,
+            "$$$/Desk/Commands/RecoverText=Recover Unsaved Text…");
     Declare(global, "cmd.file.breaklock", kCommandBreakLock, "$$$/Desk/Commands/BreakLock=Break Lock…");
     Declare(global, "cmd.file.reveal", kCommandRevealProject,
             "$$$/Desk/Commands/RevealProject=Reveal in File Browser");

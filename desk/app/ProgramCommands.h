@@ -27,6 +27,7 @@ inline constexpr int kCommandRevealProject = 60020;
 /// What earlier sessions have left.
 inline constexpr int kCommandReopenSession = 60021;
 inline constexpr int kCommandReopenSessionAtStart = 60022;
+inline constexpr int kCommandRecoverText = 60023;
 
 /// In its editor.
 inline constexpr int kCommandUndo = 60030;

@@ -162,6 +162,8 @@ void ProjectArea::Follow(const host::Message& message) {
     }
     if (news->GetWhat() == What::Content)
         GetPage(index)->UpdateContent();
+    else if (news->GetWhat() == What::Recovered)
+        GetPage(index)->TakeRecoveredText();
     else
         GetPage(index)->UpdateState();
     UpdateTab(index);

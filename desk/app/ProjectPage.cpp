@@ -4,6 +4,7 @@
 #include <QFontInfo>
 #include <QLabel>
 #include <QStackedWidget>
+#include <QTextCursor>
 #include <QTextDocument>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -76,6 +77,7 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
       mOutOfDate(new ProjectNotice(this)),
       mLockLost(new ProjectNotice(this)),
       mTrouble(new ProjectNotice(this)),
+      mRecovered(new ProjectNotice(this)),
       mContent(new QStackedWidget),
       mEditor(MakeEditor()),
       mKind(MakeFact(1.3, false)),
@@ -85,7 +87,8 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    for (QWidget* part : std::initializer_list<QWidget*>{mLockLost, mTrouble, mReadOnly, mOutOfDate})
+    for (QWidget* part :
+         std::initializer_list<QWidget*>{mLockLost, mTrouble, mReadOnly, mOutOfDate, mRecovered})
         layout->addWidget(part);
     layout->addWidget(mContent, 1);
     mContent->addWidget(mEditor);
@@ -95,6 +98,7 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
     connect(mEditor->document(), &QTextDocument::modificationChanged, this, [this](bool isModified) {
         if (!mIsTakingText) mDocument->SetDirty(isModified);
     });
+    connect(mEditor->document(), &QTextDocument::contentsChanged, this, [this] { mDocument->NoteEdit(); });
     mDocument->SetTextSource([this] { return ToUTF16(mEditor->document()->toRawText()); });
 }
 
@@ -130,6 +134,7 @@ void ProjectPage::MakeNotices() {
     mReadOnly->AddButton("$$$/Desk/Commands/BreakLock=Break Lock…", kCommandBreakLock);
     mOutOfDate->SetText(Localized("$$$/Desk/Projects/OutOfDateText=The file has changed on disk."));
     mOutOfDate->AddButton("$$$/Desk/Commands/Reload=Reload", kCommandReloadProject);
+    mRecovered->AddButton("$$$/Desk/Commands/SaveAsCopy=Save as Copy…", kCommandSaveProjectAsCopy);
 }
 
 void ProjectPage::UpdateContent() {
@@ -146,6 +151,15 @@ void ProjectPage::UpdateContent() {
     UpdateState();
 }
 
+void ProjectPage::TakeRecoveredText() {
+    QTextCursor cursor(mEditor->document());
+    cursor.select(QTextCursor::Document);
+    cursor.insertText(ToQString(mDocument->TakeRecoveredText()));
+    mEditor->moveCursor(QTextCursor::Start);
+    mEditor->ensureCursorVisible();
+    UpdateState();
+}
+
 void ProjectPage::UpdateState() {
     const bool isLost = HasLostLock(*mDocument);
     const bool isReadOnly = mDocument->IsReadOnly();
@@ -159,6 +173,8 @@ void ProjectPage::UpdateState() {
         {trouble})));
     mTrouble->setVisible(!trouble.empty() && !isReadOnly);
     mOutOfDate->setVisible(mDocument->IsOutOfDate());
+    mRecovered->SetText(DescribeRecovery(*mDocument));
+    mRecovered->setVisible(mDocument->IsRecovered());
     if (isReadOnly && mReadOnly->isHidden() && mLockLost->isHidden()) mIsHeld = mIsFree = false;
     mLockLost->setVisible(isLost);
     mReadOnly->setVisible(isReadOnly && !isLost);

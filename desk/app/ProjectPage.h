@@ -30,6 +30,8 @@ public:
 
     /// The document's content has been replaced.
     void UpdateContent();
+    /// The document's recovered text takes the place of what is shown; it can be undone.
+    void TakeRecoveredText();
     /// Dirty, read-only or out of date may have changed.
     void UpdateState();
     /// Looks who holds the lock of a project that is open read-only, or whose lock was lost, on a worker; while
@@ -53,6 +55,7 @@ private:
     ProjectNotice* mOutOfDate;
     ProjectNotice* mLockLost;
     ProjectNotice* mTrouble;
+    ProjectNotice* mRecovered;
     QStackedWidget* mContent;
     QPlainTextEdit* mEditor;
     QLabel* mKind;

@@ -88,6 +88,16 @@ QString DescribeFile(const ProjectContent& content) {
                       ToUTF16(QLocale().toString(modified, QLocale::ShortFormat))});
 }
 
+QString DescribeRecovery(const ProjectDocument& document) {
+    return document.IsBasedOnOlder()
+               ? Localized(
+                     "$$$/Desk/Projects/RecoveredOlder=This text was recovered and is not saved. The file has changed "
+                     "since it was written; Undo shows what the file holds.")
+               : Localized(
+                     "$$$/Desk/Projects/Recovered=This text was recovered and is not saved. Undo shows what the file "
+                     "holds.");
+}
+
 bool HasLostLock(const ProjectDocument& document) {
     for (const auto& lock : {document.GetLock(), document.GetTargetLock()})
         if (lock && !lock->IsLocked()) return true;

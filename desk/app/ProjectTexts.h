@@ -23,6 +23,9 @@ QString DescribeContent(const ProjectContent& content);
 /// Size and date of the file.
 QString DescribeFile(const ProjectContent& content);
 
+/// What is to be known of unsaved changes that were recovered.
+QString DescribeRecovery(const ProjectDocument& document);
+
 /// True for a lock that this process held, and that is another's now or gone. Touches no disk.
 bool HasLostLock(const ProjectDocument& document);
 

@@ -235,6 +235,7 @@ void Session::OpenWindow() {
     if (!isPicture) mParts->mMemory = std::make_unique<SessionMemory>(*mParts->mProfile, *mParts->mWindow);
     mParts->mWindow->show();
     mParts->mWindow->activateWindow();
+    if (mParts->mMemory) mParts->mMemory->OfferUnsavedText();
     OpenFirstProduction();
 }
 

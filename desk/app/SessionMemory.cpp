@@ -9,7 +9,9 @@ namespace desk {
 SessionMemory::SessionMemory(const Profile& profile, MainWindow& window)
     : mLastSession(profile.Folder()),
       mCommands(window.Projects(), window.Productions(), mLastSession,
-                [&window] { return window.IsClosing(); }) {}
+                [&window] { return window.IsClosing(); }),
+      mTextKeeper(profile.PathOf(kTextsFolderName)),
+      mRecovery(window, mTextKeeper) {}
 
 OpenItems SessionMemory::FindItemsForStart(const std::string& folder) const {
     const OpenItems& items = mLastSession.Get();

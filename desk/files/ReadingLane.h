@@ -5,12 +5,14 @@
 #include <memory>
 #include <mutex>
 
+#include "host/core/Export.h"
+
 namespace desk {
 
 /// Reads of single items, of which there may be thousands: together they never take all workers, so that
 /// listings, and all that other volumes answer, go on while every item of a volume that stands still is being
 /// asked for. Any thread.
-class ReadingLane : public std::enable_shared_from_this<ReadingLane> {
+class ZUHOST_API ReadingLane : public std::enable_shared_from_this<ReadingLane> {
 public:
     using Task = std::function<void()>;
 

@@ -73,11 +73,20 @@ host::UTF16String ProjectDocument::GetCurrentText() const {
 
 void ProjectDocument::SetTextSource(TextSource source) {
     mTextSource = std::move(source);
+    NoteEdit();
     if (!mTextSource) SetDirty(false);
 }
 
 void ProjectDocument::SetDirty(bool isModified) {
     ChangeState([&] { mIsModified = isModified && IsEditable(); });
+}
+
+void ProjectDocument::Recover(host::UTF16String text, bool isBasedOnOlder) {
+    mRecovery = isBasedOnOlder ? Recovery::BasedOnOlder : Recovery::Recovered;
+    mRecoveredText = std::move(text);
+    host::BroadcastMessage(
+        kStation_ProjectDocuments,
+        ProjectDocumentMessage(ProjectDocumentMessage::What::Recovered, ProjectDocumentRef(this)));
 }
 
 void ProjectDocument::SetLocks(host::ProjectLockFileRef lock, host::ProjectLockFileRef targetLock) {
@@ -115,6 +124,7 @@ void ProjectDocument::ReplaceContent(ProjectContent content) {
 void ProjectDocument::DropChanges() {
     mIsModified = false;
     mMayFileDiffer = false;
+    mRecovery = Recovery::None;
     if (!mContent->mMayHold.empty()) {
         // What may have been saved is dropped too: where it stands, the document is out of date.
         ProjectContent content = *mContent;
@@ -130,6 +140,7 @@ void ProjectDocument::NoteSaved(const host::UTF16String& text, std::string bytes
     content.mKind = ProjectContent::Kind::EditableText;
     content.mBytes = std::move(bytes);
     content.mStatus = status;
+    mRecovery = Recovery::None;
     SetContent(std::move(content));
     ChangeState([&] {
         mMayFileDiffer = GetCurrentText() != text;

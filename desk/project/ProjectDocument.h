@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desk/project/OpenProjectList.h"
@@ -17,9 +19,11 @@ namespace desk {
 ///
 /// An editor shows `GetContent` and, if that is editable text, `GetEditorText`. While it exists it lends itself
 /// by `SetTextSource`, and tells by `SetDirty` whether its text differs from what it was given or last saved
-/// (Qt: `QTextDocument::modificationChanged`). It lets nobody type while `IsReadOnly`. On `Content` it takes
-/// the text anew; on `State` it looks at dirty, read-only and out of date anew (after a save the document is
-/// not dirty: the editor's text counts as unmodified from then on, its undo steps stay).
+/// (Qt: `QTextDocument::modificationChanged`), and by `NoteEdit` that it has changed. It lets nobody type while
+/// `IsReadOnly`. On `Content` it takes the text anew; on `Recovered` it puts `TakeRecoveredText` in place of
+/// what it shows, as a change that can be undone; on `State` it looks at dirty, read-only and out of date anew
+/// (after a save the document is not dirty: the editor's text counts as unmodified from then on, its undo steps
+/// stay).
 ///
 /// It is dirty whenever the editor's text is not what is known to be in the file. So after a save of which it
 /// is not known whether it came through it is, whatever the editor says (the user may undo), until a save has
@@ -60,6 +64,20 @@ public:
     void SetTextSource(TextSource source);
     /// Told by the editor, of its text. Ignored for what is not editable.
     void SetDirty(bool isModified);
+
+    /// Told by the editor: its text has changed.
+    void NoteEdit() { ++mEdits; }
+    /// Differs whenever what the editor shows may differ.
+    std::uint64_t CountEdits() const { return mEdits; }
+
+    /// `text` was unsaved when a program ended: the editor shows it from now on, as unsaved changes. With
+    /// `isBasedOnOlder` the file has changed since the text was based on it: a save asks first.
+    void Recover(host::UTF16String text, bool isBasedOnOlder);
+    host::UTF16String TakeRecoveredText() { return std::move(mRecoveredText); }
+    /// The unsaved changes are recovered ones.
+    bool IsRecovered() const { return IsDirty() && mRecovery != Recovery::None; }
+    /// A save would overwrite what was written to the file after the text was based on it.
+    bool IsBasedOnOlder() const { return mRecovery == Recovery::BasedOnOlder; }
 
     /// What the editor shows now (see `EditedText`).
     host::UTF16String GetCurrentText() const;
@@ -113,6 +131,12 @@ private:
     bool mIsModified = false;
     /// What the editor calls unmodified may not be what is in the file.
     bool mMayFileDiffer = false;
+    std::uint64_t mEdits = 0;
+    /// Also once such changes are undone, since they can be done again; until the document is saved or read
+    /// anew.
+    enum class Recovery { None, Recovered, BasedOnOlder };
+    Recovery mRecovery = Recovery::None;
+    host::UTF16String mRecoveredText;
     bool mIsOutOfDate = false;
 };
 
@@ -131,6 +155,8 @@ public:
         /// The content has been replaced: the editor takes it anew (its kind too). The state may have changed
         /// with it.
         Content,
+        /// The editor takes `ProjectDocument::TakeRecoveredText`.
+        Recovered,
         /// The document is to be brought to the front.
         Activated,
     };

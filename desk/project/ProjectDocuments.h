@@ -64,6 +64,9 @@ public:
     /// Asks for a place and saves the project's present content there as a new project, which is opened in its
     /// place; the project's own file stays as it is. False when the user cancelled or it could not be written.
     bool SaveProjectAsCopy(const host::ProjectRef& project);
+    /// Asks for a place and saves `bytes`, which were meant for the project at `project`, there as a new
+    /// project. It is not opened. False when the user cancelled or it could not be written.
+    bool SaveTextAsCopy(const host::UTF16String& project, const std::string& bytes);
     /// Closes the projects in `folder` (at any depth) like `CloseAllProjects`: all of them or, with false,
     /// none. To be called before the production in that folder is closed, which after false is not to happen.
     bool CloseProjectsIn(const host::UTF16String& folder);
@@ -104,6 +107,10 @@ private:
     FileWriting Write(const ProjectDocumentRef& document, const host::UTF16String& text,
                       const std::optional<FileComparison>& approved);
     Saving SaveAsCopy(const ProjectDocumentRef& document);
+    /// Asks for a place, beginning with `path`, until `write` has made a file there (false: something stands
+    /// there), or the user cancels.
+    static std::optional<host::UTF16String> SaveToNewFile(
+        host::UTF16String path, const std::function<bool(const host::UTF16String& path)>& write);
     /// The project's own tab goes when the copy could be opened.
     bool OpenInPlaceOf(const ProjectDocumentRef& document, const host::UTF16String& copy);
 

@@ -1,6 +1,7 @@
 // Saving, with the locks that are read again before, and copies of what cannot be saved.
 
 #include <cerrno>
+#include <chrono>
 #include <utility>
 
 #include "desk/core/Services.h"
@@ -10,6 +11,7 @@
 #include "desk/project/LockKeeper.h"
 #include "desk/project/LockWatch.h"
 #include "desk/project/ProjectDocumentsImpl.h"
+#include "desk/project/UniqueNames.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
@@ -28,6 +30,18 @@ bool WriteCopy(const ProjectDocument& document, const UTF16String& path) {
         return CreateFileOnDisk(path,
                                 EditedText(document.GetContent().mBytes).ToBytes(document.GetCurrentText()));
     return CopyFileOnDisk(document.GetFile().mPath, path);
+}
+
+/// A free name beside the project; on a volume that does not answer, one that may be taken.
+UTF16String SuggestCopy(const UTF16String& project) {
+    constexpr std::chrono::seconds kLimit(1);
+    const UTF16String word =
+        host::ZString("$$$/Vantor/Desk/Project/CopyName=copy#{after the name of what was copied}");
+    const auto free = AskVolumeWithin(kLimit, [=] {
+        return MakeCopyPath(project, word,
+                            [](const UTF16String& path) { return IsTaken(*GetServices().mFileSystem, path); });
+    });
+    return free ? *free : MakeCopyPath(project, word, [](const UTF16String&) { return false; });
 }
 
 }  // namespace
@@ -60,6 +74,11 @@ ProjectDocuments::Saving ProjectDocuments::Save(const ProjectDocumentRef& docume
     if (!document->IsDirty()) return {SaveResult::Saved, {}};
     const auto copyIf = [&](bool isWanted) { return isWanted ? SaveAsCopy(document) : Saving{}; };
     if (document->IsReadOnly()) return copyIf(ProjectQuestions::AskToCopyReadOnly(document->GetProjectPath()));
+    if (document->IsBasedOnOlder()) {
+        const ChangedAnswer answer =
+            ProjectQuestions::AskAboutRecovered(document->GetProjectPath(), document->GetContent().mStatus);
+        if (answer != ChangedAnswer::Overwrite) return copyIf(answer == ChangedAnswer::SaveAsCopy);
+    }
     std::optional<FileComparison> approved;
     for (;;) {
         if (std::optional<Saving> stopped = CheckLocks(document)) return *std::move(stopped);
@@ -146,7 +165,13 @@ FileWriting ProjectDocuments::Write(const ProjectDocumentRef& document, const UT
 }
 
 ProjectDocuments::Saving ProjectDocuments::SaveAsCopy(const ProjectDocumentRef& document) {
-    UTF16String path = host::GetZuProductionItemCopyPath(document->GetProjectPath(), {});
+    const auto copy = SaveToNewFile(host::GetZuProductionItemCopyPath(document->GetProjectPath(), {}),
+                                    [&](const UTF16String& path) { return WriteCopy(*document, path); });
+    return copy ? Saving{SaveResult::Copied, *copy} : Saving{};
+}
+
+std::optional<UTF16String> ProjectDocuments::SaveToNewFile(
+    UTF16String path, const std::function<bool(const UTF16String&)>& write) {
     for (;;) {
         const auto chosen =
             GetServices().mDialogs->AskNewFile(host::ZString("$$$/Desk/Project/SaveAsCopy=Save as Copy"), path);
@@ -155,7 +180,7 @@ ProjectDocuments::Saving ProjectDocuments::SaveAsCopy(const ProjectDocumentRef& 
         if (!host::IsVantorProjectFile(path)) path += host::GetProjectFileExtension();
         try {
             // A project whose file is gone still has its name.
-            if (!host::IsProjectOpen(path) && WriteCopy(*document, path)) return {SaveResult::Copied, path};
+            if (!host::IsProjectOpen(path) && write(path)) return path;
             ProjectQuestions::TellNotCopied(
                 path, host::ZString("$$$/Desk/Project/NameTaken=There is something of this name already."));
         } catch (const host::FileException& exception) {
@@ -163,6 +188,11 @@ ProjectDocuments::Saving ProjectDocuments::SaveAsCopy(const ProjectDocumentRef& 
                 ProjectQuestions::TellNotCopied(path, ReasonOf(exception));
         }
     }
+}
+
+bool ProjectDocuments::SaveTextAsCopy(const UTF16String& project, const std::string& bytes) {
+    const auto write = [&](const UTF16String& path) { return CreateFileOnDisk(path, bytes); };
+    return SaveToNewFile(SuggestCopy(project), write).has_value();
 }
 
 bool ProjectDocuments::OpenInPlaceOf(const ProjectDocumentRef& document, const UTF16String& copy) {

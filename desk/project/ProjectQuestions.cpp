@@ -228,6 +228,20 @@ ChangedAnswer AskAboutChange(const UTF16String& path, const FileComparison& foun
     return button == 0 ? ChangedAnswer::SaveAsCopy : ChangedAnswer::Overwrite;
 }
 
+ChangedAnswer AskAboutRecovered(const UTF16String& path, const ItemStatus& status) {
+    Question question = MakeQuestion(
+        ZString("$$$/Desk/Project/Changed=Project File Has Changed"),
+        ZString(
+            "$$$/Desk/Project/RecoveredText=The text that was recovered for “@0” is based on an older state of its "
+            "file, which was changed at @1. To overwrite it loses what was written then.",
+            {NameOf(path), ShownLocalTime(status.mModified / 1'000'000'000)}),
+        {CopyButton(), ZString("$$$/Desk/Project/Overwrite=Overwrite"), CancelButton()});
+    question.mIsWarning = true;
+    const std::size_t button = Ask(question).mButton;
+    if (button == question.mCancel) return ChangedAnswer::Cancel;
+    return button == 0 ? ChangedAnswer::SaveAsCopy : ChangedAnswer::Overwrite;
+}
+
 bool AskToCopyWhileAway(const UTF16String& path, const LockReport& report) {
     return AskToCopy(
         ZString("$$$/Desk/Project/NotSaved=The Project Was Not Saved"),

@@ -42,6 +42,8 @@ SaveChoice AskToSave(const host::UTF16String& path, bool offersApplyToAll);
 enum class ChangedAnswer { SaveAsCopy, Overwrite, Cancel };
 /// The file to be saved to is not what was read from it.
 ChangedAnswer AskAboutChange(const host::UTF16String& path, const FileComparison& found);
+/// The file to be saved to, now in the state `status`, is not what recovered text was based on.
+ChangedAnswer AskAboutRecovered(const host::UTF16String& path, const ItemStatus& status);
 
 /// Why nothing is known of the project's lock, as a sentence.
 host::UTF16String DescribeTrouble(const host::UTF16String& path, const LockReport& report);

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -39,7 +40,7 @@ protected:
         mEnvironment.insert(QString::fromLatin1(name), QString::fromStdString(value));
     }
 
-    void Start(QProcess& process, Arguments arguments) const {
+    void Start(QProcess& process, const std::vector<std::string>& arguments) const {
         QStringList list;
         for (const std::string& argument : arguments) list.append(QString::fromStdString(argument));
         process.setProcessEnvironment(mEnvironment);

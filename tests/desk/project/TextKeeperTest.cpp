@@ -1,0 +1,208 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "desk/project/FileSinceKept.h"
+#include "desk/project/ProcessFacts.h"
+#include "desk/project/TextKeeper.h"
+#include "tests/desk/project/ProjectDocumentsFixture.h"
+
+namespace desk {
+namespace {
+
+using std::chrono::seconds;
+
+class TextKeeperTest : public ProjectDocumentsFixture {
+protected:
+    ~TextKeeperTest() override {
+        mKeeper.reset();
+        for (const OpenProjectRef& project : std::vector(OpenProjectList::Instance().Get()))
+            Manager().CloseProject(project, false);
+    }
+
+    /// The kept texts, the oldest first, whoever keeps them.
+    std::vector<KeptTextFile> Kept() {
+        mMain.RunUntilIdle();
+        return KeptTexts::List(mProfile.Path("texts"));
+    }
+    /// What is kept of the only project, as it would be saved; empty when nothing is.
+    std::string KeptBytes() {
+        const std::vector<KeptTextFile> kept = Kept();
+        EXPECT_LE(kept.size(), 1u);
+        return kept.empty() ? "" : KeptTexts::Read(kept[0].mPath).value_or(KeptText()).mBytes;
+    }
+    ino_t FileNumber() {
+        const std::vector<KeptTextFile> kept = Kept();
+        struct stat facts {};
+        if (!kept.empty() && ::stat(kept[0].mPath.c_str(), &facts) != 0) ADD_FAILURE() << kept[0].mPath;
+        return facts.st_ino;
+    }
+    std::vector<KeptTextFile> Offered() {
+        std::vector<KeptTextFile> offered;
+        mKeeper->List([&](std::vector<KeptTextFile> files) { offered = std::move(files); });
+        mMain.RunUntilIdle();
+        return offered;
+    }
+
+    TemporaryFolder mProfile;
+    std::optional<TextKeeper> mKeeper{mProfile.Path("texts")};
+};
+
+TEST_F(TextKeeperTest, KeepsWhatChangesWithinFiveSecondsAndNothingElse) {
+    const ProjectDocumentRef document = OpenAndFind();
+    mMain.Advance(seconds(20));
+    EXPECT_FALSE(mProfile.Exists("texts"));
+    int writes = 0;
+    ino_t last = 0;
+    for (int second = 1; second <= 20; ++second) {
+        Edit(document, u"one\ntwo\nnew " + host::NumberToString(second));
+        mDisk.ResetCounts();
+        mMain.Advance(seconds(1));
+        EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "typing waits for no disk";
+        if (const ino_t now = FileNumber(); now != std::exchange(last, now)) ++writes;
+    }
+    EXPECT_EQ(writes, 5);
+    EXPECT_EQ(KeptBytes(), "one\r\ntwo\nnew 20") << "line ends as a save writes them";
+    mMain.Advance(seconds(60));
+    EXPECT_EQ(FileNumber(), last) << "nothing has changed";
+
+    const KeptTextFile kept = Kept().at(0);
+    EXPECT_EQ(kept.mText.mProject, mFolder.PathUTF16(kProject));
+    EXPECT_EQ(kept.mText.mBase, MarkContent(kBytes));
+    EXPECT_EQ(kept.mText.mTime, 1772443800);
+    EXPECT_EQ(kept.mStanding, OwnerStanding::Own);
+    struct stat facts {};
+    ASSERT_EQ(::stat(kept.mPath.c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 0777, 0600u);
+    mFolder.Rename("Day 1", "Day 2");
+    document->SetProjectPath(mFolder.PathUTF16("Day 2/Reel 1.zuproj"));
+    mMain.Advance(seconds(5));
+    EXPECT_EQ(Kept().at(0).mText.mProject, document->GetProjectPath());
+    mFolder.Rename("Day 2", "Day 1");
+}
+
+TEST_F(TextKeeperTest, WhatIsKeptGoesWithTheUsersDecisionOnly) {
+    const std::function<void(const ProjectDocumentRef&)> decisions[] = {
+        [&](const auto& document) { EXPECT_TRUE(Manager().SaveProject(document)); },
+        [&](const auto& document) { document->SetDirty(false); },
+        [&](const auto& document) {
+            mDialogs.ExpectQuestion("Reload Project", u"Discard and Reload");
+            EXPECT_TRUE(Manager().ReloadProject(document));
+        },
+        [&](const auto& document) {
+            mDialogs.ExpectQuestion("Save Changes", u"Discard");
+            EXPECT_TRUE(Manager().CloseProject(document, true));
+        }};
+    for (const auto& decide : decisions) {
+        const ProjectDocumentRef document = OpenAndFind();
+        Edit(document, u"new");
+        mMain.Advance(seconds(5));
+        mDialogs.ExpectQuestion("Save Changes", u"Cancel");
+        EXPECT_FALSE(Manager().CloseProject(document, true));
+        EXPECT_EQ(KeptBytes(), "new");
+        decide(document);
+        EXPECT_EQ(KeptBytes(), "");
+    }
+    Edit(OpenAndFind(), u"later");
+    mKeeper.reset();
+    EXPECT_EQ(KeptBytes(), "later") << "the program ends without a decision";
+}
+
+TEST_F(TextKeeperTest, ADiskThatRefusesOrStandsStillIsToldOnceAndTriedAgain) {
+    const ProjectDocumentRef document = OpenAndFind();
+    const ExpectLogged told("cannot be kept");
+    const ExpectLogged logged("Unsaved text is not kept: ");
+    const ExpectLogged tooLarge("is too large to be kept");
+    mDisk.Deny(mProfile.Path(), ENOSPC);
+    Edit(document, u"new");
+    mMain.Advance(seconds(20));
+    EXPECT_EQ(told.Count(), 1);
+    EXPECT_EQ(logged.Count(), 1);
+    mDisk.Allow(mProfile.Path());
+    mMain.Advance(seconds(5));
+    EXPECT_EQ(KeptBytes(), "new");
+    Edit(document, host::UTF16String(kKeptTextLimit + 1, u'x'));
+    mMain.Advance(seconds(20));
+    EXPECT_EQ(KeptBytes(), "new") << "too large: what was kept before is better than nothing";
+}
+
+TEST_F(TextKeeperTest, OffersWhatProgramsHaveLeftThatAreGone) {
+    Edit(OpenAndFind(), u"new");
+    mMain.Advance(seconds(5));
+    EXPECT_TRUE(Offered().empty()) << "its own";
+    mKeeper.emplace(mProfile.Path("texts"));
+    KeptText text = *KeptTexts::Read(Kept().at(0).mPath);
+    text.mOwner.mPid = ::getppid();
+    text.mOwner.mProcessStart = ReadProcessFacts(::getppid())->mStart;
+    KeptTexts::Write(Kept().at(0).mPath, text);
+    EXPECT_TRUE(Offered().empty()) << "another program, which is running";
+    text.mOwner.mMachineID = std::string(32, 'f');
+    KeptTexts::Write(Kept().at(0).mPath, text);
+    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Unknown) << "another machine's";
+    text.mOwner.mBootID += '1';
+    KeptTexts::Write(Kept().at(0).mPath, text);
+    mDisk.SetVolumeType(0xEF53);
+    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Gone)
+        << "of an earlier boot, on a disk of this machine";
+    mDisk.SetVolumeType(0x6969);
+    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Unknown) << "on a shared volume";
+
+    const std::string path = Offered().at(0).mPath;
+    mKeeper->Adopt(Find(), path);
+    EXPECT_TRUE(Offered().empty());
+    EXPECT_NE(Kept().at(0).mPath, path) << "of two programs that recover it one does";
+    EXPECT_EQ(Kept().at(0).mStanding, OwnerStanding::Own);
+    EXPECT_TRUE(Manager().SaveProject(Find()));
+    EXPECT_TRUE(Kept().empty());
+}
+
+TEST_F(TextKeeperTest, WhatIsDamagedIsLoggedAndStays) {
+    Edit(OpenAndFind(), u"new");
+    mMain.Advance(seconds(5));
+    const std::string whole =
+        mProfile.Read("texts/" + std::filesystem::path(Kept().at(0).mPath).filename().string());
+    const std::string damaged[] = {"",
+                                   "\n",
+                                   "{}\nnew",
+                                   whole.substr(0, whole.size() - 1),
+                                   whole + "x",
+                                   std::string(200'000, '['),
+                                   std::string(5'000'000, 'x'),
+                                   "{\"version\":2" + whole.substr(whole.find(','))};
+    int number = 0;
+    for (const std::string& bytes : damaged)
+        mProfile.Write("texts/" + std::to_string(++number) + ".unsaved", bytes);
+    const ExpectLogged logged(".unsaved");
+    EXPECT_EQ(Kept().size(), 1u);
+    EXPECT_EQ(logged.Count(), 2 * number) << "and told";
+    EXPECT_EQ(Kept().size(), 1u);
+    EXPECT_EQ(logged.Count(), 2 * number) << "once";
+    EXPECT_EQ(ParseKeptText(whole)->mBytes, "new");
+    EXPECT_TRUE(mProfile.Exists("texts/1.unsaved"));
+}
+
+TEST_F(TextKeeperTest, TellsWhatTheDiskHoldsNow) {
+    using State = FileSinceKept::State;
+    KeptText text;
+    text.mProject = mFolder.PathUTF16(kProject);
+    text.mBase = MarkContent(kBytes);
+    text.mText = MarkContent("other");
+    const auto look = [&] { return FindFileSinceKept(mDisk, text).mState; };
+    EXPECT_EQ(look(), State::Unchanged);
+    for (const char* bytes : {"something else", "twice", ""}) {
+        mFolder.Write(kProject, bytes);
+        EXPECT_EQ(look(), State::Changed) << bytes;
+    }
+    mFolder.Write(kProject, "other");
+    EXPECT_EQ(look(), State::HoldsText);
+    mDisk.SetGone(true);
+    EXPECT_EQ(FindFileSinceKept(mDisk, text).mSystemError, ESTALE);
+    mDisk.SetGone(false);
+    mFolder.Remove(kProject);
+    EXPECT_EQ(look(), State::Gone);
+    mFolder.Remove("Day 1");
+    EXPECT_EQ(look(), State::FolderGone);
+    mFolder.Write(kProject, kBytes);
+}
+
+}  // namespace
+}  // namespace desk
