@@ -51,6 +51,24 @@ std::string SetAside(const std::string& path) {
     return {};
 }
 
+/// `aside` is empty for a file that stands where it stood.
+KeptAside Explain(const std::string& path, const std::string& reason, const std::string& aside) {
+    KeptAside kept{!aside.empty(), {}};
+    kept.mNotice = kept.mIsMoved
+                       ? host::ZString(
+                             "$$$/Desk/Settings/SetAside=The settings in “@0” are damaged and were not "
+                             "used. The file is kept as “@1”.",
+                             {host::UTF8to16(path), host::UTF8to16(aside)})
+                       : host::ZString(
+                             "$$$/Desk/Settings/Unreadable=The settings in “@0” could not be read: @1. The "
+                             "file is left as it is, and changes are not saved.",
+                             {host::UTF8to16(path), host::UTF8to16(reason)});
+    Log(LogLevel::Warning, "The settings in \"" + path + "\" could not be read: " + reason +
+                               (kept.mIsMoved ? ". The file is kept as \"" + aside + "\"."
+                                              : ". The file is left as it is, and changes are not saved."));
+    return kept;
+}
+
 }  // namespace
 
 JsonFile ParseJsonObject(std::string_view text) {
@@ -78,27 +96,19 @@ void WriteJsonFile(const std::string& path, const QJsonObject& object) {
     ReplaceFileOrThrow(*GetServices().mFileSystem, path, QJsonDocument(object).toJson().toStdString());
 }
 
+KeptAside KeepAside(const std::string& path, const std::string& reason) {
+    return Explain(path, reason, SetAside(path));
+}
+
 SettingsFile ReadSettingsFile(const std::string& path) {
     JsonFile file = ReadJsonFile(path);
     SettingsFile settings;
     if (file.mState == JsonFile::State::Read) settings.mObject = std::move(file.mObject);
     if (file.mState == JsonFile::State::Read || file.mState == JsonFile::State::Absent) return settings;
-
-    const std::string aside = file.mState == JsonFile::State::Broken ? SetAside(path) : std::string();
-    settings.mMayWrite = !aside.empty();
-    settings.mNotice = settings.mMayWrite
-                           ? host::ZString(
-                                 "$$$/Desk/Settings/SetAside=The settings in “@0” are damaged and were not "
-                                 "used. The file is kept as “@1”.",
-                                 {host::UTF8to16(path), host::UTF8to16(aside)})
-                           : host::ZString(
-                                 "$$$/Desk/Settings/Unreadable=The settings in “@0” could not be read: @1. The "
-                                 "file is left as it is, and changes are not saved.",
-                                 {host::UTF8to16(path), host::UTF8to16(file.mReason)});
-    Log(LogLevel::Warning,
-        "The settings in \"" + path + "\" could not be read: " + file.mReason +
-            (settings.mMayWrite ? ". The file is kept as \"" + aside + "\"."
-                                : ". The file is left as it is, and changes are not saved."));
+    const KeptAside kept = file.mState == JsonFile::State::Broken ? KeepAside(path, file.mReason)
+                                                                  : Explain(path, file.mReason, {});
+    settings.mMayWrite = kept.mIsMoved;
+    settings.mNotice = kept.mNotice;
     return settings;
 }
 

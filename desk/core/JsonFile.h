@@ -36,6 +36,19 @@ ZUHOST_API JsonFile ReadJsonFile(const std::string& path, std::size_t limit = kJ
 /// Replaces the file whole or not at all. Throws `host::FileException`. May wait for the disk. Any thread.
 ZUHOST_API void WriteJsonFile(const std::string& path, const QJsonObject& object);
 
+/// What became of a file that cannot be used.
+struct KeptAside {
+    /// False when it could not be renamed: it must not be replaced.
+    bool mIsMoved = false;
+    /// What to tell the user: the file, and where it is kept or why it could not be read. Localised; names in
+    /// it are raw.
+    host::UTF16String mNotice;
+};
+
+/// Renames a file that cannot be used to "<name>.unreadable-<n>", n from 1, so that nothing ever replaces it.
+/// Logged as a warning, with the `reason` (English). May wait for the disk. Any thread; never throws.
+ZUHOST_API KeptAside KeepAside(const std::string& path, const std::string& reason);
+
 /// A settings file as the program may use it.
 struct SettingsFile {
     /// Empty when there is no file or it could not be used.
@@ -43,14 +56,12 @@ struct SettingsFile {
     /// False when a file stands there that could not be read and could not be moved aside: it must not be
     /// replaced.
     bool mMayWrite = true;
-    /// What to tell the user when the settings could not be used: the file, and where it was kept or
-    /// why it could not be read. Localised; names in it are raw.
+    /// What to tell the user when the settings could not be used, as in `KeptAside`.
     host::UTF16String mNotice;
 };
 
-/// Reads a settings file. One that is broken is renamed to "<name>.unreadable-<n>", n from 1, so that
-/// defaults never replace it. Whatever goes wrong is logged as a warning. May wait for the disk. Any thread;
-/// never throws.
+/// Reads a settings file. One that is broken is kept aside (`KeepAside`). Whatever goes wrong is logged as a
+/// warning. May wait for the disk. Any thread; never throws.
 ZUHOST_API SettingsFile ReadSettingsFile(const std::string& path);
 
 }  // namespace desk

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+
+namespace host {
+
+/// A file of settings in the user's profile that several programs read and write, each its own part. Who
+/// changes it reads it anew under a `Lock` and replaces it under the same one. The profile is on a disk of this
+/// machine, or on the one that holds the user's home: all may wait for it. UI thread.
+class ZUHOST_API SharedSettingsFile {
+public:
+    /// The largest file that is read and written, in bytes.
+    static constexpr std::size_t kLimit = std::size_t{256} << 20;
+
+    /// The disk is not touched.
+    explicit SharedSettingsFile(UTF16String path);
+
+    /// The whole content; absent when there is no such file. Throws `FileException` when the disk refuses,
+    /// EFBIG for a larger file than `kLimit`.
+    std::optional<std::string> Read() const;
+
+    /// Replaces the file whole or not at all. Throws `FileException`, EFBIG for more than `kLimit` bytes: then
+    /// the old file stands.
+    void Replace(const std::string& bytes) const;
+
+    /// Keeps what stands there, and cannot be used, under another name, "<name>.unreadable-<n>", and tells the
+    /// user so; `reason` (English, a clause with "it") goes to the log. False when that failed, which the user
+    /// is told as well: then the file must not be replaced.
+    bool SetAside(std::string_view reason) const;
+
+    /// Keeps the other programs from changing the file for as long as it lives. Reading needs none.
+    class ZUHOST_API Lock {
+    public:
+        /// Waits for two seconds at most. What a program that was killed has left is no obstacle.
+        explicit Lock(const SharedSettingsFile& file);
+        ~Lock();
+        Lock(const Lock&) = delete;
+        Lock& operator=(const Lock&) = delete;
+
+        /// False when another program has the file for longer, or the profile cannot be written, which is
+        /// logged: then the file must not be changed.
+        bool IsHeld() const;
+
+    private:
+        struct Impl;
+        std::unique_ptr<Impl> mImpl;
+    };
+
+private:
+    UTF16String mPath;
+};
+
+}  // namespace host

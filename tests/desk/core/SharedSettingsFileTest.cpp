@@ -1,0 +1,49 @@
+#include <thread>
+
+#include "host/core/SharedSettingsFile.h"
+#include "tests/support/HostFixture.h"
+
+namespace desk {
+namespace {
+
+using SharedSettingsFileTest = HostFixture;
+
+TEST_F(SharedSettingsFileTest, WhoChangesItUnderTheLockLosesNobodysChange) {
+    const host::SharedSettingsFile file(mFolder.PathUTF16("settings"));
+    EXPECT_FALSE(file.Read());
+    // What a program that was killed has left.
+    mFolder.Write("settings.lock", "");
+    constexpr int kChanges = 40;
+    const auto change = [&] {
+        for (int i = 0; i < kChanges; ++i) {
+            const host::SharedSettingsFile::Lock lock(file);
+            ASSERT_TRUE(lock.IsHeld());
+            file.Replace(file.Read().value_or(std::string()) + 'x');
+        }
+    };
+    std::thread other(change);
+    change();
+    other.join();
+    EXPECT_EQ(file.Read(), std::string(2 * kChanges, 'x'));
+    EXPECT_EQ(NamesIn(), (Names{"settings", "settings.lock"}));
+}
+
+TEST_F(SharedSettingsFileTest, WhatCannotBeUsedIsKeptAside) {
+    const host::SharedSettingsFile file(mFolder.PathUTF16("settings"));
+    mFolder.Write("settings.unreadable-1", "older");
+    mFolder.Write("settings", "broken");
+    ExpectLogged log("it is broken");
+    EXPECT_TRUE(file.SetAside("it is broken"));
+    EXPECT_EQ(mFolder.Read("settings.unreadable-2"), "broken");
+    EXPECT_EQ(mFolder.Read("settings.unreadable-1"), "older");
+
+    mFolder.Write("settings", "broken");
+    mDisk.Deny(mFolder.Path());
+    ExpectLogged denied("rename");
+    EXPECT_FALSE(file.SetAside("it is broken"));
+    mDisk.Allow(mFolder.Path());
+    EXPECT_EQ(mFolder.Read("settings"), "broken");
+}
+
+}  // namespace
+}  // namespace desk
