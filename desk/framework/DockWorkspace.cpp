@@ -104,7 +104,7 @@ bool DockWorkspace::ClosePanel(const host::UTF16String& handlerID) {
 
 void DockWorkspace::TogglePanel(const host::UTF16String& handlerID) {
     const DockWorkspaceFrame* frame = FindFrame(handlerID);
-    if (frame && frame->IsInFront())
+    if (frame && frame->IsInFront() && !frame->MayBeCovered())
         ClosePanel(handlerID);
     else
         OpenTab(host::UTF16to8(handlerID));
@@ -180,7 +180,11 @@ void DockWorkspace::OpenByDefault() {
 bool DockWorkspace::RestoreDocks(const QJsonObject& layout) {
     const QByteArray docks = QByteArray::fromBase64(layout.value(kDocks).toString().toLatin1());
     const bool isRestored = mWindow.restoreState(docks);
-    for (DockWorkspaceFrame* frame : mFrames) frame->Show(true);
+    for (DockWorkspaceFrame* frame : mFrames) {
+        // The screens may be others by now.
+        if (const std::optional<host::Rect> place = frame->FindFloatingRect()) frame->Float(*place);
+        frame->Show(true);
+    }
     return isRestored;
 }
 

@@ -40,7 +40,8 @@ public:
     /// Closes a panel: asks its handler, then destroys view and handler, or hides the panel, as the handler
     /// wishes. False when the handler did not allow it.
     bool ClosePanel(const host::UTF16String& handlerID);
-    /// Opens the panel or brings it to the front; closes it when it is there already.
+    /// Opens the panel or brings it to the front; closes it when it is there already and nothing of it can be
+    /// covered.
     void TogglePanel(const host::UTF16String& handlerID);
     /// Closes all panels without asking, as the program ends.
     void DestroyPanels();

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QResizeEvent>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "desk/core/Localized.h"
 #include "desk/core/QtStrings.h"
@@ -13,6 +14,7 @@
 #include "desk/framework/DockWorkspaceTitleBar.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/framework/TabViewImpl.h"
+#include "desk/framework/WindowPlacement.h"
 #include "desk/toolkit/Theme.h"
 #include "host/framework/TabView.h"
 
@@ -39,6 +41,7 @@ private:
 DockWorkspaceFrame::DockWorkspaceFrame(QWidget& window, const host::UTF16String& handlerID,
                                        std::function<void()> close)
     : QDockWidget(&window),
+      mWindow(window),
       mHandlerID(handlerID),
       mClose(std::move(close)),
       mTitleBar(new DockWorkspaceTitleBar(*this)),
@@ -48,6 +51,7 @@ DockWorkspaceFrame::DockWorkspaceFrame(QWidget& window, const host::UTF16String&
     setTitleBarWidget(mTitleBar);
     setWidget(mContent);
     connect(this, &QDockWidget::visibilityChanged, this, [this](bool isInFront) { mIsInFront = isInFront; });
+    window.installEventFilter(this);
     hide();
 }
 
@@ -85,6 +89,54 @@ void DockWorkspaceFrame::BringToFront(bool takeFocus, bool flash) {
 }
 
 void DockWorkspaceFrame::UpdateStackedDimensions(bool) {}
+
+std::optional<host::Rect> DockWorkspaceFrame::FindFloatingRect() const {
+    if (!IsAfloat()) return {};
+    const QRect place = window()->geometry();
+    const QPoint corner = CanPlaceWindows() ? place.topLeft() : QPoint();
+    return host::Rect{corner.x(), corner.y(), place.width(), place.height()};
+}
+
+void DockWorkspaceFrame::Dock() {
+    setFloating(false);
+}
+
+void DockWorkspaceFrame::Float(const host::Rect& rect) {
+    if (!IsAfloat()) setFloating(true);
+    PlaceFloatingWindow(*window(), QRect(rect.x, rect.y, rect.width, rect.height));
+}
+
+void DockWorkspaceFrame::setVisible(bool visible) {
+    mIsWaiting = visible && isFloating() && !mWindow.isVisible();
+    if (!mIsWaiting) QDockWidget::setVisible(visible);
+}
+
+bool DockWorkspaceFrame::eventFilter(QObject* watched, QEvent* event) {
+    // Later: the event comes before the window is there.
+    if (watched == &mWindow && event->type() == QEvent::Show)
+        QMetaObject::invokeMethod(
+            this, [this] { ComeForward(); }, Qt::QueuedConnection);
+    return QDockWidget::eventFilter(watched, event);
+}
+
+void DockWorkspaceFrame::ComeForward() {
+    if (mIsWaiting) return setVisible(true);
+    // Docks that float together are in a window that Qt shows when it likes.
+    if (IsAfloat() && isVisible()) window()->raise();
+}
+
+bool DockWorkspaceFrame::IsAfloat() const {
+    return window() != &mWindow;
+}
+
+bool DockWorkspaceFrame::MayBeCovered() const {
+    if (!IsAfloat() || isActiveWindow()) return false;
+    if (!CanPlaceWindows()) return true;
+    return std::ranges::any_of(QApplication::topLevelWidgets(), [this](const QWidget* other) {
+        return other != window() && other->isVisible() && other->windowType() != Qt::Popup &&
+               other->frameGeometry().intersects(window()->frameGeometry());
+    });
+}
 
 void DockWorkspaceFrame::TakeFocus() {
     if (!mView) return;

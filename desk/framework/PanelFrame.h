@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "host/core/Export.h"
+#include "host/core/Geometry.h"
 #include "host/core/Strings.h"
 #include "host/framework/Workspace.h"
 
@@ -23,6 +26,10 @@ public:
     virtual void Show(bool show) = 0;
     virtual void BringToFront(bool takeFocus, bool flash) = 0;
     virtual void UpdateStackedDimensions(bool animate) = 0;
+    /// Where the frame floats, in global units; absent while it is docked. See `host::TabView`.
+    virtual std::optional<host::Rect> FindFloatingRect() const { return {}; }
+    virtual void Dock() {}
+    virtual void Float(const host::Rect& rect) { static_cast<void>(rect); }
 };
 
 }  // namespace desk

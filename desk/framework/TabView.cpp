@@ -83,6 +83,21 @@ int TabView::GetStackedDimensionHeightMax() const {
     return 0;
 }
 
+bool TabView::IsDockedInMainWindow() const {
+    const desk::PanelFrame* frame = TabViewImpl::Of(*this).mFrame;
+    return frame && !frame->FindFloatingRect();
+}
+
+Rect TabView::GetFloatingWindowGlobalRect() const {
+    const desk::PanelFrame* frame = TabViewImpl::Of(*this).mFrame;
+    return frame ? frame->FindFloatingRect().value_or(Rect()) : Rect();
+}
+
+void TabView::SetPlace(bool docked, const Rect& rect) {
+    desk::PanelFrame* frame = TabViewImpl::Of(*this).mFrame;
+    if (frame) docked ? frame->Dock() : frame->Float(rect);
+}
+
 const char* TabView::GetFlyoutMenuID() const {
     return nullptr;
 }

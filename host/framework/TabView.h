@@ -47,6 +47,16 @@ public:
     virtual int GetStackedDimensionHeightMin() const;
     virtual int GetStackedDimensionHeightMax() const;
 
+    /// True when the panel stands in the main window, false when it floats in a window of its own.
+    bool IsDockedInMainWindow() const;
+    /// The place of the window in which the panel floats, without its frame, in global screen units; all zero
+    /// for a panel that is docked. Where no program knows the places of its windows (Wayland), x and y are 0.
+    Rect GetFloatingWindowGlobalRect() const;
+    /// Docks the panel in the main window, where it was docked last, or lets it float in `rect` (ignored when
+    /// docked), as far as that is on a screen. Where no program places its windows, only the size is followed.
+    /// The keyboard stays where it is.
+    void SetPlace(bool docked, const Rect& rect);
+
     /// The ID of the flyout menu that the tab offers; null for none.
     virtual const char* GetFlyoutMenuID() const;
 

@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
+#include <QScreen>
 #include <QTest>
 
 #include "desk/core/QtStrings.h"
@@ -159,6 +160,42 @@ TEST_F(DockWorkspaceTest, ClosesAsTheHandlerWishesAndComesBackWhereItWas) {
     menu.actions()[1]->trigger();
     mMainThread.RunUntilIdle();
     EXPECT_FALSE(IsShown(kOne));
+}
+
+TEST_F(DockWorkspaceTest, AFloatingPanelComesAfterItsWindowOnAScreenAndIsBroughtForwardBeforeItIsClosed) {
+    DockWorkspaceFrame& frame = *mWorkspace.FindFrame(kOne);
+    host::TabView& view = *frame.GetView();
+    EXPECT_TRUE(view.IsDockedInMainWindow());
+    EXPECT_EQ(view.GetFloatingWindowGlobalRect(), host::Rect());
+    view.SetPlace(false, {40, 60, 400, 300});
+    EXPECT_FALSE(view.IsDockedInMainWindow());
+    EXPECT_EQ(view.GetFloatingWindowGlobalRect(), (host::Rect{40, 60, 400, 300}));
+    mWindow.move(0, 0);
+    mWindow.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&mWindow));
+    mWorkspace.TogglePanel(kOne);
+    EXPECT_TRUE(IsShown(kOne)) << "it may have been covered";
+    mWindow.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&mWindow));
+    view.SetPlace(false, {40, 640, 400, 160});
+    mWorkspace.TogglePanel(kOne);
+    EXPECT_FALSE(IsShown(kOne)) << "nothing of it was covered";
+
+    mWorkspace.TogglePanel(kOne);
+    frame.setGeometry(5000, 5000, 400, 300);
+    const QJsonObject layout = mWorkspace.SaveLayout();
+    mWorkspace.DestroyPanels();
+    QMainWindow window;
+    DockWorkspace workspace(window);
+    workspace.OpenPanels(layout);
+    const DockWorkspaceFrame& restored = *workspace.FindFrame(kOne);
+    EXPECT_TRUE(IsShown(kOne, true) && !restored.isVisible());
+    window.show();
+    mMainThread.RunUntilIdle();
+    EXPECT_TRUE(restored.isVisible() && restored.isFloating());
+    EXPECT_TRUE(restored.screen()->geometry().contains(restored.frameGeometry()));
+    restored.GetView()->SetPlace(true, {});
+    EXPECT_TRUE(restored.GetView()->IsDockedInMainWindow());
 }
 
 TEST_F(DockWorkspaceTest, LayoutSurvivesARestartWithClosedPanelsAndABrokenOneGivesTheDefault) {
