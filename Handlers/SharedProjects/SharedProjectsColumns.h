@@ -107,6 +107,10 @@ HeaderRowData GetHeaderRowData(const HeaderRowRef& headerRow, const ColumnWidths
 /// Applies a layout, with its widths x `scale`. Columns that the layout does not name follow those it does.
 void SetUpHeaderRowFromData(const HeaderRowRef& headerRow, const HeaderRowData& data, float scale);
 
+/// Leaves of a layout from a file what can be used: the panel's columns, each once. A width that is none
+/// becomes that of a new column.
+void MakeUsable(HeaderRowData& data);
+
 /// The display positions of the metadata columns, by the keys under which they are recorded.
 std::map<std::string_view, int> GetViewPropertyLoggingColumnMap(const HeaderRowRef& headerRow);
 

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <set>
+
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/DebugDatabase.h"
 #include "host/core/Localizer.h"
@@ -8,6 +11,9 @@ namespace {
 
 const CachedDatabaseValue<float> sColumnMinWidthDBValue{"SharedProjects.Columns.MinWidth", 50.0f};
 const CachedDatabaseValue<float> sColumnWidthDBValue{"SharedProjects.Columns.Width", 200.0f};
+
+/// Of a column, in view units; wider ones have come from nobody who looked at them.
+constexpr float kWidestColumn = 10'000;
 
 struct ColumnTitle {
     ColumnID mColumnID;
@@ -93,6 +99,16 @@ void SetUpHeaderRowFromData(const HeaderRowRef& headerRow, const HeaderRowData& 
     }
     headerRow->SetSortColumn(data.mSortColumnID);
     headerRow->SetSortDirection(data.mSortAscending);
+}
+
+void MakeUsable(HeaderRowData& data) {
+    std::set<ColumnID> seen;
+    std::erase_if(data.mColumnDataList, [&seen](const ColumnData& column) {
+        const bool isKnown = std::ranges::count(kColumnTitles, column.mColumnID, &ColumnTitle::mColumnID) > 0;
+        return !isKnown || !seen.insert(column.mColumnID).second;
+    });
+    for (ColumnData& column : data.mColumnDataList)
+        if (!(column.mWidth >= 1 && column.mWidth <= kWidestColumn)) column.mWidth = sColumnWidthDBValue.Get();
 }
 
 std::map<std::string_view, int> GetViewPropertyLoggingColumnMap(const HeaderRowRef& headerRow) {

@@ -90,6 +90,9 @@ void SharedProjectsHandler::RegisterWindow() {
 }
 
 SharedProjectsHandler::~SharedProjectsHandler() {
+    // Before anything goes that the view saves its state in.
+    if (mTabView) mTabView->Destroy();
+    mTabView.reset();
     Columns::ClearGenericFolderIcon();
     RemoveListener(kBackendProjectActivationStationID, this);
     RemoveListener(kStation_ZuProductionFolderPanel, this);
@@ -156,6 +159,7 @@ const char* SharedProjectsHandler::GetFlyoutMenuID() const {
 TabView* SharedProjectsHandler::CreateTabViewSelf(WorkspaceFrame* frame) {
     const UTF16String title = Localizer::Get()->Localize(
         "$$$/Vantor/Handlers/ZuProductionFolder/ZuProductionTabViewTitle=Production");
+    if (mTabView) mTabView->Destroy();
     mTabView = std::make_shared<SharedProjectsTabView>(Application::Instance()->GetMainCommander());
     TabView::Create(mTabView.get(), kZuProductionFolderHandlerID, title, frame, true);
     return mTabView.get();
@@ -167,8 +171,13 @@ bool SharedProjectsHandler::ShouldDestroyWhenClosed() const {
 
 void SharedProjectsHandler::ListenToMessage(const Message& message) {
     if (const auto* opened = MessageCast<ZuProductionFolderOpenedMessage>(message)) {
+        if (mTabView) mTabView->LeaveClosedProduction();
+        LoadProductionLayouts();
         ShowPanel();
         if (mTabView) mTabView->SetDeferredRenameRowPath(opened->GetPath());
+    } else if (MessageCast<ZuProductionFolderClosedMessage>(message)) {
+        // The first to hear of it: the rows that are remembered are still there.
+        if (mTabView) mTabView->LeaveClosedProduction();
     } else if (MessageCast<ProjectClosedMessage>(message)) {
         if (IsSharedProjectsManagerActive() && OpenProjectCount() == 0) ShowPanel();
     }

@@ -88,6 +88,7 @@ void SharedProjectsTabView::FinishCreateSelf(const Rect& bounds) {
         AddListener(kStation_ZuProductionFolderPanel, this);
         AddListener(kStation_DebugDatabase, this);
         AddListener(kBackendProjectActivationStationID, this);
+        LoadGlobalStateData();
         UpdateViewsFromZoomAmount();
         UpdateControlEnabledStates();
         UpdateTabName();
@@ -159,6 +160,11 @@ void SharedProjectsTabView::CreateButtons(const Rect& bounds) {
 }
 
 void SharedProjectsTabView::DestroySelf() {
+    try {
+        SaveGlobalStateData();
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
     RemoveListener(kStation_DebugDatabase, this);
     RemoveListener(kStation_ZuProductionFolderPanel, this);
     RemoveListener(kBackendProjectActivationStationID, this);
@@ -187,8 +193,7 @@ void SharedProjectsTabView::ListenToMessage(const Message& message) {
     } else if (MessageCast<DirectoryViewSelectionChangedMessage>(message)) {
         OnSelectionChanged();
     } else if (MessageCast<ZuProductionFolderOpenedMessage>(message)) {
-        UpdateControlEnabledStates();
-        UpdateTabName();
+        OnProductionOpened();
     } else if (MessageCast<ZuProductionFolderClosedMessage>(message)) {
         OnProductionClosed();
     } else if (MessageCast<DebugDatabaseChangedMessage>(message)) {
@@ -197,6 +202,13 @@ void SharedProjectsTabView::ListenToMessage(const Message& message) {
                MessageCast<ReadOnlyStateChangedMessage>(message)) {
         UpdateControlEnabledStatesLater();
     }
+}
+
+void SharedProjectsTabView::OnProductionOpened() {
+    // The one that shows already keeps what the user has done with it.
+    if (mShownProduction != SharedProjectsHandler::GetRootDirectory()) LoadGlobalStateData();
+    UpdateControlEnabledStates();
+    UpdateTabName();
 }
 
 void SharedProjectsTabView::OnProductionClosed() {

@@ -64,6 +64,18 @@ class SharedProjectsTabView final : public TabView,
                                     public Listener,
                                     public std::enable_shared_from_this<SharedProjectsTabView> {
 public:
+    /// How the panel was left: what is remembered of it for each production.
+    struct StateData {
+        SharedProjectsDirectoryView::StateData mDirectoryViewData;
+        /// From 0 to 1.
+        float mZoom = 0;
+        bool mDockedInMainWindow = false;
+        /// In global screen units, all zero for a panel that is docked.
+        Rect mFloatingWindowGlobalRect;
+        UTF16String mSearchText;
+        friend bool operator==(const StateData&, const StateData&) = default;
+    };
+
     explicit SharedProjectsTabView(Commander* parent);
     ~SharedProjectsTabView() override;
 
@@ -97,6 +109,18 @@ public:
     /// The item whose row is selected, to be renamed, as soon as it is there; empty for none.
     void SetDeferredRenameRowPath(const UTF16String& path) { mDeferredRenameRowPath = path; }
     const UTF16String& GetDeferredRenameRowPath() const { return mDeferredRenameRowPath; }
+
+    /// How the panel stands now; the default while there are no trees.
+    StateData GetCurrentStateData() const;
+    /// Brings the panel to a state: folders open, and a search runs, as their content arrives.
+    void UpdateFromStateData(const StateData& state);
+    /// Has the handler remember the state for the production that the panel shows.
+    void SaveGlobalStateData();
+    /// Shows the open production as it was left.
+    void LoadGlobalStateData();
+    /// The production that the panel shows may have been closed, or another one opened: then its state is
+    /// saved, while its rows are still there.
+    void LeaveClosedProduction();
 
     /// Rows have come, gone, been opened or closed.
     void OnTreeChanged();
@@ -161,6 +185,7 @@ private:
 
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();
+    void OnProductionOpened();
     void OnProductionClosed();
 
     // The commands, in pairs. They may wait for the volume and for the user; the statuses wait for nothing.
@@ -228,6 +253,8 @@ private:
     mutable std::optional<bool> mCanSelectionGoToTrash;
     RefPtr<QueueOnlyOnce> mQueuedControlUpdate;
     UTF16String mPreviousSearchText;
+    /// The production whose rows and layout show; empty for none.
+    UTF16String mShownProduction;
     UTF16String mDeferredRenameRowPath;
 };
 

@@ -24,6 +24,7 @@
 #include "desk/app/SystemColorScheme.h"
 #include "desk/core/DateLanguage.h"
 #include "desk/core/DebugDatabaseFile.h"
+#include "desk/core/Directories.h"
 #include "desk/core/LanguageTable.h"
 #include "desk/core/Log.h"
 #include "desk/core/Profile.h"
@@ -43,6 +44,7 @@
 #include "desk/project/CopyQueue.h"
 #include "desk/project/ProjectDocuments.h"
 #include "desk/project/TrashMoves.h"
+#include "host/core/DirectoryRegistry.h"
 
 namespace desk {
 namespace {
@@ -200,6 +202,9 @@ int Session::Execute() {
 void Session::OpenProfile() {
     const Profile& profile = mParts->mProfile.emplace(mCommandLine.mProfile);
     OpenLogFile(profile.PathOf("log.txt"));
+    // A picture remembers nothing, and shows what is nobody's.
+    if (mCommandLine.mScreenshot.empty())
+        RegisterDirectory(host::DirectoryRegistry::kUserProfile, host::UTF8to16(profile.Folder()));
     const std::string language = SetLanguage(ToUTF8(mCommandLine.mLanguage), profile.Folder());
     TranslateQt(language);
     if (!mCommandLine.mLanguage.isEmpty()) SetDateLanguage(language);

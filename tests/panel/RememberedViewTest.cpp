@@ -1,0 +1,150 @@
+#include <QHeaderView>
+#include <QSlider>
+
+#include "desk/core/Directories.h"
+#include "host/core/DirectoryRegistry.h"
+#include "tests/panel/PanelFixture.h"
+
+namespace HandlerSharedProjects {
+
+class RememberedViewTest : public PanelFixture {
+protected:
+    RememberedViewTest() {
+        desk::RegisterDirectory(DirectoryRegistry::kUserProfile, UTF8to16(mFolder.MakeFolder("profile")));
+        OpenProductionWith({"Reel 1", "Reels/Reel 2", "Sound/Mix"});
+    }
+    ~RememberedViewTest() override {
+        ClosePanel();
+        desk::RegisterDirectory(DirectoryRegistry::kUserProfile, {});
+    }
+
+    UI_MultiColumnTreeHeaderRow& Header() { return *DirectoryView().GetHeaderRow(); }
+    float RowHeight() { return Tree()->GetRowHeight(); }
+
+    /// Everything about the panel but its rows.
+    void ChangeView() {
+        Send(30323);
+        Header().MoveColumn(Columns::kSizeColumnID, 1, true);
+        TreeWidget().header()->resizeSection(0, 290);
+        Header().SetSortColumn(Columns::kModifiedDateColumnID);
+        Header().SetSortDirection(false);
+        TypeSearch(QStringLiteral("reel"));
+    }
+    void ExpectChangedView() {
+        EXPECT_FLOAT_EQ(RowHeight(), 36.25f);
+        EXPECT_EQ(mFrame.Window().findChild<QSlider*>()->value() * 4,
+                  mFrame.Window().findChild<QSlider*>()->maximum());
+        EXPECT_EQ(Header().GetIndexOfColumn(Columns::kSizeColumnID), 1);
+        EXPECT_FLOAT_EQ(Header().GetColumnWidth(Columns::kNameColumnID), 290);
+        EXPECT_EQ(Header().GetSortColumn(), Columns::kModifiedDateColumnID);
+        EXPECT_FALSE(Header().IsSortDirectionAscending());
+        EXPECT_EQ(SearchField()->text(), QStringLiteral("reel"));
+        EXPECT_EQ(ShownHits(), (Rows{"Reel 1", "Reels", "  Reel 2"}));
+        EXPECT_EQ(SearchView().GetHeaderRow()->GetIndexOfColumn(Columns::kSizeColumnID), 1);
+        Send(30324);
+        EXPECT_FLOAT_EQ(Header().GetColumnWidth(Columns::kNameColumnID), 200) << "the width without zoom";
+        Send(30323);
+    }
+    void ExpectFreshView() {
+        EXPECT_EQ(RowHeight(), 25);
+        EXPECT_EQ(Header().GetIndexOfColumn(Columns::kSizeColumnID), 4);
+        EXPECT_TRUE(SearchField()->text().isEmpty());
+    }
+
+    JSONObject Layouts() { return ParseLayouts(mFolder.Read(kFile)); }
+    void WriteLayouts(const JSONObject& layouts) { mFolder.Write(kFile, FormatLayouts(layouts)); }
+    JSONVariant Entry(const std::string& production) {
+        const JSONObject layouts = Layouts();
+        const JSONVariant* entry = GetVariantInObject(layouts, mFolder.Path(production));
+        return entry ? *entry : JSONVariant();
+    }
+
+    static constexpr char kFile[] = "profile/Production Panel Settings";
+};
+
+TEST_F(RememberedViewTest, IsBackAfterTheHandlerHasGoneWhoeverDeletesIt) {
+    ChangeView();
+    ClosePanel();
+    OpenPanel();
+    ExpectChangedView();
+    ClosePanel();
+    // Without a word to the view before.
+    std::unique_ptr<Handler> handler(CreateHandler({}));
+    handler->CreateTabViewSelf(&mFrame)->ObeyCommand(Command(30323));
+    handler.reset();
+    OpenPanel();
+    EXPECT_FLOAT_EQ(RowHeight(), 47.5f);
+    CloseProduction();
+    ClosePanel();
+    EXPECT_EQ(Layouts().size(), 1u) << "nothing is remembered of no production";
+}
+
+TEST_F(RememberedViewTest, EachProductionHasItsOwn) {
+    ChangeView();
+    CloseProduction();
+    EXPECT_FALSE(Entry(kProduction).empty());
+    ClosePanel();
+    OpenProduction("South Shore");
+    ExpectFreshView();
+    OpenProduction(kProduction);
+    ExpectChangedView();
+    OpenProduction("South Shore");
+    ExpectFreshView();
+}
+
+TEST_F(RememberedViewTest, ASaveLeavesWhatOtherProgramsHaveWritten) {
+    ClosePanel();
+    JSONObject layouts = Layouts();
+    const JSONVariant other =
+        JSONParse(u"{\"mZoom\": 0.5, \"mNewer\": [1, {\"x\": 1.5}], \"mSearchText\": \"a\"}");
+    OpenPanel();
+    // Meanwhile:
+    layouts["/Volumes/East"] = std::make_shared<const JSONVariant>(other);
+    layouts["/Volumes/West"] = std::make_shared<const JSONVariant>(JSONParse(u"[\"a later version's\"]"));
+    WriteLayouts(layouts);
+    ChangeView();
+    ExpectLogged log("1 records of productions cannot be used");
+    ClosePanel();
+    EXPECT_EQ(Layouts().size(), 3u);
+    EXPECT_EQ(GetJSONString(*Layouts().at("/Volumes/East")), GetJSONString(other));
+    EXPECT_EQ(GetJSONString(*Layouts().at("/Volumes/West")), u"[\"a later version's\"]");
+    OpenPanel();
+    ExpectChangedView();
+}
+
+TEST_F(RememberedViewTest, ASettingsFileThatCannotBeReadOrWrittenIsNeverReplaced) {
+    ChangeView();
+    mFolder.Write(kFile, "no settings");
+    {
+        ExpectLogged log("half a UTF-16 unit");
+        ClosePanel();
+    }
+    EXPECT_EQ(mFolder.Read(std::string(kFile) + ".unreadable-1"), "no settings");
+    OpenPanel();
+    ExpectChangedView();
+
+    const std::string before = mFolder.Read(kFile);
+    Send(30323);
+    {
+        ExpectLogged log("No space left");
+        mDisk.Fail(Operation::ReplaceFile, 1, ENOSPC);
+        CloseProduction();
+    }
+    EXPECT_EQ(mFolder.Read(kFile), before);
+    OpenProduction("South Shore");
+    CloseProduction();
+    EXPECT_NE(GetJSONString(Entry(kProduction)).find(u"\"mZoom\":0.5"), UTF16String::npos)
+        << "with the next save";
+
+    {
+        ExpectLogged log("Permission denied");
+        mDisk.Deny(mFolder.Path(kFile));
+        OpenProduction(kProduction);
+        ClosePanel();
+        mDisk.Allow(mFolder.Path(kFile));
+    }
+    OpenPanel();
+    EXPECT_FLOAT_EQ(RowHeight(), 47.5f);
+}
+
+}  // namespace HandlerSharedProjects
