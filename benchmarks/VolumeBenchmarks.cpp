@@ -51,6 +51,9 @@ std::vector<VolumeJobPtr> MakeJobs(HostProcess& host, const std::string& product
     jobs.push_back(MakeCopyJob(disk, false));
     jobs.push_back(MakeCopyJob(disk, true));
     jobs.push_back(MakeLeakJob(host, production));
+    jobs.push_back(MakeSettingsReadJob(disk));
+    jobs.push_back(MakeSettingsWriteJob(disk, false));
+    jobs.push_back(MakeSettingsWriteJob(disk, true));
     return jobs;
 }
 

@@ -42,6 +42,13 @@ VolumeJobPtr MakeCopyJob(const std::string& parent, bool isFlushed);
 /// What the heap keeps of 1,000 projects that were listed, opened and closed.
 VolumeJobPtr MakeLeakJob(HostProcess& host, const std::string& production);
 
+/// The panel's settings file of 1,000 productions read, in a profile in the folder `parent`, beside Qt's own
+/// tree of it.
+VolumeJobPtr MakeSettingsReadJob(const std::string& parent);
+/// One production's entry written into it, beside the bare write; with `hasOtherProgram`, which has written
+/// meanwhile.
+VolumeJobPtr MakeSettingsWriteJob(const std::string& parent, bool hasOtherProgram);
+
 /// Throws when a step has failed.
 void Require(bool isGood);
 
