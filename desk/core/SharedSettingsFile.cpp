@@ -14,6 +14,7 @@
 #include "desk/core/UserNotice.h"
 #include "desk/files/FileDescriptor.h"
 #include "desk/files/FileSystem.h"
+#include "desk/files/ReplaceFile.h"
 #include "host/files/FileException.h"
 
 namespace host {
@@ -49,7 +50,7 @@ std::optional<std::string> SharedSettingsFile::Read() const {
 
 void SharedSettingsFile::Replace(const std::string& bytes) const {
     if (bytes.size() > kLimit) throw FileException("write", mPath, EFBIG);
-    desk::GetServices().mFileSystem->ReplaceFile(UTF16to8(mPath), bytes);
+    desk::ReplaceFileOrThrow(*desk::GetServices().mFileSystem, UTF16to8(mPath), bytes);
 }
 
 bool SharedSettingsFile::SetAside(std::string_view reason) const {

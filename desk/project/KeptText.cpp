@@ -18,6 +18,8 @@
 #include "desk/core/Services.h"
 #include "desk/core/UserNotice.h"
 #include "desk/files/FolderPath.h"
+#include "desk/files/ReplaceFile.h"
+#include "desk/files/VolumeMove.h"
 #include "desk/project/Leftovers.h"
 #include "desk/project/RecordTexts.h"
 #include "host/core/Localizer.h"
@@ -160,12 +162,12 @@ std::optional<KeptText> Read(const std::string& path) {
 
 void Write(const std::string& path, const KeptText& text) {
     MakePrivateFolder(FolderOf(path));
-    GetServices().mFileSystem->ReplaceFile(path, WriteKeptText(text));
+    ReplaceFileOrThrow(*GetServices().mFileSystem, path, WriteKeptText(text));
 }
 
 bool Claim(const std::string& from, const std::string& to) {
     try {
-        GetServices().mFileSystem->RenameNew(from, to);
+        MoveOnVolume(from, to);
         return true;
     } catch (const host::FileException& exception) {
         if (!IsAbsence(exception)) throw;
