@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "desk/project/ProjectLocking.h"
+#include "desk/files/FolderPath.h"
+#include "desk/project/ProjectFile.h"
 
 namespace desk {
 
@@ -22,17 +23,21 @@ FileSinceKept Compare(FileSystem& fileSystem, const KeptText& text) {
     return found;
 }
 
-/// Where nothing stands at the project's path.
-FileSinceKept FindOutAboutAbsence(const KeptText& text) {
-    switch (FindRemains(text.mProject)) {
-        case ProjectRemains::Nothing:
-            return {State::FolderGone, 0, 0};
-        case ProjectRemains::Folder:
-            return {State::Gone, 0, 0};
-        case ProjectRemains::Project:
-            break;
+bool IsThere(FileSystem& fileSystem, const std::string& path) {
+    try {
+        fileSystem.Status(path, false);
+        return true;
+    } catch (const host::FileException& exception) {
+        if (exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR) throw;
+        return false;
     }
-    return {State::NotTold, 0, EAGAIN};
+}
+
+/// Where nothing stands at the project's path.
+FileSinceKept FindOutAboutAbsence(FileSystem& fileSystem, const KeptText& text) {
+    const std::string path = host::UTF16to8(text.mProject);
+    if (IsThere(fileSystem, path)) return {State::NotTold, 0, EAGAIN};
+    return {IsThere(fileSystem, FolderOf(path)) ? State::Gone : State::FolderGone, 0, 0};
 }
 
 }  // namespace
@@ -46,7 +51,7 @@ FileSinceKept FindFileSinceKept(FileSystem& fileSystem, const KeptText& text) {
         if (error != ENOENT && error != ENOTDIR) return {State::NotTold, 0, error};
     }
     try {
-        return FindOutAboutAbsence(text);
+        return FindOutAboutAbsence(fileSystem, text);
     } catch (const host::FileException& exception) {
         return {State::NotTold, 0, exception.SystemError()};
     }

@@ -127,7 +127,7 @@ TEST_F(RememberedViewTest, ASettingsFileThatCannotBeReadOrWrittenIsNeverReplaced
     Send(30323);
     {
         ExpectLogged log("No space left");
-        mDisk.Fail(Operation::ReplaceFile, 1, ENOSPC);
+        mDisk.Fail(Operation::CreateNewFile, 1, ENOSPC);
         CloseProduction();
     }
     EXPECT_EQ(mFolder.Read(kFile), before);
