@@ -5,6 +5,7 @@
 
 #include "desk/core/Services.h"
 #include "desk/dialogs/AskVolume.h"
+#include "desk/files/FolderPath.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "host/core/Localizer.h"
 
@@ -34,6 +35,12 @@ host::UTF16String FindReasonAgainstEditing(const ProjectDocumentRef& document) {
         "$$$/Desk/Project/ReloadFirst=Its file has changed since it was read. Reload it first.");
 }
 
+/// After a save that is in doubt, this machine may still have the old file in mind.
+ProjectContent ReadAnew(FileSystem& fileSystem, const std::string& file, const ProjectContent& before) {
+    if (!before.mMayHold.empty()) fileSystem.WaitForCaches(FolderOf(file));
+    return ReadProjectFile(fileSystem, file);
+}
+
 }  // namespace
 
 bool ProjectDocuments::ReloadProject(const host::ProjectRef& project) {
@@ -45,7 +52,9 @@ bool ProjectDocuments::ReloadProject(const host::ProjectRef& project) {
     try {
         document->ReplaceContent(AskVolume(
             host::ZString("$$$/Desk/Project/Reloading=Reloading Project"), "reload", path,
-            [file = document->GetFile().mPath] { return ReadProjectFile(*GetServices().mFileSystem, file); }));
+            [content = document->ShareContent(), file = document->GetFile().mPath] {
+                return ReadAnew(*GetServices().mFileSystem, file, *content);
+            }));
         return true;
     } catch (const host::FileException& exception) {
         if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotReloaded(path, ReasonOf(exception));

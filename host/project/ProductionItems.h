@@ -55,8 +55,10 @@ ZUHOST_API UTF16String MakeUniqueFilename(const UTF16String& path, int startNumb
                                           const UTF16String& separator, const UTF16StringVec& namesToAvoid);
 
 /// Copies what is in the folder `from` into the folder `to`, which exists and is empty, and gives `to` the
-/// times and permissions of `from`; otherwise as `FileUtils::Copy` of folders. A failure removes what was
-/// copied, and the folder `to` with it. Throws with ENOTEMPTY, and changes nothing, when something is in `to`.
+/// times and permissions of `from`; otherwise as `FileUtils::Copy` of folders. `to` stays empty until the copy
+/// is complete, and gets it in one step. A failure removes what was copied, and the folder `to` with it, unless
+/// the volume does not tell whether the copy stands there. Throws with ENOTEMPTY, and changes nothing, when
+/// something is in `to`.
 ZUHOST_API void CopyDirectoryTree(const UTF16String& from, const UTF16String& to);
 
 }  // namespace Utilities

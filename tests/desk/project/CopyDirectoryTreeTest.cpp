@@ -75,7 +75,7 @@ TEST_F(CopyDirectoryTreeTest, WhateverStepFailsTheCopyIsWholeOrNothingShows) {
                 EXPECT_TRUE(!isThere || error == 0 || lies == NamesForLong) << "it is known";
                 if (mDisk.Count(Operation::Any) < step) break;
                 if (lies != None) continue;
-                EXPECT_EQ(NamesIn(), isThere ? (Names{"From", "To"}) : Names{"From"});
+                EXPECT_EQ(NamesIn(), isThere ? (::Names{"From", "To"}) : ::Names{"From"});
             }
 }
 

@@ -33,7 +33,7 @@ TEST_F(LeftoversTest, TemporariesTellWhatTheyBelongToAndWhoMadeThem) {
     EXPECT_EQ(parsed->mPurpose, TemporaryPurpose::Save);
     EXPECT_TRUE(parsed->IsFor("Reel 1.zuproj"));
     EXPECT_FALSE(parsed->IsFor("Reel 2.zuproj"));
-    EXPECT_TRUE(AreOfOneProcess(parsed->mOwner, owner));
+    EXPECT_TRUE(parsed->mOwner.IsGone(mDesktop));
     EXPECT_EQ(desk::ParseTargetedTemporary(CopyTo("x"))->mPurpose, TemporaryPurpose::FolderCopy);
 
     std::string upper = name;
