@@ -49,7 +49,7 @@ public:
 
     void Run(WorkProgress& progress) {
         progress.SetItem(host::UTF8to16(NameOf(mFrom)));
-        if (!IsEmpty()) ThrowFileException("copy to", mTo, ENOTEMPTY);
+        ThrowUnlessEmpty();
         try {
             Disk().CreateFolder(mMark, 0700);
             CopyItem(mFrom, mCopy, progress);
@@ -65,6 +65,16 @@ public:
 private:
     std::string Beside(const std::string& name) const { return JoinPath<std::string>(FolderOf(mTo), name); }
     bool IsEmpty() const { return Disk().ListFolder(mTo).empty(); }
+
+    void ThrowUnlessEmpty() const {
+        try {
+            if (IsEmpty()) return;
+        } catch (const host::FileException&) {
+            TryTo([this] { RemoveEmptyFolder(mTo); });
+            throw;
+        }
+        ThrowFileException("copy to", mTo, ENOTEMPTY);
+    }
 
     void PutInPlace() {
         mMayBeInPlace = true;

@@ -70,7 +70,9 @@ public:
     std::int64_t Time(QLatin1String key) {
         const QString text = Text(key, kLongestID);
         const QDateTime time = QDateTime::fromString(text, Qt::ISODate);
-        Require(time.isValid() && text.endsWith(u'Z'));
+        // "9999-12-31T24:00:00Z" is a time of a year that has no such text.
+        const int year = time.toUTC().date().year();
+        Require(time.isValid() && text.endsWith(u'Z') && year >= 1 && year <= 9999);
         return time.toSecsSinceEpoch();
     }
 

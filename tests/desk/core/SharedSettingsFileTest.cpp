@@ -39,7 +39,7 @@ TEST_F(SharedSettingsFileTest, WhatCannotBeUsedIsKeptAside) {
 
     mFolder.Write("settings", "broken");
     mDisk.Deny(mFolder.Path());
-    ExpectLogged denied("rename");
+    ExpectLogged denied("Permission denied");
     EXPECT_FALSE(file.SetAside("it is broken"));
     mDisk.Allow(mFolder.Path());
     EXPECT_EQ(mFolder.Read("settings"), "broken");
