@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <mutex>
 #include <set>
+#include <tuple>
 
 #include "desk/core/Desktop.h"
 #include "desk/core/FileURI.h"
@@ -143,7 +144,8 @@ std::vector<KeptTextFile> List(const std::string& folder) {
         if (name.ends_with(kExtension))
             if (std::optional<KeptTextFile> file = ReadFile(folder + '/' + name))
                 files.push_back(*std::move(file));
-    std::ranges::sort(files, {}, [](const KeptTextFile& file) { return file.mText.mTime; });
+    std::ranges::sort(files, {},
+                      [](const KeptTextFile& file) { return std::tie(file.mText.mTime, file.mText.mProject); });
     return files;
 }
 
