@@ -7,6 +7,9 @@
 
 namespace bench {
 
+/// The rows that show in a tree with more of them than fit into view.
+int CountShownRows(const QTreeView& view);
+
 /// The size of the window that the panel is shown in.
 inline constexpr QSize kWindowSize{1200, 700};
 
@@ -21,6 +24,11 @@ public:
     /// Begins to show `folder` in place of what was shown. Returns at once.
     virtual void Open(const std::string& folder) = 0;
     virtual void Close() = 0;
+    /// What there is to do so that `OpenWithFolders` shows `folder` with all folders in it open, `rows` rows;
+    /// does not count in a measurement.
+    virtual void PrepareFolders(const std::string& folder, int rows) = 0;
+    /// Begins to show `folder` with all folders in it open, in place of what was shown. Returns at once.
+    virtual void OpenWithFolders(const std::string& folder) = 0;
     virtual QTreeView& GetView() = 0;
     /// The header's section of the sizes.
     virtual int GetSizeSection() const = 0;

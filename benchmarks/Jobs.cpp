@@ -11,6 +11,7 @@
 #include "benchmarks/EventLoopProbe.h"
 #include "benchmarks/HeapMeter.h"
 #include "benchmarks/SampleFolder.h"
+#include "benchmarks/SampleTree.h"
 #include "benchmarks/slow_volume/VolumeMount.h"
 
 namespace bench {
@@ -23,34 +24,44 @@ constexpr int kManyProjects = 10'000;
 constexpr int kSlowProjects = 2'000;
 constexpr int kSlowDelay = 10;
 
-/// A sample folder that is made when it is first used, and shared by jobs.
-class LazyFolder {
+/// A sample that is made when it is first used, and shared by jobs.
+template <class Sample>
+class Lazy {
 public:
-    explicit LazyFolder(int projects) : mProjects(projects) {}
-    SampleFolder& operator*() {
-        if (!mFolder) mFolder = std::make_unique<SampleFolder>(mProjects);
-        return *mFolder;
+    explicit Lazy(std::function<std::unique_ptr<Sample>()> make) : mMake(std::move(make)) {}
+    Sample& operator*() {
+        if (!mSample) mSample = mMake();
+        return *mSample;
     }
 
 private:
-    int mProjects;
-    std::unique_ptr<SampleFolder> mFolder;
+    std::function<std::unique_ptr<Sample>()> mMake;
+    std::unique_ptr<Sample> mSample;
 };
 
+using LazyFolder = Lazy<SampleFolder>;
 using SharedFolder = std::shared_ptr<LazyFolder>;
+
+template <class Sample, class... Arguments>
+std::shared_ptr<Lazy<Sample>> MakeLazy(Arguments... arguments) {
+    return std::make_shared<Lazy<Sample>>([=] { return std::make_unique<Sample>(arguments...); });
+}
 
 int CountRows(const QTreeView& view) {
     return view.model() ? view.model()->rowCount(view.rootIndex()) : 0;
 }
 
 /// The item's name in a row, without suffix and without what is said about its state.
-QString RowName(const QTreeView& view, int row) {
-    const QModelIndex index = view.model()->index(row, 0, view.rootIndex());
+QString RowName(const QModelIndex& index) {
     QString text = index.data(Qt::DisplayRole).toString();
     if (text.isEmpty()) text = index.data(Qt::AccessibleTextRole).toString();
     text = text.section(QLatin1Char(','), 0, 0);
     if (text.endsWith(QLatin1String(".zuproj"))) text.chop(7);
     return text;
+}
+
+QString RowName(const QTreeView& view, int row) {
+    return RowName(view.model()->index(row, 0, view.rootIndex()));
 }
 
 /// True when the view has the rows of `projects` in order, told from a few of them.
@@ -65,6 +76,20 @@ bool ShowsAll(const QTreeView& view, int projects) {
 void CheckOrder(const QTreeView& view, int projects) {
     for (int row = 0; row < projects; ++row) {
         if (RowName(view, row) != SampleFolder::NameAt(row)) throw std::runtime_error("rows are out of order");
+    }
+}
+
+/// All folders are open, and what is in them is in order.
+void CheckFolders(const QTreeView& view, const QModelIndex& folder) {
+    const QAbstractItemModel& model = *view.model();
+    int last = 0;
+    for (int row = 0; row < model.rowCount(folder); ++row) {
+        const QModelIndex index = model.index(row, 0, folder);
+        const int number = RowName(index).section(QLatin1Char(' '), -1).toInt();
+        if (number != ++last) throw std::runtime_error("rows are missing or out of order");
+        if (!model.hasChildren(index)) continue;
+        if (!view.isExpanded(index)) throw std::runtime_error("a folder is not open");
+        CheckFolders(view, index);
     }
 }
 
@@ -95,15 +120,49 @@ std::vector<double> MeasureOpeningMany(BenchedTree& tree, LazyFolder& folder) {
     return values;
 }
 
+/// A folder seen through a volume on which every operation takes long.
+class SlowVolume {
+public:
+    explicit SlowVolume(const std::string& folder)
+        : mMount(QCoreApplication::applicationDirPath() + QStringLiteral("/slow-volume"), folder,
+                 {QStringLiteral("--delay-ms"), QString::number(kSlowDelay)}) {
+        if (!mMount.IsMounted())
+            throw std::runtime_error("could not mount the slow volume: " + mMount.ErrorText());
+    }
+    std::string Path() const { return mMount.Path(); }
+
+private:
+    slowvolume::VolumeMount mMount;
+};
+
 std::vector<double> MeasureOpeningSlow(BenchedTree& tree, LazyFolder& folder) {
-    slowvolume::VolumeMount volume(QCoreApplication::applicationDirPath() + QStringLiteral("/slow-volume"),
-                                   (*folder).Path(),
-                                   {QStringLiteral("--delay-ms"), QString::number(kSlowDelay)});
-    if (!volume.IsMounted()) throw std::runtime_error("could not mount the slow volume: " + volume.ErrorText());
+    const SlowVolume volume((*folder).Path());
     auto values = MeasureOpening(tree, volume.Path(), kSlowProjects, 300s);
     tree.Close();
     BenchApplication::Instance().RunFor(500ms);
     return values;
+}
+
+/// Opens a tree of folders, all of them open; time to the paint of all rows and longest gap meanwhile.
+std::vector<double> MeasureRestoring(BenchedTree& tree, const std::string& folder, const SampleTree& sample,
+                                     std::chrono::seconds timeout) {
+    auto& application = BenchApplication::Instance();
+    const int rows = sample.CountFolders() + sample.CountProjects();
+    tree.Prepare();
+    tree.PrepareFolders(folder, rows);
+    application.RunFor(200ms);
+    QTreeView& view = tree.GetView();
+    EventLoopProbe probe;
+    probe.Start();
+    const auto start = Clock::now();
+    tree.OpenWithFolders(folder);
+    const auto isDone = [&](const QRegion&) { return CountShownRows(view) == rows; };
+    const auto end = application.RunUntilPainted(*view.viewport(), isDone, timeout, "all rows");
+    const double gap = probe.Stop(end);
+    CheckFolders(view, view.rootIndex());
+    tree.Close();
+    application.RunFor(500ms);
+    return {Milliseconds(start, end), gap};
 }
 
 void OpenAndSettle(BenchedTree& tree, const SampleFolder& folder) {
@@ -252,8 +311,10 @@ std::vector<double> MeasureSearching(BenchedTree& tree, LazyFolder& folder) {
 }  // namespace
 
 std::vector<Job> MakeJobs() {
-    const auto many = std::make_shared<LazyFolder>(kManyProjects);
-    const auto slow = std::make_shared<LazyFolder>(kSlowProjects);
+    const auto many = MakeLazy<SampleFolder>(kManyProjects);
+    const auto slow = MakeLazy<SampleFolder>(kSlowProjects);
+    const auto manyFolders = MakeLazy<SampleTree>(QList<int>{10, 10, 10}, 100'000);
+    const auto slowFolders = MakeLazy<SampleTree>(QList<int>{1, 10, 12}, kSlowProjects);
     const auto with = [](std::vector<double> (*run)(BenchedTree&, LazyFolder&), SharedFolder folder) {
         return [run, folder](BenchedTree& tree) { return run(tree, *folder); };
     };
@@ -281,6 +342,28 @@ std::vector<Job> MakeJobs() {
                      {"longest event-loop gap meanwhile", "ms", {}, 50}},
                     3,
                     with(MeasureOpeningSlow, slow)});
+    jobs.push_back(
+        {"restore",
+         {{"1,110 open folders with 100,000 projects, from opening to first paint with all rows there",
+           "ms",
+           0.25,
+           {}},
+          {"longest event-loop gap meanwhile", "ms", 0.4, {}}},
+         5,
+         [manyFolders](BenchedTree& tree) {
+             return MeasureRestoring(tree, (**manyFolders).Path(), **manyFolders, 120s);
+         }});
+    jobs.push_back({"restore-slow",
+                    {{"10 ms per operation, 131 open folders with 2,000 projects: from opening to painted",
+                      "ms",
+                      0.03,
+                      {}},
+                     {"longest event-loop gap meanwhile", "ms", {}, 50}},
+                    3,
+                    [slowFolders](BenchedTree& tree) {
+                        const SlowVolume volume((**slowFolders).Path());
+                        return MeasureRestoring(tree, volume.Path(), **slowFolders, 300s);
+                    }});
     jobs.push_back({"scroll",
                     {{"a page scrolled at 10,000 rows, painted", "ms", {}, 16.7},
                      {"the longest of 100 such frames", "ms", {}, {}}},

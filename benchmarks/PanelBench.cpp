@@ -1,5 +1,8 @@
 #include "benchmarks/PanelBench.h"
 
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <functional>
 #include <stdexcept>
 
 #include "benchmarks/BenchApplication.h"
@@ -94,6 +97,31 @@ void PanelBench::Open(const std::string& folder) {
 void PanelBench::Close() {
     Send(desk::kCommandCloseProduction);
     BenchApplication::Instance().RunFor(std::chrono::milliseconds(50));
+}
+
+/// As a user does it: what was open when the production was closed is open again when it is opened.
+void PanelBench::PrepareFolders(const std::string& folder, int rows) {
+    auto& application = BenchApplication::Instance();
+    Open(folder);
+    const auto waitFor = [&](const std::function<bool()>& isDone) {
+        for (int i = 0; i < 6000 && !isDone(); ++i) application.RunFor(std::chrono::milliseconds(50));
+    };
+    waitFor([&] { return mView->model()->rowCount() > 0; });
+    const int topLevelRows = mView->model()->rowCount();
+    for (int row = 0; row < topLevelRows && CountShownRows(*mView) < rows; ++row) {
+        const QModelIndex index = mView->model()->index(row, 0);
+        mView->setCurrentIndex(index);
+        QKeyEvent star(QEvent::KeyPress, Qt::Key_Asterisk, Qt::NoModifier, QStringLiteral("*"));
+        QCoreApplication::sendEvent(mView, &star);
+        // A second one would do nothing while the first goes on.
+        const int expected = CountShownRows(*mView) + (rows - topLevelRows) / topLevelRows;
+        waitFor([&] { return CountShownRows(*mView) >= expected - 1; });
+        application.RunFor(std::chrono::milliseconds(100));
+    }
+    waitFor([&] { return CountShownRows(*mView) == rows; });
+    application.RunFor(std::chrono::milliseconds(500));
+    Close();
+    application.RunFor(std::chrono::milliseconds(2000));
 }
 
 void PanelBench::Zoom(int steps) {

@@ -18,6 +18,8 @@ public:
 
     void Open(const std::string& folder) override;
     void Close() override;
+    void PrepareFolders(const std::string& folder, int rows) override;
+    void OpenWithFolders(const std::string& folder) override { Open(folder); }
     QTreeView& GetView() override { return *mView; }
     int GetSizeSection() const override { return 4; }
     void Zoom(int steps) override;

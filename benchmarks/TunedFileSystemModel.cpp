@@ -60,6 +60,19 @@ void TunedFileSystemModel::Open(const std::string& folder) {
     mView->setRootIndex(mModel->setRootPath(QString::fromStdString(folder)));
 }
 
+/// Each folder is opened when the one that holds it has been listed.
+void TunedFileSystemModel::OpenWithFolders(const std::string& folder) {
+    QObject::connect(mModel.get(), &QFileSystemModel::directoryLoaded, mModel.get(),
+                     [this](const QString& path) {
+                         const QModelIndex listed = mModel->index(path);
+                         for (int row = 0; row < mModel->rowCount(listed); ++row) {
+                             const QModelIndex index = mModel->index(row, 0, listed);
+                             if (mModel->isDir(index)) mView->expand(index);
+                         }
+                     });
+    Open(folder);
+}
+
 void TunedFileSystemModel::Close() {
     mWindow.setCurrentWidget(mView);
     mView->setModel(nullptr);

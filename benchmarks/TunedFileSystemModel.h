@@ -34,6 +34,8 @@ public:
     void Prepare() override;
     void Open(const std::string& folder) override;
     void Close() override;
+    void PrepareFolders(const std::string&, int) override {}
+    void OpenWithFolders(const std::string& folder) override;
     QTreeView& GetView() override { return *mView; }
     int GetSizeSection() const override { return 1; }
     void Zoom(int steps) override;

@@ -46,6 +46,7 @@ void SharedProjectsDirectoryView::SetupTree() {
     UI_MultiColumnTree& tree = *GetTree();
     tree.SetRowVisibilityChangedCallback(Utils::BindCallback(this, &View::OnRowVisibilityChanged, mLifetime));
     tree.SetCellSortDataFunction(Utils::BindCallback(this, &View::GetCellSortDataAsString, mLifetime));
+    tree.SetRowDisclosureChangedCallback(Utils::BindCallback(this, &View::OnRowDisclosureChanged, mLifetime));
     tree.SetColumnMovedCallback(Utils::BindCallback(this, &View::OnColumnMoved, mLifetime));
     tree.SetColumnResizedCallback(Utils::BindCallback(this, &View::OnColumnResized, mLifetime));
     tree.SetCellAccessibleTextFunction(Utils::BindCallback(this, &View::GetCellAccessibleText, mLifetime));
@@ -150,7 +151,11 @@ void SharedProjectsDirectoryView::AddRowToMaps(const RowRef& row, const Director
     row->SetBackgroundColorID(kRowBackgroundColorID);
     MediaBrowserDirectoryView::AddRowToMaps(row, data);
     UTF16String path = GetRowPath(row.get());
-    if (!IsProject(path)) return;
+    if (!IsProject(path)) {
+        // Nobody knows what is in it before it has been listed, and an empty one can be opened too.
+        GetTree()->SetRowHasCustomChild(row.get(), true);
+        return;
+    }
     const auto entry = mRowToMetadata.insert_or_assign(
         mRowToMetadata.end(), row, MetadataRequest{Columns::FileMetadata(std::move(path)), false});
     // The row is sorted when it is laid out; nothing else needs to be.
@@ -161,7 +166,8 @@ void SharedProjectsDirectoryView::AddRowToMaps(const RowRef& row, const Director
 }
 
 void SharedProjectsDirectoryView::RemoveRowFromMaps(const RowRef& row) {
-    mRowToMetadata.erase(row);
+    if (mRowToMetadata.erase(row) == 0 && !mFolderOpener.IsIdle())
+        mFolderOpener.OnFolderRemoved(GetRowPath(row.get()));
     MediaBrowserDirectoryView::RemoveRowFromMaps(row);
 }
 
@@ -256,17 +262,32 @@ void SharedProjectsDirectoryView::ListenToMessage(const Message& message) {
 }
 
 void SharedProjectsDirectoryView::OnZuProductionOpened(const UTF16String& path) {
-    OnZuProductionClosed({});
-    if (const auto tabView = mTabView.lock()) tabView->SetDeferredRenameRowPath(path);
+    const auto tabView = mTabView.lock();
+    if (tabView) tabView->SetDeferredRenameRowPath(path);
+    // Opened once more, the production that shows is only asked for its content.
+    if (!mMonitoredRoot.empty() && mMonitoredRoot == SharedProjectsHandler::GetRootDirectory())
+        return RequestRootContent();
+    LeaveRoot();
+    ShowRoot(SharedProjectsHandler::GetRootDirectory());
+    if (tabView) tabView->OnTreeChanged();
 }
 
 void SharedProjectsDirectoryView::OnZuProductionClosed(const UTF16String&) {
-    mPendingDirectoryChanges.clear();
-    mAwaitedPaths.clear();
-    mSelectionAfterRemoval = {};
-    RemoveAllRows();
+    LeaveRoot();
     ShowRoot(SharedProjectsHandler::GetRootDirectory());
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
+}
+
+void SharedProjectsDirectoryView::LeaveRoot() {
+    mFolderOpener.Stop();
+    mPendingState.reset();
+    mRestoredState.reset();
+    mPendingDirectoryChanges.clear();
+    mAwaitedPaths.clear();
+    mFoldersToOpen.clear();
+    mSelectionAfterRemoval = {};
+    mIsRootListed = false;
+    RemoveAllRows();
 }
 
 void SharedProjectsDirectoryView::OnProjectOpened(const ProjectRef& project) {

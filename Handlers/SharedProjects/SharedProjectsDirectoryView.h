@@ -5,6 +5,7 @@
 #include <set>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
+#include "Handlers/SharedProjects/SharedProjectsFolderOpener.h"
 #include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
 #include "host/core/MainThread.h"
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
@@ -75,8 +76,21 @@ public:
     UTF16StringVec GetSelectedNonRedundantPaths() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
-    /// The view as it is now.
+    /// The view as it is now; while a state is being put back, that state.
     StateData GetCurrentStateData() const;
+    /// Puts a state back: the columns at once, then open folders, selection and scroll position as the contents
+    /// come, with `waitForRoot` beginning when the production's own has come. What is not there any more is
+    /// passed over. While another such job runs, or the production cannot be listed, the state waits. Once the
+    /// user has selected something meanwhile, selection and scroll position are left alone.
+    void UpdateFromStateData(const StateData& state, bool waitForRoot);
+
+    /// Opens all folders below the row, listed or not yet; with `waitForOwnContent` after the row's own content
+    /// has come, if that is to come. Nothing happens while folders are being opened.
+    void OpenSubTree(const RowRef& row, bool waitForOwnContent);
+    /// Closes the row and all folders below it, the deepest first, and ends the opening of folders.
+    void CloseSubTree(const RowRef& row);
+    const FolderOpener& GetFolderOpener() const { return mFolderOpener; }
+
     /// Selects items that are being made, and scrolls to them, as soon as they have rows; a closed folder that
     /// they are in is opened. They become the selection in place of the present one; once the user has selected
     /// something else, those that are still to come are left alone. A newer call drops an older one.
@@ -105,6 +119,7 @@ protected:
     void OnRowSelectionChanged(const RowVec& rows) override;
     void OnRowOpenStateChanged(const RowRef& row, bool open) override;
     void ResizeColumns() override;
+    bool UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event) override;
 
 private:
     struct MetadataRequest {
@@ -126,17 +141,26 @@ private:
     void MonitorRoot(const UTF16String& rootPath);
     void ShowRoot(const UTF16String& rootPath);
     void SetEmptyText(std::string_view key);
+    void LeaveRoot();
     UTF16StringVec GetDeepestOpenFolderPaths() const;
+    void Restore(const StateData& state, FolderOpener::Paths awaitedPaths);
+    void FinishRestoring(const RowVec& selectedBefore);
+    void SelectAndScrollTo(const StateData& state);
+    void StopOpening();
+    void CloseSubTreeRecursion(const RowRef& row);
+    void GoOnWithWhatWaits();
 
     MetadataRequest* FindMetadata(const RowRef& row);
     const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
     void UpdateMetadata(MetadataRequest& request, const RowRef& row);
     void UpdateMetadataForOpenSubtree(const RowRef& row);
+    void UpdateRowsFromContent(const RowRef& row, const UTF16String& directoryPath,
+                               const DirectoryContent& content, const ContentDelivery& delivery);
     void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
                          const ContentDelivery& delivery);
     void AddNameCellView(const RowRef& row);
-    void NoteFoldersAbove(const UTF16String& path);
-    void OpenNotedFolders();
+    void UpdateStaleMarks();
+    void OpenFoldersOfAwaitedItems();
     void SelectAwaitedRows();
     void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
     void ExecutePendingDirectoryChanges();
@@ -146,6 +170,7 @@ private:
     void OnColumnMoved(unsigned from, unsigned to);
     void OnColumnResized(unsigned column, float width);
     void OnRowVisibilityChanged(const RowRef& row);
+    void OnRowDisclosureChanged(const RowRef& row, bool opened);
     UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
     UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
 
@@ -162,17 +187,26 @@ private:
     std::set<UTF16String> mPendingDirectoryChanges;
     RefPtr<QueueOnlyOnce> mQueuedSort;
     bool mPauseUpdates = false;
+    FolderOpener mFolderOpener{*this};
+    /// What is to be put back when there is content and the opener is idle.
+    std::unique_ptr<StateData> mPendingState;
+    /// What is being put back.
+    std::unique_ptr<StateData> mRestoredState;
+    /// The column by which the rows in closed folders have been marked stale.
+    ColumnID mStaleMarksColumn = 0;
     /// Items that are to be selected when their rows come.
     UTF16StringVec mAwaitedPaths;
-    /// The folders above them whose rows have not come either, and are to be opened then: a folder before those
-    /// in it.
+    /// The folders that hold them, until they have been opened.
     std::set<UTF16String> mFoldersToOpen;
+    bool mWereFoldersTried = false;
     /// Those of the items that have come, and the selection as it must be when more come.
     RowVec mArrivedRows;
     RowVec mSelectionBeforeArrival;
     SelectionAfterRemoval mSelectionAfterRemoval;
     /// The folder that the change monitor watches for this view; empty when none.
     UTF16String mMonitoredRoot;
+    /// The production's folder has been listed.
+    bool mIsRootListed = false;
     /// Lives as long as the view may be called back.
     std::shared_ptr<const void> mLifetime = std::make_shared<char>();
 };

@@ -48,27 +48,36 @@ void SharedProjectsDirectoryView::RefreshDirectoryContent(const RowRef& row) {
 void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath,
                                                         const DirectoryContent& content,
                                                         const ContentDelivery& delivery) {
-    if (!PathUtils::ExistsOnDisk(directoryPath, true)) return;
+    if (delivery.mSystemError == 0 && PathUtils::ExistsOnDisk(directoryPath, true))
+        UpdateRowsFromContent(row, directoryPath, content, delivery);
+    mFolderOpener.OnContentUpdated(directoryPath, delivery.mIsLast);
+    const auto tabView = mTabView.lock();
+    if (tabView && tabView->IsCreated()) GoOnWithWhatWaits();
+}
+
+void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const UTF16String& directoryPath,
+                                                        const DirectoryContent& content,
+                                                        const ContentDelivery& delivery) {
     ContentDelivery rowDelivery = delivery;
     const std::set<UTF16String> paths = FilterContent(content, rowDelivery);
     RemoveRowsOfOtherKind(row, paths);
     const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
     InsertDirectoryContent(row, paths, rowDelivery, SharedProjectsHandler::GetRootDirectory());
-    if (row && paths.empty() && !row->HasChild()) GetTree()->SetRowHasCustomChild(row.get(), true);
     // Rows that have just been made are up to date.
     const bool areAllNew = GetTree()->GetChildRowsOf(row.get()).size() == countBefore + paths.size();
     if (!areAllNew) UpdateChildRows(row, paths, delivery);
     // New rows count, and can be selected, from here on.
     GetTree()->LayoutAfterAppendRow(row.get());
-    if (!row && delivery.mExtent != ContentDelivery::Extent::Part)
+    if (!row && delivery.mIsLast) {
+        mIsRootListed = true;
         SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/ProductionIsEmpty=This production is empty");
+    }
     const auto tabView = mTabView.lock();
     if (!tabView || !tabView->IsCreated()) return;
     tabView->OnTreeChanged();
     SelectDeferredRenameRow(directoryPath, delivery);
     mSelectionAfterRemoval.OnRowsRemoved(
         *GetTree(), [this](const RowRef& child) { return !GetRowPath(child.get()).empty(); });
-    SelectAwaitedRows();
 }
 
 void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
@@ -91,9 +100,9 @@ void SharedProjectsDirectoryView::SelectDeferredRenameRow(const UTF16String& dir
     if (path.empty()) return;
     const RowRef row = GetRowFromPath(path);
     if (row) GetTree()->SelectRow(row.get(), true, true, true);
-    // Only a delivery that tells all of its folder says anything of an item that it does not name.
-    const bool isMissing = delivery.mExtent == ContentDelivery::Extent::Whole &&
-                           PathUtils::AddTrailingSlash(directoryPath) == PathUtils::GetFullDirectoryPart(path);
+    // When all of its folder has been told and it was not there, it will not come.
+    const bool isMissing =
+        delivery.mIsLast && PathUtils::AddTrailingSlash(directoryPath) == PathUtils::GetFullDirectoryPart(path);
     if (row || isMissing) tabView->SetDeferredRenameRowPath({});
 }
 
@@ -132,6 +141,7 @@ void SharedProjectsDirectoryView::ExecutePendingDirectoryChanges() {
 }
 
 void SharedProjectsDirectoryView::UpdateOpenRows() {
+    UpdateStaleMarks();
     for (const RowRef& row : GetTree()->GetOpenedRows()) UpdateRow(row, true);
 }
 

@@ -29,32 +29,37 @@ void SharedProjectsDirectoryView::SelectWhenShown(const UTF16StringVec& paths) {
     mArrivedRows.clear();
     mSelectionBeforeArrival = GetTree()->GetSelectedRows();
     mFoldersToOpen.clear();
-    for (const UTF16String& path : paths) NoteFoldersAbove(path);
+    for (const UTF16String& path : paths)
+        mFoldersToOpen.insert(
+            PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(PathUtils::ToNormalizedPath(path))));
+    mWereFoldersTried = false;
     SelectAwaitedRows();
 }
 
-void SharedProjectsDirectoryView::NoteFoldersAbove(const UTF16String& path) {
-    const UTF16String root = PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
-    const auto folderOf = [](const UTF16String& item) {
-        return PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(item));
-    };
-    for (UTF16String folder = folderOf(PathUtils::ToNormalizedPath(path)); folder.size() > root.size();
-         folder = folderOf(folder))
-        if (!mFoldersToOpen.insert(folder).second) return;
-}
-
-void SharedProjectsDirectoryView::OpenNotedFolders() {
-    std::erase_if(mFoldersToOpen, [this](const UTF16String& folder) {
-        const RowRef row = GetRowFromPath(folder);
-        if (row && !row->IsOpen()) GetTree()->OpenRow(row.get());
-        return row != nullptr;
+/// At first all, for the folders above them may be closed; then those whose rows have come since. Each is
+/// opened once: the user may close it again.
+void SharedProjectsDirectoryView::OpenFoldersOfAwaitedItems() {
+    if (!mFolderOpener.IsIdle()) return;
+    UTF16StringVec folders;
+    for (const UTF16String& folder : mFoldersToOpen)
+        if (!mWereFoldersTried || GetRowFromPath(folder)) folders.push_back(folder);
+    if (folders.empty()) return;
+    mWereFoldersTried = true;
+    mFolderOpener.OpenFolders(std::move(folders), {}, [this] {
+        std::erase_if(mFoldersToOpen,
+                      [this](const UTF16String& path) { return GetRowFromPath(path) != nullptr; });
+        GoOnWithWhatWaits();
     });
 }
 
 void SharedProjectsDirectoryView::SelectAwaitedRows() {
     if (mAwaitedPaths.empty()) return;
-    if (GetTree()->GetSelectedRows() != mSelectionBeforeArrival) return mAwaitedPaths.clear();
-    OpenNotedFolders();
+    if (GetTree()->GetSelectedRows() != mSelectionBeforeArrival) {
+        mAwaitedPaths.clear();
+        mFoldersToOpen.clear();
+        return;
+    }
+    OpenFoldersOfAwaitedItems();
     const std::size_t countBefore = mArrivedRows.size();
     std::erase_if(mAwaitedPaths, [this](const UTF16String& path) {
         const RowRef row = GetRowFromPath(path);
@@ -135,10 +140,15 @@ bool SharedProjectsDirectoryView::ColumnSortStringIsLess(const UTF16String& a, c
 }
 
 void SharedProjectsDirectoryView::OnSortChanged(ColumnID, bool) {
-    // Rows in closed folders need the new column's fact when they come to be seen.
+    UpdateOpenRows();
+}
+
+/// Rows in closed folders need the sort column's fact when they come to be seen, whoever has chosen the column.
+void SharedProjectsDirectoryView::UpdateStaleMarks() {
+    const ColumnID column = mHeaderRow->GetSortColumn();
+    if (std::exchange(mStaleMarksColumn, column) == column) return;
     for (auto& [row, request] : mRowToMetadata)
         if (!IsRowExposed(row)) request.mIsStale = true;
-    UpdateOpenRows();
 }
 
 void SharedProjectsDirectoryView::OnColumnMoved(unsigned, unsigned) {

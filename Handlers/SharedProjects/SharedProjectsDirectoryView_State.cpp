@@ -1,6 +1,9 @@
-// How the user has left the view, and how it is put back.
+// Opening folders with all below them, how the user has left the view, and how that is put back.
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/files/PathUtils.h"
+#include "host/toolkit/UI_KeyboardEvent.h"
 
 namespace HandlerSharedProjects {
 
@@ -26,13 +29,113 @@ UTF16StringVec SharedProjectsDirectoryView::GetDeepestOpenFolderPaths() const {
 
 SharedProjectsDirectoryView::StateData SharedProjectsDirectoryView::GetCurrentStateData() const {
     StateData state;
-    state.mOpenFolderPaths = GetDeepestOpenFolderPaths();
-    state.mSelectedRowPaths = GetSelectedPaths();
+    if (const StateData* unfinished = mPendingState ? mPendingState.get() : mRestoredState.get()) {
+        state = *unfinished;
+    } else {
+        state.mOpenFolderPaths = GetDeepestOpenFolderPaths();
+        state.mSelectedRowPaths = GetSelectedPaths();
+        state.mTopVisibleRowPath = GetRowPath(GetTree()->GetTopRow().get());
+    }
     const auto tabView = mTabView.lock();
     state.mHeaderRowData = Columns::GetHeaderRowData(
         mHeaderRow, tabView ? tabView->GetColumnIDToBaseWidthMap() : Columns::ColumnWidths());
-    state.mTopVisibleRowPath = GetRowPath(GetTree()->GetTopRow().get());
     return state;
+}
+
+void SharedProjectsDirectoryView::UpdateFromStateData(const StateData& state, bool waitForRoot) {
+    const auto tabView = mTabView.lock();
+    if (tabView && tabView->IsCreated()) {
+        Columns::SetUpHeaderRowFromData(mHeaderRow, state.mHeaderRowData, tabView->GetColumnWidthScale());
+        UpdateOpenRows();
+    }
+    const bool isRootAwaited = IsContentAwaited({});
+    if (!mFolderOpener.IsIdle() || (waitForRoot && !isRootAwaited && !mIsRootListed)) {
+        mPendingState = std::make_unique<StateData>(state);
+        return;
+    }
+    FolderOpener::Paths awaitedPaths;
+    if (waitForRoot && isRootAwaited)
+        awaitedPaths.insert(PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory()));
+    Restore(state, std::move(awaitedPaths));
+}
+
+void SharedProjectsDirectoryView::Restore(const StateData& state, FolderOpener::Paths awaitedPaths) {
+    mPendingState.reset();
+    mRestoredState = std::make_unique<StateData>(state);
+    mFolderOpener.OpenFolders(
+        state.mOpenFolderPaths, std::move(awaitedPaths),
+        [this, selectedBefore = GetTree()->GetSelectedRows()] { FinishRestoring(selectedBefore); });
+}
+
+void SharedProjectsDirectoryView::FinishRestoring(const RowVec& selectedBefore) {
+    const std::unique_ptr<const StateData> state = std::move(mRestoredState);
+    // The production could not be listed after all.
+    if (!mIsRootListed) {
+        mPendingState = std::make_unique<StateData>(*state);
+        return;
+    }
+    if (GetTree()->GetSelectedRows() == selectedBefore) SelectAndScrollTo(*state);
+    GoOnWithWhatWaits();
+}
+
+void SharedProjectsDirectoryView::SelectAndScrollTo(const StateData& state) {
+    SelectRowsByPaths(state.mSelectedRowPaths);
+    if (!state.mTopVisibleRowPath.empty())
+        GetTree()->ScrollRowToTop(GetRowFromPath(state.mTopVisibleRowPath).get());
+    else if (!state.mSelectedRowPaths.empty())
+        GetTree()->ScrollRowIntoView(GetRowFromPath(state.mSelectedRowPaths.front()).get(), false, 0, false);
+}
+
+/// What has waited for the opener, or for content, goes on.
+void SharedProjectsDirectoryView::GoOnWithWhatWaits() {
+    if (mPendingState && mIsRootListed && mFolderOpener.IsIdle()) Restore(StateData(*mPendingState), {});
+    SelectAwaitedRows();
+}
+
+void SharedProjectsDirectoryView::StopOpening() {
+    mFolderOpener.Stop();
+    mPendingState.reset();
+    mRestoredState.reset();
+}
+
+void SharedProjectsDirectoryView::OnRowDisclosureChanged(const RowRef& row, bool opened) {
+    const bool isDeep = (GetCurrentModKeys() & kModKey_Alt) != 0;
+    if (isDeep && opened)
+        OpenSubTree(row, true);
+    else if (isDeep)
+        CloseSubTree(row);
+    else if (!opened)
+        mFolderOpener.LeaveOut(GetRowPath(row.get()));
+}
+
+void SharedProjectsDirectoryView::OpenSubTree(const RowRef& row, bool waitForOwnContent) {
+    if (!row || (!row->HasCustomChild() && !row->HasChild())) return;
+    const UTF16String path = GetRowPath(row.get());
+    FolderOpener::Paths awaitedPaths;
+    if (waitForOwnContent && IsContentAwaited(row)) awaitedPaths.insert(path);
+    mFolderOpener.OpenAllFoldersInDirectory(path, std::move(awaitedPaths), [this] { GoOnWithWhatWaits(); });
+}
+
+void SharedProjectsDirectoryView::CloseSubTree(const RowRef& row) {
+    if (!row) return;
+    StopOpening();
+    // At once for all: each folder that closes would take its own out of the selection.
+    RowVec selected = GetTree()->GetSelectedRows();
+    if (std::erase_if(selected, [&](const RowRef& each) { return each->IsADescendent(*row); }) > 0)
+        GetTree()->SelectRows(selected);
+    CloseSubTreeRecursion(row);
+}
+
+void SharedProjectsDirectoryView::CloseSubTreeRecursion(const RowRef& row) {
+    for (const RowRef& child : row->GetChildRows()) CloseSubTreeRecursion(child);
+    if (row->IsOpen()) GetTree()->CloseRow(row.get());
+}
+
+bool SharedProjectsDirectoryView::UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event) {
+    if (event.GetCode() != kKey_Escape || mFolderOpener.IsIdle())
+        return MediaBrowserDirectoryView::UI_DoKeyboardEvent(node, event);
+    StopOpening();
+    return true;
 }
 
 }  // namespace HandlerSharedProjects

@@ -1,5 +1,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 
+#include <utility>
+
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "host/core/DebugDatabase.h"
 #include "host/core/Localizer.h"
@@ -22,6 +24,7 @@ constexpr int kMoveToTrashCommandID = 30325;
 /// The host's command for a user who closes the panel while no project is open.
 constexpr int kPanelClosedWithoutProjectsCommandID = 30392;
 constexpr double kPanelClosedCommandDelaySeconds = 0.25;
+constexpr double kFrameSeconds = 0.016;
 constexpr unsigned kSearchBoxCookie = 1397773154;
 constexpr int kSliderToolTipDelayMilliseconds = 400;
 
@@ -187,7 +190,7 @@ void SharedProjectsTabView::DestroySelf() {
 
 void SharedProjectsTabView::ListenToMessage(const Message& message) {
     if (MessageCast<MediaBrowserDirectoryViewRowDisclosureChanged>(message)) {
-        UpdateStackedDimensions(true);
+        OnTreeChanged();
     } else if (MessageCast<ValueChangedMessage>(message)) {
         OnEditTextValueChanged();
     } else if (MessageCast<DirectoryViewSelectionChangedMessage>(message)) {
@@ -247,9 +250,21 @@ void SharedProjectsTabView::OnSelectionChanged() {
 }
 
 void SharedProjectsTabView::OnTreeChanged() {
+    ForgetKnownSelection();
+    if (std::exchange(mIsTreeChangeQueued, true)) return;
+    AsyncCallFromMainThread(
+        [weakSelf = weak_from_this()] {
+            if (const auto self = weakSelf.lock()) self->FollowTreeChange();
+        },
+        kFrameSeconds);
+}
+
+void SharedProjectsTabView::FollowTreeChange() {
+    mIsTreeChangeQueued = false;
+    if (!IsCreated()) return;
     UpdateSelectionCount();
     UpdateStackedDimensions(true);
-    UpdateControlEnabledStatesLater();
+    UpdateControlEnabledStates();
 }
 
 const UTF16StringVec& SharedProjectsTabView::GetKnownSelection() const {

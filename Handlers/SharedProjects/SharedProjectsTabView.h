@@ -122,7 +122,7 @@ public:
     /// saved, while its rows are still there.
     void LeaveClosedProduction();
 
-    /// Rows have come, gone, been opened or closed.
+    /// Rows have come, gone, been opened or closed: what the panel shows of it follows once a frame at most.
     void OnTreeChanged();
     /// The selection of the tree that is shown has changed.
     void OnSelectionChanged();
@@ -178,6 +178,7 @@ private:
     const UTF16StringVec& GetKnownSelection() const;
     void ForgetKnownSelection();
     void UpdateControlEnabledStatesLater();
+    void FollowTreeChange();
 
     bool CanCreateItems() const;
     UTF16String GetTargetFolder() const;
@@ -252,6 +253,7 @@ private:
     mutable std::optional<UTF16StringVec> mKnownSelection;
     mutable std::optional<bool> mCanSelectionGoToTrash;
     RefPtr<QueueOnlyOnce> mQueuedControlUpdate;
+    bool mIsTreeChangeQueued = false;
     UTF16String mPreviousSearchText;
     /// The production whose rows and layout show; empty for none.
     UTF16String mShownProduction;

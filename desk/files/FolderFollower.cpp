@@ -99,7 +99,7 @@ void FolderFollower::ListenToMessage(const host::Message& message) {
 void FolderFollower::Receive(const FolderStore::Delivery& delivery) {
     const auto folder = mFolders.find(delivery.mFolder);
     if (folder == mFolders.end()) return;
-    if (delivery.mIsLast && folder->second.mState != State::Listed) FinishListing(folder);
+    if (delivery.mDelivery.mIsLast && folder->second.mState != State::Listed) FinishListing(folder);
     const auto names =
         folder->second.mHasNames ? nullptr : GetServices().mFolderStore->GetNames(delivery.mFolder);
     folder->second.mHasNames |= names != nullptr;

@@ -172,7 +172,12 @@ void FolderListing::CompleteNames() {
     Try([this] {
         std::erase_if(mFound, [](const Found& found) { return !found.mIsKept; });
         if (IsVolumeGone()) throw host::FileException("list folder", mRequest.mFolder->mText, ENODEV);
-        if (mRequest.mIsContentWanted) BuildContents();
+        if (mRequest.mIsContentWanted) {
+            std::vector<std::u16string_view> names;
+            names.reserve(mFound.size());
+            for (const Found& found : mFound) names.push_back(found.mName);
+            mResult.mContents = MakeContents(*mRequest.mFolder, names);
+        }
         ChooseKnown();
         if (mToRead.empty()) return Complete();
         PostFirst();
@@ -238,21 +243,28 @@ void FolderListing::BuildItems() {
     for (Found& found : mFound) mResult.mItems->Add(found.mName).mFacts = std::move(found.mFacts);
 }
 
-/// Sorted, so that parts come in the order in which they show.
-void FolderListing::BuildContents() {
+FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder, const FolderItems& items) {
     std::vector<std::u16string_view> names;
-    names.reserve(mFound.size());
-    for (const Found& found : mFound) names.push_back(found.mName);
+    names.reserve(items.Count());
+    for (const FolderItems::Item& item : items.Get()) names.push_back(items.NameOf(item));
+    return MakeContents(folder, names);
+}
+
+/// Sorted, so that parts come in the order in which they show.
+FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder,
+                                                    const std::vector<std::u16string_view>& names) {
+    Contents contents;
     const std::vector<std::uint32_t> order = OrderAsShown(names);
     std::size_t begin = 0;
     std::size_t end = order.size() > kLongestWhole ? kFirstPartSize : order.size();
     do {
         host::DirectoryContent content;
         content.reserve(end - begin);
-        for (; begin < end; ++begin) content.push_back(MakeProperties(*mRequest.mFolder, names[order[begin]]));
-        mResult.mContents.push_back(ShareContent(std::move(content)));
+        for (; begin < end; ++begin) content.push_back(MakeProperties(folder, names[order[begin]]));
+        contents.push_back(ShareContent(std::move(content)));
         end = std::min(end + kPartSize, order.size());
     } while (begin < order.size());
+    return contents;
 }
 
 /// What differs from what was known.

@@ -37,11 +37,13 @@ public:
     static constexpr std::size_t kFirstPartSize = 1000;
     static constexpr std::size_t kPartSize = 3000;
 
+    using Contents = std::vector<std::shared_ptr<const host::DirectoryContent>>;
+
     struct Request {
         std::shared_ptr<const FolderPath> mFolder;
         /// What is known of the folder; null the first time.
         std::shared_ptr<const FolderItems> mKnown;
-        /// The whole content is wanted, not only what has changed.
+        /// The whole content is wanted.
         bool mIsContentWanted = false;
         /// A monitored root, where a volume may be mounted.
         bool mIsRoot = false;
@@ -66,7 +68,7 @@ public:
         /// The first time.
         std::shared_ptr<FolderItems> mItems;
         /// The whole content, if it was wanted.
-        std::vector<std::shared_ptr<const host::DirectoryContent>> mContents;
+        Contents mContents;
         /// What has changed since.
         std::vector<ItemUpdate> mUpdates;
         std::chrono::milliseconds mDuration{0};
@@ -75,6 +77,9 @@ public:
 
     /// Lists the folder; `completion` is called on the UI thread, once or twice. On a worker.
     static void Run(Request request, Completion completion);
+
+    /// The content of a folder, sorted, in one piece or in parts. Any thread.
+    static Contents MakeContents(const FolderPath& folder, const FolderItems& items);
 
     FolderListing(Request request, Completion completion);
 
@@ -103,7 +108,7 @@ private:
     void DropStamps();
     bool IsVolumeGone();
     void BuildItems();
-    void BuildContents();
+    static Contents MakeContents(const FolderPath& folder, const std::vector<std::u16string_view>& names);
     std::vector<ItemUpdate> Compare() const;
     void Fail(int systemError, std::string text);
     static void Post(Completion completion, Result&& result, std::chrono::steady_clock::time_point begin);

@@ -38,6 +38,15 @@ void FolderStoreImpl::RequestListing(const host::UTF16String& path, Receiver rec
     subscriber.mWantsContent = true;
     subscriber.mIsOnDemand = false;
     subscriber.mIsWaiting = true;
+    subscriber.mAsksAgain = subscriber.mHasContent || subscriber.mIsBeingServed;
+    StartNext(folder);
+}
+
+void FolderStoreImpl::RequestListingAhead(const host::UTF16String& path, Receiver receiver, const void* owner) {
+    FolderPtr folder;
+    Subscriber& subscriber = Subscribe(path, std::move(receiver), owner, folder);
+    subscriber.mIsWaiting = true;
+    subscriber.mHasContent = true;
     StartNext(folder);
 }
 

@@ -43,22 +43,20 @@ public:
     struct Delivery {
         host::UTF16String mFolder;
         host::ContentDelivery mDelivery;
+        /// Null when the listing failed.
         std::shared_ptr<const host::DirectoryContent> mContent;
-        /// The last delivery that answers `RequestListing`.
-        bool mIsLast = false;
-        /// The listing failed with this errno, and there is no content; 0 for success.
-        int mSystemError = 0;
     };
     using Receiver = std::function<void(const Delivery&)>;
 
     virtual ~FolderStore() = default;
 
-    /// Lists `folder` on a worker and hands its content to `receiver`: in one delivery, or, when it is long, in
-    /// parts. Watches (or polls) the folder from before the listing on, if it lies below a monitored root.
-    /// Kinds come from the directory entries; nothing is asked per file. From now on `receiver` also gets what
-    /// `RequestChanges` and `RequestFacts` bring for the folder, until `Forget`. `owner` tells receivers apart:
-    /// one that has the folder's content already gets what has changed since (extent `Change`, also when it is
-    /// nothing), and takes the place of that owner's earlier receiver.
+    /// Hands the content of `folder` to `receiver`: in one delivery, or, when it is long, in parts. A worker
+    /// lists it, unless it has been listed for somebody else, and what is known is current (it is watched, or
+    /// was polled just now). Watches (or polls) the folder from before the listing on, if it lies below a
+    /// monitored root. Kinds come from the directory entries; nothing is asked per file. From now on `receiver`
+    /// also gets what `RequestChanges` and `RequestFacts` bring for the folder, until `Forget`. `owner` tells
+    /// receivers apart: one that has the folder's content already gets what has changed since (extent `Change`,
+    /// also when it is nothing), and takes the place of that owner's earlier receiver.
     virtual void RequestListing(const host::UTF16String& folder, Receiver receiver,
                                 const void* owner = nullptr) = 0;
     /// Likewise, but in place of the content, which costs most of a listing, a delivery without any says that
@@ -72,6 +70,11 @@ public:
     /// and returns the names. Null, and nothing happens, when it is not.
     virtual std::shared_ptr<const FolderNames> FollowListed(const host::UTF16String& folder, Receiver receiver,
                                                             const void* owner) = 0;
+    /// Likewise, ahead of somebody who will ask for the content: has the folder listed unless it is, so that he
+    /// is answered at once. `receiver` gets an empty last delivery when the listing has come to an end (or one
+    /// that tells why it failed), and what changes later.
+    virtual void RequestListingAhead(const host::UTF16String& folder, Receiver receiver,
+                                     const void* owner = nullptr) = 0;
     /// Brings what has changed in a listed folder since the last listing: only the items that the monitor
     /// named are read, or all of the folder when it could not name them.
     virtual void RequestChanges(const host::UTF16String& folder) = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <map>
 #include <memory>
@@ -28,6 +29,7 @@ public:
     void RequestNamesOnDemand(const host::UTF16String& path, Receiver receiver, const void* owner) override;
     std::shared_ptr<const FolderNames> FollowListed(const host::UTF16String& path, Receiver receiver,
                                                     const void* owner) override;
+    void RequestListingAhead(const host::UTF16String& path, Receiver receiver, const void* owner) override;
     void RequestChanges(const host::UTF16String& path) override;
     void RequestFacts(const host::UTF16String& path, const host::UTF16StringVec& names) override;
     void DropWaitingFacts() override;
@@ -52,13 +54,15 @@ private:
         bool mIsOnDemand = false;
         /// Has asked for a listing that has not begun, or is under way.
         bool mIsWaiting = false;
+        /// Has the content, and has asked again: the folder is to be listed anew.
+        bool mAsksAgain = false;
         bool mIsBeingServed = false;
     };
     struct QueuedDelivery {
         std::shared_ptr<Receiver> mReceiver;
         Delivery mDelivery;
     };
-    enum class Job { None, Listing, Poll, Names };
+    enum class Job { None, Listing, Poll, Names, Contents };
     struct Folder {
         std::shared_ptr<const FolderPath> mPath;
         /// Null until the folder has been listed.
@@ -73,6 +77,7 @@ private:
         Job mJob = Job::None;
         /// The generation that the listing under way has seen, or made with its first result.
         unsigned mListedGeneration = 0;
+        std::chrono::steady_clock::time_point mListedAt{};
         bool mAreChangesWanted = false;
         int mSystemError = 0;
         bool mHasLoggedFacts = false;
@@ -122,6 +127,10 @@ private:
     // Jobs.
     void StartNext(const FolderPtr& folder);
     void StartListing(const FolderPtr& folder, Job job);
+    bool IsAnsweredByWhatIsKnown(const Folder& folder) const;
+    void StartContents(const FolderPtr& folder);
+    void FinishContents(const FolderPtr& folder, FolderListing::Result&& result);
+    static void ServeWaiting(Folder& folder);
     void StartChanges(const FolderPtr& folder);
     void StartNames(const FolderPtr& folder, FolderChange&& change);
     void TakeFirst(const FolderPtr& folder, FolderListing::Result&& result);
@@ -136,6 +145,7 @@ private:
     Changes Apply(Folder& folder, std::vector<ItemUpdate>&& updates);
 
     // Deliveries.
+    void Serve(const FolderPtr& folder, const FolderListing::Result& result, Changes&& changes);
     void DeliverContents(const FolderPtr& folder, Subscriber& subscriber, const FolderListing::Result& result);
     void DeliverChanges(const FolderPtr& folder, Changes&& changes);
     void Deliver(const FolderPtr& folder, const Subscriber& subscriber, Delivery&& delivery);

@@ -21,6 +21,15 @@ host::DirectoryContent TakeSome(host::DirectoryContent& content) {
 
 }  // namespace
 
+/// What has changed for those who have the content, the content for those who have not.
+void FolderStoreImpl::Serve(const FolderPtr& folder, const FolderListing::Result& result, Changes&& changes) {
+    DeliverChanges(folder, std::move(changes));
+    for (Subscriber& subscriber : folder->mSubscribers)
+        if (!subscriber.mHasContent) DeliverContents(folder, subscriber, result);
+    for (Subscriber& subscriber : folder->mSubscribers) subscriber.mIsBeingServed = false;
+    DeliverNext(folder);
+}
+
 /// The whole content, for one who has none yet; or word that there is one.
 void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subscriber,
                                       const FolderListing::Result& result) {
@@ -30,7 +39,7 @@ void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subsc
         Delivery delivery;
         delivery.mDelivery.mExtent = Extent::Change;
         delivery.mContent = ShareContent({});
-        delivery.mIsLast = subscriber.mIsBeingServed;
+        delivery.mDelivery.mIsLast = true;
         return Deliver(folder, subscriber, std::move(delivery));
     }
     if (result.mContents.empty()) return;
@@ -39,7 +48,7 @@ void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subsc
         Delivery delivery;
         delivery.mDelivery.mExtent = result.mContents.size() == 1 ? Extent::Whole : Extent::Part;
         delivery.mContent = content;
-        delivery.mIsLast = subscriber.mIsBeingServed && content == result.mContents.back();
+        delivery.mDelivery.mIsLast = content == result.mContents.back();
         Deliver(folder, subscriber, std::move(delivery));
     }
 }
@@ -57,8 +66,8 @@ void FolderStoreImpl::DeliverChanges(const FolderPtr& folder, Changes&& changes)
         isMore = !changes.IsEmpty();
         for (const Subscriber& subscriber : subscribers) {
             Delivery copy = delivery;
-            copy.mIsLast = !isMore && subscriber.mIsBeingServed;
-            if (copy.mIsLast || !copy.mContent->empty() || !copy.mDelivery.mRemovedPaths.empty())
+            copy.mDelivery.mIsLast = !isMore && subscriber.mIsBeingServed;
+            if (copy.mDelivery.mIsLast || !copy.mContent->empty() || !copy.mDelivery.mRemovedPaths.empty())
                 Deliver(folder, subscriber, std::move(copy));
         }
     }

@@ -52,7 +52,7 @@ void FolderStoreImpl::StartNext(const FolderPtr& folder) {
     }
     if (folder->mJob != Job::None) return;
     if (std::ranges::any_of(folder->mSubscribers, &Subscriber::mIsWaiting))
-        return StartListing(folder, Job::Listing);
+        return IsAnsweredByWhatIsKnown(*folder) ? StartContents(folder) : StartListing(folder, Job::Listing);
     if (std::exchange(folder->mAreChangesWanted, false)) StartChanges(folder);
 }
 
@@ -62,6 +62,48 @@ void FolderStoreImpl::StartChanges(const FolderPtr& folder) {
     if (!change.mIsWhole && change.mNames.empty() && hasFound) return;
     if (!folder->mItems || change.mIsWhole || change.mNames.empty()) return StartListing(folder, Job::Listing);
     StartNames(folder, std::move(change));
+}
+
+bool FolderStoreImpl::IsAnsweredByWhatIsKnown(const Folder& folder) const {
+    if (!folder.mItems || !folder.mIsFollowed || folder.mSystemError != 0) return false;
+    if (std::ranges::any_of(folder.mSubscribers, &Subscriber::mAsksAgain)) return false;
+    if (std::ranges::all_of(folder.mSubscribers, &Subscriber::mHasContent)) return true;
+    if (folder.mFound || folder.mPending.mIsWhole || !folder.mPending.mNames.empty()) return false;
+    return !mMonitor.IsPolled(folder.mPath->mText) ||
+           GetServices().mMainThread->Now() - folder.mListedAt < FolderPoller::kInterval;
+}
+
+void FolderStoreImpl::ServeWaiting(Folder& folder) {
+    for (Subscriber& subscriber : folder.mSubscribers) {
+        subscriber.mIsBeingServed |= std::exchange(subscriber.mIsWaiting, false);
+        subscriber.mAsksAgain = false;
+    }
+}
+
+void FolderStoreImpl::StartContents(const FolderPtr& folder) {
+    folder->mJob = Job::Contents;
+    folder->mIsShared = true;
+    ServeWaiting(*folder);
+    const bool isWanted = std::ranges::any_of(folder->mSubscribers, [](const Subscriber& subscriber) {
+        return !subscriber.mHasContent && subscriber.mWantsContent;
+    });
+    GetServices().mWorkerPool->Submit(
+        [this, isWanted, folder, path = folder->mPath, known = folder->mItems, token = std::weak_ptr(mToken)] {
+            const auto result = std::make_shared<FolderListing::Result>();
+            result->mKnown = known;
+            if (isWanted) result->mContents = FolderListing::MakeContents(*path, *known);
+            GetServices().mMainThread->Post([this, folder, result, token] {
+                if (!token.expired()) FinishContents(folder, std::move(*result));
+            });
+        });
+}
+
+void FolderStoreImpl::FinishContents(const FolderPtr& folder, FolderListing::Result&& result) {
+    folder->mJob = Job::None;
+    if (result.mKnown == folder->mItems) folder->mIsShared = false;
+    if (!IsCurrent(folder)) return;
+    Serve(folder, result, {});
+    StartNext(folder);
 }
 
 void FolderStoreImpl::StartListing(const FolderPtr& folder, Job job) {
@@ -78,10 +120,9 @@ void FolderStoreImpl::StartListing(const FolderPtr& folder, Job job) {
     request.mLane = mLane;
     request.mIsPoll = job == Job::Poll;
     request.mMemory = folder->mMemory;
-    for (Subscriber& subscriber : folder->mSubscribers) {
+    for (const Subscriber& subscriber : folder->mSubscribers)
         request.mIsContentWanted |= !subscriber.mHasContent && subscriber.mWantsContent;
-        if (job == Job::Listing) subscriber.mIsBeingServed |= std::exchange(subscriber.mIsWaiting, false);
-    }
+    if (job == Job::Listing) ServeWaiting(*folder);
     folder->mIsShared = folder->mItems != nullptr;
     if (job == Job::Listing) folder->mPending = {};
     const auto done = [this, folder, token = std::weak_ptr(mToken)](FolderListing::Result result) {
@@ -110,6 +151,7 @@ void FolderStoreImpl::FinishListing(const FolderPtr& folder, FolderListing::Resu
     }
     folder->mIsFollowed = mMonitor.FinishListing(path, result.mFollowing, result.mSystemError);
     if (job == Job::Poll) mMonitor.FinishPoll(path, result.mDuration);
+    if (result.mSystemError == 0) folder->mListedAt = GetServices().mMainThread->Now();
     if (result.mSystemError != 0)
         FailListing(folder, result);
     else if (folder->mListedGeneration == folder->mGeneration)
@@ -128,8 +170,7 @@ void FolderStoreImpl::FailListing(const FolderPtr& folder, const FolderListing::
     for (Subscriber& subscriber : folder->mSubscribers) {
         if (!std::exchange(subscriber.mIsBeingServed, false)) continue;
         Delivery delivery;
-        delivery.mSystemError = result.mSystemError;
-        delivery.mIsLast = true;
+        delivery.mDelivery = {host::ContentDelivery::Extent::Change, {}, true, result.mSystemError};
         Deliver(folder, subscriber, std::move(delivery));
     }
     DeliverNext(folder);
@@ -159,17 +200,15 @@ void FolderStoreImpl::TakeListing(const FolderPtr& folder, FolderListing::Result
     folder->mSystemError = 0;
     folder->mHasLoggedFacts = false;
     folder->mFound.reset();
-    if (!folder->mItems) {
+    Changes changes;
+    if (folder->mItems) {
+        changes = Apply(*folder, std::move(result.mUpdates));
+    } else {
         folder->mItems = std::move(result.mItems);
         folder->mNames.reset();
         ++folder->mGeneration;
-    } else {
-        DeliverChanges(folder, Apply(*folder, std::move(result.mUpdates)));
     }
-    for (Subscriber& subscriber : folder->mSubscribers)
-        if (!subscriber.mHasContent) DeliverContents(folder, subscriber, result);
-    for (Subscriber& subscriber : folder->mSubscribers) subscriber.mIsBeingServed = false;
-    DeliverNext(folder);
+    Serve(folder, result, std::move(changes));
 }
 
 void FolderStoreImpl::StartNames(const FolderPtr& folder, FolderChange&& change) {

@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "desk/files/FolderReadAhead.h"
 #include "desk/files/FolderStore.h"
 #include "desk/files/NameIndex.h"
 #include "desk/mediabrowser/RowName.h"
@@ -45,6 +46,23 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     void ForgetRowAndBelow(const RowRef& row);
     static bool IsShown(const Row* row);
 
+    // Expansions (MediaBrowserDirectoryView_Expansion.cpp).
+
+    /// Folders that are being opened one after another.
+    struct Expansion {
+        std::vector<UTF16String> mNames;
+        std::size_t mOpened = 0;
+        /// The folder that was opened last; empty for the root.
+        RowRef mRow;
+        ExpansionCallback mCompletion;
+    };
+    enum class Progress { Waits, IsThere, Fails };
+    /// Opens what has come.
+    Progress Advance(Expansion& expansion);
+    void AdvanceExpansions();
+    void CompleteExpansion(ExpansionCallback completion, const RowRef& row);
+    bool IsAwaited(const Row* row) const;
+
     // Contents (MediaBrowserDirectoryView_Content.cpp).
 
     void Request(const UTF16String& path, Row* row, const UTF16String& context);
@@ -65,6 +83,10 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     std::unordered_map<const Row*, Folder> mFolders;
     /// Open folders that have changed while they were not shown, and closed ones.
     std::unordered_set<const Row*> mStale;
+    std::vector<std::shared_ptr<Expansion>> mExpansions;
+    /// Counts on when all expansions end: what those of an earlier period have led to is dropped.
+    unsigned mExpansionPeriod = 0;
+    std::shared_ptr<desk::FolderReadAhead> mReadAhead;
     int mFirstVisible = 0;
     int mLastVisible = -1;
     /// Gone when the view is: what comes for it then is dropped.

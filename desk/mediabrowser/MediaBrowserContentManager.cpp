@@ -23,9 +23,9 @@ void MediaBrowserContentManager::Impl::RequestListing(const UTF16String& folder,
     store->RequestListing(
         folder,
         [context, receiver = std::move(receiver)](const desk::FolderStore::Delivery& delivery) {
-            if (delivery.mSystemError != 0)
-                desk::Log(desk::LogLevel::Info, "listing for " + UTF16to8(context) +
-                                                    " failed: " + std::strerror(delivery.mSystemError));
+            if (delivery.mDelivery.mSystemError != 0)
+                desk::Log(desk::LogLevel::Info, "listing for " + UTF16to8(context) + " failed: " +
+                                                    std::strerror(delivery.mDelivery.mSystemError));
             receiver(delivery);
         },
         owner);

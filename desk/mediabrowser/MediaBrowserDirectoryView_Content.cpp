@@ -55,21 +55,24 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
     if (!FindRow(delivery.mFolder, found)) return;
     const auto folder = mFolders.find(found);
     if (folder == mFolders.end()) return;
-    if (delivery.mIsLast) SetBusy(folder->second, false);
-    if (!delivery.mContent) {
-        if (!found && mTree->GetTopLevelRows().empty()) TellWhyEmpty(delivery.mSystemError);
-        return;
-    }
-    folder->second.mHasContent = true;
+    if (delivery.mDelivery.mIsLast) SetBusy(folder->second, false);
+    if (delivery.mContent)
+        folder->second.mHasContent = true;
+    else if (!found && mTree->GetTopLevelRows().empty())
+        TellWhyEmpty(delivery.mDelivery.mSystemError);
     const RowRef row(found);
     const std::weak_ptr token(mToken);
+    static const DirectoryContent kNothing;
     try {
-        mView.UpdateTreeFromContent(row, delivery.mFolder, *delivery.mContent, delivery.mDelivery);
+        mView.UpdateTreeFromContent(row, delivery.mFolder, delivery.mContent ? *delivery.mContent : kNothing,
+                                    delivery.mDelivery);
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
     }
     if (token.expired()) return;
     mTree->LayoutAfterAppendRow(row.get());
+    AdvanceExpansions();
+    if (token.expired()) return;
     if (delivery.mDelivery.mExtent == ContentDelivery::Extent::Change) DropFactsOfRowsScrolledAway();
 }
 
@@ -148,6 +151,8 @@ void MediaBrowserDirectoryView::RequestDirectoryContent(const UTF16String& path,
 
 void MediaBrowserDirectoryView::RemoveAllRows() {
     DirectoryImpl& impl = *mDirectoryImpl;
+    CancelExpansions();
+    ReadAhead({});
     const RowVec rows = impl.mTree->GetTopLevelRows();
     for (const RowRef& row : rows) impl.ForgetRowAndBelow(row);
     if (const auto root = impl.mFolders.find(nullptr); root != impl.mFolders.end())

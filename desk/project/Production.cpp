@@ -14,8 +14,9 @@ Production& Production::Instance() {
 }
 
 void Production::Open(const host::UTF16String& folder) {
-    Close();
-    mFolder = host::PathUtils::ToNormalizedPath(folder);
+    const host::UTF16String normalized = host::PathUtils::ToNormalizedPath(folder);
+    if (normalized != mFolder) Close();
+    mFolder = normalized;
     if (IsOpen())
         host::BroadcastMessage(host::kStation_ZuProductionFolderPanel,
                                host::ZuProductionFolderOpenedMessage({}));

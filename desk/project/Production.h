@@ -14,8 +14,8 @@ public:
     static Production& Instance();
 
     /// Opens the production in `folder` (normalised here), closing the open one first. Announces
-    /// `ZuProductionFolderClosedMessage` and `ZuProductionFolderOpenedMessage`. Touches no disk: the caller has
-    /// made sure that the folder can be read.
+    /// `ZuProductionFolderClosedMessage` and `ZuProductionFolderOpenedMessage`; only the latter for the
+    /// production that is open already. Touches no disk: the caller has made sure that the folder can be read.
     void Open(const host::UTF16String& folder);
     void Close();
     bool IsOpen() const { return !mFolder.empty(); }

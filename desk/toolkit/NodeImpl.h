@@ -39,6 +39,8 @@ struct host::UI_Node::Impl {
 
     void SetBounds(const RectT<float>& bounds);
     virtual void SetShown(bool shown);
+    /// Offers a key to the node and to what it stands in; true when one of them has dealt with it.
+    bool OfferKey(const UI_KeyboardEvent& event);
     /// What the node shows has changed: has it painted anew, wherever that happens.
     virtual void ContentChanged();
 

@@ -43,15 +43,17 @@ struct host::UI_MultiColumnTreeRow::Access {
     static UI_MultiColumnTree*& Tree(Row& row) { return row.mTree; }
     static Row*& Parent(Row& row) { return row.mParent; }
     static Row* Parent(const Row& row) { return row.mParent; }
-    static std::vector<RowRef>& Children(Row& row) {
-        if (!row.mChildren) row.mChildren = std::make_unique<std::vector<RowRef>>();
+    using Children = Row::Children;
+    static Children& ChildrenOf(Row& row) {
+        if (!row.mChildren) row.mChildren = std::make_unique<Children>();
         return *row.mChildren;
     }
+    /// Null for a row that never had any.
+    static const Children* FindChildren(const Row& row) { return row.mChildren.get(); }
     static void ForgetChildren(Row& row) { row.mChildren.reset(); }
     static std::unique_ptr<Data>& DataOf(Row& row) { return row.mData; }
     static std::unique_ptr<Cells>& CellsOf(Row& row) { return row.mCells; }
     static std::uint32_t& Position(Row& row) { return row.mPosition; }
-    static std::uint32_t& CountOfLaidOutChildren(Row& row) { return row.mCountOfLaidOutChildren; }
     static bool& IsOpen(Row& row) { return row.mIsOpen; }
     static bool& HasCustomChild(Row& row) { return row.mHasCustomChild; }
     static bool& IsVisible(Row& row) { return row.mIsVisible; }

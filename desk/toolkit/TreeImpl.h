@@ -2,6 +2,7 @@
 
 #include <QItemSelection>
 #include <QPointer>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -57,11 +58,12 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void ApplyToWidget() override;
     void Paint(const desk::LightPaint&) override {}
 
-    /// Runs a member later in the same turn of the event loop, once however often it is asked for meanwhile.
+    /// Runs a member later, once however often it is asked for meanwhile: in the same turn of the event loop,
+    /// or after a delay.
     struct Later {
         bool mIsQueued = false;
     };
-    void RunLater(Later& later, void (TreeImpl::*member)());
+    void RunLater(Later& later, void (TreeImpl::*member)(), std::chrono::milliseconds delay = {});
 
     // Rows (UI_MultiColumnTree_Rows.cpp).
 
@@ -77,7 +79,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     Row* FindSuccessor(const Row& row, const std::function<bool(const Row*)>& isDoomed);
     /// The rows at the top for null.
     std::vector<RowRef>& ChildrenOf(const Row* parent);
-    std::uint32_t& CountOfLaidOutChildren(const Row* parent);
+    std::uint32_t CountOfLaidOutChildren(const Row* parent) const;
     /// Position among the rows beside it.
     int PositionOf(const Row& row);
     /// True when the model knows the row: it and all above it have been laid out.
@@ -96,8 +98,22 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     /// Lets the view know the open rows among `row` and those below it, which have just come into the model.
     void ExpandInView(Row& row);
     void DeselectBelow(Row& row);
-    /// The opened rows in display order.
-    const std::vector<Row*>& Opened();
+    bool IsAnySelectedBelow(const Row& row) const;
+    // Each folder keeps how many rows it shows: finding a row takes a look at the rows beside it and beside
+    // those above it, never at all rows.
+
+    std::size_t CountOfOpened() const { return CountOfShownBelow(nullptr); }
+    /// The rows that show below `row` when it is open; all opened rows for null.
+    std::size_t CountOfShownBelow(const Row* row) const;
+    /// The rows that show or go with a laid-out row: itself and those below it.
+    std::size_t CountOfShown(const Row& row) const { return 1 + (row.IsOpen() ? CountOfShownBelow(&row) : 0); }
+    /// More (or, negative, fewer) rows show directly or indirectly below `parent` when that is open.
+    void AddShown(Row* parent, std::ptrdiff_t count);
+    /// The opened rows from `first` on, `count` at most, in display order.
+    std::vector<Row*> OpenedRange(std::size_t first, std::size_t count) const;
+    std::vector<Row*> AllOpened() const { return OpenedRange(0, CountOfOpened()); }
+    /// Null when there is none.
+    Row* OpenedRow(std::size_t index) const;
     /// Index among the opened rows; -1 when the row is not among them.
     int IndexOfOpened(const Row* row);
 
@@ -106,9 +122,13 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void Sort();
     void SortLater();
     void ForgetSortedKeys() { mSortedKeys.clear(); }
-    /// The less-than of two sort keys in the current direction; empty when nothing is sorted.
-    std::function<bool(const UTF16String&, const UTF16String&)> SortOrder() const;
+    bool IsSorted() const;
+    using Less = std::function<bool(const UTF16String&, const UTF16String&)>;
+    /// The less-than of two sort keys. Only while something is sorted.
+    Less SortOrder(bool isAscending) const;
     UTF16String SortKey(const Row& row) const;
+    /// The key of the first column, by which rows with equal keys are sorted.
+    UTF16String NameKey(const Row& row) const;
     /// Puts rows that have just been appended into the model, sorted in.
     void InsertSorted(Row* parent, std::size_t countBefore);
     /// Gives `parent`'s first rows the order that `order` names (old positions); within a layout change.
@@ -138,6 +158,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void UpdateVisibleRows();
     /// Returns true when rows came or left.
     bool UpdateVisibleRowsOnce();
+    /// Once a frame at most: who paints finds it out before.
     void UpdateVisibleRowsLater();
     bool IsRowVisible(const Row& row) const;
     /// Brings the view's layout up to date.
@@ -181,9 +202,6 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     desk::TreeModel mModel{*this};
     QPointer<desk::TreeView> mView;
 
-    std::vector<Row*> mOpened;
-    bool mIsOpenedStale = false;
-
     RowVec mSelected;
     bool mNotifiesSelection = true;
     bool mIsSettingSelection = false;
@@ -191,6 +209,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     RowVec mVisible;
     int mFirstVisible = 0;
     bool mIsUpdatingVisible = false;
+    std::chrono::steady_clock::time_point mNextVisibleUpdate{};
 
     RowRef mHeldRow;
     double mHeldOffset = 0;

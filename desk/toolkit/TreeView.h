@@ -68,8 +68,10 @@ private:
     /// The row whose triangle stands at `point`; null for none.
     Row* TriangleAt(const QPoint& point) const;
     void Hover(Row* row);
+    /// Opens or closes a row; with Alt all below it too, which is up to who listens to disclosures.
     void ToggleByUser(Row& row, bool open);
-    void OpenAllBelow(Row& row);
+    void SetAllBelowOpen(Row& row, bool open);
+    bool HandleByOwner(const QKeyEvent& event);
     bool HandleTreeKey(int key, Row& current);
     /// The row that Return and the menu key mean: the current one if it is selected, else the one that was
     /// selected last; null when none is.

@@ -5,9 +5,11 @@
 #include <algorithm>
 
 #include "desk/toolkit/Callback.h"
+#include "desk/toolkit/ModKeys.h"
 #include "desk/toolkit/Theme.h"
 #include "desk/toolkit/TreeImpl.h"
 #include "desk/toolkit/TreeView.h"
+#include "host/toolkit/UI_KeyboardEvent.h"
 
 namespace desk {
 
@@ -24,8 +26,7 @@ host::Point ToPoint(const QPoint& point) {
 
 Row* TreeView::RowAt(const QPoint& point) const {
     const int y = point.y() + verticalScrollBar()->value();
-    const std::size_t index = std::size_t(std::max(y, 0) / mTree.mRowPixels);
-    return y >= 0 && index < mTree.Opened().size() ? mTree.Opened()[index] : nullptr;
+    return y >= 0 ? mTree.OpenedRow(std::size_t(y / mTree.mRowPixels)) : nullptr;
 }
 
 QRect TreeView::RectOf(const Row* row) const {
@@ -61,10 +62,23 @@ bool TreeView::viewportEvent(QEvent* event) {
 }
 
 void TreeView::ToggleByUser(Row& row, bool open) {
-    if (row.IsOpen() == open || !Access::MayHaveChildren(row)) return;
+    const bool isDeep = host::GetCurrentModKeys() & host::kModKey_Alt;
+    if (!Access::MayHaveChildren(row) || (row.IsOpen() == open && !isDeep)) return;
     const host::RowRef keptAlive(&row);
     mTree.SetOpen(row, open);
-    if (mTree.IsMine(&row)) Call(mTree.mCallbacks.mDisclosureChanged, keptAlive, open);
+    if (IsSet(mTree.mCallbacks.mDisclosureChanged) && mTree.IsMine(&row))
+        Call(mTree.mCallbacks.mDisclosureChanged, keptAlive, open);
+    else if (isDeep)
+        SetAllBelowOpen(row, open);
+}
+
+void TreeView::SetAllBelowOpen(Row& row, bool open) {
+    const host::RowVec children(row.GetChildRows());
+    for (const host::RowRef& child : children) {
+        if (open) mTree.SetOpen(*child, true);
+        SetAllBelowOpen(*child, open);
+        if (!open) mTree.SetOpen(*child, false);
+    }
 }
 
 void TreeView::mousePressEvent(QMouseEvent* event) {
@@ -121,24 +135,18 @@ void TreeView::SelectByUser(Row& row) {
     mTree.Select(&row, true, true, true);
 }
 
-void TreeView::OpenAllBelow(Row& row) {
-    ToggleByUser(row, true);
-    const host::RowVec children(row.GetChildRows());
-    for (const host::RowRef& child : children)
-        if (Access::MayHaveChildren(*child)) OpenAllBelow(*child);
-}
-
 bool TreeView::HandleTreeKey(int key, Row& current) {
     const bool mayOpen = Access::MayHaveChildren(current);
+    const bool isDeep = host::GetCurrentModKeys() & host::kModKey_Alt;
     switch (key) {
         case Qt::Key_Right:
-            if (mayOpen && !current.IsOpen())
+            if (mayOpen && (isDeep || !current.IsOpen()))
                 ToggleByUser(current, true);
             else if (current.IsOpen() && mTree.CountOfLaidOutChildren(&current) > 0)
                 SelectByUser(*current.GetChildRows().front());
             return true;
         case Qt::Key_Left:
-            if (current.IsOpen() && mayOpen)
+            if (mayOpen && (isDeep || current.IsOpen()))
                 ToggleByUser(current, false);
             else if (const host::RowRef above = current.GetParentRow())
                 SelectByUser(*above);
@@ -149,9 +157,11 @@ bool TreeView::HandleTreeKey(int key, Row& current) {
         case Qt::Key_Minus:
             ToggleByUser(current, false);
             return true;
-        case Qt::Key_Asterisk:
-            OpenAllBelow(current);
+        case Qt::Key_Asterisk: {
+            const ImpliedModKeys alt(host::kModKey_Alt);
+            ToggleByUser(current, true);
             return true;
+        }
         case Qt::Key_Return:
         case Qt::Key_Enter:
             if (const host::RowRef row{RowForKeyboard()})
@@ -162,11 +172,16 @@ bool TreeView::HandleTreeKey(int key, Row& current) {
     }
 }
 
+bool TreeView::HandleByOwner(const QKeyEvent& event) {
+    if (event.key() != Qt::Key_Escape || event.modifiers() != Qt::NoModifier) return false;
+    return mTree.OfferKey(host::UI_KeyboardEvent(host::kKey_Escape, host::GetCurrentModKeys()));
+}
+
 void TreeView::keyPressEvent(QKeyEvent* event) {
     FlushLayout();
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
+    if (HandleByOwner(*event)) return event->accept();
     const host::RowRef current(mTree.CurrentRow());
-    // Alt goes through: who listens to disclosures asks for it.
     const bool isPlain = !(event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier));
     if (current && isPlain && HandleTreeKey(event->key(), *current)) return event->accept();
     QTreeView::keyPressEvent(event);
@@ -186,7 +201,7 @@ QItemSelectionModel::SelectionFlags TreeView::selectionCommand(const QModelIndex
 
 void TreeView::selectAll() {
     if (selectionMode() != ExtendedSelection) return;
-    const std::vector<Row*>& rows = mTree.Opened();
+    const std::vector<Row*> rows = mTree.AllOpened();
     mTree.SelectRows(host::RowVec(rows.begin(), rows.end()));
 }
 
@@ -195,7 +210,7 @@ void TreeView::keyboardSearch(const QString& typed) {
     mSinceTyped.start();
     const bool isNew = mTyped.isEmpty();
     mTyped += typed;
-    const std::vector<Row*> rows = mTree.Opened();
+    const std::vector<Row*> rows = mTree.AllOpened();
     if (rows.empty() || mTree.CountColumns() == 0) return;
     // The same letter over and over goes from one such name to the next.
     const bool isRepeated = mTyped.size() > 1 && mTyped.count(mTyped[0]) == mTyped.size();

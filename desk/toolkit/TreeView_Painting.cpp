@@ -43,7 +43,7 @@ void TreeView::paintEvent(QPaintEvent* event) {
     const bool wasPainting = std::exchange(mIsPainting, true);
     QTreeView::paintEvent(event);
     mIsPainting = wasPainting;
-    if (mTree.Opened().empty()) PaintEmptyText();
+    if (mTree.CountOfOpened() == 0) PaintEmptyText();
 }
 
 void TreeView::PaintEmptyText() {

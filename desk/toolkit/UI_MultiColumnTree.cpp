@@ -36,14 +36,15 @@ TreeImpl::~TreeImpl() {
     if (mHeader) UI_MultiColumnTreeHeaderRow::Impl::Of(*mHeader).mTree = nullptr;
 }
 
-void TreeImpl::RunLater(Later& later, void (TreeImpl::*member)()) {
-    if (later.mIsQueued) return;
-    later.mIsQueued = true;
-    desk::GetServices().mMainThread->Post([this, &later, member, alive = std::weak_ptr<int>(mAlive)] {
+void TreeImpl::RunLater(Later& later, void (TreeImpl::*member)(), std::chrono::milliseconds delay) {
+    if (std::exchange(later.mIsQueued, true)) return;
+    auto run = [this, &later, member, alive = std::weak_ptr<int>(mAlive)] {
         if (alive.expired()) return;
         later.mIsQueued = false;
         (this->*member)();
-    });
+    };
+    desk::MainThread& mainThread = *desk::GetServices().mMainThread;
+    delay.count() > 0 ? mainThread.PostDelayed(std::move(run), delay) : mainThread.Post(std::move(run));
 }
 
 void TreeImpl::Realize(QWidget& parent) {
@@ -156,17 +157,16 @@ void UI_MultiColumnTree::SetSupportDeselectAllOnEmptyTreeClick(bool support) {
 }
 
 RowVec UI_MultiColumnTree::GetOpenedRows() const {
-    const std::vector<Row*>& rows = ImplOf(*this).Opened();
+    const std::vector<Row*> rows = ImplOf(*this).AllOpened();
     return RowVec(rows.begin(), rows.end());
 }
 
 std::size_t UI_MultiColumnTree::CountOpenedRows() const {
-    return ImplOf(*this).Opened().size();
+    return ImplOf(*this).CountOfOpened();
 }
 
 RowRef UI_MultiColumnTree::GetOpenedRow(int index) const {
-    const std::vector<Row*>& rows = ImplOf(*this).Opened();
-    return index >= 0 && std::size_t(index) < rows.size() ? RowRef(rows[std::size_t(index)]) : RowRef();
+    return index >= 0 ? RowRef(ImplOf(*this).OpenedRow(std::size_t(index))) : RowRef();
 }
 
 bool UI_MultiColumnTree::IsRowVisible(const Row* row) const {

@@ -38,7 +38,6 @@ void Detach(TreeImpl& tree, Row& row) {
     tree.mSortedKeys.erase(&row);
     for (const RowRef& child : row.GetChildRows()) Detach(tree, *child);
     Access::ForgetChildren(row);
-    Access::CountOfLaidOutChildren(row) = 0;
     Access::CellsOf(row).reset();
     Access::Tree(row) = nullptr;
     Access::Parent(row) = nullptr;
@@ -48,11 +47,12 @@ void Detach(TreeImpl& tree, Row& row) {
 }  // namespace
 
 std::vector<RowRef>& TreeImpl::ChildrenOf(const Row* parent) {
-    return Access::Children(parent ? const_cast<Row&>(*parent) : *mRoot);
+    return Access::ChildrenOf(parent ? const_cast<Row&>(*parent) : *mRoot).mRows;
 }
 
-std::uint32_t& TreeImpl::CountOfLaidOutChildren(const Row* parent) {
-    return Access::CountOfLaidOutChildren(parent ? const_cast<Row&>(*parent) : *mRoot);
+std::uint32_t TreeImpl::CountOfLaidOutChildren(const Row* parent) const {
+    const Access::Children* children = Access::FindChildren(parent ? *parent : *mRoot);
+    return children ? children->mCountOfLaidOut : 0;
 }
 
 int TreeImpl::PositionOf(const Row& row) {
@@ -102,7 +102,6 @@ void TreeImpl::UpdateMayHaveChildrenOfAll() {
 
 void TreeImpl::BeginChange() {
     HoldScrollPosition();
-    mIsOpenedStale = true;
     if (mView) mView->scheduleDelayedItemsLayout();
     UpdateVisibleRowsLater();
 }
@@ -212,10 +211,14 @@ void TreeImpl::TakeOut(Row* parent, std::size_t first, std::size_t last, bool te
     const auto end = rows.begin() + std::ptrdiff_t(last) + 1;
     const RowVec removed(std::make_move_iterator(begin), std::make_move_iterator(end));
     rows.erase(begin, end);
-    if (isLaidOut) CountOfLaidOutChildren(parent) -= std::uint32_t(last - first + 1);
+    if (isLaidOut) {
+        Access::ChildrenOf(parent ? *parent : *mRoot).mCountOfLaidOut -= std::uint32_t(last - first + 1);
+        std::ptrdiff_t shown = 0;
+        for (const RowRef& row : removed) shown += static_cast<std::ptrdiff_t>(CountOfShown(*row));
+        AddShown(parent, -shown);
+    }
     Renumber(parent, first);
     for (const RowRef& row : removed) Detach(*this, *row);
-    mIsOpenedStale = true;
     if (tellModel) mModel.endRemoveRows();
     std::erase_if(mVisible, [this](const RowRef& row) { return !IsMine(row.get()); });
 }
@@ -226,8 +229,7 @@ void TreeImpl::RemoveAll() {
     mView->ForgetHover();
     mModel.beginResetModel();
     const RowVec removed = std::move(ChildrenOf(nullptr));
-    ChildrenOf(nullptr).clear();
-    CountOfLaidOutChildren(nullptr) = 0;
+    Access::ForgetChildren(*mRoot);
     for (const RowRef& row : removed) Detach(*this, *row);
     mVisible.clear();
     mSelected.clear();
@@ -235,7 +237,6 @@ void TreeImpl::RemoveAll() {
     mHeldRow.reset();
     mHoldsScrollPosition = false;
     mScrollWhenShown.reset();
-    mIsOpenedStale = true;
     mModel.endResetModel();
     UpdateVisibleRowsLater();
     if (hadSelection) RunLater(mNotifyLater, &TreeImpl::NotifySelectionChanged);

@@ -12,7 +12,7 @@ namespace host {
 using TreeImpl = UI_MultiColumnTree::TreeImpl;
 using Row = UI_MultiColumnTreeRow;
 using Access = Row::Access;
-using Less = std::function<bool(const UTF16String&, const UTF16String&)>;
+using Less = TreeImpl::Less;
 using Order = std::vector<std::uint32_t>;
 
 namespace {
@@ -32,18 +32,70 @@ Order Identity(std::size_t count) {
     return order;
 }
 
-/// The order that sorts `keys`: equal keys keep their order. Cheap for what is sorted already, either way
-/// round.
-Order SortedOrder(const std::vector<UTF16String>& keys, const Less& less) {
-    Order order = Identity(keys.size());
-    if (std::is_sorted(keys.begin(), keys.end(), less)) return order;
-    bool isReversed = true;
-    for (std::size_t i = 1; i < keys.size() && isReversed; ++i) isReversed = less(keys[i], keys[i - 1]);
-    if (isReversed)
+/// By what the rows of a folder are sorted: their keys, and the names of rows whose keys are equal. Each is
+/// asked for once, those of the first `countBefore` rows and names only when they are needed.
+class SortKeys {
+public:
+    SortKeys(const TreeImpl& tree, const std::vector<RowRef>& rows, std::size_t countBefore, std::size_t count)
+        : mTree(tree),
+          mRows(rows),
+          mCountBefore(countBefore),
+          mLess(tree.SortOrder(tree.mHeader->IsSortDirectionAscending())),
+          mNameLess(tree.SortOrder(true)),
+          mIsByName(tree.mHeader->GetImpl().Find(tree.mHeader->GetSortColumn()) == 0) {
+        mKeys.reserve(count - countBefore);
+        for (std::size_t i = countBefore; i < count; ++i) mKeys.push_back(tree.SortKey(*rows[i]));
+    }
+
+    /// Of the rows from `countBefore` on.
+    const std::vector<UTF16String>& GetKeys() const { return mKeys; }
+
+    bool IsLess(std::size_t a, std::size_t b) {
+        const UTF16String& keyOfA = KeyOf(a);
+        const UTF16String& keyOfB = KeyOf(b);
+        if (mIsByName) return mLess(keyOfA, keyOfB);
+        if (keyOfA != keyOfB) {
+            if (mLess(keyOfA, keyOfB)) return true;
+            if (mLess(keyOfB, keyOfA)) return false;
+        }
+        return mNameLess(NameOf(a), NameOf(b));
+    }
+
+private:
+    const UTF16String& KeyOf(std::size_t i) {
+        if (i >= mCountBefore) return mKeys[i - mCountBefore];
+        const auto known = mKeysBefore.find(i);
+        return known != mKeysBefore.end() ? known->second
+                                          : mKeysBefore.emplace(i, mTree.SortKey(*mRows[i])).first->second;
+    }
+    const UTF16String& NameOf(std::size_t i) {
+        const auto known = mNames.find(i);
+        return known != mNames.end() ? known->second
+                                     : mNames.emplace(i, mTree.NameKey(*mRows[i])).first->second;
+    }
+
+    const TreeImpl& mTree;
+    const std::vector<RowRef>& mRows;
+    const std::size_t mCountBefore;
+    const Less mLess;
+    const Less mNameLess;
+    const bool mIsByName;
+    std::vector<UTF16String> mKeys;
+    std::unordered_map<std::size_t, UTF16String> mKeysBefore;
+    std::unordered_map<std::size_t, UTF16String> mNames;
+};
+
+/// The order that sorts the `count` rows from `first` on, as places counted from there. Cheap for what is
+/// sorted already, either way round.
+Order SortedOrder(SortKeys& keys, std::size_t first, std::size_t count) {
+    Order order = Identity(count);
+    const auto isLess = [&](std::uint32_t a, std::uint32_t b) { return keys.IsLess(first + a, first + b); };
+    if (std::is_sorted(order.begin(), order.end(), isLess)) return order;
+    const auto isNotFalling = [&](std::uint32_t a, std::uint32_t b) { return !isLess(b, a); };
+    if (std::adjacent_find(order.begin(), order.end(), isNotFalling) == order.end())
         std::reverse(order.begin(), order.end());
     else
-        std::stable_sort(order.begin(), order.end(),
-                         [&](std::uint32_t a, std::uint32_t b) { return less(keys[a], keys[b]); });
+        std::stable_sort(order.begin(), order.end(), isLess);
     return order;
 }
 
@@ -65,31 +117,23 @@ struct Insertion {
 };
 
 Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std::size_t countBefore) {
-    const Less less = tree.SortOrder();
     Insertion insertion;
     const RowVec added(rows.begin() + std::ptrdiff_t(countBefore), rows.end());
-    if (!less) {
+    if (!tree.IsSorted()) {
         insertion.mSorted = added;
         insertion.mPlaces.assign(added.size(), countBefore);
         return insertion;
     }
-    std::vector<UTF16String> keys;
-    keys.reserve(added.size());
-    for (const RowRef& row : added) keys.push_back(tree.SortKey(*row));
     // Of the rows that stand already only those are asked that the search meets.
-    std::unordered_map<std::size_t, UTF16String> oldKeys;
-    const auto oldKey = [&](std::size_t i) -> const UTF16String& {
-        const auto found = oldKeys.find(i);
-        return found != oldKeys.end() ? found->second
-                                      : oldKeys.emplace(i, tree.SortKey(*rows[i])).first->second;
-    };
+    SortKeys keys(tree, rows, countBefore, rows.size());
     std::size_t first = 0;
-    for (const std::uint32_t i : SortedOrder(keys, less)) {
-        if (first < countBefore && !less(keys[i], oldKey(countBefore - 1))) first = countBefore;
+    for (const std::uint32_t i : SortedOrder(keys, countBefore, added.size())) {
+        const std::size_t row = countBefore + i;
+        if (first < countBefore && !keys.IsLess(row, countBefore - 1)) first = countBefore;
         std::size_t last = countBefore;
         while (first < last) {
             const std::size_t middle = (first + last) / 2;
-            if (less(keys[i], oldKey(middle)))
+            if (keys.IsLess(row, middle))
                 last = middle;
             else
                 first = middle + 1;
@@ -114,10 +158,12 @@ Order MergedOrder(const std::vector<std::size_t>& places, std::size_t countBefor
 
 }  // namespace
 
-Less TreeImpl::SortOrder() const {
-    if (!mHeader || !desk::IsSet(mCallbacks.mSortData) || mHeader->GetSortColumn() == 0) return {};
+bool TreeImpl::IsSorted() const {
+    return mHeader && desk::IsSet(mCallbacks.mSortData) && mHeader->GetSortColumn() != 0;
+}
+
+Less TreeImpl::SortOrder(bool isAscending) const {
     const auto& custom = UI_MultiColumnTreeHeaderRow::Impl::Of(*mHeader).mLess;
-    const bool isAscending = mHeader->IsSortDirectionAscending();
     if (!desk::IsSet(custom)) {
         if (isAscending) return std::less<UTF16String>();
         return std::greater<UTF16String>();
@@ -129,6 +175,10 @@ Less TreeImpl::SortOrder() const {
 UTF16String TreeImpl::SortKey(const Row& row) const {
     return desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)),
                       unsigned(mHeader->GetIndexOfColumn(mHeader->GetSortColumn())));
+}
+
+UTF16String TreeImpl::NameKey(const Row& row) const {
+    return desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)), unsigned(PositionOfColumn(0)));
 }
 
 void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore) {
@@ -145,9 +195,12 @@ void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore) {
         if (isInModel) mModel.beginInsertRows(mModel.IndexOf(parent), int(place), int(place + end - begin) - 1);
         rows.insert(rows.begin() + std::ptrdiff_t(place), insertion.mSorted.begin() + std::ptrdiff_t(begin),
                     insertion.mSorted.begin() + std::ptrdiff_t(end));
-        CountOfLaidOutChildren(parent) += std::uint32_t(end - begin);
+        Access::ChildrenOf(parent ? *parent : *mRoot).mCountOfLaidOut += std::uint32_t(end - begin);
         Renumber(parent, place);
-        mIsOpenedStale = true;
+        std::ptrdiff_t shown = 0;
+        for (std::size_t i = begin; i < end; ++i)
+            shown += static_cast<std::ptrdiff_t>(CountOfShown(*insertion.mSorted[i]));
+        AddShown(parent, shown);
         if (isInModel) mModel.endInsertRows();
         end = begin;
     }
@@ -158,25 +211,23 @@ void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore) {
 }
 
 void TreeImpl::Sort() {
-    const Less less = SortOrder();
-    if (!less) return;
+    if (!IsSorted()) return;
     const std::uint64_t seed = mHeader->GetSortColumn() * 2ull + mHeader->IsSortDirectionAscending();
     std::vector<std::pair<const Row*, Order>> changes;
     std::vector<const Row*> folders{nullptr};
-    std::vector<UTF16String> keys;
     while (!folders.empty()) {
         const Row* folder = folders.back();
         folders.pop_back();
         const std::vector<RowRef>& rows = ChildrenOf(folder);
-        keys.resize(CountOfLaidOutChildren(folder));
-        for (std::size_t i = 0; i < keys.size(); ++i) {
-            keys[i] = SortKey(*rows[i]);
+        const std::size_t count = CountOfLaidOutChildren(folder);
+        for (std::size_t i = 0; i < count; ++i)
             if (rows[i]->HasChild()) folders.push_back(rows[i].get());
-        }
+        SortKeys keys(*this, rows, 0, count);
         const auto known = mSortedKeys.find(folder);
-        if (known != mSortedKeys.end() && known->second == HashOf(keys, Identity(keys.size()), seed)) continue;
-        Order order = SortedOrder(keys, less);
-        mSortedKeys[folder] = HashOf(keys, order, seed);
+        if (known != mSortedKeys.end() && known->second == HashOf(keys.GetKeys(), Identity(count), seed))
+            continue;
+        Order order = SortedOrder(keys, 0, count);
+        mSortedKeys[folder] = HashOf(keys.GetKeys(), order, seed);
         if (!IsIdentity(order)) changes.emplace_back(folder, std::move(order));
     }
     if (changes.empty()) return;
@@ -197,7 +248,6 @@ void TreeImpl::Reorder(const Row* parent, const Order& order) {
     std::move(rows.begin() + std::ptrdiff_t(order.size()), rows.end(), std::back_inserter(reordered));
     rows = std::move(reordered);
     Renumber(parent, 0);
-    mIsOpenedStale = true;
 }
 
 void TreeImpl::BeginLayoutChange() {

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <unordered_set>
 
+#include "desk/core/MainThread.h"
+#include "desk/core/Services.h"
 #include "desk/toolkit/Callback.h"
 #include "desk/toolkit/TreeImpl.h"
 #include "desk/toolkit/TreeView.h"
@@ -17,6 +19,8 @@ using Access = Row::Access;
 namespace {
 
 constexpr int kGlideMilliseconds = 180;
+/// Looking for the visible rows has all rows laid out.
+constexpr std::chrono::milliseconds kFrame(16);
 /// Callbacks that change what is visible make it be found out anew, within reason.
 constexpr int kMaximumRounds = 4;
 
@@ -29,7 +33,7 @@ void TreeImpl::FlushLayout() {
 TreeImpl::Range TreeImpl::VisibleRange() {
     if (!mView || !mView->isVisible()) return {};
     FlushLayout();
-    const int count = int(Opened().size());
+    const int count = int(CountOfOpened());
     const int top = mView->verticalScrollBar()->value();
     const int height = mView->viewport()->height();
     const int first = top / mRowPixels;
@@ -38,11 +42,13 @@ TreeImpl::Range TreeImpl::VisibleRange() {
 }
 
 void TreeImpl::UpdateVisibleRowsLater() {
-    RunLater(mVisibleLater, &TreeImpl::UpdateVisibleRows);
+    const auto wait = mNextVisibleUpdate - desk::GetServices().mMainThread->Now();
+    RunLater(mVisibleLater, &TreeImpl::UpdateVisibleRows, std::chrono::ceil<std::chrono::milliseconds>(wait));
 }
 
 void TreeImpl::UpdateVisibleRows() {
     if (mIsUpdatingVisible) return UpdateVisibleRowsLater();
+    mNextVisibleUpdate = desk::GetServices().mMainThread->Now() + kFrame;
     mIsUpdatingVisible = true;
     const RefPtr<UI_Node> keptAlive(mNode);
     bool hasChanged = true;
@@ -57,9 +63,10 @@ void TreeImpl::UpdateVisibleRows() {
 
 bool TreeImpl::UpdateVisibleRowsOnce() {
     const Range range = VisibleRange();
-    RowVec now;
-    for (int i = std::max(range.mFirst, 0); i <= range.mLast; ++i) now.emplace_back(Opened()[std::size_t(i)]);
     mFirstVisible = std::max(range.mFirst, 0);
+    const std::vector<Row*> rows = OpenedRange(
+        std::size_t(mFirstVisible), range.mLast < 0 ? 0 : std::size_t(range.mLast - mFirstVisible + 1));
+    const RowVec now(rows.begin(), rows.end());
     if (now == mVisible) return false;
     const RowVec before = std::exchange(mVisible, now);
     std::unordered_set<const Row*> was;
@@ -90,8 +97,8 @@ void TreeImpl::HoldScrollPosition() {
     // At the very top the top is what stays, not the row that stands there.
     const int top = mView->verticalScrollBar()->value();
     const std::size_t first = std::size_t(std::max(top, 0) / mRowPixels);
-    if (top <= 0 || first >= Opened().size()) return;
-    mHeldRow = Opened()[first];
+    if (top <= 0) return;
+    mHeldRow = RowRef(OpenedRow(first));
     mHeldOffset = double(top % mRowPixels) / mRowPixels;
 }
 
@@ -153,8 +160,7 @@ void TreeImpl::ScrollToTop(Row& row) {
 Row* TreeImpl::TopRow() {
     if (mScrollWhenShown && mScrollsToTopWhenShown) return mScrollWhenShown.get();
     FlushLayout();
-    const auto index = std::size_t(std::max(mView->verticalScrollBar()->value(), 0) / mRowPixels);
-    return index < Opened().size() ? Opened()[index] : nullptr;
+    return OpenedRow(std::size_t(std::max(mView->verticalScrollBar()->value(), 0) / mRowPixels));
 }
 
 void TreeImpl::SetRowHeight(float height) {

@@ -6,6 +6,7 @@
 
 #include "desk/core/QtStrings.h"
 #include "desk/toolkit/NodeImpl.h"
+#include "host/core/Logging.h"
 
 namespace host {
 
@@ -61,6 +62,16 @@ void UI_Node::Impl::ContentChanged() {
     }
 }
 
+bool UI_Node::Impl::OfferKey(const UI_KeyboardEvent& event) {
+    try {
+        for (UI_Node* node = mNode; node; node = node->mImpl->mParent)
+            if (node->UI_DoKeyboardEvent(mNode, event)) return true;
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    return false;
+}
+
 UI_Node::UI_Node(std::unique_ptr<Impl> impl) : mImpl(std::move(impl)) {
     mImpl->mNode = this;
 }
@@ -83,6 +94,10 @@ void UI_Node::UI_Show(bool show) {
 bool UI_Node::UI_IsShown() const {
     return mImpl->mIsShown;
 }
+bool UI_Node::UI_DoKeyboardEvent(UI_Node*, const UI_KeyboardEvent&) {
+    return false;
+}
+
 void UI_Node::UI_SizeChanged(const RectT<float>&) {}
 
 UI_Container::UI_Container() : UI_Container(std::make_unique<desk::ContainerImpl>()) {}

@@ -75,6 +75,16 @@ public:
     /// `text`, the case of the letters A to Z ignored; all else must be the same. Any thread.
     static bool IsMatch(const UTF16String& path, const UTF16String& text);
 
+    /// Takes the folders that were found, sorted.
+    using LeafCompletion = std::function<void(UTF16StringVec folders)>;
+
+    /// Finds the folders below `root`, at any depth, that hold no folder. Hidden folders and the host's own are
+    /// left out, and symbolic links are not entered; a folder that cannot be read counts as holding none.
+    /// Returns at once and never waits for the volume; `completion` is called later unless the request is
+    /// dropped. UI thread.
+    [[nodiscard]] static std::unique_ptr<Request> FindLeafFolders(const UTF16String& root,
+                                                                  LeafCompletion completion);
+
     /// The files below `root`, at any depth, with the extension (with its dot, ASCII letter case ignored),
     /// sorted by path. Hidden folders, the host's own files and what cannot be read are left out; symbolic
     /// links are not entered. Throws `FileException` (ECANCELED) when the user cancelled. Waits for the volume;

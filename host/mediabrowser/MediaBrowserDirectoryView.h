@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <set>
 
@@ -51,16 +52,36 @@ public:
     /// written to the log when it fails. Asking again for a folder that is being listed asks once more after
     /// that. Rows open themselves: opening a row that has no content yet asks for it.
     void RequestDirectoryContent(const UTF16String& path, const RowRef& row, const UTF16String& context);
-    /// Removes all rows, and forgets all requests.
+    /// True while content that was asked for is to come: the last delivery that answers the request has not
+    /// arrived. `row` as above. A folder that goes meanwhile is not answered: its row is removed.
+    bool IsContentAwaited(const RowRef& row) const;
+    /// Removes all rows, and forgets all requests, expansions and what is read ahead.
     void RemoveAllRows();
+
+    /// The folders between the root and the folder at `path`, which is the last of them; empty for the root
+    /// itself and for what does not lie below it.
+    UTF16StringVec GetContainerListForPath(const UTF16String& path) const;
+    using ExpansionCallback = std::function<void(const RowRef& row)>;
+    /// Opens the folders of such a list one after another, each when its row has come, all but the last; then
+    /// calls `completion` with the row of the last one, once and never from within this call. When it turns out
+    /// that a folder is not there, cannot be listed, or has been closed meanwhile, the row is empty. False, and
+    /// `completion` is not called, when that is known at once.
+    bool ExpandContainerList(const UTF16StringVec& containers, ExpansionCallback completion);
+    /// Ends all expansions that are under way: their completions are not called.
+    void CancelExpansions();
+    /// Has the folders, and those between them and the root, listed in the background, the last ones first, so
+    /// that their contents are there when they are opened one after another; until the next call, with no
+    /// folders for example.
+    void ReadAhead(const UTF16StringVec& folders);
 
     /// Reads the listing of a folder's row anew.
     virtual void RefreshDirectoryContent(const RowRef& row);
     /// The content of the folder `path` has changed: brings its rows up to date. Cheap for few changes:
     /// only what changed is read.
     virtual void OnDirectoryChanged(const UTF16String& path);
-    /// A delivery has arrived for `directoryPath`, whose row is `row` (empty for the root). Called again for
-    /// items whose facts (dates, size, lock) have come or changed. The base does nothing.
+    /// A delivery has arrived for `directoryPath`, whose row is `row` (empty for the root): content, a change,
+    /// or that the content could not be had. Called again for items whose facts (dates, size, lock) have come
+    /// or changed. The base does nothing.
     virtual void UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath,
                                        const DirectoryContent& content, const ContentDelivery& delivery);
     virtual void ListenToMessage(const Message& message) override;

@@ -130,7 +130,8 @@ public:
         SharedFunction<void(Drawbot&, const RowRef&, unsigned column, const RectT<float>& cell)> callback);
     /// What a cell says to assistive technology.
     void SetCellAccessibleTextFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
-    /// A cell's sort key. Called once for each row when the tree sorts.
+    /// A cell's sort key. Called once for each row when the tree sorts. Rows whose keys are equal stand in the
+    /// order of their keys in the first column that was appended, ascending.
     void SetCellSortDataFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
     /// The user has moved a column.
     void SetColumnMovedCallback(SharedFunction<void(unsigned from, unsigned to)> callback);
@@ -143,7 +144,9 @@ public:
     void SetRowDoubleClickedCallback(SharedFunction<void(const RowRef&, Point point)> callback);
     /// A row has been opened or closed, by whatever means.
     void SetRowOpenStateChangedCallback(SharedFunction<void(const RowRef&, bool open)> callback);
-    /// The user has clicked a row's triangle.
+    /// The user has opened or closed a row, by a click on its triangle or a key; with `kModKey_Alt`
+    /// (`GetCurrentModKeys`) that is meant for all below it too, and the row may have been open or closed
+    /// before. Without this callback the tree then opens or closes what rows there are.
     void SetRowDisclosureChangedCallback(SharedFunction<void(const RowRef&, bool open)> callback);
     /// A row has come into the visible area or left it: by scrolling, resizing, showing, opening, closing or a
     /// change of rows. Called before the row is painted. The cells of a row that left have been emptied.

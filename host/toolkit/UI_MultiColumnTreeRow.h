@@ -34,7 +34,7 @@ public:
     /// stand at the end.
     const std::vector<RowRef>& GetChildRows() const {
         static const std::vector<RowRef> sNoRows;
-        return mChildren ? *mChildren : sNoRows;
+        return mChildren ? mChildren->mRows : sNoRows;
     }
     std::size_t CountChildRows() const { return GetChildRows().size(); }
     bool HasChild() const { return !GetChildRows().empty(); }
@@ -55,16 +55,22 @@ public:
 private:
     friend struct Access;
     struct Cells;
+    struct Children {
+        std::vector<RowRef> mRows;
+        /// The first ones; the others have been appended since.
+        std::uint32_t mCountOfLaidOut = 0;
+        /// The rows that show below this one when it shows and is open.
+        std::uint32_t mCountOfShown = 0;
+    };
     UI_MultiColumnTreeRow();
 
     UI_MultiColumnTree* mTree = nullptr;
     UI_MultiColumnTreeRow* mParent = nullptr;
     /// Null for a row that never had any: most are such.
-    std::unique_ptr<std::vector<RowRef>> mChildren;
+    std::unique_ptr<Children> mChildren;
     std::unique_ptr<Data> mData;
     std::unique_ptr<Cells> mCells;
     std::uint32_t mPosition = 0;
-    std::uint32_t mCountOfLaidOutChildren = 0;
     std::int16_t mBackgroundColorID = 0;
     bool mIsOpen = false;
     bool mHasCustomChild = false;

@@ -11,6 +11,8 @@
 
 namespace host {
 
+class UI_KeyboardEvent;
+
 /// Base of everything the toolkit shows. A node is light: only nodes that need one have a widget behind
 /// them; the others are painted by what they stand in. UI thread.
 class ZUHOST_API UI_Node : public RefCounted {
@@ -38,6 +40,10 @@ protected:
 
     /// Lays out what is in the node; `localBounds` is its rectangle at position 0,0. The base does nothing.
     virtual void UI_SizeChanged(const RectT<float>& localBounds);
+    /// A key of the host's key table has been pressed while `node`, this one or one below it, had the keyboard.
+    /// True when it has been dealt with; otherwise the container is asked, and then the key does what it does
+    /// in `node`. The base answers false.
+    virtual bool UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event);
 
 private:
     friend struct Impl;

@@ -146,6 +146,49 @@ TEST_F(DirectoryViewTest, ClosingAProductionEmptiesTheTreeAndAnotherShowsOnlyIts
     EXPECT_EQ(ShownRows(), (Rows{"More", "Other"}));
 }
 
+TEST_F(DirectoryViewTest, TheProductionThatShowsKeepsItsRowsWhenItIsOpenedOnceMore) {
+    MakeProduction();
+    OpenProduction();
+    OpenFolder("Rushes");
+    Select({"Rushes/Scene 2"});
+    const Rows rows = ShownRows();
+    const ModelSignals signals(TreeWidget());
+    mDisk.ResetCounts();
+    OpenProduction();
+    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 1) << "asked again";
+    EXPECT_EQ(signals.mInserted + signals.mRemoved + signals.mResets, 0);
+    EXPECT_EQ(ShownRows(), rows);
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Scene 2"});
+}
+
+TEST_F(DirectoryViewTest, BothTreesSortAlikeAndClosedFoldersFollow) {
+    Rows byName{"Reels"};
+    Rows bySize{"Reels"};
+    for (int i = 10; i < 70; ++i) {
+        MakeProject("Reels/Reel " + std::to_string(i), std::string(std::size_t(100 - i), 'x'));
+        byName.push_back("  Reel " + std::to_string(i));
+        bySize.insert(bySize.begin() + 1, byName.back());
+    }
+    OpenProduction();
+    OpenFolder("Reels");
+    Tree()->CloseRow(RowOf("Reels").get());
+    const auto sortInSearch = [&](ColumnID column, bool isAscending, const Rows& rows) {
+        TypeSearch(QStringLiteral("reel "));
+        SearchView().GetHeaderRow()->SetSortColumn(column);
+        SearchView().GetHeaderRow()->SetSortDirection(isAscending);
+        SearchView().UpdateOpenRows();
+        EXPECT_TRUE(Shows([&] { return ShownHits() == rows; }));
+        TypeSearch({});
+        OpenFolder("Reels");
+        EXPECT_TRUE(Shows(rows));
+        Tree()->CloseRow(RowOf("Reels").get());
+    };
+    sortInSearch(Columns::kSizeColumnID, true, bySize);
+    // Nobody holds them: their names tell.
+    sortInSearch(Columns::kLockedColumnID, false, byName);
+    sortInSearch(Columns::kLockedColumnID, true, byName);
+}
+
 TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
     OpenProductionWith({"Reel 1"});
     desk::Production::Instance().PausePanelUpdates(true);
@@ -160,10 +203,18 @@ TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
 }
 
 TEST_F(DirectoryViewTest, AnItemThatIsToBeRenamedIsSelectedWhenItsRowComes) {
-    OpenProductionWith({"Reel 1"});
+    for (int i = 0; i < 2500; ++i) MakeProject("Long/Reel " + std::to_string(i));
+    OpenProductionWith({"Short/Reel 1"});
+    for (const std::string folder : {"Long", "Short"}) {
+        mTabView->SetDeferredRenameRowPath(PathOf(folder + "/Gone.zuproj"));
+        OpenFolder(folder);
+        EXPECT_TRUE(mTabView->GetDeferredRenameRowPath().empty()) << "all has come, and it was not there";
+        Tree()->CloseRow(RowOf(folder).get());
+    }
+    MakeProject("Reel 1");
     mTabView->SetDeferredRenameRowPath(PathOf("Reel 2.zuproj"));
     MakeProject("Reel 2");
-    ASSERT_TRUE(Shows({"Reel 1", "Reel 2"}));
+    ASSERT_TRUE(Shows({"Long", "Reel 1", "Reel 2", "Short"}));
     Settle();
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Reel 2"});
     EXPECT_TRUE(mTabView->GetDeferredRenameRowPath().empty());

@@ -76,11 +76,13 @@ TEST_F(TabViewTest, SelectionCountTexts) {
     EXPECT_EQ(SelectionCount(), "0 items");
     MakeProject("A");
     ASSERT_TRUE(Shows({"A"}));
+    Settle();
     EXPECT_EQ(SelectionCount(), "1 item");
     Select({"A"});
     EXPECT_EQ(SelectionCount(), "1 of 1 item selected");
     Make({"B", "C/"});
     ASSERT_TRUE(Shows({"A", "B", "C"}));
+    Settle();
     EXPECT_EQ(SelectionCount(), "1 of 3 items selected");
     Send(11303);
     EXPECT_EQ(SelectionCount(), "3 items");

@@ -63,7 +63,7 @@ TEST_F(FolderStoreTest, DeliversALongFirstListingInPartsInDisplayOrder) {
     int turn = 0;
     std::function<void()> countTurns = [&] {
         ++turn;
-        if (mDeliveries.empty() || !mDeliveries.back().mIsLast) mMain.Post(countTurns);
+        if (mDeliveries.empty() || !mDeliveries.back().mDelivery.mIsLast) mMain.Post(countTurns);
     };
     mStore->RequestListing(
         Path(""),
@@ -78,7 +78,7 @@ TEST_F(FolderStoreTest, DeliversALongFirstListingInPartsInDisplayOrder) {
     mMain.RunUntilIdle();
 
     ASSERT_GE(mDeliveries.size(), 3u);
-    EXPECT_TRUE(mDeliveries.back().mIsLast);
+    EXPECT_TRUE(mDeliveries.back().mDelivery.mIsLast);
     EXPECT_EQ(turns.size(), mDeliveries.size()) << "several parts in one turn";
     std::vector<host::UTF16String> order;
     for (const auto& delivery : mDeliveries) {
@@ -126,8 +126,8 @@ TEST_F(FolderStoreTest, KeepsWhatIsKnownWhenAListingFailsAndCatchesUp) {
         mDisk.Deny(mFolder.Path(), EIO);
         list();
         EXPECT_EQ(log.Count(), 1) << "told once while it stays so";
-        EXPECT_EQ(mDeliveries.back().mSystemError, EIO);
-        EXPECT_TRUE(mDeliveries.back().mIsLast && !mDeliveries.back().mContent);
+        EXPECT_EQ(mDeliveries.back().mDelivery.mSystemError, EIO);
+        EXPECT_TRUE(mDeliveries.back().mDelivery.mIsLast && !mDeliveries.back().mContent);
         EXPECT_EQ(desk::GetWatchStatus().mSystemError, EIO);
         mDisk.Allow(mFolder.Path());
     };
@@ -162,7 +162,7 @@ TEST_F(FolderStoreTest, TellsWhoHasTheContentWhatChangedAndOthersTheWhole) {
     ASSERT_EQ(mDeliveries.back().mDelivery.mExtent, Extent::Whole);
     List();
     EXPECT_EQ(mDeliveries.back().mDelivery.mExtent, Extent::Change);
-    EXPECT_TRUE(mDeliveries.back().mContent->empty() && mDeliveries.back().mIsLast);
+    EXPECT_TRUE(mDeliveries.back().mContent->empty() && mDeliveries.back().mDelivery.mIsLast);
     int other = 0;
     std::vector<Extent> extents;
     mStore->RequestListing(
@@ -170,11 +170,46 @@ TEST_F(FolderStoreTest, TellsWhoHasTheContentWhatChangedAndOthersTheWhole) {
     mMain.RunUntilIdle();
     EXPECT_EQ(extents, std::vector{Extent::Whole});
 
+    EXPECT_EQ(CountLists(), 2) << "what is known and watched answers the other";
+
     mStore->Forget(Path(""), this);
     EXPECT_TRUE(mStore->IsListed(Path(""))) << "the other still wants it";
     mStore->Forget(Path(""), &other);
     EXPECT_FALSE(mStore->IsListed(Path("")));
     EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 0u);
+}
+
+TEST_F(FolderStoreTest, ListsAheadOfThoseWhoWillAsk) {
+    mFolder.Write("A.zuproj");
+    for (const bool isPolled : {false, true}) {
+        SCOPED_TRACE(isPolled);
+        mDisk.SetVolumeType(isPolled ? 0x65735546 : 0xEF53);
+        host::DirectoryChangeMonitor::StopMonitoringDirectory(mFolder.PathUTF16(), true);
+        mStore->Forget(Path(""));
+        Monitor();
+        mDeliveries.clear();
+        mDisk.ResetCounts();
+        int ahead = 0;
+        mStore->RequestListingAhead(
+            Path(""),
+            [&](const desk::FolderStore::Delivery& delivery) {
+                EXPECT_TRUE(delivery.mContent->empty() && delivery.mDelivery.mIsLast);
+                ++ahead;
+            },
+            &ahead);
+        // Asked for while it is being listed, or just after it.
+        if (isPolled) mMain.RunUntilIdle();
+        List();
+        EXPECT_EQ(ahead, 1);
+        ASSERT_EQ(mDeliveries.size(), 1u);
+        EXPECT_EQ(mDeliveries[0].mDelivery.mExtent, Extent::Whole);
+        EXPECT_TRUE(mDeliveries[0].mDelivery.mIsLast);
+        EXPECT_EQ(mDeliveries[0].mContent->size(), 1u);
+        EXPECT_EQ(CountLists(), 1);
+        List();
+        EXPECT_EQ(CountLists(), 2) << "who asks again wants it listed again";
+        mStore->Forget(Path(""), &ahead);
+    }
 }
 
 TEST_F(FolderStoreTest, DeliversAnItemAgainWhenTheProcessThatHeldItsLockHasEnded) {

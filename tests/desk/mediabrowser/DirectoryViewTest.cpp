@@ -24,6 +24,7 @@ public:
     void UpdateTreeFromContent(const RowRef& row, const UTF16String& path,
                                const host::DirectoryContent& content,
                                const host::ContentDelivery& delivery) override {
+        mLast = delivery;
         std::set<UTF16String> paths;
         for (const host::PropertyMap& item : content)
             paths.insert(*item.Find<UTF16String>(host::MediaBrowserContentManager::kPathField));
@@ -52,6 +53,7 @@ public:
     UTF16String mRoot;
     std::set<UTF16String> mInMaps;
     int mChanges = 0;
+    host::ContentDelivery mLast;
 };
 
 class DirectoryViewTest : public FollowedFolder {
@@ -179,7 +181,12 @@ TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsSaysWhyThereAreNoneAndTriesA
     EXPECT_EQ(ShownRows(), Names{"Reels"});
     const int failed = log.Count();
     mDisk.Deny(mFolder.Path("Reels"), EIO);
-    Open("Reels");
+    mView->GetTree()->OpenRow(Row("Reels").get());
+    EXPECT_TRUE(mView->IsContentAwaited(Row("Reels")));
+    Settle();
+    EXPECT_FALSE(mView->IsContentAwaited(Row("Reels")));
+    EXPECT_TRUE(mView->mLast.mIsLast);
+    EXPECT_EQ(mView->mLast.mSystemError, EIO);
     EXPECT_EQ(ShownRows(), Names{"Reels"});
     mDisk.Allow(mFolder.Path("Reels"));
     Close("Reels");
@@ -193,6 +200,43 @@ TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsSaysWhyThereAreNoneAndTriesA
     mView->GetTree()->SetRowHeight(69.6f);
     QTreeView& tree = *desk::GetTreeWidget(*mView->GetTree());
     EXPECT_EQ(mView->GetExactOpenedHeight(), float(tree.header()->height() + 2 * 70)) << "in whole pixels";
+}
+
+TEST_F(DirectoryViewTest, OpensFoldersOneAfterAnotherAsTheyCome) {
+    mFolder.Write("A/B/C/D.zuproj");
+    mView->RequestDirectoryContent(mView->mRoot, {}, {});
+    Names reached;
+    const auto expand = [&](const std::string& path) {
+        return mView->ExpandContainerList(
+            mView->GetContainerListForPath(Path(path)), [this, &reached](const RowRef& row) {
+                reached.insert(row ? host::UTF16to8(mView->GetRowPath(row.get())) : "none");
+            });
+    };
+    EXPECT_FALSE(expand(""));
+    EXPECT_FALSE(expand("../elsewhere"));
+    EXPECT_TRUE(expand("A/B/C")) << "the root is to come";
+    EXPECT_TRUE(expand("A/X/C"));
+    Settle();
+    EXPECT_EQ(reached, (Names{mFolder.Path("A/B/C"), "none"}));
+    EXPECT_EQ(ShownRows(), (Names{"A", "A/B", "A/B/C"})) << "the last one is not opened";
+    EXPECT_FALSE(expand("A/X/C")) << "that is known";
+    // The user closes a folder, or all is called off, before the next one has come.
+    mFolder.Write("E/F/G/H.zuproj");
+    ASSERT_TRUE(WaitFor([this] { return Row("E") != nullptr; }));
+    reached.clear();
+    mView->ReadAhead({Path("E/F/G"), Path("nowhere/G"), mFolder.PathUTF16()});
+    EXPECT_TRUE(expand("E/F/G"));
+    mView->GetTree()->CloseRow(Row("E").get());
+    Settle();
+    EXPECT_EQ(reached, Names{"none"});
+    EXPECT_TRUE(mStore->IsListed(Path("E/F/G"))) << "read ahead";
+    mView->ReadAhead({});
+    EXPECT_FALSE(mStore->IsListed(Path("E/F/G")));
+    reached.clear();
+    EXPECT_TRUE(expand("E/F/G"));
+    mView->CancelExpansions();
+    Settle();
+    EXPECT_EQ(reached, Names{});
 }
 
 TEST_F(DirectoryViewTest, ShowsOnlyTheNewRootAndMayDieAtAnyTime) {

@@ -73,7 +73,11 @@ protected:
 
     QTreeView& View() { return *desk::GetTreeWidget(*mTree); }
     QScrollBar& ScrollBar() { return *View().verticalScrollBar(); }
-    void Settle() { mMainThread.RunUntilIdle(); }
+    /// Also what is brought up to date once a frame.
+    void Settle() {
+        mMainThread.RunUntilIdle();
+        mMainThread.Advance(std::chrono::milliseconds(20));
+    }
     void ScrollTo(int value) {
         Settle();
         ScrollBar().setValue(value);

@@ -1,3 +1,4 @@
+#include "host/toolkit/UI_KeyboardEvent.h"
 #include "tests/desk/toolkit/TreeFixture.h"
 
 namespace {
@@ -62,9 +63,11 @@ TEST_F(TreeSelectionTest, MouseAndKeysSelectAsUsersExpect) {
 
 TEST_F(TreeSelectionTest, KeysWalkTheTreeAndDisclose) {
     Rows heard;
-    mTree->SetRowDisclosureChangedCallback(Shared([&heard](const host::RowRef& row, bool open) {
-        heard.push_back(DataOf(*row).mName + (open ? "+" : "-"));
-    }));
+    const auto listen = [&heard](const host::RowRef& row, bool open) {
+        const bool isDeep = host::GetCurrentModKeys() == host::kModKey_Alt;
+        heard.push_back(DataOf(*row).mName + (open ? "+" : "-") + (isDeep ? " all" : ""));
+    };
+    mTree->SetRowDisclosureChangedCallback(Shared(listen));
     const host::RowVec rows = Add(nullptr, {"folder/", "p"});
     const host::RowRef inner = Add(rows[0].get(), {"inner/", "x"})[0];
     Add(inner.get(), {"leaf"});
@@ -76,11 +79,23 @@ TEST_F(TreeSelectionTest, KeysWalkTheTreeAndDisclose) {
     Press(Qt::Key_Left);
     EXPECT_EQ(Selected(), Rows{"folder/"});
     Press(Qt::Key_Left);
+    ClickTriangle(rows[0]);
+    Press(Qt::Key_Minus);
+    EXPECT_EQ(heard, (Rows{"folder/+", "folder/-", "folder/+", "folder/-"}));
+    heard.clear();
+    // With Alt all below is meant, whether the row is open or not; the one who listens opens it.
+    Press(Qt::Key_Asterisk);
+    Press(Qt::Key_Right, Qt::AltModifier);
+    Press(Qt::Key_Left, Qt::AltModifier);
+    Press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(heard, (Rows{"folder/+ all", "folder/+ all", "folder/- all", "folder/- all"}));
+    EXPECT_FALSE(inner->IsOpen());
+    mTree->SetRowDisclosureChangedCallback({});
     Press(Qt::Key_Asterisk);
     EXPECT_EQ(Shown(), (Rows{"folder/", "  inner/", "    leaf", "  x", "p"}));
-    ClickTriangle(inner);
-    Press(Qt::Key_Minus);
-    EXPECT_EQ(heard, (Rows{"folder/+", "folder/-", "folder/+", "inner/+", "inner/-", "folder/-"}));
+    Press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(Shown(), (Rows{"folder/", "p"}));
+    EXPECT_FALSE(inner->IsOpen());
     Press(Qt::Key_P);
     EXPECT_EQ(Selected(), Rows{"p"}) << "typing a name finds it";
 }

@@ -25,7 +25,7 @@ TEST_F(TreeSortTest, AsksEachKeyOnceAndSaysNothingWhenTheOrderHolds) {
     EXPECT_EQ(DataOf(*mTree->GetTopLevelRows().back()).mName, "not laid out");
 }
 
-TEST_F(TreeSortTest, EqualKeysKeepTheirOrderInBothDirections) {
+TEST_F(TreeSortTest, RowsWithEqualKeysStandInTheOrderOfTheirNamesInBothDirections) {
     const host::RowVec rows = Add(nullptr, {"a", "b", "c", "d"});
     for (const host::RowRef& row : rows) DataOf(*row).mSize = DataOf(*row).mName == "c" ? "1" : "2";
     mHeader->SetSortColumn(kSizeColumn);
@@ -37,6 +37,16 @@ TEST_F(TreeSortTest, EqualKeysKeepTheirOrderInBothDirections) {
     EXPECT_EQ(Shown(), (Rows{"a", "b", "d", "c"}));
     Add(nullptr, {"Trash/"});
     EXPECT_EQ(Shown()[4], "Trash/") << "a new row goes to its place";
+    // Whatever the order was before, and for rows that come later.
+    for (int i = 0; i < 4; ++i) DataOf(*rows[std::size_t(i)]).mSize = std::to_string(i);
+    mTree->SortTree();
+    EXPECT_EQ(Shown()[0], "d");
+    for (const host::RowRef& row : mTree->GetTopLevelRows()) DataOf(*row).mSize = "3";
+    Append(nullptr, "bb");
+    DataOf(*mTree->GetTopLevelRows().back()).mSize = "3";
+    mTree->SortTree();
+    mTree->LayoutAfterAppendRow(nullptr);
+    EXPECT_EQ(Shown(), (Rows{"a", "b", "bb", "c", "d", "Trash/"}));
     mHeader->SetSortColumn(0x3F3F3F3F);
     EXPECT_EQ(mHeader->GetSortColumn(), kSizeColumn) << "an unknown column changes nothing";
 }

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "host/core/Export.h"
+
+namespace host {
+
+/// The flags of modifier keys.
+inline constexpr unsigned kModKey_Alt = 16;
+
+/// The codes of keys, in the host's key table.
+inline constexpr int kKey_Escape = 27;
+
+/// The modifier keys of the user's input that is being handled. A key that stands for another one with a
+/// modifier has that: `*` in a tree is the right arrow with Alt. UI thread.
+ZUHOST_API unsigned GetCurrentModKeys();
+
+/// A key that the user has pressed.
+class UI_KeyboardEvent {
+public:
+    UI_KeyboardEvent(int code, unsigned modKeys) : mCode(code), mModKeys(modKeys) {}
+    int GetCode() const { return mCode; }
+    unsigned GetModKey() const { return mModKeys; }
+
+private:
+    int mCode;
+    unsigned mModKeys;
+};
+
+}  // namespace host

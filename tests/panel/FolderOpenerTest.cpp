@@ -1,0 +1,209 @@
+#include <QTest>
+
+#include "tests/panel/PanelFixture.h"
+
+namespace HandlerSharedProjects {
+
+class FolderOpenerTest : public PanelFixture {
+protected:
+    using State = FolderOpener::State;
+    using StateData = SharedProjectsDirectoryView::StateData;
+
+    void MakeProduction() {
+        Make({"A/Day 1/Morning/Take 1", "A/Day 1/Evening/", "A/Day 2/", "A/Take 2", "B/Take 3", "Empty/", "C"});
+    }
+    State OpenerState() { return DirectoryView().GetFolderOpener().GetState(); }
+    void Press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(&TreeWidget(), key, modifiers);
+    }
+    void ClickTriangle(const std::string& name, Qt::KeyboardModifiers modifiers = {}) {
+        const RowVec rows = Tree()->GetOpenedRows();
+        const auto index = static_cast<int>(std::ranges::find(rows, RowOf(name)) - rows.begin());
+        QTest::mouseClick(TreeWidget().viewport(), Qt::LeftButton, modifiers, {9, 25 * index + 12});
+    }
+    UTF16StringVec PathsOf(const std::vector<std::string>& names) {
+        UTF16StringVec paths;
+        for (const std::string& name : names) paths.push_back(PathUtils::ToNormalizedPath(PathOf(name)));
+        return paths;
+    }
+    void GoTo(const std::string& name) { Tree()->SelectRow(RowOf(name).get(), true, false, true); }
+
+    const Rows kClosed = {"A", "B", "C", "Empty"};
+    const Rows kAOpen = {"A",       "  Day 1",  "    Evening", "    Morning", "      Take 1",
+                         "  Day 2", "  Take 2", "B",           "C",           "Empty"};
+};
+
+TEST_F(FolderOpenerTest, GoesThroughItsStates) {
+    MakeProduction();
+    struct Case {
+        const char* mName;
+        std::vector<std::string> mFolders;
+        std::vector<std::string> mAwaited;
+        /// "run" lets the host go on, "again" begins another job, "stop" stops; others: content that has come,
+        /// "-A" a folder that has gone.
+        std::vector<std::string> mSteps;
+        State mExpected;
+        int mCompletions;
+    };
+    const std::string root;
+    const Case cases[] = {
+        {"nothing to do", {}, {}, {}, State::Idle, 1},
+        {"waits before it begins", {"A"}, {root}, {"run"}, State::Waiting, 0},
+        {"waits for all of it", {"A"}, {root, "B"}, {root, "run"}, State::Waiting, 0},
+        {"then opens", {"A"}, {root}, {root}, State::Expanding, 0},
+        {"waited for nothing but the content", {}, {root}, {root}, State::Idle, 1},
+        {"opens at once", {"A"}, {}, {}, State::Expanding, 0},
+        {"waits for the last contents", {"A", "B"}, {}, {"run", "A"}, State::WaitingForLastContents, 0},
+        {"is told of them", {"A", "B"}, {}, {"run", "A", "B"}, State::Idle, 1},
+        {"is told of others too",
+         {"A", "B"},
+         {},
+         {"run", root, "Empty", "B"},
+         State::WaitingForLastContents,
+         0},
+        {"one of them has gone", {"A", "B"}, {}, {"run", "A", "-B", root}, State::Idle, 1},
+        {"what is not there", {"Gone", "C.zuproj", "/etc", ""}, {}, {}, State::Idle, 1},
+        {"what turns out not to be there", {"A/Gone"}, {}, {"run"}, State::Idle, 1},
+        {"one job at a time: waiting", {"A"}, {root}, {"again", root}, State::Expanding, 0},
+        {"expanding", {"A"}, {}, {"again", "run", "A"}, State::Idle, 1},
+        {"waiting for the last", {"A"}, {}, {"run", "again", "A"}, State::Idle, 1},
+        {"stopped while waiting", {"A"}, {root}, {"stop", root, "run"}, State::Idle, 0},
+        {"stopped while expanding", {"A/Day 1"}, {}, {"stop", "run", "A"}, State::Idle, 0},
+        {"stopped while waiting for the last", {"A"}, {}, {"run", "stop", "A"}, State::Idle, 0},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.mName);
+        CloseProduction();
+        OpenProduction();
+        FolderOpener opener(DirectoryView());
+        int completions = 0;
+        int others = 0;
+        const UTF16StringVec awaited = PathsOf(each.mAwaited);
+        opener.OpenFolders(PathsOf(each.mFolders), {awaited.begin(), awaited.end()}, [&] {
+            ++completions;
+            EXPECT_TRUE(opener.IsIdle());
+            opener.OpenFolders({}, {}, [&] { ++others; });
+        });
+        for (const std::string& step : each.mSteps) {
+            if (step == "run")
+                mMain.RunUntilIdle();
+            else if (step == "again")
+                opener.OpenFolders(PathsOf({"Empty"}), {},
+                                   [] { ADD_FAILURE() << "a running job was replaced"; });
+            else if (step == "stop")
+                opener.Stop();
+            else if (step.starts_with('-'))
+                opener.OnFolderRemoved(PathOf(step.substr(1)));
+            else
+                opener.OnContentUpdated(PathsOf({step}).front(), true);
+        }
+        EXPECT_EQ(opener.GetState(), each.mExpected);
+        EXPECT_EQ(completions, each.mCompletions);
+        EXPECT_EQ(others, each.mCompletions) << "the completion may begin another job";
+        EXPECT_FALSE(RowOf("Empty")->IsOpen());
+        opener.Stop();
+    }
+}
+
+TEST_F(FolderOpenerTest, AltAndTheStarOpenAndCloseAllBelow) {
+    MakeProduction();
+    OpenProduction();
+    EXPECT_EQ(ShownRows(), kClosed);
+    ClickTriangle("A", Qt::AltModifier);
+    EXPECT_NE(OpenerState(), State::Idle);
+    // A second one during the first opens its own level only; what is closed by hand stays closed.
+    ClickTriangle("B", Qt::AltModifier);
+    Settle();
+    EXPECT_EQ(OpenerState(), State::Idle);
+    Rows expected = kAOpen;
+    expected.insert(expected.begin() + 8, "  Take 3");
+    EXPECT_EQ(ShownRows(), expected);
+    ClickTriangle("A", Qt::AltModifier);
+    ClickTriangle("B");
+    Settle();
+    EXPECT_EQ(ShownRows(), kClosed);
+    OpenFolder("A");
+    EXPECT_FALSE(RowOf("A/Day 1")->IsOpen()) << "closed on every level";
+
+    GoTo("A");
+    for (const auto& [key, modifiers] :
+         {std::pair(Qt::Key_Right, Qt::AltModifier), std::pair(Qt::Key_Asterisk, Qt::ShiftModifier)}) {
+        Press(key, modifiers);
+        Settle();
+        EXPECT_EQ(ShownRows(), kAOpen);
+        Select({"A", "A/Day 1/Morning/Take 1", "C"});
+        Tree()->SelectRow(RowOf("A").get(), false, false, false);
+        Press(Qt::Key_Left, Qt::AltModifier);
+        Settle();
+        EXPECT_EQ(ShownRows(), kClosed);
+        EXPECT_EQ(SelectedNames(), (std::vector<std::string>{"A", "C"}));
+    }
+}
+
+TEST_F(FolderOpenerTest, EscapeAndClosingStopItAndAFailedListingDoesNot) {
+    MakeProduction();
+    OpenProduction();
+    GoTo("A");
+    Press(Qt::Key_Escape);
+    Press(Qt::Key_Asterisk);
+    Press(Qt::Key_Escape);
+    EXPECT_EQ(OpenerState(), State::Idle);
+    Settle();
+    EXPECT_EQ(ShownRows().size(), kClosed.size() + 3) << "its own level, which was open already";
+    Press(Qt::Key_Asterisk);
+    ClickTriangle("A", Qt::AltModifier);
+    EXPECT_EQ(OpenerState(), State::Idle);
+    Settle();
+    EXPECT_EQ(ShownRows(), kClosed);
+
+    const ExpectLogged log("(faulty)");
+    mDisk.Deny(mFolder.Path(OnDisk("A/Day 1/Morning")), EIO);
+    Press(Qt::Key_Asterisk);
+    Settle();
+    EXPECT_EQ(OpenerState(), State::Idle);
+    EXPECT_TRUE(RowOf("A/Day 2")->IsOpen() && RowOf("A/Day 1/Evening")->IsOpen());
+    EXPECT_FALSE(FindRow("A/Day 1/Morning/Take 1"));
+}
+
+TEST_F(FolderOpenerTest, PutsAViewBackAsItWasLeft) {
+    MakeProduction();
+    for (int i = 0; i < 60; ++i) MakeProject("D/Reel " + std::to_string(i));
+    OpenProduction();
+    for (const char* folder : {"A", "A/Day 1", "A/Day 1/Morning", "D"}) OpenFolder(folder);
+    Select({"A/Day 1/Morning/Take 1", "D/Reel 50"});
+    Tree()->ScrollRowToTop(RowOf("D/Reel 30").get());
+    Settle();
+    const StateData left = DirectoryView().GetCurrentStateData();
+    EXPECT_EQ(left.mTopVisibleRowPath, PathOf("D/Reel 30.zuproj"));
+    const Rows rows = ShownRows();
+
+    StateData state = left;
+    // What is gone is passed over, and what is outside too.
+    for (const char* gone : {"A/Gone/Deeper", "../elsewhere", "C.zuproj", "D/Reel 1"}) {
+        state.mOpenFolderPaths.push_back(PathOf(gone));
+        state.mSelectedRowPaths.push_back(PathOf(gone));
+    }
+    state.mSelectedRowPaths.erase(state.mSelectedRowPaths.end() - 2);
+    const auto leaveAndOpen = [&] {
+        CloseProduction();
+        desk::Production::Instance().Open(mFolder.PathUTF16(mProduction));
+        DirectoryView().UpdateFromStateData(state, true);
+    };
+    leaveAndOpen();
+    EXPECT_EQ(OpenerState(), State::Waiting);
+    EXPECT_EQ(DirectoryView().GetCurrentStateData().mOpenFolderPaths, state.mOpenFolderPaths)
+        << "saved half-way, nothing is lost";
+    Settle();
+    EXPECT_EQ(ShownRows(), rows);
+    EXPECT_EQ(DirectoryView().GetCurrentStateData(), left);
+
+    // Who has selected something meanwhile keeps it.
+    leaveAndOpen();
+    ASSERT_TRUE(mMain.RunUntil([&] { return FindRow("B") != nullptr; }));
+    Tree()->SelectRow(RowOf("B").get(), true, false, true);
+    Settle();
+    EXPECT_EQ(ShownRows(), rows);
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"B"});
+}
+
+}  // namespace HandlerSharedProjects
