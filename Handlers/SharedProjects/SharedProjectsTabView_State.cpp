@@ -31,8 +31,7 @@ void SharedProjectsTabView::UpdateFromStateData(const StateData& state) {
         mColumnIDToBaseWidth[column.mColumnID] = column.mWidth;
     // The widths are scaled by the zoom, and given to both trees.
     UpdateViewsFromZoomAmount();
-    Columns::SetUpHeaderRowFromData(mTreeView->GetDirectoryView()->GetHeaderRow(),
-                                    state.mDirectoryViewData.mHeaderRowData, GetColumnWidthScale());
+    mTreeView->GetDirectoryView()->UpdateFromStateData(state.mDirectoryViewData, true);
     // All zero where nobody could tell: then the panel stays where it stands.
     if (state.mDockedInMainWindow || state.mFloatingWindowGlobalRect != Rect())
         SetPlace(state.mDockedInMainWindow, state.mFloatingWindowGlobalRect);

@@ -80,7 +80,7 @@ TEST_F(RememberedView, IsBackAfterTheEndOfAProgramAndAKill) {
     std::string saved;
     for (const bool isKilled : {false, true, false}) {
         QProcess process;
-        StartOn(process, "Harbour", "Harbour");
+        StartOn(process, "Harbour", "Harbour/Reels/Day 1");
         if (isKilled) {
             process.kill();
             process.waitForFinished();
@@ -91,6 +91,7 @@ TEST_F(RememberedView, IsBackAfterTheEndOfAProgramAndAKill) {
         EXPECT_EQ(Finish(process).mExitCode, 0);
         const QJsonObject entry = Entry("Harbour");
         const QJsonObject left = entry.value(QLatin1String("mDirectoryViewData")).toObject();
+        EXPECT_EQ(left.value(QLatin1String("mOpenFolderPaths")).toArray(), open);
         const QJsonObject columns = left.value(QLatin1String("mHeaderRowData")).toObject();
         EXPECT_EQ(columns.value(QLatin1String("mColumnDataList")).toArray().first().toObject(), size);
         EXPECT_EQ(columns.value(QLatin1String("mColumnDataList")).toArray().size(), 5);
