@@ -55,6 +55,16 @@ void PartFile::Copy(ItemTree& tree, WorkProgress& progress) {
     mProgress = &progress;
     mState = State::Begun;
     mIsFolder = tree.IsFolder();
+    try {
+        CopyAll(tree);
+    } catch (const host::FileException& exception) {
+        mMayBeUnseen = !IsRefusal(exception.SystemError());
+        throw;
+    }
+    progress.ThrowIfCancelled("copy", tree.mRoot);
+}
+
+void PartFile::CopyAll(ItemTree& tree) {
     const bool isFlushedEach = ShouldFlushEach(tree);
     CopyFolders(tree);
     CopyFiles(tree, isFlushedEach);
@@ -63,7 +73,6 @@ void PartFile::Copy(ItemTree& tree, WorkProgress& progress) {
     });
     FinishFolders(tree, isFlushedEach);
     if (!isFlushedEach) Disk().FlushVolume(mPath);
-    progress.ThrowIfCancelled("copy", tree.mRoot);
 }
 
 /// What the system holds back of a volume of another machine, its flush of volumes need not reach.
@@ -137,7 +146,8 @@ void PartFile::Remove() noexcept {
         try {
             return RemoveTree(mPath);
         } catch (const host::FileException& exception) {
-            if (exception.SystemError() == ENOENT) return;
+            const bool isAbsent = exception.SystemError() == ENOENT;
+            if (isAbsent && (!mMayBeUnseen || FindPresence(Disk(), mPath) == Presence::Gone)) return;
             if (tries == kTries)
                 Log(LogLevel::Warning, std::string("what was begun could not be removed: ") + exception.what());
         }

@@ -31,6 +31,7 @@ public:
 private:
     enum class State { NotBegun, Begun, PublishedPerhaps, Published };
 
+    void CopyAll(ItemTree& tree);
     void CopyFolders(const ItemTree& tree);
     void CopyFiles(ItemTree& tree, bool isFlushed);
     void CopyFile(const ItemTree& tree, TreeItem& file, bool isFlushed);
@@ -43,6 +44,8 @@ private:
     const std::string mPath;
     State mState = State::NotBegun;
     bool mIsFolder = false;
+    /// Its making was answered with an error and may have been done: that it is not there may be an old answer.
+    bool mMayBeUnseen = false;
     WorkProgress* mProgress = nullptr;
 };
 

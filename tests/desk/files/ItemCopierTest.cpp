@@ -114,6 +114,7 @@ void ItemCopierTest::ExpectAllOrNothing(const Deed& deed, const TreeSnapshot& be
 TEST_P(ItemCopierFaultTest, LosesNothingAndLeavesNothingHalfDoneWhateverStepFails) {
     const Deed& deed = GetParam();
     mDisk.SkipFlushes();
+    mDisk.SetLies(FaultyFileSystem::Lies::Names);
     ExpectLogged faults("(faulty) use");
     ExpectLogged lostReplies("(lost reply) use");
     for (const bool isCarriedOut : {false, true})
@@ -122,6 +123,7 @@ TEST_P(ItemCopierFaultTest, LosesNothingAndLeavesNothingHalfDoneWhateverStepFail
             MakeSource(deed.mVolume == kLocalVolume ? 9 : 4);
             const TreeSnapshot before = TakeSnapshot(mFrom);
             mDisk.ResetCounts();
+            mDisk.ForgetLies();
             isCarriedOut ? mDisk.FailAfter(Operation::Any, step, EIO) : mDisk.Fail(Operation::Any, step, EIO);
             const int error = Do(deed);
             ExpectAllOrNothing(deed, before, error);
