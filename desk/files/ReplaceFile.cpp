@@ -81,10 +81,13 @@ private:
                 mDisk.Rename(mTemporary, mPath);
                 return Finish();
             } catch (const host::FileException& exception) {
-                if (mIsNew && IsRefusal(exception.SystemError())) return GiveUp(exception);
+                const bool isRefused = IsRefusal(exception.SystemError());
+                if (isRefused && mIsNew) return GiveUp(exception);
                 const auto found = FindPresence(mDisk, {mPath, mTemporary});
-                if (found[0] == Presence::There && found[1] == Presence::Gone) return Finish();
-                if (found[0] == Presence::There && found[1] == Presence::There) return GiveUp(exception);
+                const bool isThere = found[0] == Presence::There;
+                if (isThere && found[1] == Presence::Gone) return Finish();
+                const bool isKnownNotDone = isThere && found[1] == Presence::There;
+                if (isKnownNotDone || (isRefused && found[0] != Presence::Gone)) return GiveUp(exception);
                 // The volume has removed the old file, and not renamed the new one: the name is free now.
                 const bool isNameFree = found[0] == Presence::Gone && found[1] == Presence::There;
                 if (!isNameFree || tries == kTries) return Keep(exception, found[1] != Presence::Gone);
