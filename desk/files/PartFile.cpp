@@ -58,7 +58,7 @@ void PartFile::Copy(ItemTree& tree, WorkProgress& progress) {
     try {
         CopyAll(tree);
     } catch (const host::FileException& exception) {
-        mMayBeUnseen = !IsRefusal(exception.SystemError());
+        mMayBeUnseen = exception.SystemError() != ENOENT && !IsRefusal(exception.SystemError());
         throw;
     }
     progress.ThrowIfCancelled("copy", tree.mRoot);
