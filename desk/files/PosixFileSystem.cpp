@@ -157,7 +157,9 @@ bool PosixFileSystem::WaitForCaches(const std::string& path) noexcept {
     struct statfs facts;
     if (::statfs(path.c_str(), &facts) == 0 && DoesVolumeReportChanges(static_cast<long>(facts.f_type)))
         return true;
-    const std::chrono::seconds time = FindCacheTime(path);
+    const auto told = FindCacheTime(path);
+    if (!told) return false;
+    const std::chrono::seconds time = *told;
     // A tenth of a second more: the clocks of the caches are coarse.
     if (time.count() > 0)
         std::this_thread::sleep_for(std::min(time, kLongestWait) + std::chrono::milliseconds(100));

@@ -14,10 +14,12 @@ namespace {
 
 using std::chrono::seconds;
 
-/// What the client keeps at most when nothing is said: nfs(5) 60 seconds, sshfs(1) 20, others about one.
+/// What the client keeps at most when nothing is said: nfs(5) 60 seconds, sshfs(1) 20. No mount says what
+/// another FUSE program chose; one second is the default of libfuse, and some take more. Others keep about one.
 seconds DefaultTime(std::string_view type) {
     if (type == "nfs" || type == "nfs4") return seconds(60);
     if (type == "fuse.sshfs") return seconds(20);
+    if (type == "fuse" || type.starts_with("fuse.")) return seconds(5);
     return seconds(1);
 }
 
@@ -73,16 +75,16 @@ seconds FindCacheTime(std::string_view type, std::string_view options) {
     return isSaid ? longest : DefaultTime(type);
 }
 
-seconds FindCacheTime(const std::string& path) noexcept {
+std::optional<seconds> FindCacheTime(const std::string& path) noexcept {
     try {
         const std::string id = FindMountID(path);
         std::ifstream file("/proc/self/mountinfo");
         for (std::string line; !id.empty() && std::getline(file, line);)
             if (line.starts_with(id + ' ')) return FindCacheTimeInLine(line);
     } catch (...) {
-        // As for a volume of which nothing is known.
+        // Not told.
     }
-    return DefaultTime({});
+    return {};
 }
 
 }  // namespace desk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,8 +14,9 @@ namespace desk {
 /// systems that name no time get their default. Any thread.
 ZUHOST_API std::chrono::seconds FindCacheTime(std::string_view type, std::string_view options);
 
-/// The same for the volume that holds `path` (bytes), by statx(2) and /proc/self/mountinfo (proc(5)). May wait
-/// for the volume; any thread; never throws.
-ZUHOST_API std::chrono::seconds FindCacheTime(const std::string& path) noexcept;
+/// The same for the volume that holds `path` (bytes), by statx(2) and /proc/self/mountinfo (proc(5)). Absent
+/// when the system does not tell the volume, as after `path` was renamed. May wait for the volume; any thread;
+/// never throws.
+ZUHOST_API std::optional<std::chrono::seconds> FindCacheTime(const std::string& path) noexcept;
 
 }  // namespace desk

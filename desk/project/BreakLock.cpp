@@ -31,6 +31,8 @@ using Outcome = LockBreaking::Outcome;
 using namespace std::chrono_literals;
 
 constexpr auto kShortestWait = 3s;
+/// Of a volume that cannot be told: the longest that network file systems keep names by themselves.
+constexpr std::chrono::seconds kLongestUsualCacheTime(60);
 constexpr auto kStep = 50ms;
 constexpr int kRemovalTries = 5;
 
@@ -113,8 +115,9 @@ LockBreaking Break(const StandingLock& lock, const LockRecord& mine, BreakWait w
                    const WorkProgress& progress) {
     LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
     const std::string folder = lock.mPath.substr(0, lock.mPath.rfind('/') + 1);
+    const std::chrono::seconds cacheTime = FindCacheTime(folder).value_or(kLongestUsualCacheTime);
     const std::chrono::milliseconds time =
-        wait.value_or(std::max<std::chrono::seconds>(kShortestWait, 2 * FindCacheTime(folder)));
+        wait.value_or(std::max<std::chrono::seconds>(kShortestWait, 2 * cacheTime));
     LockBreaking breaking = protocol.Break(lock.mPath, lock.mSeen, mine, [&] { return Wait(time, progress); });
     RemoveRemains(protocol);
     return breaking;
