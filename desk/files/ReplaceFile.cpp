@@ -70,7 +70,6 @@ private:
             return old.mKind == ItemKind::File ? old.mMode & 0777 : modeOfNewFile;
         } catch (const host::FileException& exception) {
             if (exception.SystemError() != ENOENT) throw;
-            mIsNew = true;
             return modeOfNewFile;
         }
     }
@@ -81,13 +80,12 @@ private:
                 mDisk.Rename(mTemporary, mPath);
                 return Finish();
             } catch (const host::FileException& exception) {
-                const bool isRefused = IsRefusal(exception.SystemError());
-                if (isRefused && mIsNew) return GiveUp(exception);
                 const auto found = FindPresence(mDisk, {mPath, mTemporary});
                 const bool isThere = found[0] == Presence::There;
                 if (isThere && found[1] == Presence::Gone) return Finish();
-                const bool isKnownNotDone = isThere && found[1] == Presence::There;
-                if (isKnownNotDone || (isRefused && found[0] != Presence::Gone)) return GiveUp(exception);
+                // A refusal speaks for the last step of a replacement only: the old file may be gone already.
+                if (isThere && (found[1] == Presence::There || IsRefusal(exception.SystemError())))
+                    return GiveUp(exception);
                 // The volume has removed the old file, and not renamed the new one: the name is free now.
                 const bool isNameFree = found[0] == Presence::Gone && found[1] == Presence::There;
                 if (!isNameFree || tries == kTries) return Keep(exception, found[1] != Presence::Gone);
@@ -130,7 +128,6 @@ private:
     FileSystem& mDisk;
     const std::string& mPath;
     const std::string mTemporary;
-    bool mIsNew = false;
     bool mIsBegun = false;
 };
 

@@ -10,6 +10,7 @@
 #include "desk/core/Log.h"
 #include "desk/core/QtStrings.h"
 #include "desk/files/FolderPath.h"
+#include "desk/files/HostNames.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/project/LockProtocol.h"
 #include "desk/project/TargetedLeftovers.h"
@@ -26,9 +27,13 @@ bool IsLockName(std::string_view name) {
     return name.starts_with('.') && !GetProjectNameOfLockFile(host::UTF8to16(std::string(name))).empty();
 }
 
+/// This machine's caches may still show the hidden name of what has its final name by now, and would lead
+/// there. The volume itself renames only what does stand under the hidden name.
 void SweepTemporary(FileSystem& fileSystem, const std::string& path) {
+    const std::string taken = JoinPath<std::string>(FolderOf(path), MakeTemporaryName());
     try {
-        RemoveTree(fileSystem, path);
+        fileSystem.Rename(path, taken);
+        RemoveTree(fileSystem, taken);
         Log(LogLevel::Info, "removed what a process left that is gone: " + path);
     } catch (const host::FileException& exception) {
         Log(LogLevel::Info, exception.what());
@@ -131,8 +136,7 @@ void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::s
     for (const std::string& name : names) {
         const std::string path = JoinPath<std::string>(folder, name);
         if (IsTemporaryOfDead(name, desktop)) SweepTemporary(fileSystem, path);
-        if (const auto targeted = ParseTargetedTemporary(name);
-            targeted && targeted->mOwner.IsGone(desktop))
+        if (const auto targeted = ParseTargetedTemporary(name); targeted && targeted->mOwner.IsGone(desktop))
             SweepTargeted(fileSystem, path, *targeted);
         if (IsGuardName(name) || IsLockName(name)) SweepRecord(fileSystem, desktop, path);
     }

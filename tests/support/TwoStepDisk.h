@@ -14,7 +14,12 @@ public:
         if (mFailures == 0) return FaultyFileSystem::Rename(from, to);
         --mFailures;
         ::unlink(to.c_str());
-        desk::ThrowFileException("rename", from, EEXIST);
+        desk::ThrowFileException("rename", from, mError);
+    }
+    bool WaitForCaches(const std::string& path) noexcept override {
+        return mForgetsSoon && FaultyFileSystem::WaitForCaches(path);
     }
     int mFailures = 0;
+    int mError = EEXIST;
+    bool mForgetsSoon = true;
 };

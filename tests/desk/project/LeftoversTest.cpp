@@ -56,22 +56,27 @@ TEST_F(LeftoversTest, TemporariesTellWhatTheyBelongToAndWhoMadeThem) {
     EXPECT_TRUE(desk::ParseTargetedTemporary(longest));
 }
 
-TEST_F(LeftoversTest, ATextIsOnlySweptWhereTheFileThatItWasToReplaceIsThere) {
-    const ExpectLogged told(mFolder.Path(SaveOf("").substr(0, 8)));
-    mFolder.Write("a.zuproj", "old");
-    mFolder.Write(SaveOf("a.zuproj"), "new");
-    const std::string last = SaveOf("b.zuproj");
+TEST_F(LeftoversTest, ATextOfASaveGoesOnlyWhereItIsKnownThatNobodyNeedsIt) {
+    const ExpectLogged told("recovered");
     const std::string living = desk::MakeSaveName("a.zuproj");
-    for (const std::string& name : {last, living}) mFolder.Write(name, "last");
+    mFolder.Write(living, "living");
+    mFolder.Write("old.zuproj", "before");
+    mFolder.Write(SaveOf("old.zuproj"), "never told to be saved");
+    for (const char* target : {"saved.zuproj", "foreign.zuproj", "gone.zuproj"})
+        mFolder.Write(SaveOf(target), "text");
+    mFolder.Write("saved.zuproj", "text");
+    mFolder.Write("foreign.zuproj", "a colleague's");
+    const Names before = NamesIn();
+    for (int listing = 2; listing < 6; ++listing) mDisk.Fail(Operation::ListFolder, listing, EIO);
     Sweep();
-    EXPECT_EQ(NamesIn(), (Names{"a.zuproj", last, living}));
-    EXPECT_EQ(told.Count(), 2) << "what was removed, and what is kept where";
-    mFolder.Write("b.zuproj", "saved again");
-    mDisk.Fail(Operation::ListFolder, 2, EIO);
+    EXPECT_EQ(NamesIn(), before) << "the volume does not tell";
     Sweep();
-    EXPECT_TRUE(mFolder.Exists(last)) << "the volume does not tell";
-    Sweep();
-    EXPECT_EQ(NamesIn(), (Names{"a.zuproj", "b.zuproj", living}));
+    EXPECT_EQ(NamesIn(), (Names{"foreign recovered.zuproj", "foreign.zuproj", living, "old.zuproj",
+                                "saved.zuproj", "Text recovered.zuproj"}));
+    for (const char* name : {"foreign recovered.zuproj", "Text recovered.zuproj"})
+        EXPECT_EQ(mFolder.Read(name), "text");
+    EXPECT_EQ(mFolder.Read("foreign.zuproj"), "a colleague's");
+    EXPECT_EQ(told.Count(), 2) << "each told once, and where it is";
 }
 
 TEST_F(LeftoversTest, AFolderThatWasToBeFilledGoesWithItsMarkWhileItIsEmpty) {
