@@ -102,23 +102,22 @@ void PanelBench::Close() {
 /// As a user does it: what was open when the production was closed is open again when it is opened.
 void PanelBench::PrepareFolders(const std::string& folder, int rows) {
     auto& application = BenchApplication::Instance();
-    Open(folder);
-    const auto waitFor = [&](const std::function<bool()>& isDone) {
-        for (int i = 0; i < 6000 && !isDone(); ++i) application.RunFor(std::chrono::milliseconds(50));
+    // No rows come any more for two seconds.
+    const auto waitForAll = [&] {
+        for (int still = 0, shown = 0; still < 20 && CountShownRows(*mView) < rows; ++still) {
+            application.RunFor(std::chrono::milliseconds(100));
+            if (const int now = CountShownRows(*mView); now != shown) still = 0, shown = now;
+        }
     };
-    waitFor([&] { return mView->model()->rowCount() > 0; });
+    Open(folder);
+    waitForAll();
     const int topLevelRows = mView->model()->rowCount();
     for (int row = 0; row < topLevelRows && CountShownRows(*mView) < rows; ++row) {
-        const QModelIndex index = mView->model()->index(row, 0);
-        mView->setCurrentIndex(index);
+        mView->setCurrentIndex(mView->model()->index(row, 0));
         QKeyEvent star(QEvent::KeyPress, Qt::Key_Asterisk, Qt::NoModifier, QStringLiteral("*"));
         QCoreApplication::sendEvent(mView, &star);
-        // A second one would do nothing while the first goes on.
-        const int expected = CountShownRows(*mView) + (rows - topLevelRows) / topLevelRows;
-        waitFor([&] { return CountShownRows(*mView) >= expected - 1; });
-        application.RunFor(std::chrono::milliseconds(100));
+        waitForAll();
     }
-    waitFor([&] { return CountShownRows(*mView) == rows; });
     application.RunFor(std::chrono::milliseconds(500));
     Close();
     application.RunFor(std::chrono::milliseconds(2000));
