@@ -33,7 +33,7 @@ void CopyItem(const std::string& source, const std::string& destination, WorkPro
     LogLeftOut(tree);
     progress.AddToTotal(tree.mBytes);
     part.Copy(tree, progress);
-    part.Publish();
+    ThrowUnlessDurable(part.Publish(), source, destination);
 }
 
 }  // namespace desk

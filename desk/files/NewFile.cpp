@@ -30,6 +30,9 @@ void MakeFile(FileSystem& fileSystem, const std::string& path, const std::string
     try {
         fileSystem.CreateNewFile(temporary, bytes, mode);
         publish(temporary);
+    } catch (const MoveInDoubt& doubt) {
+        RemoveTemporaryFile(fileSystem, temporary, doubt.SystemError());
+        throw;
     } catch (const host::FileException& exception) {
         RemoveTemporaryFile(fileSystem, temporary, exception.SystemError());
         ThrowFileException("create", path, exception.SystemError());
@@ -40,7 +43,9 @@ void MakeFile(FileSystem& fileSystem, const std::string& path, const std::string
 
 void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mode) {
     ThrowIfTaken(Disk(), "create", path);
-    MakeFile(Disk(), path, bytes, mode, [&](const std::string& temporary) { MoveOnVolume(temporary, path); });
+    MakeFile(Disk(), path, bytes, mode, [&](const std::string& temporary) {
+        ThrowUnlessDurable(MoveOnVolume(temporary, path), temporary, path);
+    });
 }
 
 void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& path, const std::string& bytes,

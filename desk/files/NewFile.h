@@ -13,7 +13,8 @@ namespace desk {
 class FileSystem;
 
 /// Makes the file `path` with this content and mode, without replacing (`MoveOnVolume`), and makes it durable.
-/// Throws with EEXIST when something stands there. Uses `GetServices()`.
+/// Throws with EEXIST when something stands there, and `MoveInDoubt` when it is not known whether the file
+/// stands there or will survive a loss of power. Uses `GetServices()`.
 ZUHOST_API void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mode);
 
 /// The same for a name that nobody else can have chosen (`MakeNonce`). Its content is durable, its name not

@@ -75,12 +75,15 @@ private:
     }
 
     void RemoveOldName() {
-        int error = TryToRemoveOldName();
-        // Somebody may have taken the name meanwhile.
-        if (error != 0 && Compare(mFrom) == Likeness::Same && TryToRemoveOldName() == 0) error = 0;
-        if (error == 0) return;
+        const int error = TryToRemoveOldName();
+        if (error == 0 || (IsStillOurs() && TryToRemoveOldName() == 0)) return;
         mMove.mOldPlace = FindPresence(mDisk, mFrom);
         if (mMove.mOldPlace != Presence::Gone) mMove.mOldPlaceError = error;
+    }
+
+    /// Somebody may have taken the old name since it was removed.
+    bool IsStillOurs() const {
+        return mDisk.WaitForCaches(FolderOf(mFrom)) && Compare(mFrom) == Likeness::Same;
     }
 
     /// Returns 0 or an errno.
@@ -166,6 +169,11 @@ MoveInDoubt::MoveInDoubt(const FileException& reason, const std::string& from, c
       mTo(host::UTF8to16(to)) {}
 
 MoveInDoubt::~MoveInDoubt() = default;
+
+void ThrowUnlessDurable(const VolumeMove& move, const std::string& from, const std::string& to) {
+    if (move.mFlushError == 0) return;
+    throw MoveInDoubt(FileException("flush folder of", host::UTF8to16(to), move.mFlushError), from, to);
+}
 
 VolumeMove MoveOnVolume(FileSystem& fileSystem, const std::string& from, const std::string& to) {
     return Move(fileSystem, from, to).Run();

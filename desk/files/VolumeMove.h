@@ -50,6 +50,9 @@ private:
 ZUHOST_API VolumeMove MoveOnVolume(FileSystem& fileSystem, const std::string& from, const std::string& to);
 ZUHOST_API VolumeMove MoveOnVolume(const std::string& from, const std::string& to);
 
+/// Throws `MoveInDoubt` when the flush after `move` has failed: for whom an unflushed move is not done.
+void ThrowUnlessDurable(const VolumeMove& move, const std::string& from, const std::string& to);
+
 /// Makes durable what was moved or removed in `folder`: returns 0, or an errno value when it may be lost with
 /// the power, which the log says too. Waits for the volume: for a worker.
 int TryToFlushFolder(FileSystem& fileSystem, const std::string& folder) noexcept;

@@ -58,8 +58,10 @@ public:
             Undo();
             throw;
         }
-        TryTo([this] { Disk().FlushFolder(FolderOf(mTo)); });
+        const int flushError = TryToFlushFolder(Disk(), FolderOf(mTo));
         RemoveMark();
+        mMayBeInPlace = true;
+        if (flushError != 0) ThrowFileException("flush folder of", mTo, flushError);
     }
 
 private:

@@ -150,7 +150,7 @@ host::UTF16String ProjectDocuments::CreateProject(const host::UTF16String& folde
         }
         throw host::FileException("create", wanted, EEXIST);
     } catch (const host::FileException& exception) {
-        if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotMade(path, ReasonOf(exception));
+        ProjectQuestions::TellFailure(path, exception, ProjectQuestions::TellNotMade);
     }
     return {};
 }

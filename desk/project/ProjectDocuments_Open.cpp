@@ -141,8 +141,7 @@ bool ProjectDocuments::OpenCopy(const UTF16String& path, const ProjectFilePlace&
             if (CopyFileOnDisk(file.mPath, copy)) return OpenProject(copy);
             taken.push_back(host::PathUtils::GetFullFilePart(copy));
         } catch (const host::FileException& exception) {
-            if (exception.SystemError() != ECANCELED)
-                ProjectQuestions::TellNotCopied(copy, ReasonOf(exception));
+            ProjectQuestions::TellFailure(copy, exception, ProjectQuestions::TellNotCopied);
             return false;
         }
     }

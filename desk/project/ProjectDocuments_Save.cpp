@@ -184,8 +184,7 @@ std::optional<UTF16String> ProjectDocuments::SaveToNewFile(
             ProjectQuestions::TellNotCopied(
                 path, host::ZString("$$$/Desk/Project/NameTaken=There is something of this name already."));
         } catch (const host::FileException& exception) {
-            if (exception.SystemError() != ECANCELED)
-                ProjectQuestions::TellNotCopied(path, ReasonOf(exception));
+            ProjectQuestions::TellFailure(path, exception, ProjectQuestions::TellNotCopied);
         }
     }
 }

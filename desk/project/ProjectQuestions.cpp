@@ -9,6 +9,8 @@
 #include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
 #include "desk/core/UserNotice.h"
+#include "desk/files/FileFailure.h"
+#include "desk/files/VolumeMove.h"
 #include "desk/project/BreakLock.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
@@ -166,6 +168,19 @@ void TellNotReloaded(const UTF16String& path, const UTF16String& reason) {
 void TellNotMade(const UTF16String& path, const UTF16String& reason) {
     Tell(ZString("$$$/Desk/Project/NotMade=The Project Was Not Made"),
          ZString("$$$/Desk/Project/NotMadeText=“@0” was not made.\n@1", {NameOf(path), reason}));
+}
+
+void TellFailure(const UTF16String& path, const host::FileException& exception,
+                 void (*tell)(const UTF16String& path, const UTF16String& reason)) {
+    Log(LogLevel::Info, exception.what());
+    if (exception.SystemError() == ECANCELED) return;
+    const UTF16String reason = ToUTF16(ToDisplayText(DescribeReason(exception)));
+    if (!dynamic_cast<const MoveInDoubt*>(&exception)) return tell(path, reason);
+    Tell(
+        ZString("$$$/Desk/Project/MayBeMade=The Project May Have Been Made"),
+        ZString("$$$/Desk/Project/MayBeMadeText=“@0” may have been made, or may not: the volume does not tell. "
+                "Look at it before it is used.\n@1",
+                {NameOf(path), reason}));
 }
 
 void TellNotWritable(const UTF16String& path, const UTF16String& reason) {

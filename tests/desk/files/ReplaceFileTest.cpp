@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <future>
 
 #include "desk/files/NewFile.h"
 #include "desk/files/ReplaceFile.h"
@@ -133,6 +132,11 @@ TEST_F(ReplaceFileTest, ATextWhoseFileTheVolumeHasRemovedStaysUntilTheFileIsTher
     EXPECT_EQ(lost.mOutcome, Outcome::NotKnown);
     EXPECT_EQ(mFolder.Read(lost.mKept.substr(mFolder.Path().size() + 1)), "newer");
     EXPECT_EQ(Contents(), Names{"kept newer"});
+    disk.mFailures = 1;
+    disk.mError = EACCES;
+    disk.mForgetsSoon = false;
+    EXPECT_EQ(replace("refused").mOutcome, Outcome::NotKnown) << "the old file may be gone";
+    EXPECT_EQ(Contents(), (Names{"kept newer", "kept refused"}));
     EXPECT_EQ(replace("newest").mOutcome, Outcome::Done);
     EXPECT_EQ(Contents(), Names{"newest"});
 }
@@ -155,9 +159,7 @@ TEST_F(ReplaceFileTest, ANewFileHasItsNameOnlyWhenItIsComplete) {
     EXPECT_EQ(Mode("file"), 0640u);
     EXPECT_EQ(make(), EEXIST);
     mFolder.Remove("file");
-    mDisk.CloseGate(Operation::FlushFolder, mFolder.Path());
-    auto done = std::async(std::launch::async, make);
-    EXPECT_TRUE(mDisk.WaitAtGate()) << "the folder is flushed";
-    mDisk.OpenGate();
-    EXPECT_EQ(done.get(), 0);
+    mDisk.ResetCounts();
+    mDisk.Fail(Operation::FlushFolder, 1, EIO);
+    EXPECT_EQ(make(), EIO) << "the name may be lost with the power";
 }
