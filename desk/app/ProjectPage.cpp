@@ -167,7 +167,7 @@ void ProjectPage::UpdateState() {
     LetEdit(*mEditor, !isReadOnly);
     mEditor->setAccessibleName(ProjectName(*mDocument));
     const host::UTF16String& trouble = mDocument->GetTrouble();
-    mTrouble->SetText(ToDisplayText(host::ZString(
+    mTrouble->SetText(ToQString(host::ZString(
         "$$$/Desk/Projects/TroubleText=This project cannot be saved now. @0\nIt keeps its lock, and can "
         "be saved again once that is over.",
         {trouble})));
