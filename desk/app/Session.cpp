@@ -42,6 +42,7 @@
 #include "desk/framework/PluginLoader.h"
 #include "desk/framework/Shortcuts.h"
 #include "desk/project/CopyQueue.h"
+#include "desk/project/LockKeeper.h"
 #include "desk/project/ProjectDocuments.h"
 #include "desk/project/TrashMoves.h"
 #include "host/core/DirectoryRegistry.h"
@@ -55,6 +56,8 @@ constexpr std::chrono::seconds kPatience(3);
 /// While a copy ends and what it has made is removed.
 constexpr std::chrono::seconds kPatienceWithCopies(10);
 constexpr std::chrono::milliseconds kBetweenTries(100);
+/// For what follows when all locks have been given up, or time is over for that.
+constexpr std::chrono::milliseconds kReserve(200);
 
 /// While Qt looks for the display: it would end the process with its own words and a core dump.
 void ExplainMissingDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
@@ -194,8 +197,9 @@ int Session::Execute() {
     mParts->mWindow->SaveLayout();
     if (mParts->mMemory) mParts->mMemory->End();
     const std::chrono::seconds patience = mParts->mCopyQueue->IsBusy() ? kPatienceWithCopies : kPatience;
+    const auto end = std::chrono::steady_clock::now() + patience;
     EndAtTheLatestIn(patience, exitCode);
-    Close(patience);
+    Close(end);
     return exitCode;
 }
 
@@ -287,7 +291,12 @@ void Session::TakeScreenshot() {
 
 /// Copies end at their next step, and remove what they have made, while the panels go, which use everything
 /// else.
-void Session::Close(std::chrono::seconds patience) {
+void Session::Close(std::chrono::steady_clock::time_point end) {
+    using std::chrono::milliseconds;
+    const auto left = [end](milliseconds reserve) {
+        const auto time = end - reserve - std::chrono::steady_clock::now();
+        return std::max(std::chrono::duration_cast<milliseconds>(time), milliseconds(0));
+    };
     mParts->mCopyQueue.reset();
     mParts->mScreenshot.reset();
     mParts->mMemory.reset();
@@ -296,7 +305,8 @@ void Session::Close(std::chrono::seconds patience) {
     mParts->mColorScheme.reset();
     mParts->mDebugDatabase.reset();
     mParts->mUsageLog.reset();
-    mParts->mWorkerPool.WaitUntilIdle(patience);
+    LockKeeper::Instance().FinishGivingUp(left(kReserve));
+    mParts->mWorkerPool.WaitUntilIdle(left({}));
     mParts->mFolderStore.reset();
 }
 

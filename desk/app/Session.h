@@ -33,7 +33,7 @@ private:
     void OpenFirstProduction();
     void OpenProjects();
     void TakeScreenshot();
-    void Close(std::chrono::seconds patience);
+    void Close(std::chrono::steady_clock::time_point end);
 
     const CommandLine& mCommandLine;
     std::unique_ptr<Parts> mParts;

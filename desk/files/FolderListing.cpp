@@ -60,10 +60,7 @@ void FolderListing::SweepIfNeeded(const std::vector<FolderEntry>& entries) {
     std::vector<std::string> names;
     for (const FolderEntry& entry : entries)
         if (MayBeLeftover(entry.mName)) names.push_back(entry.mName);
-    if (names.empty() || !GetServices().mDesktop) return;
-    GetServices().mWorkerPool->SubmitLast([folder = mRequest.mFolder->mBytes, names = std::move(names)] {
-        SweepLeftovers(*GetServices().mFileSystem, *GetServices().mDesktop, folder, names);
-    });
+    if (!names.empty() && GetServices().mDesktop) SweepInBackground(mRequest.mFolder->mBytes, std::move(names));
 }
 
 void FolderListing::TakeEntry(const FolderEntry& entry) {

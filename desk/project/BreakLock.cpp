@@ -16,8 +16,8 @@
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/Dialogs.h"
 #include "desk/dialogs/LongWork.h"
-#include "desk/files/VolumeCache.h"
 #include "desk/project/BrokenLocksLog.h"
+#include "desk/project/Leftovers.h"
 #include "desk/project/LockKeeper.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
@@ -30,9 +30,6 @@ using host::UTF16String;
 using Outcome = LockBreaking::Outcome;
 using namespace std::chrono_literals;
 
-constexpr auto kShortestWait = 3s;
-/// Of a volume that cannot be told: the longest that network file systems keep names by themselves.
-constexpr std::chrono::seconds kLongestUsualCacheTime(60);
 constexpr auto kStep = 50ms;
 constexpr int kRemovalTries = 5;
 
@@ -107,6 +104,7 @@ void RemoveRemains(LockProtocol& protocol) {
             release = protocol.RemoveRemains(remains);
         }
         if (release == LockRelease::Retry) Log(LogLevel::Warning, "could not remove " + remains.mPath);
+        if (!remains.mTemporary.empty()) SweepAttempt(remains);
     }
 }
 
@@ -114,10 +112,7 @@ void RemoveRemains(LockProtocol& protocol) {
 LockBreaking Break(const StandingLock& lock, const LockRecord& mine, BreakWait wait,
                    const WorkProgress& progress) {
     LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
-    const std::string folder = lock.mPath.substr(0, lock.mPath.rfind('/') + 1);
-    const std::chrono::seconds cacheTime = FindCacheTime(folder).value_or(kLongestUsualCacheTime);
-    const std::chrono::milliseconds time =
-        wait.value_or(std::max<std::chrono::seconds>(kShortestWait, 2 * cacheTime));
+    const std::chrono::milliseconds time = wait.value_or(FindTimeToBreak(lock.mPath));
     LockBreaking breaking = protocol.Break(lock.mPath, lock.mSeen, mine, [&] { return Wait(time, progress); });
     RemoveRemains(protocol);
     return breaking;

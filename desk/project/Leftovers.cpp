@@ -1,18 +1,20 @@
 #include "desk/project/Leftovers.h"
 
 #include <QCryptographicHash>
-#include <map>
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "desk/core/Desktop.h"
 #include "desk/core/Log.h"
+#include "desk/core/MainThread.h"
 #include "desk/core/QtStrings.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/project/LockProtocol.h"
+#include "desk/project/StrayLocks.h"
 #include "desk/project/TargetedLeftovers.h"
 #include "host/files/FileException.h"
 
@@ -40,51 +42,10 @@ void SweepTemporary(FileSystem& fileSystem, const std::string& path) {
     }
 }
 
-/// The nonces of stray locks.
-class StrayLocks {
-public:
-    void Add(const std::string& nonce) {
-        const std::lock_guard lock(mMutex);
-        mStates.try_emplace(nonce, State::Stray);
-    }
-    /// False while it is being removed.
-    bool TakeOut(const std::string& nonce) {
-        const std::lock_guard lock(mMutex);
-        const auto entry = mStates.find(nonce);
-        if (entry != mStates.end() && entry->second == State::BeingRemoved) return false;
-        mStates.erase(nonce);
-        return true;
-    }
-    /// True for a stray lock, which is then being removed until `EndRemoval`.
-    bool BeginRemoval(const std::string& nonce) {
-        const std::lock_guard lock(mMutex);
-        const auto entry = mStates.find(nonce);
-        return entry != mStates.end() && std::exchange(entry->second, State::BeingRemoved) == State::Stray;
-    }
-    void EndRemoval(const std::string& nonce, bool isRemoved) {
-        const std::lock_guard lock(mMutex);
-        if (isRemoved)
-            mStates.erase(nonce);
-        else
-            mStates[nonce] = State::Stray;
-    }
-
-private:
-    enum class State { Stray, BeingRemoved };
-
-    std::mutex mMutex;
-    std::map<std::string, State> mStates;
-};
-
-StrayLocks& GetStrayLocks() {
-    static StrayLocks& locks = *new StrayLocks;
-    return locks;
-}
-
 void SweepStray(LockProtocol& protocol, const std::string& path, const std::string& nonce) {
-    if (!GetStrayLocks().BeginRemoval(nonce)) return;
+    if (!BeginStrayRemoval(nonce)) return;
     const bool isRemoved = protocol.Release(path, nonce) == LockRelease::Done;
-    GetStrayLocks().EndRemoval(nonce, isRemoved);
+    EndStrayRemoval(nonce, isRemoved);
     if (isRemoved) Log(LogLevel::Info, "removed a lock that was given up when it stood elsewhere: " + path);
 }
 
@@ -98,7 +59,34 @@ void SweepRecord(FileSystem& fileSystem, const Desktop& desktop, const std::stri
     const LockRecord mine = MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
     if (protocol.RemoveDead(path, record->mNonce, mine))
         Log(LogLevel::Info, "removed what a process left that is gone: " + path);
-    for (const LockRemains& remains : protocol.TakeRemains()) protocol.RemoveRemains(remains);
+    protocol.DropRemains();
+}
+
+std::vector<std::string> FindLeftovers(FileSystem& fileSystem, const std::string& folder) {
+    std::vector<std::string> names;
+    try {
+        for (FolderEntry& entry : fileSystem.ListFolder(folder))
+            if (MayBeLeftover(entry.mName)) names.push_back(std::move(entry.mName));
+    } catch (const host::FileException& exception) {
+        Log(LogLevel::Info, exception.what());
+    }
+    return names;
+}
+
+void SweepLater(const HollowLock& lock) {
+    GetServices().mMainThread->PostDelayed(
+        [lock] {
+            GetServices().mWorkerPool->SubmitLast(
+                [lock] { SweepHollowLock(*GetServices().mFileSystem, *GetServices().mDesktop, lock); });
+        },
+        FindTimeToBreak(lock.mPath));
+}
+
+/// On a worker.
+void SweepNow(const std::string& folder, const std::vector<std::string>& names) {
+    const Services& services = GetServices();
+    for (const HollowLock& lock : SweepLeftovers(*services.mFileSystem, *services.mDesktop, folder, names))
+        SweepLater(lock);
 }
 
 }  // namespace
@@ -119,38 +107,45 @@ bool IsGuardName(std::string_view name) {
     return name.starts_with(kGuardPrefix) && name.size() == kGuardPrefix.size() + kDigitsOfNonce;
 }
 
-void NoteStrayLock(const std::string& nonce) {
-    GetStrayLocks().Add(nonce);
-}
-
-bool TakeBackStrayLock(const std::string& nonce) {
-    return GetStrayLocks().TakeOut(nonce);
-}
-
 bool MayBeLeftover(std::string_view name) {
     return name.starts_with('.') && (IsTemporaryName(name) || IsGuardName(name) || IsLockName(name));
 }
 
-void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::string& folder,
-                    const std::vector<std::string>& names) {
+std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop,
+                                       const std::string& folder, const std::vector<std::string>& names) {
+    std::vector<HollowLock> hollow;
     for (const std::string& name : names) {
         const std::string path = JoinPath<std::string>(folder, name);
         if (IsTemporaryOfDead(name, desktop)) SweepTemporary(fileSystem, path);
-        if (const auto targeted = ParseTargetedTemporary(name); targeted && targeted->mOwner.IsGone(desktop))
-            SweepTargeted(fileSystem, path, *targeted);
         if (IsGuardName(name) || IsLockName(name)) SweepRecord(fileSystem, desktop, path);
+        const auto targeted = ParseTargetedTemporary(name);
+        if (!targeted) continue;
+        if (targeted->mPurpose != TemporaryPurpose::Lock) {
+            if (targeted->mOwner.IsGone(desktop)) SweepTargeted(fileSystem, path, *targeted);
+        } else if (auto lock = SweepLockTemporary(fileSystem, desktop, path, *targeted, names)) {
+            hollow.push_back(*std::move(lock));
+        }
     }
+    return hollow;
 }
 
-void SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop, const std::string& folder) {
-    std::vector<std::string> names;
-    try {
-        for (FolderEntry& entry : fileSystem.ListFolder(folder))
-            if (MayBeLeftover(entry.mName)) names.push_back(std::move(entry.mName));
-    } catch (const host::FileException& exception) {
-        Log(LogLevel::Info, exception.what());
-    }
-    SweepLeftovers(fileSystem, desktop, folder, names);
+std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop,
+                                       const std::string& folder) {
+    return SweepLeftovers(fileSystem, desktop, folder, FindLeftovers(fileSystem, folder));
+}
+
+void SweepInBackground(const std::string& folder, std::vector<std::string> names) {
+    GetServices().mWorkerPool->SubmitLast([folder, names = std::move(names)] { SweepNow(folder, names); });
+}
+
+void SweepAttempt(const LockRemains& attempt) {
+    NoteStrayLock(attempt.mNonce);
+    GetServices().mWorkerPool->SubmitLast([attempt] {
+        FileSystem& fileSystem = *GetServices().mFileSystem;
+        const std::string moved = FindMovedLock(fileSystem, attempt.mTemporary, attempt.mNonce);
+        const std::string folder = FolderOf(moved.empty() ? attempt.mTemporary : moved);
+        SweepNow(folder, FindLeftovers(fileSystem, folder));
+    });
 }
 
 }  // namespace desk

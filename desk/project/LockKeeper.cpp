@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 #include "desk/core/Desktop.h"
@@ -16,7 +17,9 @@
 #include "desk/dialogs/AskVolume.h"
 #include "desk/dialogs/LongWork.h"
 #include "desk/files/FolderPath.h"
+#include "desk/files/FolderStore.h"
 #include "desk/project/Leftovers.h"
+#include "desk/project/StrayLocks.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 
@@ -29,6 +32,7 @@ using std::chrono::milliseconds;
 /// A reader, or somebody who breaks the lock, is given this long to be gone.
 constexpr milliseconds kPatience(3000);
 constexpr milliseconds kBetweenTries(200);
+constexpr milliseconds kLongestDelay(5000);
 /// How long the window stands still for a lock that is given up.
 constexpr milliseconds kStandstill(2000);
 
@@ -48,6 +52,17 @@ LockReport CheckOnDisk(const std::string& lockPath, const std::string& nonce) {
                      [lockPath, nonce] { return MakeProtocol().Check(lockPath, nonce); });
 }
 
+/// Where the folder store has seen the lock that bears `nonce`.
+std::vector<std::string> FindKnownPlaces(const std::string& nonce) {
+    std::vector<std::string> places;
+    if (const FolderStore* store = GetServices().mFolderStore)
+        store->VisitLocks(u"/", true, [&](const host::UTF16String& project, const ItemFacts& facts) {
+            if (facts.mLock && facts.mLock->mNonce == nonce) places.push_back(GetLockPath(project));
+            return true;
+        });
+    return places;
+}
+
 }  // namespace
 
 /// A file of ours that is to go and could not be removed at once.
@@ -56,6 +71,16 @@ struct LockKeeper::GivingUp {
     /// It may not be seen yet: that it is not there does not end it before its time.
     bool mIsDoubtful = false;
     std::chrono::steady_clock::time_point mEnd;
+    /// Its end has come: it is stray now, and whoever comes upon it removes it too.
+    bool mIsLate = false;
+    /// Until the next attempt.
+    milliseconds mDelay = kBetweenTries;
+    /// Where the folder store has seen it elsewhere.
+    std::vector<std::string> mPlaces;
+
+    LockRelease Try(const std::vector<std::string>& places);
+    bool IsInTime() const { return GetServices().mMainThread->Now() < mEnd; }
+
     /// Held while a worker tries, which begins only while the lock has not been taken back.
     std::mutex mMutex;
     std::atomic<bool> mIsTakenBack = false;
@@ -152,7 +177,7 @@ HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& 
                           const std::lock_guard lock(task->mMutex);
                           task->mIsTakenBack = true;
                       });
-    if (!TakeBackStrayLock(found.mNonce)) return {};
+    if (!ForgetStrayLock(found.mNonce)) return {};
     if (CheckOnDisk(lockPath, found.mNonce).mStanding != LockStanding::Ours) return {};
     return Keep(lockPath, found);
 }
@@ -198,7 +223,7 @@ std::vector<LockRemains> LockKeeper::FollowMove(const std::string& oldFolder, co
     std::vector<LockRemains> before;
     for (const HeldLockPtr& lock : moved) {
         Forget(*lock);
-        before.push_back({lock->mPath, lock->mRecord.mNonce});
+        before.push_back({lock->mPath, lock->mRecord.mNonce, {}});
         lock->mPath = newFolder + lock->mPath.substr(oldFolder.size());
         mLocks[lock->mPath] = lock;
     }
@@ -210,7 +235,7 @@ void LockKeeper::GiveUp(const HeldLock& lock) {
     // One that seemed to be lost may have been taken back.
     if (FindByNonce(lock.mRecord.mNonce)) return;
     if (lock.mIsLost) return NoteStrayLock(lock.mRecord.mNonce);
-    if (const auto task = AddGivingUp({lock.mPath, lock.mRecord.mNonce}, false))
+    if (const auto task = AddGivingUp({lock.mPath, lock.mRecord.mNonce, {}}, false))
         TryToGiveUp(task).wait_for(kStandstill);
 }
 
@@ -234,35 +259,90 @@ std::shared_ptr<LockKeeper::GivingUp> LockKeeper::AddGivingUp(LockRemains remain
     return task;
 }
 
-std::future<void> LockKeeper::TryToGiveUp(const std::shared_ptr<GivingUp>& task) {
-    const auto attempt = std::make_shared<std::packaged_task<void()>>([this, task] {
-        LockRelease release = LockRelease::NotOurs;
-        {
-            const std::lock_guard lock(task->mMutex);
-            if (!task->mIsTakenBack) release = MakeProtocol().RemoveRemains(task->mRemains);
-        }
-        GetServices().mMainThread->Post([this, task, release] { Finish(task, release); });
-    });
-    std::future<void> tried = attempt->get_future();
+/// On a worker. A lock that is away is looked for where the folder store knows it and, while it is worth that,
+/// beside its folder.
+LockRelease LockKeeper::GivingUp::Try(const std::vector<std::string>& places) {
+    const std::lock_guard lock(mMutex);
+    if (mIsTakenBack) return LockRelease::NotOurs;
+    LockProtocol protocol = MakeProtocol();
+    const LockRelease release = protocol.RemoveRemains(mRemains);
+    if (release != LockRelease::Away) return release;
+    for (const std::string& place : places)
+        if (protocol.Release(place, mRemains.mNonce) == LockRelease::Done) return LockRelease::Done;
+    if (!IsInTime()) return release;
+    const std::string place = FindMovedLock(*GetServices().mFileSystem, mRemains.mPath, mRemains.mNonce);
+    return place.empty() ? release : protocol.Release(place, mRemains.mNonce);
+}
+
+std::future<LockRelease> LockKeeper::Try(const std::shared_ptr<GivingUp>& task,
+                                         const std::function<void(LockRelease)>& then) {
+    const auto attempt =
+        std::make_shared<std::packaged_task<LockRelease()>>([task, then, places = task->mPlaces] {
+            const LockRelease release = task->Try(places);
+            if (then) GetServices().mMainThread->Post([then, release] { then(release); });
+            return release;
+        });
+    std::future<LockRelease> tried = attempt->get_future();
     GetServices().mWorkerPool->Submit([attempt] { (*attempt)(); });
     return tried;
 }
 
-void LockKeeper::Finish(const std::shared_ptr<GivingUp>& task, LockRelease release) {
-    MainThread& mainThread = *GetServices().mMainThread;
-    const bool isInTime = mainThread.Now() < task->mEnd;
-    const bool isOpen = release == LockRelease::Retry || task->mIsDoubtful;
-    if (isOpen && isInTime && !task->mIsTakenBack)
-        return mainThread.PostDelayed([this, task] { TryToGiveUp(task); }, kBetweenTries);
+std::future<LockRelease> LockKeeper::TryToGiveUp(const std::shared_ptr<GivingUp>& task) {
+    return Try(task, [this, task](LockRelease release) {
+        if (std::ranges::find(mGivingUp, task) == mGivingUp.end()) return;
+        Note(task, release);
+        if (std::ranges::find(mGivingUp, task) != mGivingUp.end()) TryLater(task);
+    });
+}
+
+void LockKeeper::TryLater(const std::shared_ptr<GivingUp>& task) {
+    const milliseconds delay = task->mDelay;
+    if (!task->mIsDoubtful) task->mDelay = std::min(2 * delay, kLongestDelay);
+    GetServices().mMainThread->PostDelayed(
+        [this, task] {
+            if (std::ranges::find(mGivingUp, task) != mGivingUp.end()) TryToGiveUp(task);
+        },
+        delay);
+}
+
+void LockKeeper::Note(const std::shared_ptr<GivingUp>& task, LockRelease release) {
+    const std::string& nonce = task->mRemains.mNonce;
+    const bool isUndone =
+        !IsStrayLockRemoved(nonce) && (release == LockRelease::Retry || release == LockRelease::Away);
+    const bool isOpen = task->mIsDoubtful ? task->IsInTime() : isUndone;
+    if (task->mIsTakenBack || !isOpen) return End(task, release);
+    if (release == LockRelease::Away) task->mPlaces = FindKnownPlaces(nonce);
+    if (task->IsInTime() || std::exchange(task->mIsLate, true)) return;
+    NoteStrayLock(nonce);
+    Log(LogLevel::Warning, "could not remove the lock file " + task->mRemains.mPath +
+                               (release == LockRelease::Away ? ", which is not there now" : "") +
+                               "; it is tried again while the program runs");
+}
+
+void LockKeeper::End(const std::shared_ptr<GivingUp>& task, LockRelease release) {
     std::erase(mGivingUp, task);
     // One that is held again is no stray, whatever an attempt before that came to.
     if (task->mIsTakenBack) return;
+    const LockRemains& remains = task->mRemains;
+    if (release == LockRelease::Retry) Log(LogLevel::Warning, "could not remove " + remains.mPath);
     if (release == LockRelease::NotOurs && !task->mIsDoubtful)
-        Log(LogLevel::Info, "the lock was no longer ours: " + task->mRemains.mPath);
-    if (release != LockRelease::Retry) return;
-    NoteStrayLock(task->mRemains.mNonce);
-    Log(LogLevel::Warning, "could not remove the lock file " + task->mRemains.mPath +
-                               ": a reader has it open, or somebody is about to break it");
+        Log(LogLevel::Info, "the lock was no longer ours: " + remains.mPath);
+    if (!remains.mTemporary.empty()) return SweepAttempt(remains);
+    if (release != LockRelease::Done && !remains.mNonce.empty()) NoteStrayLock(remains.mNonce);
+}
+
+void LockKeeper::FinishGivingUp(milliseconds patience) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + patience;
+    for (bool isFirst = true; Clock::now() < end; isFirst = false) {
+        if (!isFirst && std::ranges::none_of(mGivingUp, [](const auto& task) { return task->IsInTime(); }))
+            return;
+        std::vector<std::pair<std::shared_ptr<GivingUp>, std::future<LockRelease>>> attempts;
+        for (const auto& task : mGivingUp) attempts.emplace_back(task, Try(task));
+        for (auto& [task, tried] : attempts)
+            if (tried.wait_until(end) == std::future_status::ready) Note(task, tried.get());
+        if (!mGivingUp.empty()) std::this_thread::sleep_until(std::min(end, Clock::now() + kBetweenTries));
+    }
 }
 
 }  // namespace desk

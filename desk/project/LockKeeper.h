@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <future>
 #include <map>
 #include <memory>
@@ -71,6 +72,10 @@ public:
     /// has not heard yet that it was given up. Touches no disk.
     bool HasGivenUp(const LockRecord& record) const;
 
+    /// Tries again for at most `patience` to give up what could not be given up yet, and returns when all is,
+    /// or the time is over: for the end of the program, after which nobody does. Needs no events.
+    void FinishGivingUp(std::chrono::milliseconds patience);
+
     /// The locks at and below `oldFolder` (bytes, normalised) have moved with it to `newFolder`: they keep
     /// their nonces and are from now on looked for there. Call it after a folder has been renamed or moved,
     /// before anything asks for locks at the new place. Returns where each stood: a move that has left
@@ -91,9 +96,14 @@ private:
     void GiveUpLater(std::vector<LockRemains> remains);
     /// Empty when nobody could carry it out.
     std::shared_ptr<GivingUp> AddGivingUp(LockRemains remains, bool isDoubtful);
-    /// Ready when a worker has tried, and has posted what came of it.
-    std::future<void> TryToGiveUp(const std::shared_ptr<GivingUp>& task);
-    void Finish(const std::shared_ptr<GivingUp>& task, LockRelease release);
+    /// What a worker's next attempt comes to.
+    std::future<LockRelease> Try(const std::shared_ptr<GivingUp>& task,
+                                 const std::function<void(LockRelease)>& then = {});
+    /// Ready when a worker has tried; what follows from it follows on the UI thread.
+    std::future<LockRelease> TryToGiveUp(const std::shared_ptr<GivingUp>& task);
+    void TryLater(const std::shared_ptr<GivingUp>& task);
+    void Note(const std::shared_ptr<GivingUp>& task, LockRelease release);
+    void End(const std::shared_ptr<GivingUp>& task, LockRelease release);
 
     std::map<std::string, std::weak_ptr<HeldLock>> mLocks;
     std::vector<std::shared_ptr<GivingUp>> mGivingUp;

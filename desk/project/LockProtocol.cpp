@@ -11,8 +11,10 @@
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/PosixErrors.h"
+#include "desk/files/VolumeCache.h"
 #include "desk/project/Leftovers.h"
 #include "desk/project/ProcessFacts.h"
+#include "desk/project/StrayLocks.h"
 
 namespace desk {
 
@@ -65,11 +67,12 @@ bool HasName(const std::vector<FolderEntry>& entries, const std::string& name) {
     return std::ranges::find(entries, name, &FolderEntry::mName) != entries.end();
 }
 
-/// What has no bytes that could be read is told by its time.
+/// What is no record, which never comes back, is told by its time too.
 bool IsSame(const LockSnapshot& found, const LockSnapshot& seen) {
     return found.mSystemError == 0 && found.mBytes == seen.mBytes &&
            found.mStatus.mKind == seen.mStatus.mKind &&
-           (seen.mBytes || found.mStatus.mModified == seen.mStatus.mModified);
+           (ParseLockRecord(seen.mBytes.value_or("")).mIsReadable ||
+            found.mStatus.mModified == seen.mStatus.mModified);
 }
 
 }  // namespace
@@ -117,6 +120,13 @@ bool AreOfOneProcess(const LockRecord& a, const LockRecord& b) {
            a.mPidNamespace != 0 && a.mPid != 0 && identity(a) == identity(b);
 }
 
+std::chrono::seconds FindTimeToBreak(const std::string& path) noexcept {
+    constexpr std::chrono::seconds kShortest(3);
+    // Of a volume that cannot be told: the longest that network file systems keep names by themselves.
+    constexpr std::chrono::seconds kLongestUsualCacheTime(60);
+    return std::max(kShortest, 2 * FindCacheTime(FolderOf(path)).value_or(kLongestUsualCacheTime));
+}
+
 LockProtocol::LockProtocol(FileSystem& fileSystem, const Desktop& desktop)
     : mFileSystem(fileSystem), mDesktop(desktop) {}
 
@@ -143,17 +153,30 @@ bool LockProtocol::IsWorthAnother(const LockTaking& taking) const {
 }
 
 LockTaking LockProtocol::TakeOnce(const std::string& lockPath, const LockRecord& mine) {
-    const std::string temporary = FolderOf(lockPath) + '/' + MakeTemporaryName(mine);
+    const std::string name = MakeTemporaryNameFor(TemporaryPurpose::Lock, NameOf(lockPath), mine);
+    const std::string temporary = FolderOf(lockPath) + '/' + name;
     const std::string bytes = WriteLockRecord(mine);
     if (const int error = WriteTemporary(temporary, bytes)) return {LockTaking::Outcome::Failed, {}, error};
     int error = ErrorOf([&] { mFileSystem.Link(temporary, lockPath); });
     LockTaking taking = Judge(lockPath, mine, error);
-    if (taking.mOutcome == LockTaking::Outcome::Failed && HasNoLinks(error)) {
+    const bool isWritten = taking.mOutcome == LockTaking::Outcome::Failed && HasNoLinks(error);
+    if (isWritten) {
         error = ErrorOf([&] { mFileSystem.CreateNewFile(lockPath, bytes, kLockMode); });
         taking = Judge(lockPath, mine, error);
     }
-    RemoveOwnOrKeep(temporary, mine.mNonce);
+    Settle(taking, error, isWritten, {lockPath, mine.mNonce, temporary});
     return taking;
+}
+
+/// Whatever was read: after an error, ours may yet come to light. What was to be written in its place may stand
+/// there empty; then the temporary stays, which alone tells that it is ours.
+void LockProtocol::Settle(const LockTaking& taking, int systemError, bool isWritten, LockRemains attempt) {
+    const bool isOurs = taking.mOutcome == LockTaking::Outcome::Ours;
+    const bool isDoubtful = !isOurs && systemError != EEXIST && !HasNoLinks(systemError);
+    const bool mayBeEmpty = isDoubtful && isWritten && systemError != 0 && !taking.mRecord.mIsReadable;
+    // The nonce is the lock's, which may be held: a temporary that stays is no stray of that.
+    if (!mayBeEmpty) RemoveOwnOrKeep(std::exchange(attempt.mTemporary, {}), {});
+    if (isDoubtful) mRemains.push_back(std::move(attempt));
 }
 
 /// What an attempt came to, by what stands at the lock's place now: errors lie, and so do successes.
@@ -166,8 +189,6 @@ LockTaking LockProtocol::Judge(const std::string& lockPath, const LockRecord& mi
     }
     if (found.Bears(mine.mNonce)) return {LockTaking::Outcome::Ours, mine, 0};
     if (systemError == 0 && !found.mRecord.mIsReadable) return {LockTaking::Outcome::Ours, mine, 0};
-    // Whatever was read: ours may yet come to light there.
-    if (systemError != EEXIST && !HasNoLinks(systemError)) mRemains.push_back({lockPath, mine.mNonce});
     if (found.mIsThere && found.mSystemError == 0) return {LockTaking::Outcome::Held, found.mRecord, 0};
     return {LockTaking::Outcome::Failed, {}, systemError};
 }
@@ -208,21 +229,33 @@ int LockProtocol::WriteTemporary(const std::string& path, const std::string& byt
 
 LockRelease LockProtocol::Release(const std::string& lockPath, const std::string& nonce) {
     const Content found = Read(lockPath);
-    if (!found.mIsThere || found.IsForeign(nonce)) NoteStrayLock(nonce);
-    if (!found.mIsThere) return LockRelease::Done;
-    if (found.IsForeign(nonce)) return LockRelease::NotOurs;
-    if (!found.Bears(nonce) || IsGuarded(lockPath, nonce)) return LockRelease::Retry;
-    return RemoveOwn(lockPath, nonce) == 0 ? LockRelease::Done : LockRelease::Retry;
+    if (found.IsForeign(nonce)) {
+        NoteStrayLock(nonce);
+        return LockRelease::NotOurs;
+    }
+    int error = ENOENT;
+    if (found.mIsThere) {
+        if (!found.Bears(nonce) || IsGuarded(lockPath, nonce)) return LockRelease::Retry;
+        error = RemoveOwn(lockPath, nonce);
+    }
+    if (error == 0) return LockRelease::Done;
+    if (error != ENOENT) return LockRelease::Retry;
+    // On its own, that nothing stands there says nothing about where the lock is now.
+    NoteStrayLock(nonce);
+    const LockReport report = FindOutAboutAbsence(lockPath);
+    if (report.mStanding == LockStanding::Lost) return LockRelease::Done;
+    return report.IsAway() ? LockRelease::Away : LockRelease::Retry;
 }
 
 /// Removes a file that bears `nonce`, or a temporary file, whatever the volume answers. Returns 0 once it is
-/// gone or no longer bears it, or an errno.
+/// gone or no longer bears it, or an errno; ENOENT when nothing stood there, whoever has removed or moved it.
 int LockProtocol::RemoveOwn(const std::string& path, const std::string& nonce) {
     const bool isTemporary = IsTemporaryName(NameOf(path));
     int error = 0;
     for (int tries = 0; tries < kTries; ++tries) {
         error = ErrorOf([&] { mFileSystem.RemoveFile(path); });
-        if (error == 0 || error == ENOENT) return 0;
+        if (error == 0 || (error == ENOENT && tries > 0)) return 0;
+        if (error == ENOENT) return error;
         if (isTemporary) continue;
         const Content found = Read(path);
         if (!found.mIsThere || found.IsForeign(nonce)) return 0;
@@ -232,7 +265,8 @@ int LockProtocol::RemoveOwn(const std::string& path, const std::string& nonce) {
 }
 
 void LockProtocol::RemoveOwnOrKeep(const std::string& path, const std::string& nonce) {
-    if (RemoveOwn(path, nonce) != 0) mRemains.push_back({path, nonce});
+    const int error = RemoveOwn(path, nonce);
+    if (error != 0 && error != ENOENT) mRemains.push_back({path, nonce, {}});
 }
 
 /// A guard that cannot be read counts.
@@ -261,8 +295,11 @@ bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce,
     const std::string guardPath = GetGuardPath(path, nonce);
     if (TakeGuard(guardPath, guard, depth).mOutcome != LockTaking::Outcome::Ours) return false;
     const Content found = Read(path);
-    const bool isRemoved =
-        !found.mIsThere || found.IsForeign(nonce) || (found.Bears(nonce) && RemoveOwn(path, nonce) == 0);
+    bool isRemoved = !found.mIsThere || found.IsForeign(nonce);
+    if (found.Bears(nonce)) {
+        const int error = RemoveOwn(path, nonce);
+        isRemoved = error == 0 || error == ENOENT;
+    }
     RemoveOwnOrKeep(guardPath, guard.mNonce);
     return isRemoved;
 }
@@ -343,9 +380,18 @@ LockReport LockProtocol::FindOutAboutAbsence(const std::string& lockPath) {
     if (error != 0) return {LockStanding::Unknown, {}, Trouble::Refused, error};
     const std::string name = NameOf(lockPath);
     if (HasName(entries, name)) return {LockStanding::Unknown, {}, Trouble::Refused, EAGAIN};
-    const bool hasProject = HasName(entries, host::UTF16to8(GetProjectNameOfLockFile(host::UTF8to16(name))));
-    return hasProject ? LockReport{LockStanding::Lost, {}, Trouble::None, 0}
+    // A guard needs no project beside it.
+    const bool isExpected =
+        IsGuardName(name) || HasName(entries, host::UTF16to8(GetProjectNameOfLockFile(host::UTF8to16(name))));
+    return isExpected ? LockReport{LockStanding::Lost, {}, Trouble::None, 0}
                       : LockReport{LockStanding::Unknown, {}, Trouble::ProjectAway, ENOENT};
+}
+
+void LockProtocol::DropRemains() {
+    for (const LockRemains& remains : TakeRemains()) {
+        const bool isGone = RemoveRemains(remains) == LockRelease::Done && remains.mTemporary.empty();
+        if (!isGone && !remains.mNonce.empty()) NoteStrayLock(remains.mNonce);
+    }
 }
 
 std::vector<LockRemains> LockProtocol::TakeRemains() {
@@ -354,7 +400,8 @@ std::vector<LockRemains> LockProtocol::TakeRemains() {
 
 LockRelease LockProtocol::RemoveRemains(const LockRemains& remains) {
     if (!IsTemporaryName(NameOf(remains.mPath))) return Release(remains.mPath, remains.mNonce);
-    return RemoveOwn(remains.mPath, remains.mNonce) == 0 ? LockRelease::Done : LockRelease::Retry;
+    const int error = RemoveOwn(remains.mPath, remains.mNonce);
+    return error == 0 || error == ENOENT ? LockRelease::Done : LockRelease::Retry;
 }
 
 }  // namespace desk

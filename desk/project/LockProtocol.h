@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -44,8 +45,12 @@ enum class LockRelease {
     Done,
     /// The lock was not (or is no longer) ours; nothing was removed.
     NotOurs,
-    /// It could not be removed now: a reader has it open, or somebody is about to break it. Try again.
+    /// It could not be removed now: a reader has it open, somebody is about to break it, or the volume refuses.
+    /// Try again.
     Retry,
+    /// It is not where it was, and neither is what it belongs to: that was moved, or its volume is not mounted.
+    /// Look elsewhere, and try again.
+    Away,
 };
 
 enum class LockStanding {
@@ -102,12 +107,20 @@ struct LockBreaking {
 /// A file of ours that could not be removed.
 struct LockRemains {
     std::string mPath;
+    /// Of a lock or guard; empty for a temporary.
     std::string mNonce;
+    /// The temporary of a lock, or guard, that may have been made and not written: what stands there then is
+    /// told to be ours by this alone. Else empty.
+    std::string mTemporary;
 };
 
 /// A record for this process with a fresh nonce, taken now. Names are cut at 255 units. Any thread.
 ZUHOST_API LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
                                      const host::UTF16String& machine);
+
+/// For how long a lock at `path` (bytes) must stay as it is before somebody else removes it: three seconds, and
+/// twice the time that its volume caches. May wait for the volume; any thread; never throws.
+ZUHOST_API std::chrono::seconds FindTimeToBreak(const std::string& path) noexcept;
 
 /// True when both records are of one process.
 ZUHOST_API bool AreOfOneProcess(const LockRecord& a, const LockRecord& b);
@@ -126,7 +139,7 @@ public:
     LockTaking Take(const std::string& lockPath, const LockRecord& mine);
 
     /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it. One that is not there any
-    /// more counts as removed; it and one that is another's now count as stray (`NoteStrayLock`).
+    /// more, and one that is another's now, counts as stray (`NoteStrayLock`).
     LockRelease Release(const std::string& lockPath, const std::string& nonce);
 
     /// Reads the lock again: the one judgement of whether it is lost. It is only when somebody else's record
@@ -156,6 +169,9 @@ public:
     std::vector<LockRemains> TakeRemains();
     /// Removes a file if it stands there and bears the nonce.
     LockRelease RemoveRemains(const LockRemains& remains);
+    /// Tries once to remove what earlier operations have left, and leaves the rest to sweeps: it counts as
+    /// stray.
+    void DropRemains();
 
 private:
     struct Content;
@@ -166,6 +182,7 @@ private:
     bool IsWorthAnother(const LockTaking& taking) const;
     LockTaking TakeOnce(const std::string& lockPath, const LockRecord& mine);
     LockTaking Judge(const std::string& lockPath, const LockRecord& mine, int systemError);
+    void Settle(const LockTaking& taking, int systemError, bool isWritten, LockRemains attempt);
     int WriteTemporary(const std::string& path, const std::string& bytes);
     LockTaking TakeGuard(const std::string& guardPath, const LockRecord& guard, int depth);
     bool RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine, int depth);

@@ -15,12 +15,23 @@ namespace {
 constexpr std::string_view kPrefix = ".zutmp-";
 constexpr std::string_view kSavePrefix = ".zusave-";
 constexpr std::string_view kFolderCopyPrefix = ".zucopy-";
+constexpr std::string_view kLockPrefix = ".zulock-";
+constexpr TemporaryPurpose kPurposes[] = {TemporaryPurpose::Save, TemporaryPurpose::FolderCopy,
+                                          TemporaryPurpose::Lock};
 constexpr std::size_t kLongestID = 64;
 constexpr qsizetype kDigitsOfDigest = 16;
 constexpr qsizetype kDigitsOfMachine = 32;
 
 std::string_view PrefixOf(TemporaryPurpose purpose) {
-    return purpose == TemporaryPurpose::Save ? kSavePrefix : kFolderCopyPrefix;
+    switch (purpose) {
+        case TemporaryPurpose::Save:
+            return kSavePrefix;
+        case TemporaryPurpose::FolderCopy:
+            return kFolderCopyPrefix;
+        case TemporaryPurpose::Lock:
+            break;
+    }
+    return kLockPrefix;
 }
 
 /// Identifiers of the system are short and hold nothing that a file name may not.
@@ -91,7 +102,9 @@ std::string MakeTemporaryNameFor(TemporaryPurpose purpose, std::string_view targ
 }
 
 bool IsTemporaryName(std::string_view name) {
-    return name.starts_with(kPrefix) || name.starts_with(kSavePrefix) || name.starts_with(kFolderCopyPrefix);
+    return name.starts_with(kPrefix) || std::ranges::any_of(kPurposes, [name](TemporaryPurpose purpose) {
+               return name.starts_with(PrefixOf(purpose));
+           });
 }
 
 bool IsTemporaryOfDead(std::string_view name, const Desktop& desktop) {
@@ -110,7 +123,7 @@ bool TargetedTemporary::IsFor(std::string_view target) const {
 }
 
 std::optional<TargetedTemporary> ParseTargetedTemporary(std::string_view name) {
-    for (const TemporaryPurpose purpose : {TemporaryPurpose::Save, TemporaryPurpose::FolderCopy}) {
+    for (const TemporaryPurpose purpose : kPurposes) {
         if (!name.starts_with(PrefixOf(purpose))) continue;
         name.remove_prefix(PrefixOf(purpose).size());
         const std::string_view digest = TakePart(name);

@@ -20,6 +20,8 @@ enum class TemporaryPurpose {
     Save,
     /// ".zucopy-": the mark of a folder that was made empty, to be filled by a copy in one step.
     FolderCopy,
+    /// ".zulock-": the record of a lock, or of a guard, that is about to be taken.
+    Lock,
 };
 
 /// The name of a temporary of the process that `owner` is a record of, of something that is worth nothing

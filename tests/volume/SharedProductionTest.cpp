@@ -32,7 +32,7 @@ protected:
     }
     bool HasHiddenNames() const {
         const auto isHidden = [](const auto& entry) {
-            return entry.path().filename().string().starts_with(".zutmp");
+            return entry.path().filename().string().starts_with(".zu");
         };
         for (const std::string& folder : testproduction::List(mProduction).mFolders) {
             std::error_code gone;

@@ -2,11 +2,13 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <thread>
 
 #include "desk/files/ChangeSource.h"
 #include "desk/files/FolderStore.h"
 #include "desk/project/Leftovers.h"
 #include "desk/project/LockKeeper.h"
+#include "host/files/DirectoryChangeMonitor.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
@@ -39,7 +41,11 @@ protected:
         mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop, user, machine)));
     }
     /// As a folder is swept when it is first listed.
-    void List(const char* folder) { desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path(folder)); }
+    void List(const char* folder) {
+        const Names names = NamesIn(folder);
+        desk::SweepInBackground(mFolder.Path(folder), {names.begin(), names.end()});
+        mMain.RunUntilIdle();
+    }
 };
 
 }  // namespace
@@ -95,9 +101,9 @@ TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
     EXPECT_TRUE(user.empty() && machine.empty()) << "an identity is whole or none";
 }
 
-TEST_F(LockKeeperTest, WhatCannotBeRemovedIsTriedAgainForThreeSecondsAndCanBeTakenBack) {
+TEST_F(LockKeeperTest, WhatCannotBeRemovedIsTriedAgainAndCanBeTakenBack) {
     host::ProjectLockFileRef lock = Create();
-    const std::string nonce = NonceAt(kLock);
+    std::string nonce = NonceAt(kLock);
     const auto giveUp = [&] {
         mDisk.Deny(mFolder.Path("Day 1"), EBUSY);
         lock.reset();
@@ -107,26 +113,67 @@ TEST_F(LockKeeperTest, WhatCannotBeRemovedIsTriedAgainForThreeSecondsAndCanBeTak
     mDisk.Allow(mFolder.Path("Day 1"));
     lock = Create();
     ASSERT_TRUE(lock);
-    mMain.Advance(4s);
+    mMain.Advance(10s);
     List("Day 1");
     EXPECT_EQ(NonceAt(kLock), nonce) << "it has been taken back";
     EXPECT_FALSE(lock->IsLost());
 
-    giveUp();
-    mMain.Advance(1s);
-    mDisk.Allow(mFolder.Path("Day 1"));
-    mMain.Advance(1s);
+    std::optional<ExpectLogged> told;
+    for (const auto time : {1s, 60s}) {
+        if (time > 3s) told.emplace("could not remove the lock file");
+        giveUp();
+        mMain.Advance(time);
+        mDisk.Allow(mFolder.Path("Day 1"));
+        lock = Create();
+        EXPECT_EQ(NonceAt(kLock), nonce) << "still this process's";
+        giveUp();
+        mMain.Advance(time);
+        mDisk.Allow(mFolder.Path("Day 1"));
+        mMain.Advance(5s);
+        EXPECT_FALSE(mFolder.Exists(kLock));
+        EXPECT_EQ(mMain.CountDelayed(), 0u);
+        lock = Create();
+        nonce = NonceAt(kLock);
+    }
+}
+
+TEST_F(LockKeeperTest, ALockOfAVolumeThatIsAwayIsGivenUpWhenItIsBack) {
+    host::ProjectLockFileRef lock = Create();
+    mFolder.MakeFolder("unmounted");
+    mFolder.Rename("Day 1", "unmounted/Day 1");
+    mFolder.MakeFolder("Day 1");
+    lock.reset();
+    const ExpectLogged told("which is not there now");
+    mMain.Advance(60s);
+    std::filesystem::remove(mFolder.Path("Day 1"));
+    mFolder.Rename("unmounted/Day 1", "Day 1");
+    mMain.Advance(5s);
     EXPECT_FALSE(mFolder.Exists(kLock));
+    EXPECT_EQ(mMain.CountDelayed(), 0u);
+}
+
+TEST_F(LockKeeperTest, TheEndOfTheProgramWaitsForLocksThatCanBeGivenUpButForNoVolumeThatHangs) {
+    host::ProjectLockFileRef lock = Create();
+    mDisk.Deny(mFolder.Path("Day 1"), EBUSY);
+    lock.reset();
+    std::thread reader([this] {
+        std::this_thread::sleep_for(300ms);
+        mDisk.Allow(mFolder.Path("Day 1"));
+    });
+    desk::LockKeeper::Instance().FinishGivingUp(20s);
+    EXPECT_FALSE(mFolder.Exists(kLock));
+    reader.join();
 
     lock = Create();
-    giveUp();
-    const ExpectLogged told("could not remove the lock file");
-    mMain.Advance(4s);
-    EXPECT_EQ(mMain.CountDelayed(), 0u);
-    mDisk.Allow(mFolder.Path("Day 1"));
-    lock = Create();
-    EXPECT_TRUE(lock) << "still this process's";
+    mDisk.Deny(mFolder.Path("Day 1"), EBUSY);
     lock.reset();
+    mDisk.Allow(mFolder.Path("Day 1"));
+    mDisk.CloseGate(Operation::RemoveFile, mFolder.Path(kLock));
+    const auto begin = std::chrono::steady_clock::now();
+    desk::LockKeeper::Instance().FinishGivingUp(300ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
+    mDisk.OpenGate();
+    mMain.Advance(5s);
     EXPECT_FALSE(mFolder.Exists(kLock));
 }
 
@@ -191,34 +238,113 @@ TEST_F(LockKeeperTest, ALockThatWasLostAndComesToLightAgainIsTakenBack) {
     EXPECT_FALSE(again->IsLost());
 }
 
-TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedGoesWhenItsNewFolderIsListed) {
-    for (const bool isLookedFor : {false, true}) {
-        host::ProjectLockFileRef lock = Create();
-        mFolder.Rename("Day 1", "Day 2");
-        List("Day 2");
-        EXPECT_TRUE(mFolder.Exists(kMovedLock)) << "it is still held";
-        if (isLookedFor) {
-            EXPECT_THROW(lock->IsLost(), host::FileException);
-        }
+TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedIsFoundBesideItsFolderOrWhenItsNewFolderIsListed) {
+    mFolder.Write("A/B/Reel 1.zuproj");
+    const struct {
+        const char* mProject;
+        const char* mFrom;
+        const char* mTo;
+        const char* mLock;
+        bool mIsBeside = true;
+    } cases[] = {
+        {kProject, "Day 1", "Day 2", kMovedLock},
+        {"A/B/Reel 1.zuproj", "A", "C", "C/B/.Reel 1.zuproj.lock"},
+        {kProject, "Day 1", "A/Day 3", "A/Day 3/.Reel 1.zuproj.lock", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.mTo);
+        host::ProjectLockFileRef lock = Create(c.mProject);
+        mFolder.Rename(c.mFrom, c.mTo);
+        const std::string folder = std::filesystem::path(c.mLock).parent_path();
+        List(folder.c_str());
+        EXPECT_TRUE(mFolder.Exists(c.mLock)) << "it is still held";
+        EXPECT_THROW(lock->IsLost(), host::FileException);
         lock.reset();
-        host::ProjectLockFileRef again = Create("Day 2/Reel 1.zuproj");
-        List("Day 2");
-        EXPECT_TRUE(mFolder.Exists(kMovedLock)) << "it has been taken back";
-        mFolder.Rename("Day 2", "Day 1");
-        again.reset();
-        mFolder.Rename("Day 1", "Day 2");
-        List("Day 2");
-        EXPECT_FALSE(mFolder.Exists(kMovedLock));
-        mFolder.Rename("Day 2", "Day 1");
+        EXPECT_EQ(mFolder.Exists(c.mLock), !c.mIsBeside);
+        if (!c.mIsBeside) {
+            host::ProjectLockFileRef again = Create(folder + "/Reel 1.zuproj");
+            List(folder.c_str());
+            EXPECT_TRUE(mFolder.Exists(c.mLock)) << "it has been taken back";
+            mFolder.Rename(c.mTo, c.mFrom);
+            again.reset();
+            mFolder.Rename(c.mFrom, c.mTo);
+            List(folder.c_str());
+        }
+        EXPECT_FALSE(mFolder.Exists(c.mLock));
+        mFolder.Rename(c.mTo, c.mFrom);
+        mMain.Advance(5s);
+        EXPECT_EQ(mMain.CountDelayed(), 0u);
     }
 }
 
-TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListed) {
-    const std::string temporary = "Day 1/" + desk::MakeTemporaryName(MakeDeadRecord(mDesktop));
-    mFolder.Write(temporary);
+TEST_F(LockKeeperTest, ALockThatTheFolderStoreSeesElsewhereIsRemovedThere) {
     const auto store = desk::CreateFolderStore();
-    store->RequestListing(mFolder.PathUTF16("Day 1"), [](const desk::FolderStore::Delivery&) {});
+    desk::GetServices().mFolderStore = store.get();
+    host::DirectoryChangeMonitor::MonitorDirectory(mFolder.PathUTF16(), true, true);
+    host::ProjectLockFileRef lock = Create();
+    mFolder.MakeFolder("A");
+    mFolder.Rename("Day 1", "A/Day 3");
+    store->RequestListing(mFolder.PathUTF16("A/Day 3"), [](const desk::FolderStore::Delivery&) {});
     mMain.RunUntilIdle();
-    EXPECT_FALSE(mFolder.Exists(temporary));
-    EXPECT_TRUE(mFolder.Exists(kProject));
+    store->RequestFacts(mFolder.PathUTF16("A/Day 3"), {u"Reel 1.zuproj"});
+    mMain.RunUntilIdle();
+    lock.reset();
+    EXPECT_TRUE(mFolder.Exists("A/Day 3/.Reel 1.zuproj.lock"));
+    mMain.Advance(1s);
+    EXPECT_FALSE(mFolder.Exists("A/Day 3/.Reel 1.zuproj.lock"));
+    desk::GetServices().mFolderStore = nullptr;
+}
+
+namespace {
+
+/// A volume without links on which locks are made and not written, while their folder is renamed or not.
+class HollowDisk : public FaultyFileSystem {
+public:
+    explicit HollowDisk(std::function<void()> meanwhile) : mMeanwhile(std::move(meanwhile)) {
+        SetHasLinks(false);
+    }
+    void CreateNewFile(const std::string& path, const std::string& bytes, unsigned mode) override {
+        const bool isLock = path.ends_with(".lock") && mMeanwhile;
+        FaultyFileSystem::CreateNewFile(path, isLock ? bytes.substr(0, 20) : bytes, mode);
+        if (!isLock) return;
+        std::exchange(mMeanwhile, nullptr)();
+        throw host::FileException("create", host::UTF8to16(path), EIO);
+    }
+
+private:
+    std::function<void()> mMeanwhile;
+};
+
+}  // namespace
+
+TEST_F(LockKeeperTest, ALockThatWasMadeAndNotWrittenGoesAfterAWhileWhereverItStands) {
+    const ExpectLogged told("");
+    mFolder.MakeFolder("A");
+    for (const char* place : {"Day 1", "Day 2", "A/Day 3"}) {
+        SCOPED_TRACE(place);
+        const std::string now = mFolder.Exists("Day 2") ? "Day 2" : "Day 1";
+        const HollowDisk disk([&] { now != place ? mFolder.Rename(now, place) : void(); });
+        EXPECT_FALSE(Create(now + "/Reel 1.zuproj"));
+        const std::string lock = place + std::string("/.Reel 1.zuproj.lock");
+        EXPECT_TRUE(mFolder.Exists(lock));
+        mMain.Advance(5s);
+        EXPECT_TRUE(mFolder.Exists(lock)) << "another machine may be making one";
+        if (place == std::string("A/Day 3")) List(place);
+        mMain.Advance(4s);
+        EXPECT_EQ(NamesIn(place), Names{"Reel 1.zuproj"});
+    }
+}
+
+TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListedUnderItsName) {
+    const auto store = desk::CreateFolderStore();
+    for (const char* folder : {"Day 1", "Day 2"}) {
+        const std::string temporary = folder + ("/" + desk::MakeTemporaryName(MakeDeadRecord(mDesktop)));
+        const std::string lock = folder + std::string("/.Reel 1.zuproj.lock");
+        mFolder.Write(temporary);
+        mFolder.Write(lock, WriteLockRecord(MakeDeadRecord(mDesktop)));
+        store->RequestListing(mFolder.PathUTF16(folder), [](const desk::FolderStore::Delivery&) {});
+        mMain.RunUntilIdle();
+        EXPECT_EQ(NamesIn(folder), Names{"Reel 1.zuproj"});
+        if (folder == std::string("Day 1")) mFolder.Rename("Day 1", "Day 2");
+    }
 }

@@ -51,8 +51,9 @@ protected:
                 hasFailed = mDisk.Count(Operation::Any) >= step;
                 // A fault that was not reached must not come later.
                 while (mDisk.Count(Operation::Any) < step) ErrorOf([&] { mDisk.TryFolder(mFolder.Path()); });
-                for (const desk::LockRemains& remains : mProtocol.TakeRemains())
-                    mProtocol.RemoveRemains(remains);
+                mProtocol.DropRemains();
+                for (const auto& hollow : desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path()))
+                    desk::SweepHollowLock(mDisk, mDesktop, hollow);
                 check();
             }
         }
@@ -266,6 +267,8 @@ TEST_P(LockProtocolTest, ALivingOwnerWaitsForTheOneWhoBreaks) {
     Take(owner);
     EXPECT_EQ(LookAndBreak([&] { return mProtocol.Release(mPath, owner.mNonce) == LockRelease::Retry; }),
               LockBreaking::Outcome::Broken);
+    EXPECT_EQ(mProtocol.Release(mPath, owner.mNonce), LockRelease::Away) << "like its project";
+    mFolder.Write("Reel 1.zuproj");
     EXPECT_EQ(mProtocol.Release(mPath, owner.mNonce), LockRelease::Done);
     const LockRecord next = Foreign();
     Take(next);
@@ -310,4 +313,44 @@ TEST_P(LockProtocolTest, SweepsOnlyWhatOurDeadHaveLeft) {
     StandGuard(elsewhere, elsewhere);
     desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path());
     EXPECT_EQ(NamesIn(), kept);
+}
+
+TEST_P(LockProtocolTest, SweepsAHollowLockThatStaysAsItIsAndThatATemporaryOfOurDeadNames) {
+    const LockRecord dead = MakeDeadRecord(mDesktop);
+    const std::string record = WriteLockRecord(dead);
+    const struct {
+        const char* mName;
+        std::string mLock;
+        bool mIsLockLeft;
+        bool mIsTemporaryLeft = false;
+        std::function<void()> mMeanwhile = nullptr;
+        LockRecord mOwner = {};
+        std::size_t mWritten = std::string::npos;
+    } cases[] = {
+        {"empty", "", false},
+        {"cut", record.substr(0, 50), false},
+        {"whole", record, false},
+        {"not of that record", "{\"bootId\":\"another", true},
+        {"of a living process", "", true, true, nullptr, Mine()},
+        {"of another machine", "", true, true, nullptr, Foreign()},
+        {"died before", "", true, false, nullptr, {}, 50},
+        {"written meanwhile", "", true, false, [&] { Stand(Foreign()); }},
+        {"made anew meanwhile", "", true, true,
+         [&] { mFolder.Remove(kLock), usleep(20'000), mFolder.Write(kLock); }},
+        {"given up meanwhile", "", false, false, [&] { mFolder.Remove(kLock); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.mName);
+        for (const std::string& name : NamesIn()) mFolder.Remove(name);
+        mFolder.Write(kLock, c.mLock);
+        const std::string temporary = desk::MakeTemporaryNameFor(desk::TemporaryPurpose::Lock, kLock,
+                                                                 c.mOwner.mIsReadable ? c.mOwner : dead);
+        mFolder.Write(temporary, record.substr(0, c.mWritten));
+        const auto hollow = desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path());
+        if (c.mMeanwhile) c.mMeanwhile();
+        for (const desk::HollowLock& lock : hollow) desk::SweepHollowLock(mDisk, mDesktop, lock);
+        EXPECT_EQ(mFolder.Exists(kLock), c.mIsLockLeft);
+        EXPECT_EQ(mFolder.Exists(temporary), c.mIsTemporaryLeft);
+        EXPECT_EQ(NamesIn().size(), std::size_t(c.mIsLockLeft) + c.mIsTemporaryLeft) << "no guard stays";
+    }
 }

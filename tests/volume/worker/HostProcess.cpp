@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "desk/core/Services.h"
+#include "desk/project/LockKeeper.h"
 #include "desk/project/Production.h"
 #include "desk/project/TrashMoves.h"
 #include "host/core/Strings.h"
@@ -25,6 +26,7 @@ HostProcess::HostProcess(const std::string& production) {
 HostProcess::~HostProcess() {
     mDocuments.reset();
     Settle();
+    desk::LockKeeper::Instance().FinishGivingUp(std::chrono::seconds(3));
     mCopies.reset();
     desk::Production::Instance().Close();
     mStore.reset();
