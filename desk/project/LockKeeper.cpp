@@ -79,11 +79,14 @@ struct LockKeeper::GivingUp {
     std::vector<std::string> mPlaces;
 
     LockRelease Try(const std::vector<std::string>& places);
+    LockRelease TryOnce(const std::vector<std::string>& places);
     bool IsInTime() const { return GetServices().mMainThread->Now() < mEnd; }
 
     /// Held while a worker tries, which begins only while the lock has not been taken back.
     std::mutex mMutex;
     std::atomic<bool> mIsTakenBack = false;
+    /// The UI thread may not have heard of it yet, and at the program's end never does.
+    bool mIsDone = false;
 };
 
 HeldLock::~HeldLock() {
@@ -259,11 +262,19 @@ std::shared_ptr<LockKeeper::GivingUp> LockKeeper::AddGivingUp(LockRemains remain
     return task;
 }
 
-/// On a worker. A lock that is away is looked for where the folder store knows it and, while it is worth that,
-/// beside its folder.
+/// On a worker.
 LockRelease LockKeeper::GivingUp::Try(const std::vector<std::string>& places) {
     const std::lock_guard lock(mMutex);
     if (mIsTakenBack) return LockRelease::NotOurs;
+    if (mIsDone) return LockRelease::Done;
+    const LockRelease release = TryOnce(places);
+    mIsDone = release == LockRelease::Done && !mIsDoubtful;
+    return release;
+}
+
+/// A lock that is away is looked for where the folder store knows it and, while it is worth that, beside its
+/// folder.
+LockRelease LockKeeper::GivingUp::TryOnce(const std::vector<std::string>& places) {
     LockProtocol protocol = MakeProtocol();
     const LockRelease release = protocol.RemoveRemains(mRemains);
     if (release != LockRelease::Away) return release;

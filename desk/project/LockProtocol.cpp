@@ -243,7 +243,9 @@ LockRelease LockProtocol::Release(const std::string& lockPath, const std::string
     // On its own, that nothing stands there says nothing about where the lock is now.
     NoteStrayLock(nonce);
     const LockReport report = FindOutAboutAbsence(lockPath);
-    if (report.mStanding == LockStanding::Lost) return LockRelease::Done;
+    // A repeated call after a lost reply says so too: what was there just now, in a folder that is still there.
+    const bool isRemoved = found.mIsThere && report.mTrouble == LockReport::Trouble::ProjectAway;
+    if (isRemoved || report.mStanding == LockStanding::Lost) return LockRelease::Done;
     return report.IsAway() ? LockRelease::Away : LockRelease::Retry;
 }
 

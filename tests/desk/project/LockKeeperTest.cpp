@@ -164,12 +164,19 @@ TEST_F(LockKeeperTest, TheEndOfTheProgramWaitsForLocksThatCanBeGivenUpButForNoVo
     EXPECT_FALSE(mFolder.Exists(kLock));
     reader.join();
 
+    const auto begin = std::chrono::steady_clock::now();
+    lock = Create();
+    mFolder.Rename("Day 1", "Day 2");
+    lock.reset();
+    EXPECT_FALSE(mFolder.Exists(kMovedLock));
+    desk::LockKeeper::Instance().FinishGivingUp(20s);
+    mFolder.Rename("Day 2", "Day 1");
+
     lock = Create();
     mDisk.Deny(mFolder.Path("Day 1"), EBUSY);
     lock.reset();
     mDisk.Allow(mFolder.Path("Day 1"));
     mDisk.CloseGate(Operation::RemoveFile, mFolder.Path(kLock));
-    const auto begin = std::chrono::steady_clock::now();
     desk::LockKeeper::Instance().FinishGivingUp(300ms);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
     mDisk.OpenGate();

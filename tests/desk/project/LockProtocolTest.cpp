@@ -88,6 +88,8 @@ TEST_P(LockProtocolTest, IsTakenOnceAndGivenUpByItsOwner) {
     EXPECT_EQ(Take(Mine()), LockTaking::Outcome::Failed);
     mDisk.SetGone(false);
     for (const desk::LockRemains& remains : mProtocol.TakeRemains()) mProtocol.RemoveRemains(remains);
+    // The call was repeated on the way, and found nothing any more.
+    mDisk.FailAfter(Operation::RemoveFile, 1, ENOENT);
     EXPECT_EQ(mProtocol.Release(mPath, mine.mNonce), LockRelease::Done);
     EXPECT_TRUE(NamesIn().empty());
 }
