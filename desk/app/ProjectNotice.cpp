@@ -1,6 +1,6 @@
 #include "desk/app/ProjectNotice.h"
 
-#include <QHBoxLayout>
+#include <QBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -13,6 +13,8 @@ namespace desk {
 namespace {
 
 constexpr int kMarkWidth = 3;
+constexpr int kLeastCharacters = 24;
+constexpr int kSpacing = 8;
 
 QString ButtonName(int commandID) {
     return QStringLiteral("command-%1").arg(commandID);
@@ -21,12 +23,18 @@ QString ButtonName(int commandID) {
 }  // namespace
 
 ProjectNotice::ProjectNotice(QWidget* parent)
-    : QWidget(parent), mText(new QLabel(this)), mLayout(new QHBoxLayout(this)) {
+    : QWidget(parent),
+      mText(new QLabel(this)),
+      mLayout(new QBoxLayout(QBoxLayout::LeftToRight, this)),
+      mButtons(new QBoxLayout(QBoxLayout::LeftToRight)) {
     mText->setTextFormat(Qt::PlainText);
     mText->setWordWrap(true);
     mLayout->setContentsMargins(16, 6, 10, 6);
-    mLayout->setSpacing(8);
+    mLayout->setSpacing(kSpacing);
     mLayout->addWidget(mText, 1);
+    mLayout->addLayout(mButtons);
+    mButtons->setSpacing(kSpacing);
+    mButtons->addStretch();
 }
 
 void ProjectNotice::SetText(const QString& text) {
@@ -41,7 +49,7 @@ void ProjectNotice::AddButton(const char* textKey, int commandID) {
     // What is clicked means the project that it stands above, wherever the keyboard was.
     button->setFocusPolicy(Qt::StrongFocus);
     connect(button, &QPushButton::clicked, this, [commandID] { CommandRouter::Instance().Send(commandID); });
-    mLayout->addWidget(button);
+    mButtons->addWidget(button);
 }
 
 void ProjectNotice::ShowButton(int commandID, bool show) {
@@ -51,10 +59,15 @@ void ProjectNotice::ShowButton(int commandID, bool show) {
 
 /// The style sheet's least width for buttons replaces the one that their text needs, whenever it is applied.
 void ProjectNotice::FitButtons() {
+    int width = 0;
     for (auto* button : findChildren<QPushButton*>()) {
         button->ensurePolished();
         button->setMinimumWidth(button->sizeHint().width());
+        if (!button->isHidden()) width += button->minimumWidth() + kSpacing;
     }
+    const int forText = mLayout->contentsRect().width() - width;
+    const bool isNarrow = forText < kLeastCharacters * fontMetrics().averageCharWidth();
+    mLayout->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }
 
 void ProjectNotice::resizeEvent(QResizeEvent* event) {

@@ -2,13 +2,13 @@
 
 #include <QWidget>
 
-class QHBoxLayout;
+class QBoxLayout;
 class QLabel;
 
 namespace desk {
 
 /// A bar above a project's text that says something about its state, with buttons for what can be done about
-/// it. UI thread.
+/// it, which stand below the text where they would leave it too little room. UI thread.
 class ProjectNotice : public QWidget {
     Q_OBJECT
 
@@ -29,7 +29,8 @@ private:
     void FitButtons();
 
     QLabel* mText;
-    QHBoxLayout* mLayout;
+    QBoxLayout* mLayout;
+    QBoxLayout* mButtons;
 };
 
 }  // namespace desk
