@@ -138,6 +138,11 @@ void SweepInBackground(const std::string& folder, std::vector<std::string> names
     GetServices().mWorkerPool->SubmitLast([folder, names = std::move(names)] { SweepNow(folder, names); });
 }
 
+void SweepInBackground(const std::string& folder) {
+    GetServices().mWorkerPool->SubmitLast(
+        [folder] { SweepNow(folder, FindLeftovers(*GetServices().mFileSystem, folder)); });
+}
+
 void SweepAttempt(const LockRemains& attempt) {
     NoteStrayLock(attempt.mNonce);
     GetServices().mWorkerPool->SubmitLast([attempt] {

@@ -32,7 +32,8 @@ ZUHOST_API std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const 
 ZUHOST_API std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop,
                                                   const std::string& folder,
                                                   const std::vector<std::string>& names);
-/// All of that on workers. Any thread.
+/// All of that on workers: of all that is in `folder`, or of `names` in it. Any thread.
+void SweepInBackground(const std::string& folder);
 ZUHOST_API void SweepInBackground(const std::string& folder, std::vector<std::string> names);
 /// The same for an attempt of this process that is over and has left its temporary, in the folder in which that
 /// stands now: somebody may have renamed it (`FindMovedLock`). Its lock counts as stray. Any thread.

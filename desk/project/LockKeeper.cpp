@@ -143,8 +143,10 @@ LockKeeper::Taking LockKeeper::TakeOnce(const std::string& lockPath, const LockR
     });
     GiveUpLater(protocol.TakeRemains());
     if (taking.mOutcome == LockTaking::Outcome::Ours) return {Keep(lockPath, mine), taking};
-    HeldLockPtr lock =
-        taking.mOutcome == LockTaking::Outcome::Held ? TakeBack(lockPath, taking.mRecord, mine) : nullptr;
+    const bool isHeld = taking.mOutcome == LockTaking::Outcome::Held;
+    // It may be one that this machine has never written to its end.
+    if (isHeld && !taking.mRecord.mIsReadable) SweepInBackground(FolderOf(lockPath));
+    HeldLockPtr lock = isHeld ? TakeBack(lockPath, taking.mRecord, mine) : nullptr;
     if (lock) taking.mOutcome = LockTaking::Outcome::Ours;
     return {lock, taking};
 }
