@@ -4,7 +4,8 @@
 set -euo pipefail
 root=$(dirname "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")")
 source "$root/scripts/prepare.sh"
-packages+=(clang libclang-rt-14-dev)
+# An older clang does not know all of C++20.
+packages+=(clang-16 libclang-rt-16-dev)
 names=(panel-settings lock-record)
 prepare "$root" fuzz "${names[@]/#/fuzz-}"
 for name in "${names[@]}"; do
