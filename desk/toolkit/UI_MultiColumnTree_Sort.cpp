@@ -182,6 +182,8 @@ UTF16String TreeImpl::NameKey(const Row& row) const {
 }
 
 void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore) {
+    // Those that have gone in may have found their places by keys that have changed since the last sorting.
+    mSortedKeys.erase(parent);
     std::vector<RowRef>& rows = ChildrenOf(parent);
     const Insertion insertion = FindPlaces(*this, rows, countBefore);
     const bool isInModel = !parent || IsInModel(*parent);

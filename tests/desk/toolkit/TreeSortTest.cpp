@@ -47,6 +47,14 @@ TEST_F(TreeSortTest, RowsWithEqualKeysStandInTheOrderOfTheirNamesInBothDirection
     mTree->SortTree();
     mTree->LayoutAfterAppendRow(nullptr);
     EXPECT_EQ(Shown(), (Rows{"a", "b", "bb", "c", "d", "Trash/"}));
+    // One that came before its key was known goes to its place when it is, though all keys are as they were.
+    mTree->SortTree();
+    mTree->RemoveRows({rows[0]});
+    const host::RowVec late = Add(nullptr, {"cc"});
+    EXPECT_EQ(Shown().back(), "cc");
+    DataOf(*late[0]).mSize = "3";
+    mTree->SortTree();
+    EXPECT_EQ(Shown(), (Rows{"b", "bb", "c", "cc", "d", "Trash/"}));
     mHeader->SetSortColumn(0x3F3F3F3F);
     EXPECT_EQ(mHeader->GetSortColumn(), kSizeColumn) << "an unknown column changes nothing";
 }
