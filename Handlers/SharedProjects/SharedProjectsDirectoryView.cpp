@@ -8,6 +8,7 @@
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
 #include "host/files/DirectoryChangeMonitor.h"
+#include "host/files/File.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
 #include "host/project/SharedProjectsManager.h"
@@ -33,9 +34,9 @@ SharedProjectsDirectoryView::SharedProjectsDirectoryView(
     GetTree()->UI_SetNodeID("ZuProduction.DirectoryView.MediaBrowserMultiColumnTree");
     UI_SetNodeID("ZuProduction.DirectoryView");
     SetupHeaderRow();
-    // The task keeps the tree, not the view: it may run after the view's end.
-    mQueuedSort = new QueueOnlyOnce(GetRegisteredMainThread(),
-                                    [tree = RefPtr<UI_MultiColumnTree>(GetTree())] { tree->SortTree(); });
+    mQueuedSort = new QueueOnlyOnce(GetRegisteredMainThread(), [this, lifetime = std::weak_ptr(mLifetime)] {
+        if (!lifetime.expired()) SortRows();
+    });
     AddListener(kStation_ZuProductionFolderPanel, this);
     AddListener(kBackendProjectActivationStationID, this);
     ShowRoot(rootPath);
@@ -85,8 +86,12 @@ void SharedProjectsDirectoryView::MonitorRoot(const UTF16String& rootPath) {
     if (!mMonitoredRoot.empty()) DirectoryChangeMonitor::MonitorDirectory(mMonitoredRoot, true, true);
 }
 
+bool SharedProjectsDirectoryView::IsRootThere(const UTF16String& rootPath) {
+    return !rootPath.empty() && File(rootPath).Exists();
+}
+
 void SharedProjectsDirectoryView::ShowRoot(const UTF16String& rootPath) {
-    const bool exists = !rootPath.empty() && PathUtils::ExistsOnDisk(rootPath, true);
+    const bool exists = IsRootThere(rootPath);
     if (rootPath.empty())
         SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/NoProductionOpen=No production is open");
     else if (!exists)
@@ -282,6 +287,7 @@ void SharedProjectsDirectoryView::LeaveRoot() {
     mFolderOpener.Stop();
     mPendingState.reset();
     mRestoredState.reset();
+    mRestoredTopRow.reset();
     mPendingDirectoryChanges.clear();
     mAwaitedPaths.clear();
     mFoldersToOpen.clear();

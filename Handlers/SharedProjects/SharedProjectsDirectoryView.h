@@ -138,6 +138,8 @@ private:
 
     void SetupTree();
     void SetupHeaderRow();
+    /// Also while its volume does not tell: it is listed when it can be.
+    static bool IsRootThere(const UTF16String& rootPath);
     void MonitorRoot(const UTF16String& rootPath);
     void ShowRoot(const UTF16String& rootPath);
     void SetEmptyText(std::string_view key);
@@ -165,6 +167,7 @@ private:
     void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
     void ExecutePendingDirectoryChanges();
 
+    void SortRows();
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     void OnSortChanged(ColumnID column, bool ascending);
     void OnColumnMoved(unsigned from, unsigned to);
@@ -192,6 +195,8 @@ private:
     std::unique_ptr<StateData> mPendingState;
     /// What is being put back.
     std::unique_ptr<StateData> mRestoredState;
+    /// The top row that was put back, while it is the top row: facts that come later change the order.
+    RowRef mRestoredTopRow;
     /// The column by which the rows in closed folders have been marked stale.
     ColumnID mStaleMarksColumn = 0;
     /// Items that are to be selected when their rows come.

@@ -34,8 +34,7 @@ std::set<UTF16String> FilterContent(const DirectoryContent& content, ContentDeli
 
 void SharedProjectsDirectoryView::RequestRootContent() {
     const UTF16String root = SharedProjectsHandler::GetRootDirectory();
-    if (root.empty() || !PathUtils::ExistsOnDisk(root, true)) return;
-    RequestDirectoryContent(root, {}, {});
+    if (IsRootThere(root)) RequestDirectoryContent(root, {}, {});
 }
 
 void SharedProjectsDirectoryView::RefreshDirectoryContent(const RowRef& row) {

@@ -124,11 +124,14 @@ void SharedProjectsDirectoryView::OnDrawCellOfRow(Drawbot& drawbot, const RowRef
         Columns::DrawMetadataCellOfRow(drawbot, *metadata, column, cell, mHeaderRow);
 }
 
+/// Rows whose keys are equal stand by their names, also those that nobody has seen, whose facts have no name
+/// yet.
 UTF16String SharedProjectsDirectoryView::GetCellSortDataAsString(const RowRef& row, unsigned column) {
+    UTF16String key;
     if (const Columns::FileMetadata* metadata = GetMetadata(row))
-        return metadata->GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
-    return Columns::IsNameColumn(mHeaderRow, column) ? Columns::GetPathDisplayName(GetPathOfKind(row))
-                                                     : UTF16String();
+        key = metadata->GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
+    const bool isNameMissing = key.empty() && Columns::IsNameColumn(mHeaderRow, column);
+    return isNameMissing ? Columns::GetPathDisplayName(GetPathOfKind(row)) : key;
 }
 
 UTF16String SharedProjectsDirectoryView::GetCellAccessibleText(const RowRef& row, unsigned column) {
@@ -140,6 +143,7 @@ bool SharedProjectsDirectoryView::ColumnSortStringIsLess(const UTF16String& a, c
 }
 
 void SharedProjectsDirectoryView::OnSortChanged(ColumnID, bool) {
+    mRestoredTopRow.reset();
     UpdateOpenRows();
 }
 

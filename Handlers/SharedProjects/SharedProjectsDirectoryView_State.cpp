@@ -69,9 +69,9 @@ void SharedProjectsDirectoryView::Restore(const StateData& state, FolderOpener::
 
 void SharedProjectsDirectoryView::FinishRestoring(const RowVec& selectedBefore) {
     const std::unique_ptr<const StateData> state = std::move(mRestoredState);
-    // The production could not be listed after all.
+    // The production could not be listed after all; what is to be put back since then comes before it.
     if (!mIsRootListed) {
-        mPendingState = std::make_unique<StateData>(*state);
+        if (!mPendingState) mPendingState = std::make_unique<StateData>(*state);
         return;
     }
     if (GetTree()->GetSelectedRows() == selectedBefore) SelectAndScrollTo(*state);
@@ -80,10 +80,18 @@ void SharedProjectsDirectoryView::FinishRestoring(const RowVec& selectedBefore) 
 
 void SharedProjectsDirectoryView::SelectAndScrollTo(const StateData& state) {
     SelectRowsByPaths(state.mSelectedRowPaths);
+    mRestoredTopRow = GetRowFromPath(state.mTopVisibleRowPath);
     if (!state.mTopVisibleRowPath.empty())
-        GetTree()->ScrollRowToTop(GetRowFromPath(state.mTopVisibleRowPath).get());
+        GetTree()->ScrollRowToTop(mRestoredTopRow.get());
     else if (!state.mSelectedRowPaths.empty())
         GetTree()->ScrollRowIntoView(GetRowFromPath(state.mSelectedRowPaths.front()).get(), false, 0, false);
+}
+
+/// The user, who scrolls or chooses an order, lets go of the top row that was put back.
+void SharedProjectsDirectoryView::SortRows() {
+    if (mRestoredTopRow && mRestoredTopRow != GetTree()->GetTopRow()) mRestoredTopRow.reset();
+    GetTree()->SortTree();
+    if (mRestoredTopRow) GetTree()->ScrollRowToTop(mRestoredTopRow.get());
 }
 
 /// What has waited for the opener, or for content, goes on.

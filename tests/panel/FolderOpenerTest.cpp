@@ -169,10 +169,12 @@ TEST_F(FolderOpenerTest, EscapeAndClosingStopItAndAFailedListingDoesNot) {
 
 TEST_F(FolderOpenerTest, PutsAViewBackAsItWasLeft) {
     MakeProduction();
-    for (int i = 0; i < 60; ++i) MakeProject("D/Reel " + std::to_string(i));
+    for (int i = 0; i < 60; ++i) MakeProject("D/Reel " + std::to_string(i), std::string(i % 7, 'x'));
     OpenProduction();
     for (const char* folder : {"A", "A/Day 1", "A/Day 1/Morning", "D"}) OpenFolder(folder);
     Select({"A/Day 1/Morning/Take 1", "D/Reel 50"});
+    DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kSizeColumnID);
+    Settle();
     Tree()->ScrollRowToTop(RowOf("D/Reel 30").get());
     Settle();
     const StateData left = DirectoryView().GetCurrentStateData();
@@ -191,6 +193,8 @@ TEST_F(FolderOpenerTest, PutsAViewBackAsItWasLeft) {
         desk::Production::Instance().Open(mFolder.PathUTF16(mProduction));
         DirectoryView().UpdateFromStateData(state, true);
     };
+    // The sizes come later than the rows.
+    mDisk.Slow(std::chrono::milliseconds(3));
     leaveAndOpen();
     EXPECT_EQ(OpenerState(), State::Waiting);
     EXPECT_EQ(DirectoryView().GetCurrentStateData().mOpenFolderPaths, state.mOpenFolderPaths)
@@ -198,6 +202,7 @@ TEST_F(FolderOpenerTest, PutsAViewBackAsItWasLeft) {
     Settle();
     EXPECT_EQ(ShownRows(), rows);
     EXPECT_EQ(DirectoryView().GetCurrentStateData(), left);
+    mDisk.Slow({});
 
     // Who has selected something meanwhile keeps it.
     leaveAndOpen();
@@ -206,6 +211,20 @@ TEST_F(FolderOpenerTest, PutsAViewBackAsItWasLeft) {
     Settle();
     EXPECT_EQ(ShownRows(), rows);
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{"B"});
+
+    // A production that cannot be listed yet is put back when it can.
+    {
+        const ExpectLogged log("(faulty)");
+        mDisk.Deny(mFolder.Path(mProduction), EIO);
+        leaveAndOpen();
+        Settle();
+        EXPECT_EQ(OpenerState(), State::Idle);
+        EXPECT_EQ(DirectoryView().GetCurrentStateData().mOpenFolderPaths, state.mOpenFolderPaths);
+        mDisk.Allow(mFolder.Path(mProduction));
+    }
+    ASSERT_TRUE(Shows(rows));
+    Settle();
+    EXPECT_EQ(DirectoryView().GetCurrentStateData(), left);
 }
 
 }  // namespace HandlerSharedProjects
