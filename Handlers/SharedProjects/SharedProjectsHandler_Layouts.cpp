@@ -1,10 +1,12 @@
 // The settings file with what is remembered of each production.
+#include <cerrno>
 #include <string>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "host/core/DirectoryRegistry.h"
 #include "host/core/Logging.h"
 #include "host/core/SharedSettingsFile.h"
+#include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 
 namespace HandlerSharedProjects {
@@ -63,7 +65,13 @@ void SharedProjectsHandler::SaveProductionLayouts() {
 }
 
 std::string SharedProjectsHandler::ReadLayoutsFrom(const SharedSettingsFile& file) {
-    std::optional<std::string> bytes = file.Read();
+    std::optional<std::string> bytes;
+    try {
+        bytes = file.Read();
+    } catch (const FileException& exception) {
+        if (exception.SystemError() != EFBIG) throw;
+        return "it is too large";
+    }
     if (mFileLayouts && mFileLayouts->mBytes == bytes) return {};
     FileLayouts read;
     try {

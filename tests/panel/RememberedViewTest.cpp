@@ -137,6 +137,15 @@ TEST_F(RememberedViewTest, ASettingsFileThatCannotBeReadOrWrittenIsNeverReplaced
     EXPECT_EQ(mFolder.Read(std::string(kFile) + ".unreadable-1"), "no settings");
     OpenPanel();
     ExpectChangedView();
+    // Larger than anything that is read.
+    std::filesystem::resize_file(mFolder.Path(kFile), 300'000'000);
+    {
+        ExpectLogged log("it is too large");
+        ClosePanel();
+    }
+    EXPECT_EQ(std::filesystem::file_size(mFolder.Path(std::string(kFile) + ".unreadable-2")), 300'000'000u);
+    OpenPanel();
+    ExpectChangedView();
 
     const std::string before = mFolder.Read(kFile);
     Send(30323);
