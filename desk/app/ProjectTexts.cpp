@@ -89,6 +89,10 @@ QString DescribeFile(const ProjectContent& content) {
 }
 
 QString DescribeRecovery(const ProjectDocument& document) {
+    if (!document.IsDirty())
+        return Localized(
+            "$$$/Desk/Projects/RecoveredUndone=The recovered text is undone, and stays kept until it is saved or "
+            "discarded. Redo shows it again.");
     return document.IsBasedOnOlder()
                ? Localized(
                      "$$$/Desk/Projects/RecoveredOlder=This text was recovered and is not saved. The file has changed "

@@ -74,8 +74,9 @@ public:
     /// `isBasedOnOlder` the file has changed since the text was based on it: a save asks first.
     void Recover(host::UTF16String text, bool isBasedOnOlder);
     host::UTF16String TakeRecoveredText() { return std::move(mRecoveredText); }
-    /// The unsaved changes are recovered ones.
-    bool IsRecovered() const { return IsDirty() && mRecovery != Recovery::None; }
+    /// The editor was given recovered text that has been neither saved nor discarded. Also while it is undone,
+    /// when the document may not be dirty.
+    bool IsRecovered() const { return mRecovery != Recovery::None; }
     /// A save would overwrite what was written to the file after the text was based on it.
     bool IsBasedOnOlder() const { return mRecovery == Recovery::BasedOnOlder; }
 

@@ -48,13 +48,14 @@ bool ProjectDocuments::ReloadProject(const host::ProjectRef& project) {
     const Operation operation(*this, document);
     if (!operation.HasBegun()) return false;
     const host::UTF16String path = document->GetProjectPath();
-    if (document->IsDirty() && !ProjectQuestions::AskToReload(path)) return false;
+    const bool losesText = document->IsDirty() || document->IsRecovered();
+    if (losesText && !ProjectQuestions::AskToReload(path)) return false;
     try {
-        document->ReplaceContent(AskVolume(
-            host::ZString("$$$/Desk/Project/Reloading=Reloading Project"), "reload", path,
-            [content = document->ShareContent(), file = document->GetFile().mPath] {
-                return ReadAnew(*GetServices().mFileSystem, file, *content);
-            }));
+        document->ReplaceContent(
+            AskVolume(host::ZString("$$$/Desk/Project/Reloading=Reloading Project"), "reload", path,
+                      [content = document->ShareContent(), file = document->GetFile().mPath] {
+                          return ReadAnew(*GetServices().mFileSystem, file, *content);
+                      }));
         return true;
     } catch (const host::FileException& exception) {
         if (exception.SystemError() != ECANCELED) ProjectQuestions::TellNotReloaded(path, ReasonOf(exception));

@@ -1,6 +1,7 @@
 #include "desk/project/TextKeeper.h"
 
 #include <chrono>
+#include <set>
 #include <utility>
 
 #include "desk/core/Desktop.h"
@@ -28,11 +29,12 @@ void RemoveFile(const std::string& path) {
     }
 }
 
-std::vector<KeptTextFile> ListOthers(const std::string& folder) {
+/// All but what is `inUse` by this program, or another one that is running.
+std::vector<KeptTextFile> ListOthers(const std::string& folder, const std::set<std::string>& inUse) {
     try {
         std::vector<KeptTextFile> files = KeptTexts::List(folder);
-        std::erase_if(files, [](const KeptTextFile& file) {
-            return file.mStanding == OwnerStanding::Own || file.mStanding == OwnerStanding::Living;
+        std::erase_if(files, [&](const KeptTextFile& file) {
+            return file.mStanding == OwnerStanding::Living || inUse.contains(file.mPath);
         });
         return files;
     } catch (const host::FileException& exception) {
@@ -68,9 +70,24 @@ TextKeeper::~TextKeeper() {
 
 void TextKeeper::ListenToMessage(const host::Message& message) {
     if (const auto* closed = host::MessageCast<host::ProjectClosedMessage>(message))
-        Forget(ToDocument(closed->GetProject()).get());
+        NoteClosed(ToDocument(closed->GetProject()).get());
     else if (const auto* news = host::MessageCast<ProjectDocumentMessage>(message))
-        if (!news->GetDocument()->IsDirty()) Forget(news->GetDocument().get());
+        NoteState(*news->GetDocument());
+}
+
+void TextKeeper::NoteState(const ProjectDocument& document) {
+    const bool isUndone = !document.IsDirty() && document.IsRecovered();
+    if (const auto found = mKept.find(&document); found != mKept.end()) found->second.mIsUndone = isUndone;
+    if (!document.IsDirty() && !isUndone) Forget(&document);
+}
+
+/// As the user left it: by now the editor may be gone, and the changes with it.
+void TextKeeper::NoteClosed(const ProjectDocument* document) {
+    const auto found = mKept.find(document);
+    if (found != mKept.end() && found->second.mIsUndone)
+        mKept.erase(found);
+    else
+        Forget(document);
 }
 
 void TextKeeper::KeepAll() {
@@ -165,8 +182,10 @@ void TextKeeper::Remove(const std::string& path) {
 
 /// After what is to be written and removed, so that nothing is told that is about to go.
 void TextKeeper::List(Listed listed) {
-    mTasks.Submit([folder = mFolder, self = std::weak_ptr(mSelf), listed = std::move(listed)] {
-        GetServices().mMainThread->Post([=, files = ListOthers(folder)] {
+    std::set<std::string> inUse;
+    for (const auto& [document, kept] : mKept) inUse.insert(kept.mPath);
+    mTasks.Submit([folder = mFolder, inUse, self = std::weak_ptr(mSelf), listed = std::move(listed)] {
+        GetServices().mMainThread->Post([=, files = ListOthers(folder, inUse)] {
             if (!self.expired()) listed(files);
         });
     });

@@ -21,7 +21,8 @@ namespace desk {
 /// killed leaves it to the next one (`docs/recovery.md`). Every few seconds what has changed is written by a
 /// worker; typing waits for nothing. It goes when the project has no unsaved changes any more or is closed,
 /// which both take a decision of the user: so this is to be destroyed before the window and the document
-/// manager, which close what is open without one. UI thread.
+/// manager, which close what is open without one. Recovered text that is undone is not decided about: it stays
+/// kept, also when the project is closed, and is listed then. UI thread.
 class ZUHOST_API TextKeeper : public host::Listener {
 public:
     /// With the time that a write takes, what is kept is at most five seconds old.
@@ -32,8 +33,8 @@ public:
     ~TextKeeper() override;
 
     using Listed = std::function<void(std::vector<KeptTextFile>)>;
-    /// Tells what other programs keep that are not known to be running, the oldest text first; later, and not
-    /// when this is gone by then. What cannot be read is logged.
+    /// Tells what other programs keep that are not known to be running, and what this one keeps of no open
+    /// project, the oldest text first; later, and not when this is gone by then. What cannot be read is logged.
     void List(Listed listed);
     /// The user has saved or discarded the text that another program kept at `path`.
     void Remove(const std::string& path);
@@ -54,6 +55,8 @@ private:
         bool mIsWritten = false;
         bool mIsWriting = false;
         bool mHasFailed = false;
+        /// It is recovered text that the document does not show at present.
+        bool mIsUndone = false;
     };
     /// What a document shows.
     struct Shown {
@@ -73,6 +76,8 @@ private:
     void Write(ProjectDocument& document, Kept& kept);
     static Outcome WriteFile(const std::string& path, KeptText text, const Shown& shown);
     void NoteOutcome(const ProjectDocument* document, const std::string& path, const Outcome& outcome);
+    void NoteState(const ProjectDocument& document);
+    void NoteClosed(const ProjectDocument* document);
     void Forget(const ProjectDocument* document);
     void TellNotKept(const host::UTF16String& project, const Outcome& outcome);
 
