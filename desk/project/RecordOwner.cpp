@@ -46,12 +46,15 @@ OwnerStanding FindOwnerStanding(const LockRecord& owner, const std::string& fold
     if (!owner.mIsReadable) return OwnerStanding::Unknown;
     const LockRecord own = MakeRecordOwner();
     if (AreOfOneProcess(owner, own)) return OwnerStanding::Own;
-    if (IsLockStale(owner, *GetServices().mDesktop)) return OwnerStanding::Gone;
+    const Desktop& desktop = *GetServices().mDesktop;
+    if (IsLockStale(owner, desktop)) return OwnerStanding::Gone;
     const bool areBootsKnown = !owner.mBootID.empty() && !own.mBootID.empty();
     if (areBootsKnown && owner.mBootID != own.mBootID && IsOnOwnVolume(folder)) return OwnerStanding::Gone;
     const bool isComparable =
         AreOfOneBoot(owner, own) && owner.mPidNamespace != 0 && owner.mPidNamespace == own.mPidNamespace;
-    return isComparable ? OwnerStanding::Living : OwnerStanding::Unknown;
+    if (!isComparable) return OwnerStanding::Unknown;
+    // Of this boot, whatever the machine was called when it was written.
+    return IsProcessGone(owner, desktop) ? OwnerStanding::Gone : OwnerStanding::Living;
 }
 
 }  // namespace desk

@@ -135,6 +135,12 @@ TEST_F(TextKeeperTest, OffersWhatProgramsHaveLeftThatAreGone) {
     text.mOwner.mProcessStart = ReadProcessFacts(::getppid())->mStart;
     KeptTexts::Write(Kept().at(0).mPath, text);
     EXPECT_TRUE(Offered().empty()) << "another program, which is running";
+    text.mOwner.mMachine = u"renamed";
+    KeptTexts::Write(Kept().at(0).mPath, text);
+    EXPECT_TRUE(Offered().empty()) << "its machine has another name by now";
+    ++text.mOwner.mProcessStart;
+    KeptTexts::Write(Kept().at(0).mPath, text);
+    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Gone) << "its pid is another process's now";
     text.mOwner.mMachineID = std::string(32, 'f');
     KeptTexts::Write(Kept().at(0).mPath, text);
     EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Unknown) << "another machine's";
