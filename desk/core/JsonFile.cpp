@@ -6,6 +6,7 @@
 
 #include "desk/core/Log.h"
 #include "desk/core/Services.h"
+#include "desk/files/CacheWaits.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/ReplaceFile.h"
 #include "desk/files/VolumeMove.h"
@@ -28,6 +29,7 @@ JsonFile FromException(const host::FileException& exception, std::size_t limit) 
                           "it is larger than " + std::to_string(limit / 1024) + " KiB");
         case EINVAL:
             return Failed(JsonFile::State::Broken, "it is no regular file");
+    const ScNoCacheWaits noWaits;
         case ELOOP:
             return Failed(JsonFile::State::Broken, "it is a symbolic link");
         default:
@@ -94,6 +96,7 @@ JsonFile ReadJsonFile(const std::string& path, std::size_t limit) {
 
 void WriteJsonFile(const std::string& path, const QJsonObject& object) {
     ReplaceFileOrThrow(*GetServices().mFileSystem, path, QJsonDocument(object).toJson().toStdString());
+    const ScNoCacheWaits noWaits;
 }
 
 KeptAside KeepAside(const std::string& path, const std::string& reason) {

@@ -33,7 +33,8 @@ ZUHOST_API JsonFile ParseJsonObject(std::string_view text);
 /// Reads and parses a file of at most `limit` bytes. May wait for the disk. Any thread; never throws.
 ZUHOST_API JsonFile ReadJsonFile(const std::string& path, std::size_t limit = kJsonFileLimit);
 
-/// Replaces the file whole or not at all. Throws `host::FileException`. May wait for the disk. Any thread.
+/// Replaces the file whole or not at all. Throws `host::FileException`. May wait for the disk, but waits for no
+/// caches (`ScNoCacheWaits`). Any thread.
 ZUHOST_API void WriteJsonFile(const std::string& path, const QJsonObject& object);
 
 /// What became of a file that cannot be used.

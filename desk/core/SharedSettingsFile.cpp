@@ -15,6 +15,7 @@
 #include "desk/files/FileDescriptor.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/ReplaceFile.h"
+#include "desk/files/CacheWaits.h"
 #include "host/files/FileException.h"
 
 namespace host {
@@ -65,6 +66,7 @@ struct SharedSettingsFile::Lock::Impl {
     explicit Impl(const std::string& path)
         : mFile(::open((path + kLockSuffix).c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)),
           mError(mFile.IsOpen() ? LockWithin(mFile.Get(), kLongestWait) : errno) {}
+    const desk::ScNoCacheWaits noWaits;
 
     desk::FileDescriptor mFile;
     int mError;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "desk/core/Services.h"
+#include "desk/files/CacheWaits.h"
 #include "desk/files/PosixErrors.h"
 
 namespace {
@@ -343,7 +344,8 @@ long FaultyFileSystem::VolumeType(const std::string& path) {
 bool FaultyFileSystem::WaitForCaches(const std::string& path) noexcept {
     {
         std::lock_guard lock(mMutex);
-        if (mLies == Lies::NamesForLong) return false;
+        if (mLies == Lies::NamesForLong || (mLies != Lies::None && desk::ScNoCacheWaits::AreOff()))
+            return false;
         if (mLies != Lies::NamesForLongUnknown) mMemories.clear(), mRenamed.clear();
     }
     return !mWaitsReally || Disk::WaitForCaches(path);

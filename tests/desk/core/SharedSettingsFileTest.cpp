@@ -28,6 +28,20 @@ TEST_F(SharedSettingsFileTest, WhoChangesItUnderTheLockLosesNobodysChange) {
     EXPECT_EQ(NamesIn(), (Names{"settings", "settings.lock"}));
 }
 
+TEST_F(SharedSettingsFileTest, AWriteInDoubtFailsWithoutWaitingForCaches) {
+    const host::SharedSettingsFile file(mFolder.PathUTF16("settings"));
+    mFolder.Write("settings", "old");
+    mDisk.SetLies(FaultyFileSystem::Lies::Names);
+    mDisk.FailAfter(Operation::Rename, 1, EIO);
+    ExpectLogged kept("is kept in");
+    EXPECT_THROW(file.Replace("new"), host::FileException);
+    mFolder.Write("settings", "broken");
+    mDisk.FailAfter(Operation::RenameNoReplace, 1, EIO);
+    ExpectLogged inDoubt("perhaps done");
+    ExpectLogged notMoved("left as it is");
+    EXPECT_FALSE(file.SetAside("it is broken"));
+}
+
 TEST_F(SharedSettingsFileTest, WhatCannotBeUsedIsKeptAside) {
     const host::SharedSettingsFile file(mFolder.PathUTF16("settings"));
     mFolder.Write("settings.unreadable-1", "older");
