@@ -21,7 +21,7 @@
 #include "desk/files/FolderPath.h"
 #include "desk/files/ReplaceFile.h"
 #include "desk/files/VolumeMove.h"
-#include "desk/project/Leftovers.h"
+#include "desk/project/ProfileLeftovers.h"
 #include "desk/project/RecordTexts.h"
 #include "host/core/Localizer.h"
 
@@ -130,17 +130,33 @@ std::optional<KeptText> ParseKeptText(std::string bytes) {
     return isWhole ? std::optional(std::move(text)) : std::nullopt;
 }
 
+namespace {
+
+constexpr std::size_t kLongestFile = kKeptTextLimit + kLongestHead;
+
+/// What may be all that is left of a text.
+void KeepOrRemove(const std::string& path) {
+    if (ParseKeptText(GetServices().mFileSystem->ReadSmallFile(path, kLongestFile)))
+        KeptTexts::Claim(path, KeptTexts::MakePath(FolderOf(path)));
+    else
+        KeptTexts::Remove(path);
+}
+
+}  // namespace
+
 namespace KeptTexts {
+
+void Sweep(const std::string& folder) {
+    SweepUnfinishedSaves(folder, KeepOrRemove);
+}
 
 std::string MakePath(const std::string& folder) {
     return folder + '/' + MakeRecordOwner().mNonce + std::string(kExtension);
 }
 
 std::vector<KeptTextFile> List(const std::string& folder) {
-    const std::vector<std::string> names = ListNames(folder);
-    SweepLeftovers(*GetServices().mFileSystem, *GetServices().mDesktop, folder, names);
     std::vector<KeptTextFile> files;
-    for (const std::string& name : names)
+    for (const std::string& name : ListNames(folder))
         if (name.ends_with(kExtension))
             if (std::optional<KeptTextFile> file = ReadFile(folder + '/' + name))
                 files.push_back(*std::move(file));
@@ -151,8 +167,7 @@ std::vector<KeptTextFile> List(const std::string& folder) {
 
 std::optional<KeptText> Read(const std::string& path) {
     try {
-        auto text =
-            ParseKeptText(GetServices().mFileSystem->ReadSmallFile(path, kKeptTextLimit + kLongestHead));
+        auto text = ParseKeptText(GetServices().mFileSystem->ReadSmallFile(path, kLongestFile));
         if (!text) TellDamaged(path);
         return text;
     } catch (const host::FileException& exception) {

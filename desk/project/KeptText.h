@@ -64,9 +64,12 @@ namespace KeptTexts {
 /// A name that no other file in `folder` has.
 ZUHOST_API std::string MakePath(const std::string& folder);
 
-/// What programs keep in `folder`, the oldest text first. Removes what they have left half-written. A file that
-/// is damaged is logged, and stays. Throws `host::FileException` when the folder cannot be read; one that is
-/// not there holds nothing.
+/// Deals with what programs that are gone were writing in `folder` when they ended (`SweepUnfinishedSaves`): a
+/// text that is whole, and of which no other state is kept, is kept from now on; the rest is removed.
+ZUHOST_API void Sweep(const std::string& folder);
+
+/// What programs keep in `folder`, the oldest text first. A file that is damaged is logged, and stays. Throws
+/// `host::FileException` when the folder cannot be read; one that is not there holds nothing.
 ZUHOST_API std::vector<KeptTextFile> List(const std::string& folder);
 
 /// Absent when it is not there any more or damaged; throws `host::FileException` otherwise.

@@ -56,6 +56,7 @@ void ClaimFile(const std::string& from, const std::string& to) {
 
 TextKeeper::TextKeeper(std::string folder)
     : mFolder(std::move(folder)), mOwner(MakeRecordOwner()), mSelf(std::make_shared<TextKeeper*>(this)) {
+    mTasks.Submit([folder = mFolder] { KeptTexts::Sweep(folder); });
     mTimer = GetServices().mMainThread->StartTimer(kInterval, [this] { KeepAll(); });
     host::AddListener(kStation_ProjectDocuments, this);
     host::AddListener(host::kBackendProjectActivationStationID, this);

@@ -8,6 +8,7 @@
 #include "desk/app/RecoveryDialog.h"
 #include "desk/app/RecoveryOffer.h"
 #include "desk/framework/CommandRouter.h"
+#include "desk/project/TemporaryNames.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {
@@ -99,8 +100,8 @@ TEST_F(RecoveryOfferTest, RecoveredTextIsAnUnsavedChangeThatCanBeUndone) {
     mMain.RunUntilIdle();
     CommandRouter::Instance().Send(kCommandRecoverText);
     Press("Open Recovered Text");
-    editor->undo();
     auto* editor = mArea.findChild<QPlainTextEdit*>();
+    editor->undo();
     editor->redo();
     mMain.Advance(std::chrono::seconds(5));
     EXPECT_EQ(CountKept(), 1u);
@@ -162,6 +163,24 @@ TEST_F(RecoveryOfferTest, WhatCannotBeEditedNowStaysKept) {
     Press("Open Recovered Text");
     EXPECT_TRUE(AsksFor("other unsaved changes")) << mDialogs.LastText();
     EXPECT_EQ(CountKept(), 3u);
+}
+
+TEST_F(RecoveryOfferTest, WhatAKilledProgramWasWritingIsOfferedIfItIsWhole) {
+    Leave("mine");
+    const std::string path = KeptTexts::List(mProfile.Path("texts")).at(0).mPath;
+    const std::string bytes = mProfile.Read("texts/" + std::filesystem::path(path).filename().string());
+    KeptTexts::Remove(path);
+    LockRecord owner = MakeRecordOwner();
+    owner.mBootID += '1';
+    const auto leave = [&](const std::string& target, const std::string& written) {
+        mProfile.Write("texts/" + MakeTemporaryNameFor(TemporaryPurpose::Save, target, owner), written);
+    };
+    leave("1.unsaved", bytes);
+    leave("2.unsaved", bytes.substr(0, bytes.size() - 1));
+    Start();
+    EXPECT_TRUE(Shows("Reel 1|")) << Shown();
+    EXPECT_EQ(CountKept(), 1u);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mProfile.Path("texts")), {}), 1);
 }
 
 TEST_F(RecoveryOfferTest, CopiesAndDiscardsWithoutTheProject) {
