@@ -2,6 +2,9 @@
 
 #include "desk/app/MainWindow.h"
 #include "desk/core/Profile.h"
+#include "desk/core/Services.h"
+#include "desk/core/WorkerPool.h"
+#include "desk/project/ProfileLeftovers.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {
@@ -11,7 +14,11 @@ SessionMemory::SessionMemory(const Profile& profile, MainWindow& window)
       mCommands(window.Projects(), window.Productions(), mLastSession,
                 [&window] { return window.IsClosing(); }),
       mTextKeeper(profile.PathOf(kTextsFolderName)),
-      mRecovery(window, mTextKeeper) {}
+      mRecovery(window, mTextKeeper) {
+    const std::string sessions = profile.PathOf(LastSession::kFolderName);
+    for (const std::string& folder : {profile.Folder(), sessions})
+        GetServices().mWorkerPool->Submit([folder] { SweepUnfinishedSaves(folder); });
+}
 
 OpenItems SessionMemory::FindItemsForStart(const std::string& folder) const {
     const OpenItems& items = mLastSession.Get();

@@ -1,6 +1,9 @@
 #include <filesystem>
 
 #include "desk/app/ProgramCommands.h"
+#include "desk/core/SystemDesktop.h"
+#include "desk/project/LockProtocol.h"
+#include "desk/project/TemporaryNames.h"
 #include "tests/ui/DrivenProgram.h"
 
 namespace {
@@ -133,10 +136,17 @@ TEST_F(Session, OpenProjectsComeBackAfterAKill) {
     EXPECT_EQ(meanwhile->Ask(Send(desk::kCommandReopenSession)), "disabled") << "its program is alive";
     first->Kill();
     meanwhile->Kill();
+    const desk::SystemDesktop desktop;
+    desk::LockRecord owner = MakeLockRecord(desktop, u"ines", desktop.MachineName());
+    owner.mBootID = "1";
+    const std::string left =
+        "profile/" + MakeTemporaryNameFor(desk::TemporaryPurpose::Save, "Session Settings.json", owner);
+    mHome.Write(left, "half");
 
     Program second;
     StartDriven(second);
     EXPECT_TRUE(second->WaitToShow("Reel 2"));
+    EXPECT_TRUE(WaitFor([&] { return !mHome.Exists(left); })) << "what a killed program was writing";
     EXPECT_EQ(second->Ask("editor"), R"(["two\n"])");
     EXPECT_TRUE(second->Shows("Reel 1") && !second->Shows("read-only"));
     second->Kill();
