@@ -191,10 +191,11 @@ bool RecoveryOffer::PutIntoEditor(const KeptText& text, const ProjectDocumentRef
         return false;
     }
     if (content.mBytes == text.mBytes) {
-        mKeeper.Remove(path);
-        TellUser(
-            host::ZString("$$$/Desk/Recovery/Held=“@0” holds the recovered text already.", {NameOf(text)}));
-        return true;
+        // It may not be on the disk yet, or no more.
+        TellUser(host::ZString(
+            "$$$/Desk/Recovery/Held=“@0” shows this text already. It stays kept until you discard it.",
+            {NameOf(text)}));
+        return false;
     }
     document->Recover(EditedText(text.mBytes).GetEditorText(), MarkContent(content.mBytes) != text.mBase);
     mKeeper.Adopt(document, path);

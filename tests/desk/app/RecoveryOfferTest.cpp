@@ -165,6 +165,15 @@ TEST_F(RecoveryOfferTest, WhatCannotBeEditedNowStaysKept) {
     EXPECT_EQ(CountKept(), 3u);
 }
 
+TEST_F(RecoveryOfferTest, WhatTheProjectShowsAlreadyStaysKeptUntilItIsDiscarded) {
+    Leave(kBytes, "before");
+    Start();
+    Press("Open Recovered Text");
+    EXPECT_TRUE(Find() && !Find()->IsDirty());
+    EXPECT_TRUE(Shows("holds this text already")) << Shown();
+    EXPECT_EQ(CountKept(), 1u) << "what the file shows may not be on the disk";
+}
+
 TEST_F(RecoveryOfferTest, WhatAKilledProgramWasWritingIsOfferedIfItIsWhole) {
     Leave("mine");
     const std::string path = KeptTexts::List(mProfile.Path("texts")).at(0).mPath;
