@@ -1,5 +1,4 @@
 // The settings file with what is remembered of each production.
-#include <cerrno>
 #include <string>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
@@ -65,21 +64,16 @@ void SharedProjectsHandler::SaveProductionLayouts() {
 }
 
 std::string SharedProjectsHandler::ReadLayoutsFrom(const SharedSettingsFile& file) {
-    std::optional<std::string> bytes;
-    try {
-        bytes = file.Read();
-    } catch (const FileException& exception) {
-        if (exception.SystemError() != EFBIG) throw;
-        return "it is too large";
-    }
-    if (mFileLayouts && mFileLayouts->mBytes == bytes) return {};
     FileLayouts read;
     try {
-        if (bytes) read.mObject = ParseLayouts(*bytes);
+        read.mBytes = file.Read();
+        if (mFileLayouts && mFileLayouts->mBytes == read.mBytes) return {};
+        if (read.mBytes) read.mObject = ParseLayouts(*read.mBytes);
+    } catch (const FileException&) {
+        throw;
     } catch (const std::exception& exception) {
         return exception.what();
     }
-    read.mBytes = std::move(bytes);
     ProductionStateData productions = HandlerSharedProjects::ReadLayouts(read.mObject);
     for (const UTF16String& unsaved : mUnsavedProductions)
         productions.insert_or_assign(unsaved, std::move(mProductionStateData[unsaved]));

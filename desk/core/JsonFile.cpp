@@ -21,24 +21,15 @@ JsonFile Failed(JsonFile::State state, std::string reason) {
 }
 
 JsonFile FromException(const host::FileException& exception, std::size_t limit) {
-    switch (exception.SystemError()) {
-        case ENOENT:
-            return Failed(JsonFile::State::Absent, "there is no such file");
-        case EFBIG:
-            return Failed(JsonFile::State::Broken,
-                          "it is larger than " + std::to_string(limit / 1024) + " KiB");
-        case EINVAL:
-            return Failed(JsonFile::State::Broken, "it is no regular file");
-    const ScNoCacheWaits noWaits;
-        case ELOOP:
-            return Failed(JsonFile::State::Broken, "it is a symbolic link");
-        default:
-            return Failed(JsonFile::State::Unreadable, std::strerror(exception.SystemError()));
-    }
+    if (exception.SystemError() == ENOENT) return Failed(JsonFile::State::Absent, "there is no such file");
+    std::string reason = FindReasonAgainstUse(exception, limit);
+    return reason.empty() ? Failed(JsonFile::State::Unreadable, std::strerror(exception.SystemError()))
+                          : Failed(JsonFile::State::Broken, std::move(reason));
 }
 
 /// Renames a file that cannot be used to the first free name; the new path, or empty when that failed.
 std::string SetAside(const std::string& path) {
+    const ScNoCacheWaits noWaits;
     for (int n = 1; n <= 1000; ++n) {
         const std::string aside = path + ".unreadable-" + std::to_string(n);
         try {
@@ -61,10 +52,7 @@ KeptAside Explain(const std::string& path, const std::string& reason, const std:
                              "$$$/Desk/Settings/SetAside=The settings in “@0” are damaged and were not "
                              "used. The file is kept as “@1”.",
                              {host::UTF8to16(path), host::UTF8to16(aside)})
-                       : host::ZString(
-                             "$$$/Desk/Settings/Unreadable=The settings in “@0” could not be read: @1. The "
-                             "file is left as it is, and changes are not saved.",
-                             {host::UTF8to16(path), host::UTF8to16(reason)});
+                       : DescribeUnreadableSettings(path, reason);
     Log(LogLevel::Warning, "The settings in \"" + path + "\" could not be read: " + reason +
                                (kept.mIsMoved ? ". The file is kept as \"" + aside + "\"."
                                               : ". The file is left as it is, and changes are not saved."));
@@ -72,6 +60,19 @@ KeptAside Explain(const std::string& path, const std::string& reason, const std:
 }
 
 }  // namespace
+
+std::string FindReasonAgainstUse(const host::FileException& exception, std::size_t limit) {
+    switch (exception.SystemError()) {
+        case EFBIG:
+            return "it is larger than " + std::to_string(limit / 1024) + " KiB";
+        case EINVAL:
+            return "it is no regular file";
+        case ELOOP:
+            return "it is a symbolic link";
+        default:
+            return {};
+    }
+}
 
 JsonFile ParseJsonObject(std::string_view text) {
     QJsonParseError error;
@@ -95,8 +96,15 @@ JsonFile ReadJsonFile(const std::string& path, std::size_t limit) {
 }
 
 void WriteJsonFile(const std::string& path, const QJsonObject& object) {
-    ReplaceFileOrThrow(*GetServices().mFileSystem, path, QJsonDocument(object).toJson().toStdString());
     const ScNoCacheWaits noWaits;
+    ReplaceFileOrThrow(*GetServices().mFileSystem, path, QJsonDocument(object).toJson().toStdString());
+}
+
+host::UTF16String DescribeUnreadableSettings(const std::string& path, const std::string& reason) {
+    return host::ZString(
+        "$$$/Desk/Settings/Unreadable=The settings in “@0” could not be read: @1. The file is left as it is, and "
+        "changes are not saved.",
+        {host::UTF8to16(path), host::UTF8to16(reason)});
 }
 
 KeptAside KeepAside(const std::string& path, const std::string& reason) {

@@ -8,6 +8,10 @@
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
 
+namespace host {
+class FileException;
+}
+
 namespace desk {
 
 /// What came of reading a JSON file (RFC 8259) that should hold one object.
@@ -23,6 +27,10 @@ struct JsonFile {
     /// English, for a log line or a message; without the path.
     std::string mReason;
 };
+
+/// After a read of at most `limit` bytes has thrown `exception`: why what stands there can never be read as
+/// settings (English, a clause with "it"). Empty when nothing stands there, or the disk refused. Any thread.
+ZUHOST_API std::string FindReasonAgainstUse(const host::FileException& exception, std::size_t limit);
 
 inline constexpr std::size_t kJsonFileLimit = std::size_t{1} << 20;
 
@@ -45,6 +53,10 @@ struct KeptAside {
     /// it are raw.
     host::UTF16String mNotice;
 };
+
+/// What to tell the user of settings that the disk does not give out, for this `reason`. Localised; names in it
+/// are raw. Any thread.
+ZUHOST_API host::UTF16String DescribeUnreadableSettings(const std::string& path, const std::string& reason);
 
 /// Renames a file that cannot be used to "<name>.unreadable-<n>", n from 1, so that nothing ever replaces it.
 /// Logged as a warning, with the `reason` (English). May wait for the disk. Any thread; never throws.

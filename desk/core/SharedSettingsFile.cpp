@@ -6,16 +6,20 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <mutex>
+#include <set>
+#include <stdexcept>
 #include <thread>
 
 #include "desk/core/JsonFile.h"
 #include "desk/core/Log.h"
 #include "desk/core/Services.h"
 #include "desk/core/UserNotice.h"
+#include "desk/files/CacheWaits.h"
 #include "desk/files/FileDescriptor.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/ReplaceFile.h"
-#include "desk/files/CacheWaits.h"
+#include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 
 namespace host {
@@ -36,6 +40,14 @@ int LockWithin(int file, std::chrono::milliseconds patience) {
     return 0;
 }
 
+/// What does not pass by itself is not told anew with every save.
+void TellOnce(const UTF16String& text) {
+    static std::mutex sMutex;
+    static std::set<UTF16String> sTold;
+    const std::lock_guard lock(sMutex);
+    if (sTold.insert(text).second) desk::TellUser(text);
+}
+
 }  // namespace
 
 SharedSettingsFile::SharedSettingsFile(UTF16String path) : mPath(std::move(path)) {}
@@ -45,12 +57,16 @@ std::optional<std::string> SharedSettingsFile::Read() const {
         return desk::GetServices().mFileSystem->ReadSmallFile(UTF16to8(mPath), kLimit);
     } catch (const FileException& exception) {
         if (exception.SystemError() == ENOENT) return {};
+        const std::string reason = desk::FindReasonAgainstUse(exception, kLimit);
+        if (!reason.empty()) throw std::runtime_error(reason);
+        TellOnce(desk::DescribeUnreadableSettings(UTF16to8(mPath), std::strerror(exception.SystemError())));
         throw;
     }
 }
 
 void SharedSettingsFile::Replace(const std::string& bytes) const {
     if (bytes.size() > kLimit) throw FileException("write", mPath, EFBIG);
+    const desk::ScNoCacheWaits noWaits;
     desk::ReplaceFileOrThrow(*desk::GetServices().mFileSystem, UTF16to8(mPath), bytes);
 }
 
@@ -66,7 +82,6 @@ struct SharedSettingsFile::Lock::Impl {
     explicit Impl(const std::string& path)
         : mFile(::open((path + kLockSuffix).c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)),
           mError(mFile.IsOpen() ? LockWithin(mFile.Get(), kLongestWait) : errno) {}
-    const desk::ScNoCacheWaits noWaits;
 
     desk::FileDescriptor mFile;
     int mError;
@@ -75,6 +90,12 @@ struct SharedSettingsFile::Lock::Impl {
 SharedSettingsFile::Lock::Lock(const SharedSettingsFile& file)
     : mImpl(std::make_unique<Impl>(UTF16to8(file.mPath))) {
     if (IsHeld()) return;
+    // Who waits for another program saves with the next change; the rest stays as it is.
+    if (mImpl->mError != EWOULDBLOCK)
+        TellOnce(
+            ZString("$$$/Desk/Settings/NotChanged=The settings in “@0” cannot be changed: @1. What you set is "
+                    "not remembered.",
+                    {file.mPath, UTF8to16(std::strerror(mImpl->mError))}));
     desk::Log(desk::LogLevel::Warning,
               "The settings in \"" + UTF16to8(file.mPath) + "\" are not changed: " +
                   (mImpl->mError == EWOULDBLOCK

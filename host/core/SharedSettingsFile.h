@@ -22,7 +22,8 @@ public:
     explicit SharedSettingsFile(UTF16String path);
 
     /// The whole content; absent when there is no such file. Throws `FileException` when the disk refuses,
-    /// EFBIG for a larger file than `kLimit`.
+    /// which the user is told once; `std::runtime_error` with the reason (English, a clause with "it") for what
+    /// can never be read: more than `kLimit` bytes, no regular file, a symbolic link (`SetAside`).
     std::optional<std::string> Read() const;
 
     /// Replaces the file whole or not at all. Throws `FileException`, EFBIG for more than `kLimit` bytes: then
@@ -43,8 +44,8 @@ public:
         Lock(const Lock&) = delete;
         Lock& operator=(const Lock&) = delete;
 
-        /// False when another program has the file for longer, or the profile cannot be written, which is
-        /// logged: then the file must not be changed.
+        /// False when another program has the file for longer, or the profile cannot be written or has no
+        /// locks, which the user is told once; logged: then the file must not be changed.
         bool IsHeld() const;
 
     private:

@@ -140,10 +140,19 @@ TEST_F(RememberedViewTest, ASettingsFileThatCannotBeReadOrWrittenIsNeverReplaced
     // Larger than anything that is read.
     std::filesystem::resize_file(mFolder.Path(kFile), 300'000'000);
     {
-        ExpectLogged log("it is too large");
+        ExpectLogged log("it is larger than");
         ClosePanel();
     }
     EXPECT_EQ(std::filesystem::file_size(mFolder.Path(std::string(kFile) + ".unreadable-2")), 300'000'000u);
+    OpenPanel();
+    ExpectChangedView();
+
+    mFolder.Rename(kFile, "elsewhere");
+    std::filesystem::create_symlink("../elsewhere", mFolder.Path(kFile));
+    {
+        ExpectLogged log("symbolic link");
+        ClosePanel();
+    }
     OpenPanel();
     ExpectChangedView();
 

@@ -42,6 +42,31 @@ TEST_F(SharedSettingsFileTest, AWriteInDoubtFailsWithoutWaitingForCaches) {
     EXPECT_FALSE(file.SetAside("it is broken"));
 }
 
+TEST_F(SharedSettingsFileTest, TellsOnceWhyNothingIsRemembered) {
+    const host::SharedSettingsFile file(mFolder.PathUTF16("settings"));
+    mFolder.Write("elsewhere", "{}");
+    std::filesystem::create_symlink("elsewhere", mFolder.Path("settings"));
+    try {
+        file.Read();
+        FAIL();
+    } catch (const host::FileException&) {
+        FAIL() << "taken for a file of a disk that refuses";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "it is a symbolic link");
+    }
+    mDisk.Deny(mFolder.Path("settings"), EIO);
+    mFolder.MakeFolder("settings.lock");
+    ExpectLogged read("could not be read: Input/output error");
+    ExpectLogged notLocked("locking them failed");
+    ExpectLogged locked("cannot be changed: Is a directory");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_THROW(file.Read(), host::FileException);
+        EXPECT_FALSE(host::SharedSettingsFile::Lock(file).IsHeld());
+    }
+    EXPECT_EQ(read.Count(), 1);
+    EXPECT_EQ(locked.Count(), 1);
+}
+
 TEST_F(SharedSettingsFileTest, WhatCannotBeUsedIsKeptAside) {
     const host::SharedSettingsFile file(mFolder.PathUTF16("settings"));
     mFolder.Write("settings.unreadable-1", "older");
