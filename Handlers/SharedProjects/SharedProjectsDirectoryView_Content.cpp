@@ -2,6 +2,7 @@
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
 
@@ -47,8 +48,13 @@ void SharedProjectsDirectoryView::RefreshDirectoryContent(const RowRef& row) {
 void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath,
                                                         const DirectoryContent& content,
                                                         const ContentDelivery& delivery) {
-    if (delivery.mSystemError == 0 && PathUtils::ExistsOnDisk(directoryPath, true))
-        UpdateRowsFromContent(row, directoryPath, content, delivery);
+    try {
+        if (delivery.mSystemError == 0 && PathUtils::ExistsOnDisk(directoryPath, true))
+            UpdateRowsFromContent(row, directoryPath, content, delivery);
+    } catch (...) {
+        // Whoever waits for this content goes on with what there is.
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
     mFolderOpener.OnContentUpdated(directoryPath, delivery.mIsLast);
     const auto tabView = mTabView.lock();
     if (tabView && tabView->IsCreated()) GoOnWithWhatWaits();

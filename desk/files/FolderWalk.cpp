@@ -54,7 +54,8 @@ void FolderWalk::SubmitFolder(const host::UTF16String& path) {
     ++mFoldersLeft;
     // Behind what waits already: a long walk must not hold up listings and polls.
     mLane->SubmitLast([self = shared_from_this(), path] {
-        if (!self->mIsCancelled) self->EnterFolder(path);
+        // Whoever waits for the walk hears of its end, whatever happens in one folder.
+        if (!self->mIsCancelled) RunTask([&] { self->EnterFolder(path); }, "walk");
         if (--self->mFoldersLeft == 0) self->Finish();
     });
 }

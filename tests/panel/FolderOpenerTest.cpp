@@ -227,4 +227,17 @@ TEST_F(FolderOpenerTest, PutsAViewBackAsItWasLeft) {
     EXPECT_EQ(DirectoryView().GetCurrentStateData(), left);
 }
 
+TEST_F(FolderOpenerTest, GoesOnWhenRowsCannotBeMade) {
+    MakeProduction();
+    OpenProduction();
+    const ExpectLogged log("no memory");
+    QObject context;
+    QObject::connect(TreeWidget().model(), &QAbstractItemModel::rowsInserted, &context,
+                     [] { throw std::runtime_error("no memory"); });
+    GoTo("A");
+    Press(Qt::Key_Asterisk);
+    mMain.RunUntilIdle();
+    EXPECT_EQ(OpenerState(), State::Idle);
+}
+
 }  // namespace HandlerSharedProjects

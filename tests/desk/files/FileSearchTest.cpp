@@ -4,6 +4,7 @@
 
 #include "desk/core/WorkProgress.h"
 #include "desk/files/FolderFollower.h"
+#include "desk/files/FolderWalk.h"
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
 #include "tests/desk/files/FollowedFolder.h"
@@ -77,6 +78,17 @@ TEST_F(FileSearchTest, FindsTheFoldersThatHoldNone) {
     const ExpectLogged log("(faulty)");
     mDisk.Deny(mFolder.Path("Denied"));
     EXPECT_EQ(FindLeaves(), (Names{"A/Day 1/Late", "A/Day 2", "A b", "Denied"}));
+}
+
+TEST_F(FileSearchTest, AWalkEndsWhateverHappensInAFolder) {
+    desk::FolderWalk::Parameters parameters;
+    parameters.mVisitor = [](const auto&, const auto&) { throw std::runtime_error("no memory"); };
+    const auto walk = std::make_shared<desk::FolderWalk>(
+        parameters, [this](const desk::FolderWalk::Result&) { ++mCompletions; });
+    const ExpectLogged log("no memory");
+    walk->Start({mFolder.PathUTF16()});
+    mMain.RunUntilIdle();
+    EXPECT_EQ(mCompletions, 1);
 }
 
 }  // namespace
