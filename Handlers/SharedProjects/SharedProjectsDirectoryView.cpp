@@ -288,6 +288,8 @@ void SharedProjectsDirectoryView::LeaveRoot() {
     mPendingState.reset();
     mRestoredState.reset();
     mRestoredTopRow.reset();
+    mUnlistedFolders.clear();
+    mUnreachedState = {};
     mPendingDirectoryChanges.clear();
     mAwaitedPaths.clear();
     mFoldersToOpen.clear();

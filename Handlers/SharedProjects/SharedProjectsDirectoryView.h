@@ -148,6 +148,10 @@ private:
     void Restore(const StateData& state, FolderOpener::Paths awaitedPaths);
     void FinishRestoring(const RowVec& selectedBefore);
     void SelectAndScrollTo(const StateData& state);
+    void NoteListing(const UTF16String& path, const ContentDelivery& delivery);
+    bool IsUnreached(const UTF16String& path) const;
+    void KeepUnreached(const StateData& state);
+    void OpenReachedFolders();
     void StopOpening();
     void CloseSubTreeRecursion(const RowRef& row);
     void GoOnWithWhatWaits();
@@ -197,6 +201,10 @@ private:
     std::unique_ptr<StateData> mRestoredState;
     /// The top row that was put back, while it is the top row: facts that come later change the order.
     RowRef mRestoredTopRow;
+    /// Folders that the volume did not let be listed, for another reason than that they are gone.
+    std::set<UTF16String> mUnlistedFolders;
+    /// What could not be put back because it lies in such folders: kept with the view's state until it can.
+    StateData mUnreachedState;
     /// The column by which the rows in closed folders have been marked stale.
     ColumnID mStaleMarksColumn = 0;
     /// Items that are to be selected when their rows come.

@@ -49,6 +49,7 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
                                                         const DirectoryContent& content,
                                                         const ContentDelivery& delivery) {
     try {
+        NoteListing(directoryPath, delivery);
         if (delivery.mSystemError == 0 && PathUtils::ExistsOnDisk(directoryPath, true))
             UpdateRowsFromContent(row, directoryPath, content, delivery);
     } catch (...) {

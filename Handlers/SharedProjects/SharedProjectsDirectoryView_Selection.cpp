@@ -7,6 +7,7 @@
 namespace HandlerSharedProjects {
 
 void SharedProjectsDirectoryView::OnRowSelectionChanged(const RowVec&) {
+    mUnreachedState.mSelectedRowPaths.clear();
     BroadcastMessage(GetStationID(), DirectoryViewSelectionChangedMessage());
 }
 

@@ -1,4 +1,9 @@
 // Opening folders with all below them, how the user has left the view, and how that is put back.
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <utility>
+
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
@@ -8,6 +13,18 @@
 namespace HandlerSharedProjects {
 
 namespace {
+
+/// What says of a path whether it is `folder` or lies in it.
+auto IsAtOrBelow(const UTF16String& folder) {
+    return [below = PathUtils::AddTrailingSlash(folder)](const UTF16String& path) {
+        return PathUtils::AddTrailingSlash(path).starts_with(below);
+    };
+}
+
+void AppendMissing(UTF16StringVec& paths, const UTF16StringVec& more) {
+    for (const UTF16String& path : more)
+        if (std::ranges::find(paths, path) == paths.end()) paths.push_back(path);
+}
 
 /// Appends the deepest open rows of the sub-tree of `row`.
 void AppendDeepestOpenRows(const RowRef& row, RowVec& rows) {
@@ -35,6 +52,8 @@ SharedProjectsDirectoryView::StateData SharedProjectsDirectoryView::GetCurrentSt
         state.mOpenFolderPaths = GetDeepestOpenFolderPaths();
         state.mSelectedRowPaths = GetSelectedPaths();
         state.mTopVisibleRowPath = GetRowPath(GetTree()->GetTopRow().get());
+        AppendMissing(state.mOpenFolderPaths, mUnreachedState.mOpenFolderPaths);
+        AppendMissing(state.mSelectedRowPaths, mUnreachedState.mSelectedRowPaths);
     }
     const auto tabView = mTabView.lock();
     state.mHeaderRowData = Columns::GetHeaderRowData(
@@ -74,8 +93,53 @@ void SharedProjectsDirectoryView::FinishRestoring(const RowVec& selectedBefore) 
         if (!mPendingState) mPendingState = std::make_unique<StateData>(*state);
         return;
     }
-    if (GetTree()->GetSelectedRows() == selectedBefore) SelectAndScrollTo(*state);
+    const bool hasUserSelected = GetTree()->GetSelectedRows() != selectedBefore;
+    if (!hasUserSelected) SelectAndScrollTo(*state);
+    KeepUnreached(*state);
+    if (hasUserSelected) mUnreachedState.mSelectedRowPaths.clear();
     GoOnWithWhatWaits();
+}
+
+void SharedProjectsDirectoryView::NoteListing(const UTF16String& path, const ContentDelivery& delivery) {
+    const bool isGone = delivery.mSystemError == ENOENT || delivery.mSystemError == ENOTDIR;
+    if (delivery.mSystemError == 0 || isGone)
+        mUnlistedFolders.erase(path);
+    else
+        mUnlistedFolders.insert(path);
+}
+
+/// True for what lies at or below a folder that the volume did not let be listed: it may be there.
+bool SharedProjectsDirectoryView::IsUnreached(const UTF16String& path) const {
+    return std::ranges::any_of(mUnlistedFolders,
+                               [&](const UTF16String& folder) { return IsAtOrBelow(folder)(path); });
+}
+
+void SharedProjectsDirectoryView::KeepUnreached(const StateData& state) {
+    const auto keep = [this](UTF16StringVec& kept, const UTF16StringVec& paths) {
+        UTF16StringVec unreached;
+        std::ranges::copy_if(paths, std::back_inserter(unreached),
+                             [this](const UTF16String& path) { return IsUnreached(path); });
+        AppendMissing(kept, unreached);
+    };
+    keep(mUnreachedState.mOpenFolderPaths, state.mOpenFolderPaths);
+    keep(mUnreachedState.mSelectedRowPaths, state.mSelectedRowPaths);
+}
+
+/// Opens what has been kept of folders that have been listed after all. Their rows are not selected any more.
+void SharedProjectsDirectoryView::OpenReachedFolders() {
+    if (mUnreachedState == StateData() || !mFolderOpener.IsIdle()) return;
+    const StateData before = std::exchange(mUnreachedState, {});
+    KeepUnreached(before);
+    UTF16StringVec folders = before.mOpenFolderPaths;
+    std::erase_if(folders, [this](const UTF16String& path) { return IsUnreached(path); });
+    if (folders.empty()) return;
+    const auto keepAndGoOn = [this, folders] {
+        StateData state;
+        state.mOpenFolderPaths = folders;
+        KeepUnreached(state);
+        GoOnWithWhatWaits();
+    };
+    mFolderOpener.OpenFolders(folders, {}, keepAndGoOn);
 }
 
 void SharedProjectsDirectoryView::SelectAndScrollTo(const StateData& state) {
@@ -97,6 +161,7 @@ void SharedProjectsDirectoryView::SortRows() {
 /// What has waited for the opener, or for content, goes on.
 void SharedProjectsDirectoryView::GoOnWithWhatWaits() {
     if (mPendingState && mIsRootListed && mFolderOpener.IsIdle()) Restore(StateData(*mPendingState), {});
+    OpenReachedFolders();
     SelectAwaitedRows();
 }
 
@@ -108,6 +173,8 @@ void SharedProjectsDirectoryView::StopOpening() {
 
 void SharedProjectsDirectoryView::OnRowDisclosureChanged(const RowRef& row, bool opened) {
     const bool isDeep = (GetCurrentModKeys() & kModKey_Alt) != 0;
+    // The user has decided how this one is left.
+    if (!opened) std::erase_if(mUnreachedState.mOpenFolderPaths, IsAtOrBelow(GetRowPath(row.get())));
     if (isDeep && opened)
         OpenSubTree(row, true);
     else if (isDeep)

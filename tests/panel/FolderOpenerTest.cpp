@@ -225,6 +225,24 @@ TEST_F(FolderOpenerTest, PutsAViewBackAsItWasLeft) {
     ASSERT_TRUE(Shows(rows));
     Settle();
     EXPECT_EQ(DirectoryView().GetCurrentStateData(), left);
+
+    // What the volume does not show now may be there: it stays remembered, and opens when it shows.
+    const ExpectLogged log("(faulty)");
+    mDisk.Deny(mFolder.Path(OnDisk("A/Day 1")), EIO);
+    leaveAndOpen();
+    Settle();
+    EXPECT_FALSE(FindRow("A/Day 1/Morning"));
+    const StateData kept = DirectoryView().GetCurrentStateData();
+    const auto has = [](const UTF16StringVec& paths, const UTF16String& path) {
+        return std::ranges::find(paths, path) != paths.end();
+    };
+    EXPECT_TRUE(has(kept.mOpenFolderPaths, PathOf("A/Day 1/Morning")));
+    EXPECT_TRUE(has(kept.mSelectedRowPaths, PathOf("A/Day 1/Morning/Take 1.zuproj")));
+    EXPECT_FALSE(has(kept.mOpenFolderPaths, PathOf("A/Gone/Deeper")));
+    mDisk.Allow(mFolder.Path(OnDisk("A/Day 1")));
+    DirectoryView().RefreshDirectoryContent(RowOf("A/Day 1"));
+    Settle();
+    EXPECT_TRUE(FindRow("A/Day 1/Morning") && RowOf("A/Day 1/Morning")->IsOpen());
 }
 
 TEST_F(FolderOpenerTest, GoesOnWhenRowsCannotBeMade) {
