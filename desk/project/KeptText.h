@@ -23,6 +23,8 @@ struct ContentMark {
     friend bool operator==(const ContentMark&, const ContentMark&) = default;
 };
 
+/// The mark of a file that holds exactly `bytes`, which may be empty. Takes time in proportion to them. Any
+/// thread.
 ZUHOST_API ContentMark MarkContent(std::string_view bytes);
 
 /// Unsaved text of an open project, kept in the profile in case the program does not come to its end. One file

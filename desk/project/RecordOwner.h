@@ -24,8 +24,9 @@ enum class OwnerStanding {
 /// This process, as it is written into its records. Any thread; reads /proc only.
 ZUHOST_API LockRecord MakeRecordOwner();
 
+/// `owner` as a member of a record: an object of the form that a lock file has (`docs/locking.md`). Any thread.
 ZUHOST_API QJsonObject WriteRecordOwner(const LockRecord& owner);
-/// Unreadable for what is no record.
+/// What `WriteRecordOwner` has made; unreadable for what is no such object. Any thread.
 ZUHOST_API LockRecord ReadRecordOwner(const QJsonObject& object);
 
 /// What has become of the owner of a record that stands in `folder` (bytes). On a volume of this machine only
