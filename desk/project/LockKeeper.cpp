@@ -33,7 +33,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kPatience(3000);
 constexpr milliseconds kBetweenTries(200);
 constexpr milliseconds kLongestDelay(5000);
-/// How long the window stands still for a lock that is given up.
+/// How long the window stands still for locks that are given up.
 constexpr milliseconds kStandstill(2000);
 
 LockProtocol MakeProtocol() {
@@ -241,7 +241,22 @@ void LockKeeper::GiveUp(const HeldLock& lock) {
     if (FindByNonce(lock.mRecord.mNonce)) return;
     if (lock.mIsLost) return NoteStrayLock(lock.mRecord.mNonce);
     if (const auto task = AddGivingUp({lock.mPath, lock.mRecord.mNonce, {}}, false))
-        TryToGiveUp(task).wait_for(kStandstill);
+        mFirstAttempts.push_back(TryToGiveUp(task));
+    if (mTogetherScopes == 0) AwaitFirstAttempts();
+}
+
+void LockKeeper::AwaitFirstAttempts() {
+    const auto end = std::chrono::steady_clock::now() + kStandstill;
+    for (const auto& attempt : std::exchange(mFirstAttempts, {})) attempt.wait_until(end);
+}
+
+ScGiveUpTogether::ScGiveUpTogether() {
+    ++LockKeeper::Instance().mTogetherScopes;
+}
+
+ScGiveUpTogether::~ScGiveUpTogether() {
+    LockKeeper& keeper = LockKeeper::Instance();
+    if (--keeper.mTogetherScopes == 0) keeper.AwaitFirstAttempts();
 }
 
 void LockKeeper::GiveUpLater(std::vector<LockRemains> remains) {

@@ -44,6 +44,16 @@ private:
 
 using HeldLockPtr = std::shared_ptr<HeldLock>;
 
+/// While one lives, locks are given up together: each is begun at once, and all are waited for when it goes,
+/// for as long as for a single one at most. UI thread.
+class ZUHOST_API ScGiveUpTogether {
+public:
+    ScGiveUpTogether();
+    ~ScGiveUpTogether();
+    ScGiveUpTogether(const ScGiveUpTogether&) = delete;
+    ScGiveUpTogether& operator=(const ScGiveUpTogether&) = delete;
+};
+
 /// The locks that this process holds, one for each project, however many refer to it. UI thread.
 class ZUHOST_API LockKeeper {
 public:
@@ -84,6 +94,7 @@ public:
 
 private:
     friend class HeldLock;
+    friend class ScGiveUpTogether;
     struct GivingUp;
 
     Taking TakeOrThrow(const std::string& lockPath, const LockRecord& mine);
@@ -93,6 +104,7 @@ private:
     HeldLockPtr FindByNonce(const std::string& nonce) const;
     void Forget(const HeldLock& lock);
     void GiveUp(const HeldLock& lock);
+    void AwaitFirstAttempts();
     void GiveUpLater(std::vector<LockRemains> remains);
     /// Empty when nobody could carry it out.
     std::shared_ptr<GivingUp> AddGivingUp(LockRemains remains, bool isDoubtful);
@@ -107,6 +119,9 @@ private:
 
     std::map<std::string, std::weak_ptr<HeldLock>> mLocks;
     std::vector<std::shared_ptr<GivingUp>> mGivingUp;
+    /// The window stands still for them.
+    std::vector<std::future<LockRelease>> mFirstAttempts;
+    int mTogetherScopes = 0;
 };
 
 }  // namespace desk

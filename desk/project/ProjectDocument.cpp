@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "desk/files/FolderPath.h"
+#include "desk/project/LockKeeper.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {
@@ -21,6 +22,12 @@ std::string FollowRealPath(std::string path, std::string realPath, const std::st
         realPath.resize(realPath.size() - last(realPath).size());
     }
     return path != realPath && IsSameOrBelow(newPath, path) ? realPath + newPath.substr(path.size()) : newPath;
+}
+
+void GiveUp(host::ProjectLockFileRef& lock, host::ProjectLockFileRef& targetLock) {
+    const ScGiveUpTogether together;
+    lock.reset();
+    targetLock.reset();
 }
 
 }  // namespace
@@ -94,8 +101,7 @@ void ProjectDocument::SetLocks(host::ProjectLockFileRef lock, host::ProjectLockF
     mTargetLock.swap(targetLock);
     mTrouble.clear();
     // What was held is given up before anybody looks.
-    lock.reset();
-    targetLock.reset();
+    GiveUp(lock, targetLock);
     AnnounceState();
 }
 
@@ -111,8 +117,7 @@ void ProjectDocument::SetTrouble(const host::UTF16String& trouble) {
 }
 
 void ProjectDocument::ReleaseLocks() {
-    mLock.reset();
-    mTargetLock.reset();
+    GiveUp(mLock, mTargetLock);
 }
 
 void ProjectDocument::ReplaceContent(ProjectContent content) {

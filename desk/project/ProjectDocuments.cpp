@@ -93,7 +93,7 @@ ProjectDocuments::ProjectDocuments()
 }
 
 ProjectDocuments::~ProjectDocuments() {
-    for (const ProjectDocumentRef& document : GetDocuments()) Drop(document);
+    DropAll(GetDocuments());
     sInstance = nullptr;
 }
 

@@ -120,6 +120,7 @@ private:
     bool CloseAll(const std::function<std::vector<ProjectDocumentRef>()>& find);
     ProjectQuestions::SaveAnswer AskToSave(const ProjectDocumentRef& document);
     void Drop(const ProjectDocumentRef& document);
+    void DropAll(const std::vector<ProjectDocumentRef>& documents);
 
     bool MakeReadOnly(const ProjectDocumentRef& document);
     bool MakeWritable(const ProjectDocumentRef& document);

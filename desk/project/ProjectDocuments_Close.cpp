@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "desk/files/FolderPath.h"
+#include "desk/project/LockKeeper.h"
 #include "desk/project/ProjectDocumentsImpl.h"
 #include "host/files/PathUtils.h"
 
@@ -99,7 +100,7 @@ bool ProjectDocuments::CloseAll(const std::function<std::vector<ProjectDocumentR
         if (open == documents.end()) break;
         if (!closing.Ask(*open)) return false;
     }
-    for (const ProjectDocumentRef& document : documents) Drop(document);
+    DropAll(documents);
     return true;
 }
 
@@ -140,6 +141,14 @@ void ProjectDocuments::Drop(const ProjectDocumentRef& document) {
     mActive.reset();
     if (const std::vector<ProjectDocumentRef> others = GetDocuments(); !others.empty())
         SetActiveProject(others.back());
+}
+
+void ProjectDocuments::DropAll(const std::vector<ProjectDocumentRef>& documents) {
+    {
+        const ScGiveUpTogether together;
+        for (const ProjectDocumentRef& document : documents) document->ReleaseLocks();
+    }
+    for (const ProjectDocumentRef& document : documents) Drop(document);
 }
 
 }  // namespace desk

@@ -1,4 +1,5 @@
 #include <functional>
+#include <thread>
 
 #include "host/project/DocumentManager.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
@@ -122,6 +123,21 @@ TEST_F(CloseProjectTest, AProductionsProjectsAreThoseInItsFolder) {
     EXPECT_TRUE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day")));
     EXPECT_EQ(host::OpenProjectCount(), 1);
     EXPECT_TRUE(Find(kProjects[2]));
+}
+
+TEST_F(CloseProjectTest, AVolumeThatHangsHoldsTheWindowUpOnceForAllProjects) {
+    OpenThree();
+    mDisk.CloseGate(Operation::RemoveFile, mFolder.Path());
+    std::thread volume([this] {
+        EXPECT_TRUE(mDisk.WaitAtGate(3));
+        mDisk.OpenGate();
+    });
+    mDialogs.ExpectQuestion("Save Changes", u"Discard", true);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_TRUE(Manager().CloseAllProjects());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3))
+        << "two each, one after another";
+    volume.join();
 }
 
 TEST_F(CloseProjectTest, WhatHasChangedWhileOthersWereAskedAboutIsAskedAboutAgain) {
