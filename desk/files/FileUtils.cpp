@@ -9,6 +9,7 @@
 #include "desk/files/FileSystem.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/LookAgain.h"
+#include "desk/files/NewFile.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
@@ -62,7 +63,10 @@ bool Dir::Exists() const {
 }
 
 void Dir::Create() const {
-    desk::GetServices().mFileSystem->CreateFolder(UTF16to8(PathUtils::ToNormalizedPath(mPath)));
+    const std::string path = UTF16to8(PathUtils::ToNormalizedPath(mPath));
+    desk::RunLongWork(
+        ZString("$$$/Vantor/Desk/Files/MakingFolder=Making Folder “@0”", {PathUtils::GetFullFilePart(mPath)}),
+        [&](desk::WorkProgress&) { desk::MakeNewFolder(path); });
     desk::LookAgainAround(mPath);
 }
 

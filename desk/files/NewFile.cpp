@@ -48,6 +48,17 @@ void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mod
     });
 }
 
+void MakeNewFolder(const std::string& path) {
+    ThrowIfTaken(Disk(), "create folder", path);
+    try {
+        Disk().CreateFolder(path);
+    } catch (const host::FileException& exception) {
+        const int error = exception.SystemError();
+        if (error == EEXIST || IsRefusal(error) || FindPresence(Disk(), path) != Presence::There) throw;
+        Log(LogLevel::Info, std::string("done nevertheless: ") + exception.what());
+    }
+}
+
 void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
                        unsigned mode) {
     MakeFile(fileSystem, path, bytes, mode,

@@ -17,8 +17,13 @@ class FileSystem;
 /// stands there or will survive a loss of power. Uses `GetServices()`.
 ZUHOST_API void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mode);
 
-/// The same for a name that nobody else can have chosen (`MakeNonce`). Its content is durable, its name not
-/// yet: for many that are made in a row.
+/// Makes the folder `path`, for which a look has found the place free: what stands there after a reply was lost
+/// is taken for it. Throws with EEXIST when something stands there before. Where names are kept for longer than
+/// anybody waits, the folder may have been made although this throws. Uses `GetServices()`.
+ZUHOST_API void MakeNewFolder(const std::string& path);
+
+/// The same as `MakeNewFile` for a name that nobody else can have chosen (`MakeNonce`). Its content is durable,
+/// its name not yet: for many that are made in a row.
 ZUHOST_API void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
                                   unsigned mode);
 
