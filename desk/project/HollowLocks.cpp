@@ -3,6 +3,7 @@
 #include "desk/core/Desktop.h"
 #include "desk/core/Log.h"
 #include "desk/files/FolderPath.h"
+#include "desk/files/Presence.h"
 #include "desk/project/StrayLocks.h"
 #include "host/files/FileException.h"
 
@@ -33,6 +34,17 @@ std::optional<HollowLock> FindHollow(FileSystem& fileSystem, const Desktop& desk
     return isHollow ? std::optional(HollowLock{path, temporary, *seen}) : std::nullopt;
 }
 
+/// False while it cannot be read, and while it is listed although nothing is there by its name, which may be
+/// what the volume knew before.
+bool IsSettled(FileSystem& fileSystem, const Desktop& desktop, const std::string& path) {
+    try {
+        const auto seen = LockProtocol(fileSystem, desktop).Look(path);
+        return seen ? seen->mSystemError == 0 : !IsListed(fileSystem, path);
+    } catch (const host::FileException&) {
+        return false;
+    }
+}
+
 void Remove(FileSystem& fileSystem, const std::string& temporary) {
     try {
         fileSystem.RemoveFile(temporary);
@@ -48,11 +60,12 @@ std::optional<HollowLock> SweepLockTemporary(FileSystem& fileSystem, const Deskt
                                              const std::string& path, const TargetedTemporary& temporary,
                                              const std::vector<std::string>& names) {
     if (!IsAbandoned(temporary, desktop)) return {};
-    for (const std::string& name : names)
-        if (!IsTemporaryName(name) && temporary.IsFor(name))
-            if (auto hollow =
-                    FindHollow(fileSystem, desktop, JoinPath<std::string>(FolderOf(path), name), path))
-                return hollow;
+    for (const std::string& name : names) {
+        if (IsTemporaryName(name) || !temporary.IsFor(name)) continue;
+        const std::string lock = JoinPath<std::string>(FolderOf(path), name);
+        if (auto hollow = FindHollow(fileSystem, desktop, lock, path)) return hollow;
+        if (!IsSettled(fileSystem, desktop, lock)) return {};
+    }
     Remove(fileSystem, path);
     return {};
 }
