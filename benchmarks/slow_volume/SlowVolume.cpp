@@ -44,6 +44,7 @@ void Initialise(void* userData, fuse_conn_info* connection) {
 }
 
 void LookUp(SlowVolume& volume, fuse_req_t request, fuse_ino_t parent, const char* name) {
+    if (volume.GetOptions().mArmingName == name) volume.Arm();
     volume.ReplyEntry(request, volume.GetNodes().Get(parent), name);
 }
 
@@ -232,7 +233,10 @@ std::optional<Operation> FindOperation(std::string_view name) {
 }
 
 SlowVolume::SlowVolume(const Options& options)
-    : mOptions(options), mNodes(options.mSource), mFaultCounts(options.mFaults.size()) {}
+    : mOptions(options),
+      mNodes(options.mSource),
+      mIsArmed(options.mArmingName.empty()),
+      mFaultCounts(options.mFaults.size()) {}
 
 fuse_lowlevel_ops SlowVolume::MakeOperations() const {
     fuse_lowlevel_ops operations{};
@@ -283,7 +287,7 @@ std::uint64_t SlowVolume::CountFailures(std::size_t fault) const {
 bool SlowVolume::Fails(fuse_req_t request, Operation operation, bool isAfter) {
     for (std::size_t i = 0; i < mOptions.mFaults.size(); ++i) {
         const Fault& fault = mOptions.mFaults[i];
-        if (fault.mOperation != operation || fault.mIsAfter != isAfter) continue;
+        if (!mIsArmed || fault.mOperation != operation || fault.mIsAfter != isAfter) continue;
         const std::uint64_t call = ++mFaultCounts[i];
         if (fault.mIsOnce ? call != fault.mEvery : call % fault.mEvery != 0) continue;
         fuse_reply_err(request, fault.mError);

@@ -65,6 +65,8 @@ struct Options {
     /// Most operations at a time.
     unsigned mThreads = 64;
     std::vector<Fault> mFaults;
+    /// Calls count for the faults from the first look at this name in the root on; empty: from the beginning.
+    std::string mArmingName;
     /// Prints how often each operation was asked for when the volume is unmounted.
     bool mStatistics = false;
 };
@@ -93,6 +95,8 @@ public:
     template <class Call>
     void PerformEntry(fuse_req_t request, Operation operation, Node& parent, const char* name, Call call);
 
+    void Arm() { mIsArmed = true; }
+
     const Options& GetOptions() const { return mOptions; }
     NodeTable& GetNodes() { return mNodes; }
     /// Answers a request with the item `name` of `parent`, which counts as one lookup, or with errno.
@@ -106,6 +110,7 @@ private:
     Options mOptions;
     NodeTable mNodes;
     std::array<std::atomic<std::uint64_t>, static_cast<std::size_t>(Operation::Count)> mCounts{};
+    std::atomic<bool> mIsArmed;
     /// Calls that each fault has met.
     std::vector<std::atomic<std::uint64_t>> mFaultCounts;
 };

@@ -30,6 +30,7 @@ constexpr char kUsage[] =
     "  --fail RULE        fails every n-th call of an operation, before it is done, or after, as when a reply is\n"
     "                     lost (create, link, mkdir, rename, rmdir, symlink, unlink, write, fsync, fsyncdir);\n"
     "                     \"link:3:5:after\" is operation, n, errno; \"link:3:5:after:once\" the third call only\n"
+    "  --arm NAME         the rules count from the first look at NAME on\n"
     "  --statistics       prints at the end how often each operation was asked for, and how often each rule failed\n"
     "                     one\n";
 
@@ -54,15 +55,12 @@ bool ParseFault(const std::string& rule, Options& options) {
 }
 
 bool ParseOptions(int argc, char** argv, Options& options) {
-    const option longOptions[] = {{"delay-ms", required_argument, nullptr, 'd'},
-                                  {"cache-seconds", required_argument, nullptr, 'c'},
-                                  {"keep-absence", no_argument, nullptr, 'a'},
-                                  {"threads", required_argument, nullptr, 't'},
-                                  {"rename-flags", no_argument, nullptr, 'r'},
-                                  {"no-links", no_argument, nullptr, 'n'},
-                                  {"fail", required_argument, nullptr, 'f'},
-                                  {"statistics", no_argument, nullptr, 's'},
-                                  {nullptr, 0, nullptr, 0}};
+    const option longOptions[] = {
+        {"delay-ms", required_argument, nullptr, 'd'}, {"cache-seconds", required_argument, nullptr, 'c'},
+        {"keep-absence", no_argument, nullptr, 'a'},   {"threads", required_argument, nullptr, 't'},
+        {"rename-flags", no_argument, nullptr, 'r'},   {"no-links", no_argument, nullptr, 'n'},
+        {"fail", required_argument, nullptr, 'f'},     {"arm", required_argument, nullptr, 'm'},
+        {"statistics", no_argument, nullptr, 's'},     {nullptr, 0, nullptr, 0}};
     for (int choice; (choice = getopt_long(argc, argv, "", longOptions, nullptr)) != -1;) {
         switch (choice) {
             case 'd':
@@ -85,6 +83,9 @@ bool ParseOptions(int argc, char** argv, Options& options) {
                 break;
             case 'f':
                 if (!ParseFault(optarg, options)) return false;
+                break;
+            case 'm':
+                options.mArmingName = optarg;
                 break;
             case 's':
                 options.mStatistics = true;

@@ -19,6 +19,8 @@ public:
     std::vector<std::string> mAsked;
     /// The button that questions are answered with, by its index, where there are so many.
     std::size_t mButton = 0;
+    /// How many questions for a new file are answered with the path that they offer; then they are cancelled.
+    int mNewFiles = 0;
 
     void ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
                      desk::MessageKind) override {
@@ -42,8 +44,11 @@ public:
                                   const host::UTF16String&) override {
         return {};
     }
-    std::optional<host::UTF16String> AskNewFile(const host::UTF16String&, const host::UTF16String&) override {
-        return {};
+    std::optional<host::UTF16String> AskNewFile(const host::UTF16String&,
+                                                const host::UTF16String& path) override {
+        if (mNewFiles == 0) return {};
+        --mNewFiles;
+        return path;
     }
     void WaitFor(const host::UTF16String&, desk::WorkProgress&, const std::future<void>& done) override {
         done.wait();

@@ -1,181 +1,186 @@
 #include <gmock/gmock.h>
 
-#include <thread>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <random>
 
-#include "Handlers/SharedProjects/SharedProjectsUtils.h"
-#include "desk/files/PosixFileSystem.h"
-#include "desk/files/ReplaceFile.h"
-#include "desk/project/LockProtocol.h"
-#include "host/files/FileException.h"
+#include "desk/core/Log.h"
 #include "tests/support/LogExpectation.h"
 #include "tests/volume/FaultyMount.h"
+#include "tests/volume/Processes.h"
 #include "tests/volume/Stack.h"
-
-using namespace HandlerSharedProjects;
-using desk::LockTaking;
+#include "tests/volume/UserOperations.h"
 
 namespace {
 
-constexpr int kProjects = 6;
-constexpr int kRounds = 20;
-constexpr int kFiles = 64;
-constexpr char kHere[] = "Cuts/Scene 1.zuproj";
-constexpr char kThere[] = "Sound/Scene 1.zuproj";
+constexpr const char* kCalls[] = {"link",  "create",   "unlink", "rename", "write",
+                                  "fsync", "fsyncdir", "mkdir",  "rmdir"};
+constexpr int kMostCalls = 5;
 
-/// Which calls the volume fails, and how often in all at least.
-struct Rule {
-    const char* mText;
-    int mFailures;
-    /// The user hears of some; else they are all recovered from.
-    bool mIsTold = true;
+/// One call that fails during one operation on one kind of volume.
+struct LostReply {
+    UserOperation mOperation;
+    FaultyMount::Kind mVolume;
+    std::string mCall;
+    bool mIsAfter = false;
+    /// 0 for every call, whose replies are lost: where all is refused, nothing can be expected.
+    int mNth = 0;
+
+    std::string Rule() const {
+        const std::string which = mNth == 0 ? ":1:5:" : ':' + std::to_string(mNth) + ":5:";
+        return mCall + which + (mIsAfter ? "after" : "before") + (mNth == 0 ? "" : ":once");
+    }
+    std::string Name() const {
+        return std::string(mOperation.mName) + ' ' + Rule() + " cache " +
+               std::to_string(mVolume.mCacheSeconds) + (mVolume.mHasRenameFlags ? " flags" : "") +
+               (mVolume.mHasLinks ? " links" : "");
+    }
 };
 
-void PrintTo(const Rule& rule, std::ostream* out) {
-    *out << rule.mText;
+/// Of this process so far.
+int CountFailures() {
+    return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
 }
 
-/// A production on two mounts that fail by a rule: ours, where a user works, and that of another machine.
-class LostReply : public testing::TestWithParam<Rule> {
-protected:
-    LostReply() { mOtherMachine.mMachineID = "3f1c9a5e7d2b4860a1e5c3f7092b6d82"; }
-
-    void UserMoves(const std::string& from, const std::string& to) {
-        Insist([&] {
-            try {
-                Utils::CopyFiles({mStack->PathUTF16(from)}, mStack->PathUTF16(to.substr(0, to.rfind('/'))),
-                                 true, false);
-            } catch (const FileException& exception) {
-                mStack->mDialogs.mTold.push_back(exception.what());
-            }
-            return Exists(to);
-        });
-        ASSERT_FALSE(Exists(from));
+/// Runs it in this process, which does nothing else; true when the call was made and failed.
+bool Run(const LostReply& lostReply) {
+    const ExpectLogged anything("");
+    desk::Log(desk::LogLevel::Info, lostReply.Name());
+    const int failuresBefore = CountFailures();
+    const TemporaryFolder folder;
+    const std::string production = folder.MakeFolder("North Shore");
+    testproduction::Make(production, kUserProjects);
+    FaultyMount mount(production, lostReply.mVolume, lostReply.Rule());
+    if (!mount.IsMounted()) throw std::runtime_error(mount.ErrorText());
+    std::vector<std::string> told;
+    {
+        Stack stack(mount.Path(), production);
+        if (lostReply.mVolume.mCacheSeconds > 0) stack.WaitReally();
+        lostReply.mOperation.mPrepare(stack);
+        stack.Settle();
+        EXPECT_THAT(stack.Told(), testing::IsEmpty());
+        mount.Arm();
+        told = RunOperation(lostReply.mOperation, stack);
+        CheckOutcome(lostReply.mOperation, stack, told);
     }
+    const bool isReached = mount.CountFailures() > 0;
+    const auto& [cacheSeconds, hasRenameFlags, hasLinks] = lostReply.mVolume;
+    CheckNothingIsLeft(production, told, cacheSeconds > 3 || !hasLinks);
+    EXPECT_TRUE(isReached || told.empty()) << "it fails by itself";
+    if (CountFailures() > failuresBefore) ADD_FAILURE() << "told: " << testing::PrintToString(told);
+    return isReached;
+}
 
-    void UserOpensAndSaves(const std::string& name, int version) {
-        desk::ProjectDocumentRef document;
-        Insist([&] {
-            document = mStack->OpenAndEdit(name);
-            return document && document->IsDirty();
-        });
-        ASSERT_FALSE(HasFatalFailure());
-        EXPECT_NE(OtherTakes(name).mOutcome, LockTaking::Outcome::Ours) << "the user has it";
-        Insist([&] { return mStack->mDocuments->SaveProject(document) && !document->IsDirty(); });
-        EXPECT_EQ(mFolder.Read(name), testproduction::MakeContent(1, version));
-        EXPECT_TRUE(mStack->mDocuments->CloseProject(document, false));
-        Settle();
+/// Runs cases in processes of their own, several at a time: they mostly wait.
+class Runner {
+public:
+    explicit Runner(int processes) : mProcesses(processes) {}
+
+    /// From the call of `lostReply` on up to call `last`, as long as there is one.
+    void Start(LostReply lostReply, int last) {
+        while (static_cast<int>(mRunning.size()) >= mProcesses) WaitForOne();
+        ::fflush(nullptr);
+        auto output = std::make_shared<TemporaryFolder>();
+        const pid_t process = StartProcess([&] { return RunAll(lostReply, last, output->Write("output")); });
+        mRunning[process] = {lostReply.Name(), output};
     }
+    void WaitForAll() {
+        while (!mRunning.empty()) WaitForOne();
+    }
+    int CountReached() { return *mReached; }
+    int CountFailed() const { return mFailed; }
 
-    /// The user tries four times at most, and is told whenever it did not work.
-    void Insist(const std::function<bool()>& attempt) {
-        for (int i = 0; i < 4; ++i) {
-            const std::size_t told = mStack->Told().size();
-            const bool isDone = attempt();
-            Settle();
-            if (isDone) return;
-            EXPECT_GT(mStack->Told().size(), told) << "nobody was told";
+private:
+    struct Process {
+        std::string mName;
+        std::shared_ptr<TemporaryFolder> mOutput;
+    };
+
+    int RunAll(LostReply& lostReply, int last, const std::string& output) {
+        ::freopen(output.c_str(), "w", stdout);
+        ::dup2(STDOUT_FILENO, STDERR_FILENO);
+        try {
+            for (; lostReply.mNth <= last && Run(lostReply); ++lostReply.mNth) ++*mReached;
+        } catch (const std::exception& exception) {
+            ADD_FAILURE() << exception.what();
         }
-        FAIL() << "it could not be done";
+        ::fflush(nullptr);
+        return testing::Test::HasFailure();
     }
 
-    LockTaking OtherTakes(const std::string& project) {
-        const auto mine = desk::MakeLockRecord(mOtherMachine, u"tomas", u"edit-bay-2");
-        const std::string lock = OtherPath(project);
-        const LockTaking taking = mProtocol.Take(lock, mine);
-        for (const desk::LockRemains& remains : mProtocol.TakeRemains()) mProtocol.RemoveRemains(remains);
-        if (taking.mOutcome == LockTaking::Outcome::Ours) {
-            ++mTaken;
-            EXPECT_EQ(mProtocol.Release(lock, mine.mNonce), desk::LockRelease::Done);
-        }
-        return taking;
-    }
-    /// What it is told of each is true.
-    void OtherReplacesAFile(const std::string& name, int version) {
-        using Outcome = desk::FileReplacement::Outcome;
-        const std::string before = mFolder.Read(name);
-        const std::string after = std::to_string(version);
-        const Outcome outcome = desk::ReplaceFile(mDisk, mOther->Path(name), after, 0600).mOutcome;
-        const std::string found = mFolder.Read(name);
-        EXPECT_EQ(found, outcome == Outcome::Done ? after : outcome == Outcome::NotDone ? before : found);
-        EXPECT_THAT(found, testing::AnyOf(before, after));
-    }
-    /// Several at a time, since each failure waits until caches have run out.
-    void OtherReplacesFiles(int version) {
-        std::vector<std::jthread> others;
-        for (int file = 0; file < kFiles; ++file)
-            others.emplace_back([this, file, version] {
-                OtherReplacesAFile("settings " + std::to_string(file) + ".json", version);
-            });
-    }
-    /// What the other machine does in a round: locks taken and given up, and files replaced, while nobody
-    /// works.
-    void OtherWorks(int round) {
-        const bool isOfRenames = std::string(GetParam().mText).starts_with("rename");
-        const int count = isOfRenames ? 5 : 2 * GetParam().mFailures / kRounds + 8;
-        for (int i = 0; i < count && !HasFailure(); ++i)
-            EXPECT_NE(OtherTakes("Scene 0.zuproj").mOutcome, LockTaking::Outcome::Held) << "nobody has it";
-        if (isOfRenames && round % 4 == 0) OtherReplacesFiles(round);
+    void WaitForOne() {
+        int status = 0;
+        const pid_t process = ::waitpid(-1, &status, 0);
+        const auto found = mRunning.extract(process);
+        if (!found || status == 0) return;
+        ++mFailed;
+        std::cout << "FAILED: " << found.mapped().mName << '\n'
+                  << found.mapped().mOutput->Read("output") << std::endl;
     }
 
-    void Settle() {
-        mStack->mMain.RunUntilIdle();
-        if (mStack->mMain.CountDelayed() > 0) mStack->Settle();
-    }
-    bool Exists(const std::string& name) const { return mFolder.Exists(name); }
-    std::string OtherPath(const std::string& project) const {
-        const std::size_t name = project.rfind('/') + 1;
-        return mOther->Path(project.substr(0, name) + '.' + project.substr(name) + ".lock");
-    }
-
-    TemporaryFolder mFolder = testproduction::MakeFolderInMemory();
-    std::unique_ptr<FaultyMount> mOurs, mOther;
-    std::unique_ptr<Stack> mStack;
-    desk::PosixFileSystem mDisk;
-    RecordingDesktop mOtherMachine;
-    desk::LockProtocol mProtocol{mDisk, mOtherMachine};
-    int mTaken = 0;
+    const int mProcesses;
+    std::map<pid_t, Process> mRunning;
+    int mFailed = 0;
+    Shared<std::atomic<int>> mReached;
 };
 
-INSTANTIATE_TEST_SUITE_P(Rules, LostReply,
-                         testing::Values(Rule{"link:2:5:after", 1000, false}, Rule{"create:2:5:after", 1000},
-                                         Rule{"unlink:2:5:after", 1000, false},
-                                         Rule{"rename:2:5:after", 100, false}, Rule{"write:2:5:after", 1000},
-                                         Rule{"fsync:2:5:after", 1000}, Rule{"link:2:17:after", 100, false},
-                                         Rule{"unlink:2:2:after", 100, false}, Rule{"link:5:5:before", 40},
-                                         Rule{"create:2:5:before", 100}, Rule{"unlink:2:5:before", 100, false},
-                                         Rule{"rename:2:5:before", 100}, Rule{"write:5:28:before", 40},
-                                         Rule{"fsync:2:5:before", 100}),
-                         [](const auto& rule) {
-                             std::string name = rule.param.mText;
-                             std::ranges::replace(name, ':', '_');
-                             return name;
-                         });
+const char* Setting(const char* name, const char* otherwise) {
+    const char* value = std::getenv(name);
+    return value ? value : otherwise;
+}
+
+std::vector<FaultyMount::Kind> MakeVolumes() {
+    std::vector<FaultyMount::Kind> volumes;
+    for (const int cacheSeconds : {0, 1, 5})
+        for (const bool hasRenameFlags : {false, true})
+            for (const bool hasLinks : {false, true})
+                volumes.push_back({cacheSeconds, hasRenameFlags, hasLinks});
+    return volumes;
+}
+
+/// Each case but for the number of the call.
+std::vector<LostReply> MakeLostReplies() {
+    std::vector<LostReply> all;
+    for (const UserOperation& operation : MakeUserOperations())
+        for (const FaultyMount::Kind& volume : MakeVolumes())
+            for (const char* call : kCalls)
+                for (const bool isAfter : {false, true}) {
+                    all.push_back({operation, volume, call, isAfter, isAfter ? 0 : 1});
+                    if (all.back().Name().find(Setting("LOST_REPLIES_ONLY", "")) == std::string::npos)
+                        all.pop_back();
+                }
+    return all;
+}
 
 }  // namespace
 
-TEST_P(LostReply, LeavesNoOrphanNoFalseHolderAndNoHalfSavedProject) {
+/// A sample at random; all of them, for scripts/lost-replies.sh, when LOST_REPLIES is "all".
+TEST(LostReplies, LeaveEverythingWholeAndWhatIsToldIsTrue) {
     if (!FaultyMount::IsPossible()) GTEST_SKIP() << "no /dev/fuse: lost replies were not tried";
-    std::optional<ExpectLogged> errors;
-    if (GetParam().mIsTold) errors.emplace("");
-    testproduction::Make(mFolder.Path(), kProjects);
-    for (int file = 0; file < kFiles; ++file) mFolder.Write("settings " + std::to_string(file) + ".json");
-    mOurs = std::make_unique<FaultyMount>(mFolder.Path(), GetParam().mText);
-    mOther = std::make_unique<FaultyMount>(mFolder.Path(), GetParam().mText);
-    if (!mOurs->IsMounted() || !mOther->IsMounted())
-        GTEST_SKIP() << "not allowed to mount, lost replies were not tried: " << mOurs->ErrorText();
-    mStack = std::make_unique<Stack>(mOurs->Path());
-    for (int round = 0; round < kRounds && !HasFailure(); ++round) {
-        SCOPED_TRACE("round " + std::to_string(round));
-        const std::string from = round % 2 ? kThere : kHere;
-        const std::string to = round % 2 ? kHere : kThere;
-        UserMoves(from, to);
-        OtherWorks(round);
-        UserOpensAndSaves(to, round + 1);
-        const auto found = testproduction::Examine(mFolder.Path());
-        EXPECT_EQ(found.DescribeLosses(kProjects), "");
-        EXPECT_THAT(found.mHidden, testing::IsEmpty());
+    constexpr int kSample = 40;
+    std::vector<LostReply> cases = MakeLostReplies();
+    const auto begin = std::chrono::steady_clock::now();
+    Runner runner(std::atoi(Setting("LOST_REPLIES_AT_A_TIME", "16")));
+    if (Setting("LOST_REPLIES", "") == std::string("all")) {
+        for (const LostReply& each : cases) runner.Start(each, kMostCalls);
+    } else {
+        const char* const seedText = std::getenv("LOST_REPLIES_SEED");
+        const unsigned seed = seedText ? static_cast<unsigned>(std::atol(seedText)) : std::random_device()();
+        std::cout << "seed " << seed << std::endl;
+        std::mt19937 random(seed);
+        // Many have not so many calls.
+        while (runner.CountReached() < kSample && runner.CountFailed() == 0) {
+            LostReply each = testproduction::PickOne(cases, random);
+            each.mNth = std::max(each.mNth, static_cast<int>(random() % (kMostCalls + 1)));
+            runner.Start(each, each.mNth);
+        }
     }
-    mStack.reset();
-    EXPECT_GT(mTaken, kRounds);
-    EXPECT_GE(mOurs->CountFailures() + mOther->CountFailures(), GetParam().mFailures);
+    runner.WaitForAll();
+    const auto seconds =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin);
+    std::cout << runner.CountReached() << " lost replies and failures, " << runner.CountFailed() << " failed, "
+              << seconds.count() << " s" << std::endl;
+    EXPECT_EQ(runner.CountFailed(), 0);
 }

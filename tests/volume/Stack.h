@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "desk/core/Services.h"
@@ -30,10 +31,12 @@
 /// The host on a faulty disk, in this process, with a production open; what the panel's operations need.
 class Stack : private host::Listener {
 public:
-    /// The production is in `folder`, else in a folder that is made and removed.
-    explicit Stack(std::string folder = {})
+    /// The production is in `folder`, which is a mount of the folder `behind`, else in a folder that is made
+    /// and removed.
+    explicit Stack(std::string folder = {}, std::string behind = {})
         : mBefore(desk::GetServices()),
-          mProduction(folder.empty() ? mFolder.MakeFolder("North Shore") : std::move(folder)) {
+          mProduction(folder.empty() ? mFolder.MakeFolder("North Shore") : std::move(folder)),
+          mBehind(behind.empty() ? mProduction : std::move(behind)) {
         desk::GetServices().mWorkerPool = &mWorkers;
         mStore = desk::CreateFolderStore();
         desk::GetServices().mFolderStore = mStore.get();
@@ -55,12 +58,24 @@ public:
     }
 
     std::string Path(const std::string& name) const { return mProduction + '/' + name; }
+    /// The same behind the mount, where nothing is cached and nothing fails.
+    std::string PathBehind(const std::string& name) const { return mBehind + '/' + name; }
     host::UTF16String PathUTF16(const std::string& name) const { return host::UTF8to16(Path(name)); }
 
     /// Lets everything come to its end, what is tried again for some seconds too.
     void Settle() {
+        constexpr std::chrono::milliseconds kStep(200);
         mMain.RunUntilIdle();
+        for (int i = 0; i < 20 && mWaitsReally && IsMoreHiddenThanLocks(); ++i) {
+            std::this_thread::sleep_for(kStep);
+            mMain.Advance(kStep);
+        }
         mMain.Advance(std::chrono::seconds(5));
+    }
+    /// As on a mount that caches: what waits, and what is tried again, takes its time.
+    void WaitReally() {
+        mWaitsReally = true;
+        mVolume.WaitReally();
     }
 
     /// Opens the project and changes it to the next version, unsaved; null when it did not open.
@@ -97,15 +112,24 @@ public:
     desk::WorkerPool mWorkers{4};
     ManualMainThread mMain;
     const std::string mProduction;
+    const std::string mBehind;
     std::unique_ptr<desk::FolderStore> mStore;
     std::unique_ptr<desk::ProjectDocuments> mDocuments;
     std::unique_ptr<desk::CopyQueue> mCopies;
 
 private:
+    /// Those of the open projects.
+    bool IsMoreHiddenThanLocks() const {
+        const auto locks = std::ranges::count_if(host::GetOpenProjectList(), [](const auto& project) {
+            return desk::ToDocument(project)->GetLock() != nullptr;
+        });
+        return std::ssize(testproduction::Examine(mBehind).mHidden) > locks;
+    }
     void ListenToMessage(const host::Message& message) override {
         if (const auto* notice = host::MessageCast<desk::UserNoticeMessage>(message))
             mNotices.push_back(host::UTF16to8(notice->GetText()));
     }
 
     std::vector<std::string> mNotices;
+    bool mWaitsReally = false;
 };

@@ -4,6 +4,8 @@
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "desk/project/ProjectDocument.h"
+#include "desk/project/ProjectDocuments.h"
+#include "host/files/Dir.h"
 #include "host/files/File.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
@@ -41,9 +43,10 @@ Job::Job(HostProcess& host, std::string folder, unsigned seed)
     : mHost(host), mFolder(std::move(folder)), mRandom(seed) {}
 
 bool Job::Step(const std::string& name) {
-    const std::map<std::string, void (Job::*)()> steps = {{"take", &Job::Take},   {"move", &Job::Move},
-                                                          {"save", &Job::Save},   {"copy", &Job::Copy},
-                                                          {"trash", &Job::Trash}, {"shuffle", &Job::Shuffle}};
+    const std::map<std::string, void (Job::*)()> steps = {
+        {"take", &Job::Take},          {"move", &Job::Move},           {"save", &Job::Save},
+        {"copy", &Job::Copy},          {"duplicate", &Job::Duplicate}, {"add", &Job::Add},
+        {"save-as", &Job::SaveAsCopy}, {"trash", &Job::Trash},         {"shuffle", &Job::Shuffle}};
     const auto step = steps.find(name);
     if (step == steps.end()) return false;
     Try([&] { (this->*step->second)(); });
@@ -95,14 +98,35 @@ void Job::Save() {
 
 void Job::Copy() {
     const UTF16String folder = UTF8to16(PickFolder());
-    if (mRandom() % 4 == 0)
-        return AddProjectToZuProduction(UTF8to16(PickProject()),
-                                        Join(folder, UTF8to16(MakeName() + ".zuproj")));
     UTF16StringVec sources;
     for (const std::string& project : testproduction::List(mFolder).mProjects)
         sources.push_back(UTF8to16(project));
     if (mRandom() % 2) sources = {UTF8to16(PickFolder())};
     if (sources.front() != UTF8to16(mFolder)) Utils::CopyFiles(sources, folder, false, true);
+}
+
+void Job::Duplicate() {
+    const bool isFolder = mRandom() % 2;
+    const UTF16String source = UTF8to16(mFolder + (isFolder ? "/Reels" : "/Scene 0.zuproj"));
+    const UTF16String copy = GetZuProductionItemCopyPath(source, {});
+    if (!isFolder) return AddProjectToZuProduction(source, copy);
+    host::Dir(copy).Create();
+    Utilities::CopyDirectoryTree(source, copy);
+}
+
+void Job::Add() {
+    AddProjectToZuProduction(UTF8to16(PickProject()),
+                             Join(UTF8to16(PickFolder()), UTF8to16(MakeName() + ".zuproj")));
+}
+
+void Job::SaveAsCopy() {
+    const UTF16String path = UTF8to16(PickProject());
+    auto& documents = *desk::ProjectDocuments::Instance();
+    ProjectRef project;
+    if (!documents.OpenProject(path) || !IsProjectOpen(path, project)) return;
+    mHost.mDialogs.mNewFiles = 1;
+    documents.SaveProjectAsCopy(project);
+    documents.CloseAllProjects();
 }
 
 void Job::Trash() {

@@ -13,8 +13,8 @@ class Job {
 public:
     Job(HostProcess& host, std::string folder, unsigned seed);
 
-    /// One step of the job called `name`: "take", "move", "save", "copy", "trash" or "shuffle". False for an
-    /// unknown name.
+    /// One step of the job called `name`: "take", "move", "save", "copy", "duplicate", "add", "save-as",
+    /// "trash" or "shuffle". False for an unknown name.
     bool Step(const std::string& name);
 
 private:
@@ -22,6 +22,10 @@ private:
     void Move();
     void Save();
     void Copy();
+    /// A copy beside it of "Reels", or of project 0.
+    void Duplicate();
+    void Add();
+    void SaveAsCopy();
     void Trash();
     void Shuffle();
 
