@@ -17,8 +17,6 @@ public:
     /// The titles and texts of messages, in UTF-8, and of questions.
     std::vector<std::string> mTold;
     std::vector<std::string> mAsked;
-    /// The button that questions are answered with, by its index, where there are so many.
-    std::size_t mButton = 0;
     /// How many questions for a new file are answered with the path that they offer; then they are cancelled.
     int mNewFiles = 0;
 
@@ -28,7 +26,7 @@ public:
     }
     desk::Answer Ask(const desk::Question& question) override {
         mAsked.push_back(host::UTF16to8(question.mTitle + u": " + question.mText));
-        return {mButton < question.mButtons.size() ? mButton : question.mCancel, false};
+        return {0, false};
     }
     std::optional<host::UTF16String> AskText(const host::UTF16String&, const host::UTF16String&,
                                              const host::UTF16String& value) override {

@@ -22,7 +22,6 @@ public:
 
     QString Address() const { return mBus.Address(); }
     bool IsThere() const { return mIsThere; }
-    int CountQuestions() const { return mQuestions; }
 
     /// The user chooses another scheme: 1 is dark, 2 light.
     void Choose(uint scheme) {
@@ -38,7 +37,6 @@ public:
 
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        ++mQuestions;
         const bool isUnderstood = message.interface() == kInterface &&
                                   message.member() == QLatin1String("Read") &&
                                   message.arguments() == QVariantList{kNamespace, kKey};
@@ -55,5 +53,4 @@ private:
     const QString kKey = QStringLiteral("color-scheme");
     SessionBus mBus;
     bool mIsThere = false;
-    int mQuestions = 0;
 };

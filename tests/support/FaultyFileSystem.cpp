@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "desk/core/Services.h"
-#include "desk/files/CacheWaits.h"
 #include "desk/files/PosixErrors.h"
 
 namespace {
@@ -49,88 +48,6 @@ FaultyFileSystem::~FaultyFileSystem() {
     desk::GetServices().mFileSystem = mBefore;
 }
 
-void FaultyFileSystem::Fail(Operation operation, int nth, int error) {
-    std::lock_guard lock(mMutex);
-    mFaults[operation][mCounts[operation] + nth] = error;
-}
-
-void FaultyFileSystem::FailAfter(Operation operation, int nth, int error) {
-    std::lock_guard lock(mMutex);
-    mLostReplies[operation][mCounts[operation] + nth] = error;
-}
-
-void FaultyFileSystem::ForgetFaults() {
-    std::lock_guard lock(mMutex);
-    mFaults.clear();
-    mLostReplies.clear();
-}
-
-void FaultyFileSystem::Deny(const std::string& path, int error) {
-    std::lock_guard lock(mMutex);
-    mDenied[path] = error;
-}
-
-void FaultyFileSystem::Allow(const std::string& path) {
-    std::lock_guard lock(mMutex);
-    mDenied.erase(path);
-}
-
-void FaultyFileSystem::SetGone(bool isGone) {
-    std::lock_guard lock(mMutex);
-    mIsGone = isGone;
-}
-
-void FaultyFileSystem::SetHasLinks(bool hasLinks) {
-    std::lock_guard lock(mMutex);
-    mHasLinks = hasLinks;
-}
-
-void FaultyFileSystem::SetLies(Lies lies) {
-    mLies = lies;
-}
-
-void FaultyFileSystem::ForgetLies() {
-    std::lock_guard lock(mMutex);
-    mMemories.clear();
-    mRenamed.clear();
-}
-
-void FaultyFileSystem::WaitReally() {
-    mWaitsReally = true;
-}
-
-void FaultyFileSystem::SetHasRenameFlags(bool hasRenameFlags) {
-    mHasRenameFlags = hasRenameFlags;
-}
-
-void FaultyFileSystem::SetVolumes(bool areMany) {
-    mAreManyVolumes = areMany;
-}
-
-void FaultyFileSystem::SkipFlushes() {
-    mAreFlushesSkipped = true;
-}
-
-void FaultyFileSystem::SetVolumeType(long type) {
-    std::lock_guard lock(mMutex);
-    mVolumeType = type;
-}
-
-void FaultyFileSystem::HideKinds(bool isHidden) {
-    std::lock_guard lock(mMutex);
-    mHidesKinds = isHidden;
-}
-
-void FaultyFileSystem::Slow(std::chrono::microseconds delay) {
-    std::lock_guard lock(mMutex);
-    mDelay = delay;
-}
-
-void FaultyFileSystem::CloseGate(Operation operation, const std::string& path) {
-    std::lock_guard lock(mMutex);
-    mGate = Gate{operation, path};
-}
-
 bool FaultyFileSystem::WaitAtGate(int calls) {
     std::unique_lock lock(mMutex);
     return mGateChanged.wait_for(lock, std::chrono::seconds(20), [&] { return mWaiting >= calls; });
@@ -147,11 +64,6 @@ int FaultyFileSystem::Count(Operation operation) const {
     std::lock_guard lock(mMutex);
     auto found = mCounts.find(operation);
     return found == mCounts.end() ? 0 : found->second;
-}
-
-int FaultyFileSystem::CountOnUIThread() const {
-    std::lock_guard lock(mMutex);
-    return mCountOnUIThread;
 }
 
 void FaultyFileSystem::ResetCounts() {
@@ -176,9 +88,8 @@ int FaultyFileSystem::Enter(Operation operation, const std::string& path) {
     const int error = FindFault(operation, path);
     const int lostReply = error == 0 ? TakeFault(mLostReplies, operation) : 0;
     PassGate(lock, operation, path);
-    const auto delay = mDelay;
     lock.unlock();
-    if (delay.count() > 0) std::this_thread::sleep_for(delay);
+    std::this_thread::sleep_for(mDelay.load());
     if (error != 0) desk::ThrowFileException("(faulty) use", path, error);
     return lostReply;
 }
@@ -332,21 +243,4 @@ void FaultyFileSystem::RenameNoReplace(const std::string& from, const std::strin
         if (!mHasRenameFlags) desk::ThrowFileException("rename", from, EINVAL);
         Disk::RenameNoReplace(There(from), Free(to));
     });
-}
-
-long FaultyFileSystem::VolumeType(const std::string& path) {
-    return Do(Operation::VolumeType, path, [&] {
-        std::lock_guard lock(mMutex);
-        return mVolumeType ? *mVolumeType : Disk::VolumeType(path);
-    });
-}
-
-bool FaultyFileSystem::WaitForCaches(const std::string& path) noexcept {
-    {
-        std::lock_guard lock(mMutex);
-        if (mLies == Lies::NamesForLong || (mLies != Lies::None && desk::ScNoCacheWaits::AreOff()))
-            return false;
-        if (mLies != Lies::NamesForLongUnknown) mMemories.clear(), mRenamed.clear();
-    }
-    return !mWaitsReally || Disk::WaitForCaches(path);
 }

@@ -11,6 +11,7 @@
 #include <thread>
 #include <type_traits>
 
+#include "desk/files/CacheWaits.h"
 #include "desk/files/PosixFileSystem.h"
 
 /// The real file system with switches for faults. It is the process's file system (`desk::GetServices`) while
@@ -63,38 +64,52 @@ public:
     ~FaultyFileSystem() override;
 
     /// The `nth` call of `operation` from now (1: the next one) fails with `error`, once.
-    void Fail(Operation operation, int nth, int error);
+    void Fail(Operation operation, int nth, int error) {
+        Locked([&] { mFaults[operation][mCounts[operation] + nth] = error; });
+    }
     /// Likewise, once the operation has been carried out: its reply is lost.
-    void FailAfter(Operation operation, int nth, int error);
+    void FailAfter(Operation operation, int nth, int error) {
+        Locked([&] { mLostReplies[operation][mCounts[operation] + nth] = error; });
+    }
     /// What has not failed yet does not.
-    void ForgetFaults();
+    void ForgetFaults() {
+        Locked([&] { mFaults.clear(), mLostReplies.clear(); });
+    }
     /// Everything at and below `path` fails, until `Allow` of the same path.
-    void Deny(const std::string& path, int error = EACCES);
-    void Allow(const std::string& path);
+    void Deny(const std::string& path, int error = EACCES) {
+        Locked([&] { mDenied[path] = error; });
+    }
+    void Allow(const std::string& path) {
+        Locked([&] { mDenied.erase(path); });
+    }
     /// The volume is gone (ESTALE for everything), or back.
-    void SetGone(bool isGone);
+    void SetGone(bool isGone) { mIsGone = isGone; }
     /// Links fail with EPERM, as on volumes that have none.
-    void SetHasLinks(bool hasLinks);
-    void SetLies(Lies lies);
+    void SetHasLinks(bool hasLinks) { mHasLinks = hasLinks; }
+    void SetLies(Lies lies) { mLies = lies; }
     /// The caches have run out.
-    void ForgetLies();
+    void ForgetLies() {
+        Locked([&] { mMemories.clear(), mRenamed.clear(); });
+    }
     /// `WaitForCaches` really waits, as for a mount that caches; else it takes no time.
-    void WaitReally();
+    void WaitReally() { mWaitsReally = true; }
     /// `RenameNoReplace` fails with EINVAL, as on volumes that do not know it.
-    void SetHasRenameFlags(bool hasRenameFlags);
+    void SetHasRenameFlags(bool hasRenameFlags) { mHasRenameFlags = hasRenameFlags; }
     /// Every folder is a volume of its own: `RenameNoReplace` of anything to another folder fails with EXDEV.
-    void SetVolumes(bool areMany);
+    void SetVolumes(bool areMany) { mAreManyVolumes = areMany; }
     /// Copies and folders are not really flushed: for tests of what comes of each step, which flush much.
-    void SkipFlushes();
+    void SkipFlushes() { mAreFlushesSkipped = true; }
     /// Volumes tell this type (statfs(2) f_type) from now on.
-    void SetVolumeType(long type);
+    void SetVolumeType(long type) { mVolumeType = type; }
     /// The kinds of folder entries are not told, as on some volumes.
-    void HideKinds(bool isHidden);
+    void HideKinds(bool isHidden) { mHidesKinds = isHidden; }
     /// Every operation really takes this much longer. For benchmarks; tests use the gate.
-    void Slow(std::chrono::microseconds delay);
+    void Slow(std::chrono::microseconds delay) { mDelay = delay; }
 
     /// Calls of `operation` at and below `path` stop at the gate until `OpenGate`.
-    void CloseGate(Operation operation, const std::string& path);
+    void CloseGate(Operation operation, const std::string& path) {
+        Locked([&] { mGate = Gate{operation, path}; });
+    }
     /// Waits until so many calls stand at the closed gate; false when they have not come within 20 s.
     bool WaitAtGate(int calls = 1);
     void OpenGate();
@@ -102,7 +117,7 @@ public:
     /// Calls of `operation` since the beginning or the last `ResetCounts`, those that failed too.
     int Count(Operation operation) const;
     /// Those of the thread that made this: the UI thread.
-    int CountOnUIThread() const;
+    int CountOnUIThread() const { return mCountOnUIThread; }
     void ResetCounts();
 
     std::vector<desk::FolderEntry> ListFolder(const std::string& path) override;
@@ -164,8 +179,16 @@ public:
     std::string ResolveLinks(const std::string& path) override {
         return Do(Operation::ResolveLinks, path, [&] { return Disk::ResolveLinks(path); });
     }
-    long VolumeType(const std::string& path) override;
-    bool WaitForCaches(const std::string& path) noexcept override;
+    long VolumeType(const std::string& path) override {
+        return Do(Operation::VolumeType, path,
+                  [&] { return mVolumeType != 0 ? mVolumeType.load() : Disk::VolumeType(path); });
+    }
+    bool WaitForCaches(const std::string& path) noexcept override {
+        if (mLies == Lies::NamesForLong || (mLies != Lies::None && desk::ScNoCacheWaits::AreOff()))
+            return false;
+        if (mLies != Lies::NamesForLongUnknown) ForgetLies();
+        return !mWaitsReally || Disk::WaitForCaches(path);
+    }
 
 private:
     using Disk = desk::PosixFileSystem;
@@ -184,6 +207,11 @@ private:
     };
     using Memories = std::map<std::string, Memory>;
 
+    template <class Change>
+    void Locked(Change change) {
+        const std::lock_guard lock(mMutex);
+        change();
+    }
     int Enter(Operation operation, const std::string& path);
     /// Calls on one name, or from one to another.
     template <class Call>
@@ -229,7 +257,7 @@ private:
     int mWaiting = 0;
     std::map<Operation, int> mCounts;
     const std::thread::id mUIThread = std::this_thread::get_id();
-    int mCountOnUIThread = 0;
+    std::atomic<int> mCountOnUIThread = 0;
     Faults mFaults;
     Faults mLostReplies;
     std::map<std::string, int> mDenied;
@@ -237,13 +265,14 @@ private:
     Memories mMemories;
     /// Folders that were renamed, by their old names.
     std::map<std::string, std::string> mRenamed;
-    bool mIsGone = false;
-    bool mHasLinks = true;
+    std::atomic<bool> mIsGone = false;
+    std::atomic<bool> mHasLinks = true;
     std::atomic<bool> mHasRenameFlags = true;
     std::atomic<bool> mAreManyVolumes = false;
     std::atomic<bool> mAreFlushesSkipped = false;
     std::atomic<bool> mWaitsReally = false;
-    bool mHidesKinds = false;
-    std::optional<long> mVolumeType;
-    std::chrono::microseconds mDelay{0};
+    std::atomic<bool> mHidesKinds = false;
+    /// 0 is the real one.
+    std::atomic<long> mVolumeType = 0;
+    std::atomic<std::chrono::microseconds> mDelay{};
 };

@@ -1,13 +1,16 @@
 #pragma once
 
+#include <utility>
+
 #include "desk/core/Desktop.h"
+#include "desk/core/Services.h"
 
 /// A desktop whose user, machine and clock the test sets. It is the process's `desk::Desktop` while it exists.
 /// Set before workers run.
 class RecordingDesktop : public desk::Desktop {
 public:
-    RecordingDesktop();
-    ~RecordingDesktop() override;
+    RecordingDesktop() : mBefore(std::exchange(desk::GetServices().mDesktop, this)) {}
+    ~RecordingDesktop() override { desk::GetServices().mDesktop = mBefore; }
 
     host::UTF16String UserName() const override { return mUserName; }
     host::UTF16String MachineName() const override { return mMachineName; }

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "desk/core/Services.h"
 #include "desk/dialogs/Dialogs.h"
 
 /// Answers the program's questions from a script. A question that the script does not expect next fails the
@@ -11,22 +16,38 @@
 /// exists. UI thread.
 class ScriptedDialogs : public desk::Dialogs {
 public:
-    ScriptedDialogs();
-    ~ScriptedDialogs() override;
+    ScriptedDialogs() : mBefore(std::exchange(desk::GetServices().mDialogs, this)) {}
+    ~ScriptedDialogs() override {
+        for (const Expectation& expected : mExpected)
+            ADD_FAILURE() << "this question never came: " << expected.mWhat;
+        desk::GetServices().mDialogs = mBefore;
+    }
+
+    /// A path or a text; nothing cancels.
+    using Line = std::optional<host::UTF16String>;
 
     /// The next question is a message with this title; OK is pressed.
-    void ExpectMessage(std::string title);
-    /// The next question is for a folder, under this title; answered with a path, or cancelled.
-    void ExpectFolder(std::string title, std::optional<host::UTF16String> answer);
-    void ExpectNewFolder(std::string title, std::optional<host::UTF16String> answer);
-
+    void ExpectMessage(const std::string& title) { Expect("message: " + title, {}); }
     /// The next question has this title; the button with the label `answer` is pressed.
-    void ExpectQuestion(std::string title, host::UTF16String answer, bool appliesToAll = false);
-    /// The next question is for a line of text; answered with it, or cancelled.
-    void ExpectText(std::string title, std::optional<host::UTF16String> answer);
+    void ExpectQuestion(const std::string& title, host::UTF16String answer, bool appliesToAll = false) {
+        Expect("question: " + title, std::move(answer));
+        mExpected.back().mAppliesToAll = appliesToAll;
+    }
+    /// The next question is for a folder, for a line of text, or for a file, under this title.
+    void ExpectFolder(const std::string& title, Line answer) { Expect("folder: " + title, answer); }
+    void ExpectNewFolder(const std::string& title, Line answer) { Expect("new folder: " + title, answer); }
+    void ExpectText(const std::string& title, Line answer) { Expect("text: " + title, answer); }
+    void ExpectNewFile(const std::string& title, Line answer) { Expect("new file: " + title, answer); }
     /// The next question is for files; none cancels.
-    void ExpectFiles(std::string title, host::UTF16StringVec answer);
-    void ExpectNewFile(std::string title, std::optional<host::UTF16String> answer);
+    void ExpectFiles(const std::string& title, host::UTF16StringVec answer) {
+        Expect("files: " + title, {});
+        mExpected.back().mFiles = std::move(answer);
+    }
+
+    /// What happens while a question is open.
+    std::function<void()> mMeanwhile;
+    /// What happens while long work is waited for, before it just waits.
+    std::function<void(desk::WorkProgress&)> mWhileWaiting;
 
     /// Whether the last question offered to apply the answer to all.
     bool LastOfferedApplyToAll() const { return mLastOfferedApplyToAll; }
@@ -34,35 +55,67 @@ public:
     const std::string& LastText() const { return mLastText; }
 
     void ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
-                     desk::MessageKind kind) override;
-    std::optional<host::UTF16String> AskFolder(const host::UTF16String& title,
-                                               const host::UTF16String& startFolder) override;
-    std::optional<host::UTF16String> AskNewFolder(const host::UTF16String& title,
-                                                  const host::UTF16String& startFolder) override;
-    desk::Answer Ask(const desk::Question& question) override;
-    std::optional<host::UTF16String> AskText(const host::UTF16String& title, const host::UTF16String& label,
-                                             const host::UTF16String& value) override;
-    host::UTF16StringVec AskFiles(const host::UTF16String& title, const host::UTF16String& startFolder,
-                                  const host::UTF16String& typeLabel,
-                                  const host::UTF16String& pattern) override;
-    std::optional<host::UTF16String> AskNewFile(const host::UTF16String& title,
-                                                const host::UTF16String& path) override;
-    /// Just waits.
-    void WaitFor(const host::UTF16String& title, desk::WorkProgress& progress,
-                 const std::future<void>& done) override;
+                     desk::MessageKind) override {
+        mLastText = host::UTF16to8(text);
+        Take("message", title);
+    }
+    Line AskFolder(const host::UTF16String& title, const host::UTF16String&) override {
+        return Take("folder", title).mAnswer;
+    }
+    Line AskNewFolder(const host::UTF16String& title, const host::UTF16String&) override {
+        return Take("new folder", title).mAnswer;
+    }
+    desk::Answer Ask(const desk::Question& question) override {
+        if (mMeanwhile) mMeanwhile();
+        mLastText = host::UTF16to8(question.mText);
+        mLastOfferedApplyToAll = question.mOffersApplyToAll;
+        const Expectation expected = Take("question", question.mTitle);
+        const auto pressed = std::ranges::find(question.mButtons, expected.mAnswer.value_or(u""));
+        if (pressed != question.mButtons.end())
+            return {static_cast<std::size_t>(pressed - question.mButtons.begin()), expected.mAppliesToAll};
+        if (expected.mAnswer) ADD_FAILURE() << "no such button: " << host::UTF16to8(*expected.mAnswer);
+        return {question.mCancel, false};
+    }
+    Line AskText(const host::UTF16String& title, const host::UTF16String&, const host::UTF16String&) override {
+        return Take("text", title).mAnswer;
+    }
+    host::UTF16StringVec AskFiles(const host::UTF16String& title, const host::UTF16String&,
+                                  const host::UTF16String&, const host::UTF16String&) override {
+        return Take("files", title).mFiles;
+    }
+    Line AskNewFile(const host::UTF16String& title, const host::UTF16String&) override {
+        return Take("new file", title).mAnswer;
+    }
+    void WaitFor(const host::UTF16String&, desk::WorkProgress& progress,
+                 const std::future<void>& done) override {
+        if (mWhileWaiting) mWhileWaiting(progress);
+        done.wait();
+    }
 
 private:
     struct Expectation {
         /// The kind and the title of the question.
         std::string mWhat;
         /// A path, a text, or a button's label.
-        std::optional<host::UTF16String> mAnswer;
+        Line mAnswer;
         host::UTF16StringVec mFiles;
         bool mAppliesToAll = false;
     };
 
-    void Expect(const char* kind, const std::string& title, Expectation expectation);
-    Expectation Take(const char* kind, const host::UTF16String& title);
+    void Expect(std::string what, Line answer) {
+        mExpected.push_back({std::move(what), std::move(answer), {}});
+    }
+    Expectation Take(const char* kind, const host::UTF16String& title) {
+        const std::string what = std::string(kind) + ": " + host::UTF16to8(title);
+        if (mExpected.empty() || mExpected.front().mWhat != what) {
+            ADD_FAILURE() << "unexpected question: " << what << " (" << mLastText
+                          << "), expected: " << (mExpected.empty() ? "none" : mExpected.front().mWhat);
+            return {};
+        }
+        Expectation expected = std::move(mExpected.front());
+        mExpected.pop_front();
+        return expected;
+    }
 
     std::deque<Expectation> mExpected;
     std::string mLastText;

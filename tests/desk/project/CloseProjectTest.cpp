@@ -1,20 +1,9 @@
-#include <functional>
 #include <thread>
 
 #include "host/project/DocumentManager.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace {
-
-/// Does something while a question is open.
-class Meanwhile : public ScriptedDialogs {
-public:
-    desk::Answer Ask(const desk::Question& question) override {
-        mMeanwhile();
-        return ScriptedDialogs::Ask(question);
-    }
-    std::function<void()> mMeanwhile;
-};
 
 class CloseProjectTest : public ProjectDocumentsFixture {
 protected:
@@ -143,9 +132,8 @@ TEST_F(CloseProjectTest, AVolumeThatHangsHoldsTheWindowUpOnceForAllProjects) {
 TEST_F(CloseProjectTest, WhatHasChangedWhileOthersWereAskedAboutIsAskedAboutAgain) {
     OpenThree();
     mFolder.Write(kProject, "old");
-    Meanwhile dialogs;
     int asked = 0;
-    dialogs.mMeanwhile = [&] {
+    mDialogs.mMeanwhile = [&] {
         if (++asked != 3) return;
         Edit(Find(kProjects[0]), u"newer");
         Edit(Find(kProjects[1]), u"newer");
@@ -153,17 +141,16 @@ TEST_F(CloseProjectTest, WhatHasChangedWhileOthersWereAskedAboutIsAskedAboutAgai
         Edit(OpenAndFind(), u"new");
     };
     for (const char16_t* answer : {u"Save", u"Discard", u"Save", u"Save", u"Discard", u"Save"})
-        dialogs.ExpectQuestion("Save Changes", answer);
+        mDialogs.ExpectQuestion("Save Changes", answer);
     EXPECT_TRUE(Manager().CloseAllProjects());
     EXPECT_EQ(Contents() + mFolder.Read(kProject), "newer old new new");
     EXPECT_EQ(host::OpenProjectCount(), 0);
 }
 
 TEST_F(CloseProjectTest, WhatHappensDuringAQuestionFindsTheProjectBusy) {
-    Meanwhile dialogs;
     const desk::ProjectDocumentRef document = OpenAndFind();
     Edit(document, u"new");
-    dialogs.mMeanwhile = [&] {
+    mDialogs.mMeanwhile = [&] {
         EXPECT_FALSE(Manager().CloseProject(document, false));
         EXPECT_FALSE(Manager().CloseAllProjects());
         EXPECT_FALSE(Manager().SaveProject(document));
@@ -171,13 +158,13 @@ TEST_F(CloseProjectTest, WhatHappensDuringAQuestionFindsTheProjectBusy) {
         EXPECT_FALSE(Manager().SetProjectReadOnly(document, true));
         EXPECT_TRUE(Open());
     };
-    dialogs.ExpectQuestion("Save Changes", u"Discard");
+    mDialogs.ExpectQuestion("Save Changes", u"Discard");
     EXPECT_TRUE(Manager().CloseProject(document, true));
     EXPECT_EQ(mFolder.Read(kProject), kBytes);
 
     WriteForeignLock();
-    dialogs.mMeanwhile = [&] { EXPECT_FALSE(Open()); };
-    dialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
+    mDialogs.mMeanwhile = [&] { EXPECT_FALSE(Open()); };
+    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
     EXPECT_TRUE(Open());
     EXPECT_EQ(host::OpenProjectCount(), 1);
 }

@@ -89,12 +89,11 @@ TEST_F(OpenProjectTest, WhatIsNoFileIsRefusedAtOnceAndNeverLocked) {
 }
 
 TEST_F(OpenProjectTest, AnOpeningThatTheUserCancelsLeavesNoLockWhileTheVolumeStillHangs) {
-    {
-        const ImpatientDialogs dialogs;
-        mDisk.CloseGate(Operation::ReadSmallFile, mFolder.Path(kProject));
-        EXPECT_FALSE(Open());
-        EXPECT_FALSE(mFolder.Exists(kLock));
-    }
+    CancelWaiting();
+    mDisk.CloseGate(Operation::ReadSmallFile, mFolder.Path(kProject));
+    EXPECT_FALSE(Open());
+    EXPECT_FALSE(mFolder.Exists(kLock));
+    mDialogs.mWhileWaiting = {};
     mDisk.OpenGate();
     EXPECT_TRUE(Open());
 }

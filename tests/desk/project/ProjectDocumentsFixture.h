@@ -9,16 +9,6 @@
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
 
-/// Cancels what it is to wait for.
-class ImpatientDialogs : public ScriptedDialogs {
-public:
-    void WaitFor(const host::UTF16String&, desk::WorkProgress& progress,
-                 const std::future<void>& done) override {
-        progress.Cancel();
-        done.wait();
-    }
-};
-
 /// A document manager on a folder with projects, with editors that the test types in, and another user.
 class ProjectDocumentsFixture : public HostFixture {
 protected:
@@ -54,6 +44,10 @@ protected:
     static void Edit(const desk::ProjectDocumentRef& document, const host::UTF16String& text) {
         document->SetTextSource([text] { return text; });
         document->SetDirty(true);
+    }
+    /// The user cancels all long work from now on.
+    void CancelWaiting() {
+        mDialogs.mWhileWaiting = [](desk::WorkProgress& progress) { progress.Cancel(); };
     }
     void WriteForeignLock(std::string_view lock = kLock) {
         mFolder.Write(lock, WriteLockRecord(MakeForeignRecord(mDesktop)));
