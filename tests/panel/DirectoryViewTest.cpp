@@ -1,6 +1,7 @@
 #include <QTest>
 
 #include "desk/files/DirectoryMonitor.h"
+#include "desk/toolkit/TreeImpl.h"
 #include "tests/panel/PanelFixture.h"
 
 namespace HandlerSharedProjects {
@@ -57,6 +58,7 @@ TEST_F(DirectoryViewTest, FollowsWhatOthersDoAndKeepsSelectionAndOpenFolders) {
     OpenProduction();
     OpenFolder("Rushes");
     Select({"Rushes/Scene 2"});
+    const RowRef kept = RowOf("Rushes/Scene 2");
     const ModelSignals signals(TreeWidget());
 
     MakeProject("Rushes/Scene 3");
@@ -75,6 +77,46 @@ TEST_F(DirectoryViewTest, FollowsWhatOthersDoAndKeepsSelectionAndOpenFolders) {
     EXPECT_EQ(signals.mResets, 0);
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Scene 2"});
     EXPECT_EQ(SelectionCount(), "1 of 6 items selected");
+    EXPECT_EQ(RowOf("Rushes/Scene 2"), kept);
+    mFolder.Remove(OnDisk("Rushes"));
+    ASSERT_TRUE(Shows({"Reel 10", "Reel 11", "Trash"}));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{});
+}
+
+TEST_F(DirectoryViewTest, BringsAFolderUpToDateWhenItShowsAgain) {
+    OpenProductionWith({"Reels/Old/A"});
+    for (const char* folder : {"Reels", "Reels/Old"}) OpenFolder(folder);
+    Tree()->CloseRow(RowOf("Reels").get());
+    mDisk.ResetCounts();
+    Make({"Reels/B", "Reels/Old/C", "Seen"});
+    ASSERT_TRUE(Shows({"Reels", "Seen"}));
+    EXPECT_LE(mDisk.Count(Operation::Status), 1) << "nobody sees the others";
+    OpenFolder("Reels");
+    EXPECT_TRUE(Shows({"Reels", "  B", "  Old", "    A", "    C", "Seen"}));
+    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 0) << "what is known is not listed again";
+}
+
+TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsSaysWhyThereAreNoneAndTriesAgain) {
+    const std::string root = mFolder.Path(kProduction), reels = mFolder.Path(OnDisk("Reels"));
+    const ExpectLogged log("(faulty)");
+    mDisk.Deny(root, EIO);
+    OpenProductionWith({"Reels/A"});
+    EXPECT_EQ(UI_MultiColumnTree::TreeImpl::Of(*Tree()).mEmptyText.toStdString(),
+              "The folder “North Shore” cannot be read: Input/output error");
+    mDisk.Allow(root);
+    ASSERT_TRUE(Shows({"Reels"}));
+    mDisk.Deny(reels, EIO);
+    Tree()->OpenRow(RowOf("Reels").get());
+    EXPECT_TRUE(DirectoryView().IsContentAwaited(RowOf("Reels")));
+    Settle();
+    EXPECT_FALSE(DirectoryView().IsContentAwaited(RowOf("Reels")));
+    EXPECT_EQ(ShownRows(), Rows{"Reels"});
+    mDisk.Allow(reels);
+    EXPECT_TRUE(Shows({"Reels", "  A"}));
+    mDisk.Deny(reels, EIO);
+    DirectoryView().RefreshDirectoryContent(RowOf("Reels"));
+    Settle();
+    EXPECT_EQ(ShownRows(), (Rows{"Reels", "  A"}));
 }
 
 TEST_F(DirectoryViewTest, ShowsLocksSizesAndSavesAsTheyHappen) {

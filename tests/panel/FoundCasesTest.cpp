@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
 
 #include "fuzz/FuzzTargets.h"
 #include "tests/support/LogExpectation.h"

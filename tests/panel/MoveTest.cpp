@@ -1,4 +1,3 @@
-#include "host/files/FileException.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {
@@ -88,23 +87,6 @@ TEST_F(MoveTest, OpenProjectsFollowTheirFolder) {
     const auto twice = OpenProject(inside);
     Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathOf("R"), PathOf("S"));
     EXPECT_EQ(twice->GetProjectPath(), ProjectPath(moved));
-}
-
-TEST_F(MoveTest, OnlyALivingLockOfSomebodyElseCounts) {
-    OpenProduction();
-    EXPECT_FALSE(Utils::IsALockedProject(ProjectPath("A")));
-    OtherUserLocks("A");
-    EXPECT_TRUE(Shows([&] { return Utils::IsALockedProject(ProjectPath("A")); }));
-    Unlock("A");
-    WeLock("A");
-    EXPECT_TRUE(Shows([&] { return !Utils::IsALockedProject(ProjectPath("A")); }));
-    // Case counts in user names.
-    Unlock("A");
-    OtherUserLocks("A", u"Ines");
-    EXPECT_TRUE(Shows([&] { return Utils::IsALockedProject(ProjectPath("A")); }));
-    Unlock("A");
-    mFolder.Write(OnDisk(".A.zuproj.lock"), WriteLockRecord(MakeDeadRecord(mDesktop)));
-    EXPECT_TRUE(Shows([&] { return !Utils::IsALockedProject(ProjectPath("A")); }));
 }
 
 }  // namespace HandlerSharedProjects

@@ -245,6 +245,8 @@ protected:
         if (!mTabView || !mTabView->AreTreeViewsCreated()) return;
         CheckTree(*Tree(), TreeWidget(), DirectoryView().GetAllRows(),
                   [this](const RowRef& row) { return DirectoryView().GetRowPath(row.get()); });
+        for (const RowRef& row : DirectoryView().GetAllRows())
+            EXPECT_EQ(DirectoryView().GetRowFromPath(DirectoryView().GetRowPath(row.get())), row);
         CheckTree(*SearchView().GetTree(), SearchTreeWidget(), SearchView().GetTree()->GetOpenedRows(),
                   [this](const RowRef& row) { return SearchView().GetRowPath(row); });
     }

@@ -41,16 +41,6 @@ TEST_F(SearchTest, ShowsHitsUnderTheirFoldersEachFolderOnce) {
     EXPECT_EQ(ShownHits(), (Rows{"ab folder", "  Day 1", "    ab deep"}));
 }
 
-TEST_F(SearchTest, FoldsASCIILettersOnlyAndOnTheDisplayedName) {
-    TypeSearch(QStringLiteral("GR\u00FC"));
-    EXPECT_EQ(ShownHits(), Rows{"Gr\xC3\xBC\xC3\x9F"
-                                "e"});
-    TypeSearch(QStringLiteral("gr\u00DC"));
-    EXPECT_EQ(ShownHits(), Rows{});
-    TypeSearch(QStringLiteral("zuproj"));
-    EXPECT_EQ(ShownHits(), Rows{});
-}
-
 TEST_F(SearchTest, DeletingTheTextReturnsToTheTreeWithTheColumnsAsSetMeanwhile) {
     const Columns::HeaderRowRef directory = DirectoryView().GetHeaderRow();
     const Columns::HeaderRowRef hits = SearchView().GetHeaderRow();

@@ -1,5 +1,3 @@
-#include <future>
-
 #include "desk/core/UsageLogFile.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/project/TrashMoves.h"
@@ -47,7 +45,9 @@ TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
 
 TEST_F(TrashTest, WhatMayGo) {
     Make({"A", "Reels/B", "Locked/Day 1/C", "Trash/Old", "D"});
-    OtherUserLocks("D");
+    WeLock("A");
+    // Case counts in user names.
+    OtherUserLocks("D", u"Ines");
     OtherUserLocks("Locked/Day 1/C");
     OpenProduction();
     EXPECT_FALSE(CanGo({}));
@@ -85,18 +85,14 @@ TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
 }
 
 TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
-    OpenProductionWith({"Reels/Day 1/A"});
-    OpenDocument("Reels/Day 1/A");
+    // The last folder that is looked through.
+    OpenProductionWith({"Reels/A"});
+    OpenDocument("Reels/A");
     Select({"Reels"});
-    struct Cancelling : ScriptedDialogs {
-        explicit Cancelling(FaultyFileSystem& disk) : mDisk(disk) {}
-        void WaitFor(const UTF16String&, desk::WorkProgress& progress, const std::future<void>& done) override {
-            progress.Cancel();
-            mDisk.OpenGate();
-            done.wait();
-        }
-        FaultyFileSystem& mDisk;
-    } dialogs(mDisk);
+    mDialogs.mWhileWaiting = [this](desk::WorkProgress& progress) {
+        progress.Cancel();
+        mDisk.OpenGate();
+    };
     ExpectLogged cancelled("Operation canceled");
     const std::string folder = mFolder.Path(OnDisk("Reels"));
     mDisk.CloseGate(Operation::ListFolder, folder);
@@ -105,8 +101,7 @@ TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
     EXPECT_FALSE(Utils::CloseOpenProjectsInList(PathsOf({"Reels"}), false, true));
     mDisk.CloseGate(Operation::ListFolder, folder);
     EXPECT_FALSE(Utils::CloseOpenProjectsNotInList(PathsOf({"Reels"}), false, true));
-    EXPECT_TRUE(IsOpen("Reels/Day 1/A"));
-    EXPECT_TRUE(mFolder.Exists(OnDisk("Reels/Day 1/A.zuproj")));
+    EXPECT_TRUE(IsOpen("Reels/A") && mFolder.Exists(OnDisk("Reels/A.zuproj")));
 }
 
 TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
