@@ -83,24 +83,17 @@ TEST_F(CommandLineUse, ListsThePanelsAndWhyOthersAreRefused) {
     other[owner + 8] = 77;
     mHome.Write("mine/OtherVersion.so", other);
     other[owner + 8] = host::kSdkVersion;
-    const std::size_t cuts[] = {
-        64, 4096, other.size() / 4, other.size() / 2, other.size() / 4 * 3, other.size() - 1};
-    for (const std::size_t cut : cuts)
-        mHome.Write("mine/Cut" + std::to_string(cut) + ".so", other.substr(0, cut));
+    mHome.Write("mine/Cut.so", other.substr(0, other.size() / 2));
     mHome.Write("mine/WithoutRecord.so", read(ZU_BINARY_DIR "/lib/libzuhost.so"));
     mHome.Write("mine/Text.so", "no library at all\n");
     SetVariable("ZUHOST_PLUGIN_PATH", mHome.Path("mine"));
     const Result result = Run({"--list-plugins"});
     EXPECT_EQ(result.mExitCode, 0);
     const std::string refused = "refused: " + mHome.Path("mine/");
-    for (const std::size_t cut : cuts)
-        EXPECT_NE(
-            result.mOutput.find(refused + "Cut" + std::to_string(cut) + ".so: is no library (it is cut off)"),
-            std::string::npos)
-            << result.mOutput;
-    for (const std::string& line : {refused + "OtherVersion.so: was made for SDK version 77",
-                                    refused + "WithoutRecord.so: has no entry record",
-                                    refused + "Text.so: is no", std::string("Production (SDK version 1): ")})
+    for (const std::string& line :
+         {refused + "OtherVersion.so: was made for SDK version 77",
+          refused + "WithoutRecord.so: has no entry record", refused + "Cut.so: is no library (it is cut off)",
+          refused + "Text.so: is no", std::string("Production (SDK version 1): ")})
         EXPECT_NE(result.mOutput.find(line), std::string::npos) << line << " in:\n" << result.mOutput;
 }
 

@@ -26,17 +26,6 @@ TEST_F(OpenProject, HoldsItsLockUntilTheSessionEnds) {
     EXPECT_EQ(mHome.Read("Harbour/Reel 1.zuproj"), "one\ntwo\n");
 }
 
-TEST_F(OpenProject, ShowsInItsTab) {
-    const auto projects = [this](Arguments arguments) {
-        const QImage image = Picture(arguments);
-        return image.copy(image.width() * 2 / 3, 0, image.width() / 3, 200);
-    };
-    const std::string file = mHome.Path("picture.png");
-    EXPECT_NE(projects({"--screenshot", file, "--profile", mProfile, mProduction}),
-              projects({"--screenshot", file, "--profile", mProfile, "--open", mProject, mProduction}));
-    EXPECT_FALSE(mHome.Exists(kLock));
-}
-
 TEST_F(OpenProject, TellsThatAProjectIsNotThereAndGoesOn) {
     const auto isTold = [&] {
         return mHome.Exists("profile/log.txt") &&

@@ -1,4 +1,5 @@
-#include <filesystem>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/core/SystemDesktop.h"
@@ -42,6 +43,14 @@ protected:
         return files;
     }
     std::size_t CountKept() const { return FilesIn("Unsaved Text").size(); }
+    /// What is remembered of the production, as the panel writes it.
+    QJsonObject RememberedView() const {
+        const std::string bytes = mHome.Read("profile/Production Panel Settings");
+        const QString text(reinterpret_cast<const QChar*>(bytes.data()),
+                           static_cast<qsizetype>(bytes.size() / 2));
+        const QJsonObject settings = QJsonDocument::fromJson(text.toUtf8()).object();
+        return settings.value(QString::fromStdString(mHome.Path("Harbour"))).toObject();
+    }
     static std::string Send(int command) { return "send " + std::to_string(command); }
 
     const std::string mReel = "Harbour/Reel 1.zuproj";
@@ -73,9 +82,6 @@ TEST_F(Session, UnsavedTextOutlivesKillsUntilItIsSaved) {
     Program third;
     StartDriven(third);
     ASSERT_TRUE(third->WaitToShow("Open Recovered Text"));
-    third->Do("press Later");
-    third->Do(Send(desk::kCommandRecoverText));
-    ASSERT_TRUE(third->WaitToShow("Open Recovered Text"));
     third->Do("press Open Recovered Text");
     ASSERT_TRUE(third->WaitToShow("Reel 1 •"));
     third->Do(Send(desk::kCommandSaveProject));
@@ -88,37 +94,6 @@ TEST_F(Session, UnsavedTextOutlivesKillsUntilItIsSaved) {
     StartDriven(last);
     EXPECT_EQ(last->Ask(Send(desk::kCommandRecoverText)), "disabled");
     last->Kill();
-}
-
-TEST_F(Session, AFileThatHasChangedIsNotOverwritten) {
-    Program first;
-    StartDriven(first, {mReel});
-    ASSERT_TRUE(first->WaitToShow("Reel 1"));
-    first->Do("type mine ");
-    EXPECT_TRUE(WaitFor([&] { return CountKept() == 1; }));
-    first->Kill();
-    mHome.Write(mReel, "theirs");
-
-    for (const bool isLast : {false, true}) {
-        Program next;
-        StartDriven(next);
-        ASSERT_TRUE(next->WaitToShow("The file was changed")) << "also after a crash during the recovery";
-        next->Do("press Open Recovered Text");
-        ASSERT_TRUE(next->WaitToShow("Reel 1 •"));
-        next->Do(Send(desk::kCommandSaveProject));
-        ASSERT_TRUE(next->WaitToShow("is based on an older state"));
-        next->Do("press Cancel");
-        EXPECT_EQ(mHome.Read(mReel), "theirs");
-        EXPECT_EQ(CountKept(), 1u);
-        if (isLast) {
-            next->Do(Send(desk::kCommandCloseProject));
-            ASSERT_TRUE(next->WaitToShow("has unsaved changes"));
-            next->Do("press Discard");
-            EXPECT_TRUE(WaitFor([&] { return CountKept() == 0; }));
-        }
-        next->Kill();
-    }
-    EXPECT_EQ(mHome.Read(mReel), "theirs");
 }
 
 TEST_F(Session, OpenProjectsComeBackAfterAKill) {
@@ -150,6 +125,19 @@ TEST_F(Session, OpenProjectsComeBackAfterAKill) {
     EXPECT_EQ(second->Ask("editor"), R"(["two\n"])");
     EXPECT_TRUE(second->Shows("Reel 1") && !second->Shows("read-only"));
     second->Kill();
+}
+
+TEST_F(Session, TheViewIsAsItWasLeft) {
+    constexpr int kZoomIn = 30323;
+    for (const double zoom : {0.25, 0.5}) {
+        Program program;
+        StartDriven(program);
+        program->Do(Send(kZoomIn));
+        EXPECT_TRUE(program->Shows("Harbour"));
+        program.mProcess.terminate();
+        EXPECT_EQ(Finish(program.mProcess).mExitCode, 0);
+        EXPECT_EQ(RememberedView().value(QLatin1String("mZoom")), zoom);
+    }
 }
 
 }  // namespace
