@@ -11,7 +11,6 @@
 #include "desk/framework/CommandRouter.h"
 #include "desk/project/Production.h"
 #include "host/project/SharedProjectsManager.h"
-#include "tests/support/AnsweringDialogs.h"
 #include "tests/support/HostFixture.h"
 
 namespace desk {
@@ -81,21 +80,6 @@ TEST_F(ProductionCommandsTest, AFolderThatCannotBeReadKeepsTheOpenProduction) {
     EXPECT_EQ(mRecent.Get(), Folders{mFolder.Path("Harbour")});
 }
 
-struct Openings : host::Listener {
-    Openings() { host::AddListener(host::kStation_ZuProductionFolderPanel, this); }
-    ~Openings() override { host::RemoveListener(host::kStation_ZuProductionFolderPanel, this); }
-    void ListenToMessage(const host::Message&) override { ++mCount; }
-    int mCount = 0;
-};
-
-TEST_F(ProductionCommandsTest, TheOneThatIsOpenAlreadyStaysAsItIs) {
-    Open(mFolder.Path("Harbour"));
-    const Openings openings;
-    Open(mFolder.Path("Harbour/"));
-    EXPECT_EQ(openings.mCount, 0);
-    EXPECT_EQ(OpenFolder(), mFolder.Path("Harbour"));
-}
-
 TEST_F(ProductionCommandsTest, AVolumeThatHangsHoldsNobodyUpAndComesTooLate) {
     mDisk.CloseGate(Operation::Status, mFolder.Path("Harbour"));
     int ended = 0;
@@ -115,18 +99,11 @@ TEST_F(ProductionCommandsTest, AVolumeThatHangsHoldsNobodyUpAndComesTooLate) {
     EXPECT_EQ(ended, 1);
 }
 
-/// Does something while long work is waited for.
-struct DialogsMeanwhile : AnsweringDialogs {
-    void WaitFor(const host::UTF16String&, WorkProgress&, const std::future<void>&) override { mMeanwhile(); }
-    std::function<void()> mMeanwhile;
-};
-
 TEST_F(ProductionCommandsTest, NoneIsOpenedInTheMiddleOfLongWork) {
     mCommands.OpenAtStart(mFolder.Path("Harbour"), {});
     ASSERT_TRUE(mPool.WaitUntilIdle(std::chrono::seconds(20)));
     std::promise<void> end;
-    DialogsMeanwhile dialogs;
-    dialogs.mMeanwhile = [&] {
+    mDialogs.mWhileWaiting = [&](WorkProgress&) {
         mMain.AdvanceAlone(std::chrono::seconds(1));
         EXPECT_EQ(OpenFolder(), "");
         end.set_value();

@@ -1,9 +1,5 @@
-#include <filesystem>
-#include <set>
-
 #include "desk/app/SampleProduction.h"
 #include "desk/project/LockRecord.h"
-#include "host/files/FileException.h"
 #include "tests/support/HostFixture.h"
 
 namespace desk {

@@ -1,7 +1,5 @@
 #include <sys/stat.h>
 
-#include <string>
-
 #include "desk/core/DebugDatabaseFile.h"
 #include "desk/core/JsonFile.h"
 #include "host/core/DebugDatabase.h"

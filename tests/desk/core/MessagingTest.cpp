@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <stdexcept>
-#include <string>
 
 #include "host/core/Messaging.h"
 #include "tests/support/LogExpectation.h"

@@ -6,7 +6,6 @@
 #include <atomic>
 #include <future>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "desk/core/QtMainThread.h"

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "host/dialogs/AskOpenFile.h"
 #include "host/dialogs/SimpleInputBox.h"
 #include "tests/support/ScriptedDialogs.h"

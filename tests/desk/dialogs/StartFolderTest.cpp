@@ -1,5 +1,4 @@
 #include <QDir>
-#include <filesystem>
 
 #include "desk/core/QtStrings.h"
 #include "desk/dialogs/StartFolder.h"

@@ -1,8 +1,5 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <filesystem>
 
 #include "desk/files/FileMoves.h"
 #include "desk/project/LockKeeper.h"
@@ -118,68 +115,59 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     mFolder.Write("Day 2/taken");
     mFolder.MakeFolder("Day 1/sub");
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
-    {
-        ExpectLogged told("“Reel 1.zuproj” was not moved. Something with that name is there already.");
-        EXPECT_EQ(ErrorOf([&] { Move("Reel 1.zuproj", "Day 2/taken"); }), EEXIST);
-    }
-    {
-        ExpectLogged told("“Day 1” was not moved. Permission denied (" + mFolder.Path("Day 1") + ")");
-        mDisk.Fail(Operation::RenameNoReplace, 1, EACCES);
-        EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EACCES);
-    }
-    {
-        ExpectLogged told("“gone” was not moved. It is not there any more.");
-        EXPECT_LT(Move("gone", "Day 2/gone"), 0);
-    }
+    const auto expectTold = [this](const std::string& name, const std::string& reason, const char* to,
+                                   int error) {
+        ExpectLogged told("“" + name + "” was not moved. " + reason);
+        EXPECT_EQ(ErrorOf([&] { EXPECT_LT(Move(name, to), 0); }), error);
+    };
+    expectTold("Reel 1.zuproj", "Something with that name is there already.", "Day 2/taken", EEXIST);
+    mDisk.Fail(Operation::RenameNoReplace, 1, EACCES);
+    expectTold("Day 1", "Permission denied (" + mFolder.Path("Day 1") + ")", "Day 2/Day 1", EACCES);
+    expectTold("gone", "It is not there any more.", "Day 2/gone", 0);
     EXPECT_EQ(TakeSnapshot(mFolder.Path()), before);
     mDisk.SetVolumes(true);
-    {
-        ExpectLogged told("“Day 1” was not moved. Permission denied (" + mFolder.Path("Day 2") + ")");
-        mDisk.Fail(Operation::CreateFolder, 2, EACCES);
-        EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EACCES) << "below the hidden part";
-    }
+    // Below the hidden part.
+    mDisk.Fail(Operation::CreateFolder, 2, EACCES);
+    expectTold("Day 1", "Permission denied (" + mFolder.Path("Day 2") + ")", "Day 2/Day 1", EACCES);
     EXPECT_EQ(NamesIn("Day 2"), Names{"taken"});
     EXPECT_TRUE(mMoves.empty());
 }
 
 TEST_F(FileMoveTest, WhatIsLeftBehindOrMayBeIsToldWithBothPlaces) {
-    const std::string source = mFolder.Path("Reel 1.zuproj"), day = mFolder.Path("Day 1");
     const ExpectLogged doubt("perhaps done");
-    mDisk.SetHasRenameFlags(false);
-    const auto failRemovals = [&] {
+    const auto place = [this](const char* name) { return "“" + mFolder.Path(name) + "”"; };
+    const auto failRemovalsAndListings = [this](int listings) {
         for (const int tries : {1, 2}) mDisk.Fail(Operation::RemoveFile, tries, EIO);
+        for (int look = 1; look <= listings; ++look) mDisk.Fail(Operation::ListFolder, look, EIO);
     };
-    const auto failListings = [&](int count) {
-        for (int look = 1; look <= count; ++look) mDisk.Fail(Operation::ListFolder, look, EIO);
+    const auto expectTold = [this](const std::string& text, const char* from, const char* to, int error = 0) {
+        const ExpectLogged told(text);
+        EXPECT_EQ(ErrorOf([&] { EXPECT_EQ(Move(from, to), 0); }), error);
     };
-    {
-        const ExpectLogged told("“Reel 1.zuproj” was moved to “" + mFolder.Path("a.zuproj") + "”, but “" +
-                                source + "” is also still there. Input/output error");
-        failRemovals();
-        EXPECT_EQ(Move("Reel 1.zuproj", "a.zuproj"), 0);
-    }
-    {
-        const ExpectLogged told("“Reel 1.zuproj” was moved to “" + mFolder.Path("b.zuproj") + "”, but “" +
-                                source + "” may also still be there. Input/output error");
-        failRemovals();
-        failListings(2);
-        EXPECT_EQ(Move("Reel 1.zuproj", "b.zuproj"), 0);
-    }
+    const std::string reel = "“Reel 1.zuproj” was moved to ";
+    mDisk.SetHasRenameFlags(false);
+    failRemovalsAndListings(0);
+    expectTold(reel + place("a.zuproj") + ", but " + place("Reel 1.zuproj") +
+                   " is also still there. Input/output error",
+               "Reel 1.zuproj", "a.zuproj");
+    failRemovalsAndListings(2);
+    expectTold(reel + place("b.zuproj") + ", but " + place("Reel 1.zuproj") +
+                   " may also still be there. Input/output error",
+               "Reel 1.zuproj", "b.zuproj");
+    mDisk.ForgetFaults();
     mDisk.SetHasRenameFlags(true);
-    {
-        const ExpectLogged told("“Day 1” may or may not have been moved: it stands at “" + day + "”, at “" +
-                                mFolder.Path("Day 2/Day 1") + "”, or at both. Input/output error");
-        mDisk.FailAfter(Operation::RenameNoReplace, 1, EIO);
-        failListings(4);
-        EXPECT_EQ(ErrorOf([&] { Move("Day 1", "Day 2/Day 1"); }), EIO);
-    }
+    mDisk.FailAfter(Operation::RenameNoReplace, 1, EIO);
+    for (int look = 1; look <= 4; ++look) mDisk.Fail(Operation::ListFolder, look, EIO);
+    expectTold("“Day 1” may or may not have been moved: it stands at " + place("Day 1") + ", at " +
+                   place("Day 2/Day 1") + ", or at both. Input/output error",
+               "Day 1", "Day 2/Day 1", EIO);
     ASSERT_EQ(mMoves.size(), 2u) << "what has moved for certain";
     mDisk.SetVolumes(true);
     mFolder.MakeFolder("Day 3/sub");
-    const ExpectLogged told("“Day 3” was moved to “" + mFolder.Path("Day 2/Day 3") + "”, but “" +
-                            mFolder.Path("Day 3/sub") + "” is also still there. Permission denied (");
     mDisk.Fail(Operation::RemoveFromTree, 1, EACCES);
-    EXPECT_EQ(Move("Day 3", "Day 2/Day 3"), 0);
+    expectTold("“Day 3” was moved to " + place("Day 2/Day 3") + ", but " + place("Day 3/sub") +
+                   " is also still there. Permission denied (",
+               "Day 3", "Day 2/Day 3");
 }
 
 TEST_F(FileMoveTest, GoesFromOneRealVolumeToAnother) {
@@ -220,17 +208,13 @@ TEST_F(ShownMoveTest, WhatWeMoveAndCopyShowsAtOnceOnAVolumeThatDoesNotReportIt) 
     EXPECT_EQ(Shown(), (Names{"B.zuproj", "New", "Reels"}));
 }
 
-TEST_F(FileMoveTest, CopiesFilesAndFoldersEachByItsKindAndMakesFolders) {
+TEST_F(FileMoveTest, CopiesEachByItsKindAndReplacesNothing) {
     using host::FileUtils::Copy;
-    Copy(mFolder.PathUTF16("Reel 1.zuproj"), mFolder.PathUTF16("Day 2/copy.zuproj"));
-    EXPECT_EQ(mFolder.Read("Day 2/copy.zuproj"), "project");
-    Copy(DirAt("Day 1/"), DirAt("Day 2/Day 1"));
-    EXPECT_EQ(TakeSnapshot(mFolder.Path("Day 2/Day 1")), TakeSnapshot(mFolder.Path("Day 1")));
+    mFolder.MakeFolder("Day 2/Day 1");
     fs::create_directory_symlink("Day 1", mFolder.Path("link"));
     Copy(DirAt("link"), DirAt("second link"));
     EXPECT_EQ(fs::read_symlink(mFolder.Path("second link")), "Day 1");
-    host::FileUtils::CreateNewDirectory(mFolder.PathUTF16("made"));
-    EXPECT_TRUE(DirAt("made").Exists() && DirAt("link").Exists());
+    EXPECT_TRUE(DirAt("Day 1").Exists() && DirAt("link").Exists());
     EXPECT_FALSE(DirAt("new").Exists() || DirAt("Reel 1.zuproj").Exists());
 
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
@@ -239,7 +223,7 @@ TEST_F(FileMoveTest, CopiesFilesAndFoldersEachByItsKindAndMakesFolders) {
     EXPECT_EQ(ErrorOf([&] { Copy(DirAt("Day 1"), DirAt("Day 2/Day 1")); }), EEXIST);
     EXPECT_EQ(ErrorOf([&] { Copy(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("new")); }), EISDIR);
     EXPECT_EQ(ErrorOf([&] { Copy(DirAt("Reel 1.zuproj"), DirAt("new")); }), ENOTDIR);
-    EXPECT_EQ(ErrorOf([&] { host::FileUtils::CreateNewDirectory(mFolder.PathUTF16("made")); }), EEXIST);
+    EXPECT_EQ(ErrorOf([&] { host::FileUtils::CreateNewDirectory(mFolder.PathUTF16("Day 1")); }), EEXIST);
     EXPECT_EQ(ErrorOf([&] { DirAt("no/parent").Create(); }), ENOENT);
     EXPECT_EQ(TakeSnapshot(mFolder.Path()), before);
 }

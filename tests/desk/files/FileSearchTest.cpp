@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "desk/core/WorkProgress.h"
 #include "desk/files/FolderFollower.h"
 #include "desk/files/FolderWalk.h"
 #include "host/files/FileSearch.h"
@@ -26,7 +25,6 @@ protected:
             [this](const FileSearch::Result& result) {
                 ++mCompletions;
                 mHits.clear();
-                mError = result.mUnreadable.empty() ? 0 : result.mUnreadable[0].mSystemError;
                 for (const host::UTF16String& path : result.mPaths) mHits.insert(Relative(path));
             });
     }
@@ -64,7 +62,6 @@ protected:
     }
 
     Names mHits;
-    int mError = 0;
     int mCompletions = 0;
 };
 
@@ -125,24 +122,6 @@ TEST_F(FileSearchTest, ADroppedRequestEndsTheWalkAndNeverCompletes) {
     mMain.RunUntilIdle();
     EXPECT_EQ(mCompletions, 0);
     EXPECT_EQ(mDisk.Count(Operation::ListFolder), 2);
-}
-
-TEST_F(FileSearchTest, AWalkThatIsCancelledInItsLastFolderFindsNothing) {
-    class CancelsInFolder : public ScriptedDialogs {
-    public:
-        explicit CancelsInFolder(FaultyFileSystem& disk) : mDisk(disk) {}
-        void WaitFor(const host::UTF16String&, desk::WorkProgress& progress,
-                     const std::future<void>& done) override {
-            EXPECT_TRUE(mDisk.WaitAtGate());
-            progress.Cancel();
-            mDisk.OpenGate();
-            done.wait();
-        }
-        FaultyFileSystem& mDisk;
-    } dialogs(mDisk);
-    mFolder.Write("a/Reel.zuproj");
-    mDisk.CloseGate(Operation::ListFolder, mFolder.Path("a"));
-    EXPECT_EQ(ErrorOf([&] { FileSearch::FindFiles(mFolder.PathUTF16(), u".zuproj"); }), ECANCELED);
 }
 
 TEST_F(FileSearchTest, LosesNoChangeOfItsOwnTimeAndTellsItAfterTheCompletion) {
@@ -267,19 +246,4 @@ TEST_F(FileSearchTest, ReadsTheFoldersAgainThatAreTooManyToFollow) {
     mFolder.Remove(unfollowed.front() + "/Reels");
     request = Find();
     EXPECT_EQ(mHits, Names{folder + "/Reel 1.zuproj"});
-}
-
-TEST_F(FileSearchTest, FindsWhatIsInAFolderOnceItCanBeRead) {
-    UseInotify();
-    mFolder.Write("open/Reel 1.zuproj");
-    mFolder.Write("shut/Reel 2.zuproj");
-    Monitor();
-    mDisk.Deny(mFolder.Path("shut"));
-    ExpectLogged log("Permission denied");
-    const auto request = Find();
-    EXPECT_EQ(mHits, Names{"open/Reel 1.zuproj"});
-    EXPECT_EQ(mError, EACCES);
-    mDisk.Allow(mFolder.Path("shut"));
-    Poll();
-    ASSERT_TRUE(Becomes({"open/Reel 1.zuproj", "shut/Reel 2.zuproj"}));
 }

@@ -1,7 +1,6 @@
 #include <unistd.h>
 
 #include "host/files/File.h"
-#include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/desk/files/FollowedFolder.h"

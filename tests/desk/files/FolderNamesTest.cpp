@@ -36,25 +36,6 @@ bool Contains(std::u16string_view path, std::u16string_view text) {
 
 }  // namespace
 
-TEST(FolderNamesTest, FindsWhatEachNameContainsAndKeepsItsPathAndKind) {
-    FolderNames::Maker maker(u"/p");
-    maker.Add(std::string_view("Reel 1.zuproj"), Kind::Project);
-    maker.Add(std::u16string_view(u"reel 2.ZuProj"), Kind::Project);
-    maker.Add(std::string_view("Reels.zuproj"), Kind::Folder);
-    maker.Add(std::string_view("zuproj"), Kind::Folder);
-    maker.Add(std::string_view("Reel link"), Kind::FolderLink);
-    const auto names = std::move(maker).Make();
-    EXPECT_EQ(Find(*names, u"REEL"), (std::set<std::string>{"/p/Reel 1.zuproj", "/p/reel 2.ZuProj",
-                                                            "/p/Reels.zuproj/", "/p/Reel link"}));
-    EXPECT_EQ(Find(*names, u"zuproj"), (std::set<std::string>{"/p/zuproj", "/p/Reels.zuproj/"}));
-    for (const char16_t* text : {u"1/r", u"/", u"el 1.", u"zuproj/"})
-        EXPECT_EQ(Find(*names, text), std::set<std::string>{}) << host::UTF16to8(text);
-    EXPECT_EQ(Find(*names, u"").size(), 5u);
-    host::UTF16StringVec folders = names->FindFolders();
-    std::ranges::sort(folders);
-    EXPECT_EQ(folders, (host::UTF16StringVec{u"/p/Reels.zuproj", u"/p/zuproj"}));
-}
-
 TEST(FolderNamesTest, FindsTheSameAsALookAtEachNameUnitByUnit) {
     std::mt19937 random(7);
     const auto pick = [&](std::size_t count) { return random() % count; };

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
-#include <filesystem>
 
-#include "desk/project/LockProtocol.h"
 #include "desk/project/ProcessFacts.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
@@ -116,32 +114,6 @@ TEST_F(FolderStoreTest, ReadsFactsOnceAndDeliversThemTogether) {
     EXPECT_EQ(Facts("B.zuproj")->mLock->mUser, u"Ada");
     ReadFacts("B.zuproj");
     EXPECT_EQ(mDisk.Count(Operation::Status), 2) << "what is known is not asked again";
-}
-
-TEST_F(FolderStoreTest, KeepsWhatIsKnownWhenAListingFailsAndCatchesUp) {
-    mFolder.Write("A.zuproj", "1");
-    Monitor();
-    const auto fail = [this](std::function<void()> list) {
-        ExpectLogged log("(faulty)");
-        mDisk.Deny(mFolder.Path(), EIO);
-        list();
-        EXPECT_EQ(log.Count(), 1) << "told once while it stays so";
-        EXPECT_EQ(mDeliveries.back().mDelivery.mSystemError, EIO);
-        EXPECT_TRUE(mDeliveries.back().mDelivery.mIsLast && !mDeliveries.back().mContent);
-        EXPECT_EQ(desk::GetWatchStatus().mSystemError, EIO);
-        mDisk.Allow(mFolder.Path());
-    };
-    fail([this] { List(); });
-    EXPECT_FALSE(mStore->IsListed(Path("")));
-    Poll();
-    EXPECT_EQ(Shown(), Names{"A.zuproj"});
-    fail([this] { List(), List(), Poll(), Poll(); });
-    EXPECT_EQ(Shown(), Names{"A.zuproj"});
-    EXPECT_TRUE(Facts("A.zuproj"));
-    mFolder.Write("B.zuproj");
-    Poll();
-    EXPECT_EQ(Shown(), (Names{"A.zuproj", "B.zuproj"}));
-    EXPECT_EQ(desk::GetWatchStatus().mSystemError, 0);
 }
 
 TEST_F(FolderStoreTest, SpendsAHandfulOfListingsOnABurst) {

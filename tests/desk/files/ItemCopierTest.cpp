@@ -1,9 +1,7 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <functional>
 #include <future>
 

@@ -1,11 +1,9 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
 
-#include "desk/files/PosixFileSystem.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/HostFixture.h"
 
@@ -15,11 +13,6 @@ namespace {
 
 class PosixFileSystemTest : public testing::Test {
 protected:
-    Names List(const std::string& path) {
-        Names names;
-        for (const desk::FolderEntry& entry : mDisk.ListFolder(path)) names.insert(entry.mName);
-        return names;
-    }
     struct stat Facts(const char* name) {
         struct stat facts {};
         stat(mFolder.Path(name).c_str(), &facts);
@@ -35,24 +28,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(PosixFileSystemTest, AnyNameThatADiskCanHoldIsListedAndFoundAgainThroughUTF16) {
-    Names names = {"\xE9\x61",
-                   "\xC3\xA9",
-                   "e\xCC\x81",
-                   "\xED\xB2\x80",
-                   "\xF0\x9F\x8E\xAC\x80",
-                   "\xFF\xFE",
-                   std::string(255, '\x80')};
-    for (int byte = 1; byte < 256; ++byte)
-        if (byte != '/') names.insert({{'x', static_cast<char>(byte)}, {static_cast<char>(byte), 'x'}});
-    for (const std::string& name : names) mFolder.Write(name, name);
-    ASSERT_EQ(List(mFolder.Path()), names);
-    for (const std::string& name : names) {
-        const host::UTF16String path = host::UTF8to16(mFolder.Path() + '/' + name);
-        EXPECT_EQ(mDisk.ReadSmallFile(host::UTF16to8(path), 255), name);
-    }
-}
 
 TEST_F(PosixFileSystemTest, StatusTellsTimesBeforeTheEpochAndFollowsLinksWhenAsked) {
     SetTimes(mFolder.Write("file", "12345"), {0, 0}, {-2, 500'000'000});
@@ -85,23 +60,6 @@ TEST_F(PosixFileSystemTest, ReadSmallFileIsBoundedAndNeverBlocksWhateverStandsTh
     // A file of /proc says that its size is 0.
     EXPECT_EQ(mDisk.ReadSmallFile("/proc/sys/kernel/random/boot_id", 4096).size(), 37u);
     EXPECT_EQ(ErrorOf([&] { mDisk.ReadSmallFile("/proc/self/maps", 100); }), EFBIG);
-}
-
-TEST_F(PosixFileSystemTest, RenamesReplaceNothing) {
-    mFolder.Write("a", "a");
-    mFolder.Write("b", "b");
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("a"), mFolder.Path("b")); }), EEXIST);
-    EXPECT_EQ(mFolder.Read("b"), "b");
-    mDisk.RenameNoReplace(mFolder.Path("a"), mFolder.Path("c"));
-    EXPECT_EQ(mFolder.Read("c"), "a");
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("a"), mFolder.Path("d")); }), ENOENT);
-
-    mFolder.Write("folder/inside");
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("folder"), mFolder.Path("folder/inner")); }),
-              EINVAL);
-    symlink("nowhere", mFolder.Path("link").c_str());
-    EXPECT_EQ(ErrorOf([&] { mDisk.RenameNoReplace(mFolder.Path("folder"), mFolder.Path("link")); }), EEXIST);
-    EXPECT_EQ(List(mFolder.Path()), (Names{"b", "c", "folder", "link"}));
 }
 
 TEST_F(PosixFileSystemTest, CopiesContentPermissionsAndTimesByWhateverWayTheVolumeHas) {

@@ -1,6 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <functional>
 
 #include "desk/files/PosixErrors.h"

@@ -57,8 +57,8 @@ TEST_F(BreakLockTest, TellsWhatCameOfIt) {
 }
 
 TEST_F(BreakLockTest, CanBeCancelledWhileItWaits) {
-    ImpatientDialogs dialogs;
-    dialogs.ExpectQuestion("Break Lock", u"Break Lock");
+    CancelWaiting();
+    mDialogs.ExpectQuestion("Break Lock", u"Break Lock");
     EXPECT_FALSE(Break(10min));
     EXPECT_TRUE(mFolder.Exists(kLock));
 }
@@ -82,4 +82,10 @@ TEST_F(BreakLockTest, WhoWasInterruptedIsTakenOver) {
     mDialogs.ExpectQuestion("Break Lock", u"Take Over");
     EXPECT_TRUE(Break());
     EXPECT_FALSE(mFolder.Exists(kLock) || mFolder.Exists(guardName));
+}
+
+TEST_F(BreakLockTest, ALockFilesTextsCannotPretendToBeTheProgramsOwn) {
+    const auto record = MakeForeignRecord(mDesktop, u"eve\n\nNobody works on it.", u"vm\u202E07");
+    const std::string text = host::UTF16to8(desk::DescribeHolder(record));
+    EXPECT_TRUE(text.starts_with("eve\\n\\nNobody works on it. on vm\\u202E07, since ")) << text;
 }

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "desk/project/CopyQueue.h"
 #include "desk/project/Production.h"
 #include "host/project/ProductionItems.h"
@@ -43,19 +41,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(CopyQueueTest, CopiesOneAfterAnotherInTheOrderOfAsking) {
-    StopAtGate();
-    AddAll();
-    ASSERT_TRUE(mDisk.WaitAtGate());
-    EXPECT_EQ(States(), (std::vector{State::UnderWay, State::Waiting, State::Waiting}));
-    EXPECT_TRUE(mQueue.IsBusy() && mQueue.IsDestination(InProduction("C.zuproj")));
-    mDisk.OpenGate();
-    mMain.RunUntilIdle();
-    EXPECT_EQ(States(), std::vector(3, State::Done));
-    EXPECT_EQ(InFolder(), (Names{"A.zuproj", "B.zuproj", "C.zuproj"})) << "without locks and temporaries";
-    EXPECT_EQ(mQueue.GetJobs().front().mBytesDone, 12u);
-}
 
 TEST_F(CopyQueueTest, TakenNamesGetANumberInBatchesAndFailAlone) {
     mFolder.Write("Production/Day 1/A.zuproj", "the other A");

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "desk/project/LockKeeper.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectLockFile.h"

@@ -1,7 +1,4 @@
-#include <gtest/gtest.h>
-
 #include <QJsonObject>
-#include <filesystem>
 
 #include "desk/core/JsonFile.h"
 #include "desk/files/HostNames.h"

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "desk/project/UniqueNames.h"
 #include "host/project/ProductionItems.h"
 #include "tests/support/HostFixture.h"

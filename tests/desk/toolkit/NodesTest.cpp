@@ -57,27 +57,6 @@ TEST_F(NodesTest, NodesGetWidgetsInAnyNestingAndInAnyOrder) {
     EXPECT_EQ(desk::GetNodeWidget(*text), nullptr);
 }
 
-TEST_F(NodesTest, NodesAndTheirWindowMayGoInEitherOrder) {
-    RefPtr<host::UI_StaticText> text(new host::UI_StaticText(u"x"));
-    RefPtr<host::UI_MultiColumnTree> tree(new host::UI_MultiColumnTree);
-    RefPtr<host::UI_SubView> view(new host::UI_SubView);
-    view->AddChild(tree);
-    view->AddChild(text);
-    mContainer->AddChild(view);
-    const host::RowRef row = tree->CreateAndAppendRow(nullptr);
-    tree->LayoutAfterAppendRow(nullptr);
-    mMainThread.RunUntilIdle();
-    mWindow.reset();
-    EXPECT_EQ(desk::GetNodeWidget(*text), nullptr);
-    tree->SelectRow(row.get(), true, true, true);
-    mMainThread.RunUntilIdle();
-    EXPECT_EQ(tree->CountSelectedRows(), 1u) << "the tree goes on without its window";
-    mContainer.reset();
-    tree.reset();
-    view.reset();
-    EXPECT_FALSE(row->GetParentRow());
-}
-
 TEST_F(NodesTest, SliderTellsOfTheUsersChangesOnly) {
     RefPtr<host::UI_Slider> slider(new host::UI_Slider(host::UI_Direction::Horizontal, true));
     std::vector<double> changing, changed;

@@ -15,31 +15,9 @@ protected:
     }
     /// What the model has told its views since the last call.
     Rows Heard() { return std::exchange(mHeard, {}); }
-    bool CanHaveChildren(const host::RowRef& row) {
-        return View().model()->hasChildren(View().model()->index(IndexOf(row), 0));
-    }
 
     Rows mHeard;
 };
-
-TEST_F(TreeRowsTest, AppendedRowsShowAfterLayoutSortedInOneStep) {
-    const host::RowRef folder = Append(nullptr, "folder/");
-    const host::RowRef inner = Append(folder.get(), "inner/");
-    Append(inner.get(), "leaf");
-    Append(nullptr, "Trash/");
-    Append(nullptr, "a");
-    mTree->LayoutAfterAppendRow(inner.get());
-    mTree->LayoutAfterAppendRow(folder.get());
-    mTree->OpenRow(inner.get());
-    mTree->OpenRow(folder.get());
-    mTree->SelectRow(folder.get(), true, false, true);
-    EXPECT_EQ(mTree->CountOpenedRows(), 0u);
-    EXPECT_EQ(mTree->CountSelectedRows(), 0u) << "a row that is not laid out cannot be selected";
-    mTree->LayoutAfterAppendRow(nullptr);
-    EXPECT_EQ(Shown(), (Rows{"a", "folder/", "  inner/", "    leaf", "Trash/"}));
-    EXPECT_EQ(ShownByView().size(), 5u);
-    EXPECT_EQ(Heard(), Rows{"inserted"});
-}
 
 TEST_F(TreeRowsTest, InsertsInOneStepAndAsksFewKeys) {
     for (int part = 0; part < 5; ++part) {
@@ -82,26 +60,6 @@ TEST_F(TreeRowsTest, RemovedRowsGoInFewStepsAndAreNoLongerOfTheTree) {
     EXPECT_EQ(ShownByView(), Rows{"again"});
     mTree->RemoveRows(mTree->GetTopLevelRows());
     EXPECT_EQ(ShownByView(), Rows{}) << "the tree's own list was removed";
-}
-
-TEST_F(TreeRowsTest, FoldersShowATriangleWithoutChildrenAndMayBeFilledWhileTheyOpen) {
-    Rows heard;
-    mTree->SetRowOpenStateChangedCallback(Shared([&](const host::RowRef& row, bool open) {
-        heard.push_back((open ? "open " : "close ") + DataOf(*row).mName);
-        if (open && CanHaveChildren(row) && !row->HasChild()) Add(row.get(), {"child"});
-    }));
-    const host::RowVec rows = Add(nullptr, {"folder/", "project"});
-    EXPECT_TRUE(CanHaveChildren(rows[0]));
-    EXPECT_FALSE(CanHaveChildren(rows[1]));
-    mTree->OpenRow(rows[1].get());
-    ClickTriangle(rows[0]);
-    mTree->OpenRow(rows[0].get());
-    EXPECT_EQ(Shown(), (Rows{"folder/", "  child", "project"}));
-    EXPECT_EQ(ShownByView().size(), 3u);
-    EXPECT_EQ(mTree->CountSelectedRows(), 0u) << "a click on the triangle selects nothing";
-    mTree->CloseRow(rows[0].get());
-    EXPECT_EQ(heard, (Rows{"open folder/", "close folder/"}));
-    EXPECT_EQ(ShownByView().size(), 2u);
 }
 
 }  // namespace
