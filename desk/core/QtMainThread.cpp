@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QObject>
 #include <QTimer>
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -15,8 +16,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// How long tasks run before input and painting get their turn.
-constexpr milliseconds kBatch{8};
+/// How long tasks run before input and painting get their turn: as long as those took since the batch before,
+/// within these limits. Rows that keep coming would else be laid out again for every few of them.
+constexpr milliseconds kShortestBatch{8};
+constexpr milliseconds kLongestBatch{24};
 
 }  // namespace
 
@@ -42,6 +45,8 @@ private:
     /// Runs what is left when Qt has nothing more urgent. On during a batch too: a task may enter an event
     /// loop of its own, which has to go on with the queue.
     QBasicTimer mContinue;
+    /// When the last batch that left tasks ended; else in the future.
+    Clock::time_point mEndOfBatch = Clock::time_point::max();
     std::map<TimerID, QTimer*> mTimers;
     TimerID mLastTimer = 0;
 };
@@ -70,12 +75,17 @@ MainThread::Task QtMainThread::Receiver::TakeTask() {
 }
 
 void QtMainThread::Receiver::RunBatch() {
-    const auto end = Clock::now() + kBatch;
+    const auto begin = Clock::now();
+    const auto end = begin + std::clamp<Clock::duration>(begin - mEndOfBatch, kShortestBatch, kLongestBatch);
     do {
         const Task task = TakeTask();
-        if (!task) return;
+        if (!task) {
+            mEndOfBatch = Clock::time_point::max();
+            return;
+        }
         RunTask(task, "main thread: task");
-    } while (Clock::now() < end);
+        mEndOfBatch = Clock::now();
+    } while (mEndOfBatch < end);
 }
 
 void QtMainThread::Receiver::StartDelayed(Task task, Clock::time_point due) {

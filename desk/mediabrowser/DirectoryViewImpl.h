@@ -87,6 +87,8 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     /// Counts on when all expansions end: what those of an earlier period have led to is dropped.
     unsigned mExpansionPeriod = 0;
     std::shared_ptr<desk::FolderReadAhead> mReadAhead;
+    /// When it may be asked next what is visible.
+    std::chrono::steady_clock::time_point mNextLookAtVisible{};
     int mFirstVisible = 0;
     int mLastVisible = -1;
     /// Gone when the view is: what comes for it then is dropped.

@@ -3,6 +3,7 @@
 #include <system_error>
 #include <utility>
 
+#include "desk/core/MainThread.h"
 #include "desk/core/Services.h"
 #include "desk/mediabrowser/ContentManagerImpl.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
@@ -21,6 +22,8 @@ namespace {
 
 /// So few items are looked for without an index.
 constexpr std::size_t kFewItems = 8;
+/// Asking what is visible has all rows laid out.
+constexpr std::chrono::milliseconds kPauseOfLooks(100);
 
 /// The name of the item `path` of `folder`; empty when it is no item of it.
 std::u16string_view NameInFolder(std::u16string_view path, std::u16string_view folder) {
@@ -125,6 +128,9 @@ void DirectoryImpl::DropFactsOfRowsScrolledAway() {
     desk::FolderStore* store = desk::GetServices().mFolderStore;
     const auto header = mTree->GetHeaderRow();
     if (!store || !header || header->GetImpl().Find(header->GetSortColumn()) != 0) return;
+    const auto now = desk::GetServices().mMainThread->Now();
+    if (now < mNextLookAtVisible) return;
+    mNextLookAtVisible = now + kPauseOfLooks;
     const int first = mTree->GetFirstVisibleOpenedRowIndex();
     const int last = mTree->GetLastVisibleOpenedRowIndex();
     const bool hasJumped = first > mLastVisible || last < mFirstVisible;

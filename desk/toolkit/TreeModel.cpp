@@ -12,6 +12,9 @@ namespace desk {
 using Row = host::UI_MultiColumnTreeRow;
 using Access = Row::Access;
 
+/// So many rows further on memory is asked for what will be looked at.
+constexpr std::size_t kRowsAhead = 16;
+
 QModelIndex TreeModel::IndexOf(const Row* row, int column) const {
     if (!row) return {};
     return createIndex(mTree.PositionOf(*row), column, const_cast<Row*>(row));
@@ -21,7 +24,11 @@ QModelIndex TreeModel::index(int row, int column, const QModelIndex& parent) con
     if (row < 0 || column < 0 || parent.column() > 0 || column >= columnCount()) return {};
     const Row* above = RowOf(parent);
     if (std::uint32_t(row) >= mTree.CountOfLaidOutChildren(above)) return {};
-    return createIndex(row, column, mTree.ChildrenOf(above)[std::size_t(row)].get());
+    const std::vector<host::RowRef>& rows = mTree.ChildrenOf(above);
+    // The view asks for all rows in turn, and then for the flags of each: they lie anywhere in memory.
+    if (const std::size_t next = std::size_t(row) + kRowsAhead; next < rows.size())
+        __builtin_prefetch(&Access::MayHaveChildren(*rows[next]));
+    return createIndex(row, column, rows[std::size_t(row)].get());
 }
 
 QModelIndex TreeModel::parent(const QModelIndex& child) const {

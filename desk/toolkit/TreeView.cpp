@@ -72,7 +72,9 @@ void TreeView::AnnounceRowChanged(const QModelIndex& index) {
 }
 
 void TreeView::doItemsLayout() {
+    const auto begin = Clock::now();
     QTreeView::doItemsLayout();
+    mLayoutTime = Clock::now() - begin;
     mTree.RestoreScrollPosition();
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QTreeView>
+#include <chrono>
 
 #include "desk/toolkit/TreeHeader.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
@@ -36,6 +38,7 @@ protected:
     void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
                  const QModelIndex& index) const override;
     int sizeHintForColumn(int column) const override;
+    void timerEvent(QTimerEvent* event) override;
 
     // Input (TreeView_Input.cpp).
     void mousePressEvent(QMouseEvent* event) override;
@@ -57,7 +60,9 @@ protected:
 
 private:
     using Row = host::UI_MultiColumnTreeRow;
+    using Clock = std::chrono::steady_clock;
 
+    void PausePainting(Clock::duration layoutTime);
     void PaintBackground(QPainter& painter, const QRect& rect, Row& row) const;
     void PaintCell(QPainter& painter, const QRect& rect, Row& row, int column) const;
     void PaintTriangle(QPainter& painter, const QRect& rect, Row& row) const;
@@ -82,6 +87,10 @@ private:
     TreeHeader* mHeader;
     BusySpinner* mSpinner;
     const Row* mHovered = nullptr;
+    /// On while nothing is painted.
+    QBasicTimer mPause;
+    /// What the last layout took; zero once it is painted.
+    Clock::duration mLayoutTime{};
     bool mIsPainting = false;
     /// The mouse button that is down went down on a triangle.
     bool mHasPressedTriangle = false;

@@ -21,6 +21,10 @@ namespace {
 constexpr int kPanelRowColor = 277;
 /// A cell narrower than this many row heights may be too narrow for its nodes, and is cut.
 constexpr int kRoomyCell = 4;
+/// From here on the time that a layout took counts.
+constexpr std::chrono::milliseconds kLongLayout(5);
+/// So many times that time nothing is painted.
+constexpr int kPausePerLayout = 4;
 
 QColor WithAlpha(ThemeColor color, int alpha) {
     QColor result = Theme::Color(color);
@@ -44,6 +48,20 @@ void TreeView::paintEvent(QPaintEvent* event) {
     QTreeView::paintEvent(event);
     mIsPainting = wasPainting;
     if (mTree.CountOfOpened() == 0) PaintEmptyText();
+    if (const auto time = std::exchange(mLayoutTime, {}); time > kLongLayout) PausePainting(time);
+}
+
+/// Rows that keep coming are laid out for each paint: the longer that takes, the less often they are painted.
+void TreeView::PausePainting(Clock::duration layoutTime) {
+    const auto pause = std::chrono::duration_cast<std::chrono::milliseconds>(kPausePerLayout * layoutTime);
+    mPause.start(int(pause.count()), this);
+    setUpdatesEnabled(false);
+}
+
+void TreeView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != mPause.timerId()) return QTreeView::timerEvent(event);
+    mPause.stop();
+    setUpdatesEnabled(true);
 }
 
 void TreeView::PaintEmptyText() {

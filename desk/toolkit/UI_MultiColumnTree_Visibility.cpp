@@ -19,7 +19,7 @@ using Access = Row::Access;
 namespace {
 
 constexpr int kGlideMilliseconds = 180;
-/// Looking for the visible rows has all rows laid out.
+/// Looking for the visible rows has all rows laid out: the longer that takes, the less often.
 constexpr std::chrono::milliseconds kFrame(16);
 /// Callbacks that change what is visible make it be found out anew, within reason.
 constexpr int kMaximumRounds = 4;
@@ -48,12 +48,14 @@ void TreeImpl::UpdateVisibleRowsLater() {
 
 void TreeImpl::UpdateVisibleRows() {
     if (mIsUpdatingVisible) return UpdateVisibleRowsLater();
-    mNextVisibleUpdate = desk::GetServices().mMainThread->Now() + kFrame;
+    const auto begin = desk::GetServices().mMainThread->Now();
     mIsUpdatingVisible = true;
     const RefPtr<UI_Node> keptAlive(mNode);
     bool hasChanged = true;
     for (int round = 0; round < kMaximumRounds && hasChanged; ++round) hasChanged = UpdateVisibleRowsOnce();
     mIsUpdatingVisible = false;
+    const auto end = desk::GetServices().mMainThread->Now();
+    mNextVisibleUpdate = end + std::max<std::chrono::steady_clock::duration>(kFrame, 3 * (end - begin));
     if (!mScrollWhenShown || !mView->isVisible()) return;
     const RowRef row = std::move(mScrollWhenShown);
     mScrollWhenShown.reset();
