@@ -116,7 +116,7 @@ private:
         if (locks.empty()) return;
         desk::RunLongWork(ZString("$$$/Desk/Project/Locking=Locking Project"), [&](desk::WorkProgress&) {
             desk::LockProtocol protocol(*desk::GetServices().mFileSystem, *desk::GetServices().mDesktop);
-            for (const desk::LockRemains& lock : locks) protocol.Release(lock.mPath, lock.mNonce);
+            for (const desk::LockRemains& lock : locks) protocol.RemoveLeftBehind(lock.mPath, lock.mNonce);
         });
     }
 

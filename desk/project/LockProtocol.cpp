@@ -249,6 +249,10 @@ LockRelease LockProtocol::Release(const std::string& lockPath, const std::string
     return report.IsAway() ? LockRelease::Away : LockRelease::Retry;
 }
 
+void LockProtocol::RemoveLeftBehind(const std::string& lockPath, const std::string& nonce) {
+    if (const Content found = Read(lockPath); found.mIsThere && found.Bears(nonce)) RemoveOwn(lockPath, nonce);
+}
+
 /// Removes a file that bears `nonce`, or a temporary file, whatever the volume answers. Returns 0 once it is
 /// gone or no longer bears it, or an errno; ENOENT when nothing stood there, whoever has removed or moved it.
 int LockProtocol::RemoveOwn(const std::string& path, const std::string& nonce) {

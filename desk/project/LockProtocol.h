@@ -141,6 +141,9 @@ public:
     /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it. One that is not there any
     /// more, and one that is another's now, counts as stray (`NoteStrayLock`).
     LockRelease Release(const std::string& lockPath, const std::string& nonce);
+    /// Removes what a move to another volume has left of a lock at `lockPath`, if that bears `nonce`: the lock
+    /// itself is held on, where it stands now. Tries only.
+    void RemoveLeftBehind(const std::string& lockPath, const std::string& nonce);
 
     /// Reads the lock again: the one judgement of whether it is lost. It is only when somebody else's record
     /// stands there, or a fresh listing of its folder has its project and not it. A volume may show old content

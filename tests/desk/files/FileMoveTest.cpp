@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "desk/files/FileMoves.h"
+#include "desk/project/Leftovers.h"
 #include "desk/project/LockKeeper.h"
 #include "host/files/File.h"
 #include "host/files/FileSearch.h"
@@ -163,11 +164,14 @@ TEST_F(FileMoveTest, WhatIsLeftBehindOrMayBeIsToldWithBothPlaces) {
                "Day 1", "Day 2/Day 1", EIO);
     ASSERT_EQ(mMoves.size(), 2u) << "what has moved for certain";
     mDisk.SetVolumes(true);
-    mFolder.MakeFolder("Day 3/sub");
-    mDisk.Fail(Operation::RemoveFromTree, 1, EACCES);
-    expectTold("“Day 3” was moved to " + place("Day 2/Day 3") + ", but " + place("Day 3/sub") +
+    mFolder.Write("Day 3/held.zuproj");
+    const auto lock = host::CreateProjectLockFile(mFolder.PathUTF16("Day 3/held.zuproj"), u"anna", u"machine");
+    mDisk.Fail(Operation::RemoveFromTree, 3, EACCES);
+    expectTold("“Day 3” was moved to " + place("Day 2/Day 3") + ", but " + place("Day 3") +
                    " is also still there. Permission denied (",
                "Day 3", "Day 2/Day 3");
+    desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path("Day 2/Day 3"));
+    EXPECT_TRUE(mFolder.Exists("Day 2/Day 3/.held.zuproj.lock")) << "it is held on there";
 }
 
 TEST_F(FileMoveTest, GoesFromOneRealVolumeToAnother) {
