@@ -114,8 +114,10 @@ TEST_F(DirectoryViewTest, KeepsRowsWhenAListingFailsSaysWhyThereAreNoneAndTriesA
     mDisk.Allow(reels);
     EXPECT_TRUE(Shows({"Reels", "  A"}));
     mDisk.Deny(reels, EIO);
+    mDisk.ResetCounts();
     DirectoryView().RefreshDirectoryContent(RowOf("Reels"));
     Settle();
+    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 1);
     EXPECT_EQ(ShownRows(), (Rows{"Reels", "  A"}));
 }
 
