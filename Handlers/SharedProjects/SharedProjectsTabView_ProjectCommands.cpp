@@ -15,11 +15,12 @@ namespace {
 
 using ProjectVec = std::vector<ProjectRef>;
 
-/// The open projects of the production.
+/// The open projects of the production, those too that were opened through a link from elsewhere.
 ProjectVec GetOpenProjectsOfProduction() {
     ProjectVec projects = GetOpenProjectList();
     std::erase_if(projects, [](const ProjectRef& project) {
-        return !IsWithinCurrentZuProductionFolder(project->GetProjectPath());
+        return !IsWithinCurrentZuProductionFolder(project->GetProjectPath()) &&
+               !IsWithinCurrentZuProductionFolder(Utilities::GetRealProjectPath(project));
     });
     return projects;
 }
