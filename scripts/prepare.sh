@@ -40,7 +40,7 @@ install_packages() {
         as_root=(sudo)
     fi
     say "Installing with apt: $missing"
-    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0)
+    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=300)
     "${apt[@]}" update >>"$log" 2>&1 || true # An old list of packages may do.
     local nicety
     for nicety in "${niceties[@]}"; do
