@@ -10,6 +10,7 @@
 #include "desk/project/Leftovers.h"
 #include "desk/project/LockProtocol.h"
 #include "desk/project/LockRecord.h"
+#include "desk/project/TrashRecords.h"
 #include "host/core/Strings.h"
 #include "tests/volume/TestProduction.h"
 #include "tests/volume/WorkerServer.h"
@@ -25,10 +26,12 @@ protected:
         const std::filesystem::path path(project);
         return path.parent_path().string() + "/." + path.filename().string() + ".lock";
     }
-    /// What the next process on this machine does when it lists the folders.
+    /// What the next process on this machine does when it lists the folders, and when it moves something to the
+    /// trash.
     void Sweep() {
-        for (const std::string& folder : testproduction::List(mProduction).mFolders)
-            desk::SweepLeftovers(mDisk, mDesktop, folder);
+        std::vector<std::string> folders = testproduction::List(mProduction).mFolders;
+        folders.push_back(desk::GetTrashRecordsFolder(mProduction + "/Trash"));
+        for (const std::string& folder : folders) desk::SweepLeftovers(mDisk, mDesktop, folder);
     }
     bool HasHiddenNames() const {
         const auto isHidden = [](const auto& entry) {
