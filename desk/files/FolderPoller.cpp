@@ -10,6 +10,8 @@ namespace {
 
 /// A folder is polled at most for this part of the time.
 constexpr int kShareOfTime = 3;
+/// But after a hang it is asked again this soon.
+constexpr std::chrono::seconds kLongestInterval(30);
 
 }  // namespace
 
@@ -34,7 +36,7 @@ void FolderPoller::Finished(const host::UTF16String& folder, Milliseconds durati
     const auto found = mFolders.find(folder);
     if (found == mFolders.end() || !found->second.mIsUnderWay) return;
     found->second.mIsUnderWay = false;
-    found->second.mInterval = std::max(kInterval, kShareOfTime * duration);
+    found->second.mInterval = std::clamp<Milliseconds>(kShareOfTime * duration, kInterval, kLongestInterval);
     found->second.mDue = GetServices().mMainThread->Now() + found->second.mInterval - kInterval;
     --mUnderWay;
     StartWaiting();
