@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "desk/core/Services.h"
+#include "desk/core/UserNotice.h"
 #include "desk/core/WorkProgress.h"
 #include "desk/dialogs/LongWork.h"
 #include "desk/files/FileFailure.h"
@@ -50,7 +51,16 @@ void FileUtils::Copy(const Dir& source, const Dir& destination) {
 }
 
 void FileUtils::CreateNewDirectory(const UTF16String& path) {
-    Dir(path).Create();
+    try {
+        Dir(path).Create();
+    } catch (const FileException& exception) {
+        // Somebody may have made it meanwhile.
+        if (!Dir(path).Exists())
+            desk::TellUser(ZString("$$$/Vantor/Desk/Files/FolderNotMade=The folder “@0” could not be made. @1",
+                                   {PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(path)),
+                                    desk::DescribeReason(exception)}));
+        throw;
+    }
 }
 
 bool Dir::Exists() const {

@@ -22,7 +22,7 @@ ZUHOST_API void Copy(const UTF16String& source, const UTF16String& destination);
 /// left out, and logged.
 ZUHOST_API void Copy(const Dir& source, const Dir& destination);
 
-/// Makes the folder `path`, in a parent that exists.
+/// Makes the folder `path`, in a parent that exists. The user is told of a failure.
 ZUHOST_API void CreateNewDirectory(const UTF16String& path);
 
 }  // namespace host::FileUtils

@@ -228,6 +228,9 @@ TEST_F(FileMoveTest, CopiesEachByItsKindAndReplacesNothing) {
     EXPECT_EQ(ErrorOf([&] { Copy(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("new")); }), EISDIR);
     EXPECT_EQ(ErrorOf([&] { Copy(DirAt("Reel 1.zuproj"), DirAt("new")); }), ENOTDIR);
     EXPECT_EQ(ErrorOf([&] { host::FileUtils::CreateNewDirectory(mFolder.PathUTF16("Day 1")); }), EEXIST);
+    const ExpectLogged notMade("The folder “Reel 1.zuproj” could not be made. Something with that name");
+    EXPECT_EQ(ErrorOf([&] { host::FileUtils::CreateNewDirectory(mFolder.PathUTF16("Reel 1.zuproj")); }),
+              EEXIST);
     EXPECT_EQ(ErrorOf([&] { DirAt("no/parent").Create(); }), ENOENT);
     EXPECT_EQ(TakeSnapshot(mFolder.Path()), before);
 }
