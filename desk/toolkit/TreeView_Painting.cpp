@@ -22,7 +22,7 @@ constexpr int kPanelRowColor = 277;
 /// A cell narrower than this many row heights may be too narrow for its nodes, and is cut.
 constexpr int kRoomyCell = 4;
 /// From here on the time that a layout took counts.
-constexpr std::chrono::milliseconds kLongLayout(5);
+constexpr std::chrono::milliseconds kLongLayout(12);
 /// So many times that time nothing is painted.
 constexpr int kPausePerLayout = 4;
 
