@@ -19,11 +19,6 @@ namespace {
 
 constexpr int kSpinnerInCentre = 1;
 
-/// By the name, unless it is known to be a folder's.
-bool IsProject(const UTF16String& path) {
-    return IsVantorProjectFile(path) && !PathUtils::IsKnownDirectory(path);
-}
-
 }  // namespace
 
 SharedProjectsDirectoryView::SharedProjectsDirectoryView(
@@ -121,12 +116,21 @@ UTF16String SharedProjectsDirectoryView::GetPathOfKind(const RowRef& row) const 
     return IsFileRow(row) ? path : PathUtils::AddTrailingSlash(path);
 }
 
-void SharedProjectsDirectoryView::RemoveRowsOfOtherKind(const RowRef& row, const std::set<UTF16String>& paths) {
+bool SharedProjectsDirectoryView::IsProject(const UTF16String& path) const {
+    return IsVantorProjectFile(path) && !mFoldersCalledLikeProjects.contains(path);
+}
+
+void SharedProjectsDirectoryView::RemoveRowsOfOtherKind(const RowRef& row, const DirectoryContent& content) {
     ContentDelivery removal{ContentDelivery::Extent::Change, {}};
-    for (const UTF16String& path : paths) {
-        if (!IsVantorProjectFile(path)) continue;
-        const RowRef child = FindChildRow(row.get(), PathUtils::GetFullFilePart(path));
-        if (child && IsFileRow(child) != IsProject(path)) removal.mRemovedPaths.push_back(path);
+    for (const PropertyMap& item : content) {
+        const bool isFolder = item.Find<bool>(MediaBrowserContentManager::kIsDirectoryField);
+        if (!isFolder && mFoldersCalledLikeProjects.empty()) continue;
+        const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
+        if (!path || !IsVantorProjectFile(*path)) continue;
+        const bool isNew = isFolder ? mFoldersCalledLikeProjects.insert(*path).second
+                                    : mFoldersCalledLikeProjects.erase(*path) > 0;
+        if (isNew && FindChildRow(row.get(), PathUtils::GetFullFilePart(*path)))
+            removal.mRemovedPaths.push_back(*path);
     }
     if (!removal.mRemovedPaths.empty())
         InsertDirectoryContent(row, {}, removal, SharedProjectsHandler::GetRootDirectory());
@@ -291,6 +295,7 @@ void SharedProjectsDirectoryView::LeaveRoot() {
     mUnlistedFolders.clear();
     mUnreachedState = {};
     mPendingDirectoryChanges.clear();
+    mFoldersCalledLikeProjects.clear();
     mAwaitedPaths.clear();
     mFoldersToOpen.clear();
     mSelectionAfterRemoval = {};

@@ -133,8 +133,10 @@ private:
     static bool IsRowExposed(const RowRef& row);
     /// Its path, as `Columns` takes it: a folder's with a separator at the end.
     UTF16String GetPathOfKind(const RowRef& row) const;
-    /// Removes rows of `paths` that were made for another kind of item than stands there now.
-    void RemoveRowsOfOtherKind(const RowRef& row, const std::set<UTF16String>& paths);
+    /// By the name, unless it is known to be a folder's.
+    bool IsProject(const UTF16String& path) const;
+    /// Removes rows that were made for another kind of item than `content` tells: `x.zuproj` may be a folder.
+    void RemoveRowsOfOtherKind(const RowRef& row, const DirectoryContent& content);
 
     void SetupTree();
     void SetupHeaderRow();
@@ -191,6 +193,7 @@ private:
     std::weak_ptr<SharedProjectsTabView> mTabView;
     Columns::HeaderRowRef mHeaderRow;
     MetadataMap mRowToMetadata;
+    std::set<UTF16String> mFoldersCalledLikeProjects;
     std::set<UTF16String> mPendingDirectoryChanges;
     RefPtr<QueueOnlyOnce> mQueuedSort;
     bool mPauseUpdates = false;

@@ -10,8 +10,9 @@ namespace HandlerSharedProjects {
 
 namespace {
 
-bool IsShown(const UTF16String& path) {
-    return IsVantorProjectFile(path) || PathUtils::IsDirectory(path);
+bool IsShown(const PropertyMap& item, const UTF16String& path) {
+    return IsVantorProjectFile(path) || item.Find<bool>(MediaBrowserContentManager::kIsDirectoryField) ||
+           PathUtils::IsDirectory(path);
 }
 
 /// The items of a delivery that get rows. Those that do not are added to what a change has removed: a folder
@@ -23,7 +24,7 @@ std::set<UTF16String> FilterContent(const DirectoryContent& content, ContentDeli
     for (const PropertyMap& item : content) {
         const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
         if (!path) continue;
-        if (IsShown(*path))
+        if (IsShown(item, *path))
             place = std::next(paths.insert(place, *path));
         else if (delivery.mExtent == ContentDelivery::Extent::Change)
             delivery.mRemovedPaths.push_back(*path);
@@ -66,7 +67,7 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
                                                         const ContentDelivery& delivery) {
     ContentDelivery rowDelivery = delivery;
     const std::set<UTF16String> paths = FilterContent(content, rowDelivery);
-    RemoveRowsOfOtherKind(row, paths);
+    RemoveRowsOfOtherKind(row, content);
     const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
     InsertDirectoryContent(row, paths, rowDelivery, SharedProjectsHandler::GetRootDirectory());
     // Rows that have just been made are up to date.

@@ -63,6 +63,10 @@ void FolderListing::SweepIfNeeded(const std::vector<FolderEntry>& entries) {
     if (!names.empty() && GetServices().mDesktop) SweepInBackground(mRequest.mFolder->mBytes, std::move(names));
 }
 
+ItemKind FolderListing::Found::GetKind() const {
+    return mFacts.mKind == ItemKind::Unknown && mKnown ? mKnown->mFacts.mKind : mFacts.mKind;
+}
+
 void FolderListing::TakeEntry(const FolderEntry& entry) {
     Found found;
     found.mName = host::UTF8to16(entry.mName);
@@ -171,9 +175,14 @@ void FolderListing::CompleteNames() {
         if (IsVolumeGone()) throw host::FileException("list folder", mRequest.mFolder->mText, ENODEV);
         if (mRequest.mIsContentWanted) {
             std::vector<std::u16string_view> names;
+            std::vector<ItemKind> kinds;
             names.reserve(mFound.size());
-            for (const Found& found : mFound) names.push_back(found.mName);
-            mResult.mContents = MakeContents(*mRequest.mFolder, names);
+            kinds.reserve(mFound.size());
+            for (const Found& found : mFound) {
+                names.push_back(found.mName);
+                kinds.push_back(found.GetKind());
+            }
+            mResult.mContents = MakeContents(*mRequest.mFolder, names, kinds);
         }
         ChooseKnown();
         if (mToRead.empty()) return Complete();
@@ -242,14 +251,20 @@ void FolderListing::BuildItems() {
 
 FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder, const FolderItems& items) {
     std::vector<std::u16string_view> names;
+    std::vector<ItemKind> kinds;
     names.reserve(items.Count());
-    for (const FolderItems::Item& item : items.Get()) names.push_back(items.NameOf(item));
-    return MakeContents(folder, names);
+    kinds.reserve(items.Count());
+    for (const FolderItems::Item& item : items.Get()) {
+        names.push_back(items.NameOf(item));
+        kinds.push_back(item.mFacts.mKind);
+    }
+    return MakeContents(folder, names, kinds);
 }
 
 /// Sorted, so that parts come in the order in which they show.
 FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder,
-                                                    const std::vector<std::u16string_view>& names) {
+                                                    const std::vector<std::u16string_view>& names,
+                                                    const std::vector<ItemKind>& kinds) {
     Contents contents;
     const std::vector<std::uint32_t> order = OrderAsShown(names);
     std::size_t begin = 0;
@@ -257,7 +272,8 @@ FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder,
     do {
         host::DirectoryContent content;
         content.reserve(end - begin);
-        for (; begin < end; ++begin) content.push_back(MakeProperties(folder, names[order[begin]]));
+        for (; begin < end; ++begin)
+            content.push_back(MakeProperties(folder, names[order[begin]], kinds[order[begin]]));
         contents.push_back(ShareContent(std::move(content)));
         end = std::min(end + kPartSize, order.size());
     } while (begin < order.size());
@@ -276,7 +292,7 @@ std::vector<ItemUpdate> FolderListing::Compare() const {
             if (!MergeFacts(facts, found.mFacts, true)) continue;
         }
         ItemUpdate& update = updates.emplace_back();
-        update.mProperties = MakeProperties(*mRequest.mFolder, found.mName);
+        update.mProperties = MakeProperties(*mRequest.mFolder, found.mName, found.GetKind());
         update.mName = found.mName;
         update.mFacts = found.mFacts;
         update.mIsLockKnown = true;

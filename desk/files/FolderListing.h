@@ -85,6 +85,9 @@ public:
 
 private:
     struct Found {
+        /// What is known, while the volume has not been asked again.
+        ItemKind GetKind() const;
+
         host::UTF16String mName;
         ItemFacts mFacts;
         const FolderItems::Item* mKnown = nullptr;
@@ -108,7 +111,9 @@ private:
     void DropStamps();
     bool IsVolumeGone();
     void BuildItems();
-    static Contents MakeContents(const FolderPath& folder, const std::vector<std::u16string_view>& names);
+    /// `kinds` has one kind for each name.
+    static Contents MakeContents(const FolderPath& folder, const std::vector<std::u16string_view>& names,
+                                 const std::vector<ItemKind>& kinds);
     std::vector<ItemUpdate> Compare() const;
     void Fail(int systemError, std::string text);
     static void Post(Completion completion, Result&& result, std::chrono::steady_clock::time_point begin);

@@ -39,7 +39,8 @@ void FolderStoreImpl::LookForHolders() {
         mHeldHere.erase(path);
         if (!isHeldHere) continue;
         Changes changes;
-        changes.mContent.push_back(MakeProperties(*folder->mPath, folder->mItems->NameOf(*item)));
+        changes.mContent.push_back(
+            MakeProperties(*folder->mPath, folder->mItems->NameOf(*item), item->mFacts.mKind));
         const FolderPtr kept = FindFolderPtr(folder->mPath->mText);
         DeliverChanges(kept, std::move(changes));
         DeliverNext(kept);

@@ -88,7 +88,7 @@ ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, boo
             update.mFacts.mLock = std::make_shared<const LockRecord>(*std::move(lock));
         }
     }
-    if (!update.mIsGone) update.mProperties = MakeProperties(folder, name);
+    if (!update.mIsGone) update.mProperties = MakeProperties(folder, name, update.mFacts.mKind);
     return update;
 }
 
@@ -123,9 +123,10 @@ bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown) {
     return (isLockKnown && MergeLock(known, read)) || hasChanged;
 }
 
-host::PropertyMap MakeProperties(const FolderPath& folder, std::u16string_view name) {
+host::PropertyMap MakeProperties(const FolderPath& folder, std::u16string_view name, ItemKind kind) {
     host::PropertyMap properties;
     properties.Set(host::MediaBrowserContentManager::kPathField, JoinPath(folder.mText, name));
+    if (kind == ItemKind::Folder) properties.Set(host::MediaBrowserContentManager::kIsDirectoryField, true);
     return properties;
 }
 

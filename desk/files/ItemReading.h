@@ -45,8 +45,8 @@ std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<hos
 /// Brings `known` in line with what was read; false when nothing was new.
 bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown);
 
-/// An item as it is delivered.
-host::PropertyMap MakeProperties(const FolderPath& folder, std::u16string_view name);
+/// An item as it is delivered. `kind` is `ItemKind::Unknown` when nobody has asked yet.
+host::PropertyMap MakeProperties(const FolderPath& folder, std::u16string_view name, ItemKind kind);
 
 /// Hands the content over for sharing; in the end it is destroyed on a worker. Any thread.
 std::shared_ptr<const host::DirectoryContent> ShareContent(host::DirectoryContent&& content);

@@ -10,6 +10,7 @@
 namespace host {
 
 const ImmutableString MediaBrowserContentManager::kPathField{"path"};
+const ImmutableString MediaBrowserContentManager::kIsDirectoryField{"isDirectory"};
 
 MediaBrowserContentManager::MediaBrowserContentManager() : mImpl(std::make_unique<Impl>()) {}
 

@@ -46,6 +46,8 @@ public:
 
     /// The property under which an item's path (a `UTF16String`) stands.
     static const ImmutableString kPathField;
+    /// The property that is `true` (a `bool`) for an item that is known to be a folder. Other items have none.
+    static const ImmutableString kIsDirectoryField;
 
     Impl& GetImpl() const { return *mImpl; }
 
