@@ -23,6 +23,7 @@
 #include "desk/framework/PluginLoader.h"
 #include "desk/framework/Shortcuts.h"
 #include "desk/toolkit/Theme.h"
+#include "desk/project/Leftovers.h"
 
 namespace bench {
 
@@ -37,7 +38,7 @@ struct PanelBench::Program {
     explicit Program(const std::string& profileFolder) : mDesktop(u"bench"), mProfile(profileFolder) {
         mServices = {&mFileSystem, &mMainThread, &mDialogs, &mDesktop, &mWorkerPool, nullptr};
         desk::GetServices() = mServices;
-        mFolderStore = desk::CreateFolderStore();
+        mFolderStore = desk::CreateFolderStore(desk::SweepInBackground);
         desk::GetServices().mFolderStore = mFolderStore.get();
         desk::MenuResources::Instance().Load(profileFolder);
         desk::Shortcuts::Instance().Load(profileFolder);

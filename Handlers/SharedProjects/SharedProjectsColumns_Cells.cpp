@@ -3,7 +3,7 @@
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/DebugDatabase.h"
 #include "host/core/Localizer.h"
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 #include "host/mediabrowser/MediaBrowserMultiColumnTree.h"
 #include "host/project/OpenProjects.h"
 #include "host/project/ProductionTrash.h"

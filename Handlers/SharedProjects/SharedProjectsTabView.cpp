@@ -7,7 +7,7 @@
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 #include "host/framework/DC.h"
 #include "host/framework/Identifiers.h"
 #include "host/framework/ShortcutManager.h"

@@ -45,6 +45,7 @@
 #include "desk/project/LockKeeper.h"
 #include "desk/project/ProjectDocuments.h"
 #include "desk/project/TrashMoves.h"
+#include "desk/project/Leftovers.h"
 #include "host/core/DirectoryRegistry.h"
 
 namespace desk {
@@ -176,7 +177,7 @@ Session::Session(const CommandLine& commandLine, FileSystem& fileSystem)
     services.mDialogs = &mParts->mDialogs;
     services.mDesktop = &mParts->mDesktop;
     services.mWorkerPool = &mParts->mWorkerPool;
-    mParts->mFolderStore = CreateFolderStore();
+    mParts->mFolderStore = CreateFolderStore(SweepInBackground);
     services.mFolderStore = mParts->mFolderStore.get();
     mParts->mCopyQueue = std::make_unique<CopyQueue>();
     RecordMovesToTrash();

@@ -10,7 +10,7 @@
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/FolderStore.h"
-#include "desk/files/VolumeTypes.h"
+#include "desk/files/VolumeProperties.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"

@@ -32,6 +32,13 @@ struct ItemStatus {
     std::uint64_t mInode = 0;
 };
 
+/// True when both are of one kind, size and time of modification.
+inline bool IsUnchanged(const ItemStatus& before, const ItemStatus& now) {
+    // A folder's size tells nothing that its time does not, and differs from volume to volume.
+    return before.mKind == now.mKind && before.mModified == now.mModified &&
+           (before.mKind == ItemKind::Folder || before.mSize == now.mSize);
+}
+
 /// Told while a file is copied: the bytes copied since the last call. False stops the copy.
 using CopyStep = std::function<bool(std::uint64_t bytes)>;
 

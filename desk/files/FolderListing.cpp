@@ -10,7 +10,6 @@
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
 #include "desk/files/HostNames.h"
-#include "desk/project/Leftovers.h"
 #include "desk/project/LockRecord.h"
 #include "desk/project/NaturalOrder.h"
 #include "host/files/FileException.h"
@@ -60,7 +59,7 @@ void FolderListing::SweepIfNeeded(const std::vector<FolderEntry>& entries) {
     std::vector<std::string> names;
     for (const FolderEntry& entry : entries)
         if (MayBeLeftover(entry.mName)) names.push_back(entry.mName);
-    if (!names.empty() && GetServices().mDesktop) SweepInBackground(mRequest.mFolder->mBytes, std::move(names));
+    if (!names.empty() && mRequest.mSweep) mRequest.mSweep(mRequest.mFolder->mBytes, std::move(names));
 }
 
 ItemKind FolderListing::Found::GetKind() const {

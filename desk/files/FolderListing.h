@@ -56,6 +56,8 @@ public:
         /// Others read before it.
         bool mIsPoll = false;
         std::shared_ptr<ListingMemory> mMemory;
+        /// May be empty.
+        FolderSweep mSweep;
     };
     struct Result {
         std::shared_ptr<const FolderItems> mKnown;

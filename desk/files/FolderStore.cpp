@@ -9,11 +9,12 @@
 
 namespace desk {
 
-std::unique_ptr<FolderStore> CreateFolderStore(std::unique_ptr<ChangeSource> source) {
-    return std::make_unique<FolderStoreImpl>(source ? std::move(source) : CreateInotifySource());
+std::unique_ptr<FolderStore> CreateFolderStore(FolderSweep sweep, std::unique_ptr<ChangeSource> source) {
+    return std::make_unique<FolderStoreImpl>(std::move(sweep), source ? std::move(source) : CreateInotifySource());
 }
 
-FolderStoreImpl::FolderStoreImpl(std::unique_ptr<ChangeSource> source) : mMonitor(std::move(source), *this) {
+FolderStoreImpl::FolderStoreImpl(FolderSweep sweep, std::unique_ptr<ChangeSource> source)
+    : mSweep(std::move(sweep)), mMonitor(std::move(source), *this) {
     MakeLane();
 }
 

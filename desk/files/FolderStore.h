@@ -116,8 +116,13 @@ public:
     virtual DirectoryMonitor& GetMonitor() = 0;
 };
 
+/// Is handed what stands in a folder under hidden names of the host (`MayBeLeftover`) when the folder is first
+/// listed, so that what dead processes have left there can go. `folder` and `names` in bytes. On a worker.
+using FolderSweep = std::function<void(const std::string& folder, std::vector<std::string> names)>;
+
 /// Makes the store on the process's services. `source` tells of changes in place of the system (inotify); for
 /// tests. UI thread.
-ZUHOST_API std::unique_ptr<FolderStore> CreateFolderStore(std::unique_ptr<ChangeSource> source = nullptr);
+ZUHOST_API std::unique_ptr<FolderStore> CreateFolderStore(FolderSweep sweep,
+                                                          std::unique_ptr<ChangeSource> source = nullptr);
 
 }  // namespace desk

@@ -21,7 +21,7 @@ namespace desk {
 /// job under way at most: a listing, a poll (a listing that nobody asked for), or the reading of changed names.
 class FolderStoreImpl final : public FolderStore, private DirectoryMonitor::Client {
 public:
-    explicit FolderStoreImpl(std::unique_ptr<ChangeSource> source);
+    FolderStoreImpl(FolderSweep sweep, std::unique_ptr<ChangeSource> source);
     ~FolderStoreImpl() override;
 
     void RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) override;
@@ -158,6 +158,7 @@ private:
     mutable Folder* mLast = nullptr;
     std::shared_ptr<VolumeSpeed> mSpeed;
     std::shared_ptr<ReadingLane> mLane;
+    const FolderSweep mSweep;
     DirectoryMonitor mMonitor;
     std::shared_ptr<FactReader> mFactReader;
     /// Asked for in this turn of the event loop.

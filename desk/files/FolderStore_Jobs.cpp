@@ -120,6 +120,7 @@ void FolderStoreImpl::StartListing(const FolderPtr& folder, Job job) {
     request.mLane = mLane;
     request.mIsPoll = job == Job::Poll;
     request.mMemory = folder->mMemory;
+    request.mSweep = mSweep;
     for (const Subscriber& subscriber : folder->mSubscribers)
         request.mIsContentWanted |= !subscriber.mHasContent && subscriber.mWantsContent;
     if (job == Job::Listing) ServeWaiting(*folder);

@@ -11,7 +11,7 @@
 #include "desk/core/WorkProgress.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
-#include "desk/files/SharedWork.h"
+#include "desk/files/ParallelWork.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 

@@ -8,7 +8,7 @@
 #include "desk/core/Services.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
-#include "desk/files/VolumeTypes.h"
+#include "desk/files/VolumeProperties.h"
 #include "host/files/FileException.h"
 
 namespace desk {

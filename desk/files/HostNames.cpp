@@ -2,22 +2,21 @@
 
 #include <sys/random.h>
 
+#include <QCryptographicHash>
 #include <array>
 #include <random>
 
 #include "desk/core/Desktop.h"
 #include "desk/core/Services.h"
-#include "desk/project/Leftovers.h"
-#include "desk/project/LockProtocol.h"
-#include "desk/project/TrashRecords.h"
+#include "desk/project/LockRecord.h"
+#include "desk/project/TemporaryNames.h"
 
 namespace desk {
 
 namespace {
 
-bool IsLockFileName(std::string_view name) {
-    return name.ends_with(".lock") && !GetProjectNameOfLockFile(host::UTF8to16(name)).empty();
-}
+constexpr std::string_view kGuardPrefix = ".zuguard-";
+constexpr std::size_t kDigitsOfNonce = 32;
 
 /// This process.
 LockRecord MakeOwner() {
@@ -29,6 +28,31 @@ LockRecord MakeOwner() {
 }
 
 }  // namespace
+
+bool IsLockFileName(std::string_view name) {
+    return name.starts_with('.') && name.ends_with(".lock") &&
+           !GetProjectNameOfLockFile(host::UTF8to16(name)).empty();
+}
+
+std::string GetGuardName(std::string_view nonce) {
+    return std::string(kGuardPrefix) + std::string(nonce);
+}
+
+std::string GetGuardName(const std::string& lockName, const std::string& content) {
+    if (const LockRecord record = ParseLockRecord(content); record.mIsReadable)
+        return GetGuardName(record.mNonce);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(QByteArray::fromStdString(lockName + '\0' + content));
+    return GetGuardName(hash.result().toHex().left(kDigitsOfNonce).toStdString());
+}
+
+bool IsGuardName(std::string_view name) {
+    return name.starts_with(kGuardPrefix) && name.size() == kGuardPrefix.size() + kDigitsOfNonce;
+}
+
+bool MayBeLeftover(std::string_view name) {
+    return name.starts_with('.') && (IsTemporaryName(name) || IsGuardName(name) || IsLockFileName(name));
+}
 
 bool IsHiddenName(std::string_view name, ItemKind kind) {
     if (!name.starts_with('.')) return false;

@@ -14,7 +14,23 @@ namespace desk {
 /// the disk. Any thread.
 ZUHOST_API bool IsHiddenName(std::string_view name, ItemKind kind);
 
-/// Fresh names for hidden temporaries of this process (see desk/project/TemporaryNames.h): for something that
+/// The name of the guard of a lock: by the lock's nonce; for a lock whose content is no record, by the lock's
+/// name and the content.
+ZUHOST_API std::string GetGuardName(std::string_view nonce);
+ZUHOST_API std::string GetGuardName(const std::string& lockName, const std::string& content);
+ZUHOST_API bool IsGuardName(std::string_view name);
+
+/// True for the names that a sweep looks at: temporary files, guards, locks.
+ZUHOST_API bool MayBeLeftover(std::string_view name);
+
+/// The name of the folder that holds the records of a trash folder, beside its items. It is never shown,
+/// searched or copied; programs that do not know it hide it as they hide every name that begins with a dot.
+inline constexpr std::string_view kTrashRecordsName = ".zurecords";
+
+/// True for the name of a project's lock file (`GetLockFileName`). Any thread.
+ZUHOST_API bool IsLockFileName(std::string_view name);
+
+/// Fresh names for hidden temporaries of this process (see TemporaryNames.h): for something that
 /// is worth nothing before it has its final name, for the text that is to replace the file `target` of the same
 /// folder, and for the mark of the folder `target`, which is to be filled by a copy. Any thread.
 ZUHOST_API std::string MakeTemporaryName();

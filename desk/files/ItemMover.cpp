@@ -7,7 +7,7 @@
 #include "desk/files/ItemTree.h"
 #include "desk/files/PartFile.h"
 #include "desk/files/PosixErrors.h"
-#include "desk/files/SharedWork.h"
+#include "desk/files/ParallelWork.h"
 #include "desk/files/SourceRemoval.h"
 
 namespace desk {

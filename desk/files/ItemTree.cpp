@@ -4,7 +4,7 @@
 #include "desk/core/WorkProgress.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
-#include "desk/files/SharedWork.h"
+#include "desk/files/ParallelWork.h"
 
 namespace desk {
 
@@ -88,12 +88,6 @@ std::string ItemTree::PathOf(const TreeItem& item) const {
 
 ItemTree ReadItemTree(const std::string& root, TreeExtent extent, const WorkProgress& progress) {
     return TreeReading(extent, progress).Read(root);
-}
-
-bool IsUnchanged(const ItemStatus& before, const ItemStatus& now) {
-    // A folder's size tells nothing that its time does not, and differs from volume to volume.
-    return before.mKind == now.mKind && before.mModified == now.mModified &&
-           (before.mKind == ItemKind::Folder || before.mSize == now.mSize);
 }
 
 }  // namespace desk

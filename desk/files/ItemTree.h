@@ -43,7 +43,4 @@ enum class TreeExtent {
 /// anything cannot be read, and when `progress` is cancelled. Waits for the volume: for a worker.
 ItemTree ReadItemTree(const std::string& root, TreeExtent extent, const WorkProgress& progress);
 
-/// True when both are of one kind, size and time of modification.
-bool IsUnchanged(const ItemStatus& before, const ItemStatus& now);
-
 }  // namespace desk

@@ -6,7 +6,7 @@
 
 #include "desk/files/FileSystem.h"
 #include "desk/files/HostNames.h"
-#include "desk/files/SharedWork.h"
+#include "desk/files/ParallelWork.h"
 #include "host/project/ProjectFiles.h"
 
 namespace desk {

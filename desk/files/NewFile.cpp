@@ -8,7 +8,6 @@
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
-#include "desk/files/ItemCopier.h"
 #include "desk/files/PosixErrors.h"
 #include "desk/files/Presence.h"
 

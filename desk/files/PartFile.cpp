@@ -11,8 +11,8 @@
 #include "desk/files/HostNames.h"
 #include "desk/files/ItemCopier.h"
 #include "desk/files/PosixErrors.h"
-#include "desk/files/SharedWork.h"
-#include "desk/files/VolumeTypes.h"
+#include "desk/files/ParallelWork.h"
+#include "desk/files/VolumeProperties.h"
 #include "host/files/FileException.h"
 
 namespace desk {

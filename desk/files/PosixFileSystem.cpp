@@ -17,8 +17,7 @@
 #include "desk/files/CacheWaits.h"
 #include "desk/files/FileDescriptor.h"
 #include "desk/files/PosixErrors.h"
-#include "desk/files/VolumeCache.h"
-#include "desk/files/VolumeTypes.h"
+#include "desk/files/VolumeProperties.h"
 
 namespace desk {
 

@@ -9,7 +9,7 @@
 #include "desk/files/FolderPath.h"
 #include "desk/files/PosixErrors.h"
 #include "desk/files/Presence.h"
-#include "desk/files/SharedWork.h"
+#include "desk/files/ParallelWork.h"
 #include "desk/project/LockRecord.h"
 
 namespace desk {

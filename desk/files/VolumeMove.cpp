@@ -6,7 +6,6 @@
 #include "desk/core/Services.h"
 #include "desk/files/FileSystem.h"
 #include "desk/files/FolderPath.h"
-#include "desk/files/ItemTree.h"
 #include "desk/files/PosixErrors.h"
 
 namespace desk {

@@ -7,7 +7,7 @@
 #include "desk/framework/ControlViewImpl.h"
 #include "desk/framework/TabViewImpl.h"
 #include "desk/toolkit/PictureImpl.h"
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 
 namespace desk {
 namespace {

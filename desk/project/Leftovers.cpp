@@ -1,13 +1,11 @@
 #include "desk/project/Leftovers.h"
 
-#include <QCryptographicHash>
 #include <optional>
 #include <utility>
 
 #include "desk/core/Desktop.h"
 #include "desk/core/Log.h"
 #include "desk/core/MainThread.h"
-#include "desk/core/QtStrings.h"
 #include "desk/core/Services.h"
 #include "desk/core/WorkerPool.h"
 #include "desk/files/FolderPath.h"
@@ -21,13 +19,6 @@
 namespace desk {
 
 namespace {
-
-constexpr std::string_view kGuardPrefix = ".zuguard-";
-constexpr std::size_t kDigitsOfNonce = 32;
-
-bool IsLockName(std::string_view name) {
-    return name.starts_with('.') && !GetProjectNameOfLockFile(host::UTF8to16(std::string(name))).empty();
-}
 
 /// This machine's caches may still show the hidden name of what has its final name by now, and would lead
 /// there. The volume itself renames only what does stand under the hidden name.
@@ -91,33 +82,13 @@ void SweepNow(const std::string& folder, const std::vector<std::string>& names) 
 
 }  // namespace
 
-std::string GetGuardName(std::string_view nonce) {
-    return std::string(kGuardPrefix) + std::string(nonce);
-}
-
-std::string GetGuardName(const std::string& lockName, const std::string& content) {
-    if (const LockRecord record = ParseLockRecord(content); record.mIsReadable)
-        return GetGuardName(record.mNonce);
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    hash.addData(QByteArray::fromStdString(lockName + '\0' + content));
-    return GetGuardName(hash.result().toHex().left(kDigitsOfNonce).toStdString());
-}
-
-bool IsGuardName(std::string_view name) {
-    return name.starts_with(kGuardPrefix) && name.size() == kGuardPrefix.size() + kDigitsOfNonce;
-}
-
-bool MayBeLeftover(std::string_view name) {
-    return name.starts_with('.') && (IsTemporaryName(name) || IsGuardName(name) || IsLockName(name));
-}
-
 std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop,
                                        const std::string& folder, const std::vector<std::string>& names) {
     std::vector<HollowLock> hollow;
     for (const std::string& name : names) {
         const std::string path = JoinPath<std::string>(folder, name);
         if (IsTemporaryOfDead(name, desktop)) SweepTemporary(fileSystem, path);
-        if (IsGuardName(name) || IsLockName(name)) SweepRecord(fileSystem, desktop, path);
+        if (IsGuardName(name) || IsLockFileName(name)) SweepRecord(fileSystem, desktop, path);
         const auto targeted = ParseTargetedTemporary(name);
         if (!targeted) continue;
         if (targeted->mPurpose != TemporaryPurpose::Lock) {
@@ -138,7 +109,7 @@ void SweepInBackground(const std::string& folder, std::vector<std::string> names
     GetServices().mWorkerPool->SubmitLast([folder, names = std::move(names)] { SweepNow(folder, names); });
 }
 
-void SweepInBackground(const std::string& folder) {
+void SweepFolderInBackground(const std::string& folder) {
     GetServices().mWorkerPool->SubmitLast(
         [folder] { SweepNow(folder, FindLeftovers(*GetServices().mFileSystem, folder)); });
 }

@@ -13,15 +13,6 @@ namespace desk {
 class Desktop;
 class FileSystem;
 
-/// The name of the guard of a lock: by the lock's nonce; for a lock whose content is no record, by the lock's
-/// name and the content.
-ZUHOST_API std::string GetGuardName(std::string_view nonce);
-ZUHOST_API std::string GetGuardName(const std::string& lockName, const std::string& content);
-ZUHOST_API bool IsGuardName(std::string_view name);
-
-/// True for the names that a sweep looks at: temporary files, guards, locks.
-ZUHOST_API bool MayBeLeftover(std::string_view name);
-
 /// Removes the temporary files, guards and locks in `folder` (bytes) whose processes are known to be gone,
 /// which can only be processes of this machine, and stray locks of this process; nobody else's. What cannot be
 /// removed stays, and so does what belongs to another name and is still of use (`SweepTargeted`). Writes what
@@ -33,7 +24,7 @@ ZUHOST_API std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const 
                                                   const std::string& folder,
                                                   const std::vector<std::string>& names);
 /// All of that on workers: of all that is in `folder`, or of `names` in it. Any thread.
-void SweepInBackground(const std::string& folder);
+void SweepFolderInBackground(const std::string& folder);
 ZUHOST_API void SweepInBackground(const std::string& folder, std::vector<std::string> names);
 /// The same for an attempt of this process that is over and has left its temporary, in the folder in which that
 /// stands now: somebody may have renamed it (`FindMovedLock`). Its lock counts as stray. Any thread.

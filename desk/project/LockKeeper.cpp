@@ -145,7 +145,7 @@ LockKeeper::Taking LockKeeper::TakeOnce(const std::string& lockPath, const LockR
     if (taking.mOutcome == LockTaking::Outcome::Ours) return {Keep(lockPath, mine), taking};
     const bool isHeld = taking.mOutcome == LockTaking::Outcome::Held;
     // It may be one that this machine has never written to its end.
-    if (isHeld && !taking.mRecord.mIsReadable) SweepInBackground(FolderOf(lockPath));
+    if (isHeld && !taking.mRecord.mIsReadable) SweepFolderInBackground(FolderOf(lockPath));
     HeldLockPtr lock = isHeld ? TakeBack(lockPath, taking.mRecord, mine) : nullptr;
     if (lock) taking.mOutcome = LockTaking::Outcome::Ours;
     return {lock, taking};

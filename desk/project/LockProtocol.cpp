@@ -11,7 +11,7 @@
 #include "desk/files/FolderPath.h"
 #include "desk/files/HostNames.h"
 #include "desk/files/PosixErrors.h"
-#include "desk/files/VolumeCache.h"
+#include "desk/files/VolumeProperties.h"
 #include "desk/project/Leftovers.h"
 #include "desk/project/ProcessFacts.h"
 #include "desk/project/StrayLocks.h"
@@ -91,34 +91,6 @@ struct LockProtocol::Content {
     bool Bears(const std::string& nonce) const { return mRecord.mIsReadable && mRecord.mNonce == nonce; }
     bool IsForeign(const std::string& nonce) const { return mRecord.mIsReadable && mRecord.mNonce != nonce; }
 };
-
-LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
-                          const host::UTF16String& machine) {
-    LockRecord record;
-    record.mIsReadable = true;
-    record.mNonce = MakeNonce();
-    record.mUser = user.substr(0, kLongestName);
-    record.mMachine = machine.substr(0, kLongestName);
-    record.mMachineID = desktop.MachineID();
-    record.mBootID = desktop.BootID();
-    record.mPidNamespace = GetOwnPidNamespace();
-    // Without its start a process cannot be told from a later one of the same number.
-    if (const auto facts = ReadProcessFacts(::getpid())) {
-        record.mPid = ::getpid();
-        record.mProcessStart = facts->mStart;
-    }
-    record.mTakenAt = std::chrono::system_clock::to_time_t(desktop.Now());
-    return record;
-}
-
-bool AreOfOneProcess(const LockRecord& a, const LockRecord& b) {
-    const auto identity = [](const LockRecord& record) {
-        return std::tie(record.mMachineID, record.mBootID, record.mPidNamespace, record.mPid,
-                        record.mProcessStart);
-    };
-    return a.mIsReadable && b.mIsReadable && !a.mMachineID.empty() && !a.mBootID.empty() &&
-           a.mPidNamespace != 0 && a.mPid != 0 && identity(a) == identity(b);
-}
 
 std::chrono::seconds FindTimeToBreak(const std::string& path) noexcept {
     constexpr std::chrono::seconds kShortest(3);

@@ -114,16 +114,9 @@ struct LockRemains {
     std::string mTemporary;
 };
 
-/// A record for this process with a fresh nonce, taken now. Names are cut at 255 units. Any thread.
-ZUHOST_API LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
-                                     const host::UTF16String& machine);
-
 /// For how long a lock at `path` (bytes) must stay as it is before somebody else removes it: three seconds, and
 /// twice the time that its volume caches. May wait for the volume; any thread; never throws.
 ZUHOST_API std::chrono::seconds FindTimeToBreak(const std::string& path) noexcept;
-
-/// True when both records are of one process.
-ZUHOST_API bool AreOfOneProcess(const LockRecord& a, const LockRecord& b);
 
 /// Takes, gives up and breaks lock files on shared volumes, as `docs/locking.md` describes. Every operation may
 /// wait for the volume; none throws. Any thread, one at a time.

@@ -156,6 +156,34 @@ std::optional<LockRecord> ReadLockRecord(FileSystem& fileSystem, const std::stri
     }
 }
 
+LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
+                          const host::UTF16String& machine) {
+    LockRecord record;
+    record.mIsReadable = true;
+    record.mNonce = MakeNonce();
+    record.mUser = user.substr(0, kLongestName);
+    record.mMachine = machine.substr(0, kLongestName);
+    record.mMachineID = desktop.MachineID();
+    record.mBootID = desktop.BootID();
+    record.mPidNamespace = GetOwnPidNamespace();
+    // Without its start a process cannot be told from a later one of the same number.
+    if (const auto facts = ReadProcessFacts(::getpid())) {
+        record.mPid = ::getpid();
+        record.mProcessStart = facts->mStart;
+    }
+    record.mTakenAt = std::chrono::system_clock::to_time_t(desktop.Now());
+    return record;
+}
+
+bool AreOfOneProcess(const LockRecord& a, const LockRecord& b) {
+    const auto identity = [](const LockRecord& record) {
+        return std::tie(record.mMachineID, record.mBootID, record.mPidNamespace, record.mPid,
+                        record.mProcessStart);
+    };
+    return a.mIsReadable && b.mIsReadable && !a.mMachineID.empty() && !a.mBootID.empty() &&
+           a.mPidNamespace != 0 && a.mPid != 0 && identity(a) == identity(b);
+}
+
 bool IsOfThisMachine(const LockRecord& record, const Desktop& desktop) {
     return record.mIsReadable && !record.mMachineID.empty() && record.mMachineID == desktop.MachineID() &&
            !record.mMachine.empty() && record.mMachine == desktop.MachineName();

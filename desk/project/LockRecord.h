@@ -50,6 +50,13 @@ ZUHOST_API LockRecord ParseLockRecord(const std::string& bytes);
 /// any thread.
 ZUHOST_API std::optional<LockRecord> ReadLockRecord(FileSystem& fileSystem, const std::string& path);
 
+/// A record for this process with a fresh nonce, taken now. Names are cut at 255 units. Any thread.
+ZUHOST_API LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
+                                     const host::UTF16String& machine);
+
+/// True when both records are of one process. Any thread.
+ZUHOST_API bool AreOfOneProcess(const LockRecord& a, const LockRecord& b);
+
 /// True for a readable record of this machine: of its id and of its name, since machines that were cloned share
 /// an id. Any thread.
 ZUHOST_API bool IsOfThisMachine(const LockRecord& record, const Desktop& desktop);

@@ -6,8 +6,7 @@
 #include "desk/core/JsonFile.h"
 #include "desk/core/Services.h"
 #include "desk/files/FileSystem.h"
-#include "desk/files/VolumeTypes.h"
-#include "desk/project/LockProtocol.h"
+#include "desk/files/VolumeProperties.h"
 #include "host/files/FileException.h"
 
 namespace desk {

@@ -26,12 +26,7 @@ struct TrashRecord {
     std::int64_t mMovedAt = 0;
 };
 
-/// The name of the folder that holds the records of a trash folder, beside its items. It is never shown,
-/// searched or copied (`IsHiddenName`); programs that do not know it hide it as they hide every name that
-/// begins with a dot.
-inline constexpr std::string_view kTrashRecordsName = ".zurecords";
-
-/// Its path; `trashFolder` in bytes.
+/// The path of the folder (`kTrashRecordsName`) that holds the records of `trashFolder`; both in bytes.
 ZUHOST_API std::string GetTrashRecordsFolder(const std::string& trashFolder);
 
 /// False when nothing stands at `trashFolder`. Throws `host::FileException` when something does that is no

@@ -1,4 +1,4 @@
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 
 #include <QFile>
 #include <QPainter>

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 
 class QPainter;
 class QRectF;

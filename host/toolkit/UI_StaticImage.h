@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 #include "host/toolkit/UI_ControlView.h"
 
 namespace host {

@@ -1,6 +1,6 @@
 #include "desk/toolkit/ControlImpl.h"
 #include "desk/toolkit/PictureImpl.h"
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 #include "tests/panel/PanelFixture.h"
 
 namespace HandlerSharedProjects::Columns {

@@ -21,6 +21,7 @@
 #include "desk/project/OpenProjectList.h"
 #include "desk/project/Production.h"
 #include "desk/toolkit/TreeAccess.h"
+#include "desk/project/Leftovers.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/Identifiers.h"
 #include "host/project/ProjectFiles.h"
@@ -57,7 +58,7 @@ protected:
     PanelFixture() {
         // A process loads the library once.
         static const std::unique_ptr<Module> sModule(CreateModule(u"SharedProjects.so"));
-        mStore = desk::CreateFolderStore();
+        mStore = desk::CreateFolderStore(desk::SweepInBackground);
         desk::GetServices().mFolderStore = mStore.get();
         mFolder.MakeFolder(kProduction);
     }

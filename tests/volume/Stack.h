@@ -17,6 +17,7 @@
 #include "desk/project/ProjectDocument.h"
 #include "desk/project/ProjectDocuments.h"
 #include "desk/project/TrashMoves.h"
+#include "desk/project/Leftovers.h"
 #include "host/core/Messaging.h"
 #include "host/core/Strings.h"
 #include "host/project/OpenProjects.h"
@@ -38,7 +39,7 @@ public:
           mProduction(folder.empty() ? mFolder.MakeFolder("North Shore") : std::move(folder)),
           mBehind(behind.empty() ? mProduction : std::move(behind)) {
         desk::GetServices().mWorkerPool = &mWorkers;
-        mStore = desk::CreateFolderStore();
+        mStore = desk::CreateFolderStore(desk::SweepInBackground);
         desk::GetServices().mFolderStore = mStore.get();
         mDocuments = std::make_unique<desk::ProjectDocuments>();
         mCopies = std::make_unique<desk::CopyQueue>();

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "desk/project/Leftovers.h"
 #include "desk/files/ChangeCollector.h"
 #include "desk/files/DirectoryMonitor.h"
 #include "desk/files/FolderStore.h"
@@ -114,7 +115,7 @@ protected:
 
 private:
     void Use(std::unique_ptr<desk::ChangeSource> source) {
-        mStore = desk::CreateFolderStore(std::move(source));
+        mStore = desk::CreateFolderStore(desk::SweepInBackground, std::move(source));
         desk::GetServices().mFolderStore = mStore.get();
     }
     void Take(const std::string& folder, const desk::FolderStore::Delivery& delivery) {

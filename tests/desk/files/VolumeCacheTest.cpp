@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "desk/files/VolumeCache.h"
+#include "desk/files/VolumeProperties.h"
 
 namespace {
 

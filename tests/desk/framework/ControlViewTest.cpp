@@ -3,7 +3,7 @@
 #include <QTest>
 #include <QToolButton>
 
-#include "host/framework/Bitmap.h"
+#include "host/toolkit/Bitmap.h"
 #include "tests/desk/framework/FrameworkFixture.h"
 
 namespace {

@@ -285,7 +285,7 @@ TEST_F(LockKeeperTest, ALockThatSomebodyElseHasMovedIsFoundBesideItsFolderOrWhen
 }
 
 TEST_F(LockKeeperTest, ALockThatTheFolderStoreSeesElsewhereIsRemovedThere) {
-    const auto store = desk::CreateFolderStore();
+    const auto store = desk::CreateFolderStore(desk::SweepInBackground);
     desk::GetServices().mFolderStore = store.get();
     host::DirectoryChangeMonitor::MonitorDirectory(mFolder.PathUTF16(), true, true);
     host::ProjectLockFileRef lock = Create();
@@ -345,7 +345,7 @@ TEST_F(LockKeeperTest, ALockThatWasMadeAndNotWrittenGoesAfterAWhileWhereverItSta
 }
 
 TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListedUnderItsName) {
-    const auto store = desk::CreateFolderStore();
+    const auto store = desk::CreateFolderStore(desk::SweepInBackground);
     for (const char* folder : {"Day 1", "Day 2"}) {
         const std::string temporary = folder + ("/" + desk::MakeTemporaryName(MakeDeadRecord(mDesktop)));
         const std::string lock = folder + std::string("/.Reel 1.zuproj.lock");

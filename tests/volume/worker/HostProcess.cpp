@@ -6,6 +6,7 @@
 #include "desk/project/LockKeeper.h"
 #include "desk/project/Production.h"
 #include "desk/project/TrashMoves.h"
+#include "desk/project/Leftovers.h"
 #include "host/core/Strings.h"
 #include "host/project/ProductionTrash.h"
 
@@ -15,7 +16,7 @@ HostProcess::HostProcess(const std::string& production) {
     services.mMainThread = &mMainThread;
     services.mDesktop = &mDesktop;
     services.mWorkerPool = &mWorkers;
-    mStore = desk::CreateFolderStore();
+    mStore = desk::CreateFolderStore(desk::SweepInBackground);
     services.mFolderStore = mStore.get();
     mDocuments = std::make_unique<desk::ProjectDocuments>();
     mCopies = std::make_unique<desk::CopyQueue>();

@@ -1,4 +1,4 @@
-#include "desk/files/SharedWork.h"
+#include "desk/files/ParallelWork.h"
 
 #include <algorithm>
 #include <atomic>

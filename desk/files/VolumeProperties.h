@@ -9,6 +9,10 @@
 
 namespace desk {
 
+/// True when a file system of this type number (statfs(2) f_type) reports every change of its files through
+/// inotify: the known local ones. Any thread.
+ZUHOST_API bool DoesVolumeReportChanges(long type);
+
 /// For how long a volume with these mount options (nfs(5), mount.cifs(8): "acregmax", "acdirmax", "actimeo",
 /// "closetimeo", "noac", in seconds) may show old content. `type` is the file system's name; network file
 /// systems that name no time get their default. Any thread.
