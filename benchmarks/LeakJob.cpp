@@ -3,8 +3,8 @@
 
 #include "benchmarks/HeapMeter.h"
 #include "benchmarks/VolumeJobs.h"
-#include "desk/core/Services.h"
-#include "desk/files/FolderStore.h"
+#include "desk/core/edges/Services.h"
+#include "desk/files/live/FolderStore.h"
 #include "host/core/Strings.h"
 #include "host/project/DocumentManager.h"
 #include "tests/volume/worker/HostProcess.h"

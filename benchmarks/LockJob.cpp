@@ -4,8 +4,8 @@
 #include <QTemporaryDir>
 
 #include "benchmarks/VolumeJobs.h"
-#include "desk/core/Services.h"
-#include "desk/project/LockKeeper.h"
+#include "desk/core/edges/Services.h"
+#include "desk/project/lock/LockKeeper.h"
 
 namespace bench {
 

@@ -9,7 +9,7 @@
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "benchmarks/VolumeJobs.h"
-#include "desk/core/Directories.h"
+#include "desk/core/settings/Directories.h"
 #include "host/core/DirectoryRegistry.h"
 
 namespace bench {

@@ -7,8 +7,8 @@
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "benchmarks/VolumeJobs.h"
-#include "desk/core/Services.h"
-#include "desk/project/LockProtocol.h"
+#include "desk/core/edges/Services.h"
+#include "desk/project/lock/LockProtocol.h"
 #include "host/core/Strings.h"
 #include "tests/volume/worker/HostProcess.h"
 

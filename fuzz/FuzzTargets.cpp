@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Handlers/SharedProjects/SharedProjectsStateData.h"
-#include "desk/project/LockRecord.h"
+#include "desk/core/names/LockRecord.h"
 #include "host/files/PathUtils.h"
 
 namespace fuzz {

@@ -4,7 +4,7 @@
 #include <QRegularExpression>
 #include <memory>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 
 namespace desk {
 namespace {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "desk/core/MainThread.h"
-#include "desk/core/Services.h"
-#include "desk/dialogs/Dialogs.h"
-#include "desk/project/CopyQueue.h"
+#include "desk/core/edges/Dialogs.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/project/production/CopyQueue.h"
 #include "host/core/Localizer.h"
 #include "host/framework/Identifiers.h"
 #include "host/framework/TabView.h"

@@ -6,9 +6,9 @@
 #include <system_error>
 #include <thread>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
-#include "desk/files/FileSystem.h"
+#include "desk/core/edges/FileSystem.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"

@@ -7,17 +7,17 @@
 #include <chrono>
 #include <utility>
 
-#include "desk/core/Desktop.h"
-#include "desk/core/FileURI.h"
-#include "desk/core/JsonFile.h"
-#include "desk/core/Log.h"
-#include "desk/core/MainThread.h"
-#include "desk/core/Profile.h"
-#include "desk/core/QtStrings.h"
-#include "desk/core/Services.h"
-#include "desk/core/UserNotice.h"
-#include "desk/files/FileSystem.h"
-#include "desk/project/RecordOwner.h"
+#include "desk/core/edges/Desktop.h"
+#include "desk/core/edges/FileSystem.h"
+#include "desk/core/edges/FileURI.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/log/UserNotice.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/names/RecordOwner.h"
+#include "desk/core/settings/JsonFile.h"
+#include "desk/core/settings/Profile.h"
 #include "host/files/FileException.h"
 
 namespace desk {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "desk/core/OrderedTasks.h"
-#include "desk/project/LockRecord.h"
+#include "desk/core/names/LockRecord.h"
+#include "desk/core/work/OrderedTasks.h"
 
 namespace desk {
 

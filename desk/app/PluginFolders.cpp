@@ -5,8 +5,8 @@
 #include <sstream>
 
 #include "desk/app/FolderCheck.h"
-#include "desk/core/Profile.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/settings/Profile.h"
 
 namespace desk {
 

@@ -9,8 +9,8 @@
 #include "desk/app/FolderCheck.h"
 #include "desk/app/PluginFolders.h"
 #include "desk/app/Session.h"
-#include "desk/core/QtStrings.h"
-#include "desk/files/PosixFileSystem.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/files/disk/PosixFileSystem.h"
 #include "desk/framework/PluginLoader.h"
 
 namespace desk {

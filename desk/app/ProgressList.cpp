@@ -10,8 +10,8 @@
 #include <array>
 
 #include "desk/app/ProgressRow.h"
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 
 namespace desk {
 namespace {

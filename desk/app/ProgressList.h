@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "desk/project/CopyQueue.h"
+#include "desk/project/production/CopyQueue.h"
 #include "host/core/Messaging.h"
 
 class QLabel;

@@ -6,8 +6,8 @@
 
 #include "desk/app/ElidedLabel.h"
 #include "desk/app/ProgressTexts.h"
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 
 namespace desk {
 namespace {

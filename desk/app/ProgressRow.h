@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-#include "desk/project/CopyQueue.h"
+#include "desk/project/production/CopyQueue.h"
 
 class QLabel;
 class QProgressBar;

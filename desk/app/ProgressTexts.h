@@ -3,7 +3,7 @@
 #include <QString>
 #include <chrono>
 
-#include "desk/project/CopyQueue.h"
+#include "desk/project/production/CopyQueue.h"
 
 namespace desk {
 

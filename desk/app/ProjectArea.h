@@ -2,8 +2,8 @@
 
 #include <QStackedWidget>
 
-#include "desk/core/MainThread.h"
-#include "desk/project/ProjectDocument.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/project/document/ProjectDocument.h"
 #include "host/core/Messaging.h"
 #include "host/framework/CommandHandler.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desk/project/ProjectDocument.h"
+#include "desk/project/document/ProjectDocument.h"
 
 namespace desk {
 

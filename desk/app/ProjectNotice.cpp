@@ -5,7 +5,7 @@
 #include <QPainter>
 #include <QPushButton>
 
-#include "desk/core/Localized.h"
+#include "desk/core/language/Localized.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/toolkit/Theme.h"
 

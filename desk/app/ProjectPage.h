@@ -4,8 +4,8 @@
 #include <QStackedWidget>
 #include <memory>
 
-#include "desk/project/BreakLock.h"
-#include "desk/project/ProjectDocument.h"
+#include "desk/project/document/ProjectDocument.h"
+#include "desk/project/lock/BreakLock.h"
 
 class QLabel;
 

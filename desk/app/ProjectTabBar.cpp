@@ -6,7 +6,7 @@
 #include <QStylePainter>
 #include <algorithm>
 
-#include "desk/core/Localized.h"
+#include "desk/core/language/Localized.h"
 #include "desk/toolkit/Theme.h"
 
 namespace desk {

@@ -3,8 +3,8 @@
 #include <QDateTime>
 #include <QLocale>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
 #include "host/files/File.h"
 #include "host/files/PathUtils.h"

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "desk/project/ProjectDocument.h"
+#include "desk/project/document/ProjectDocument.h"
 
 namespace desk {
 

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <exception>
 
-#include "desk/core/FileURI.h"
-#include "desk/core/JsonFile.h"
-#include "desk/core/Log.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/edges/FileURI.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/settings/JsonFile.h"
 
 namespace desk {
 namespace {

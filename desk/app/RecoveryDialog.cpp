@@ -9,7 +9,7 @@
 #include <algorithm>
 
 #include "desk/app/RecoveryRow.h"
-#include "desk/core/Localized.h"
+#include "desk/core/language/Localized.h"
 
 namespace desk {
 namespace {

@@ -3,7 +3,7 @@
 #include <QDialog>
 #include <vector>
 
-#include "desk/project/KeptText.h"
+#include "desk/project/document/KeptText.h"
 
 class QPushButton;
 class QVBoxLayout;

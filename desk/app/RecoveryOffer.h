@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "desk/files/ReadingLane.h"
+#include "desk/files/live/ReadingLane.h"
 #include "desk/framework/CommandRouter.h"
-#include "desk/project/TextKeeper.h"
+#include "desk/project/document/TextKeeper.h"
 
 class QWidget;
 

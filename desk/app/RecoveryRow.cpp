@@ -9,8 +9,8 @@
 #include "desk/app/ElidedLabel.h"
 #include "desk/app/ProjectTexts.h"
 #include "desk/app/RecoveryTexts.h"
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
 
 namespace desk {

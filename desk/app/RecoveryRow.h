@@ -3,8 +3,8 @@
 #include <QWidget>
 #include <optional>
 
-#include "desk/project/FileSinceKept.h"
-#include "desk/project/KeptText.h"
+#include "desk/project/document/FileSinceKept.h"
+#include "desk/project/document/KeptText.h"
 
 class QPushButton;
 

@@ -4,9 +4,9 @@
 #include <QLocale>
 #include <system_error>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
-#include "desk/files/FolderPath.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/FolderPath.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
 #include "host/files/File.h"
 

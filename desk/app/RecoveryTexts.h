@@ -3,8 +3,8 @@
 #include <QString>
 #include <optional>
 
-#include "desk/project/FileSinceKept.h"
-#include "desk/project/KeptText.h"
+#include "desk/project/document/FileSinceKept.h"
+#include "desk/project/document/KeptText.h"
 
 namespace desk {
 

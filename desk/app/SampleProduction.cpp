@@ -12,9 +12,9 @@
 #include <filesystem>
 #include <string_view>
 
-#include "desk/core/Profile.h"
-#include "desk/files/VolumeMove.h"
-#include "desk/project/LockRecord.h"
+#include "desk/core/durable/VolumeMove.h"
+#include "desk/core/names/LockRecord.h"
+#include "desk/core/settings/Profile.h"
 #include "host/files/FileException.h"
 #include "host/project/ProjectFiles.h"
 

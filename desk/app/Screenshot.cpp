@@ -4,12 +4,12 @@
 #include <QPixmap>
 #include <QWidget>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/files/FolderStore.h"
-#include "desk/files/NewFile.h"
-#include "desk/files/ReplaceFile.h"
-#include "desk/project/Production.h"
+#include "desk/core/durable/NewFile.h"
+#include "desk/core/durable/ReplaceFile.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkerPool.h"
+#include "desk/files/live/FolderStore.h"
+#include "desk/project/production/Production.h"
 
 namespace desk {
 namespace {

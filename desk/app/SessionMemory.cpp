@@ -1,10 +1,10 @@
 #include "desk/app/SessionMemory.h"
 
 #include "desk/app/MainWindow.h"
-#include "desk/core/Profile.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/project/ProfileLeftovers.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/settings/Profile.h"
+#include "desk/core/work/WorkerPool.h"
+#include "desk/project/document/ProfileLeftovers.h"
 #include "host/files/PathUtils.h"
 
 namespace desk {

@@ -5,7 +5,7 @@
 #include "desk/app/LastSession.h"
 #include "desk/app/RecoveryOffer.h"
 #include "desk/app/SessionCommands.h"
-#include "desk/project/TextKeeper.h"
+#include "desk/project/document/TextKeeper.h"
 
 namespace desk {
 

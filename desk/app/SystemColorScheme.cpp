@@ -9,9 +9,9 @@
 #include <memory>
 #include <optional>
 
-#include "desk/core/MainThread.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkerPool.h"
 
 namespace desk {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "desk/core/QtStrings.h"
-#include "desk/core/Services.h"
-#include "desk/dialogs/Dialogs.h"
+#include "desk/core/edges/Dialogs.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/names/QtStrings.h"
 #include "host/core/Localizer.h"
 #include "host/dialogs/MessageBox.h"
 #include "host/files/PathUtils.h"

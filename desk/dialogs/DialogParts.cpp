@@ -9,7 +9,7 @@
 #include <QWidget>
 #include <string>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
 
 namespace desk {

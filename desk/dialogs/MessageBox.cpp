@@ -1,7 +1,7 @@
 #include "host/dialogs/MessageBox.h"
 
-#include "desk/core/Services.h"
-#include "desk/dialogs/Dialogs.h"
+#include "desk/core/edges/Dialogs.h"
+#include "desk/core/edges/Services.h"
 
 namespace host {
 

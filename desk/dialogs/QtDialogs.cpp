@@ -3,8 +3,8 @@
 #include <QFileDialog>
 #include <QMessageBox>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/StartFolder.h"
 #include "desk/toolkit/Theme.h"

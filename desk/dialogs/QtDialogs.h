@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desk/dialogs/Dialogs.h"
+#include "desk/core/edges/Dialogs.h"
 
 namespace desk {
 

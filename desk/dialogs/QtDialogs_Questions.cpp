@@ -7,8 +7,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/QtDialogs.h"
 #include "desk/dialogs/StartFolder.h"

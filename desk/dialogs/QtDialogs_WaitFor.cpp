@@ -6,9 +6,9 @@
 #include <QTimer>
 #include <chrono>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
-#include "desk/core/WorkProgress.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/work/WorkProgress.h"
 #include "desk/dialogs/DialogParts.h"
 #include "desk/dialogs/QtDialogs.h"
 #include "desk/toolkit/Theme.h"

@@ -5,12 +5,12 @@
 #include <memory>
 #include <string>
 
-#include "desk/core/Log.h"
-#include "desk/core/QtStrings.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/files/FileSystem.h"
-#include "desk/files/FolderPath.h"
+#include "desk/core/edges/FileSystem.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/FolderPath.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/work/WorkerPool.h"
 #include "host/files/FileException.h"
 
 namespace desk {

@@ -1,7 +1,7 @@
 #include "host/framework/CommandHandler.h"
 
-#include "desk/core/MainThread.h"
-#include "desk/core/Services.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
 #include "desk/framework/CommandRouter.h"
 
 namespace host {

@@ -1,6 +1,6 @@
 #include "desk/framework/CommandRouter.h"
 
-#include "desk/dialogs/LongWork.h"
+#include "desk/core/work/LongWork.h"
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/PanelNavigation.h"

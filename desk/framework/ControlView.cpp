@@ -1,6 +1,6 @@
 #include "host/framework/ControlView.h"
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/ControlViewImpl.h"
 #include "desk/toolkit/ControlImpl.h"
 

@@ -5,8 +5,8 @@
 #include <QMainWindow>
 #include <algorithm>
 
-#include "desk/core/Log.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/PanelNavigation.h"
 #include "desk/framework/PanelRegistry.h"

@@ -8,8 +8,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspaceTitleBar.h"
 #include "desk/framework/MenuResources.h"

@@ -7,7 +7,7 @@
 #include <QTimer>
 #include <algorithm>
 
-#include "desk/core/Localized.h"
+#include "desk/core/language/Localized.h"
 #include "desk/framework/DockWorkspaceFrame.h"
 #include "desk/toolkit/Theme.h"
 

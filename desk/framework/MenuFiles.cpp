@@ -3,7 +3,7 @@
 #include <QJsonArray>
 #include <stdexcept>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 
 namespace desk {
 namespace {

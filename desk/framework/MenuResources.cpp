@@ -8,10 +8,10 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "desk/core/JsonFile.h"
-#include "desk/core/Localized.h"
-#include "desk/core/Log.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/settings/JsonFile.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/Shortcuts.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "desk/core/Log.h"
+#include "desk/core/log/Log.h"
 #include "desk/framework/Registrations.h"
 #include "desk/framework/TabViewImpl.h"
 #include "desk/framework/TabViews.h"

@@ -2,7 +2,7 @@
 #include <QStylePainter>
 #include <QToolButton>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/ControlViewImpl.h"
 #include "desk/framework/TabViewImpl.h"

@@ -7,7 +7,7 @@
 #include <set>
 #include <stdexcept>
 
-#include "desk/core/Log.h"
+#include "desk/core/log/Log.h"
 #include "desk/framework/Registrations.h"
 
 namespace desk {

@@ -5,8 +5,8 @@
 #include <QLineEdit>
 #include <QPainter>
 
-#include "desk/core/Localized.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/Localized.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/ControlViewImpl.h"
 #include "desk/toolkit/PictureImpl.h"
 #include "desk/toolkit/Theme.h"

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <optional>
 
-#include "desk/core/Log.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/QtStrings.h"
 
 namespace desk {
 namespace {

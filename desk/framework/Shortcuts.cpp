@@ -5,9 +5,9 @@
 #include <QShortcut>
 #include <algorithm>
 
-#include "desk/core/JsonFile.h"
-#include "desk/core/Log.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/settings/JsonFile.h"
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/HeldKey.h"

@@ -1,8 +1,8 @@
 #include "host/framework/SystemReveal.h"
 
-#include "desk/core/Desktop.h"
-#include "desk/core/Services.h"
-#include "desk/core/UserNotice.h"
+#include "desk/core/edges/Desktop.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/log/UserNotice.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 

@@ -3,7 +3,7 @@
 #include <QAbstractItemView>
 #include <utility>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/PanelRegistry.h"
 #include "desk/framework/TabViews.h"

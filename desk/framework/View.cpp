@@ -2,7 +2,7 @@
 
 #include <QPainter>
 
-#include "desk/core/Log.h"
+#include "desk/core/log/Log.h"
 #include "desk/framework/DCImpl.h"
 #include "desk/framework/ViewImpl.h"
 #include "desk/toolkit/WidgetContainer.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desk/files/FolderStore.h"
+#include "desk/files/live/FolderStore.h"
 #include "host/mediabrowser/MediaBrowserContentManager.h"
 
 /// Passes requests on to the folder store. `owner` is the view that asks.

@@ -6,9 +6,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "desk/files/FolderReadAhead.h"
-#include "desk/files/FolderStore.h"
-#include "desk/files/NameIndex.h"
+#include "desk/files/live/FolderReadAhead.h"
+#include "desk/files/live/FolderStore.h"
+#include "desk/files/live/NameIndex.h"
 #include "desk/mediabrowser/RowName.h"
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
 

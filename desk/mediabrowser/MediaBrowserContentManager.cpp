@@ -3,8 +3,8 @@
 #include <cstring>
 #include <utility>
 
-#include "desk/core/Log.h"
-#include "desk/core/Services.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/log/Log.h"
 #include "desk/mediabrowser/ContentManagerImpl.h"
 
 namespace host {

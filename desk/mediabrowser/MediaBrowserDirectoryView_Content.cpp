@@ -3,11 +3,11 @@
 #include <system_error>
 #include <utility>
 
-#include "desk/core/MainThread.h"
-#include "desk/core/Services.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/names/NaturalOrder.h"
 #include "desk/mediabrowser/ContentManagerImpl.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
-#include "desk/project/NaturalOrder.h"
 #include "desk/toolkit/HeaderRowImpl.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"

@@ -3,9 +3,9 @@
 #include <climits>
 #include <utility>
 
-#include "desk/core/MainThread.h"
-#include "desk/core/Services.h"
-#include "desk/files/FolderPath.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/names/FolderPath.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
 #include "host/files/PathUtils.h"
 

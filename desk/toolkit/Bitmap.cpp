@@ -6,7 +6,7 @@
 #include <map>
 #include <memory>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/PictureImpl.h"
 #include "desk/toolkit/Theme.h"
 #include "host/toolkit/UI_StaticImage.h"

@@ -2,7 +2,7 @@
 
 #include <QPainter>
 
-#include "desk/core/Services.h"
+#include "desk/core/edges/Services.h"
 #include "desk/toolkit/Theme.h"
 
 namespace desk {

@@ -2,7 +2,7 @@
 
 #include <QAbstractScrollArea>
 
-#include "desk/core/MainThread.h"
+#include "desk/core/edges/MainThread.h"
 
 namespace desk {
 

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "desk/core/Log.h"
+#include "desk/core/log/Log.h"
 
 namespace desk {
 

@@ -14,7 +14,7 @@
 #include <cmath>
 #include <string>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/ControlImpl.h"
 #include "desk/toolkit/ShapedText.h"
 #include "desk/toolkit/ThemeStyleSheet.h"

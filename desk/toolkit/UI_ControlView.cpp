@@ -3,8 +3,8 @@
 #include <QTextDocument>
 #include <exception>
 
-#include "desk/core/Log.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/ControlImpl.h"
 #include "desk/toolkit/Theme.h"
 

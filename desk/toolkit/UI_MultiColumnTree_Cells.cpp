@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "desk/core/MainThread.h"
-#include "desk/core/Services.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
 #include "desk/toolkit/BusySpinner.h"
 #include "desk/toolkit/Callback.h"
 #include "desk/toolkit/DrawbotImpl.h"

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <unordered_set>
 
-#include "desk/core/MainThread.h"
-#include "desk/core/Services.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
 #include "desk/toolkit/Callback.h"
 #include "desk/toolkit/TreeImpl.h"
 #include "desk/toolkit/TreeView.h"

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/NodeImpl.h"
 #include "host/core/Logging.h"
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "desk/project/CopyQueue.h"
-#include "desk/project/ProjectDocuments.h"
+#include "desk/project/document/ProjectDocuments.h"
+#include "desk/project/production/CopyQueue.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/panel/PanelFixture.h"
 #include "tests/support/DiskTree.h"

@@ -1,6 +1,6 @@
 #include <QTest>
 
-#include "desk/core/UsageLogFile.h"
+#include "desk/core/log/UsageLogFile.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {

@@ -1,6 +1,6 @@
 #include <QTest>
 
-#include "desk/files/DirectoryMonitor.h"
+#include "desk/files/live/DirectoryMonitor.h"
 #include "desk/toolkit/TreeImpl.h"
 #include "tests/panel/PanelFixture.h"
 

@@ -1,7 +1,7 @@
 #include <QHeaderView>
 #include <QSlider>
 
-#include "desk/core/Directories.h"
+#include "desk/core/settings/Directories.h"
 #include "host/core/DirectoryRegistry.h"
 #include "tests/panel/PanelFixture.h"
 

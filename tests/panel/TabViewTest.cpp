@@ -4,8 +4,8 @@
 #include <QSlider>
 #include <QTest>
 
-#include "desk/core/DebugDatabaseFile.h"
-#include "desk/core/UsageLogFile.h"
+#include "desk/core/log/UsageLogFile.h"
+#include "desk/core/settings/DebugDatabaseFile.h"
 #include "tests/panel/PanelFixture.h"
 
 namespace HandlerSharedProjects {

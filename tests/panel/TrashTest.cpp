@@ -1,6 +1,6 @@
-#include "desk/core/UsageLogFile.h"
-#include "desk/core/WorkProgress.h"
-#include "desk/project/TrashMoves.h"
+#include "desk/core/log/UsageLogFile.h"
+#include "desk/core/work/WorkProgress.h"
+#include "desk/project/production/TrashMoves.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {

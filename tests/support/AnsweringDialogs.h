@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "desk/core/Services.h"
-#include "desk/dialogs/Dialogs.h"
+#include "desk/core/edges/Dialogs.h"
+#include "desk/core/edges/Services.h"
 #include "host/core/Strings.h"
 
 /// Answers every question with its default button and asks nobody; keeps what it was told. It is the process's

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-#include "desk/files/ChangeSource.h"
+#include "desk/files/live/ChangeSource.h"
 
 /// A source of changes that the test speaks for.
 class FakeChangeSource : public desk::ChangeSource {

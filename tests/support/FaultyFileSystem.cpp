@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "desk/core/Services.h"
-#include "desk/files/PosixErrors.h"
+#include "desk/core/durable/PosixErrors.h"
+#include "desk/core/edges/Services.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <thread>
 #include <type_traits>
 
-#include "desk/files/CacheWaits.h"
-#include "desk/files/PosixFileSystem.h"
+#include "desk/core/durable/CacheWaits.h"
+#include "desk/files/disk/PosixFileSystem.h"
 
 /// The real file system with switches for faults. It is the process's file system (`desk::GetServices`) while
 /// it exists. Any thread.

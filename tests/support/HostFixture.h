@@ -6,8 +6,8 @@
 #include <set>
 #include <string>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkerPool.h"
 #include "host/files/FileException.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/LogExpectation.h"

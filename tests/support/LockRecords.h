@@ -1,8 +1,8 @@
 #pragma once
 
-#include "desk/core/Desktop.h"
-#include "desk/project/LockProtocol.h"
-#include "desk/project/LockRecord.h"
+#include "desk/core/edges/Desktop.h"
+#include "desk/core/names/LockRecord.h"
+#include "desk/project/lock/LockProtocol.h"
 
 /// The record of a lock that somebody at another machine has just taken.
 inline desk::LockRecord MakeForeignRecord(const desk::Desktop& desktop,

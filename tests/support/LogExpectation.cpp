@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "desk/core/Log.h"
+#include "desk/core/log/Log.h"
 
 /// Sorts the log's lines into expected ones and failures.
 class LogWatch {

@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkerPool.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <mutex>
 #include <thread>
 
-#include "desk/core/MainThread.h"
+#include "desk/core/edges/MainThread.h"
 
 /// A main thread whose time the test moves. It is the process's main thread (`desk::GetServices`) while it
 /// exists; the thread that made it is the UI thread.

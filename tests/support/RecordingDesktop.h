@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "desk/core/Desktop.h"
-#include "desk/core/Services.h"
+#include "desk/core/edges/Desktop.h"
+#include "desk/core/edges/Services.h"
 
 /// A desktop whose user, machine and clock the test sets. It is the process's `desk::Desktop` while it exists.
 /// Set before workers run.

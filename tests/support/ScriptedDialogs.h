@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "desk/core/Services.h"
-#include "desk/dialogs/Dialogs.h"
+#include "desk/core/edges/Dialogs.h"
+#include "desk/core/edges/Services.h"
 
 /// Answers the program's questions from a script. A question that the script does not expect next fails the
 /// test, and so does an expectation that is not met by the end. It is the process's `desk::Dialogs` while it

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "desk/core/Log.h"
+#include "desk/core/log/Log.h"
 #include "tests/support/LogExpectation.h"
 
 namespace {

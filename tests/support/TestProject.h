@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desk/project/OpenProjectList.h"
+#include "desk/project/document/OpenProjectList.h"
 
 /// A project that a test has opened; no file needs to be there. UI thread.
 class TestProject final : public desk::OpenProject {

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "desk/files/PosixErrors.h"
+#include "desk/core/durable/PosixErrors.h"
 #include "tests/support/FaultyFileSystem.h"
 
 /// A disk that replaces a file by a removal and a rename, of which the next `mFailures` renames fail.

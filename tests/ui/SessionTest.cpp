@@ -2,9 +2,9 @@
 #include <QJsonObject>
 
 #include "desk/app/ProgramCommands.h"
-#include "desk/core/SystemDesktop.h"
-#include "desk/project/LockProtocol.h"
-#include "desk/project/TemporaryNames.h"
+#include "desk/core/edges/SystemDesktop.h"
+#include "desk/core/names/TemporaryNames.h"
+#include "desk/project/lock/LockProtocol.h"
 #include "tests/ui/DrivenProgram.h"
 
 namespace {

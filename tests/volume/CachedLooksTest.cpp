@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "desk/core/Services.h"
-#include "desk/core/WorkProgress.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/files/ItemCopier.h"
-#include "desk/files/PosixFileSystem.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkProgress.h"
+#include "desk/core/work/WorkerPool.h"
+#include "desk/files/copy/ItemCopier.h"
+#include "desk/files/disk/PosixFileSystem.h"
 #include "tests/support/TreeSnapshot.h"
 #include "tests/volume/FaultyMount.h"
 #include "tests/volume/TestProduction.h"

@@ -9,8 +9,8 @@
 #include <fstream>
 #include <set>
 
-#include "desk/files/FileSystem.h"
-#include "desk/project/LockProtocol.h"
+#include "desk/core/edges/FileSystem.h"
+#include "desk/project/lock/LockProtocol.h"
 #include "tests/support/RecordingDesktop.h"
 #include "tests/volume/Processes.h"
 

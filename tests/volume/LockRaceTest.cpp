@@ -3,9 +3,9 @@
 
 #include <atomic>
 
-#include "desk/files/PosixErrors.h"
-#include "desk/files/PosixFileSystem.h"
-#include "desk/project/LockProtocol.h"
+#include "desk/core/durable/PosixErrors.h"
+#include "desk/files/disk/PosixFileSystem.h"
+#include "desk/project/lock/LockProtocol.h"
 #include "tests/support/DiskTree.h"
 #include "tests/support/RecordingDesktop.h"
 #include "tests/volume/LockCompetition.h"

@@ -6,7 +6,7 @@
 #include <iostream>
 #include <random>
 
-#include "desk/core/Log.h"
+#include "desk/core/log/Log.h"
 #include "tests/support/LogExpectation.h"
 #include "tests/volume/FaultyMount.h"
 #include "tests/volume/Processes.h"

@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <random>
 
-#include "desk/core/SystemDesktop.h"
-#include "desk/files/PosixFileSystem.h"
-#include "desk/project/Leftovers.h"
-#include "desk/project/LockProtocol.h"
-#include "desk/project/LockRecord.h"
-#include "desk/project/TrashRecords.h"
+#include "desk/core/edges/SystemDesktop.h"
+#include "desk/core/names/LockRecord.h"
+#include "desk/files/disk/PosixFileSystem.h"
+#include "desk/project/lock/Leftovers.h"
+#include "desk/project/lock/LockProtocol.h"
+#include "desk/project/production/TrashRecords.h"
 #include "host/core/Strings.h"
 #include "tests/volume/TestProduction.h"
 #include "tests/volume/WorkerServer.h"

@@ -8,7 +8,8 @@
 #include <iterator>
 #include <sstream>
 
-#include "desk/project/TrashRecords.h"
+#include "desk/core/names/HostNames.h"
+#include "desk/project/production/TrashRecords.h"
 
 namespace testproduction {
 

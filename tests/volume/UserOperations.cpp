@@ -7,10 +7,10 @@
 #include <regex>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
-#include "desk/core/Log.h"
-#include "desk/project/HollowLocks.h"
-#include "desk/project/Leftovers.h"
-#include "desk/project/TrashRecords.h"
+#include "desk/core/log/Log.h"
+#include "desk/project/lock/HollowLocks.h"
+#include "desk/project/lock/Leftovers.h"
+#include "desk/project/production/TrashRecords.h"
 #include "host/files/Dir.h"
 #include "host/files/File.h"
 #include "host/files/FileException.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "desk/app/CommandLine.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 
 namespace desk {
 namespace {

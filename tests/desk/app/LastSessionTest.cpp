@@ -10,11 +10,11 @@
 #include "desk/app/ProjectArea.h"
 #include "desk/app/SessionCommands.h"
 #include "desk/app/StatusLine.h"
-#include "desk/core/JsonFile.h"
+#include "desk/core/names/ProcessFacts.h"
+#include "desk/core/names/RecordOwner.h"
+#include "desk/core/settings/JsonFile.h"
 #include "desk/framework/CommandRouter.h"
-#include "desk/project/ProcessFacts.h"
-#include "desk/project/Production.h"
-#include "desk/project/RecordOwner.h"
+#include "desk/project/production/Production.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {

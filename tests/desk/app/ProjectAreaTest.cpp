@@ -8,7 +8,7 @@
 #include "desk/app/ProjectCommands.h"
 #include "desk/app/ProjectNotice.h"
 #include "desk/app/ProjectTabBar.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"

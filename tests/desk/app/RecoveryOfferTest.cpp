@@ -7,8 +7,8 @@
 #include "desk/app/ProjectArea.h"
 #include "desk/app/RecoveryDialog.h"
 #include "desk/app/RecoveryOffer.h"
+#include "desk/core/names/TemporaryNames.h"
 #include "desk/framework/CommandRouter.h"
-#include "desk/project/TemporaryNames.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {

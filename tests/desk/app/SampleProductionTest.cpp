@@ -1,5 +1,5 @@
 #include "desk/app/SampleProduction.h"
-#include "desk/project/LockRecord.h"
+#include "desk/core/names/LockRecord.h"
 #include "tests/support/HostFixture.h"
 
 namespace desk {

@@ -3,9 +3,9 @@
 #include <QTest>
 
 #include "desk/app/SystemColorScheme.h"
-#include "desk/core/QtMainThread.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
+#include "desk/core/edges/QtMainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkerPool.h"
 #include "tests/support/DesktopPortal.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <sstream>
 
-#include "desk/core/DateLanguage.h"
+#include "desk/core/language/DateLanguage.h"
 #include "host/core/Locale.h"
 #include "tests/support/TemporaryFolder.h"
 

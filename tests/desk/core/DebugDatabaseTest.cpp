@@ -1,7 +1,7 @@
 #include <sys/stat.h>
 
-#include "desk/core/DebugDatabaseFile.h"
-#include "desk/core/JsonFile.h"
+#include "desk/core/settings/DebugDatabaseFile.h"
+#include "desk/core/settings/JsonFile.h"
 #include "host/core/DebugDatabase.h"
 #include "host/core/Trace.h"
 #include "tests/support/HostFixture.h"

@@ -5,10 +5,10 @@
 #include <QDBusVirtualObject>
 #include <QTest>
 
-#include "desk/core/FileBrowser.h"
-#include "desk/core/QtMainThread.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
+#include "desk/core/edges/FileBrowser.h"
+#include "desk/core/edges/QtMainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkerPool.h"
 #include "tests/support/LogExpectation.h"
 #include "tests/support/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"

@@ -11,9 +11,9 @@
 #include <map>
 #include <set>
 
-#include "desk/core/JsonFile.h"
-#include "desk/core/LanguageTable.h"
-#include "desk/core/QtStrings.h"
+#include "desk/core/language/LanguageTable.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/settings/JsonFile.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "desk/core/LanguageTable.h"
+#include "desk/core/language/LanguageTable.h"
 #include "host/core/Localizer.h"
 #include "tests/support/HostFixture.h"
 

@@ -3,10 +3,10 @@
 #include <cstdlib>
 #include <optional>
 
-#include "desk/core/JsonFile.h"
-#include "desk/core/Log.h"
-#include "desk/core/Profile.h"
-#include "desk/core/UsageLogFile.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/log/UsageLogFile.h"
+#include "desk/core/settings/JsonFile.h"
+#include "desk/core/settings/Profile.h"
 #include "host/core/UsageLogger.h"
 #include "tests/support/HostFixture.h"
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "host/core/Strings.h"
 
 using host::UTF16String;

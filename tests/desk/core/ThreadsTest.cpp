@@ -8,9 +8,9 @@
 #include <stdexcept>
 #include <vector>
 
-#include "desk/core/QtMainThread.h"
-#include "desk/core/Services.h"
-#include "desk/core/WorkerPool.h"
+#include "desk/core/edges/QtMainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/work/WorkerPool.h"
 #include "host/core/MainThread.h"
 #include "tests/support/LogExpectation.h"
 #include "tests/support/ManualMainThread.h"

@@ -7,9 +7,9 @@
 #include <QTimer>
 #include <QWindow>
 
-#include "desk/core/LanguageTable.h"
-#include "desk/core/QtStrings.h"
-#include "desk/core/WorkProgress.h"
+#include "desk/core/language/LanguageTable.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/core/work/WorkProgress.h"
 #include "desk/dialogs/QtDialogs.h"
 
 namespace desk {

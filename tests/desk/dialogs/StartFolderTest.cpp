@@ -1,6 +1,6 @@
 #include <QDir>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/dialogs/StartFolder.h"
 #include "tests/support/HostFixture.h"
 

@@ -1,9 +1,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "desk/files/FileMoves.h"
-#include "desk/project/Leftovers.h"
-#include "desk/project/LockKeeper.h"
+#include "desk/files/copy/FileMoves.h"
+#include "desk/project/lock/Leftovers.h"
+#include "desk/project/lock/LockKeeper.h"
 #include "host/files/File.h"
 #include "host/files/FileSearch.h"
 #include "host/files/FileUtils.h"

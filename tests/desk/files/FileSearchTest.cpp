@@ -2,8 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "desk/files/FolderFollower.h"
-#include "desk/files/FolderWalk.h"
+#include "desk/files/search/FolderFollower.h"
+#include "desk/files/search/FolderWalk.h"
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
 #include "tests/desk/files/FollowedFolder.h"

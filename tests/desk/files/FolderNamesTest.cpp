@@ -4,7 +4,7 @@
 #include <random>
 #include <set>
 
-#include "desk/files/FolderNames.h"
+#include "desk/files/live/FolderNames.h"
 #include "host/files/FileSearch.h"
 
 using desk::FoldedText;

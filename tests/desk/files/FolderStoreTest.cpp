@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <csignal>
 
-#include "desk/project/ProcessFacts.h"
+#include "desk/core/names/ProcessFacts.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProjectFiles.h"
 #include "host/project/ProjectLockFile.h"

@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "desk/project/Leftovers.h"
-#include "desk/files/ChangeCollector.h"
-#include "desk/files/DirectoryMonitor.h"
-#include "desk/files/FolderStore.h"
-#include "desk/files/WatchStatus.h"
+#include "desk/files/live/ChangeCollector.h"
+#include "desk/files/live/DirectoryMonitor.h"
+#include "desk/files/live/FolderStore.h"
+#include "desk/files/live/WatchStatus.h"
+#include "desk/project/lock/Leftovers.h"
 #include "host/core/Messaging.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "tests/support/FakeChangeSource.h"

@@ -5,10 +5,10 @@
 #include <functional>
 #include <future>
 
-#include "desk/core/WorkProgress.h"
-#include "desk/files/HostNames.h"
-#include "desk/files/ItemCopier.h"
-#include "desk/project/Leftovers.h"
+#include "desk/core/names/HostNames.h"
+#include "desk/core/work/WorkProgress.h"
+#include "desk/files/copy/ItemCopier.h"
+#include "desk/project/lock/Leftovers.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
 #include "tests/support/TreeSnapshot.h"

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "desk/files/FileSystem.h"
-#include "desk/files/PosixErrors.h"
-#include "desk/files/PosixFileSystem.h"
-#include "desk/files/Presence.h"
+#include "desk/core/durable/PosixErrors.h"
+#include "desk/core/durable/Presence.h"
+#include "desk/core/edges/FileSystem.h"
+#include "desk/files/disk/PosixFileSystem.h"
 
 using desk::Presence;
 

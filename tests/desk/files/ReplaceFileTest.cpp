@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "desk/files/NewFile.h"
-#include "desk/files/ReplaceFile.h"
+#include "desk/core/durable/NewFile.h"
+#include "desk/core/durable/ReplaceFile.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/TwoStepDisk.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "desk/files/VolumeProperties.h"
+#include "desk/core/durable/VolumeProperties.h"
 
 namespace {
 

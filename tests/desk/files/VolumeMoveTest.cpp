@@ -1,7 +1,7 @@
 #include <functional>
 
-#include "desk/files/PosixErrors.h"
-#include "desk/files/VolumeMove.h"
+#include "desk/core/durable/PosixErrors.h"
+#include "desk/core/durable/VolumeMove.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/TreeSnapshot.h"
 

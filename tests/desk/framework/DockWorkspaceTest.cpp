@@ -7,7 +7,7 @@
 #include <QScreen>
 #include <QTest>
 
-#include "desk/core/QtStrings.h"
+#include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspace.h"

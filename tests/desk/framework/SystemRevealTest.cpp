@@ -1,4 +1,4 @@
-#include "desk/core/UserNotice.h"
+#include "desk/core/log/UserNotice.h"
 #include "host/framework/SystemReveal.h"
 #include "tests/support/HostFixture.h"
 

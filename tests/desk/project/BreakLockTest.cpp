@@ -1,5 +1,5 @@
-#include "desk/project/BreakLock.h"
-#include "desk/project/Production.h"
+#include "desk/project/lock/BreakLock.h"
+#include "desk/project/production/Production.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace {

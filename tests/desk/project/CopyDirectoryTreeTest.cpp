@@ -2,7 +2,7 @@
 #include <functional>
 #include <future>
 
-#include "desk/project/TemporaryNames.h"
+#include "desk/core/names/TemporaryNames.h"
 #include "host/project/ProductionItems.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/TreeSnapshot.h"

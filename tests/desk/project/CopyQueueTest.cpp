@@ -1,5 +1,5 @@
-#include "desk/project/CopyQueue.h"
-#include "desk/project/Production.h"
+#include "desk/project/production/CopyQueue.h"
+#include "desk/project/production/Production.h"
 #include "host/project/ProductionItems.h"
 #include "tests/desk/files/FollowedFolder.h"
 

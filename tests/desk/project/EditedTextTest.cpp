@@ -4,8 +4,8 @@
 #include <QTextDocument>
 #include <random>
 
-#include "desk/core/QtStrings.h"
-#include "desk/project/EditedText.h"
+#include "desk/core/names/QtStrings.h"
+#include "desk/project/document/EditedText.h"
 
 namespace desk {
 namespace {

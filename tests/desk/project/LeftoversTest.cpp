@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-#include "desk/core/UserNotice.h"
-#include "desk/files/HostNames.h"
-#include "desk/project/Leftovers.h"
+#include "desk/core/log/UserNotice.h"
+#include "desk/core/names/HostNames.h"
+#include "desk/project/lock/Leftovers.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
 

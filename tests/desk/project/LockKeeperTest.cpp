@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <thread>
 
-#include "desk/files/ChangeSource.h"
-#include "desk/files/FolderStore.h"
-#include "desk/project/Leftovers.h"
-#include "desk/project/LockKeeper.h"
+#include "desk/files/live/ChangeSource.h"
+#include "desk/files/live/FolderStore.h"
+#include "desk/project/lock/Leftovers.h"
+#include "desk/project/lock/LockKeeper.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/support/HostFixture.h"

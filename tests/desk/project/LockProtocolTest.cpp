@@ -3,7 +3,8 @@
 
 #include <filesystem>
 
-#include "desk/project/Leftovers.h"
+#include "desk/core/names/HostNames.h"
+#include "desk/project/lock/Leftovers.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
 

@@ -2,8 +2,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "desk/project/LockRecord.h"
-#include "desk/project/ProcessFacts.h"
+#include "desk/core/names/LockRecord.h"
+#include "desk/core/names/ProcessFacts.h"
 #include "tests/support/RecordingDesktop.h"
 
 using desk::LockRecord;

@@ -1,5 +1,5 @@
-#include "desk/core/UserNotice.h"
-#include "desk/project/LockKeeper.h"
+#include "desk/core/log/UserNotice.h"
+#include "desk/project/lock/LockKeeper.h"
 #include "host/core/Messaging.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"

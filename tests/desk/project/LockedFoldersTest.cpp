@@ -1,4 +1,4 @@
-#include "desk/project/LockKeeper.h"
+#include "desk/project/lock/LockKeeper.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/desk/files/FollowedFolder.h"

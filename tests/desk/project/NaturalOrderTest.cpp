@@ -6,7 +6,7 @@
 #include <set>
 #include <vector>
 
-#include "desk/project/NaturalOrder.h"
+#include "desk/core/names/NaturalOrder.h"
 #include "host/core/Strings.h"
 #include "host/project/ProjectFiles.h"
 

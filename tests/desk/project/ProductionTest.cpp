@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "desk/project/Production.h"
+#include "desk/project/production/Production.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/SharedProjectsManager.h"

@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include "desk/core/WorkProgress.h"
-#include "desk/project/ProjectDocuments.h"
+#include "desk/core/work/WorkProgress.h"
+#include "desk/project/document/ProjectDocuments.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
 

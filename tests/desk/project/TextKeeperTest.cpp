@@ -1,9 +1,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "desk/project/FileSinceKept.h"
-#include "desk/project/ProcessFacts.h"
-#include "desk/project/TextKeeper.h"
+#include "desk/core/names/ProcessFacts.h"
+#include "desk/project/document/FileSinceKept.h"
+#include "desk/project/document/TextKeeper.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {

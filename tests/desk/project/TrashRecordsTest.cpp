@@ -1,11 +1,11 @@
 #include <QJsonObject>
 
-#include "desk/core/JsonFile.h"
-#include "desk/files/HostNames.h"
-#include "desk/project/BrokenLocksLog.h"
-#include "desk/project/Production.h"
-#include "desk/project/TrashMoves.h"
-#include "desk/project/TrashRecords.h"
+#include "desk/core/names/HostNames.h"
+#include "desk/core/settings/JsonFile.h"
+#include "desk/project/lock/BrokenLocksLog.h"
+#include "desk/project/production/Production.h"
+#include "desk/project/production/TrashMoves.h"
+#include "desk/project/production/TrashRecords.h"
 #include "host/files/File.h"
 #include "host/project/ProductionTrash.h"
 #include "tests/support/HostFixture.h"

@@ -1,4 +1,4 @@
-#include "desk/project/UniqueNames.h"
+#include "desk/core/names/UniqueNames.h"
 #include "host/project/ProductionItems.h"
 #include "tests/support/HostFixture.h"
 

@@ -3,7 +3,7 @@
 #include <iostream>
 #include <string>
 
-#include "desk/files/PosixFileSystem.h"
+#include "desk/files/disk/PosixFileSystem.h"
 #include "tests/volume/LockCompetition.h"
 
 namespace {

@@ -2,11 +2,11 @@
 
 #include <thread>
 
-#include "desk/core/Services.h"
-#include "desk/project/LockKeeper.h"
-#include "desk/project/Production.h"
-#include "desk/project/TrashMoves.h"
-#include "desk/project/Leftovers.h"
+#include "desk/core/edges/Services.h"
+#include "desk/project/lock/Leftovers.h"
+#include "desk/project/lock/LockKeeper.h"
+#include "desk/project/production/Production.h"
+#include "desk/project/production/TrashMoves.h"
 #include "host/core/Strings.h"
 #include "host/project/ProductionTrash.h"
 

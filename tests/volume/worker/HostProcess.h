@@ -4,14 +4,14 @@
 #include <memory>
 #include <string>
 
-#include "desk/core/QtMainThread.h"
-#include "desk/core/SystemDesktop.h"
-#include "desk/core/WorkerPool.h"
-#include "desk/files/ChangeSource.h"
-#include "desk/files/FolderStore.h"
-#include "desk/files/PosixFileSystem.h"
-#include "desk/project/CopyQueue.h"
-#include "desk/project/ProjectDocuments.h"
+#include "desk/core/edges/QtMainThread.h"
+#include "desk/core/edges/SystemDesktop.h"
+#include "desk/core/work/WorkerPool.h"
+#include "desk/files/disk/PosixFileSystem.h"
+#include "desk/files/live/ChangeSource.h"
+#include "desk/files/live/FolderStore.h"
+#include "desk/project/document/ProjectDocuments.h"
+#include "desk/project/production/CopyQueue.h"
 #include "tests/support/AnsweringDialogs.h"
 
 /// A process of the host, real but for its window, with a production open. One in a process.

@@ -3,8 +3,8 @@
 #include <thread>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
-#include "desk/project/ProjectDocument.h"
-#include "desk/project/ProjectDocuments.h"
+#include "desk/project/document/ProjectDocument.h"
+#include "desk/project/document/ProjectDocuments.h"
 #include "host/files/Dir.h"
 #include "host/files/File.h"
 #include "host/files/FileException.h"

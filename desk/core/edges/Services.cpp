@@ -1,0 +1,10 @@
+#include "desk/core/edges/Services.h"
+
+namespace desk {
+
+Services& GetServices() {
+    static Services services;
+    return services;
+}
+
+}  // namespace desk

@@ -1,0 +1,18 @@
+#include "desk/core/log/UserNotice.h"
+
+#include <utility>
+
+#include "desk/core/log/Log.h"
+
+namespace desk {
+
+UserNoticeMessage::UserNoticeMessage(host::UTF16String text) : mText(std::move(text)) {}
+
+UserNoticeMessage::~UserNoticeMessage() = default;
+
+void TellUser(const host::UTF16String& text) {
+    Log(LogLevel::Info, host::UTF16to8(text));
+    host::PostMessageToUIThread(kStation_UserNotices, std::make_shared<UserNoticeMessage>(text), false);
+}
+
+}  // namespace desk

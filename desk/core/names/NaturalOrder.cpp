@@ -1,0 +1,346 @@
+#include "desk/core/names/NaturalOrder.h"
+
+#include <QLocale>
+#include <QStringView>
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+
+namespace {
+
+constexpr char16_t kFirstPrintable = u' ';
+constexpr char16_t kLastPrintable = u'~';
+
+/// The collator takes runs of more digits for several numbers (ICU's limit).
+constexpr std::size_t kCollatorDigits = 254;
+
+/// A number's length is one byte of a sort key; file names are not longer.
+constexpr std::size_t kLongestSortKeyText = 255;
+
+bool IsAsciiDigit(char16_t unit) {
+    return unit >= u'0' && unit <= u'9';
+}
+
+QStringView ToView(std::u16string_view text) {
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+QCollator MakeCollator(const QLocale& locale, Qt::CaseSensitivity caseSensitivity) {
+    // For the C locale QCollator compares units, without numbers; English has the order of no language.
+    QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
+    collator.setNumericMode(true);
+    collator.setIgnorePunctuation(false);
+    collator.setCaseSensitivity(caseSensitivity);
+    return collator;
+}
+
+/// The run of digits from `at` on, without its leading zeros; `at` moves behind it.
+std::u16string_view TakeNumber(const char16_t*& at, const char16_t* end) {
+    while (at != end && *at == u'0') ++at;
+    const char16_t* begin = at;
+    while (at != end && IsAsciiDigit(*at)) ++at;
+    return {begin, static_cast<std::size_t>(at - begin)};
+}
+
+int Sign(int value) {
+    return (value > 0) - (value < 0);
+}
+
+/// Compares numbers without leading zeros.
+int CompareNumbers(std::u16string_view a, std::u16string_view b) {
+    if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
+    return Sign(a.compare(b));
+}
+
+/// Four units at a time: the high bit of a unit's lane is set, or some bit above 7, if one is no printable
+/// ASCII.
+constexpr std::uint64_t FindUnprintable(std::uint64_t units) {
+    constexpr std::uint64_t kOnes = 0x0001000100010001;
+    const std::uint64_t below = (units - kOnes * kFirstPrintable) & ~units & (kOnes * 0x8000);
+    const std::uint64_t above = (units | (units + kOnes)) & (kOnes * 0xFF80);
+    return below | above;
+}
+
+bool IsPrintableAscii(std::u16string_view text) {
+    constexpr std::size_t kUnits = sizeof(std::uint64_t) / sizeof(char16_t);
+    std::uint64_t found = 0;
+    std::uint64_t units;
+    for (; text.size() >= kUnits; text.remove_prefix(kUnits)) {
+        std::memcpy(&units, text.data(), sizeof units);
+        found |= FindUnprintable(units);
+    }
+    for (char16_t unit : text) found |= FindUnprintable(0x0020002000200000 | unit);
+    return found == 0;
+}
+
+/// The value of a decimal digit of any script; -1 for other characters.
+int DigitValue(char32_t character) {
+    return QChar::category(character) == QChar::Number_DecimalDigit ? QChar::digitValue(character) : -1;
+}
+
+/// `text` with the decimal digits of all scripts as ASCII digits.
+std::u16string WithAsciiDigits(std::u16string_view text) {
+    std::u16string result;
+    while (!text.empty()) {
+        const bool isPair =
+            text.size() > 1 && QChar::isHighSurrogate(text[0]) && QChar::isLowSurrogate(text[1]);
+        const int digit = DigitValue(isPair ? QChar::surrogateToUcs4(text[0], text[1]) : text[0]);
+        const std::size_t units = isPair ? 2 : 1;
+        result += digit < 0 ? text.substr(0, units)
+                            : std::u16string_view(u"0123456789").substr(static_cast<std::size_t>(digit), 1);
+        text.remove_prefix(units);
+    }
+    return result;
+}
+
+/// True when the collator cannot be trusted with the numbers of `text`: they may be too long, or have digits of
+/// other scripts, which ICU 72 tells apart from letters in some languages only.
+bool MayHaveUnusualNumbers(std::u16string_view text) {
+    std::size_t digits = 0;
+    for (char16_t unit : text) {
+        const bool mayBeOfOtherScript = unit >= 0x0660 && (QChar::isDigit(unit) || QChar::isSurrogate(unit));
+        if (mayBeOfOtherScript) return true;
+        digits += IsAsciiDigit(unit) ? 1 : 0;
+    }
+    return digits > kCollatorDigits;
+}
+
+/// Writes a number that is too long for the collator so that it orders such numbers by value behind all
+/// shorter ones: the largest number that it knows, the number of digits, and the digits in parts; U+FFFF,
+/// which ends each, collates behind everything. Parts begin with a 1 that keeps their zeros.
+void AppendLongNumber(std::u16string& out, std::u16string_view digits) {
+    constexpr std::size_t kPart = kCollatorDigits - 1;
+    constexpr char16_t kEnd = u'\uFFFF';
+    out.append(kCollatorDigits, u'9') += kEnd;
+    for (char digit : std::to_string(digits.size())) out += static_cast<char16_t>(digit);
+    for (; !digits.empty(); digits.remove_prefix(std::min(kPart, digits.size()))) {
+        out += kEnd;
+        out += u'1';
+        out += digits.substr(0, kPart);
+    }
+    out += kEnd;
+}
+
+/// `text` with its numbers as the collator can order them; in `storage` where they have to be changed.
+std::u16string_view PrepareForCollator(std::u16string_view text, std::u16string& storage) {
+    if (!MayHaveUnusualNumbers(text)) return text;
+    const std::u16string ascii = WithAsciiDigits(text);
+    const char16_t* const end = ascii.data() + ascii.size();
+    for (const char16_t* at = ascii.data(); at != end;) {
+        if (!IsAsciiDigit(*at)) {
+            storage += *at++;
+            continue;
+        }
+        std::u16string_view digits = TakeNumber(at, end);
+        if (digits.size() > kCollatorDigits) {
+            AppendLongNumber(storage, digits);
+        } else {
+            (storage += u'0') += digits;  // a lone 0 is a number too
+        }
+    }
+    return storage;
+}
+
+std::u16string_view ShownName(std::u16string_view name) {
+    const std::u16string_view extension = host::GetProjectFileExtension();
+    if (name.size() <= extension.size()) return name;
+    const std::size_t length = name.size() - extension.size();
+    const bool isProject =
+        std::equal(extension.begin(), extension.end(), name.begin() + static_cast<std::ptrdiff_t>(length),
+                   [](char16_t expected, char16_t unit) {
+                       return expected == (unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit);
+                   });
+    return isProject ? name.substr(0, length) : name;
+}
+
+/// The order of keys that stand one behind the other in `bytes`. Names of one folder often begin alike: what
+/// they share is left out, and the next eight bytes decide most comparisons.
+std::vector<std::uint32_t> OrderOfKeys(std::string_view bytes, const std::vector<std::size_t>& ends) {
+    struct Key {
+        std::uint64_t mHead = 0;
+        std::string_view mBytes;
+        std::uint32_t mPlace = 0;
+    };
+    std::vector<Key> keys(ends.size());
+    std::size_t shared = ends.empty() ? 0 : ends[0];
+    for (std::uint32_t i = 0; i < keys.size(); ++i) {
+        const std::size_t begin = i == 0 ? 0 : ends[i - 1];
+        keys[i].mBytes = bytes.substr(begin, ends[i] - begin);
+        keys[i].mPlace = i;
+        const auto [end, unused] = std::ranges::mismatch(keys[i].mBytes, keys[0].mBytes.substr(0, shared));
+        shared = static_cast<std::size_t>(end - keys[i].mBytes.begin());
+    }
+    for (Key& key : keys) {
+        key.mBytes.remove_prefix(shared);
+        for (std::size_t i = 0; i < sizeof key.mHead; ++i)
+            key.mHead =
+                key.mHead << 8 | (i < key.mBytes.size() ? static_cast<unsigned char>(key.mBytes[i]) : 0);
+    }
+    std::ranges::sort(keys, [](const Key& a, const Key& b) {
+        return a.mHead != b.mHead ? a.mHead < b.mHead : a.mBytes < b.mBytes;
+    });
+    std::vector<std::uint32_t> places(keys.size());
+    std::ranges::transform(keys, places.begin(), &Key::mPlace);
+    return places;
+}
+
+}  // namespace
+
+NaturalOrder::NaturalOrder(const QLocale& locale)
+    : mCollator(MakeCollator(locale, Qt::CaseSensitive)), mTable(FindTable()) {}
+
+int NaturalOrder::Compare(std::u16string_view a, std::u16string_view b) const {
+    if (IsUsingTable() && IsPrintableAscii(a) && IsPrintableAscii(b)) return CompareByTable(*mTable, a, b);
+    return CompareByCollator(a, b);
+}
+
+int NaturalOrder::CompareByCollator(std::u16string_view a, std::u16string_view b) const {
+    if (a == b) return 0;
+    int result = CompareEquivalents(a, b);
+    return result != 0 ? result : Sign(a.compare(b));
+}
+
+/// As the collator has it: zero also for strings that it takes for the same.
+int NaturalOrder::CompareEquivalents(std::u16string_view a, std::u16string_view b) const {
+    std::u16string storageA;
+    std::u16string storageB;
+    return Sign(
+        mCollator.compare(ToView(PrepareForCollator(a, storageA)), ToView(PrepareForCollator(b, storageB))));
+}
+
+/// The letters' weights, a zero (less than any weight: the shorter text comes first), the weights of case, the
+/// text. A number begins with the weight of a digit, followed by its length and its digits.
+bool NaturalOrder::AppendSortKey(std::u16string_view text, std::string& key) const {
+    if (!IsUsingTable() || text.size() > kLongestSortKeyText || !IsPrintableAscii(text)) return false;
+    const auto byte = [](auto value) { return static_cast<char>(value); };
+    const std::size_t before = key.size();
+    key.resize(before + text.size() * 5 + 1);
+    char* out = key.data() + before;
+    const char16_t* const end = text.data() + text.size();
+    for (const char16_t* at = text.data(); at != end;) {
+        if (!IsAsciiDigit(*at)) {
+            *out++ = byte(mTable->mWeights[*at++].mLetter);
+            continue;
+        }
+        const std::u16string_view digits = TakeNumber(at, end);
+        *out++ = byte(mTable->mWeights[u'0'].mLetter);
+        *out++ = byte(digits.size());
+        out = std::ranges::transform(digits, out, byte).out;
+    }
+    *out++ = '\0';
+    for (const char16_t unit : text)
+        if (!IsAsciiDigit(unit)) *out++ = byte(mTable->mWeights[unit].mCase);
+    out = std::ranges::transform(text, out, byte).out;
+    key.resize(static_cast<std::size_t>(out - key.data()));
+    return true;
+}
+
+/// Of printable ASCII.
+int NaturalOrder::CompareByTable(const Table& table, std::u16string_view a, std::u16string_view b) {
+    const char16_t* atA = a.data();
+    const char16_t* atB = b.data();
+    const char16_t* const endA = atA + a.size();
+    const char16_t* const endB = atB + b.size();
+    int caseResult = 0;
+    while (atA != endA && atB != endB) {
+        if (IsAsciiDigit(*atA) && IsAsciiDigit(*atB)) {
+            std::u16string_view numberA = TakeNumber(atA, endA);
+            std::u16string_view numberB = TakeNumber(atB, endB);
+            if (int result = CompareNumbers(numberA, numberB); result != 0) return result;
+            continue;
+        }
+        if (*atA != *atB) {
+            Weight weightA = table.mWeights[*atA];
+            Weight weightB = table.mWeights[*atB];
+            if (weightA.mLetter != weightB.mLetter) return weightA.mLetter < weightB.mLetter ? -1 : 1;
+            if (caseResult == 0) caseResult = weightA.mCase - weightB.mCase;
+        }
+        ++atA;
+        ++atB;
+    }
+    if (atA != endA || atB != endB) return atA == endA ? -1 : 1;
+    return caseResult != 0 ? Sign(caseResult) : Sign(a.compare(b));
+}
+
+std::shared_ptr<const NaturalOrder::Table> NaturalOrder::FindTable() const {
+    static std::mutex mutex;
+    static std::map<QString, std::shared_ptr<const Table>> tables;
+    const std::lock_guard lock(mutex);
+    auto& table = tables[mCollator.locale().name()];
+    if (!table) table = std::make_shared<const Table>(DeriveTable());
+    return table;
+}
+
+NaturalOrder::Table NaturalOrder::DeriveTable() const {
+    Table table;
+    QCollator ignoringCase = MakeCollator(mCollator.locale(), Qt::CaseInsensitive);
+    std::vector<char16_t> units;
+    for (char16_t unit = kFirstPrintable; unit <= kLastPrintable; ++unit) units.push_back(unit);
+    auto compare = [](const QCollator& collator, char16_t a, char16_t b) {
+        return collator.compare(QStringView(&a, 1), QStringView(&b, 1));
+    };
+    std::sort(units.begin(), units.end(), [&](char16_t a, char16_t b) { return compare(mCollator, a, b) < 0; });
+    std::stable_sort(units.begin(), units.end(),
+                     [&](char16_t a, char16_t b) { return compare(ignoringCase, a, b) < 0; });
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        bool isNewLetter = i == 0 || compare(ignoringCase, units[i - 1], units[i]) != 0;
+        Weight before = i == 0 ? Weight() : table.mWeights[units[i - 1]];
+        Weight& weight = table.mWeights[units[i]];
+        weight.mLetter = static_cast<std::uint8_t>(before.mLetter + (isNewLetter ? 1 : 0));
+        weight.mCase = static_cast<std::uint8_t>(isNewLetter ? 0 : before.mCase + 1);
+    }
+    table.mIsLikeCollator = IsLikeCollator(table);
+    return table;
+}
+
+/// Sorts all pairs of characters by the table and asks the collator whether each stands before the next.
+/// Letters only in lower case, and alone in upper case: what two letters make together does not depend on it.
+bool NaturalOrder::IsLikeCollator(const Table& table) const {
+    std::vector<std::u16string> strings;
+    for (char16_t first = kFirstPrintable; first <= kLastPrintable; ++first) {
+        strings.emplace_back(1, first);
+        if (first >= u'A' && first <= u'Z') continue;
+        for (char16_t second = kFirstPrintable; second <= kLastPrintable; ++second) {
+            if (second < u'A' || second > u'Z') strings.push_back({first, second});
+        }
+    }
+    std::sort(strings.begin(), strings.end(), [&](const std::u16string& a, const std::u16string& b) {
+        return CompareByTable(table, a, b) < 0;
+    });
+    return std::adjacent_find(strings.begin(), strings.end(), [this](const auto& a, const auto& b) {
+               return CompareByCollator(a, b) >= 0;
+           }) == strings.end();
+}
+
+const NaturalOrder& UserNaturalOrder() {
+    thread_local const NaturalOrder order{QLocale().collation()};
+    return order;
+}
+
+std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& names) {
+    const NaturalOrder& order = UserNaturalOrder();
+    std::string bytes;
+    std::vector<std::size_t> ends;
+    ends.reserve(names.size());
+    for (const std::u16string_view name : names) {
+        if (!order.AppendSortKey(ShownName(name), bytes)) break;
+        ends.push_back(bytes.size());
+    }
+    if (ends.size() == names.size()) return OrderOfKeys(bytes, ends);
+    std::vector<std::uint32_t> places(names.size());
+    std::iota(places.begin(), places.end(), 0u);
+    std::ranges::sort(places, [&](std::uint32_t a, std::uint32_t b) {
+        return order.Compare(ShownName(names[a]), ShownName(names[b])) < 0;
+    });
+    return places;
+}
+
+}  // namespace desk

@@ -1,0 +1,65 @@
+#include "host/files/File.h"
+
+#include <cerrno>
+
+#include "desk/core/edges/FileSystem.h"
+#include "desk/core/edges/Services.h"
+#include "desk/files/live/FolderStore.h"
+#include "desk/files/live/KnownFacts.h"
+#include "host/files/FileException.h"
+
+namespace host {
+
+namespace {
+
+std::time_t ToSeconds(std::int64_t nanoseconds) {
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    std::int64_t seconds = nanoseconds / kSecond;
+    return nanoseconds % kSecond < 0 ? seconds - 1 : seconds;
+}
+
+}  // namespace
+
+File::File(const UTF16String& path) {
+    const desk::KnownItem known = desk::FindKnownItemAndRequest(path);
+    mExists = !known.mIsAbsent;
+    if (known.mIsAbsent || known.mIsAwaited) return;
+    auto keep = [this](const desk::ItemStatus& status) {
+        mModified = ToSeconds(status.mModified);
+        if (status.mCreated) mCreated = ToSeconds(*status.mCreated);
+        mSize = status.mSize;
+    };
+    if (known.mFacts) {
+        if (known.mFacts->mStatus) keep(*known.mFacts->mStatus);
+        return;
+    }
+    try {
+        keep(desk::GetServices().mFileSystem->Status(UTF16to8(path), true));
+    } catch (const FileException& exception) {
+        mExists = exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR;
+        if (!mExists) return;
+        mSystemError = exception.SystemError();
+        mPath = path;
+    }
+}
+
+std::optional<std::time_t> File::Modified() const {
+    ThrowIfRefused();
+    return mModified;
+}
+
+std::optional<std::time_t> File::Created() const {
+    ThrowIfRefused();
+    return mCreated;
+}
+
+std::optional<std::uint64_t> File::Size() const {
+    ThrowIfRefused();
+    return mSize;
+}
+
+void File::ThrowIfRefused() const {
+    if (mSystemError != 0) throw FileException("read status of", mPath, mSystemError);
+}
+
+}  // namespace host

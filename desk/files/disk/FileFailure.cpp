@@ -1,0 +1,90 @@
+#include "desk/files/disk/FileFailure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "desk/core/durable/VolumeMove.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/log/UserNotice.h"
+#include "desk/core/names/HostNames.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+
+namespace desk {
+
+namespace {
+
+/// The user knows no temporary of ours, nor what is in it: its folder is what cannot be written to.
+host::UTF16String KnownPath(const host::UTF16String& path) {
+    for (std::size_t slash = path.find(u'/'); slash != host::UTF16String::npos;) {
+        const std::size_t end = path.find(u'/', slash + 1);
+        const std::string name = host::UTF16to8(path.substr(slash + 1, end - slash - 1));
+        if (IsHiddenName(name, ItemKind::File)) return path.substr(0, std::max<std::size_t>(slash, 1));
+        slash = end;
+    }
+    return path;
+}
+
+void Tell(const char* key, const host::UTF16String& path, const host::FileException& exception) {
+    Log(LogLevel::Info, exception.what());
+    if (exception.SystemError() == ECANCELED) return;
+    TellUser(host::ZString(key, {host::PathUtils::GetFullFilePart(path), DescribeReason(exception)}));
+}
+
+void TellInDoubt(const host::UTF16String& text, const MoveInDoubt& doubt) {
+    Log(LogLevel::Warning, doubt.what());
+    TellUser(text);
+}
+
+}  // namespace
+
+host::UTF16String DescribeReason(const host::FileException& exception) {
+    switch (exception.SystemError()) {
+        case EEXIST:
+            return host::ZString("$$$/Vantor/Desk/Copies/Exists=Something with that name is there already.");
+        case ENAMETOOLONG:
+            return host::ZString("$$$/Vantor/Desk/Copies/LongName=The name is too long.");
+        case ENOSPC:
+        case EDQUOT:
+            return host::ZString("$$$/Vantor/Desk/Copies/NoRoom=There is no room left on the volume.");
+        case EBUSY:
+            return host::ZString("$$$/Vantor/Desk/Files/Busy=“@0” is in use or was changed meanwhile.",
+                                 {host::PathUtils::GetFullFilePart(exception.Path())});
+        default:
+            return host::ZString("$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
+                                 {host::UTF8to16(std::generic_category().message(exception.SystemError())),
+                                  KnownPath(exception.Path())});
+    }
+}
+
+host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path, const host::UTF16String& destination,
+                                       const host::FileException& reason) {
+    return host::ZString("$$$/Vantor/Desk/Copies/InDoubt=“@0” may or may not have been copied to “@1”. @2",
+                         {host::PathUtils::GetFullFilePart(path), destination, DescribeReason(reason)});
+}
+
+void TellNotCopied(const host::UTF16String& path, const host::FileException& exception) {
+    if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception))
+        return TellInDoubt(DescribeDoubtfulCopy(path, doubt->To(), *doubt), *doubt);
+    Tell("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1", path, exception);
+}
+
+void TellMayBeCopied(const host::UTF16String& path, const host::FileException& exception) {
+    Tell(
+        "$$$/Vantor/Desk/Copies/MayBeCopied=“@0” may have been copied, or may not: the volume does not tell. @1",
+        path, exception);
+}
+
+void TellNotMoved(const host::UTF16String& path, const host::FileException& exception) {
+    if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception))
+        return TellInDoubt(
+            host::ZString(
+                "$$$/Vantor/Desk/Files/InDoubt=“@0” may or may not have been moved: it stands at “@1”, at "
+                "“@2”, or at both. @3",
+                {host::PathUtils::GetFullFilePart(path), doubt->From(), doubt->To(), DescribeReason(*doubt)}),
+            *doubt);
+    Tell("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", path, exception);
+}
+
+}  // namespace desk

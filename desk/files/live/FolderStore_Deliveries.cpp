@@ -1,0 +1,97 @@
+#include <algorithm>
+#include <iterator>
+
+#include "desk/files/live/FolderStoreImpl.h"
+#include "host/core/Logging.h"
+
+namespace desk {
+namespace {
+
+/// So many items are delivered in one turn of the event loop.
+constexpr std::size_t kMostAtOnce = 1000;
+
+/// Takes the last `kMostAtOnce` items.
+host::DirectoryContent TakeSome(host::DirectoryContent& content) {
+    const std::size_t count = std::min(kMostAtOnce, content.size());
+    const auto begin = content.end() - static_cast<std::ptrdiff_t>(count);
+    host::DirectoryContent some(std::make_move_iterator(begin), std::make_move_iterator(content.end()));
+    content.erase(begin, content.end());
+    return some;
+}
+
+}  // namespace
+
+/// What has changed for those who have the content, the content for those who have not.
+void FolderStoreImpl::Serve(const FolderPtr& folder, const FolderListing::Result& result, Changes&& changes) {
+    DeliverChanges(folder, std::move(changes));
+    for (Subscriber& subscriber : folder->mSubscribers)
+        if (!subscriber.mHasContent) DeliverContents(folder, subscriber, result);
+    for (Subscriber& subscriber : folder->mSubscribers) subscriber.mIsBeingServed = false;
+    DeliverNext(folder);
+}
+
+/// The whole content, for one who has none yet; or word that there is one.
+void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subscriber,
+                                      const FolderListing::Result& result) {
+    using Extent = host::ContentDelivery::Extent;
+    if (!subscriber.mWantsContent) {
+        subscriber.mHasContent = true;
+        Delivery delivery;
+        delivery.mDelivery.mExtent = Extent::Change;
+        delivery.mContent = ShareContent({});
+        delivery.mDelivery.mIsLast = true;
+        return Deliver(folder, subscriber, std::move(delivery));
+    }
+    if (result.mContents.empty()) return;
+    subscriber.mHasContent = true;
+    for (const auto& content : result.mContents) {
+        Delivery delivery;
+        delivery.mDelivery.mExtent = result.mContents.size() == 1 ? Extent::Whole : Extent::Part;
+        delivery.mContent = content;
+        delivery.mDelivery.mIsLast = content == result.mContents.back();
+        Deliver(folder, subscriber, std::move(delivery));
+    }
+}
+
+/// What has changed, for all who have the rest. Those who asked for a listing are told also that nothing has.
+void FolderStoreImpl::DeliverChanges(const FolderPtr& folder, Changes&& changes) {
+    std::vector<Subscriber> subscribers;
+    std::ranges::copy_if(folder->mSubscribers, std::back_inserter(subscribers), &Subscriber::mHasContent);
+    const bool isAwaited = std::ranges::any_of(subscribers, &Subscriber::mIsBeingServed);
+    for (bool isMore = isAwaited || !changes.IsEmpty(); isMore;) {
+        Delivery delivery;
+        delivery.mDelivery.mExtent = host::ContentDelivery::Extent::Change;
+        delivery.mDelivery.mRemovedPaths = std::exchange(changes.mRemovedPaths, {});
+        delivery.mContent = ShareContent(TakeSome(changes.mContent));
+        isMore = !changes.IsEmpty();
+        for (const Subscriber& subscriber : subscribers) {
+            Delivery copy = delivery;
+            copy.mDelivery.mIsLast = !isMore && subscriber.mIsBeingServed;
+            if (copy.mDelivery.mIsLast || !copy.mContent->empty() || !copy.mDelivery.mRemovedPaths.empty())
+                Deliver(folder, subscriber, std::move(copy));
+        }
+    }
+}
+
+void FolderStoreImpl::Deliver(const FolderPtr& folder, const Subscriber& subscriber, Delivery&& delivery) {
+    delivery.mFolder = folder->mPath->mText;
+    folder->mDeliveries.push_back({subscriber.mReceiver, std::move(delivery)});
+}
+
+/// One delivery in each turn of the event loop, in the order in which they came about.
+void FolderStoreImpl::DeliverNext(const FolderPtr& folder) {
+    if (folder->mDeliveries.empty() || std::exchange(folder->mIsDelivering, true)) return;
+    const QueuedDelivery next = std::move(folder->mDeliveries.front());
+    folder->mDeliveries.pop_front();
+    try {
+        (*next.mReceiver)(next.mDelivery);
+    } catch (...) {
+        host::LogCurrentException("FolderStore: delivery");
+    }
+    Post([this, folder] {
+        folder->mIsDelivering = false;
+        if (IsCurrent(folder)) DeliverNext(folder);
+    });
+}
+
+}  // namespace desk

@@ -1,0 +1,85 @@
+#include "desk/project/lock/HollowLocks.h"
+
+#include "desk/core/durable/Presence.h"
+#include "desk/core/edges/Desktop.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/FolderPath.h"
+#include "desk/project/lock/StrayLocks.h"
+#include "host/files/FileException.h"
+
+namespace desk {
+
+namespace {
+
+/// Of a process that is gone, or of an attempt of this one that came to nothing.
+bool IsAbandoned(const TargetedTemporary& temporary, const Desktop& desktop) {
+    return temporary.mOwner.IsGone(desktop) || IsStrayLock(temporary.mOwner.mRecord.mNonce);
+}
+
+std::string ReadBytes(FileSystem& fileSystem, const std::string& path) {
+    try {
+        return fileSystem.ReadSmallFile(path, kLockFileLimit);
+    } catch (const host::FileException&) {
+        return {};
+    }
+}
+
+/// What stands at `path`, if it is the beginning of the record in `temporary`.
+std::optional<HollowLock> FindHollow(FileSystem& fileSystem, const Desktop& desktop, const std::string& path,
+                                     const std::string& temporary) {
+    const std::string record = ReadBytes(fileSystem, temporary);
+    const auto seen = LockProtocol(fileSystem, desktop).Look(path);
+    const bool isHollow = ParseLockRecord(record).mIsReadable && seen && seen->mBytes &&
+                          record.starts_with(*seen->mBytes) && !ParseLockRecord(*seen->mBytes).mIsReadable;
+    return isHollow ? std::optional(HollowLock{path, temporary, *seen}) : std::nullopt;
+}
+
+/// False while it cannot be read, and while it is listed although nothing is there by its name, which may be
+/// what the volume knew before.
+bool IsSettled(FileSystem& fileSystem, const Desktop& desktop, const std::string& path) {
+    try {
+        const auto seen = LockProtocol(fileSystem, desktop).Look(path);
+        return seen ? seen->mSystemError == 0 : !IsListed(fileSystem, path);
+    } catch (const host::FileException&) {
+        return false;
+    }
+}
+
+void Remove(FileSystem& fileSystem, const std::string& temporary) {
+    try {
+        fileSystem.RemoveFile(temporary);
+        Log(LogLevel::Info, "removed what a process left that is gone: " + temporary);
+    } catch (const host::FileException& exception) {
+        Log(LogLevel::Info, exception.what());
+    }
+}
+
+}  // namespace
+
+std::optional<HollowLock> SweepLockTemporary(FileSystem& fileSystem, const Desktop& desktop,
+                                             const std::string& path, const TargetedTemporary& temporary,
+                                             const std::vector<std::string>& names) {
+    if (!IsAbandoned(temporary, desktop)) return {};
+    for (const std::string& name : names) {
+        if (IsTemporaryName(name) || !temporary.IsFor(name)) continue;
+        const std::string lock = JoinPath<std::string>(FolderOf(path), name);
+        if (auto hollow = FindHollow(fileSystem, desktop, lock, path)) return hollow;
+        if (!IsSettled(fileSystem, desktop, lock)) return {};
+    }
+    Remove(fileSystem, path);
+    return {};
+}
+
+void SweepHollowLock(FileSystem& fileSystem, const Desktop& desktop, const HollowLock& lock) {
+    LockProtocol protocol(fileSystem, desktop);
+    const LockRecord mine = MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
+    const LockBreaking breaking = protocol.Break(lock.mPath, lock.mSeen, mine, [] { return true; });
+    protocol.DropRemains();
+    if (breaking.mOutcome == LockBreaking::Outcome::Broken)
+        Log(LogLevel::Info, "removed a lock that was never written to its end: " + lock.mPath);
+    else if (FindHollow(fileSystem, desktop, lock.mPath, lock.mTemporary))
+        return;  // Until the next sweep.
+    Remove(fileSystem, lock.mTemporary);
+}
+
+}  // namespace desk

@@ -1,0 +1,171 @@
+#include <cerrno>
+#include <string>
+
+#include "desk/core/durable/PosixErrors.h"
+#include "desk/core/durable/Presence.h"
+#include "desk/core/edges/FileSystem.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/FolderPath.h"
+#include "desk/core/names/HostNames.h"
+#include "desk/core/work/LongWork.h"
+#include "desk/core/work/WorkProgress.h"
+#include "desk/files/copy/ItemCopier.h"
+#include "desk/files/disk/FileFailure.h"
+#include "host/core/Localizer.h"
+#include "host/files/FileException.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProductionItems.h"
+
+namespace desk {
+
+namespace {
+
+FileSystem& Disk() {
+    return *GetServices().mFileSystem;
+}
+
+std::string_view NameOf(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+void RemoveEmptyFolder(const std::string& path) {
+    Disk().RemoveFromTree(path, {}, true);
+}
+
+/// Copies a folder to where an empty one stands. The copy is made under a hidden name beside it, and comes to
+/// its place in one step when it is complete. Beside both lies a mark meanwhile, by which a sweep can tell the
+/// empty folder of a process that was killed.
+class TreeCopy {
+public:
+    TreeCopy(const std::string& from, const std::string& to)
+        : mFrom(from),
+          mTo(to),
+          mMark(Beside(MakeFolderCopyName(NameOf(to)))),
+          mCopy(Beside(MakeTemporaryName())) {}
+
+    /// After a failure: it is not known whether the copy stands in its place.
+    bool MayBeDone() const { return mMayBeInPlace; }
+
+    void Run(WorkProgress& progress) {
+        progress.SetItem(host::UTF8to16(NameOf(mFrom)));
+        ThrowUnlessEmpty();
+        try {
+            Disk().CreateFolder(mMark, 0700);
+            CopyItem(mFrom, mCopy, progress);
+            PutInPlace();
+        } catch (...) {
+            Undo();
+            throw;
+        }
+        const int flushError = TryToFlushFolder(Disk(), FolderOf(mTo));
+        RemoveMark();
+        mMayBeInPlace = true;
+        if (flushError != 0) ThrowFileException("flush folder of", mTo, flushError);
+    }
+
+private:
+    std::string Beside(const std::string& name) const { return JoinPath<std::string>(FolderOf(mTo), name); }
+    bool IsEmpty() const { return Disk().ListFolder(mTo).empty(); }
+
+    void ThrowUnlessEmpty() const {
+        try {
+            if (IsEmpty()) return;
+        } catch (const host::FileException&) {
+            TryTo([this] { RemoveEmptyFolder(mTo); });
+            throw;
+        }
+        ThrowFileException("copy to", mTo, ENOTEMPTY);
+    }
+
+    void PutInPlace() {
+        mMayBeInPlace = true;
+        try {
+            Disk().Rename(mCopy, mTo);
+        } catch (const host::FileException& exception) {
+            const bool isRefused = IsRefusal(exception.SystemError()) || exception.SystemError() == EEXIST;
+            if (!isRefused && FindPresence(Disk(), mCopy) == Presence::Gone) return;
+            mMayBeInPlace = !isRefused && !IsKnownToBeAside();
+            // Refused is it when somebody has put something there, or when the volume replaces no folders.
+            if (!isRefused || !IsEmpty()) throw;
+            PutInPlaceOfNothing(exception);
+        }
+    }
+
+    void PutInPlaceOfNothing(const host::FileException& refusal) {
+        TryTo([this] { RemoveEmptyFolder(mTo); });
+        mMayBeInPlace = true;
+        try {
+            MoveOnVolume(mCopy, mTo);
+        } catch (const host::FileException& exception) {
+            mMayBeInPlace = !IsKnownToBeAside();
+            if (exception.SystemError() == EEXIST) throw refusal;
+            throw;
+        }
+    }
+
+    /// That it stands under its hidden name is not enough: what the volume says after an error may be old.
+    bool IsKnownToBeAside() const {
+        const auto found = FindPresence(Disk(), {mCopy, mTo});
+        return found[0] == Presence::There && (found[1] == Presence::Gone || IsEmpty());
+    }
+
+    /// What somebody else has put into the folder meanwhile stays, and the folder with it.
+    void Undo() noexcept {
+        if (mMayBeInPlace) {
+            Log(LogLevel::Warning, "not known whether " + mCopy + " has become " + mTo + ": it stays as it is");
+        } else {
+            TryTo([this] { RemoveTree(mCopy); });
+        }
+        TryTo([this] { RemoveEmptyFolder(mTo); });
+        if (!mMayBeInPlace) RemoveMark();
+    }
+
+    void RemoveMark() noexcept {
+        if (TryTo([this] { RemoveEmptyFolder(mMark); })) return;
+        // A volume that has just failed may fail again; and where its making was, it may not show yet.
+        Disk().WaitForCaches(FolderOf(mMark));
+        TryTo([this] { RemoveEmptyFolder(mMark); });
+    }
+
+    /// False when the volume does not do it.
+    template <class Action>
+    static bool TryTo(Action action) noexcept {
+        try {
+            action();
+            return true;
+        } catch (const host::FileException& exception) {
+            const int error = exception.SystemError();
+            if (error != ENOENT && error != ENOTEMPTY) Log(LogLevel::Warning, exception.what());
+            return false;
+        }
+    }
+
+    const std::string mFrom;
+    const std::string mTo;
+    const std::string mMark;
+    const std::string mCopy;
+    /// `mCopy` and `mTo` may be one folder.
+    bool mMayBeInPlace = false;
+};
+
+}  // namespace
+
+}  // namespace desk
+
+namespace host {
+
+void Utilities::CopyDirectoryTree(const UTF16String& from, const UTF16String& to) {
+    const UTF16String source = PathUtils::ToNormalizedPath(from);
+    desk::TreeCopy copy(UTF16to8(source), UTF16to8(PathUtils::ToNormalizedPath(to)));
+    try {
+        desk::RunLongWork(
+            ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
+            [&copy](desk::WorkProgress& progress) { copy.Run(progress); });
+    } catch (const FileException& exception) {
+        copy.MayBeDone() ? desk::TellMayBeCopied(source, exception) : desk::TellNotCopied(source, exception);
+        throw;
+    }
+}
+
+}  // namespace host
