@@ -11,7 +11,7 @@ namespace host {
 ///
 /// A key has the form "$$$/Area/Name=Default text#{comment}": up to the first "=" the name, then the
 /// English default; "#{" starts a translator's comment, up to "}", that is never shown.
-/// UI thread.
+/// Any thread.
 class ZUHOST_API Localizer {
 public:
     /// The process-wide localiser; never null.
@@ -24,7 +24,7 @@ public:
 
 /// Localises `key` (see `Localizer`) and replaces "@0", "@1", ... by `arguments` in that order; a
 /// placeholder without an argument stays, and the arguments are not searched for placeholders.
-/// UI thread.
+/// Any thread.
 ZUHOST_API UTF16String ZString(std::string_view key, std::initializer_list<UTF16String> arguments = {});
 
 }  // namespace host

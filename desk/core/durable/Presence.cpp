@@ -35,7 +35,7 @@ public:
         auto found = mNames.find(folder);
         if (found == mNames.end()) found = mNames.emplace(folder, List(folder)).first;
         if (!found->second) return Presence::NotTold;
-        return found->second->contains(path.substr(path.rfind('/') + 1)) ? Presence::There : Presence::Gone;
+        return found->second->contains(NameOf(path)) ? Presence::There : Presence::Gone;
     }
 
 private:
@@ -102,7 +102,7 @@ void ThrowIfTaken(FileSystem& fileSystem, std::string_view operation, const std:
 }
 
 bool IsListed(FileSystem& fileSystem, const std::string& path) {
-    const std::string name = path.substr(path.rfind('/') + 1);
+    const std::string name = NameOf(path);
     const auto entries = fileSystem.ListFolder(FolderOf(path));
     return std::ranges::find(entries, name, &FolderEntry::mName) != entries.end();
 }

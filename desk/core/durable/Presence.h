@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +36,10 @@ ZUHOST_API void ThrowIfTaken(FileSystem& fileSystem, std::string_view operation,
 /// Waits for the volume: for a worker.
 ZUHOST_API bool IsListed(FileSystem& fileSystem, const std::string& path);
 
+/// True for the errors that say that nothing stands there, which the volume may say of old. Any thread.
+inline bool IsAbsence(int systemError) {
+    return systemError == ENOENT || systemError == ENOTDIR;
+}
 /// True for the errors with which a volume refuses a call and does nothing (no permission, read-only, full, a
 /// name that is too long, …). After any other, a lost reply among them, the call may have been carried out. Any
 /// thread.

@@ -48,7 +48,7 @@ public:
     Replacing(FileSystem& fileSystem, const std::string& path)
         : mDisk(fileSystem),
           mPath(path),
-          mTemporary(JoinPath<std::string>(FolderOf(path), MakeSaveName(path.substr(path.rfind('/') + 1)))) {}
+          mTemporary(JoinPath<std::string>(FolderOf(path), MakeSaveName(NameOf(path)))) {}
 
     FileReplacement Run(const std::string& bytes, unsigned modeOfNewFile) {
         try {
@@ -58,7 +58,7 @@ public:
         } catch (const host::FileException& exception) {
             return GiveUp(exception);
         }
-        return Publish();
+        return Publish(bytes);
     }
 
 private:
@@ -74,7 +74,7 @@ private:
         }
     }
 
-    FileReplacement Publish() {
+    FileReplacement Publish(const std::string& bytes) {
         for (int tries = 1;; ++tries) {
             try {
                 mDisk.Rename(mTemporary, mPath);
@@ -82,7 +82,7 @@ private:
             } catch (const host::FileException& exception) {
                 const auto found = FindPresence(mDisk, {mPath, mTemporary});
                 const bool isThere = found[0] == Presence::There;
-                if (isThere && found[1] == Presence::Gone) return Finish();
+                if (isThere && found[1] == Presence::Gone && Holds(bytes)) return Finish();
                 // A refusal speaks for the last step of a replacement only: the old file may be gone already.
                 if (isThere && (found[1] == Presence::There || IsRefusal(exception.SystemError())))
                     return GiveUp(exception);
@@ -90,6 +90,16 @@ private:
                 const bool isNameFree = found[0] == Presence::Gone && found[1] == Presence::There;
                 if (!isNameFree || tries == kTries) return Keep(exception, found[1] != Presence::Gone);
             }
+        }
+    }
+
+    /// Whether the file is the new one: somebody else may have removed the temporary.
+    bool Holds(const std::string& bytes) const {
+        try {
+            return mDisk.ReadSmallFile(mPath, bytes.size()) == bytes;
+        } catch (const host::FileException& exception) {
+            Log(LogLevel::Info, exception.what());
+            return false;
         }
     }
 

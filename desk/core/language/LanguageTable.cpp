@@ -21,6 +21,8 @@ struct TextHash : std::hash<std::string_view> {
 };
 
 struct CurrentLanguage {
+    /// Workers make texts too.
+    std::mutex mMutex;
     LanguageTable mTable;
     /// Whole keys to their texts.
     std::unordered_map<std::string, host::UTF16String, TextHash, std::equal_to<>> mCache;
@@ -121,13 +123,16 @@ const host::UTF16String* LanguageTable::Find(std::string_view name) const {
 }
 
 std::string SetLanguage(std::string_view tag, const std::string& profileFolder) {
-    Current() = {};
+    CurrentLanguage& current = Current();
+    const std::lock_guard lock(current.mMutex);
+    current.mTable = {};
+    current.mCache.clear();
     for (const std::string& wanted : WantedLanguages(tag)) {
         if (IsEnglish(wanted)) {
-            Load(Current().mTable, wanted, profileFolder);
+            Load(current.mTable, wanted, profileFolder);
             return "en";
         }
-        const std::string found = Load(Current().mTable, wanted, profileFolder);
+        const std::string found = Load(current.mTable, wanted, profileFolder);
         if (!found.empty()) return found;
     }
     Log(LogLevel::Info, "There are no texts in the language \"" + std::string(tag) + "\"; they are English");
@@ -156,10 +161,12 @@ Localizer* Localizer::Get() {
 
 UTF16String Localizer::Localize(std::string_view key) const {
     if (!key.starts_with(desk::kKeyPrefix)) return UTF8to16(key);
-    auto& cache = desk::Current().mCache;
+    desk::CurrentLanguage& current = desk::Current();
+    const std::lock_guard lock(current.mMutex);
+    auto& cache = current.mCache;
     if (const auto found = cache.find(key); found != cache.end()) return found->second;
     const desk::LocalizationKey parsed = desk::ParseLocalizationKey(key);
-    const UTF16String* text = desk::Current().mTable.Find(parsed.mName);
+    const UTF16String* text = current.mTable.Find(parsed.mName);
     return cache.emplace(key, text ? *text : UTF8to16(parsed.mDefault)).first->second;
 }
 

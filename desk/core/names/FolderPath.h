@@ -38,6 +38,11 @@ inline std::string FolderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+/// The last name of a path of the disk (bytes, normalised). Any thread.
+inline std::string NameOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
 /// A folder's path for the UI thread and for the disk.
 struct FolderPath {
     explicit FolderPath(const host::UTF16String& text) : mText(text), mBytes(host::UTF16to8(text)) {}

@@ -30,10 +30,6 @@ FileSystem& Disk() {
     return *GetServices().mFileSystem;
 }
 
-std::string_view NameOf(std::string_view path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
 }  // namespace
 
 PartFile::PartFile(const std::string& destination)

@@ -24,7 +24,7 @@ FileSystem& Disk() {
 
 /// The path of the project to which a lock file belongs; empty when the file is none.
 std::string ProjectOfLock(const std::string& path) {
-    const std::string name = path.substr(path.rfind('/') + 1);
+    const std::string name = NameOf(path);
     if (!name.starts_with('.')) return {};
     const host::UTF16String project = GetProjectNameOfLockFile(host::UTF8to16(name));
     return project.empty() ? std::string() : JoinPath<std::string>(FolderOf(path), host::UTF16to8(project));

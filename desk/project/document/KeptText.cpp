@@ -10,6 +10,7 @@
 #include <set>
 #include <tuple>
 
+#include "desk/core/durable/Presence.h"
 #include "desk/core/durable/ReplaceFile.h"
 #include "desk/core/durable/VolumeMove.h"
 #include "desk/core/edges/Desktop.h"
@@ -53,10 +54,6 @@ ContentMark ReadMark(const QJsonValue& value) {
             ToUTF8(object.value(kDigestKey).toString())};
 }
 
-bool IsAbsence(const host::FileException& exception) {
-    return exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR;
-}
-
 /// The names of the files in `folder`.
 std::vector<std::string> ListNames(const std::string& folder) {
     std::vector<std::string> names;
@@ -64,7 +61,7 @@ std::vector<std::string> ListNames(const std::string& folder) {
         for (FolderEntry& entry : GetServices().mFileSystem->ListFolder(folder))
             names.push_back(std::move(entry.mName));
     } catch (const host::FileException& exception) {
-        if (!IsAbsence(exception)) throw;
+        if (!IsAbsence(exception.SystemError())) throw;
     }
     return names;
 }
@@ -172,7 +169,7 @@ std::optional<KeptText> Read(const std::string& path) {
         return text;
     } catch (const host::FileException& exception) {
         if (exception.SystemError() == EFBIG) TellDamaged(path);
-        if (exception.SystemError() != EFBIG && !IsAbsence(exception)) throw;
+        if (exception.SystemError() != EFBIG && !IsAbsence(exception.SystemError())) throw;
         return {};
     }
 }
@@ -187,7 +184,7 @@ bool Claim(const std::string& from, const std::string& to) {
         MoveOnVolume(from, to);
         return true;
     } catch (const host::FileException& exception) {
-        if (!IsAbsence(exception)) throw;
+        if (!IsAbsence(exception.SystemError())) throw;
         return false;
     }
 }
@@ -196,7 +193,7 @@ void Remove(const std::string& path) {
     try {
         GetServices().mFileSystem->RemoveFile(path);
     } catch (const host::FileException& exception) {
-        if (!IsAbsence(exception)) throw;
+        if (!IsAbsence(exception.SystemError())) throw;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "desk/core/durable/PosixErrors.h"
+#include "desk/core/durable/Presence.h"
 #include "desk/core/durable/ReplaceFile.h"
 #include "desk/core/names/FolderPath.h"
 
@@ -16,10 +17,6 @@ namespace {
 
 constexpr int kReadings = 3;
 constexpr std::chrono::milliseconds kBetweenReadings(100);
-
-bool IsAbsence(int error) {
-    return error == ENOENT || error == ENOTDIR;
-}
 
 ItemStatus ReadStatusOfFile(FileSystem& fileSystem, const std::string& path) {
     const ItemStatus status = fileSystem.Status(path, false);

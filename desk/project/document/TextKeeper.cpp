@@ -125,10 +125,10 @@ void TextKeeper::Write(ProjectDocument& document, Kept& kept) {
 
 /// On a worker.
 TextKeeper::Outcome TextKeeper::WriteFile(const std::string& path, KeptText text, const Shown& shown) {
-    text.mBytes = EditedText(shown.mContent->mBytes).ToBytes(shown.mText);
-    if (text.mBytes.size() > kKeptTextLimit) return {.mIsTooLarge = true, .mError = {}};
-    if (!shown.mIsBasedOnOlder) text.mBase = MarkContent(shown.mContent->mBytes);
     try {
+        text.mBytes = EditedText(shown.mContent->mBytes).ToBytes(shown.mText);
+        if (text.mBytes.size() > kKeptTextLimit) return {.mIsTooLarge = true, .mError = {}};
+        if (!shown.mIsBasedOnOlder) text.mBase = MarkContent(shown.mContent->mBytes);
         KeptTexts::Write(path, text);
         return {};
     } catch (const std::exception& exception) {

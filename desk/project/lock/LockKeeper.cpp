@@ -42,7 +42,7 @@ LockProtocol MakeProtocol() {
 
 /// The user knows no lock files.
 host::UTF16String NameOfProject(const std::string& lockPath) {
-    return GetProjectNameOfLockFile(host::UTF8to16(lockPath.substr(lockPath.rfind('/') + 1)));
+    return GetProjectNameOfLockFile(host::UTF8to16(NameOf(lockPath)));
 }
 
 /// Throws with ECANCELED when the user does not want to wait.

@@ -46,10 +46,6 @@ int ErrorOf(Operation operation) {
     }
 }
 
-std::string NameOf(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
 /// Where the guard stands that gives the right to remove, in its owner's place, a lock with this nonce: beside
 /// the lock. Since a nonce never comes back, such a right never extends to a later lock.
 std::string GetGuardPath(const std::string& lockPath, const std::string& nonce) {
@@ -232,11 +228,11 @@ int LockProtocol::RemoveOwn(const std::string& path, const std::string& nonce) {
     int error = 0;
     for (int tries = 0; tries < kTries; ++tries) {
         error = ErrorOf([&] { mFileSystem.RemoveFile(path); });
-        if (error == 0 || (error == ENOENT && tries > 0)) return 0;
-        if (error == ENOENT) return error;
+        if (error == 0 || error == ENOENT) return error;
         if (isTemporary) continue;
         const Content found = Read(path);
-        if (!found.mIsThere || found.IsForeign(nonce)) return 0;
+        if (!found.mIsThere) return ENOENT;
+        if (found.IsForeign(nonce)) return 0;
         if (!found.Bears(nonce)) return error;
     }
     return error;

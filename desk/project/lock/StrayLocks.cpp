@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "desk/core/durable/Presence.h"
 #include "desk/core/edges/FileSystem.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/LockRecord.h"
@@ -30,14 +31,6 @@ StrayLocks& Strays() {
     return strays;
 }
 
-std::string NameOf(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
-bool IsAbsence(const host::FileException& exception) {
-    return exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR;
-}
-
 /// The names of the folders in `folder` that show; absent when it is not there.
 std::optional<std::vector<std::string>> ListFolders(FileSystem& fileSystem, const std::string& folder) {
     std::vector<std::string> names;
@@ -48,7 +41,7 @@ std::optional<std::vector<std::string>> ListFolders(FileSystem& fileSystem, cons
                 names.push_back(std::move(entry.mName));
         }
     } catch (const host::FileException& exception) {
-        if (IsAbsence(exception)) return {};
+        if (IsAbsence(exception.SystemError())) return {};
     }
     return names;
 }
@@ -57,7 +50,7 @@ bool IsFolderThere(FileSystem& fileSystem, const std::string& folder) {
     try {
         fileSystem.TryFolder(folder);
     } catch (const host::FileException& exception) {
-        return !IsAbsence(exception);
+        return !IsAbsence(exception.SystemError());
     }
     return true;
 }

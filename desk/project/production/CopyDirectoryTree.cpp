@@ -25,10 +25,6 @@ FileSystem& Disk() {
     return *GetServices().mFileSystem;
 }
 
-std::string_view NameOf(std::string_view path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
 void RemoveEmptyFolder(const std::string& path) {
     Disk().RemoveFromTree(path, {}, true);
 }
@@ -79,14 +75,15 @@ private:
     }
 
     void PutInPlace() {
+        const bool isCopyEmpty = Disk().ListFolder(mCopy).empty();
         mMayBeInPlace = true;
         try {
             Disk().Rename(mCopy, mTo);
         } catch (const host::FileException& exception) {
             const bool isRefused = IsRefusal(exception.SystemError()) || exception.SystemError() == EEXIST;
-            if (!isRefused && FindPresence(Disk(), mCopy) == Presence::Gone) return;
+            if (!isRefused && IsKnownToBeInPlace(isCopyEmpty)) return;
             mMayBeInPlace = !isRefused && !IsKnownToBeAside();
-            // Refused is it when somebody has put something there, or when the volume replaces no folders.
+            // It is refused when somebody has put something there, or when the volume replaces no folders.
             if (!isRefused || !IsEmpty()) throw;
             PutInPlaceOfNothing(exception);
         }
@@ -102,6 +99,12 @@ private:
             if (exception.SystemError() == EEXIST) throw refusal;
             throw;
         }
+    }
+
+    /// That it has lost its hidden name is not enough: somebody else may have removed it.
+    bool IsKnownToBeInPlace(bool isCopyEmpty) const {
+        const auto found = FindPresence(Disk(), {mCopy, mTo});
+        return found[0] == Presence::Gone && found[1] == Presence::There && IsEmpty() == isCopyEmpty;
     }
 
     /// That it stands under its hidden name is not enough: what the volume says after an error may be old.
@@ -163,8 +166,10 @@ void Utilities::CopyDirectoryTree(const UTF16String& from, const UTF16String& to
             ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
             [&copy](desk::WorkProgress& progress) { copy.Run(progress); });
     } catch (const FileException& exception) {
-        copy.MayBeDone() ? desk::TellMayBeCopied(source, exception) : desk::TellNotCopied(source, exception);
-        throw;
+        // A step that was in doubt is none of the user's, once the whole is known to be undone.
+        const FileException reason = exception;
+        copy.MayBeDone() ? desk::TellMayBeCopied(source, reason) : desk::TellNotCopied(source, reason);
+        throw reason;
     }
 }
 
