@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_map>
+#include <optional>
 #include <utility>
 
 namespace desk {
@@ -76,108 +76,32 @@ std::vector<Line> SplitLines(std::string_view text) {
     return lines;
 }
 
-/// Finds for each line of an edited text the line of the original whose place it has: equal lines, told by what
-/// is common at both ends and by lines that stand only once in both texts (patience diff), then lines in the
-/// same order between those.
+/// Finds for a line of an edited text the line of the original whose place it has: equal lines at the beginning
+/// and at the end, and between these the lines in their order.
 class LineAlignment {
 public:
-    static constexpr std::size_t kNew = static_cast<std::size_t>(-1);
-
     LineAlignment(const std::vector<Line>& original, const std::vector<Line>& edited)
-        : mOriginal(original), mEdited(edited), mPlaces(edited.size(), kNew) {
-        std::vector<Range> ranges = {{0, original.size(), 0, edited.size()}};
-        while (!ranges.empty()) {
-            const Range range = ranges.back();
-            ranges.pop_back();
-            Align(range, ranges);
-        }
+        : mOriginalCount(original.size()), mEditedCount(edited.size()) {
+        const auto isEqual = [](const Line& a, const Line& b) { return a.mText == b.mText; };
+        const auto begin =
+            std::mismatch(original.begin(), original.end(), edited.begin(), edited.end(), isEqual).first;
+        mEqualAtBegin = static_cast<std::size_t>(begin - original.begin());
+        const auto most = static_cast<std::ptrdiff_t>(std::min(mOriginalCount, mEditedCount) - mEqualAtBegin);
+        const auto end =
+            std::mismatch(original.rbegin(), original.rbegin() + most, edited.rbegin(), isEqual).first;
+        mEqualAtEnd = static_cast<std::size_t>(end - original.rbegin());
     }
-    /// By the edited text's lines.
-    const std::vector<std::size_t>& Get() const { return mPlaces; }
+
+    /// Absent for a line that has been added.
+    std::optional<std::size_t> PlaceOf(std::size_t edited) const {
+        if (edited >= mEditedCount - mEqualAtEnd) return edited + mOriginalCount - mEditedCount;
+        if (edited >= mOriginalCount - mEqualAtEnd) return std::nullopt;
+        return edited;
+    }
 
 private:
-    struct Range {
-        std::size_t mBegin, mEnd;
-        std::size_t mEditedBegin, mEditedEnd;
-    };
-    using Pair = std::pair<std::size_t, std::size_t>;
-
-    bool IsEqual(std::size_t line, std::size_t edited) const {
-        return mOriginal[line].mText == mEdited[edited].mText;
-    }
-
-    void Align(Range range, std::vector<Range>& further) {
-        while (range.mBegin < range.mEnd && range.mEditedBegin < range.mEditedEnd &&
-               IsEqual(range.mBegin, range.mEditedBegin))
-            mPlaces[range.mEditedBegin++] = range.mBegin++;
-        while (range.mBegin < range.mEnd && range.mEditedBegin < range.mEditedEnd &&
-               IsEqual(range.mEnd - 1, range.mEditedEnd - 1))
-            mPlaces[--range.mEditedEnd] = --range.mEnd;
-        if (range.mBegin == range.mEnd || range.mEditedBegin == range.mEditedEnd) return;
-        const std::vector<Pair> anchors = FindAnchors(range);
-        if (anchors.empty()) return PairUp(range);
-        for (const auto& [line, edited] : anchors) {
-            mPlaces[edited] = line;
-            further.push_back({range.mBegin, line, range.mEditedBegin, edited});
-            range.mBegin = line + 1;
-            range.mEditedBegin = edited + 1;
-        }
-        further.push_back(range);
-    }
-
-    void PairUp(const Range& range) {
-        const std::size_t count = std::min(range.mEnd - range.mBegin, range.mEditedEnd - range.mEditedBegin);
-        for (std::size_t i = 0; i < count; ++i) mPlaces[range.mEditedBegin + i] = range.mBegin + i;
-    }
-
-    /// The longest run, in the order of both texts, of lines that stand once in each.
-    std::vector<Pair> FindAnchors(const Range& range) const {
-        struct Places {
-            std::size_t mCount = 0, mEditedCount = 0;
-            std::size_t mEdited = 0;
-        };
-        std::unordered_map<std::string_view, Places> texts;
-        for (std::size_t i = range.mEditedBegin; i < range.mEditedEnd; ++i) {
-            Places& places = texts[mEdited[i].mText];
-            ++places.mEditedCount;
-            places.mEdited = i;
-        }
-        for (std::size_t i = range.mBegin; i < range.mEnd; ++i)
-            if (const auto found = texts.find(mOriginal[i].mText); found != texts.end()) ++found->second.mCount;
-        std::vector<Pair> unique;
-        for (std::size_t i = range.mBegin; i < range.mEnd; ++i) {
-            const auto found = texts.find(mOriginal[i].mText);
-            if (found == texts.end() || found->second.mCount != 1 || found->second.mEditedCount != 1) continue;
-            unique.emplace_back(i, found->second.mEdited);
-        }
-        return LongestRise(unique);
-    }
-
-    static std::vector<Pair> LongestRise(const std::vector<Pair>& pairs) {
-        // By length: the pair with the smallest end among the rises of that length. And each pair's
-        // predecessor.
-        std::vector<std::size_t> tops;
-        std::vector<std::size_t> before(pairs.size(), kNew);
-        for (std::size_t i = 0; i < pairs.size(); ++i) {
-            const auto at = std::lower_bound(tops.begin(), tops.end(), i, [&](std::size_t a, std::size_t b) {
-                return pairs[a].second < pairs[b].second;
-            });
-            if (at != tops.begin()) before[i] = *std::prev(at);
-            if (at == tops.end())
-                tops.push_back(i);
-            else
-                *at = i;
-        }
-        std::vector<Pair> rise;
-        for (std::size_t i = tops.empty() ? kNew : tops.back(); i != kNew; i = before[i])
-            rise.push_back(pairs[i]);
-        std::reverse(rise.begin(), rise.end());
-        return rise;
-    }
-
-    const std::vector<Line>& mOriginal;
-    const std::vector<Line>& mEdited;
-    std::vector<std::size_t> mPlaces;
+    std::size_t mOriginalCount, mEditedCount;
+    std::size_t mEqualAtBegin = 0, mEqualAtEnd = 0;
 };
 
 /// Empty when the lines end in more than one way.
@@ -235,16 +159,15 @@ std::string EditedText::ToBytes(std::u16string_view editorText) const {
     const std::string editedBytes = ToEditedBytes(editorText, keepsLineSeparators);
     std::vector<Line> edited = SplitLines(editedBytes);
     const std::string_view onlyEnd = FindOnlyEnd(original);
-    std::vector<std::size_t> places;
-    if (onlyEnd.empty()) places = LineAlignment(original, edited).Get();
+    const LineAlignment alignment(original, edited);
 
     std::string bytes(mBytes.starts_with(kByteOrderMark) ? kByteOrderMark : std::string_view());
     std::string_view end = onlyEnd.empty() ? original.front().mEnd : onlyEnd;
     for (std::size_t i = 0; i < edited.size(); ++i) {
         bytes += edited[i].mText;
         if (i + 1 == edited.size()) break;
-        if (onlyEnd.empty() && places[i] != LineAlignment::kNew && !original[places[i]].mEnd.empty())
-            end = original[places[i]].mEnd;
+        const auto place = alignment.PlaceOf(i);
+        if (place && !original[*place].mEnd.empty()) end = original[*place].mEnd;
         bytes += end;
     }
     return bytes;

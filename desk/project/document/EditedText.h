@@ -41,10 +41,11 @@ public:
 
     host::UTF16String GetEditorText() const;
 
-    /// The bytes that stand for what the editor shows now: lines that were there already end as they did, a
-    /// changed line as the one in its place did, and new lines as the one before them (in a text without any
-    /// line end: '\n'). A U+2028 becomes a line end unless the text had one before: editors insert it for
-    /// Shift+Return. What no text file holds (NUL, half a surrogate pair) becomes U+FFFD.
+    /// The bytes that stand for what the editor shows now. Lines before the first change and behind the last
+    /// one end as they did. Between these a line ends as the one in its place did, and lines beyond those as
+    /// the line before them (in a text without any line end: '\n'). A U+2028 becomes a line end unless the text
+    /// had one before: editors insert it for Shift+Return. What no text file holds (NUL, half a surrogate pair)
+    /// becomes U+FFFD.
     std::string ToBytes(std::u16string_view editorText) const;
 
 private:

@@ -76,7 +76,7 @@ TEST(EditedText, EditsTakeTheLineEndsOfTheirPlace) {
         {"behind a last line without end", "a\r\nb\nc\rd", u"a\nb\nc\nd\ne", "a\r\nb\nc\rd\re"},
         {"edits in two places", "1\r\n2\n3\r\n4\n5", u"1x\n2\n3\n4y\n5", "1x\r\n2\n3\r\n4y\n5"},
         {"lines inserted and removed", "1\n2\n3\r\n4\r5\n6\n", u"1\nnew\nnew\n2\n4\n5\n6\n",
-         "1\nnew\nnew\n2\n4\r5\n6\n"},
+         "1\nnew\nnew\r\n2\r\n4\r5\n6\n"},
         {"the last end removed", "1\r\n2\n", u"1\n2", "1\r\n2"},
         {"mark", std::string(kMark) + "a", u"b", std::string(kMark) + "b"},
         {"U+2029 from the editor", "a\r\nb", u"a\u2029b", "a\r\nb"},
