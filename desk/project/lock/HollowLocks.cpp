@@ -1,5 +1,7 @@
 #include "desk/project/lock/HollowLocks.h"
 
+#include <cerrno>
+
 #include "desk/core/durable/Presence.h"
 #include "desk/core/edges/Desktop.h"
 #include "desk/core/log/Log.h"
@@ -16,22 +18,31 @@ bool IsAbandoned(const TargetedTemporary& temporary, const Desktop& desktop) {
     return temporary.mOwner.IsGone(desktop) || IsStrayLock(temporary.mOwner.mRecord.mNonce);
 }
 
-std::string ReadBytes(FileSystem& fileSystem, const std::string& path) {
+/// What the volume says of a lock that may be hollow.
+struct HollowLook {
+    std::optional<HollowLock> mLock;
+    /// False while the volume does not tell: then the lock may be hollow.
+    bool mIsTold = true;
+};
+
+/// Empty when nothing stands there, absent when the volume does not tell.
+std::optional<std::string> ReadBytes(FileSystem& fileSystem, const std::string& path) {
     try {
         return fileSystem.ReadSmallFile(path, kLockFileLimit);
-    } catch (const host::FileException&) {
-        return {};
+    } catch (const host::FileException& exception) {
+        return exception.SystemError() == ENOENT ? std::optional(std::string()) : std::nullopt;
     }
 }
 
-/// What stands at `path`, if it is the beginning of the record in `temporary`.
-std::optional<HollowLock> FindHollow(FileSystem& fileSystem, const Desktop& desktop, const std::string& path,
-                                     const std::string& temporary) {
-    const std::string record = ReadBytes(fileSystem, temporary);
+/// What stands at `path` is hollow if it is the beginning of the record in `temporary`.
+HollowLook FindHollow(FileSystem& fileSystem, const Desktop& desktop, const std::string& path,
+                      const std::string& temporary) {
+    const std::optional<std::string> record = ReadBytes(fileSystem, temporary);
     const auto seen = LockProtocol(fileSystem, desktop).Look(path);
-    const bool isHollow = ParseLockRecord(record).mIsReadable && seen && seen->mBytes &&
-                          record.starts_with(*seen->mBytes) && !ParseLockRecord(*seen->mBytes).mIsReadable;
-    return isHollow ? std::optional(HollowLock{path, temporary, *seen}) : std::nullopt;
+    if (!record || (seen && seen->mSystemError != 0)) return {.mLock = {}, .mIsTold = false};
+    const bool isHollow = ParseLockRecord(*record).mIsReadable && seen && seen->mBytes &&
+                          record->starts_with(*seen->mBytes) && !ParseLockRecord(*seen->mBytes).mIsReadable;
+    return {.mLock = isHollow ? std::optional(HollowLock{path, temporary, *seen}) : std::nullopt};
 }
 
 /// False while it cannot be read, and while it is listed although nothing is there by its name, which may be
@@ -63,8 +74,9 @@ std::optional<HollowLock> SweepLockTemporary(FileSystem& fileSystem, const Deskt
     for (const std::string& name : names) {
         if (IsTemporaryName(name) || !temporary.IsFor(name)) continue;
         const std::string lock = JoinPath<std::string>(FolderOf(path), name);
-        if (auto hollow = FindHollow(fileSystem, desktop, lock, path)) return hollow;
-        if (!IsSettled(fileSystem, desktop, lock)) return {};
+        HollowLook look = FindHollow(fileSystem, desktop, lock, path);
+        if (look.mLock) return look.mLock;
+        if (!look.mIsTold || !IsSettled(fileSystem, desktop, lock)) return {};
     }
     Remove(fileSystem, path);
     return {};
@@ -75,10 +87,13 @@ void SweepHollowLock(FileSystem& fileSystem, const Desktop& desktop, const Hollo
     const LockRecord mine = MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
     const LockBreaking breaking = protocol.Break(lock.mPath, lock.mSeen, mine, [] { return true; });
     protocol.DropRemains();
-    if (breaking.mOutcome == LockBreaking::Outcome::Broken)
+    if (breaking.mOutcome == LockBreaking::Outcome::Broken) {
         Log(LogLevel::Info, "removed a lock that was never written to its end: " + lock.mPath);
-    else if (FindHollow(fileSystem, desktop, lock.mPath, lock.mTemporary))
-        return;  // Until the next sweep.
+    } else {
+        const HollowLook look = FindHollow(fileSystem, desktop, lock.mPath, lock.mTemporary);
+        // Otherwise the temporary stays until the next sweep: it is the only proof.
+        if (look.mLock || !look.mIsTold || !IsSettled(fileSystem, desktop, lock.mPath)) return;
+    }
     Remove(fileSystem, lock.mTemporary);
 }
 

@@ -341,6 +341,7 @@ TEST_P(LockProtocolTest, SweepsAHollowLockThatStaysAsItIsAndThatATemporaryOfOurD
         {"made anew meanwhile", "", true, true,
          [&] { mFolder.Remove(kLock), usleep(20'000), mFolder.Write(kLock); }},
         {"given up meanwhile", "", false, false, [&] { mFolder.Remove(kLock); }},
+        {"not told meanwhile", "", true, true, [&] { mDisk.Deny(mPath, EIO); }},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.mName);
@@ -352,6 +353,7 @@ TEST_P(LockProtocolTest, SweepsAHollowLockThatStaysAsItIsAndThatATemporaryOfOurD
         const auto hollow = desk::SweepLeftovers(mDisk, mDesktop, mFolder.Path());
         if (c.mMeanwhile) c.mMeanwhile();
         for (const desk::HollowLock& lock : hollow) desk::SweepHollowLock(mDisk, mDesktop, lock);
+        mDisk.Allow(mPath);
         EXPECT_EQ(mFolder.Exists(kLock), c.mIsLockLeft);
         EXPECT_EQ(mFolder.Exists(temporary), c.mIsTemporaryLeft);
         EXPECT_EQ(NamesIn().size(), std::size_t(c.mIsLockLeft) + c.mIsTemporaryLeft) << "no guard stays";
