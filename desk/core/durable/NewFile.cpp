@@ -54,7 +54,10 @@ void MakeNewFolder(const std::string& path) {
         Disk().CreateFolder(path);
     } catch (const host::FileException& exception) {
         const int error = exception.SystemError();
-        if (error == EEXIST || IsRefusal(error) || FindPresence(Disk(), path) != Presence::There) throw;
+        if (error == EEXIST || IsRefusal(error)) throw;
+        const Presence presence = FindPresence(Disk(), path);
+        if (presence == Presence::NotTold) throw MoveInDoubt(exception, path, path);
+        if (presence == Presence::Gone) throw;
         Log(LogLevel::Info, std::string("done nevertheless: ") + exception.what());
     }
 }

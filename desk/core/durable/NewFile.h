@@ -18,8 +18,8 @@ class FileSystem;
 ZUHOST_API void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mode);
 
 /// Makes the folder `path`, for which a look has found the place free: what stands there after a reply was lost
-/// is taken for it. Throws with EEXIST when something stands there before. Where names are kept for longer than
-/// anybody waits, the folder may have been made although this throws. Uses `GetServices()`.
+/// is taken for it. Throws with EEXIST when something stands there before, and `MoveInDoubt` when the volume
+/// does not tell whether the folder was made. Uses `GetServices()`.
 ZUHOST_API void MakeNewFolder(const std::string& path);
 
 /// The same as `MakeNewFile` for a name that nobody else can have chosen (`MakeNonce`). Its content is durable,

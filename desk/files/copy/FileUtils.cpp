@@ -55,10 +55,7 @@ void FileUtils::CreateNewDirectory(const UTF16String& path) {
         Dir(path).Create();
     } catch (const FileException& exception) {
         // Somebody may have made it meanwhile.
-        if (!Dir(path).Exists())
-            desk::TellUser(ZString("$$$/Vantor/Desk/Files/FolderNotMade=The folder “@0” could not be made. @1",
-                                   {PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(path)),
-                                    desk::DescribeReason(exception)}));
+        if (!Dir(path).Exists()) desk::TellFolderNotMade(PathUtils::ToNormalizedPath(path), exception);
         throw;
     }
 }

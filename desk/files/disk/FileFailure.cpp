@@ -87,4 +87,13 @@ void TellNotMoved(const host::UTF16String& path, const host::FileException& exce
     Tell("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", path, exception);
 }
 
+void TellFolderNotMade(const host::UTF16String& path, const host::FileException& exception) {
+    const char* const text =
+        dynamic_cast<const MoveInDoubt*>(&exception)
+            ? "$$$/Vantor/Desk/Files/FolderMayBeMade=The folder “@0” may have been made, or may not: the volume "
+              "does not tell. @1"
+            : "$$$/Vantor/Desk/Files/FolderNotMade=The folder “@0” could not be made. @1";
+    Tell(text, path, exception);
+}
+
 }  // namespace desk

@@ -21,6 +21,10 @@ ZUHOST_API host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path,
 ZUHOST_API void TellNotCopied(const host::UTF16String& path, const host::FileException& exception);
 ZUHOST_API void TellNotMoved(const host::UTF16String& path, const host::FileException& exception);
 
+/// Tells the user that the folder `path` was not made, and why, or that it may have been (`MoveInDoubt`). UI
+/// thread.
+void TellFolderNotMade(const host::UTF16String& path, const host::FileException& exception);
+
 /// Tells the user that it is not known whether the item at `path` was copied, and why. UI thread.
 ZUHOST_API void TellMayBeCopied(const host::UTF16String& path, const host::FileException& exception);
 
