@@ -194,18 +194,19 @@ bool IsOfThisMachine(const LockRecord& record, const Desktop& desktop) {
            !record.mMachine.empty() && record.mMachine == desktop.MachineName();
 }
 
-bool IsProcessGone(const LockRecord& record, const Desktop& desktop) {
+ProcessState FindProcessState(const LockRecord& record, const Desktop& desktop) {
     const std::string bootID = desktop.BootID();
-    if (record.mBootID.empty() || bootID.empty()) return false;
-    if (record.mBootID != bootID) return true;
-    if (record.mPidNamespace == 0 || record.mPidNamespace != GetOwnPidNamespace()) return false;
-    if (std::optional<ProcessFacts> process = ReadProcessFacts(record.mPid))
-        return process->mHasEnded || process->mStart != record.mProcessStart;
-    return IsPidFree(record.mPid);
+    if (record.mBootID.empty() || bootID.empty()) return ProcessState::Unknown;
+    if (record.mBootID != bootID) return ProcessState::Gone;
+    if (record.mPidNamespace == 0 || record.mPidNamespace != GetOwnPidNamespace()) return ProcessState::Unknown;
+    const std::optional<ProcessFacts> process = ReadProcessFacts(record.mPid);
+    if (!process) return IsPidFree(record.mPid) ? ProcessState::Gone : ProcessState::Unknown;
+    const bool isGone = process->mHasEnded || process->mStart != record.mProcessStart;
+    return isGone ? ProcessState::Gone : ProcessState::Alive;
 }
 
 bool IsLockStale(const LockRecord& record, const Desktop& desktop) {
-    return IsOfThisMachine(record, desktop) && IsProcessGone(record, desktop);
+    return IsOfThisMachine(record, desktop) && FindProcessState(record, desktop) == ProcessState::Gone;
 }
 
 }  // namespace desk

@@ -61,10 +61,18 @@ ZUHOST_API bool AreOfOneProcess(const LockRecord& a, const LockRecord& b);
 /// an id. Any thread.
 ZUHOST_API bool IsOfThisMachine(const LockRecord& record, const Desktop& desktop);
 
-/// True when the process that a record of this machine names is known to be gone: it is of an earlier boot, or
-/// of this pid namespace and has ended (or its pid is another process's now). Looks at nothing else of the
-/// record. Any thread; reads /proc only.
-ZUHOST_API bool IsProcessGone(const LockRecord& record, const Desktop& desktop);
+/// What this machine knows of a process.
+enum class ProcessState {
+    Alive,
+    Gone,
+    /// Of another pid namespace, or what is needed to tell is not known.
+    Unknown,
+};
+
+/// What has become of the process that a record of this machine names. Gone: it is of an earlier boot, or of
+/// this pid namespace and has ended (or its pid is another process's now). Looks at nothing else of the record.
+/// Any thread; reads /proc only.
+ZUHOST_API ProcessState FindProcessState(const LockRecord& record, const Desktop& desktop);
 
 /// True when the lock's holder is known to be gone: the lock is of this machine, and its process is gone. Never
 /// true for an unreadable record or another machine's. Any thread; reads /proc only.

@@ -53,7 +53,7 @@ OwnerStanding FindOwnerStanding(const LockRecord& owner, const std::string& fold
         AreOfOneBoot(owner, own) && owner.mPidNamespace != 0 && owner.mPidNamespace == own.mPidNamespace;
     if (!isComparable) return OwnerStanding::Unknown;
     // Of this boot, whatever the machine was called when it was written.
-    return IsProcessGone(owner, desktop) ? OwnerStanding::Gone : OwnerStanding::Living;
+    return FindProcessState(owner, desktop) == ProcessState::Gone ? OwnerStanding::Gone : OwnerStanding::Living;
 }
 
 }  // namespace desk

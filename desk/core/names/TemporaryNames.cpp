@@ -115,7 +115,7 @@ bool IsTemporaryOfDead(std::string_view name, const Desktop& desktop) {
 
 bool TemporaryOwner::IsGone(const Desktop& desktop) const {
     return mMachineDigest == MakeMachineDigest(desktop.MachineID(), desktop.MachineName()) &&
-           IsProcessGone(mRecord, desktop);
+           FindProcessState(mRecord, desktop) == ProcessState::Gone;
 }
 
 bool TargetedTemporary::IsFor(std::string_view target) const {

@@ -40,7 +40,7 @@ ZUHOST_API bool IsTemporaryName(std::string_view name);
 struct TemporaryOwner {
     /// A digest of the machine's id and name: machines that were cloned share an id, but hardly a name.
     std::string mMachineDigest;
-    /// Its nonce, and what `IsProcessGone` looks at; the rest is not known.
+    /// Its nonce, and what `FindProcessState` looks at; the rest is not known.
     LockRecord mRecord;
 
     /// True when the process is known to be gone, by the rule of `IsLockStale`. Reads /proc only.

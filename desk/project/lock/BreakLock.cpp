@@ -68,6 +68,18 @@ UTF16String TimeText(std::int64_t secondsSinceEpoch, std::int64_t now) {
     return ToUTF16(locale.toString(time, QLocale::ShortFormat));
 }
 
+/// Empty when it is not known.
+UTF16String DescribeLivingHolder(const LockRecord& record) {
+    const Desktop& desktop = *GetServices().mDesktop;
+    const bool isAlive =
+        IsOfThisMachine(record, desktop) && FindProcessState(record, desktop) == ProcessState::Alive;
+    if (!isAlive) return {};
+    return u"\n\n" + host::ZString(
+                         "$$$/Desk/BreakLock/Alive=The program that holds the lock is still running on this "
+                         "machine, as process @0. Close the project there, if you can.",
+                         {host::NumberToString(static_cast<long long>(record.mPid))});
+}
+
 bool Confirm(const UTF16String& path, const StandingLock& lock) {
     const UTF16String text = host::ZString(
         "$$$/Desk/BreakLock/Question=“@0” is locked by @1.\n\nIf it is still open there, changes "
@@ -78,7 +90,7 @@ bool Confirm(const UTF16String& path, const StandingLock& lock) {
         {NameOfProject(path), DescribeHolder(lock.mRecord)});
     const Answer answer =
         GetServices().mDialogs->Ask({.mTitle = Title(),
-                                     .mText = text,
+                                     .mText = text + DescribeLivingHolder(lock.mRecord),
                                      .mButtons = {host::ZString("$$$/Desk/Dialogs/Cancel=Cancel"),
                                                   host::ZString("$$$/Desk/BreakLock/Break=Break Lock")},
                                      .mCancel = 0,

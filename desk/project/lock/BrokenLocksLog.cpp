@@ -63,6 +63,7 @@ void AddLine(FileSystem& fileSystem, const std::string& path, const std::string&
 void Append(const std::string& trashFolder, const std::string& line) {
     FileSystem& fileSystem = *GetServices().mFileSystem;
     try {
+        if (!IsTrashFolderThere(fileSystem, trashFolder)) return;
         MakeTrashRecordsFolder(fileSystem, trashFolder);
         AddLine(fileSystem, JoinPath(GetTrashRecordsFolder(trashFolder), kFileName), line);
     } catch (const host::FileException& exception) {

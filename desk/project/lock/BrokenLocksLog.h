@@ -11,7 +11,8 @@ namespace desk {
 /// production's trash. A line is one JSON object: "brokenAt" (UTC, ISO 8601), "user" and "machine" (who broke),
 /// "project" (bytes relative to the production's folder, percent-encoded as by RFC 3986), "owner" and
 /// "ownerMachine" (both empty for a lock that could not be read), "takenAt" (likewise) and "nonce". Nothing is
-/// done for a project outside the open production. Written by a worker; a failure is logged. UI thread.
+/// done for a project outside the open production, nor while that has no trash folder. Written by a worker; a
+/// failure is logged. UI thread.
 ZUHOST_API void LogBrokenLock(const host::UTF16String& project, const LockRecord& broken);
 
 }  // namespace desk

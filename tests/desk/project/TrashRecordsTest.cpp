@@ -111,6 +111,9 @@ TEST_F(TrashRecordsTest, BrokenLocksAreLoggedBesideThem) {
         desk::LogBrokenLock(mFolder.PathUTF16(project), record);
         mMain.RunUntilIdle();
     };
+    logBroken("Production/x.zuproj", broken);
+    EXPECT_FALSE(mFolder.Exists(mTrash)) << "nothing was moved there";
+    mFolder.MakeFolder(mTrash);
     logBroken("Production/Day 1/R\u00f6lle.zuproj", broken);
     logBroken("Production/x.zuproj", {});
     logBroken("Outside/x.zuproj", broken);
