@@ -138,7 +138,7 @@ void ExpectTruth(const UserOperation& operation, State state, const std::string&
     EXPECT_TRUE(!told.empty() || state == State::Done || operation.mMayBeSilent) << "nobody was told";
     const bool isOpen = Contains(told, "\\bmay\\b|still there|also stands");
     EXPECT_TRUE(isOpen || state != State::Between) << "it is at both places, and nobody was told";
-    const char* const denials[] = {"not (moved|renamed)", "not (copied|made|created|added)", "not saved",
+    const char* const denials[] = {"not (moved|renamed)", "not (be )?(copied|made|created|added)", "not saved",
                                    "not opened", "cannot be locked"};
     const bool isDenied = Contains(told, denials[static_cast<int>(operation.mKind)]);
     EXPECT_TRUE(isOpen || !isDenied || state == State::NotDone) << "it is not as it was told";
@@ -255,11 +255,11 @@ bool CheckOutcome(const UserOperation& operation, Stack& stack, const std::vecto
     return state == State::Done;
 }
 
-void CheckNothingIsLeft(const std::string& folder, const std::vector<std::string>& told, bool mayBeLeft) {
+void CheckNothingIsLeft(const std::string& folder, const std::vector<std::string>& told, bool keepsNames) {
     RecordingDesktop desktop;
-    if (mayBeLeft) Sweep(folder, desktop);
+    if (keepsNames) Sweep(folder, desktop);
     for (const std::string& name : FindHiddenNames(folder))
-        EXPECT_TRUE(desk::IsTemporaryName(name) || (mayBeLeft && IsMoveInDoubt(told))) << "left: " << name;
+        EXPECT_TRUE(desk::IsTemporaryName(name) || (keepsNames && IsMoveInDoubt(told))) << "left: " << name;
     // The next start of the machine.
     desktop.mBootID.back() = 'f';
     Sweep(folder, desktop);

@@ -52,7 +52,8 @@ bool CheckOutcome(const UserOperation& operation, Stack& stack, const std::vecto
                   bool keepsNames = false);
 
 /// Expects that neither locks nor guards are left in the production `folder`, and no temporaries but those that
-/// the machine removes at its next start, or that were told. They `mayBeLeft` until its folders are listed
-/// again (after a move in doubt: until the next start) where names are kept for longer than locks are looked
-/// for, and where a lock is created and then written, as without links.
-void CheckNothingIsLeft(const std::string& folder, const std::vector<std::string>& told, bool mayBeLeft);
+/// the machine removes at its next start, or that were told. Where a volume `keepsNames` for longer than
+/// anybody waits, they may be left until its folders are listed again (after a move in doubt: until the next
+/// start).
+void CheckNothingIsLeft(const std::string& folder, const std::vector<std::string>& told,
+                        bool keepsNames = false);

@@ -102,12 +102,12 @@ LockTaking LockProtocol::Take(const std::string& lockPath, const LockRecord& min
     const bool isGoodRecord = ParseLockRecord(WriteLockRecord(mine)).mIsReadable;
     if (!isGoodRecord) return {LockTaking::Outcome::Failed, {}, EINVAL};
     if (NameOf(lockPath).size() > kLongestName) return {LockTaking::Outcome::Failed, {}, ENAMETOOLONG};
-    LockTaking taking = TakeOnce(lockPath, mine);
+    LockTaking taking = TakeForSure(lockPath, mine);
     for (int round = 0; round < kMostRounds && IsWorthAnother(taking); ++round) {
         const bool isStale = taking.mOutcome == LockTaking::Outcome::Held;
         if (isStale && !RemoveDead(lockPath, taking.mRecord.mNonce, mine))
             std::this_thread::sleep_for(kBetweenRounds);
-        taking = TakeOnce(lockPath, mine);
+        taking = TakeForSure(lockPath, mine);
     }
     if (taking.mOutcome == LockTaking::Outcome::Ours)
         std::erase_if(mRemains, [&](const LockRemains& remains) { return remains.mPath == lockPath; });
@@ -118,6 +118,43 @@ LockTaking LockProtocol::Take(const std::string& lockPath, const LockRecord& min
 bool LockProtocol::IsWorthAnother(const LockTaking& taking) const {
     if (taking.mOutcome == LockTaking::Outcome::Failed) return taking.mSystemError == EEXIST;
     return taking.mOutcome == LockTaking::Outcome::Held && IsLockStale(taking.mRecord, mDesktop);
+}
+
+/// After a lost reply the lock may be ours although nothing, or an empty file, seems to stand there: that is
+/// found out when the caches have run out.
+LockTaking LockProtocol::TakeForSure(const std::string& lockPath, const LockRecord& mine) {
+    LockTaking taking = TakeOnce(lockPath, mine);
+    const auto doubt = std::ranges::find_if(mRemains, [&](const LockRemains& remains) {
+        return remains.mPath == lockPath && remains.mNonce == mine.mNonce;
+    });
+    if (doubt == mRemains.end()) return taking;
+    const std::string temporary = doubt->mTemporary;
+    const bool isFresh = mFileSystem.WaitForCaches(FolderOf(lockPath));
+    const Content found = Read(lockPath);
+    if (found.Bears(mine.mNonce)) {
+        if (!temporary.empty()) RemoveOwnOrKeep(temporary, {});
+        return {LockTaking::Outcome::Ours, mine, 0};
+    }
+    if (found.mRecord.mIsReadable) return {LockTaking::Outcome::Held, found.mRecord, 0};
+    return isFresh && !temporary.empty() && RemoveOwnHollow(lockPath, mine) ? TakeOnce(lockPath, mine) : taking;
+}
+
+/// Removes a lock that only this attempt can have made, and that was not written to its end. Whoever makes a
+/// lock has a temporary beside it until it is written: where only ours stands, nobody else is making one.
+bool LockProtocol::RemoveOwnHollow(const std::string& lockPath, const LockRecord& mine) {
+    const std::string name = NameOf(lockPath);
+    const std::string own = MakeTemporaryNameFor(TemporaryPurpose::Lock, name, mine);
+    const auto isOurAttemptAlone = [&] {
+        std::vector<FolderEntry> entries;
+        if (ErrorOf([&] { entries = mFileSystem.ListFolder(FolderOf(lockPath)); }) != 0) return false;
+        return HasName(entries, own) && std::ranges::none_of(entries, [&](const FolderEntry& entry) {
+                   const auto temporary = ParseTargetedTemporary(entry.mName);
+                   return entry.mName != own && temporary && temporary->IsFor(name);
+               });
+    };
+    const std::optional<LockSnapshot> seen = Look(lockPath);
+    return seen && seen->mBytes && WriteLockRecord(mine).starts_with(*seen->mBytes) &&
+           Break(lockPath, *seen, mine, isOurAttemptAlone).mOutcome == LockBreaking::Outcome::Broken;
 }
 
 LockTaking LockProtocol::TakeOnce(const std::string& lockPath, const LockRecord& mine) {

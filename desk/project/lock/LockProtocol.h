@@ -176,6 +176,8 @@ private:
     LockReport LookAtOwn(const std::string& lockPath, const std::string& nonce);
     LockReport FindOutAboutAbsence(const std::string& lockPath);
     bool IsWorthAnother(const LockTaking& taking) const;
+    LockTaking TakeForSure(const std::string& lockPath, const LockRecord& mine);
+    bool RemoveOwnHollow(const std::string& lockPath, const LockRecord& mine);
     LockTaking TakeOnce(const std::string& lockPath, const LockRecord& mine);
     LockTaking Judge(const std::string& lockPath, const LockRecord& mine, int systemError);
     void Settle(const LockTaking& taking, int systemError, bool isWritten, LockRemains attempt);

@@ -327,6 +327,9 @@ private:
 TEST_F(LockKeeperTest, ALockThatWasMadeAndNotWrittenGoesAfterAWhileWhereverItStands) {
     const ExpectLogged told("");
     mFolder.MakeFolder("A");
+    const std::string other = desk::MakeTemporaryNameFor(desk::TemporaryPurpose::Lock, ".Reel 1.zuproj.lock",
+                                                         MakeForeignRecord(mDesktop));
+    mFolder.Write("Day 1/" + other);
     for (const char* place : {"Day 1", "Day 2", "A/Day 3"}) {
         SCOPED_TRACE(place);
         const std::string now = mFolder.Exists("Day 2") ? "Day 2" : "Day 1";
@@ -339,9 +342,12 @@ TEST_F(LockKeeperTest, ALockThatWasMadeAndNotWrittenGoesAfterAWhileWhereverItSta
         if (place == std::string("A/Day 3")) {
             EXPECT_FALSE(Create("A/Day 3/Reel 1.zuproj")) << "for now";
         }
-        EXPECT_TRUE(mMain.AdvanceAloneUntil([&] { return NamesIn(place) == Names{"Reel 1.zuproj"}; }));
+        EXPECT_TRUE(mMain.AdvanceAloneUntil([&] { return NamesIn(place) == Names{other, "Reel 1.zuproj"}; }));
         mMain.Advance(1s);  // What swept has its last word before the disk goes.
     }
+    mFolder.Remove("A/Day 3/" + other);
+    const HollowDisk disk([] {});
+    EXPECT_TRUE(Create("A/Day 3/Reel 1.zuproj")) << "nobody else can have made it";
 }
 
 TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListedUnderItsName) {
