@@ -1,6 +1,9 @@
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "desk/core/durable/NewFile.h"
 #include "desk/core/durable/ReplaceFile.h"
@@ -9,6 +12,20 @@
 #include "tests/support/TwoStepDisk.h"
 
 using Outcome = desk::FileReplacement::Outcome;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The paths of the files and folders that this thread flushes.
+thread_local std::vector<std::string>* sFlushed = nullptr;
+
+}  // namespace
+
+/// In place of the C library's.
+extern "C" int fsync(int file) {
+    if (sFlushed) sFlushed->push_back(fs::read_symlink("/proc/self/fd/" + std::to_string(file)));
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
 
 namespace {
 
@@ -52,6 +69,13 @@ TEST_F(ReplaceFileTest, WritesAllOrLeavesTheOldFileAndNothingElse) {
     mDisk.ResetCounts();
     EXPECT_EQ(ErrorOfReplace("settings", "first"), 0);
     EXPECT_EQ(mDisk.Count(Operation::Any), 4) << "look for the mode, write, rename, flush the folder";
+    std::vector<std::string> flushed;
+    sFlushed = &flushed;
+    EXPECT_EQ(ErrorOfReplace("settings", "second"), 0);
+    sFlushed = nullptr;
+    ASSERT_EQ(flushed.size(), 2u);
+    EXPECT_TRUE(fs::path(flushed[0]).filename().string().starts_with('.')) << "the temporary";
+    EXPECT_EQ(flushed[1], mFolder.Path());
     EXPECT_EQ(Mode("settings"), 0604u);
     chmod(mFolder.Path("settings").c_str(), 0640);
     const std::string large(3'000'000, 'z');

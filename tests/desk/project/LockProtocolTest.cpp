@@ -84,6 +84,12 @@ TEST_P(LockProtocolTest, IsTakenOnceAndGivenUpByItsOwner) {
     EXPECT_EQ(mProtocol.Release(mPath, Foreign().mNonce), LockRelease::NotOurs);
     EXPECT_EQ(NamesIn(), kOnlyLock);
 
+    struct : desk::PosixFileSystem {
+        void Link(const std::string&, const std::string&) override {}
+    } lyingDisk;
+    EXPECT_EQ(LockProtocol(lyingDisk, mDesktop).Take(mPath, Foreign()).mOutcome, LockTaking::Outcome::Held)
+        << "a link that says that it was made";
+
     mDisk.SetGone(true);
     EXPECT_EQ(mProtocol.Release(mPath, mine.mNonce), LockRelease::Retry);
     EXPECT_EQ(Take(Mine()), LockTaking::Outcome::Failed);

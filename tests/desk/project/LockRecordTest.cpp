@@ -122,7 +122,8 @@ TEST_F(StaleLock, OfElsewhereOrUnreadableIsHeld) {
     ASSERT_TRUE(IsStale());
     const LockRecord stale = mRecord;
     const std::pair<const char*, std::function<void()>> cases[] = {
-        {"another container", [&] { ++mRecord.mPidNamespace, mRecord.mBootID = mDesktop.mBootID; }},
+        {"another container",
+         [&] { ++mRecord.mPidNamespace, ++mRecord.mProcessStart, mRecord.mBootID = mDesktop.mBootID; }},
         {"another machine", [&] { mRecord.mMachineID = "another"; }},
         {"a clone of this machine", [&] { mRecord.mMachine = u"edit-bay-2"; }},
         {"unreadable", [&] { mRecord.mIsReadable = false; }},
