@@ -55,9 +55,9 @@ public:
         : VolumeJob(std::move(figure), kRuns),
           mProfile(QString::fromStdString(parent + "/production-desk-XXXXXX")),
           mFile(mProfile.path().toStdString() + "/Production Panel Settings") {
-        JSONObject layouts;
+        JSONMemberTexts layouts;
         for (int i = 0; i < kProductions; ++i)
-            AddToObject(layouts, UTF16to8(ProductionPath(i)), MakeState(ProductionPath(i)));
+            layouts[UTF16to8(ProductionPath(i))] = GetJSONString(ToJSON(MakeState(ProductionPath(i))));
         Write(FormatLayouts(layouts));
     }
 

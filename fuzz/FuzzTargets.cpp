@@ -38,7 +38,7 @@ bool IsUsable(const SharedProjectsTabView::StateData& state, const UTF16String& 
 }
 
 void ReadPanelSettings(std::string_view input) {
-    JSONObject layouts;
+    JSONMemberTexts layouts;
     try {
         layouts = ParseLayouts(MakeSettingsFile(input));
     } catch (const JSONParseError&) {
@@ -46,17 +46,20 @@ void ReadPanelSettings(std::string_view input) {
     } catch (const JSONBadCast&) {
         return;
     }
-    const ProductionStateData read = ReadLayouts(layouts);
-    JSONObject records;
-    for (const auto& [production, state] : read) {
-        Require(IsUsable(state, production), "what is read can be used");
-        AddToObject(records, UTF16to8(production), state);
+    Require(ParseLayouts(FormatLayouts(layouts)) == layouts, "what others have written stays");
+    JSONMemberTexts records;
+    ProductionStateData read;
+    for (const auto& layout : layouts) {
+        const UTF16String production = PathUtils::ToNormalizedPath(UTF8to16(layout.first));
+        const auto state = FindLayout(layouts, production);
+        if (!state) continue;
+        Require(IsUsable(*state, production), "what is read can be used");
+        records[UTF16to8(production)] = GetJSONString(ToJSON(*state));
+        read[production] = *state;
     }
-    Require(ReadLayouts(ParseLayouts(FormatLayouts(records))) == read,
-            "records come back as they were written");
-    const std::string written = FormatLayouts(layouts);
-    const JSONObject again = ParseLayouts(written);
-    Require(FormatLayouts(again) == written && ReadLayouts(again) == read, "what others have written stays");
+    records = ParseLayouts(FormatLayouts(records));
+    for (const auto& [production, state] : read)
+        Require(FindLayout(records, production) == state, "records come back as they were written");
 }
 
 void ReadLockRecord(std::string_view input) {

@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "Handlers/SharedProjects/SharedProjectsStateData.h"
@@ -77,7 +76,7 @@ private:
     struct FileLayouts {
         /// Absent while there is no file.
         std::optional<std::string> mBytes;
-        JSONObject mObject;
+        JSONMemberTexts mMembers;
     };
 
     void RegisterWindow();
@@ -88,9 +87,8 @@ private:
     void WriteUnsavedTo(const SharedSettingsFile& file);
 
     std::shared_ptr<SharedProjectsTabView> mTabView;
-    ProductionStateData mProductionStateData;
-    /// Those of the productions whose records are not in the file yet.
-    std::set<UTF16String> mUnsavedProductions;
+    /// The records that are not in the file yet.
+    ProductionStateData mUnsaved;
     /// Absent until it has been read.
     std::optional<FileLayouts> mFileLayouts;
 };

@@ -1,5 +1,6 @@
 // The settings file with what is remembered of each production.
 #include <string>
+#include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "host/core/DirectoryRegistry.h"
@@ -20,21 +21,25 @@ void SharedProjectsHandler::SaveStateDataForProduction(const UTF16String& produc
                                                        const SharedProjectsTabView::StateData& state) {
     if (productionPath.empty()) return;
     const UTF16String production = PathUtils::ToNormalizedPath(productionPath);
-    SharedProjectsTabView::StateData& stored = mProductionStateData[production];
-    stored = state;
-    MakeUsable(stored, production);
-    mUnsavedProductions.insert(production);
+    SharedProjectsTabView::StateData& unsaved = mUnsaved[production];
+    unsaved = state;
+    MakeUsable(unsaved, production);
     SaveProductionLayouts();
 }
 
 bool SharedProjectsHandler::LoadStateDataForProduction(const UTF16String& productionPath,
                                                        SharedProjectsTabView::StateData& state) {
     if (productionPath.empty()) return false;
+    const UTF16String production = PathUtils::ToNormalizedPath(productionPath);
+    if (const auto unsaved = mUnsaved.find(production); unsaved != mUnsaved.end()) {
+        state = unsaved->second;
+        return true;
+    }
     if (!mFileLayouts) LoadProductionLayouts();
-    const auto stored = mProductionStateData.find(PathUtils::ToNormalizedPath(productionPath));
-    if (stored == mProductionStateData.end()) return false;
-    state = stored->second;
-    return true;
+    if (!mFileLayouts) return false;
+    auto stored = FindLayout(mFileLayouts->mMembers, production);
+    if (stored) state = std::move(*stored);
+    return stored.has_value();
 }
 
 void SharedProjectsHandler::LoadProductionLayouts() {
@@ -68,16 +73,12 @@ std::string SharedProjectsHandler::ReadLayoutsFrom(const SharedSettingsFile& fil
     try {
         read.mBytes = file.Read();
         if (mFileLayouts && mFileLayouts->mBytes == read.mBytes) return {};
-        if (read.mBytes) read.mObject = ParseLayouts(*read.mBytes);
+        if (read.mBytes) read.mMembers = ParseLayouts(*read.mBytes);
     } catch (const FileException&) {
         throw;
     } catch (const std::exception& exception) {
         return exception.what();
     }
-    ProductionStateData productions = HandlerSharedProjects::ReadLayouts(read.mObject);
-    for (const UTF16String& unsaved : mUnsavedProductions)
-        productions.insert_or_assign(unsaved, std::move(mProductionStateData[unsaved]));
-    mProductionStateData = std::move(productions);
     mFileLayouts = std::move(read);
     return {};
 }
@@ -91,13 +92,18 @@ bool SharedProjectsHandler::ReadOrSetAside(const SharedSettingsFile& file) {
 }
 
 void SharedProjectsHandler::WriteUnsavedTo(const SharedSettingsFile& file) {
-    JSONObject layouts = mFileLayouts->mObject;
-    for (const UTF16String& production : mUnsavedProductions)
-        AddToObject(layouts, UTF16to8(production), mProductionStateData.at(production));
-    std::string bytes = FormatLayouts(layouts);
-    if (bytes != mFileLayouts->mBytes) file.Replace(bytes);
-    mFileLayouts = {std::move(bytes), std::move(layouts)};
-    mUnsavedProductions.clear();
+    // What a write that fails leaves is read anew.
+    FileLayouts layouts = *std::exchange(mFileLayouts, {});
+    bool isChanged = false;
+    for (const auto& [production, state] : mUnsaved) {
+        UTF16String& member = layouts.mMembers[UTF16to8(production)];
+        UTF16String text = GetJSONString(ToJSON(state));
+        isChanged |= text != member;
+        member = std::move(text);
+    }
+    if (isChanged) file.Replace(layouts.mBytes.emplace(FormatLayouts(layouts.mMembers)));
+    mFileLayouts = std::move(layouts);
+    mUnsaved.clear();
 }
 
 }  // namespace HandlerSharedProjects

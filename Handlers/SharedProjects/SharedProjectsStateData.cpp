@@ -36,6 +36,22 @@ bool IsUsable(const Rect& rect) {
            IsWithin(rect.height, 1);
 }
 
+/// Absent when the text is no record.
+std::optional<SharedProjectsTabView::StateData> ReadLayout(const UTF16String& text,
+                                                           const UTF16String& production) {
+    try {
+        SharedProjectsTabView::StateData state;
+        FromJSON(JSONParse(text), state);
+        MakeUsable(state, production);
+        return state;
+    } catch (const std::exception& exception) {
+        LogException(std::runtime_error("The record of \"" + UTF16to8(production) +
+                                        "\" cannot be used: " + exception.what()),
+                     __PRETTY_FUNCTION__);
+        return {};
+    }
+}
+
 }  // namespace
 
 namespace Columns {
@@ -121,45 +137,29 @@ void MakeUsable(SharedProjectsTabView::StateData& state, const UTF16String& prod
     if (state.mSearchText.size() > kLongestSearchText) state.mSearchText.clear();
 }
 
-JSONObject ParseLayouts(const std::string& bytes) {
+JSONMemberTexts ParseLayouts(const std::string& bytes) {
     if (bytes.size() % sizeof(char16_t) != 0) throw JSONParseError("it has half a UTF-16 unit");
     std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
     std::memcpy(text.data(), bytes.data(), bytes.size());
     std::u16string_view json = text;
     if (json.starts_with(kByteOrderMark)) json.remove_prefix(1);
-    return GetObject(JSONParse(json));
+    return JSONParseMembers(json);
 }
 
-std::string FormatLayouts(const JSONObject& layouts) {
+std::string FormatLayouts(const JSONMemberTexts& layouts) {
     const UTF16String text = GetJSONString(layouts);
-    std::string bytes(text.size() * sizeof(char16_t), '\0');
-    std::memcpy(bytes.data(), text.data(), bytes.size());
-    return bytes;
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
 }
 
-ProductionStateData ReadLayouts(const JSONObject& layouts) {
-    ProductionStateData productions;
-    std::size_t unusable = 0;
-    for (const auto& [key, json] : layouts) {
-        const UTF16String path = UTF8to16(key);
-        UTF16String production = PathUtils::ToNormalizedPath(path);
-        try {
-            SharedProjectsTabView::StateData state;
-            FromJSON(*json, state);
-            MakeUsable(state, production);
-            // What this program has written counts before another spelling.
-            if (production == path)
-                productions.insert_or_assign(std::move(production), std::move(state));
-            else
-                productions.emplace(std::move(production), std::move(state));
-        } catch (const JSONBadCast&) {
-            ++unusable;
-        }
-    }
-    if (unusable > 0)
-        LogException(std::runtime_error(std::to_string(unusable) + " records of productions cannot be used"),
-                     __PRETTY_FUNCTION__);
-    return productions;
+std::optional<SharedProjectsTabView::StateData> FindLayout(const JSONMemberTexts& layouts,
+                                                           const UTF16String& production) {
+    const std::string path = UTF16to8(production);
+    if (const auto own = layouts.find(path); own != layouts.end())
+        if (auto state = ReadLayout(own->second, production)) return state;
+    for (const auto& [key, text] : layouts)
+        if (key != path && PathUtils::ToNormalizedPath(UTF8to16(key)) == production)
+            if (auto state = ReadLayout(text, production)) return state;
+    return {};
 }
 
 }  // namespace HandlerSharedProjects

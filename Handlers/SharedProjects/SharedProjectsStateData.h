@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
@@ -33,17 +34,19 @@ inline constexpr std::size_t kMostRememberedPaths = 10'000;
 /// is another one.
 void MakeUsable(SharedProjectsTabView::StateData& state, const UTF16String& production);
 
-/// What is remembered of each production, by its normalised path.
+/// What is remembered of productions, by their normalised paths.
 using ProductionStateData = std::map<UTF16String, SharedProjectsTabView::StateData>;
 
 /// The settings file's content: the text of one JSON object, with a member for each production, as UTF-16 code
 /// units in native order. A byte-order mark is passed over. Throws `JSONParseError` or `JSONBadCast` for
-/// anything else.
-JSONObject ParseLayouts(const std::string& bytes);
-std::string FormatLayouts(const JSONObject& layouts);
+/// anything else. The members stay as they were written.
+JSONMemberTexts ParseLayouts(const std::string& bytes);
+std::string FormatLayouts(const JSONMemberTexts& layouts);
 
-/// The productions' records, as far as they can be used. One that is none is left out, which is logged, and a
-/// production's second one under another spelling of its path.
-ProductionStateData ReadLayouts(const JSONObject& layouts);
+/// A production's record, as far as it can be used; `production` is normalised. What this program writes,
+/// under that path, counts before another spelling of it. Absent when there is none, or none that is a record,
+/// which is logged.
+std::optional<SharedProjectsTabView::StateData> FindLayout(const JSONMemberTexts& layouts,
+                                                           const UTF16String& production);
 
 }  // namespace HandlerSharedProjects

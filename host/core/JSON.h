@@ -25,6 +25,8 @@ using JSONVariant = boost::any;
 using JSONVariantPtr = std::shared_ptr<const JSONVariant>;
 using JSONObject = std::map<std::string, JSONVariantPtr, std::less<>>;
 using JSONArray = std::vector<JSONVariantPtr>;
+/// The members of an object, each still the text of its value.
+using JSONMemberTexts = std::map<std::string, UTF16String, std::less<>>;
 
 /// Thrown when a value is not of the type that is asked for.
 class ZUHOST_API JSONBadCast : public std::bad_cast {
@@ -48,6 +50,14 @@ inline constexpr std::size_t kMostJSONValues = 4'000'000;
 /// number that is no finite double, for more values than `kMostJSONValues`, and for more than 1,024 levels of
 /// objects and arrays. Any thread.
 ZUHOST_API JSONVariant JSONParse(std::u16string_view text);
+
+/// Reads a text of an object as `JSONParse` does, for who needs few of its members: each stays as it was
+/// written, and `JSONParse` reads those that are objects or arrays. Throws as it does, and `JSONBadCast` for a
+/// text of an array. Any thread.
+ZUHOST_API JSONMemberTexts JSONParseMembers(std::u16string_view text);
+
+/// Writes an object of members whose values are written already. Any thread.
+ZUHOST_API UTF16String GetJSONString(const JSONMemberTexts& members);
 
 /// Writes a value on one line. Members come in the order of their keys' bytes. A number that is not finite
 /// becomes null. Half a surrogate pair is written as an escape, so that every path comes back as it was. Throws

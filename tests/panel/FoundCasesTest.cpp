@@ -9,7 +9,7 @@
 
 /// The inputs that the fuzzers found worth keeping, and those that once broke a reader.
 TEST(FoundCases, BreakNoReader) {
-    ExpectLogged log("records of productions cannot be used");
+    ExpectLogged log("cannot be used");
     int cases = 0;
     for (const char* reader : {"panel-settings", "lock-record"})
         for (const auto& entry :

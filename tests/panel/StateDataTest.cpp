@@ -41,17 +41,28 @@ PanelState Read(const UTF16String& json) {
 }
 
 TEST(StateData, IsTheSameAfterTheWayThroughTheFile) {
-    JSONObject layouts;
-    AddToObject(layouts, UTF16to8(kProduction), MakeState());
-    AddToObject(layouts, "/Volumes/\xFFld", PanelState());
+    const JSONMemberTexts layouts = {{UTF16to8(kProduction), GetJSONString(ToJSON(MakeState()))},
+                                     {"/Volumes/\xFFld", GetJSONString(ToJSON(PanelState()))}};
     const std::string bytes = FormatLayouts(layouts);
     EXPECT_EQ(bytes.substr(0, 4), InUTF16(u"{\"")) << "no byte-order mark";
     for (const std::string& content : {bytes, InUTF16(u"\uFEFF") + bytes}) {
-        const ProductionStateData read = ReadLayouts(ParseLayouts(content));
-        ASSERT_EQ(read.size(), 2u);
-        EXPECT_EQ(read.at(kProduction), MakeState());
-        EXPECT_EQ(read.at(u"/Volumes/\xDCFFld"), PanelState());
+        const JSONMemberTexts read = ParseLayouts(content);
+        EXPECT_EQ(read, layouts);
+        EXPECT_EQ(FindLayout(read, kProduction), MakeState());
+        EXPECT_EQ(FindLayout(read, u"/Volumes/\xDCFFld"), PanelState());
     }
+}
+
+TEST(StateData, OtherRecordsStayAsTheyWereWritten) {
+    EXPECT_TRUE(ParseLayouts(InUTF16(u" { } ")).empty());
+    const JSONMemberTexts read =
+        ParseLayouts(InUTF16(u"\n{ \"/a\\u00e9\\\"}\" :\t{\"x}\\\"\": [1.50, [{}], \",\"] }\r\n, \"/b\":5 ,"
+                             u"\"/c\": \"old\", \"\":[],\"/c\": \"\xDCFF\\\\\"}\n"));
+    EXPECT_EQ(read, (JSONMemberTexts{{"/a\u00e9\"}", u"{\"x}\\\"\": [1.50, [{}], \",\"] }"},
+                                     {"/b", u"5"},
+                                     {"", u"[]"},
+                                     {"/c", u"\"\xDCFF\\\\\""}}));
+    EXPECT_EQ(ParseLayouts(FormatLayouts(read)), read);
 }
 
 TEST(StateData, WhatIsAbsentHasItsDefaultAndWhatIsUnknownIsPassedOver) {
@@ -91,18 +102,18 @@ TEST(StateData, WhatCannotBeUsedHasItsDefaultAndEveryOtherProductionItsEntry) {
     for (int i = 0; i < 1'000'000; ++i)
         paths += (i ? u",\"/Volumes/A/Reel " : u"\"/Volumes/A/Reel ") +
                  NumberToString(static_cast<long long>(i)) + u'"';
-    JSONObject others;
-    AddToObject(others, UTF16to8(kProduction), MakeState());
+    const JSONMemberTexts others = {{UTF16to8(kProduction), GetJSONString(ToJSON(MakeState()))}};
     const UTF16String text =
         u"{\"/Volumes/A//\": {\"mZoom\": 7, \"mDirectoryViewData\": {\"mSelectedRowPaths\": [" + paths +
         u"], \"mOpenFolderPaths\": [\"/Volumes/A/x\", \"/Volumes/AB\", \"/Volumes/A/../B\", "
         u"\"/Volumes/A\", \"/Volumes/A//y/\", \"\"]}}, \"/b\": 5, \"/c\": {\"mZoom\": []}, " +
         GetJSONString(others).substr(1);
-    ExpectLogged log("2 records of productions cannot be used");
-    const ProductionStateData read = ReadLayouts(ParseLayouts(InUTF16(text)));
-    ASSERT_EQ(read.size(), 2u);
-    EXPECT_EQ(read.at(kProduction), MakeState());
-    const PanelState& usable = read.at(u"/Volumes/A");
+    const JSONMemberTexts read = ParseLayouts(InUTF16(text));
+    EXPECT_EQ(FindLayout(read, kProduction), MakeState());
+    ExpectLogged number("\"/b\" cannot be used");
+    ExpectLogged zoom("\"/c\" cannot be used");
+    EXPECT_FALSE(FindLayout(read, u"/b") || FindLayout(read, u"/c") || FindLayout(read, u"/d"));
+    const PanelState usable = FindLayout(read, u"/Volumes/A").value();
     EXPECT_EQ(usable.mZoom, 0);
     EXPECT_TRUE(usable.mDirectoryViewData.mSelectedRowPaths.empty()) << "a part of a selection is another one";
     EXPECT_EQ(usable.mDirectoryViewData.mOpenFolderPaths, (UTF16StringVec{u"/Volumes/A/x", u"/Volumes/A/y"}));

@@ -73,6 +73,17 @@ void RequireFewValues(std::u16string_view text) {
         throw JSONParseError("it has more than " + std::to_string(kMostJSONValues) + " values");
 }
 
+/// Qt reads documents of objects and arrays only.
+QJsonDocument Parse(std::u16string_view text) {
+    RequireFewValues(text);
+    QJsonParseError error;
+    QJsonDocument document = QJsonDocument::fromJson(ToUTF8(text), &error);
+    if (error.error != QJsonParseError::NoError)
+        throw JSONParseError("it is no valid JSON, " + error.errorString().toStdString() + " at byte " +
+                             std::to_string(error.offset));
+    return document;
+}
+
 std::string ToKey(const QString& text) {
     return UTF16to8({reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())});
 }
@@ -121,6 +132,71 @@ JSONVariant FromQt(const QJsonValue& value) {
     }
 }
 
+/// Finds the members in the text of an object that has been read without an error.
+class MemberScan {
+public:
+    explicit MemberScan(std::u16string_view text) : mText(text), mNext(text.find(u'{')) {}
+
+    JSONMemberTexts Run() {
+        JSONMemberTexts members;
+        while (PassTo(u"\"}") == u'"') {
+            std::string key = TakeKey();
+            PassTo(u":");
+            members.insert_or_assign(std::move(key), UTF16String(TakeValue()));
+        }
+        return members;
+    }
+
+private:
+    static constexpr std::u16string_view kSpace = u" \t\r\n";
+
+    /// Goes on to the next of these units, and returns it; 0 at the end of the text.
+    char16_t PassTo(std::u16string_view units) {
+        mNext = std::min(mText.find_first_of(units, mNext), mText.size());
+        return mNext < mText.size() ? mText[mNext] : u'\0';
+    }
+
+    void PassString() {
+        for (++mNext; mNext < mText.size() && mText[mNext] != u'"';) mNext += mText[mNext] == u'\\' ? 2 : 1;
+        mNext = std::min(mNext + 1, mText.size());
+    }
+
+    std::string TakeKey() {
+        const std::size_t begin = mNext;
+        PassString();
+        const std::u16string_view quoted = mText.substr(begin, mNext - begin);
+        if (quoted.find(u'\\') == quoted.npos) return UTF16to8(quoted.substr(1, quoted.size() - 2));
+        return ToKey(Parse(u'[' + UTF16String(quoted) + u']').array().at(0).toString());
+    }
+
+    /// From a colon to what ends the value.
+    std::u16string_view TakeValue() {
+        mNext = std::min(mText.find_first_not_of(kSpace, mNext + 1), mText.size());
+        const std::size_t begin = mNext;
+        for (int depth = 0; mNext < mText.size();) {
+            const char16_t unit = mText[mNext];
+            if (unit == u'"') {
+                PassString();
+                continue;
+            }
+            if (depth == 0 && (unit == u',' || unit == u'}')) break;
+            if (unit == u'{' || unit == u'[') ++depth;
+            if (unit == u'}' || unit == u']') --depth;
+            ++mNext;
+        }
+        return Trim(begin);
+    }
+
+    /// What stands from `begin` to here, without the space at its end.
+    std::u16string_view Trim(std::size_t begin) const {
+        const std::u16string_view value = mText.substr(begin, mNext - begin);
+        return value.substr(0, value.find_last_not_of(kSpace) + 1);
+    }
+
+    std::u16string_view mText;
+    std::size_t mNext;
+};
+
 /// Writes values, one after the other, to the end of a text.
 class Writer {
 public:
@@ -139,9 +215,27 @@ public:
             WriteNumber(value);
     }
 
+    void Write(const JSONMemberTexts& members) {
+        std::size_t size = 0;
+        for (const auto& [key, value] : members) size += key.size() + value.size() + 4;
+        mText.reserve(size);
+        mText += u'{';
+        for (const auto& [key, value] : members) {
+            WriteKey(key);
+            mText += value;
+        }
+        mText += u'}';
+    }
+
     UTF16String Take() { return std::move(mText); }
 
 private:
+    void WriteKey(std::string_view key) {
+        if (mText.back() != u'{') mText += u',';
+        WriteString(key);
+        mText += u':';
+    }
+
     void WriteNumber(const JSONVariant& value) {
         if (const auto* integer = boost::any_cast<std::int64_t>(&value))
             WriteDigits(*integer);
@@ -186,9 +280,7 @@ private:
     void WriteObject(const JSONObject& object) {
         mText += u'{';
         for (const auto& [key, value] : object) {
-            if (mText.back() != u'{') mText += u',';
-            WriteString(key);
-            mText += u':';
+            WriteKey(key);
             Write(*value);
         }
         mText += u'}';
@@ -235,14 +327,19 @@ const char* JSONBadCast::what() const noexcept {
 JSONParseError::~JSONParseError() = default;
 
 JSONVariant JSONParse(std::u16string_view text) {
-    RequireFewValues(text);
-    QJsonParseError error;
-    // Qt reads documents of objects and arrays only.
-    const QJsonDocument document = QJsonDocument::fromJson(ToUTF8(text), &error);
-    if (error.error != QJsonParseError::NoError)
-        throw JSONParseError("it is no valid JSON, " + error.errorString().toStdString() + " at byte " +
-                             std::to_string(error.offset));
+    const QJsonDocument document = Parse(text);
     return document.isArray() ? FromQt(document.array()) : FromQt(document.object());
+}
+
+JSONMemberTexts JSONParseMembers(std::u16string_view text) {
+    if (!Parse(text).isObject()) throw JSONBadCast();
+    return MemberScan(text).Run();
+}
+
+UTF16String GetJSONString(const JSONMemberTexts& members) {
+    Writer writer;
+    writer.Write(members);
+    return writer.Take();
 }
 
 UTF16String GetJSONString(const JSONVariant& value) {
