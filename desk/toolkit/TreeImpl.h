@@ -140,6 +140,9 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
 
     void Select(Row* row, bool deselectOthers, bool scrollIntoView, bool notify);
     void SelectRows(const RowVec& rows);
+    /// Keys go on from the selection: unless the current row is selected, the one that was selected last
+    /// becomes it.
+    void TakeKeyboardToSelection();
     void DeselectAll(bool notify);
     void SelectionChanged(const QItemSelection& selected, const QItemSelection& deselected);
     void NotifySelectionChanged();

@@ -132,6 +132,7 @@ void UI_MultiColumnTree::SelectRow(Row* row, bool deselectOthers, bool scrollInt
 
 void UI_MultiColumnTree::SelectRows(const RowVec& rows) {
     ImplOf(*this).SelectRows(rows);
+    ImplOf(*this).TakeKeyboardToSelection();
 }
 void UI_MultiColumnTree::DeselectAllRows(bool notify) {
     ImplOf(*this).DeselectAll(notify);

@@ -91,6 +91,12 @@ void TreeImpl::SelectRows(const RowVec& rows) {
     if (changed && mNotifiesSelection) RunLater(mNotifyLater, &TreeImpl::NotifySelectionChanged);
 }
 
+void TreeImpl::TakeKeyboardToSelection() {
+    Row* current = CurrentRow();
+    const bool isThere = current && Access::IsSelected(*current);
+    if (!isThere && !mSelected.empty()) SetCurrentRow(mSelected.back().get());
+}
+
 void TreeImpl::DeselectAll(bool notify) {
     const bool notifiedBefore = std::exchange(mNotifiesSelection, notify);
     mView->selectionModel()->clearSelection();

@@ -35,6 +35,12 @@ TEST_F(TreeSelectionTest, TellsOnceATurnAndKeepsTheOrderOfSelecting) {
     mTree->SelectRows({rows[3], rows[1], rows[3]});
     EXPECT_EQ(Selected(), (Rows{"d", "b"}));
     Settle();
+    mTree->SelectRows({rows[0], rows[1]});
+    Press(Qt::Key_Down);
+    EXPECT_EQ(Selected(), Rows{"c"}) << "keys go on from what was selected last";
+    mTree->SelectRows({rows[3], rows[1]});
+    Settle();
+    mHeard.resize(3);
     mTree->SelectRows({rows[3], rows[1]});
     mTree->SelectRow(rows[1].get(), false, false, true);
     Settle();
