@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QDialog>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QSocketNotifier>
@@ -102,12 +103,13 @@ void WakeForSignal(int) {
     [[maybe_unused]] const ssize_t written = write(sSignalEvent, &one, sizeof one);
 }
 
-/// What is being read or written is finished first.
+/// What is being read or written is finished first; what is being told or asked is cancelled, by its Escape
+/// key's way out.
 void CloseWhenIdle(MainWindow& window) {
-    if (IsLongWorkRunning())
-        QTimer::singleShot(kBetweenTries, &window, [&window] { CloseWhenIdle(window); });
-    else
-        window.close();
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (!IsLongWorkRunning() && !dialog) return void(window.close());
+    if (!IsLongWorkRunning()) dialog->reject();
+    QTimer::singleShot(kBetweenTries, &window, [&window] { CloseWhenIdle(window); });
 }
 
 /// The session's end and an interrupt close the program as the user would: with the questions that this takes.

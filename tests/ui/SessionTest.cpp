@@ -140,4 +140,14 @@ TEST_F(Session, TheViewIsAsItWasLeft) {
     }
 }
 
+TEST_F(Session, ASignalEndsItWhateverIsBeingAsked) {
+    Program program;
+    StartDriven(program, {mReel});
+    ASSERT_TRUE(program->WaitToShow("Reel 1"));
+    program->Do(Send(desk::kCommandSaveProjectAsCopy));
+    ASSERT_TRUE(program->WaitToShow("Save as Copy"));
+    program.mProcess.terminate();
+    EXPECT_EQ(Finish(program.mProcess).mExitCode, 0);
+}
+
 }  // namespace
