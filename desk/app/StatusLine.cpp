@@ -1,5 +1,6 @@
 #include "desk/app/StatusLine.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QMainWindow>
 #include <QStatusBar>
@@ -58,7 +59,7 @@ QString DescribeWatchStatus(const QString& name, const WatchStatus& status) {
     return Localized("$$$/Desk/Status/Watched=@0 — watched for changes", {shownName});
 }
 
-StatusLine::StatusLine(QMainWindow& window) : mText(new ElidedLabel(Qt::ElideRight, nullptr)) {
+StatusLine::StatusLine(QMainWindow& window) : mWindow(window), mText(new ElidedLabel(Qt::ElideRight, nullptr)) {
     QLabel* user = MakeLabel();
     user->setText(Localized("$$$/Desk/Status/User=signed in as @0",
                             {ToUTF16(ToDisplayText(GetServices().mDesktop->UserName()))}));
@@ -74,6 +75,7 @@ StatusLine::StatusLine(QMainWindow& window) : mText(new ElidedLabel(Qt::ElideRig
         mNotice.clear();
         Update();
     });
+    QObject::connect(qApp, &QGuiApplication::focusWindowChanged, &mNoticeTimer, [this] { TimeNotice(); });
     Update();
 }
 
@@ -90,8 +92,16 @@ void StatusLine::SetActivity(const QString& activity) {
 
 void StatusLine::ShowNotice(const QString& text) {
     mNotice = text;
-    mNoticeTimer.start(kNoticeTime);
+    mNoticeTimer.stop();
+    TimeNotice();
     Update();
+}
+
+void StatusLine::TimeNotice() {
+    if (!mWindow.isActiveWindow())
+        mNoticeTimer.stop();
+    else if (!mNotice.isEmpty() && !mNoticeTimer.isActive())
+        mNoticeTimer.start(kNoticeTime);
 }
 
 void StatusLine::SetTip(const QString& tip) {

@@ -24,7 +24,8 @@ public:
 
     /// Stands in place of the production until it is told empty: what is under way.
     void SetActivity(const QString& activity);
-    /// Shows a message for some seconds, before what is under way.
+    /// Shows a message before what is under way, for some seconds in which the window is the active one: what
+    /// stands in front of it may have the user's eyes.
     void ShowNotice(const QString& text);
     /// The text of what the pointer is over, before all else; empty when it is over nothing.
     void SetTip(const QString& tip);
@@ -32,8 +33,11 @@ public:
 
 private:
     void Update();
+    /// The time of a notice runs from when the user is back at the window.
+    void TimeNotice();
     QString FindText() const;
 
+    QMainWindow& mWindow;
     ElidedLabel* mText;
     QTimer mNoticeTimer;
     QString mTip;
