@@ -118,17 +118,19 @@ bool ProjectDocuments::Close(const ProjectDocumentRef& document, bool prompt) {
 
 /// What was typed while it was saved is not lost either.
 bool ProjectDocuments::SaveToClose(const ProjectDocumentRef& document) {
-    const SaveResult result = Save(document).mResult;
+    const SaveResult result = (document->IsReadOnly() ? SaveAsCopy(document) : Save(document)).mResult;
     return result == SaveResult::Copied || (result == SaveResult::Saved && !document->IsDirty());
 }
 
 /// The project is brought to the front first: the user is to see what the question is about.
 SaveAnswer ProjectDocuments::AskToSave(const ProjectDocumentRef& document) {
-    if (mAnswerForAll) return *mAnswerForAll;
+    const bool isReadOnly = document->IsReadOnly();
+    const bool isAnswered = mAnswerForAll && (!isReadOnly || *mAnswerForAll != SaveAnswer::Save);
+    if (isAnswered) return *mAnswerForAll;
     SetActiveProject(document);
-    const bool offersApplyToAll = sApplyToAllScopes > 0;
+    const bool offersApplyToAll = sApplyToAllScopes > 0 && !isReadOnly;
     const ProjectQuestions::SaveChoice choice =
-        ProjectQuestions::AskToSave(document->GetProjectPath(), offersApplyToAll);
+        ProjectQuestions::AskToSave(document->GetProjectPath(), isReadOnly, offersApplyToAll);
     if (offersApplyToAll && choice.mAppliesToAll) mAnswerForAll = choice.mAnswer;
     return choice.mAnswer;
 }

@@ -205,13 +205,17 @@ LockedAnswer AskAboutLock(const UTF16String& path, const ProjectLocking& locking
     return isHeld && answer.mButton == 1 ? LockedAnswer::MakeCopy : LockedAnswer::Cancel;
 }
 
-SaveChoice AskToSave(const UTF16String& path, bool offersApplyToAll) {
-    Question question = MakeQuestion(
-        ZString("$$$/Desk/Project/SaveChanges=Save Changes"),
+SaveChoice AskToSave(const UTF16String& path, bool isReadOnly, bool offersApplyToAll) {
+    UTF16String text =
         ZString("$$$/Desk/Project/SaveChangesText=“@0” has unsaved changes. Discarded changes are lost.",
-                {NameOf(path)}),
-        {SaveButton(), ZString("$$$/Desk/Project/Discard=Discard"), CancelButton()});
-    question.mOffersApplyToAll = offersApplyToAll;
+                {NameOf(path)});
+    if (isReadOnly)
+        text += u"\n" +
+                ZString("$$$/Desk/Project/SaveReadOnly=It is read-only now, and can be saved as a copy only.");
+    Question question = MakeQuestion(ZString("$$$/Desk/Project/SaveChanges=Save Changes"), std::move(text),
+                                     {isReadOnly ? CopyButton() : SaveButton(),
+                                      ZString("$$$/Desk/Project/Discard=Discard"), CancelButton()});
+    question.mOffersApplyToAll = offersApplyToAll && !isReadOnly;
     question.mIsWarning = true;
     const Answer answer = Ask(question);
     if (answer.mButton == question.mCancel) return {};

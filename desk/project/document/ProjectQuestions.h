@@ -40,8 +40,9 @@ struct SaveChoice {
     /// Never with `Cancel`.
     bool mAppliesToAll = false;
 };
-/// The project has unsaved changes and is to be closed, or to become read-only.
-SaveChoice AskToSave(const host::UTF16String& path, bool offersApplyToAll);
+/// The project has unsaved changes and is to be closed, or to become read-only. One that is read-only already
+/// (`Save` means a copy then) gets an answer of its own.
+SaveChoice AskToSave(const host::UTF16String& path, bool isReadOnly, bool offersApplyToAll);
 
 enum class ChangedAnswer { SaveAsCopy, Overwrite, Cancel };
 /// The file to be saved to is not what was read from it.

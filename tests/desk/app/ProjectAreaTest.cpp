@@ -185,6 +185,9 @@ TEST_F(ProjectAreaTest, SaysWhoHasALostLockAndOffersToGoOnWhereThatCanSucceed) {
     Choose(kCommandSaveProject);
     EXPECT_EQ(Titles(), Titled{"Reel 1 • (lock lost)"});
     EXPECT_TRUE(Editor().isReadOnly());
+    mDialogs.ExpectQuestion("Save Changes", u"Save as Copy");
+    mDialogs.ExpectNewFile("Save as Copy", {});
+    EXPECT_FALSE(Manager().CloseProject(document, true));
     const auto expect = [this](const char* part, bool isOffered) {
         EXPECT_NE(Notices().find(part), std::string::npos) << Notices();
         EXPECT_EQ(IsOffered(kCommandToggleReadOnly), isOffered) << part;
