@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 
 #include "desk/app/ProgramCommands.h"
@@ -130,6 +131,14 @@ std::vector<ProjectDocumentRef> ProjectArea::GetDocuments() const {
     std::vector<ProjectDocumentRef> documents;
     for (int i = 0; i < mTabs->count(); ++i) documents.push_back(GetPage(i)->GetDocument());
     return documents;
+}
+
+void ProjectArea::Arrange(const std::vector<ProjectDocumentRef>& documents) {
+    std::vector<ProjectDocumentRef> shown = documents;
+    std::erase_if(shown, [this](const ProjectDocumentRef& document) { return FindTab(document.get()) < 0; });
+    int place = mTabs->count();
+    for (const ProjectDocumentRef& document : shown) place = std::min(place, FindTab(document.get()));
+    for (const ProjectDocumentRef& document : shown) mTabs->Bar().moveTab(FindTab(document.get()), place++);
 }
 
 int ProjectArea::FindTab(const ProjectDocument* document) const {

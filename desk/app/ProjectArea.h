@@ -27,6 +27,8 @@ public:
     ProjectDocumentRef GetActiveDocument() const;
     /// The open projects in the order of their tabs.
     std::vector<ProjectDocumentRef> GetDocuments() const;
+    /// Puts the tabs of these documents beside each other, in this order, where the first of them stands.
+    void Arrange(const std::vector<ProjectDocumentRef>& documents);
     /// True when somebody else is known to hold the project in front, which is open read-only. Touches no disk.
     bool IsActiveDocumentHeld() const;
     /// Looks again who holds the projects that are read-only.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "desk/app/ProductionCommands.h"
 #include "desk/app/ProgramCommands.h"
@@ -118,14 +119,18 @@ void SessionCommands::OpenProjects() {
     Shortfall shortfall;
     bool isAllOpen = true;
     ProjectDocumentRef active;
+    std::vector<ProjectDocumentRef> opened;
     for (std::size_t i = 0; i < items.mProjects.size(); ++i) {
         const UTF16String path = host::UTF8to16(items.mProjects[i]);
         const ProjectDocuments::QuietOpening opening = documents->OpenWithoutQuestions(path);
         isAllOpen = isAllOpen && opening.mDocument;
         if (opening.mIsCancelled) break;
         if (i == items.mActive) active = opening.mDocument;
+        if (opening.mDocument) opened.push_back(opening.mDocument);
         shortfall.Add(path, opening);
     }
+    // Some may have been open already.
+    mProjects.Arrange(opened);
     if (active) documents->SetActiveProject(active);
     if (isAllOpen) mSession.Forget();
     shortfall.Tell();

@@ -97,6 +97,7 @@ TEST_F(LastSessionTest, ProjectsComeBackInTheirOrderWithTheProductionUnlessTheyW
 
     EXPECT_TRUE(IsOffered());
     EXPECT_EQ(Tabs(), "");
+    OpenAndFind();  // As who recovers its text first.
     Reopen();
     EXPECT_EQ(Tabs(), "[Reel 2] Reel 3 Reel 1 ");
     EXPECT_EQ(Production::Instance().GetFolder(), mFolder.PathUTF16("Day 1"));
