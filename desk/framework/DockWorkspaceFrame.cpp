@@ -93,7 +93,7 @@ void DockWorkspaceFrame::UpdateStackedDimensions(bool) {}
 std::optional<host::Rect> DockWorkspaceFrame::FindFloatingRect() const {
     if (!IsAfloat()) return {};
     const QRect place = window()->geometry();
-    const QPoint corner = CanPlaceWindows() ? place.topLeft() : QPoint();
+    const QPoint corner = CanPlaceWindows() ? place.topLeft() : mWantedCorner;
     return host::Rect{corner.x(), corner.y(), place.width(), place.height()};
 }
 
@@ -102,6 +102,7 @@ void DockWorkspaceFrame::Dock() {
 }
 
 void DockWorkspaceFrame::Float(const host::Rect& rect) {
+    mWantedCorner = {rect.x, rect.y};
     if (!IsAfloat()) setFloating(true);
     PlaceFloatingWindow(*window(), QRect(rect.x, rect.y, rect.width, rect.height));
 }

@@ -72,6 +72,8 @@ private:
     DockWorkspaceTitleBar* mTitleBar;
     QWidget* mContent;
     bool mIsInFront = true;
+    /// Where the panel was to float last; it stays known where the desktop places windows.
+    QPoint mWantedCorner;
     /// For the main window.
     bool mIsWaiting = false;
 };
