@@ -163,6 +163,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     bool UpdateVisibleRowsOnce();
     /// Once a frame at most: who paints finds it out before.
     void UpdateVisibleRowsLater();
+    void UpdateVisibleRowsIfPainting();
     bool IsRowVisible(const Row& row) const;
     /// Brings the view's layout up to date.
     void FlushLayout();

@@ -25,6 +25,10 @@ public:
     void AnnounceRowChanged(const QModelIndex& index);
     /// Rows are leaving; the one under the pointer may be among them.
     void ForgetHover() { mHovered = nullptr; }
+    /// While nothing is painted, nothing needs to be laid out either.
+    bool IsPaused() const { return mPause.isActive(); }
+    /// Paints what there is by now.
+    void EndPause();
 
     using QTreeView::scheduleDelayedItemsLayout;
 

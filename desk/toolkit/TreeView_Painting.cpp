@@ -21,8 +21,9 @@ namespace {
 constexpr int kPanelRowColor = 277;
 /// A cell narrower than this many row heights may be too narrow for its nodes, and is cut.
 constexpr int kRoomyCell = 4;
-/// From here on the time that a layout took counts.
+/// From here on the time that a layout took counts: when nothing more is awaited, and when it is.
 constexpr std::chrono::milliseconds kLongLayout(12);
+constexpr std::chrono::milliseconds kLongLayoutWhileBusy(2);
 /// So many times that time nothing is painted.
 constexpr int kPausePerLayout = 4;
 
@@ -48,7 +49,8 @@ void TreeView::paintEvent(QPaintEvent* event) {
     QTreeView::paintEvent(event);
     mIsPainting = wasPainting;
     if (mTree.CountOfOpened() == 0) PaintEmptyText();
-    if (const auto time = std::exchange(mLayoutTime, {}); time > kLongLayout) PausePainting(time);
+    const auto time = std::exchange(mLayoutTime, {});
+    if (time > (mTree.mBusy > 0 ? kLongLayoutWhileBusy : kLongLayout)) PausePainting(time);
 }
 
 /// Rows that keep coming are laid out for each paint: the longer that takes, the less often they are painted.
@@ -60,8 +62,14 @@ void TreeView::PausePainting(Clock::duration layoutTime) {
 
 void TreeView::timerEvent(QTimerEvent* event) {
     if (event->timerId() != mPause.timerId()) return QTreeView::timerEvent(event);
+    EndPause();
+}
+
+void TreeView::EndPause() {
+    if (!IsPaused()) return;
     mPause.stop();
     setUpdatesEnabled(true);
+    mTree.UpdateVisibleRowsLater();
 }
 
 void TreeView::PaintEmptyText() {

@@ -129,6 +129,7 @@ void TreeImpl::ShowBusy(bool busy) {
     if (!busy) {
         ++mBusyPeriod;
         mView->GetSpinner().Stop();
+        mView->EndPause();
         mView->viewport()->update();
         return;
     }

@@ -43,7 +43,14 @@ TreeImpl::Range TreeImpl::VisibleRange() {
 
 void TreeImpl::UpdateVisibleRowsLater() {
     const auto wait = mNextVisibleUpdate - desk::GetServices().mMainThread->Now();
-    RunLater(mVisibleLater, &TreeImpl::UpdateVisibleRows, std::chrono::ceil<std::chrono::milliseconds>(wait));
+    RunLater(mVisibleLater, &TreeImpl::UpdateVisibleRowsIfPainting,
+             std::chrono::ceil<std::chrono::milliseconds>(wait));
+}
+
+void TreeImpl::UpdateVisibleRowsIfPainting() {
+    // While rows keep coming, the paint after the pause finds them.
+    const bool isLeftToPaint = mBusy > 0 && mView && mView->IsPaused() && mView->isVisible();
+    if (!isLeftToPaint) UpdateVisibleRows();
 }
 
 void TreeImpl::UpdateVisibleRows() {
