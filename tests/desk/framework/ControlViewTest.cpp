@@ -1,7 +1,5 @@
-#include <QLineEdit>
-#include <QStatusTipEvent>
 #include <QTest>
-#include <QToolButton>
+#include <QtWidgets>
 
 #include "host/toolkit/Bitmap.h"
 #include "tests/desk/framework/FrameworkFixture.h"

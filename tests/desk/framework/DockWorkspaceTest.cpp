@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <QLabel>
-#include <QLineEdit>
-#include <QMainWindow>
-#include <QMenu>
-#include <QScreen>
 #include <QTest>
+#include <QtWidgets>
 
 #include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandIDs.h"
@@ -75,6 +71,10 @@ struct DockWorkspaceTest : testing::Test {
         window.show();
         mMainThread.RunUntilIdle();
     }
+    void ActivateWindow() {
+        mWindow.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&mWindow));
+    }
     static bool IsShown(const UTF16String& id, bool frontmost = false) {
         return host::WorkspaceUtils::TabIsShown(host::Workspace::Instance().GetPtr(), host::UTF16to8(id),
                                                 frontmost);
@@ -110,12 +110,10 @@ TEST_F(DockWorkspaceTest, OpensEveryPanelTabbedAndGoesFromOneToTheNext) {
 }
 
 TEST_F(DockWorkspaceTest, APanelOnDemandLeavesTheDutyWhereItIsAndTakesTheKeyboardOnlyFromTheUser) {
-    mWindow.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&mWindow));
+    ActivateWindow();
     mWorkspace.FindFrame(kOne)->TakeFocus();
     mWorkspace.CreateOrReanimateTabView(kAside, {})->BringToFront(true, false);
-    EXPECT_TRUE(IsShown(kAside));
-    EXPECT_TRUE(HasKeyboard(kOne));
+    EXPECT_TRUE(IsShown(kAside) && HasKeyboard(kOne));
     EXPECT_EQ(OnDuty(), kOne);
     QTest::mouseClick(mWorkspace.FindFrame(kAside)->findChild<QLineEdit*>(), Qt::LeftButton);
     EXPECT_TRUE(HasKeyboard(kAside));
@@ -171,12 +169,10 @@ TEST_F(DockWorkspaceTest, AFloatingPanelComesAfterItsWindowOnAScreenAndIsBrought
     EXPECT_FALSE(view.IsDockedInMainWindow());
     EXPECT_EQ(view.GetFloatingWindowGlobalRect(), (host::Rect{40, 60, 400, 300}));
     mWindow.move(0, 0);
-    mWindow.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&mWindow));
+    ActivateWindow();
     mWorkspace.TogglePanel(kOne);
     EXPECT_TRUE(IsShown(kOne)) << "it may have been covered";
-    mWindow.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&mWindow));
+    ActivateWindow();
     view.SetPlace(false, {40, 640, 400, 160});
     mWorkspace.TogglePanel(kOne);
     EXPECT_FALSE(IsShown(kOne)) << "nothing of it was covered";

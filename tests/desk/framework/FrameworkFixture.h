@@ -1,13 +1,5 @@
 #pragma once
 
-#include <QApplication>
-#include <QWidget>
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/PanelNavigation.h"
 #include "desk/framework/ViewImpl.h"

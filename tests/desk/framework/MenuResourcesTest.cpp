@@ -71,8 +71,7 @@ TEST_F(MenuResourcesTest, AFileThatIsNotUnderstoodIsNamedAndLeftOut) {
     const ExpectLogged broken("broken.json is left out"), entry("entry.json is left out: menu \"A\": entry 2 "),
         nested("nested.json is left out: menu \"A\": entry 1 entry 1 needs");
     mMenus.Load(mFolder.Path());
-    EXPECT_FALSE(mMenus.HasMenu("A"));
-    EXPECT_TRUE(mMenus.HasMenu("C") && mMenus.HasMenu(kWingMenu));
+    EXPECT_TRUE(!mMenus.HasMenu("A") && mMenus.HasMenu("C") && mMenus.HasMenu(kWingMenu));
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include <elf.h>
-#include <sys/stat.h>
 
 #include <cstring>
 

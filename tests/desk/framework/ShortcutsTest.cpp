@@ -6,9 +6,7 @@
 
 namespace {
 
-constexpr int kZoomIn = 910001;
-constexpr int kMoveHome = 910002;
-constexpr int kOpen = 910003;
+constexpr int kZoomIn = 910001, kMoveHome = 910002, kOpen = 910003;
 
 constexpr char kKeys[] = R"({"global": {"cmd.edit.selectall": ["Ctrl+A", "Ctrl+O"]},
     "test.panel": {"zoomin": ["Ctrl++", "Ctrl+="], "home": "Home", "open": "Ctrl+O"}})";

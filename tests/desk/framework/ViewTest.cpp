@@ -1,7 +1,5 @@
 #include <QLineEdit>
-#include <stdexcept>
 
-#include "desk/framework/CommandRouter.h"
 #include "host/framework/DC.h"
 #include "tests/desk/framework/FrameworkFixture.h"
 

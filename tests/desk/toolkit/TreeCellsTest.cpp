@@ -1,5 +1,4 @@
-#include <QAccessible>
-#include <QImage>
+#include <QtWidgets>
 
 #include "desk/toolkit/Theme.h"
 #include "tests/desk/toolkit/TreeFixture.h"

@@ -3,10 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
-#include <QHeaderView>
-#include <QScrollBar>
 #include <QTest>
-#include <QTreeView>
+#include <QtWidgets>
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -20,8 +18,7 @@
 
 using Rows = std::vector<std::string>;
 
-inline constexpr host::ColumnID kNameColumn = 0x4E616D65;
-inline constexpr host::ColumnID kSizeColumn = 0x53697A65;
+inline constexpr host::ColumnID kNameColumn = 0x4E616D65, kSizeColumn = 0x53697A65;
 inline constexpr host::ColumnID kDateColumn = 0x44617465;
 
 /// A callback as the tree takes it.
@@ -32,8 +29,7 @@ auto Shared(Callback callback) {
 
 /// The name, and what else a test keeps with a row. Names that end in "/" are folders.
 struct NamedRow : host::UI_MultiColumnTreeRow::Data {
-    std::string mName;
-    std::string mSize;
+    std::string mName, mSize;
 };
 
 inline NamedRow& DataOf(const host::UI_MultiColumnTreeRow& row) {
@@ -56,7 +52,6 @@ protected:
         mHeader->AppendColumn(u"Size", kSizeColumn);
         mHeader->AppendColumn(u"Date", kDateColumn);
         mTree->SetCellSortDataFunction(Shared([this](const host::RowRef& row, unsigned column) {
-            ++mCountOfKeys;
             const NamedRow& data = DataOf(*row);
             return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize : data.mName);
         }));
@@ -77,11 +72,6 @@ protected:
     void Settle() {
         mMainThread.RunUntilIdle();
         mMainThread.Advance(std::chrono::milliseconds(20));
-    }
-    void ScrollTo(int value) {
-        Settle();
-        ScrollBar().setValue(value);
-        Settle();
     }
 
     host::RowRef Append(host::UI_MultiColumnTreeRow* parent, const std::string& name) {
@@ -156,7 +146,6 @@ protected:
         QTest::mouseClick(View().viewport(), Qt::LeftButton, modifiers, RectOf(row).topLeft() + QPoint(x, 12));
         Settle();
     }
-    void ClickTriangle(const host::RowRef& row) { Click(row, {}, int(15.5 * DepthOf(row)) + 9); }
     void Press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(&View(), Qt::Key(key), modifiers);
         Settle();
@@ -173,5 +162,4 @@ protected:
     host::RefPtr<host::MediaBrowserMultiColumnTree> mTree;
     host::RefPtr<host::UI_MultiColumnTreeHeaderRow> mHeader;
     std::unique_ptr<QAbstractItemModelTester> mTester;
-    int mCountOfKeys = 0;
 };

@@ -35,26 +35,6 @@ protected:
     Rows mHeard;
 };
 
-TEST_F(TreeHeaderTest, ColumnsAreSetWithoutTellingOfItAndTakeTheirCellsAlong) {
-    const host::RowRef row = Add(nullptr, {"a"})[0];
-    host::UI_Container* cell = row->GetCellView(0);
-    mHeader->AppendColumn(u"Name again", kNameColumn);
-    mHeader->SetColumnWidth(kSizeColumn, 123.4f);
-    EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 123.4f) << "the width that was set, not a rounded one";
-    EXPECT_EQ(View().header()->sectionSize(1), 123);
-    for (const float width : {3e30f, 3.0f, std::nanf("")}) mHeader->SetColumnWidth(kSizeColumn, width);
-    EXPECT_EQ(mHeader->GetColumnWidth(kSizeColumn), 50);
-    mHeader->SetColumnWidth(kDateColumn, 3e30f);
-    EXPECT_EQ(float(View().header()->sectionSize(2)), mHeader->GetColumnWidth(kDateColumn)) << "has an end";
-    mHeader->SetColumnWidth(0x3F3F3F3F, 3);
-    mHeader->MoveColumn(kDateColumn, 0, true);
-    EXPECT_EQ(Order(), (std::vector{kDateColumn, kNameColumn, kSizeColumn}));
-    EXPECT_EQ(View().header()->visualIndex(2), 0);
-    EXPECT_EQ(row->GetCellView(1), cell);
-    EXPECT_EQ(row->GetCellView(3), nullptr);
-    EXPECT_EQ(mHeard, Rows{});
-}
-
 TEST_F(TreeHeaderTest, TheUserMovesAndResizesWithinLimits) {
     Drag({50, 10}, {280, 10});
     EXPECT_TRUE(mHeard.empty()) << "not allowed yet";
@@ -85,6 +65,23 @@ TEST_F(TreeHeaderTest, TheVerticalScrollBarBringsNoHorizontalOne) {
     Settle();
     EXPECT_EQ(View().header()->length(), width);
     EXPECT_EQ(mHeard, Rows{});
+}
+
+TEST_F(TreeHeaderTest, ClickingAHeaderTellsFirstThenSorts) {
+    const host::RowVec rows = Add(nullptr, {"a", "b"});
+    DataOf(*rows[0]).mSize = "2";
+    DataOf(*rows[1]).mSize = "1";
+    Rows heard;
+    mHeader->SetUserChangedSortCallback(Shared([&](host::ColumnID column, bool ascending) {
+        heard.push_back((column == kSizeColumn ? "size" : "name") + std::string(ascending ? "+ " : "- ") +
+                        Shown()[0]);
+    }));
+    for (const int section : {1, 1, 0})
+        QTest::mouseClick(View().header()->viewport(), Qt::LeftButton, {},
+                          {View().header()->sectionViewportPosition(section) + 30, 10});
+    mHeader->SetSortDirection(false);
+    Settle();
+    EXPECT_EQ(heard, (Rows{"size+ a", "size- b", "name+ a"})) << "what the program sets is not told";
 }
 
 }  // namespace

@@ -1,16 +1,18 @@
+#include <map>
 #include <random>
+#include <ranges>
 #include <set>
 
 #include "tests/desk/toolkit/TreeFixture.h"
 
 namespace {
 
-/// What the tree should be: names in sorted folders.
+/// What the tree should be: rows by their names, which are each other's in no two places.
 struct ModelRow {
-    std::string mName;
     bool mIsOpen = false;
-    std::vector<ModelRow> mChildren;
+    std::map<std::string, ModelRow> mChildren;
 };
+using ModelRows = std::map<std::string, ModelRow>;
 
 class TreeRandomTest : public TreeFixture {
 protected:
@@ -22,37 +24,32 @@ protected:
                 EXPECT_TRUE(mVisible.insert(row).second) << "told once";
         }));
     }
-    bool IsFolder(const ModelRow& row) const { return row.mName.ends_with('/'); }
+    static bool IsFolder(const ModelRows::value_type& row) { return row.first.ends_with('/'); }
     int Pick(int count) { return std::uniform_int_distribution<>(0, count - 1)(mRandom); }
 
     /// A folder of the model and its row: the root, or one reached by random steps down.
-    std::pair<std::vector<ModelRow>*, host::RowRef> PickFolder() {
-        std::vector<ModelRow>* rows = &mRows;
+    std::pair<ModelRows*, host::RowRef> PickFolder() {
+        ModelRows* rows = &mRows;
         host::RowRef row;
         while (Pick(3) > 0) {
-            std::vector<ModelRow*> folders;
-            for (ModelRow& each : *rows)
+            std::vector<ModelRows::value_type*> folders;
+            for (auto& each : *rows)
                 if (IsFolder(each)) folders.push_back(&each);
             if (folders.empty()) break;
-            ModelRow* folder = folders[std::size_t(Pick(int(folders.size())))];
-            row = FindBelow(row ? row->GetChildRows() : mTree->GetTopLevelRows(), folder->mName);
-            rows = &folder->mChildren;
+            auto& [name, folder] = *folders[std::size_t(Pick(int(folders.size())))];
+            row = Find(name);
+            rows = &folder.mChildren;
         }
         return {rows, row};
     }
 
-    void SortRows(std::vector<ModelRow>& rows) {
-        std::stable_sort(rows.begin(), rows.end(), [this](const ModelRow& a, const ModelRow& b) {
-            return mIsAscending ? a.mName < b.mName : b.mName < a.mName;
-        });
-        for (ModelRow& row : rows) SortRows(row.mChildren);
-    }
-
-    void AddShown(const std::vector<ModelRow>& rows, const std::string& indentation, Rows& shown) {
-        for (const ModelRow& row : rows) {
-            shown.push_back(indentation + row.mName);
-            if (row.mIsOpen) AddShown(row.mChildren, indentation + "  ", shown);
-        }
+    void AddShown(const ModelRows& rows, const std::string& indentation, Rows& shown) {
+        const auto add = [&](const ModelRows::value_type& row) {
+            shown.push_back(indentation + row.first);
+            if (row.second.mIsOpen) AddShown(row.second.mChildren, indentation + "  ", shown);
+        };
+        if (mIsAscending) return void(std::ranges::for_each(rows, add));
+        std::ranges::for_each(rows | std::views::reverse, add);
     }
 
     void AddRows() {
@@ -61,18 +58,16 @@ protected:
         for (int count = 1 + Pick(Pick(4) ? 6 : 60); count > 0; --count) {
             names.push_back("n" + std::to_string(mRandom() % 100000) + "_" + std::to_string(++mLastNumber) +
                             (Pick(3) ? "" : "/"));
-            rows->push_back({names.back(), false, {}});
+            rows->try_emplace(names.back());
         }
-        SortRows(*rows);
         Add(folder.get(), names);
     }
 
     void RemoveRows() {
-        const auto [rows, folder] = PickFolder();
         host::RowVec doomed;
-        std::erase_if(*rows, [&, folder = folder](const ModelRow& row) {
+        std::erase_if(*PickFolder().first, [&](const auto& row) {
             if (Pick(3)) return false;
-            doomed.push_back(FindBelow(folder ? folder->GetChildRows() : mTree->GetTopLevelRows(), row.mName));
+            doomed.push_back(Find(row.first));
             return true;
         });
         std::shuffle(doomed.begin(), doomed.end(), mRandom);
@@ -81,18 +76,14 @@ protected:
     }
 
     void ToggleRow() {
-        const auto [rows, folder] = PickFolder();
-        if (rows->empty()) return;
-        ModelRow& row = (*rows)[std::size_t(Pick(int(rows->size())))];
-        const host::RowRef found = Find(row.mName);
-        if (IsFolder(row)) row.mIsOpen = !row.mIsOpen;
-        if (found->IsOpen()) {
-            mTree->CloseRow(found.get());
-            std::erase_if(mSelected,
-                          [&](const std::string& name) { return Find(name)->IsADescendent(*found); });
-        } else {
-            mTree->OpenRow(found.get());
-        }
+        ModelRows& rows = *PickFolder().first;
+        if (rows.empty()) return;
+        auto& row = *std::next(rows.begin(), Pick(int(rows.size())));
+        const host::RowRef found = Find(row.first);
+        if (IsFolder(row)) row.second.mIsOpen = !row.second.mIsOpen;
+        if (!found->IsOpen()) return mTree->OpenRow(found.get());
+        mTree->CloseRow(found.get());
+        std::erase_if(mSelected, [&](const std::string& name) { return Find(name)->IsADescendent(*found); });
     }
 
     void SelectSome() {
@@ -106,9 +97,16 @@ protected:
 
     void TurnSorting() {
         mIsAscending = !mIsAscending;
-        SortRows(mRows);
         mHeader->SetSortDirection(mIsAscending);
         Settle();
+    }
+
+    void TakeStep() {
+        constexpr void (TreeRandomTest::*kSteps[])() = {
+            &TreeRandomTest::AddRows,    &TreeRandomTest::AddRows,    &TreeRandomTest::AddRows,
+            &TreeRandomTest::RemoveRows, &TreeRandomTest::ToggleRow,  &TreeRandomTest::ToggleRow,
+            &TreeRandomTest::SelectSome, &TreeRandomTest::TurnSorting};
+        (this->*kSteps[Pick(int(std::size(kSteps)))])();
     }
 
     void Check() {
@@ -119,11 +117,8 @@ protected:
         for (std::string& name : expected) name.erase(0, name.find_first_not_of(' '));
         ASSERT_EQ(ShownByView(), expected);
         ASSERT_EQ(NamesOf(mTree->GetSelectedRows()), mSelected);
-        Rows selected = ShownByView(true);
-        Rows wanted = mSelected;
-        std::sort(selected.begin(), selected.end());
-        std::sort(wanted.begin(), wanted.end());
-        ASSERT_EQ(selected, wanted);
+        const auto asSet = [](const Rows& rows) { return std::multiset(rows.begin(), rows.end()); };
+        ASSERT_EQ(asSet(ShownByView(true)), asSet(mSelected));
     }
 
     /// The rows that the tree has told to be visible are those that the view shows.
@@ -141,7 +136,7 @@ protected:
 
     std::set<host::RowRef> mVisible;
     std::mt19937 mRandom{20261121};
-    std::vector<ModelRow> mRows;
+    ModelRows mRows;
     Rows mSelected;
     bool mIsAscending = true;
     int mLastNumber = 0;
@@ -150,17 +145,7 @@ protected:
 TEST_F(TreeRandomTest, FollowsASimpleModelThroughRandomSteps) {
     for (int step = 0; step < 300 && !HasFatalFailure(); ++step) {
         SCOPED_TRACE(step);
-        const int kind = Pick(8);
-        if (kind < 3)
-            AddRows();
-        else if (kind < 4)
-            RemoveRows();
-        else if (kind < 6)
-            ToggleRow();
-        else if (kind < 7)
-            SelectSome();
-        else
-            TurnSorting();
+        TakeStep();
         if (Pick(3) == 0) ScrollBar().setValue(Pick(ScrollBar().maximum() + 1));
         if (Pick(4) == 0) mWindow.grab();
         if (Pick(9) == 0) mTree->UI_SetBounds({0, 0, 600, float(100 + Pick(500))});

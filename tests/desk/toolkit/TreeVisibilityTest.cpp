@@ -65,7 +65,9 @@ TEST_F(TreeVisibilityTest, ZoomAndChangesAboveDoNotMoveWhatIsSeen) {
     const host::RowRef folder = Add(nullptr, {"a/"})[0];
     Add(folder.get(), Names("x", 0, 30));
     Add(nullptr, Names("p", 0, 300, 2));
-    ScrollTo(100 * 25 + 5);
+    Settle();
+    ScrollBar().setValue(100 * 25 + 5);
+    Settle();
     const host::RowRef top = mTree->GetOpenedRow(100);
     const auto expectTop = [&](const char* change, int height = 25, int hidden = 5) {
         Settle();
