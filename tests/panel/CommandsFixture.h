@@ -1,10 +1,7 @@
 #pragma once
 
-#include <utility>
-
 #include "desk/project/document/ProjectDocuments.h"
 #include "desk/project/production/CopyQueue.h"
-#include "host/project/ProjectLockFile.h"
 #include "tests/panel/PanelFixture.h"
 #include "tests/support/DiskTree.h"
 
@@ -13,21 +10,11 @@ namespace HandlerSharedProjects {
 /// The panel with the host's parts that work on projects and files.
 class CommandsFixture : public PanelFixture {
 protected:
-    static constexpr int kNewFolder = 1296191078;
-    static constexpr int kNewProject = 30303;
-    static constexpr int kAddProject = 30304;
-    static constexpr int kOpen = 30305;
-    static constexpr int kClose = 30306;
-    static constexpr int kRefresh = 30307;
-    static constexpr int kRevealRoot = 30309;
-    static constexpr int kRevealItem = 30310;
-    static constexpr int kToggleLock = 30311;
-    static constexpr int kMakeACopy = 30319;
-    static constexpr int kRefreshAll = 30320;
-    static constexpr int kSaveAll = 30321;
-    static constexpr int kCloseAll = 30322;
-    static constexpr int kMoveToTrash = 30325;
-    static constexpr int kCloseAllOthers = 11215;
+    static constexpr int kNewFolder = 1296191078, kNewProject = 30303, kAddProject = 30304;
+    static constexpr int kOpen = 30305, kClose = 30306, kRefresh = 30307, kRevealRoot = 30309;
+    static constexpr int kRevealItem = 30310, kToggleLock = 30311, kMakeACopy = 30319;
+    static constexpr int kRefreshAll = 30320, kSaveAll = 30321, kCloseAll = 30322;
+    static constexpr int kMoveToTrash = 30325, kCloseAllOthers = 11215;
 
     UTF16String ProjectPath(const std::string& name) { return PathOf(name + ".zuproj"); }
     UTF16StringVec PathsOf(const std::vector<std::string>& names) {
@@ -61,8 +48,7 @@ protected:
     }
 
     struct Status {
-        bool mIsKnown = false;
-        bool mIsEnabled = false;
+        bool mIsKnown = false, mIsEnabled = false;
         UTF16String mText;
     };
     Status StatusOf(int commandID) {

@@ -76,8 +76,7 @@ TEST_F(MoveTest, OpenProjectsFollowTheirFolder) {
     Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathOf("P"), PathOf("Q"));
     EXPECT_EQ(writable->GetProjectPath(), ProjectPath("Q/x"));
     const auto lock = dynamic_cast<TestProject&>(*writable).mLockFile;
-    EXPECT_TRUE(lock && lock->IsHeldByReader());
-    EXPECT_TRUE(mFolder.Exists(OnDisk("Q/.x.zuproj.lock")));
+    EXPECT_TRUE(lock && lock->IsHeldByReader() && mFolder.Exists(OnDisk("Q/.x.zuproj.lock")));
     EXPECT_EQ(readOnly->GetProjectPath(), ProjectPath("P/read-only"));
     EXPECT_EQ(missing->GetProjectPath(), ProjectPath("P/missing"));
     EXPECT_EQ(outside->GetProjectPath(), ProjectPath("A"));

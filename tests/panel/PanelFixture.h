@@ -1,15 +1,7 @@
 #pragma once
 
 #include <QAbstractItemModelTester>
-#include <QLineEdit>
-#include <QTreeView>
-#include <QWidget>
-#include <algorithm>
-#include <memory>
-#include <set>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <QtWidgets>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsModule.h"
@@ -18,7 +10,6 @@
 #include "desk/files/live/ChangeSource.h"
 #include "desk/files/live/FolderStore.h"
 #include "desk/framework/PanelRegistry.h"
-#include "desk/project/document/OpenProjectList.h"
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/production/Production.h"
 #include "desk/toolkit/TreeAccess.h"
@@ -46,9 +37,7 @@ struct ModelSignals {
         QObject::connect(model, &QAbstractItemModel::modelReset, &mContext, [this] { ++mResets; });
     }
     QObject mContext;
-    int mInserted = 0;
-    int mRemoved = 0;
-    int mResets = 0;
+    int mInserted = 0, mRemoved = 0, mResets = 0;
 };
 
 /// The real panel on a production in a temporary folder. Names are paths in the production ("Reels/Reel 1"),
@@ -83,8 +72,7 @@ protected:
     /// "Reels/Reel 1" is a project, "Reels/" a folder.
     struct Item {
         Item(const char* name, std::string bytes = "project") : mName(name), mBytes(std::move(bytes)) {}
-        std::string mName;
-        std::string mBytes;
+        std::string mName, mBytes;
     };
     void Make(std::initializer_list<Item> items) {
         for (const Item& item : items)
@@ -183,6 +171,12 @@ protected:
     bool Shows(const Rows& rows) {
         if (Shows([&] { return ShownRows() == rows; })) return true;
         EXPECT_EQ(ShownRows(), rows);
+        return false;
+    }
+
+    bool ShowsHits(const Rows& rows) {
+        if (Shows([&] { return ShownHits() == rows; })) return true;
+        EXPECT_EQ(ShownHits(), rows);
         return false;
     }
 

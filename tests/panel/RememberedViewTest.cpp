@@ -1,5 +1,4 @@
-#include <QHeaderView>
-#include <QSlider>
+#include <QtWidgets>
 
 #include "desk/core/settings/Directories.h"
 #include "host/core/DirectoryRegistry.h"
@@ -51,6 +50,15 @@ protected:
         EXPECT_TRUE(SearchField()->text().isEmpty());
     }
 
+    void ExpectChangedViewAfter(const char* logged) {
+        {
+            ExpectLogged log(logged);
+            ClosePanel();
+        }
+        OpenPanel();
+        ExpectChangedView();
+    }
+
     JSONMemberTexts Layouts() { return ParseLayouts(mFolder.Read(kFile)); }
     void WriteLayouts(const JSONMemberTexts& layouts) { mFolder.Write(kFile, FormatLayouts(layouts)); }
     UTF16String Entry(const std::string& production) { return Layouts()[mFolder.Path(production)]; }
@@ -99,8 +107,7 @@ TEST_F(RememberedViewTest, OpenFoldersAndTheSelectionAreBack) {
     RemoveProject("Reels/Reel 2");
     ClosePanel();
     OpenPanel();
-    EXPECT_TRUE(RowOf("Reels")->IsOpen());
-    EXPECT_TRUE(SelectedNames().empty());
+    EXPECT_TRUE(RowOf("Reels")->IsOpen() && SelectedNames().empty());
 }
 
 TEST_F(RememberedViewTest, ASaveLeavesWhatOtherProgramsHaveWritten) {
@@ -122,31 +129,16 @@ TEST_F(RememberedViewTest, ASaveLeavesWhatOtherProgramsHaveWritten) {
 TEST_F(RememberedViewTest, ASettingsFileThatCannotBeReadOrWrittenIsNeverReplaced) {
     ChangeView();
     mFolder.Write(kFile, "no settings");
-    {
-        ExpectLogged log("half a UTF-16 unit");
-        ClosePanel();
-    }
+    ExpectChangedViewAfter("half a UTF-16 unit");
     EXPECT_EQ(mFolder.Read(std::string(kFile) + ".unreadable-1"), "no settings");
-    OpenPanel();
-    ExpectChangedView();
     // Larger than anything that is read.
     std::filesystem::resize_file(mFolder.Path(kFile), 300'000'000);
-    {
-        ExpectLogged log("it is larger than");
-        ClosePanel();
-    }
+    ExpectChangedViewAfter("it is larger than");
     EXPECT_EQ(std::filesystem::file_size(mFolder.Path(std::string(kFile) + ".unreadable-2")), 300'000'000u);
-    OpenPanel();
-    ExpectChangedView();
 
     mFolder.Rename(kFile, "elsewhere");
     std::filesystem::create_symlink("../elsewhere", mFolder.Path(kFile));
-    {
-        ExpectLogged log("symbolic link");
-        ClosePanel();
-    }
-    OpenPanel();
-    ExpectChangedView();
+    ExpectChangedViewAfter("symbolic link");
 
     const std::string before = mFolder.Read(kFile);
     Send(30323);

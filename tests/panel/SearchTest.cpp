@@ -9,21 +9,8 @@ namespace HandlerSharedProjects {
 class SearchTest : public PanelFixture {
 protected:
     void SetUp() override {
-        MakeProject("Reels/xAB");
-        MakeProject("Reels/ab 2");
-        MakeProject("Reels/Other");
-        MakeProject("ab folder/Day 1/ab deep");
-        MakeProject("ab folder/Nothing");
-        MakeFolder("Sound/abc");
-        MakeProject(
-            "Gr\xC3\xBC\xC3\x9F"
-            "e");
-        OpenProduction();
-    }
-    bool ShowsHits(const Rows& rows) {
-        if (Shows([&] { return ShownHits() == rows; })) return true;
-        EXPECT_EQ(ShownHits(), rows);
-        return false;
+        OpenProductionWith({"Reels/xAB", "Reels/ab 2", "Reels/Other", "ab folder/Day 1/ab deep",
+                            "ab folder/Nothing", "Sound/abc/", "Gr\u00FC\u00DFe"});
     }
     std::string EmptyText() {
         return UI_MultiColumnTree::TreeImpl::Of(*SearchView().GetTree()).mEmptyText.toStdString();
@@ -122,15 +109,13 @@ TEST_F(SearchTest, FactsOfHitsComeWithoutTheUIThreadWaitingAndSortThem) {
     hits->SetSortColumn(Columns::kSizeColumnID);
     hits->SetSortDirection(false);
     SearchView().UpdateOpenRows();
-    EXPECT_TRUE(Shows([this] {
+    const auto standsBefore = [this](const char* first, const char* second) {
         const Rows rows = ShownHits();
-        return std::ranges::find(rows, "  xAB") < std::ranges::find(rows, "  ab 2");
-    }));
+        return std::ranges::find(rows, first) < std::ranges::find(rows, second);
+    };
+    EXPECT_TRUE(Shows([&] { return standsBefore("  xAB", "  ab 2"); }));
     MakeProject("Reels/ab 2", "1234567890");
-    EXPECT_TRUE(Shows([this] {
-        const Rows rows = ShownHits();
-        return std::ranges::find(rows, "  xAB") > std::ranges::find(rows, "  ab 2");
-    }));
+    EXPECT_TRUE(Shows([&] { return standsBefore("  ab 2", "  xAB"); }));
     EXPECT_EQ(mDisk.CountOnUIThread(), 0);
 }
 
@@ -147,17 +132,14 @@ TEST_F(SearchTest, FindsKnownNamesOfAVolumeThatCannotBeReadAndSaysWhyOthersAreMi
     mDisk.Deny(root, ENOTCONN);
     ExpectLogged log("Transport endpoint is not connected");
     TypeSearch(QStringLiteral("Gr"));
-    EXPECT_EQ(ShownHits(), Rows{"Gr\xC3\xBC\xC3\x9F"
-                                "e"});
+    EXPECT_EQ(ShownHits(), Rows{"Gr\u00FC\u00DFe"});
     CloseProduction();
     OpenProduction();
     TypeSearch(QStringLiteral("Gr"));
     EXPECT_EQ(ShownHits(), Rows{});
     EXPECT_EQ(EmptyText(), "This production cannot be searched: Transport endpoint is not connected");
     mDisk.Allow(root);
-    EXPECT_TRUE(
-        ShowsHits({"Gr\xC3\xBC\xC3\x9F"
-                   "e"}));
+    EXPECT_TRUE(ShowsHits({"Gr\u00FC\u00DFe"}));
 }
 
 TEST_F(SearchTest, EscapeLeavesTheSearchFromTheTreeOfHitsToo) {
@@ -167,8 +149,7 @@ TEST_F(SearchTest, EscapeLeavesTheSearchFromTheTreeOfHitsToo) {
     QTest::keyClick(&SearchTreeWidget(), Qt::Key_Escape);
     Settle();
     EXPECT_EQ(SearchField()->text(), QString());
-    EXPECT_TRUE(TreeWidget().isVisible());
-    EXPECT_TRUE(TreeWidget().hasFocus());
+    EXPECT_TRUE(TreeWidget().isVisible() && TreeWidget().hasFocus());
 }
 
 }  // namespace HandlerSharedProjects
