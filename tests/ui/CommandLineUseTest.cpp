@@ -1,4 +1,3 @@
-#include <fstream>
 
 #include "host/framework/PluginEntry.h"
 #include "tests/ui/ProgramRun.h"
@@ -38,8 +37,7 @@ TEST_F(CommandLineUse, RefusesWrongUseWithOneLine) {
         EXPECT_NE(result.mErrors.find(c.mNamed), std::string::npos) << result.mErrors;
         EXPECT_EQ(result.mOutput, "");
     }
-    EXPECT_FALSE(mHome.Exists("config"));
-    EXPECT_FALSE(mHome.Exists("p.png"));
+    EXPECT_FALSE(mHome.Exists("config") || mHome.Exists("p.png"));
 }
 
 TEST_F(CommandLineUse, SaysHowToGetAPictureWithoutADisplay) {
@@ -82,18 +80,14 @@ TEST_F(CommandLineUse, ListsThePanelsAndWhyOthersAreRefused) {
     ASSERT_NE(owner, std::string::npos);
     other[owner + 8] = 77;
     mHome.Write("mine/OtherVersion.so", other);
-    other[owner + 8] = host::kSdkVersion;
-    mHome.Write("mine/Cut.so", other.substr(0, other.size() / 2));
     mHome.Write("mine/WithoutRecord.so", read(ZU_BINARY_DIR "/lib/libzuhost.so"));
-    mHome.Write("mine/Text.so", "no library at all\n");
     SetVariable("ZUHOST_PLUGIN_PATH", mHome.Path("mine"));
     const Result result = Run({"--list-plugins"});
     EXPECT_EQ(result.mExitCode, 0);
     const std::string refused = "refused: " + mHome.Path("mine/");
     for (const std::string& line :
          {refused + "OtherVersion.so: was made for SDK version 77",
-          refused + "WithoutRecord.so: has no entry record", refused + "Cut.so: is no library (it is cut off)",
-          refused + "Text.so: is no", std::string("Production (SDK version 1): ")})
+          refused + "WithoutRecord.so: has no entry record", std::string("Production (SDK version 1): ")})
         EXPECT_NE(result.mOutput.find(line), std::string::npos) << line << " in:\n" << result.mOutput;
 }
 

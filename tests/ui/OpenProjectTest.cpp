@@ -6,8 +6,7 @@ class OpenProject : public ProgramRun {
 protected:
     OpenProject() { mHome.Write("Harbour/Reel 1.zuproj", "one\ntwo\n"); }
 
-    const std::string mProfile = mHome.Path("profile");
-    const std::string mProduction = mHome.Path("Harbour");
+    const std::string mProfile = mHome.Path("profile"), mProduction = mHome.Path("Harbour");
     const std::string mProject = mHome.Path("Harbour/Reel 1.zuproj");
     static constexpr char kLock[] = "Harbour/.Reel 1.zuproj.lock";
 };

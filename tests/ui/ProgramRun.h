@@ -8,9 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <initializer_list>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -19,8 +17,7 @@ class ProgramRun : public testing::Test {
 protected:
     struct Result {
         int mExitCode = -1;
-        std::string mOutput;
-        std::string mErrors;
+        std::string mOutput, mErrors;
     };
     using Arguments = std::initializer_list<std::string>;
 

@@ -1,5 +1,4 @@
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QtWidgets>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/core/edges/SystemDesktop.h"

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <QLocale>
-#include <QProcess>
+#include <QtWidgets>
 #include <ctime>
-#include <iterator>
 #include <sstream>
 
 #include "desk/core/language/DateLanguage.h"

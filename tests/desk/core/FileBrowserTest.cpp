@@ -33,8 +33,7 @@ public:
         return true;
     }
 
-    bool mIsThere = false;
-    bool mRefuses = false;
+    bool mIsThere = false, mRefuses = false;
     QStringList mAsked;
 };
 

@@ -1,11 +1,5 @@
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <cstdlib>
-#include <optional>
-
 #include "desk/core/log/Log.h"
 #include "desk/core/log/UsageLogFile.h"
-#include "desk/core/settings/JsonFile.h"
 #include "desk/core/settings/Profile.h"
 #include "host/core/UsageLogger.h"
 #include "tests/support/HostFixture.h"
@@ -30,41 +24,6 @@ private:
 
 }  // namespace
 
-TEST_F(SettingsTest, ASettingsFileThatCannotBeReadIsNeverReplaced) {
-    const std::string path = mFolder.Path("recent.json");
-    EXPECT_TRUE(desk::ReadSettingsFile(path).mMayWrite);
-    for (const char* name : {"recent.json.unreadable-1", "recent.json.unreadable-2"}) {
-        mFolder.Write("recent.json", "{broken");
-        const ExpectLogged log(name);
-        const desk::SettingsFile settings = desk::ReadSettingsFile(path);
-        EXPECT_TRUE(settings.mMayWrite);
-        EXPECT_NE(host::UTF16to8(settings.mNotice).find(path), std::string::npos);
-        EXPECT_EQ(mFolder.Read(name), "{broken");
-        EXPECT_FALSE(mFolder.Exists("recent.json"));
-    }
-    desk::WriteJsonFile(path, {{QStringLiteral("a"), 1}});
-    EXPECT_EQ(desk::ReadSettingsFile(path).mObject.value(QStringLiteral("a")).toInt(), 1);
-
-    mDisk.Deny(path, EIO);
-    const ExpectLogged log("changes are not saved");
-    EXPECT_FALSE(desk::ReadSettingsFile(path).mMayWrite);
-    EXPECT_TRUE(mFolder.Exists("recent.json"));
-}
-
-TEST_F(SettingsTest, HostileJsonIsAnsweredWithAReason) {
-    using State = desk::JsonFile::State;
-    const std::string deep = std::string(100000, '[') + std::string(100000, ']');
-    for (const std::string& text : {std::string(), std::string(8, '\0'), std::string("1"), std::string("[]"),
-                                    "{\"a\":" + deep + "}", std::string("{\"a\":1}x")}) {
-        const desk::JsonFile file = desk::ParseJsonObject(text);
-        EXPECT_EQ(file.mState, State::Broken);
-        EXPECT_FALSE(file.mReason.empty());
-    }
-    mFolder.MakeFolder("folder.json");
-    EXPECT_EQ(desk::ReadJsonFile(mFolder.Path("folder.json")).mState, State::Broken);
-    EXPECT_EQ(desk::ReadJsonFile(mFolder.Path("absent.json")).mState, State::Absent);
-}
-
 TEST_F(SettingsTest, TheProfileFollowsTheBaseDirectorySpecification) {
     const Variable home("HOME", mFolder.Path().c_str());
     {
@@ -81,23 +40,6 @@ TEST_F(SettingsTest, TheProfileFollowsTheBaseDirectorySpecification) {
     mFolder.Write("file");
     EXPECT_THROW(desk::Profile(mFolder.Path("file")), host::FileException);
     EXPECT_THROW(desk::Profile(mFolder.Path("file/below")), host::FileException);
-}
-
-TEST_F(SettingsTest, UsageLinesKeepTheirOrder) {
-    {
-        const desk::UsageLogFile file(mFolder.Path("usage.jsonl"));
-        for (int i = 0; i < 200; ++i)
-            host::UsageLogger::Get()->LogEvent("production", "Trash", std::to_string(i));
-    }
-    EXPECT_FALSE(host::UsageLogger::Get());
-    ASSERT_TRUE(mPool.WaitUntilIdle(std::chrono::seconds(20)));
-    const QStringList lines = QString::fromStdString(mFolder.Read("usage.jsonl")).split(QLatin1Char('\n'));
-    ASSERT_EQ(lines.size(), 201);
-    for (int i = 0; i < 200; ++i) {
-        const QJsonObject line = QJsonDocument::fromJson(lines[i].toUtf8()).object();
-        ASSERT_EQ(line[QLatin1String("values")][QLatin1String("value")].toString(), QString::number(i));
-        ASSERT_TRUE(QDateTime::fromString(line[QLatin1String("time")].toString(), Qt::ISODate).isValid());
-    }
 }
 
 TEST_F(SettingsTest, AFullUsageFileIsBegunAnewAndAFailureToldOnce) {

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "desk/core/names/QtStrings.h"
 #include "host/core/Strings.h"
 
@@ -37,10 +35,4 @@ TEST(StringsTest, LoneSurrogatesBecomeBytesOrTheReplacement) {
     EXPECT_EQ(host::AsciiToUTF16("a~\x80"), u"a~\uFFFD");
     EXPECT_EQ(host::WcharToUTF16(std::wstring{L'\U0001F600', wchar_t(0xD800), wchar_t(0x110000)}),
               u"\U0001F600\uFFFD\uFFFD");
-}
-
-TEST(StringsTest, Numbers) {
-    EXPECT_EQ(host::NumberToString(-1234.567, 1), u"-1234.6");
-    EXPECT_EQ(host::NumberToString(std::numeric_limits<double>::max(), 17).size(), 309u + 18u);
-    EXPECT_EQ(host::NumberToString(std::numeric_limits<long long>::min()), u"-9223372036854775808");
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QEventLoop>
-#include <QTimer>
+#include <QtWidgets>
 #include <algorithm>
 #include <atomic>
 #include <future>

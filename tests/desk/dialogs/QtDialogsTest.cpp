@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QTest>
-#include <QTimer>
-#include <QWindow>
+#include <QtWidgets>
 
 #include "desk/core/language/LanguageTable.h"
 #include "desk/core/names/QtStrings.h"
