@@ -15,8 +15,7 @@ public:
     ~AnsweringDialogs() override { desk::GetServices().mDialogs = mBefore; }
 
     /// The titles and texts of messages, in UTF-8, and of questions.
-    std::vector<std::string> mTold;
-    std::vector<std::string> mAsked;
+    std::vector<std::string> mTold, mAsked;
     /// How many questions for a new file are answered with the path that they offer; then they are cancelled.
     int mNewFiles = 0;
 

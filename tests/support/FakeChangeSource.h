@@ -53,6 +53,5 @@ private:
     Receiver mReceiver;
     std::mutex mMutex;
     std::map<std::string, int> mWatches;
-    int mLast = 0;
-    int mError = 0;
+    int mLast = 0, mError = 0;
 };

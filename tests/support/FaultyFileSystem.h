@@ -265,12 +265,8 @@ private:
     Memories mMemories;
     /// Folders that were renamed, by their old names.
     std::map<std::string, std::string> mRenamed;
-    std::atomic<bool> mIsGone = false;
-    std::atomic<bool> mHasLinks = true;
-    std::atomic<bool> mHasRenameFlags = true;
-    std::atomic<bool> mAreManyVolumes = false;
-    std::atomic<bool> mAreFlushesSkipped = false;
-    std::atomic<bool> mWaitsReally = false;
+    std::atomic<bool> mIsGone = false, mHasLinks = true, mHasRenameFlags = true;
+    std::atomic<bool> mAreManyVolumes = false, mAreFlushesSkipped = false, mWaitsReally = false;
     std::atomic<bool> mHidesKinds = false;
     /// 0 is the real one.
     std::atomic<long> mVolumeType = 0;

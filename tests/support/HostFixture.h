@@ -1,12 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <set>
-#include <string>
 
-#include "desk/core/edges/Services.h"
 #include "desk/core/work/WorkerPool.h"
 #include "host/files/FileException.h"
 #include "tests/support/FaultyFileSystem.h"

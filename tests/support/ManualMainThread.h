@@ -61,8 +61,7 @@ private:
     std::multimap<Time, Delayed> mDelayed;
     Time mNow{std::chrono::hours(1000)};
     TimerID mLastTimer = 0;
-    bool mHaveWorkersHung = false;
-    bool mIsAlone = false;
+    bool mHaveWorkersHung = false, mIsAlone = false;
     const std::thread::id mThread = std::this_thread::get_id();
     desk::MainThread* mBefore;
 };

@@ -23,8 +23,7 @@ public:
         if (!mRevealFailedFor.empty()) failed(mRevealFailedFor);
     }
 
-    host::UTF16String mUserName = u"ines";
-    host::UTF16String mMachineName = u"edit-bay-1";
+    host::UTF16String mUserName = u"ines", mMachineName = u"edit-bay-1";
     std::string mMachineID = "0123456789abcdef0123456789abcdef";
     std::string mBootID = "11111111-2222-3333-4444-555555555555";
     /// 2026-03-02T09:30:00Z.

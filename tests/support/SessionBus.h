@@ -47,8 +47,7 @@ public:
     }
 
 private:
-    QString mName;
-    QString mSocket;
+    QString mName, mSocket;
     QProcess mBus;
     QDBusConnection mConnection{QString()};
 };

@@ -13,9 +13,7 @@ public:
     bool IsReadOnly() const override { return mIsReadOnly; }
     bool IsOutOfDate() const override { return mIsOutOfDate; }
 
-    bool mIsReadOnly = false;
-    bool mIsOutOfDate = false;
-    bool mIsDirty = false;
+    bool mIsReadOnly = false, mIsOutOfDate = false, mIsDirty = false;
     host::ProjectLockFileRef mLockFile;
 
 private:

@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "desk/core/durable/PosixErrors.h"
 #include "tests/support/FaultyFileSystem.h"
 
@@ -19,7 +17,6 @@ public:
     bool WaitForCaches(const std::string& path) noexcept override {
         return mForgetsSoon && FaultyFileSystem::WaitForCaches(path);
     }
-    int mFailures = 0;
-    int mError = EEXIST;
+    int mFailures = 0, mError = EEXIST;
     bool mForgetsSoon = true;
 };

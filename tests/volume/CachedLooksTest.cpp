@@ -33,9 +33,8 @@ protected:
     ~CachedLooks() override { desk::GetServices() = mBefore; }
 
     QStringList Options() const {
-        QStringList options{QStringLiteral("--delay-ms"),      QStringLiteral("0"),
-                            QStringLiteral("--cache-seconds"), QStringLiteral("1"),
-                            QStringLiteral("--threads"),       QStringLiteral("2")};
+        QStringList options =
+            QStringLiteral("--delay-ms 0 --cache-seconds 1 --threads 2").split(QLatin1Char(' '));
         for (const QString& rule : GetParam().mRules) options << QStringLiteral("--fail") << rule;
         return options;
     }

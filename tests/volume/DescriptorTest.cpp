@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "host/project/ProductionItems.h"

@@ -47,18 +47,11 @@ private:
     static constexpr char kArmingName[] = "arm the rules";
 
     static QStringList MakeOptions(const Kind& kind, const std::string& rule) {
-        QStringList options{QStringLiteral("--delay-ms"),
-                            QStringLiteral("0"),
-                            QStringLiteral("--keep-absence"),
-                            QStringLiteral("--cache-seconds"),
-                            QString::number(kind.mCacheSeconds),
-                            QStringLiteral("--threads"),
-                            QStringLiteral("2"),
-                            QStringLiteral("--statistics"),
-                            QStringLiteral("--arm"),
-                            QLatin1String(kArmingName),
-                            QStringLiteral("--fail"),
-                            QString::fromStdString(rule)};
+        const QString always =
+            QStringLiteral("--delay-ms 0 --keep-absence --threads 2 --statistics --cache-seconds %1");
+        QStringList options = always.arg(kind.mCacheSeconds).split(QLatin1Char(' '));
+        options << QStringLiteral("--arm") << QLatin1String(kArmingName) << QStringLiteral("--fail")
+                << QString::fromStdString(rule);
         if (kind.mHasRenameFlags) options += QStringLiteral("--rename-flags");
         if (!kind.mHasLinks) options += QStringLiteral("--no-links");
         return options;

@@ -3,13 +3,10 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
-#include <filesystem>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "host/project/ProductionItems.h"
-#include "host/project/ProjectLockFile.h"
 #include "tests/support/LogExpectation.h"
 #include "tests/volume/Stack.h"
 

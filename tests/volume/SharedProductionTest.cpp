@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
-#include <random>
 
 #include "desk/core/edges/SystemDesktop.h"
 #include "desk/core/names/LockRecord.h"
@@ -11,7 +9,6 @@
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/LockProtocol.h"
 #include "desk/project/production/TrashRecords.h"
-#include "host/core/Strings.h"
 #include "tests/volume/TestProduction.h"
 #include "tests/volume/WorkerServer.h"
 

@@ -2,10 +2,6 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "desk/core/names/HostNames.h"

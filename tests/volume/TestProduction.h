@@ -4,8 +4,6 @@
 #include <map>
 #include <optional>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -16,8 +14,7 @@ namespace testproduction {
 std::string MakeContent(int number, int version);
 
 struct Identity {
-    int mNumber = 0;
-    int mVersion = 0;
+    int mNumber = 0, mVersion = 0;
     bool operator==(const Identity&) const = default;
 };
 /// Absent for what is no whole project.
@@ -48,8 +45,7 @@ Findings Examine(const std::string& folder);
 
 /// The visible folders and projects at and below `folder`, as far as they can be listed while others move them.
 struct Items {
-    std::vector<std::string> mFolders;
-    std::vector<std::string> mProjects;
+    std::vector<std::string> mFolders, mProjects;
 };
 Items List(const std::string& folder);
 

@@ -2,21 +2,16 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
 #include <ostream>
 #include <regex>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "desk/core/log/Log.h"
-#include "desk/project/lock/HollowLocks.h"
-#include "desk/project/lock/Leftovers.h"
 #include "desk/project/production/TrashRecords.h"
 #include "host/files/Dir.h"
 #include "host/files/File.h"
-#include "host/files/FileException.h"
 #include "host/files/FileUtils.h"
 #include "host/project/ProductionItems.h"
-#include "host/project/ProjectLockFile.h"
 #include "tests/volume/Stack.h"
 
 using namespace HandlerSharedProjects;

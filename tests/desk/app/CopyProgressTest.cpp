@@ -1,7 +1,4 @@
-#include <QLabel>
-#include <QLineEdit>
-#include <QMainWindow>
-#include <QPushButton>
+#include <QtWidgets>
 
 #include "desk/app/CopiesUnderWay.h"
 #include "desk/app/ProgressPanel.h"
@@ -103,8 +100,7 @@ TEST_F(CopyProgressTest, ThePanelComesUpForALongCopyAndAFailureButLeavesTheFocus
     mMain.AdvanceAlone(CopiesUnderWay::kLong / 2);
     EXPECT_FALSE(IsPanelOpen());
     mMain.AdvanceAlone(CopiesUnderWay::kLong);
-    EXPECT_TRUE(IsPanelOpen());
-    EXPECT_TRUE(mField->hasFocus());
+    EXPECT_TRUE(IsPanelOpen() && mField->hasFocus());
     EXPECT_EQ(mWindow.dockWidgetArea(&Panel()), Qt::BottomDockWidgetArea);
     ClosePanel();
     LetCopiesGo();
@@ -113,8 +109,7 @@ TEST_F(CopyProgressTest, ThePanelComesUpForALongCopyAndAFailureButLeavesTheFocus
     FailNextCopy();
     Copy("Refused.zuproj");
     LetCopiesGo();
-    EXPECT_TRUE(IsPanelOpen());
-    EXPECT_TRUE(mField->hasFocus());
+    EXPECT_TRUE(IsPanelOpen() && mField->hasFocus());
     EXPECT_FALSE(IsPanelRemembered()) << "the user did not open it";
     ClosePanel();
     OpenPanel();
@@ -123,8 +118,7 @@ TEST_F(CopyProgressTest, ThePanelComesUpForALongCopyAndAFailureButLeavesTheFocus
 
 TEST_F(CopyProgressTest, ShowsEachJobUntilItIsCleared) {
     OpenPanel();
-    EXPECT_TRUE(HasNote("Nothing is being copied."));
-    EXPECT_FALSE(Button("Cancel All").isEnabled());
+    EXPECT_TRUE(HasNote("Nothing is being copied.") && !Button("Cancel All").isEnabled());
     HoldCopies();
     for (const char* name : {"A.zuproj", "B.zuproj", "<b>C\n.zuproj"}) Copy(name);
     ASSERT_TRUE(mDisk.WaitAtGate());
@@ -147,8 +141,7 @@ TEST_F(CopyProgressTest, ShowsEachJobUntilItIsCleared) {
     EXPECT_EQ(rows[2], "A.zuproj | Production/Day 1 | Copied, 12 bytes");
     Button("Clear Finished").click();
     LetCopiesGo();
-    EXPECT_TRUE(Rows().empty());
-    EXPECT_TRUE(HasNote("Nothing is being copied."));
+    EXPECT_TRUE(Rows().empty() && HasNote("Nothing is being copied."));
 }
 
 TEST_F(CopyProgressTest, OfVeryManyItShowsTheFirstAndCancelsAllIfTheUserAgrees) {

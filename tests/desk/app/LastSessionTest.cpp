@@ -1,8 +1,6 @@
 #include <unistd.h>
 
-#include <QMainWindow>
-#include <QTabBar>
-#include <QTabWidget>
+#include <QtWidgets>
 
 #include "desk/app/LastSession.h"
 #include "desk/app/ProductionCommands.h"
@@ -151,8 +149,7 @@ TEST_F(LastSessionTest, OtherProgramsAndWhatIsNoRecordAreLeftAlone) {
     write("Sessions/elsewhere.json", other);
     mProfile.Write("Sessions/broken.json", "{\"projects\": [");
     mProfile.Write(LastSession::kSettingsName, "[1]");
-    const ExpectLogged broken("broken.json");
-    const ExpectLogged settings(LastSession::kSettingsName);
+    const ExpectLogged broken("broken.json"), settings(LastSession::kSettingsName);
     mSession.reset();
     Start();
     EXPECT_FALSE(IsOffered());

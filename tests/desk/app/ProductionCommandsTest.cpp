@@ -1,5 +1,4 @@
-#include <QMainWindow>
-#include <QMenu>
+#include <QtWidgets>
 
 #include "desk/app/ProductionCommands.h"
 #include "desk/app/ProgramCommands.h"

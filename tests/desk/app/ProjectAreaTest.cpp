@@ -1,7 +1,5 @@
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTabWidget>
 #include <QTest>
+#include <QtWidgets>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
@@ -107,9 +105,7 @@ TEST_F(ProjectAreaTest, ShowsAProjectFromOpeningToClosing) {
 
 TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     WriteForeignLock();
-    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
-    ASSERT_TRUE(Open());
-    mMain.RunUntilIdle();
+    ASSERT_TRUE(Open(u"Open Read-Only"));
     EXPECT_EQ(Titles(), Titled{"Reel 1 (read-only)"});
     EXPECT_TRUE(Notices().starts_with("Read-only. Locked by tomas on edit-bay-2, since ")) << Notices();
     Type("x");
@@ -130,8 +126,7 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     EXPECT_TRUE(Find()->IsReadOnly());
     mMain.Advance(std::chrono::seconds(5));
     EXPECT_EQ(Notices(), "Read-only.");
-    EXPECT_TRUE(AreButtonsLegible());
-    EXPECT_FALSE(IsEnabled(kCommandBreakLock));
+    EXPECT_TRUE(AreButtonsLegible() && !IsEnabled(kCommandBreakLock));
     EXPECT_EQ(CommandRouter::Instance().FindStatus(kCommandToggleReadOnly).mText, u"Read-Write Mode");
     Choose(kCommandToggleReadOnly);
     EXPECT_EQ(Titles(), Titled{"Reel 1"});
@@ -143,9 +138,7 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
 
 TEST_F(ProjectAreaTest, AVolumeThatHangsHoldsUpOneLookAtTheHolder) {
     WriteForeignLock();
-    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
-    ASSERT_TRUE(Open());
-    mMain.RunUntilIdle();
+    ASSERT_TRUE(Open(u"Open Read-Only"));
     mDisk.ResetCounts();
     mDisk.CloseGate(Operation::Status, mFolder.Path(kLock));
     for (int i = 0; i < 10; ++i) mArea.UpdateHolders();
@@ -159,9 +152,7 @@ TEST_F(ProjectAreaTest, AVolumeThatHangsHoldsUpOneLookAtTheHolder) {
 
 TEST_F(ProjectAreaTest, FollowsTheHolderAtOnceWhenTheFolderChanges) {
     WriteForeignLock();
-    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
-    ASSERT_TRUE(Open());
-    mMain.RunUntilIdle();
+    ASSERT_TRUE(Open(u"Open Read-Only"));
     const auto announce = [this](const char* folder) {
         host::BroadcastMessage(host::kStation_DirectoryChanges,
                                host::DirectoryChangedMessage(mFolder.PathUTF16(folder)));

@@ -40,8 +40,7 @@ TEST_F(RecentProductionsTest, NeverReplacesWhatItCouldNotRead) {
     RecentProductions(mFile).Add("/old");
     const std::string before = mFolder.Read(RecentProductions::kFileName);
     for (const int read : {1, 2, 3}) mDisk.Fail(Operation::ReadSmallFile, read, EIO);
-    ExpectLogged log("recent productions is not saved");
-    ExpectLogged refused(RecentProductions::kFileName);
+    ExpectLogged log("recent productions is not saved"), refused(RecentProductions::kFileName);
     RecentProductions recent(mFile);
     recent.Add("/a");
     recent.Add("/b");

@@ -7,16 +7,13 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr long kNfs = 0x6969;
-constexpr long kNobodyKnowsThisType = 0x12345678;
-constexpr long kFuse = 0x65735546;
+constexpr long kNfs = 0x6969, kNobodyKnowsThisType = 0x12345678, kFuse = 0x65735546;
 
 using DirectoryMonitorTest = FollowedFolder;
 
 TEST_F(DirectoryMonitorTest, AnnouncesTheFirstChangeAtOnceAndTheRestInBatches) {
     UseFakeSource();
-    Monitor();
-    List();
+    Follow();
     mAppliesChanges = false;
     mSource->Tell(mFolder.Path(), IN_CREATE, "A.zuproj");
     mMain.RunUntilIdle();
@@ -35,9 +32,7 @@ TEST_F(DirectoryMonitorTest, ListsEverythingAgainAfterAnOverflow) {
     UseFakeSource();
     mFolder.Write("A.zuproj", "1");
     mFolder.MakeFolder("Reels");
-    Monitor();
-    List();
-    List("Reels");
+    Follow({"Reels"});
     ReadFacts("A.zuproj");
     mFolder.Write("A.zuproj", "12345");
     mFolder.Write("Reels/B.zuproj");
@@ -50,8 +45,7 @@ TEST_F(DirectoryMonitorTest, ListsEverythingAgainAfterAnOverflow) {
 TEST_F(DirectoryMonitorTest, PollsWhereTheWatchLimitIsReached) {
     UseFakeSource();
     mFolder.Write("Reels/A.zuproj");
-    Monitor();
-    List();
+    Follow();
     mSource->FailWatches(ENOSPC);
     List("Reels");
     desk::WatchStatus status = desk::GetWatchStatus();
@@ -63,18 +57,14 @@ TEST_F(DirectoryMonitorTest, PollsWhereTheWatchLimitIsReached) {
     EXPECT_EQ(Shown("Reels"), (Names{"A.zuproj", "B.zuproj"}));
     mSource->FailWatches(0);
     Poll();
-    EXPECT_FALSE(desk::GetWatchStatus().mLimitReached);
-    EXPECT_TRUE(mSource->IsWatched(mFolder.Path("Reels")));
+    EXPECT_TRUE(!desk::GetWatchStatus().mLimitReached && mSource->IsWatched(mFolder.Path("Reels")));
     EXPECT_EQ(desk::GetWatchStatus().mPolledFolders, 0u);
 }
 
 TEST_F(DirectoryMonitorTest, FollowsFoldersThatMoveAndThatHaveTwoPaths) {
     UseInotify();
     mFolder.Write("Reels/Old/A.zuproj");
-    Monitor();
-    List();
-    List("Reels");
-    List("Reels/Old");
+    Follow({"Reels", "Reels/Old"});
     mFolder.Rename("Reels", "Takes");
     ASSERT_TRUE(WaitFor([&] { return Shown() == Names{"Takes"}; }));
     List("Takes");
@@ -97,9 +87,7 @@ TEST_F(DirectoryMonitorTest, FollowsFoldersThatMoveAndThatHaveTwoPaths) {
 TEST_F(DirectoryMonitorTest, FollowsAFolderThatIsReplacedByAnotherOfItsName) {
     UseInotify();
     mFolder.Write("Reels/A.zuproj");
-    Monitor();
-    List();
-    List("Reels");
+    Follow({"Reels"});
     mFolder.Remove("Reels");
     mFolder.Write("Reels/B.zuproj");
     // A view lists the new folder when its row is opened; what was known of the old one must not come back.
@@ -115,7 +103,7 @@ TEST_F(DirectoryMonitorTest, KeepsRowsWhileTheRootIsAway) {
     UseInotify();
     mFolder.Write("Production/A.zuproj");
     const std::string root = "Production";
-    host::DirectoryChangeMonitor::MonitorDirectory(Path(root), true, true);
+    Monitor(root);
     List(root);
     {
         ExpectLogged log("list folder");
@@ -138,8 +126,7 @@ TEST_F(DirectoryMonitorTest, TakesTheEmptyFolderOfAnUnmountedVolumeForNoAnswer) 
     UseFakeSource();
     mFolder.Write("A.zuproj");
     mDisk.SetVolumeType(kFuse);
-    Monitor();
-    List();
+    Follow();
     mFolder.Remove("A.zuproj");
     mDisk.SetVolumeType(0xEF53);
     {
@@ -167,8 +154,7 @@ TEST_F(DirectoryMonitorTest, EveryChangeShowsWhereFoldersArePolledAndOnlyWhatCha
     mFolder.Write("A.zuproj", "1");
     mFolder.Write("B.zuproj");
     mFolder.MakeFolder("Reels");
-    Monitor();
-    List();
+    Follow();
     ReadFacts("A.zuproj");
     EXPECT_EQ(desk::GetWatchStatus().mPolledFolders, 1u);
     EXPECT_EQ(mStatusChanges, 1);
@@ -251,7 +237,7 @@ TEST_F(DirectoryMonitorTest, AnotherProductionIsUsableWhileTheVolumeOfTheFirstHa
             Path(root), {.mText = u"", .mChanged = {}},
             [&](const auto& result) { found += result.mPaths.size(); });
     };
-    host::DirectoryChangeMonitor::MonitorDirectory(Path("sick"), true, true);
+    Monitor("sick");
     List("sick");
     mDisk.CloseGate(Operation::Any, mFolder.Path("sick"));
     const auto first = search("sick"), second = search("sick"), third = search("sick");
@@ -260,9 +246,9 @@ TEST_F(DirectoryMonitorTest, AnotherProductionIsUsableWhileTheVolumeOfTheFirstHa
     for (const char* folder : {"sick/1", "sick/2", "sick/3", "sick/4"})
         mStore->RequestListing(Path(folder), Receiver(folder), this);
     ASSERT_TRUE(mDisk.WaitAtGate(4)) << "all workers";
-    host::DirectoryChangeMonitor::StopMonitoringDirectory(Path("sick"), true);
+    StopMonitoring("sick");
 
-    host::DirectoryChangeMonitor::MonitorDirectory(Path("well"), true, true);
+    Monitor("well");
     mStore->RequestListing(Path("well"), Receiver("well"), this);
     EXPECT_TRUE(mMain.AdvanceAloneUntil([&] { return Shown("well") == Names{"A.zuproj"}; }));
     mStore->FindAndRequest(Path("well/A.zuproj"));
@@ -277,8 +263,7 @@ TEST_F(DirectoryMonitorTest, ShowsNamesAndLocksThatAPollFindsBeforeItsFacts) {
     UseFakeSource();
     mDisk.SetVolumeType(kNfs);
     for (const char* name : {"A.zuproj", "B.zuproj", "C.zuproj"}) mFolder.Write(name, "1");
-    Monitor();
-    List();
+    Follow();
     ReadFacts("A.zuproj");
     mDisk.CloseGate(Operation::Status, mFolder.Path("A.zuproj"));
     mFolder.Write("A.zuproj", "12345");
@@ -301,8 +286,7 @@ TEST_F(DirectoryMonitorTest, WhatPollsFindWhileAViewHoldsChangesBackIsNotLost) {
     UseFakeSource();
     mDisk.SetVolumeType(kNfs);
     mFolder.Write("A.zuproj");
-    Monitor();
-    List();
+    Follow();
     mAppliesChanges = false;
     mFolder.Write("B.zuproj");
     Poll();
@@ -349,21 +333,21 @@ TEST_F(DirectoryMonitorTest, FollowsWhatLiesBelowMonitoredRootsOnly) {
     UseFakeSource();
     mFolder.MakeFolder("Reels");
     mFolder.MakeFolder("Reels 2");
-    host::DirectoryChangeMonitor::MonitorDirectory(Path("Reels"), true, true);
-    host::DirectoryChangeMonitor::MonitorDirectory(Path("Reels"), true, true);
+    Monitor("Reels");
+    Monitor("Reels");
     List("Reels");
     List("Reels 2");
     EXPECT_TRUE(mStore->IsListed(Path("Reels")));
     EXPECT_FALSE(mStore->IsListed(Path("Reels 2"))) << "nobody would tell when it changes";
-    host::DirectoryChangeMonitor::StopMonitoringDirectory(Path("Reels"), true);
+    StopMonitoring("Reels");
     EXPECT_TRUE(mSource->IsWatched(mFolder.Path("Reels")));
-    host::DirectoryChangeMonitor::StopMonitoringDirectory(Path("Reels"), true);
+    StopMonitoring("Reels");
     EXPECT_FALSE(mStore->IsListed(Path("Reels")));
     EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 0u);
 
     // Monitored again, what is known is brought up to date.
     mFolder.Write("Reels/A.zuproj");
-    host::DirectoryChangeMonitor::MonitorDirectory(Path("Reels"), true, true);
+    Monitor("Reels");
     mMain.RunUntilIdle();
     EXPECT_EQ(Shown("Reels"), Names{"A.zuproj"});
 }

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "desk/files/search/FolderFollower.h"
@@ -112,18 +111,6 @@ TEST_F(FileSearchTest, FindsProjectsFoldersAndLinksAndNothingThatIsHiddenOrEnter
     }
 }
 
-TEST_F(FileSearchTest, ADroppedRequestEndsTheWalkAndNeverCompletes) {
-    for (int i = 0; i < 50; ++i) mFolder.Write("a/" + std::to_string(i) + "/Reel.zuproj");
-    mDisk.CloseGate(Operation::ListFolder, mFolder.Path("a"));
-    auto request = Start();
-    ASSERT_TRUE(mDisk.WaitAtGate());
-    request.reset();
-    mDisk.OpenGate();
-    mMain.RunUntilIdle();
-    EXPECT_EQ(mCompletions, 0);
-    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 2);
-}
-
 TEST_F(FileSearchTest, LosesNoChangeOfItsOwnTimeAndTellsItAfterTheCompletion) {
     UseInotify();
     for (const char* name : {"a/Reel 1.zuproj", "b/Reel 2.zuproj", "c/Reel 3.zuproj"}) mFolder.Write(name);
@@ -178,8 +165,7 @@ TEST_F(FileSearchTest, AsksTheVolumeForNothingOnceTheNamesAreKnownAndSharesAWalk
 TEST_F(FileSearchTest, KnowsTheFoldersThatAViewHasListedAndFollowsThemWithoutListingThemAgain) {
     UseInotify();
     for (int i = 0; i < 30; ++i) mFolder.Write("f" + std::to_string(i) + "/Reel.zuproj");
-    Monitor();
-    List();
+    Follow();
     for (int i = 0; i < 30; ++i) List("f" + std::to_string(i));
     mDisk.ResetCounts();
     const auto request = Find();

@@ -39,15 +39,13 @@ TEST_F(FileTest, OfAListedFolderNothingWaitsForTheDisk) {
     mFolder.MakeFolder("Reels");
     Lock("", "Reel 1.zuproj", u"tomas");
     UseFakeSource();
-    Monitor();
-    List();
+    Follow();
     mDisk.ResetCounts();
 
     // Nobody has read the facts yet: they are asked for, and absent meanwhile.
     mDisk.CloseGate(Operation::Status, mFolder.Path());
     const File unread(Path("Reel 1.zuproj"));
-    EXPECT_TRUE(unread.Exists());
-    EXPECT_FALSE(unread.Size());
+    EXPECT_TRUE(unread.Exists() && !unread.Size());
     const host::ProjectLockFileRef unreadLock = ReadLock("Reel 1.zuproj");
     ASSERT_TRUE(unreadLock);
     EXPECT_TRUE(unreadLock->IsLocked());
@@ -63,8 +61,7 @@ TEST_F(FileTest, OfAListedFolderNothingWaitsForTheDisk) {
     EXPECT_TRUE(host::PathUtils::IsDirectory(Path("Reels") + u"/"));
     EXPECT_FALSE(host::PathUtils::IsDirectory(Path("Reel 1.zuproj")));
     EXPECT_TRUE(host::PathUtils::ExistsOnDisk(Path("Reel 1.zuproj"), true));
-    EXPECT_FALSE(File(Path("gone.zuproj")).Exists());
-    EXPECT_FALSE(ReadLock("gone.zuproj"));
+    EXPECT_FALSE(File(Path("gone.zuproj")).Exists() || ReadLock("gone.zuproj"));
     EXPECT_FALSE(host::PathUtils::ExistsOnDisk(Path("gone.zuproj"), true));
     mMain.RunUntilIdle();
     EXPECT_EQ(CountAsked(), 0);
@@ -79,16 +76,12 @@ TEST_F(FileTest, WhatNoListingTellsIsAskedOfTheDisk) {
     for (const bool isListed : {false, true}) {
         if (isListed) {
             UseFakeSource();
-            Monitor();
-            List();
+            Follow();
         }
         EXPECT_EQ(File(Path("notes.txt")).Size(), 3u);
-        EXPECT_TRUE(ExistsOnDisk(Path("notes.txt"), true));
-        EXPECT_FALSE(ExistsOnDisk(Path("gone.txt"), true));
-        EXPECT_TRUE(IsDirectory(Path(".hidden")));
-        EXPECT_TRUE(IsDirectory(Path("link")));
-        EXPECT_FALSE(IsDirectory(Path("notes.txt")));
-        EXPECT_TRUE(ExistsOnDisk(Path("broken"), false));
+        EXPECT_TRUE(ExistsOnDisk(Path("notes.txt"), true) && !ExistsOnDisk(Path("gone.txt"), true));
+        EXPECT_TRUE(IsDirectory(Path(".hidden")) && IsDirectory(Path("link")));
+        EXPECT_TRUE(!IsDirectory(Path("notes.txt")) && ExistsOnDisk(Path("broken"), false));
         EXPECT_FALSE(ExistsOnDisk(Path("broken"), true));
     }
     mDisk.SetGone(true);

@@ -40,29 +40,17 @@ TEST(FolderNamesTest, FindsTheSameAsALookAtEachNameUnitByUnit) {
     std::mt19937 random(7);
     const auto pick = [&](std::size_t count) { return random() % count; };
     // Letters whose fold is near other characters, two and four bytes long ones, and bytes that are no text.
-    const std::vector<std::string> letters{"a",
-                                           "A",
-                                           "z",
-                                           "Z",
-                                           "@",
-                                           "`",
-                                           "[",
-                                           "{",
-                                           " ",
-                                           ".",
-                                           "1",
-                                           "\xC3\xA9",
-                                           "\xC3\x89",
-                                           "\xF0\x9F\x8E\xAC",
-                                           "\xF0\x9F\x8E\xAD",
-                                           "\xE9",
-                                           "\xC3"};
+    const std::string bytes = "aAzZ@`[{ .1\xE9\xC3";
+    const std::string longer[] = {"\xC3\xA9", "\xC3\x89", "\xF0\x9F\x8E\xAC", "\xF0\x9F\x8E\xAD"};
+    const auto letter = [&](std::size_t i) {
+        return i < bytes.size() ? bytes.substr(i, 1) : longer[i - bytes.size()];
+    };
     std::vector<std::string> all;
     FolderNames::Maker maker(u"/p");
     for (int i = 0; i < 400; ++i) {
         std::string name = std::to_string(i);
         for (std::size_t length = pick(i % 10 == 0 ? 150 : 20); length > 0; --length)
-            name += letters[pick(letters.size())];
+            name += letter(pick(bytes.size() + std::size(longer)));
         if (i % 3 != 0) name += i % 5 == 0 ? ".ZUproj" : ".zuproj";
         all.push_back("/p/" + name);
         if (i % 2 == 0)

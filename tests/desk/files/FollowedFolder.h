@@ -1,11 +1,5 @@
 #pragma once
 
-#include <map>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "desk/files/live/ChangeCollector.h"
 #include "desk/files/live/DirectoryMonitor.h"
 #include "desk/files/live/FolderStore.h"
@@ -53,7 +47,18 @@ protected:
         mStore->RequestListing(Path(folder), Receiver(folder), this);
         mMain.RunUntilIdle();
     }
-    void Monitor() { host::DirectoryChangeMonitor::MonitorDirectory(mFolder.PathUTF16(), true, true); }
+    void Monitor(const std::string& folder = {}) {
+        host::DirectoryChangeMonitor::MonitorDirectory(Path(folder), true, true);
+    }
+    void StopMonitoring(const std::string& folder = {}) {
+        host::DirectoryChangeMonitor::StopMonitoringDirectory(Path(folder), true);
+    }
+    /// Monitors the folder, and lists it and others.
+    void Follow(std::initializer_list<const char*> others = {}) {
+        Monitor();
+        List();
+        for (const char* folder : others) List(folder);
+    }
     desk::FolderStore::Receiver Receiver(const std::string& folder) {
         return [this, folder](const desk::FolderStore::Delivery& delivery) { Take(folder, delivery); };
     }
@@ -108,8 +113,7 @@ protected:
     std::unique_ptr<desk::FolderStore> mStore;
     FakeChangeSource* mSource = nullptr;
     bool mAppliesChanges = true;
-    int mAnnouncements = 0;
-    int mStatusChanges = 0;
+    int mAnnouncements = 0, mStatusChanges = 0;
     /// All deliveries, and how many items each brought.
     std::vector<desk::FolderStore::Delivery> mDeliveries;
 

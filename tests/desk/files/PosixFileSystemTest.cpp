@@ -1,8 +1,5 @@
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
-
-#include <fstream>
 
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/HostFixture.h"

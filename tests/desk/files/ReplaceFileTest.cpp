@@ -98,8 +98,7 @@ TEST_F(ReplaceFileTest, TellsTheTruthWhateverStepFailsAndWhateverLooksAnswerThen
     const ExpectLogged anything("");
     struct {
         FaultyFileSystem::Lies mLies;
-        bool mIsCarriedOut;
-        bool mIsGoneFromThen = false;
+        bool mIsCarriedOut, mIsGoneFromThen = false;
     } const cases[] = {
         {None, false},        {None, false, true},         {None, true},     {None, true, true}, {Names, true},
         {NamesForLong, true}, {NamesForLongUnknown, true}, {Listings, true}, {Refusals, true}};

@@ -1,6 +1,4 @@
-#include <thread>
 
-#include "host/project/DocumentManager.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace {
@@ -38,8 +36,7 @@ TEST_F(CloseProjectTest, AChangedProjectAsksWhetherToSave) {
         Edit(document, u"new ");
         mDialogs.ExpectQuestion("Save Changes", c.mAnswer);
         EXPECT_EQ(Manager().CloseProject(document, true), c.mIsClosed);
-        EXPECT_FALSE(mDialogs.LastOfferedApplyToAll());
-        EXPECT_TRUE(AsksFor("Reel 1"));
+        EXPECT_TRUE(!mDialogs.LastOfferedApplyToAll() && AsksFor("Reel 1"));
         EXPECT_EQ(Find() != nullptr, !c.mIsClosed);
         EXPECT_EQ(mFolder.Exists(kLock), !c.mIsClosed);
         EXPECT_EQ(mFolder.Read(kProject), c.mContent);
@@ -153,18 +150,16 @@ TEST_F(CloseProjectTest, WhatHappensDuringAQuestionFindsTheProjectBusy) {
     mDialogs.mMeanwhile = [&] {
         EXPECT_FALSE(Manager().CloseProject(document, false));
         EXPECT_FALSE(Manager().CloseAllProjects());
-        EXPECT_FALSE(Manager().SaveProject(document));
+        EXPECT_FALSE(Save(document));
         EXPECT_FALSE(Manager().ReloadProject(document));
         EXPECT_FALSE(Manager().SetProjectReadOnly(document, true));
         EXPECT_TRUE(Open());
     };
-    mDialogs.ExpectQuestion("Save Changes", u"Discard");
-    EXPECT_TRUE(Manager().CloseProject(document, true));
+    EXPECT_TRUE(Close(document, u"Discard"));
     EXPECT_EQ(mFolder.Read(kProject), kBytes);
 
     WriteForeignLock();
     mDialogs.mMeanwhile = [&] { EXPECT_FALSE(Open()); };
-    mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
-    EXPECT_TRUE(Open());
+    EXPECT_TRUE(Open(u"Open Read-Only"));
     EXPECT_EQ(host::OpenProjectCount(), 1);
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QPlainTextEdit>
-#include <QTextDocument>
+#include <QtWidgets>
 #include <random>
 
 #include "desk/core/names/QtStrings.h"

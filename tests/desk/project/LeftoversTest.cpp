@@ -1,6 +1,4 @@
-#include <gtest/gtest.h>
 
-#include <filesystem>
 
 #include "desk/core/log/UserNotice.h"
 #include "desk/core/names/HostNames.h"
@@ -31,8 +29,7 @@ TEST_F(LeftoversTest, TemporariesTellWhatTheyBelongToAndWhoMadeThem) {
     const auto parsed = desk::ParseTargetedTemporary(name);
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed->mPurpose, TemporaryPurpose::Save);
-    EXPECT_TRUE(parsed->IsFor("Reel 1.zuproj"));
-    EXPECT_FALSE(parsed->IsFor("Reel 2.zuproj"));
+    EXPECT_TRUE(parsed->IsFor("Reel 1.zuproj") && !parsed->IsFor("Reel 2.zuproj"));
     EXPECT_TRUE(parsed->mOwner.IsGone(mDesktop));
     EXPECT_EQ(desk::ParseTargetedTemporary(CopyTo("x"))->mPurpose, TemporaryPurpose::FolderCopy);
 

@@ -32,15 +32,12 @@ TEST_F(OpenProjectTest, TakesTheLockComesToTheFrontAndGivesAllUpWhenItIsClosed) 
 TEST_F(OpenProjectTest, SomebodyElsesLockIsAskedAbout) {
     WriteForeignLock();
     const std::string record = mFolder.Read(kLock);
-    mDialogs.ExpectQuestion("Project Locked", u"Cancel");
-    EXPECT_FALSE(Open());
+    EXPECT_FALSE(Open(u"Cancel"));
     for (const char* part : {"Reel 1", "tomas", "edit-bay-2", "since"}) EXPECT_TRUE(AsksFor(part)) << part;
     EXPECT_EQ(host::OpenProjectCount(), 0);
 
-    mDialogs.ExpectQuestion("Project Locked", u"Make a Copy");
-    EXPECT_TRUE(Open());
-    EXPECT_FALSE(Find());
-    EXPECT_FALSE(OpenAndFind("Day 1/Reel 1 copy.zuproj")->IsReadOnly());
+    EXPECT_TRUE(Open(u"Make a Copy"));
+    EXPECT_FALSE(Find() || OpenAndFind("Day 1/Reel 1 copy.zuproj")->IsReadOnly());
     EXPECT_EQ(mFolder.Read("Day 1/Reel 1 copy.zuproj"), kBytes);
 
     mDialogs.ExpectQuestion("Project Locked", u"Open Read-Only");
@@ -49,8 +46,7 @@ TEST_F(OpenProjectTest, SomebodyElsesLockIsAskedAbout) {
     EXPECT_EQ(mFolder.Read(kLock), record);
 
     mFolder.Write(kLock, "{");
-    mDialogs.ExpectQuestion("Project Locked", u"Cancel");
-    EXPECT_FALSE(Open());
+    EXPECT_FALSE(Open(u"Cancel"));
     EXPECT_TRUE(AsksFor("somebody unknown"));
     mFolder.Remove(kLock);
 }
@@ -130,15 +126,14 @@ TEST_F(OpenProjectTest, ALinkHoldsBothLocksAndIsSavedThrough) {
     EXPECT_TRUE(Open()) << "one file is not opened twice";
     EXPECT_EQ(host::OpenProjectCount(), 1);
     Edit(document, u"one\nthree");
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document));
     EXPECT_TRUE(std::filesystem::is_symlink(mFolder.Path("link.zuproj")));
     EXPECT_EQ(mFolder.Read(kProject), "one\r\nthree");
     EXPECT_TRUE(Manager().CloseProject(document, true));
     EXPECT_FALSE(mFolder.Exists(kLock) || mFolder.Exists(".link.zuproj.lock"));
 
     WriteForeignLock();
-    mDialogs.ExpectQuestion("Project Locked", u"Make a Copy");
-    EXPECT_TRUE(Open("link.zuproj"));
+    EXPECT_TRUE(Open(u"Make a Copy", "link.zuproj"));
     EXPECT_TRUE(
         std::filesystem::is_regular_file(std::filesystem::symlink_status(mFolder.Path("link copy.zuproj"))));
     mFolder.Write("data.bin", "x");
@@ -158,7 +153,7 @@ TEST_F(OpenProjectTest, AProjectThatWasOpenedThroughALinkIsKnownAsTheFileThatItI
         EXPECT_EQ(host::File::Move(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("Day 2")), 0);
         EXPECT_TRUE(Find("Day 2/Reel 1.zuproj") == document && !Find());
         Edit(document, u"x");
-        EXPECT_TRUE(Manager().SaveProject(document));
+        EXPECT_TRUE(Save(document));
         EXPECT_EQ(mFolder.Read("Day 2/Reel 1.zuproj"), "x");
         EXPECT_TRUE(Manager().CloseProjectsIn(mFolder.PathUTF16("Day 2")) && !Find("Day 2/Reel 1.zuproj"));
         EXPECT_EQ(CountHidden(), 0);

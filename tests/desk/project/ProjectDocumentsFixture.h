@@ -1,9 +1,5 @@
 #pragma once
 
-#include <sys/stat.h>
-
-#include <optional>
-
 #include "desk/core/work/WorkProgress.h"
 #include "desk/project/document/ProjectDocuments.h"
 #include "tests/support/HostFixture.h"
@@ -28,6 +24,13 @@ protected:
 
     desk::ProjectDocuments& Manager() { return *mManager; }
     bool Open(std::string_view project = kProject) { return Manager().OpenProject(mFolder.PathUTF16(project)); }
+    /// The user is asked about a lock.
+    bool Open(const char16_t* answer, std::string_view project = kProject) {
+        mDialogs.ExpectQuestion("Project Locked", answer);
+        const bool isOpen = Open(project);
+        mMain.RunUntilIdle();
+        return isOpen;
+    }
     /// Empty when it is not open.
     desk::ProjectDocumentRef Find(std::string_view project = kProject) {
         host::ProjectRef found;
@@ -44,6 +47,21 @@ protected:
     static void Edit(const desk::ProjectDocumentRef& document, const host::UTF16String& text) {
         document->SetTextSource([text] { return text; });
         document->SetDirty(true);
+    }
+    /// The user is told under the title `asked`, or asked there and gives `answer`.
+    bool Save(const desk::ProjectDocumentRef& document, const char* asked = nullptr,
+              const char16_t* answer = nullptr) {
+        if (asked) answer ? mDialogs.ExpectQuestion(asked, answer) : mDialogs.ExpectMessage(asked);
+        return Manager().SaveProject(document);
+    }
+    /// The user is asked whether to save.
+    bool Close(const desk::ProjectDocumentRef& document, const char16_t* answer) {
+        mDialogs.ExpectQuestion("Save Changes", answer);
+        return Manager().CloseProject(document, true);
+    }
+    bool SetReadOnly(const desk::ProjectDocumentRef& document, const char16_t* answer) {
+        mDialogs.ExpectQuestion("Save Changes", answer);
+        return Manager().SetProjectReadOnly(document, true);
     }
     /// The user cancels all long work from now on.
     void CancelWaiting() {

@@ -1,4 +1,3 @@
-#include "host/core/Messaging.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
@@ -43,11 +42,9 @@ TEST_F(ReloadProjectTest, SwitchingToReadOnlyGivesTheLockUpAfterTheQuestion) {
     const desk::ProjectDocumentRef document = OpenAndFind();
     EXPECT_TRUE(Manager().SetProjectReadOnly(document, false)) << "it is";
     Edit(document, u"mine");
-    mDialogs.ExpectQuestion("Save Changes", u"Cancel");
-    EXPECT_FALSE(Manager().SetProjectReadOnly(document, true));
+    EXPECT_FALSE(SetReadOnly(document, u"Cancel"));
     EXPECT_TRUE(mFolder.Exists(kLock));
-    mDialogs.ExpectQuestion("Save Changes", u"Discard");
-    EXPECT_TRUE(Manager().SetProjectReadOnly(document, true));
+    EXPECT_TRUE(SetReadOnly(document, u"Discard"));
     EXPECT_FALSE(mFolder.Exists(kLock) || document->IsDirty());
     EXPECT_TRUE(document->IsReadOnly());
     EXPECT_EQ(mFolder.Read(kProject), kBytes);
@@ -55,8 +52,7 @@ TEST_F(ReloadProjectTest, SwitchingToReadOnlyGivesTheLockUpAfterTheQuestion) {
     EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
     EXPECT_TRUE(mFolder.Exists(kLock));
     Edit(document, u"mine");
-    mDialogs.ExpectQuestion("Save Changes", u"Save");
-    EXPECT_TRUE(Manager().SetProjectReadOnly(document, true));
+    EXPECT_TRUE(SetReadOnly(document, u"Save"));
     EXPECT_EQ(mFolder.Read(kProject), "mine");
 }
 
@@ -97,8 +93,7 @@ TEST_F(ReloadProjectTest, AFileThatChangesIsNoticedWithinSecondsAndNeverOnTheUIT
     mDisk.ResetCounts();
     mFolder.Write(kProject, "theirs");
     mMain.Advance(4s);
-    EXPECT_TRUE(document->IsOutOfDate());
-    EXPECT_TRUE(host::Utilities::IsProjectOutOfDate(document));
+    EXPECT_TRUE(document->IsOutOfDate() && host::Utilities::IsProjectOutOfDate(document));
     mFolder.Write(kProject, kBytes);
     std::filesystem::last_write_time(mFolder.Path(kProject), time + 1h);
     mMain.Advance(4s);

@@ -1,4 +1,3 @@
-#include <chrono>
 
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 #include "tests/support/TwoStepDisk.h"
@@ -22,10 +21,10 @@ protected:
 TEST_F(SaveProjectTest, WritesWhatWasReadButForTheEdits) {
     chmod(mFolder.Path(kProject).c_str(), 0640);
     const desk::ProjectDocumentRef document = OpenAndFind();
-    EXPECT_TRUE(Manager().SaveProject(document)) << "nothing to save";
+    EXPECT_TRUE(Save(document)) << "nothing to save";
     EXPECT_EQ(mDisk.Count(Operation::Rename), 0);
     Edit(document, u"one\ntwo\nfour");
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document));
     EXPECT_FALSE(document->IsDirty());
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
     EXPECT_EQ(std::filesystem::status(mFolder.Path(kProject)).permissions(), std::filesystem::perms(0640));
@@ -41,15 +40,13 @@ TEST_F(SaveProjectTest, WhatIsTypedDuringTheSaveStaysUnsaved) {
     std::size_t asked = 0;
     document->SetTextSource([&asked] { return host::UTF16String(++asked, u'x'); });
     document->SetDirty(true);
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document));
     EXPECT_EQ(mFolder.Read(kProject), "x");
     EXPECT_TRUE(document->IsDirty());
     document->SetDirty(false);
     EXPECT_TRUE(document->IsDirty()) << "what was undone is in the file";
-    mDialogs.ExpectQuestion("Save Changes", u"Save");
-    EXPECT_FALSE(Manager().CloseProject(document, true));
-    mDialogs.ExpectQuestion("Save Changes", u"Save");
-    EXPECT_FALSE(Manager().SetProjectReadOnly(document, true));
+    EXPECT_FALSE(Close(document, u"Save"));
+    EXPECT_FALSE(SetReadOnly(document, u"Save"));
     EXPECT_TRUE(document->IsDirty());
 }
 
@@ -66,7 +63,7 @@ TEST_F(SaveProjectTest, AfterASaveInDoubtEveryTextIsUnsavedUntilOneIsSaved) {
         Edit(document, u"one\ntwo\nfour");
         mDisk.Fail(c.mFails, 1, EIO);
         mDialogs.ExpectMessage(c.mTold);
-        EXPECT_FALSE(Manager().SaveProject(document));
+        EXPECT_FALSE(Save(document));
         EXPECT_TRUE(AsksFor("Input/output error"));
         EXPECT_EQ(AsksFor("may have been saved"), c.mIsInDoubt);
         EXPECT_EQ(mFolder.Read(kProject), c.mOnDisk);
@@ -77,18 +74,15 @@ TEST_F(SaveProjectTest, AfterASaveInDoubtEveryTextIsUnsavedUntilOneIsSaved) {
     }
     mMain.Advance(std::chrono::seconds(10));
     EXPECT_FALSE(document->IsOutOfDate()) << "nobody else has changed it";
-    mDialogs.ExpectQuestion("Save Changes", u"Cancel");
-    EXPECT_FALSE(Manager().CloseProject(document, true));
-    EXPECT_TRUE(Manager().SaveProject(document)) << "without a question";
+    EXPECT_FALSE(Close(document, u"Cancel"));
+    EXPECT_TRUE(Save(document)) << "without a question";
     EXPECT_FALSE(document->IsDirty());
     EXPECT_EQ(mFolder.Read(kProject), kBytes);
 
     Edit(document, u"one\ntwo\nfour");
     mDisk.Fail(Operation::FlushFolder, 1, EIO);
-    mDialogs.ExpectMessage("The Project May Not Have Been Saved");
-    EXPECT_FALSE(Manager().SaveProject(document));
-    mDialogs.ExpectQuestion("Save Changes", u"Discard");
-    EXPECT_TRUE(Manager().SetProjectReadOnly(document, true));
+    EXPECT_FALSE(Save(document, "The Project May Not Have Been Saved"));
+    EXPECT_TRUE(SetReadOnly(document, u"Discard"));
     mMain.Advance(std::chrono::seconds(10));
     EXPECT_FALSE(document->IsDirty());
     EXPECT_TRUE(document->IsOutOfDate()) << "what was discarded has been saved";
@@ -99,12 +93,10 @@ TEST_F(SaveProjectTest, ATextWhoseFileTheVolumeHasRemovedIsKeptUntilItIsSavedAga
     const ExpectLogged log("is kept in");
     TwoStepDisk disk;
     disk.mFailures = 2;
-    mDialogs.ExpectMessage("The Project May Not Have Been Saved");
-    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_FALSE(Save(document, "The Project May Not Have Been Saved"));
     EXPECT_TRUE(AsksFor(mFolder.Path("Day 1/.zusave-"))) << mDialogs.LastText();
     EXPECT_EQ(CountHidden(), 2) << "the lock and the text";
-    mDialogs.ExpectQuestion("Project File Is Gone", u"Save It Again");
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document, "Project File Is Gone", u"Save It Again"));
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
     EXPECT_EQ(CountHidden(), 1);
 }
@@ -112,7 +104,7 @@ TEST_F(SaveProjectTest, ATextWhoseFileTheVolumeHasRemovedIsKeptUntilItIsSavedAga
 TEST_F(SaveProjectTest, NothingKeepsTheUIThreadWaitingForTheVolume) {
     mDisk.ResetCounts();
     const desk::ProjectDocumentRef document = OpenAndEdit();
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document));
     EXPECT_TRUE(Manager().SetProjectReadOnly(document, true));
     EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
     EXPECT_TRUE(Manager().ReloadProject(document));
@@ -120,7 +112,7 @@ TEST_F(SaveProjectTest, NothingKeepsTheUIThreadWaitingForTheVolume) {
     mFolder.Remove(kLock);
     mDialogs.ExpectQuestion("Lock Lost", u"Save as Copy");
     mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16(kCopy));
-    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_FALSE(Save(document));
     EXPECT_TRUE(Manager().CloseAllProjects());
     EXPECT_EQ(mFolder.Read(kCopy), "five");
     EXPECT_EQ(mDisk.CountOnUIThread(), 0);
@@ -130,13 +122,12 @@ TEST_F(SaveProjectTest, WhoDoesNotWantToWaitForAVolumeThatHangsLosesNothing) {
     const desk::ProjectDocumentRef document = OpenAndEdit();
     CancelWaiting();
     mDisk.CloseGate(Operation::ReadSmallFile, mFolder.Path(kLock));
-    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_FALSE(Save(document));
     EXPECT_TRUE(document->IsDirty() && !document->IsReadOnly());
-    mDialogs.ExpectQuestion("Save Changes", u"Save");
-    EXPECT_FALSE(Manager().CloseProject(document, true));
+    EXPECT_FALSE(Close(document, u"Save"));
     mDialogs.mWhileWaiting = {};
     mDisk.OpenGate();
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document));
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
 }
 
@@ -144,7 +135,7 @@ TEST_F(SaveProjectTest, ATextThatHasGrownBeyondWhatWouldBeOpenedIsSavedAgain) {
     const desk::ProjectDocumentRef document = OpenAndFind();
     for (const char16_t letter : {u'a', u'b'}) {
         Edit(document, host::UTF16String(desk::kEditableLimit + 1, letter));
-        EXPECT_TRUE(Manager().SaveProject(document));
+        EXPECT_TRUE(Save(document));
     }
     EXPECT_EQ(mFolder.Read(kProject).front(), 'b');
 }
@@ -153,8 +144,7 @@ TEST_F(SaveProjectTest, ALostLockOverwritesNothingAndOffersACopy) {
     const desk::ProjectDocumentRef document = OpenAndEdit();
     WriteForeignLock();
     mFolder.Write(kProject, "of tomas");
-    mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
-    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_FALSE(Save(document, "Lock Lost", u"Cancel"));
     for (const char* part : {"Reel 1", "tomas", "edit-bay-2", "read-only"}) EXPECT_TRUE(AsksFor(part)) << part;
     EXPECT_TRUE(document->IsReadOnly() && document->IsDirty());
     EXPECT_EQ(document->GetCurrentText(), u"one\ntwo\nfour");
@@ -164,7 +154,7 @@ TEST_F(SaveProjectTest, ALostLockOverwritesNothingAndOffersACopy) {
     mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16(kCopy));
     mDialogs.ExpectMessage("The Copy Was Not Made");
     mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16("mine"));
-    EXPECT_FALSE(Manager().SaveProject(document)) << "not to its own file";
+    EXPECT_FALSE(Save(document)) << "not to its own file";
     EXPECT_EQ(mFolder.Read("mine.zuproj"), kEdited);
     EXPECT_EQ(mFolder.Read(kCopy), "taken meanwhile");
     EXPECT_EQ(mFolder.Read(kProject), "of tomas");
@@ -177,15 +167,13 @@ TEST_F(SaveProjectTest, ALockThatIsGoneIsLostAndCanBeTakenAgain) {
     const desk::ProjectDocumentRef document = OpenAndEdit();
     for (const bool isBackAgain : {false, true}) {
         mFolder.Rename(kLock, "lock");
-        mDialogs.ExpectQuestion("Lock Lost", u"Cancel");
-        EXPECT_FALSE(Manager().SaveProject(document));
-        EXPECT_TRUE(AsksFor("removed"));
-        EXPECT_TRUE(document->IsReadOnly());
+        EXPECT_FALSE(Save(document, "Lock Lost", u"Cancel"));
+        EXPECT_TRUE(AsksFor("removed") && document->IsReadOnly());
         if (isBackAgain) mFolder.Rename("lock", kLock);
         EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
         EXPECT_TRUE(document->IsDirty()) << "the changes are still there";
     }
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document));
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
 }
 
@@ -193,13 +181,11 @@ TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
     chmod(mFolder.Path(kProject).c_str(), 0664);
     const desk::ProjectDocumentRef document = OpenAndEdit();
     mFolder.Write(kProject, "theirs");
-    mDialogs.ExpectQuestion("Project File Has Changed", u"Cancel");
-    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_FALSE(Save(document, "Project File Has Changed", u"Cancel"));
     EXPECT_TRUE(document->IsDirty() && document->IsOutOfDate());
     EXPECT_EQ(mFolder.Read(kProject), "theirs");
 
-    mDialogs.ExpectQuestion("Project File Has Changed", u"Overwrite");
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document, "Project File Has Changed", u"Overwrite"));
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
     EXPECT_FALSE(document->IsDirty() || document->IsOutOfDate());
 
@@ -209,10 +195,9 @@ TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
     mDialogs.ExpectNewFile("Save as Copy", mFolder.PathUTF16(kProject));
     mDialogs.ExpectMessage("The Copy Was Not Made");
     mDialogs.ExpectNewFile("Save as Copy", {});
-    EXPECT_FALSE(Manager().SaveProject(document)) << "a project is no copy of itself";
+    EXPECT_FALSE(Save(document)) << "a project is no copy of itself";
     EXPECT_TRUE(Find() && !mFolder.Exists(kProject));
-    mDialogs.ExpectQuestion("Project File Is Gone", u"Save It Again");
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document, "Project File Is Gone", u"Save It Again"));
     EXPECT_EQ(mFolder.Read(kProject), "five");
     EXPECT_EQ(std::filesystem::status(mFolder.Path(kProject)).permissions(), std::filesystem::perms(0664));
 }
@@ -226,11 +211,11 @@ TEST_F(SaveProjectTest, TheSameTimeAndSizeHideNoChangeAndANewTimeIsNone) {
     std::filesystem::last_write_time(mFolder.Path(kProject), time);
     mDialogs.ExpectQuestion("Project File Has Changed", u"Save as Copy");
     mDialogs.ExpectNewFile("Save as Copy", {});
-    EXPECT_FALSE(Manager().SaveProject(document));
+    EXPECT_FALSE(Save(document));
     EXPECT_EQ(mFolder.Read(kProject), theirs);
     mFolder.Write(kProject, kBytes);
     std::filesystem::last_write_time(mFolder.Path(kProject), time + std::chrono::hours(1));
-    EXPECT_TRUE(Manager().SaveProject(document));
+    EXPECT_TRUE(Save(document));
 }
 
 TEST_F(SaveProjectTest, ACopyOfAnythingCanBeSaved) {

@@ -1,4 +1,3 @@
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "desk/core/names/ProcessFacts.h"
@@ -82,22 +81,18 @@ TEST_F(TextKeeperTest, KeepsWhatChangesWithinFiveSecondsAndNothingElse) {
 
 TEST_F(TextKeeperTest, WhatIsKeptGoesWithTheUsersDecisionOnly) {
     const std::function<void(const ProjectDocumentRef&)> decisions[] = {
-        [&](const auto& document) { EXPECT_TRUE(Manager().SaveProject(document)); },
+        [&](const auto& document) { EXPECT_TRUE(Save(document)); },
         [&](const auto& document) { document->SetDirty(false); },
         [&](const auto& document) {
             mDialogs.ExpectQuestion("Reload Project", u"Discard and Reload");
             EXPECT_TRUE(Manager().ReloadProject(document));
         },
-        [&](const auto& document) {
-            mDialogs.ExpectQuestion("Save Changes", u"Discard");
-            EXPECT_TRUE(Manager().CloseProject(document, true));
-        }};
+        [&](const auto& document) { EXPECT_TRUE(Close(document, u"Discard")); }};
     for (const auto& decide : decisions) {
         const ProjectDocumentRef document = OpenAndFind();
         Edit(document, u"new");
         mMain.Advance(seconds(5));
-        mDialogs.ExpectQuestion("Save Changes", u"Cancel");
-        EXPECT_FALSE(Manager().CloseProject(document, true));
+        EXPECT_FALSE(Close(document, u"Cancel"));
         EXPECT_EQ(KeptBytes(), "new");
         decide(document);
         EXPECT_EQ(KeptBytes(), "");
@@ -109,8 +104,7 @@ TEST_F(TextKeeperTest, WhatIsKeptGoesWithTheUsersDecisionOnly) {
 
 TEST_F(TextKeeperTest, ADiskThatRefusesOrStandsStillIsToldOnceAndTriedAgain) {
     const ProjectDocumentRef document = OpenAndFind();
-    const ExpectLogged told("cannot be kept");
-    const ExpectLogged logged("Unsaved text is not kept: ");
+    const ExpectLogged told("cannot be kept"), logged("Unsaved text is not kept: ");
     const ExpectLogged tooLarge("is too large to be kept");
     mDisk.Deny(mProfile.Path(), ENOSPC);
     Edit(document, u"new");
@@ -131,33 +125,33 @@ TEST_F(TextKeeperTest, OffersWhatProgramsHaveLeftThatAreGone) {
     EXPECT_TRUE(Offered().empty()) << "its own";
     mKeeper.emplace(mProfile.Path("texts"));
     KeptText text = *KeptTexts::Read(Kept().at(0).mPath);
+    // How what this owner has left is offered; absent when it is not.
+    const auto offered = [&]() -> std::optional<OwnerStanding> {
+        KeptTexts::Write(Kept().at(0).mPath, text);
+        const std::vector<KeptTextFile> files = Offered();
+        return files.empty() ? std::nullopt : std::optional(files[0].mStanding);
+    };
     text.mOwner.mPid = ::getppid();
     text.mOwner.mProcessStart = ReadProcessFacts(::getppid())->mStart;
-    KeptTexts::Write(Kept().at(0).mPath, text);
-    EXPECT_TRUE(Offered().empty()) << "another program, which is running";
+    EXPECT_EQ(offered(), std::nullopt) << "another program, which is running";
     text.mOwner.mMachine = u"renamed";
-    KeptTexts::Write(Kept().at(0).mPath, text);
-    EXPECT_TRUE(Offered().empty()) << "its machine has another name by now";
+    EXPECT_EQ(offered(), std::nullopt) << "its machine has another name by now";
     ++text.mOwner.mProcessStart;
-    KeptTexts::Write(Kept().at(0).mPath, text);
-    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Gone) << "its pid is another process's now";
+    EXPECT_EQ(offered(), OwnerStanding::Gone) << "its pid is another process's now";
     text.mOwner.mMachineID = std::string(32, 'f');
-    KeptTexts::Write(Kept().at(0).mPath, text);
-    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Unknown) << "another machine's";
+    EXPECT_EQ(offered(), OwnerStanding::Unknown) << "another machine's";
     text.mOwner.mBootID += '1';
-    KeptTexts::Write(Kept().at(0).mPath, text);
     mDisk.SetVolumeType(0xEF53);
-    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Gone)
-        << "of an earlier boot, on a disk of this machine";
+    EXPECT_EQ(offered(), OwnerStanding::Gone) << "of an earlier boot, on a disk of this machine";
     mDisk.SetVolumeType(0x6969);
-    EXPECT_EQ(Offered().at(0).mStanding, OwnerStanding::Unknown) << "on a shared volume";
+    EXPECT_EQ(offered(), OwnerStanding::Unknown) << "on a shared volume";
 
     const std::string path = Offered().at(0).mPath;
     mKeeper->Adopt(Find(), path);
     EXPECT_TRUE(Offered().empty());
     EXPECT_NE(Kept().at(0).mPath, path) << "of two programs that recover it one does";
     EXPECT_EQ(Kept().at(0).mStanding, OwnerStanding::Own);
-    EXPECT_TRUE(Manager().SaveProject(Find()));
+    EXPECT_TRUE(Save(Find()));
     EXPECT_TRUE(Kept().empty());
 }
 
@@ -166,16 +160,11 @@ TEST_F(TextKeeperTest, WhatIsDamagedIsLoggedAndStays) {
     mMain.Advance(seconds(5));
     const std::string whole =
         mProfile.Read("texts/" + std::filesystem::path(Kept().at(0).mPath).filename().string());
-    const std::string damaged[] = {"",
-                                   "\n",
-                                   "{}\nnew",
-                                   whole.substr(0, whole.size() - 1),
-                                   whole + "x",
-                                   std::string(200'000, '['),
-                                   std::string(5'000'000, 'x'),
-                                   "{\"version\":2" + whole.substr(whole.find(','))};
     int number = 0;
-    for (const std::string& bytes : damaged)
+    for (const std::string& bytes :
+         {std::string(), std::string("\n"), std::string("{}\nnew"), whole.substr(0, whole.size() - 1),
+          whole + "x", std::string(200'000, '['), std::string(5'000'000, 'x'),
+          "{\"version\":2" + whole.substr(whole.find(','))})
         mProfile.Write("texts/" + std::to_string(++number) + ".unsaved", bytes);
     const ExpectLogged logged(".unsaved");
     EXPECT_EQ(Kept().size(), 1u);
@@ -186,27 +175,14 @@ TEST_F(TextKeeperTest, WhatIsDamagedIsLoggedAndStays) {
     EXPECT_TRUE(mProfile.Exists("texts/1.unsaved"));
 }
 
-TEST_F(TextKeeperTest, TellsWhatTheDiskHoldsNow) {
-    using State = FileSinceKept::State;
+TEST_F(TextKeeperTest, TellsAFileThatIsGoneFromOneThatCannotBeReadNow) {
     KeptText text;
     text.mProject = mFolder.PathUTF16(kProject);
-    text.mBase = MarkContent(kBytes);
-    text.mText = MarkContent("other");
-    const auto look = [&] { return FindFileSinceKept(mDisk, text).mState; };
-    EXPECT_EQ(look(), State::Unchanged);
-    for (const char* bytes : {"something else", "twice", ""}) {
-        mFolder.Write(kProject, bytes);
-        EXPECT_EQ(look(), State::Changed) << bytes;
-    }
-    mFolder.Write(kProject, "other");
-    EXPECT_EQ(look(), State::HoldsText);
     mDisk.SetGone(true);
     EXPECT_EQ(FindFileSinceKept(mDisk, text).mSystemError, ESTALE);
     mDisk.SetGone(false);
     mFolder.Remove(kProject);
-    EXPECT_EQ(look(), State::Gone);
-    mFolder.Remove("Day 1");
-    EXPECT_EQ(look(), State::FolderGone);
+    EXPECT_EQ(FindFileSinceKept(mDisk, text).mState, FileSinceKept::State::Gone);
     mFolder.Write(kProject, kBytes);
 }
 

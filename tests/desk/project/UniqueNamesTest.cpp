@@ -19,9 +19,9 @@ protected:
     }
 };
 
-std::string Repeat(const std::string& text, int times) {
+std::string Repeat(const std::string& text, std::size_t times) {
     std::string result;
-    for (int i = 0; i < times; ++i) result += text;
+    while (times-- > 0) result += text;
     return result;
 }
 
@@ -45,11 +45,11 @@ TEST_F(UniqueNamesTest, StaysWithinWhatCanBeLockedAndNamed) {
     // Two bytes a letter, four a picture, and bytes that are no UTF-8.
     for (const std::string& piece :
          {std::string("a"), std::string("\u00e4"), std::string("\U0001F3AC"), std::string("\xE9")}) {
-        const std::string stem = Repeat(piece, static_cast<int>(240 / piece.size()));
+        const std::string stem = Repeat(piece, 240 / piece.size());
         const std::string project = Unique(stem + ".zuproj", 1000);
         const std::string end = "_1000.zuproj";
-        EXPECT_EQ(project, Repeat(piece, static_cast<int>((249 - end.size()) / piece.size())) + end);
-        const std::string folder = Unique(Repeat(piece, static_cast<int>(255 / piece.size())));
+        EXPECT_EQ(project, Repeat(piece, (249 - end.size()) / piece.size()) + end);
+        const std::string folder = Unique(Repeat(piece, 255 / piece.size()));
         EXPECT_LE(folder.size(), 255u);
         EXPECT_TRUE(folder.ends_with(piece + "_1")) << folder;
     }

@@ -5,10 +5,8 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <iostream>
 #include <sstream>
-#include <string>
 
 #include "tests/volume/worker/HostProcess.h"
 #include "tests/volume/worker/Jobs.h"
@@ -39,13 +37,10 @@ void Say(const std::string& what, const std::string& more = {}) {
 
 int Work(const Order& order) {
     HostProcess host(order.mFolder);
-    Job job(host, order.mFolder, order.mSeed);
     Say("began");
-    const auto begin = std::chrono::steady_clock::now();
-    const auto limit = std::chrono::milliseconds(order.mMilliseconds);
-    while (order.mMilliseconds == 0 || std::chrono::steady_clock::now() - begin < limit)
-        if (!job.Step(order.mJob)) return 2;
-    return 0;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(order.mMilliseconds);
+    const auto goesOn = [&] { return order.mMilliseconds == 0 || std::chrono::steady_clock::now() < end; };
+    return DoForLong(order.mJob, host, order.mFolder, order.mSeed, goesOn) ? 0 : 2;
 }
 
 int WorkSafely(const Order& order) {
