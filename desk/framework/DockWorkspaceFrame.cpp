@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QResizeEvent>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <algorithm>
 
 #include "desk/core/language/Localized.h"
@@ -131,7 +132,10 @@ bool DockWorkspaceFrame::IsAfloat() const {
 }
 
 bool DockWorkspaceFrame::MayBeCovered() const {
-    if (!IsAfloat() || isActiveWindow()) return false;
+    if (!IsAfloat()) return false;
+    // Not the active window: without a window manager it is another one only once the menu has closed.
+    if (const QWindow* own = window()->windowHandle(); own && own == QGuiApplication::focusWindow())
+        return false;
     if (!CanPlaceWindows()) return true;
     return std::ranges::any_of(QApplication::topLevelWidgets(), [this](const QWidget* other) {
         return other != window() && other->isVisible() && other->windowType() != Qt::Popup &&
