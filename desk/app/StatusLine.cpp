@@ -25,6 +25,9 @@ namespace desk {
 namespace {
 
 constexpr std::chrono::seconds kNoticeTime(15);
+/// Nobody has read one that was shown for less.
+constexpr std::chrono::seconds kReadingTime(5);
+constexpr int kMostInterrupted = 10;
 
 host::UTF16String IntervalText(double seconds) {
     return host::NumberToString(seconds, seconds == std::floor(seconds) ? 0 : 1);
@@ -72,7 +75,8 @@ StatusLine::StatusLine(QMainWindow& window) : mWindow(window), mText(new ElidedL
     host::AddListener(host::kStation_ZuProductionFolderPanel, this);
     mNoticeTimer.setSingleShot(true);
     QObject::connect(&mNoticeTimer, &QTimer::timeout, &mNoticeTimer, [this] {
-        mNotice.clear();
+        mNotice = mInterrupted.isEmpty() ? QString() : mInterrupted.takeLast();
+        TimeNotice();
         Update();
     });
     QObject::connect(qApp, &QGuiApplication::focusWindowChanged, &mNoticeTimer, [this] { TimeNotice(); });
@@ -91,6 +95,11 @@ void StatusLine::SetActivity(const QString& activity) {
 }
 
 void StatusLine::ShowNotice(const QString& text) {
+    const bool isRead =
+        mNoticeTimer.isActive() && mNoticeTimer.remainingTimeAsDuration() < kNoticeTime - kReadingTime;
+    if (!mNotice.isEmpty() && !isRead) mInterrupted.append(mNotice);
+    mInterrupted.removeAll(text);
+    if (mInterrupted.size() > kMostInterrupted) mInterrupted.removeFirst();
     mNotice = text;
     mNoticeTimer.stop();
     TimeNotice();

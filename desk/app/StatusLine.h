@@ -25,7 +25,8 @@ public:
     /// Stands in place of the production until it is told empty: what is under way.
     void SetActivity(const QString& activity);
     /// Shows a message before what is under way, for some seconds in which the window is the active one: what
-    /// stands in front of it may have the user's eyes.
+    /// stands in front of it may have the user's eyes. One that another has replaced too soon comes back after
+    /// it.
     void ShowNotice(const QString& text);
     /// The text of what the pointer is over, before all else; empty when it is over nothing.
     void SetTip(const QString& tip);
@@ -42,6 +43,8 @@ private:
     QTimer mNoticeTimer;
     QString mTip;
     QString mNotice;
+    /// Those that were shown too briefly, the last one last.
+    QStringList mInterrupted;
     QString mActivity;
 };
 
