@@ -3,16 +3,23 @@
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QMouseEvent>
+#include <QProgressDialog>
 #include <QScrollBar>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 
 #include "benchmarks/BenchApplication.h"
 #include "benchmarks/EventLoopProbe.h"
 #include "benchmarks/HeapMeter.h"
+#include "benchmarks/PanelBench.h"
 #include "benchmarks/SampleFolder.h"
 #include "benchmarks/SampleTree.h"
 #include "benchmarks/slow_volume/VolumeMount.h"
+#include "desk/core/edges/Desktop.h"
+#include "desk/core/edges/Services.h"
+#include "desk/project/lock/LockProtocol.h"
 
 namespace bench {
 
@@ -23,6 +30,8 @@ using namespace std::chrono_literals;
 constexpr int kManyProjects = 10'000;
 constexpr int kSlowProjects = 2'000;
 constexpr int kSlowDelay = 10;
+/// The panel's own command.
+constexpr int kCommandMoveToTrash = 30325;
 
 /// A sample that is made when it is first used, and shared by jobs.
 template <class Sample>
@@ -123,9 +132,9 @@ std::vector<double> MeasureOpeningMany(BenchedTree& tree, LazyFolder& folder) {
 /// A folder seen through a volume on which every operation takes long.
 class SlowVolume {
 public:
-    explicit SlowVolume(const std::string& folder)
+    explicit SlowVolume(const std::string& folder, int delay = kSlowDelay)
         : mMount(QCoreApplication::applicationDirPath() + QStringLiteral("/slow-volume"), folder,
-                 {QStringLiteral("--delay-ms"), QString::number(kSlowDelay)}) {
+                 {QStringLiteral("--delay-ms"), QString::number(delay)}) {
         if (!mMount.IsMounted())
             throw std::runtime_error("could not mount the slow volume: " + mMount.ErrorText());
     }
@@ -312,6 +321,73 @@ std::vector<double> MeasureSearching(BenchedTree& tree, LazyFolder& folder) {
     return {Milliseconds(start, end)};
 }
 
+/// All 2,000 projects selected and sent to the trash, to the paint without them; longest gap meanwhile.
+std::vector<double> MeasureTrashing(BenchedTree& tree) {
+    auto& application = BenchApplication::Instance();
+    const SampleFolder folder(kSlowProjects);
+    OpenAndSettle(tree, folder);
+    tree.SelectAll();
+    application.RunFor(500ms);
+    QTreeView& view = tree.GetView();
+    EventLoopProbe probe;
+    probe.Start();
+    const auto start = Clock::now();
+    dynamic_cast<PanelBench&>(tree).Send(kCommandMoveToTrash);
+    // The trash is left.
+    const auto isDone = [&](const QRegion&) { return CountRows(view) == 1; };
+    const auto end = application.RunUntilPainted(*view.viewport(), isDone, 300s, "the trash alone");
+    const double gap = probe.Stop(end);
+    tree.Close();
+    application.RunFor(500ms);
+    return {Milliseconds(start, end), gap};
+}
+
+/// A folder of 1,000 projects that was never opened, sent to the trash where every operation takes 20 ms. The
+/// user cancels as soon as a dialog offers it: how long that takes, and the longest gap from the command on.
+std::vector<double> MeasureCancellingTrash(BenchedTree& tree) {
+    constexpr int kDelay = 20;
+    auto& application = BenchApplication::Instance();
+    const SampleFolder folder(1'000);
+    std::filesystem::create_directory(folder.Path() + "/Reels");
+    // Of the user's own: each is read, and none forbids it.
+    const desk::Desktop& desktop = *desk::GetServices().mDesktop;
+    const std::string lock =
+        desk::WriteLockRecord(desk::MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName()));
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
+        if (entry.is_regular_file()) {
+            const std::string name = entry.path().filename().string();
+            std::filesystem::rename(entry.path(), folder.Path() + "/Reels/" + name);
+            std::ofstream(folder.Path() + "/Reels/." + name + ".lock") << lock;
+        }
+    const SlowVolume volume(folder.Path(), kDelay);
+    tree.Prepare();
+    tree.Open(volume.Path());
+    QTreeView& view = tree.GetView();
+    const auto isShown = [&](const QRegion&) { return CountRows(view) == 1; };
+    application.RunUntilPainted(*view.viewport(), isShown, 60s, "the folder");
+    application.RunFor(500ms);
+    tree.SelectAll();
+    application.RunFor(500ms);
+    Clock::time_point cancelled{};
+    QTimer canceller;
+    QObject::connect(&canceller, &QTimer::timeout, &canceller, [&] {
+        auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+        if (!dialog || dialog->wasCanceled()) return;
+        cancelled = Clock::now();
+        dialog->cancel();
+    });
+    canceller.start(1ms);
+    EventLoopProbe probe;
+    probe.Start();
+    dynamic_cast<PanelBench&>(tree).Send(kCommandMoveToTrash);
+    const auto end = Clock::now();
+    const double gap = probe.Stop(end);
+    if (CountRows(view) != 1) throw std::runtime_error("the folder is gone");
+    tree.Close();
+    application.RunFor(2500ms);
+    return {cancelled == Clock::time_point{} ? 0 : Milliseconds(cancelled, end), gap};
+}
+
 }  // namespace
 
 std::vector<Job> MakeJobs() {
@@ -381,6 +457,23 @@ std::vector<Job> MakeJobs() {
                     {{"search keystroke over 10,000 names, to painted hits", "ms", {}, {}}},
                     7,
                     with(MeasureSearching, many)});
+    jobs.push_back({"trash",
+                    {{"2,000 projects to the trash, to the paint without them", "ms", {}, {}},
+                     {"longest event-loop gap meanwhile", "ms", {}, 50}},
+                    5,
+                    MeasureTrashing,
+                    true});
+    jobs.push_back(
+        {"trash-cancelled",
+         {{"a folder of 1,000 locked projects, never opened, to the trash at 20 ms per operation: from "
+           "Cancel to the end",
+           "ms",
+           {},
+           100},
+          {"longest event-loop gap meanwhile", "ms", {}, 100}},
+         3,
+         MeasureCancellingTrash,
+         true});
     return jobs;
 }
 

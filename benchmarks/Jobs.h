@@ -16,6 +16,8 @@ struct Job {
     /// Does the job once and returns the values of the figures. Milliseconds come first where they are
     /// measured: they are the time that the benchmark library reports.
     std::function<std::vector<double>(BenchedTree&)> mRun;
+    /// There is nothing to compare it with: it is run with the panel (`PanelBench`) alone.
+    bool mIsPanelOnly = false;
 };
 
 /// All jobs. Their sample folders are made when a job first needs them, and removed with the jobs.

@@ -26,13 +26,14 @@ public:
     void SelectAll() override;
     void Search(const QString& text) override;
     QTreeView& GetSearchView() override { return *mSearchView; }
+    /// Sends a command as a menu does.
+    void Send(int command);
 
 private:
     struct Program;
 
     void LoadPanel();
     void FindWidgets();
-    void Send(int command);
 
     QTemporaryDir mProfileFolder;
     std::unique_ptr<Program> mProgram;

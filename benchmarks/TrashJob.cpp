@@ -2,13 +2,17 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
+#include <QTemporaryDir>
 #include <filesystem>
 #include <fstream>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "benchmarks/VolumeJobs.h"
+#include "benchmarks/slow_volume/VolumeMount.h"
 #include "desk/core/edges/Services.h"
 #include "desk/project/lock/LockProtocol.h"
+#include "desk/project/production/Production.h"
 #include "host/core/Strings.h"
 #include "tests/volume/worker/HostProcess.h"
 
@@ -35,7 +39,7 @@ void FlushFolder(const std::string& path) {
 class TrashJob final : public VolumeJob {
 public:
     TrashJob(HostProcess& host, const std::string& production)
-        : VolumeJob({"1,000 projects moved to the trash with their locks", "ms", 4, {}}, kRuns),
+        : VolumeJob({"1,000 projects moved to the trash with their locks", "ms", 1.1, {}}, kRuns),
           mHost(host),
           mFolder(production + "/Reels") {}
 
@@ -52,8 +56,8 @@ public:
         Clear();
         return time;
     }
-    /// For each project: both locks taken, the file renamed, both folders flushed, both locks given up, and
-    /// where it came from written down.
+    /// For each project: both locks taken, the file renamed, both locks given up, and where it came from
+    /// written down; both folders flushed once.
     double RunBaseline() override {
         const std::vector<std::string> names = MakeProjects();
         const std::string trash = mHost.TrashFolder();
@@ -66,11 +70,11 @@ public:
                 Take(locks[1]);
                 Require(::renameat2(AT_FDCWD, (mFolder + '/' + name).c_str(), AT_FDCWD,
                                     (trash + '/' + name).c_str(), RENAME_NOREPLACE) == 0);
-                FlushFolder(mFolder);
-                FlushFolder(trash);
                 for (const std::string& lock : locks) Require(::unlink(lock.c_str()) == 0);
                 WriteDurably(records + '/' + name + ".json", mRecord);
             }
+            FlushFolder(mFolder);
+            FlushFolder(trash);
         });
         Clear();
         return time;
@@ -104,7 +108,48 @@ private:
         WriteLockRecord(desk::MakeLockRecord(*desk::GetServices().mDesktop, u"ines", u"edit-bay-1"));
 };
 
+/// On a volume on which every operation costs 10 ms; the kernel keeps names, and that they are not there, for a
+/// second.
+class SlowTrashJob final : public VolumeJob {
+public:
+    explicit SlowTrashJob(HostProcess& host)
+        : VolumeJob({"100 projects moved to the trash of a volume with 10 ms per operation", "ms", {}, 4000},
+                    3),
+          mHost(host) {}
+
+    double RunOurs() override {
+        constexpr int kSlowProjects = 100;
+        const QTemporaryDir folder;
+        fs::create_directories(folder.path().toStdString() + "/Reels");
+        for (int i = 0; i < kSlowProjects; ++i)
+            std::ofstream(folder.path().toStdString() + "/Reels/Scene " + std::to_string(i) + ".zuproj") << i;
+        const slowvolume::VolumeMount volume(
+            QCoreApplication::applicationDirPath() + QStringLiteral("/slow-volume"),
+            folder.path().toStdString(), {QStringLiteral("--rename-flags"), QStringLiteral("--keep-absence")});
+        Require(volume.IsMounted());
+        const host::UTF16String before = desk::Production::Instance().GetFolder();
+        desk::Production::Instance().Open(host::UTF8to16(volume.Path()));
+        host::UTF16StringVec paths;
+        for (int i = 0; i < kSlowProjects; ++i)
+            paths.push_back(host::UTF8to16(volume.Path("Reels/Scene " + std::to_string(i) + ".zuproj")));
+        const double time =
+            TimeOf([&] { HandlerSharedProjects::Utils::MoveToSharedProjectsTrash(paths, false, true); });
+        mHost.Settle();
+        Require(fs::is_empty(folder.path().toStdString() + "/Reels"));
+        desk::Production::Instance().Open(before);
+        return time;
+    }
+    double RunBaseline() override { return -1; }
+
+private:
+    HostProcess& mHost;
+};
+
 }  // namespace
+
+VolumeJobPtr MakeSlowTrashJob(HostProcess& host) {
+    return std::make_unique<SlowTrashJob>(host);
+}
 
 VolumeJobPtr MakeTrashJob(HostProcess& host, const std::string& production) {
     return std::make_unique<TrashJob>(host, production);

@@ -48,6 +48,7 @@ std::vector<VolumeJobPtr> MakeJobs(HostProcess& host, const std::string& product
     jobs.push_back(MakeLockJob(disk, "disk", 3));
     jobs.push_back(MakeLockJob("/dev/shm", "memory", {}));
     jobs.push_back(MakeTrashJob(host, production));
+    jobs.push_back(MakeSlowTrashJob(host));
     jobs.push_back(MakeCopyJob(disk, false));
     jobs.push_back(MakeCopyJob(disk, true));
     jobs.push_back(MakeLeakJob(host, production));
@@ -63,7 +64,8 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     const QTemporaryDir production;
-    HostProcess host(production.path().toStdString());
+    // As many workers as the program has.
+    HostProcess host(production.path().toStdString(), 24);
     const std::vector<VolumeJobPtr> jobs = MakeJobs(host, production.path().toStdString());
     std::vector<Result> results;
     for (const VolumeJobPtr& job : jobs) results.push_back({job->GetFigure(), {}, {}});

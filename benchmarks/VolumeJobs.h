@@ -36,6 +36,8 @@ using VolumeJobPtr = std::unique_ptr<VolumeJob>;
 VolumeJobPtr MakeLockJob(const std::string& parent, const std::string& where, std::optional<double> limit);
 /// 1,000 projects to the trash of the open production of `host`, which is in `production`.
 VolumeJobPtr MakeTrashJob(HostProcess& host, const std::string& production);
+/// 100 projects to the trash of a production on a slow volume, which is opened in `host` for that.
+VolumeJobPtr MakeSlowTrashJob(HostProcess& host);
 /// A folder of 2,000 files and 1 GB copied, beside `cp -a`; with `isFlushed` the latter's copy is made durable
 /// as ours always is.
 VolumeJobPtr MakeCopyJob(const std::string& parent, bool isFlushed);

@@ -51,7 +51,8 @@ void RunJob(benchmark::State& state, const Job& job, const Sides& sides, std::ve
     bool isPanelFirst = false;
     try {
         for ([[maybe_unused]] auto _ : state) {
-            state.SetIterationTime(RunOnce(job, sides, results, isPanelFirst) / 1000);
+            const Sides shown{sides.mPanel, job.mIsPanelOnly ? nullptr : sides.mBaseline};
+            state.SetIterationTime(RunOnce(job, shown, results, isPanelFirst) / 1000);
             isPanelFirst = !isPanelFirst;
         }
     } catch (const std::exception& error) {

@@ -1,5 +1,6 @@
 // Commands on files and folders: making, copying, trashing and revealing them.
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <system_error>
@@ -127,16 +128,6 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
 }
 
 // Move to Trash.
-
-/// Looks at all projects below the folder: nothing is known of folders that no view has shown.
-bool HoldsLockedProject(const UTF16String& folder) {
-    return std::ranges::any_of(FileSearch::FindFiles(folder, GetProjectFileExtension()),
-                               Utils::IsALockedProject);
-}
-
-bool CanBeDeleted(const UTF16String& path) {
-    return Utils::CanAllBeDeleted({path}) && !(PathUtils::IsDirectory(path) && HoldsLockedProject(path));
-}
 
 /// Tells which of the `selected` items are not among those that can go.
 void TellNotMovedToTrash(UTF16StringVec selected, const UTF16StringVec& deleteable) {
@@ -286,7 +277,12 @@ bool SharedProjectsTabView::OnDeleteItemCommand(const Command&) {
 
 UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths() const {
     UTF16StringVec paths = GetSelectedNonRedundantPaths();
-    std::erase_if(paths, [](const UTF16String& path) { return !CanBeDeleted(path); });
+    std::erase_if(paths, [](const UTF16String& path) { return !Utils::CanAllBeDeleted({path}); });
+    // Nothing is known of folders that no view has shown.
+    UTF16StringVec folders;
+    std::ranges::copy_if(paths, std::back_inserter(folders), PathUtils::IsDirectory);
+    const UTF16StringVec locked = FindFoldersWithLockedProjects(folders);
+    std::erase_if(paths, [&](const UTF16String& path) { return std::ranges::count(locked, path) > 0; });
     return paths;
 }
 

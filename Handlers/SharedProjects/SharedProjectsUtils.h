@@ -8,6 +8,7 @@
 
 #include "host/core/Geometry.h"
 #include "host/core/Strings.h"
+#include "host/project/ItemOperations.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
 
 namespace HandlerSharedProjects {
@@ -48,9 +49,12 @@ bool IsALockedProject(const UTF16String& path);
 
 /// Moves a project, taking its lock at `destination` before the file moves; an open project goes on there.
 /// False, with nothing moved, when either path is no project's, when a lock cannot be had, or when the project
-/// is held by somebody else: the trace says which. Throws `FileException` when the disk refuses; then the
-/// project stands where it was, and all locks are as they were.
+/// is held by somebody else: the user is told, and the trace says which. Throws `FileException` when the disk
+/// refuses; then the project stands where it was, and all locks are as they were.
 bool MoveProjectAndLockFiles(const UTF16String& source, const UTF16String& destination);
+
+/// Traces why a project was not moved; nothing for one that was, nor for what the disk refused.
+void TraceOutcome(const ItemOutcome& outcome, const UTF16String& source, const UTF16String& destination);
 
 /// Tells the projects that are open for writing and lay inside `oldFolder` that the folder is now `newFolder`,
 /// and gives each a lock at its new place. Every occurrence of the old folder's text in a project's path is
@@ -60,11 +64,16 @@ void UpdatePathsOfOpenProjectsAndLockFiles(const UTF16String& oldFolder, const U
 /// Copies, or with `move` moves, files and folders into `destinationFolder`. All are checked first, and one
 /// that cannot go refuses them all, each such item with a message: a folder into itself, or a name that is
 /// taken. With `makeUniqueNames` a taken name is exchanged for a free one instead ("x_1"). An item that lies
-/// there already is passed over. They then go in the order of their paths. When the disk refuses one, the user
-/// is told why, those before it stay done and the rest untouched. False when the check or the disk refused; a
-/// project that could not be locked just stays, which the user is told too.
+/// there already is passed over. They then go in the order of their paths, as one piece of long work
+/// (`MoveItems`, `CopyItems`). When the disk refuses one, those before it stay done and the rest untouched.
+/// False when the check or the disk refused, or when the user cancelled; a project that could not be locked
+/// just stays.
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames);
+
+/// The same; `stayed` becomes the sources that are known to stand as they did.
+bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
+               bool makeUniqueNames, UTF16StringVec& stayed);
 
 /// The names of the items for a message, each on a line of its own; of many the first ones.
 UTF16String ToNameLines(const UTF16StringVec& paths);

@@ -5,10 +5,7 @@
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
 #include "host/dialogs/MessageBox.h"
-#include "host/files/Dir.h"
-#include "host/files/File.h"
 #include "host/files/FileException.h"
-#include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectFiles.h"
@@ -16,9 +13,6 @@
 namespace HandlerSharedProjects::Utils {
 
 namespace {
-
-/// Normalised sources and destinations, in the order of the sources' texts.
-using Plan = std::map<UTF16String, UTF16String>;
 
 void TellLocalized(const char* titleKey, const char* textKey) {
     const UTF16String title = Localizer::Get()->Localize(titleKey);
@@ -37,43 +31,65 @@ void TellItExists() {
                   "$$$/Vantor/Handlers/ZuProductionFolder/FileAlreadyExists=File already exists");
 }
 
-UTF16String MakeUniqueName(const UTF16String& source, const UTF16String& destination) {
-    const UTF16String path =
-        PathUtils::IsDirectory(source) ? PathUtils::AddTrailingSlash(destination) : destination;
+UTF16String MakeUniqueName(const UTF16String& destination, bool isFolder) {
+    const UTF16String path = isFolder ? PathUtils::AddTrailingSlash(destination) : destination;
     return Utilities::MakeUniqueFilename(path, 1, u"_", {});
 }
 
-bool IsFolderAbove(const UTF16String& source, const UTF16String& destinationFolder) {
-    return PathUtils::IsDirectory(source) &&
-           Utilities::IsPathWithinDirectory(PathUtils::ToNormalizedPath(destinationFolder), source, true);
+/// An item that is to be copied or moved, with what stands at both its places.
+struct Candidate {
+    UTF16String mSource;
+    UTF16String mDestination;
+    bool mIsFolder = false;
+    bool mIsTaken = false;
+};
+
+/// Asks the volume for all of them at once.
+std::vector<Candidate> FindCandidates(const UTF16StringVec& paths, const UTF16String& destinationFolder) {
+    std::vector<Candidate> candidates;
+    UTF16StringVec places;
+    for (const UTF16String& path : paths) {
+        const UTF16String source = PathUtils::ToNormalizedPath(path);
+        candidates.push_back({source, PathUtils::ToNormalizedPath(PathUtils::CombinePaths(
+                                          destinationFolder, PathUtils::GetFullFilePart(source)))});
+        places.push_back(source);
+        places.push_back(candidates.back().mDestination);
+    }
+    const std::vector<PathUtils::PathKind> kinds = PathUtils::GetKinds(places);
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        candidates[i].mIsFolder = kinds[2 * i] == PathUtils::PathKind::Folder;
+        candidates[i].mIsTaken = kinds[2 * i + 1] != PathUtils::PathKind::Nothing;
+    }
+    return candidates;
 }
 
 /// Checks all items, telling the user of each that cannot go.
 class Planner {
 public:
     Planner(const UTF16String& destinationFolder, bool makeUniqueNames)
-        : mDestinationFolder(destinationFolder), mMakeUniqueNames(makeUniqueNames) {}
+        : mDestinationFolder(PathUtils::ToNormalizedPath(destinationFolder)),
+          mMakeUniqueNames(makeUniqueNames) {}
 
-    void Add(const UTF16String& path) {
-        const UTF16String source = PathUtils::ToNormalizedPath(path);
-        const UTF16String destination = PathUtils::ToNormalizedPath(
-            PathUtils::CombinePaths(mDestinationFolder, PathUtils::GetFullFilePart(source)));
-        if (!PathUtils::ExistsOnDisk(destination, false)) {
-            if (IsFolderAbove(source, mDestinationFolder))
-                Refuse(TellItIsASubFolder);
-            else
-                Enter(source, destination);
-        } else if (IsEqualFoldingASCII(source, destination)) {
+    void Add(const Candidate& item) {
+        if (!item.mIsTaken) {
+            const bool isInItself =
+                item.mIsFolder && Utilities::IsPathWithinDirectory(mDestinationFolder, item.mSource, true);
+            isInItself ? Refuse(TellItIsASubFolder) : Enter(item.mSource, item.mDestination);
+        } else if (IsEqualFoldingASCII(item.mSource, item.mDestination)) {
             return;
         } else if (mMakeUniqueNames) {
-            Enter(source, MakeUniqueName(source, destination));
+            Enter(item.mSource, MakeUniqueName(item.mDestination, item.mIsFolder));
         } else {
             Refuse(TellItExists);
         }
     }
 
     bool HaveAllPassed() const { return mHaveAllPassed; }
-    const Plan& Get() const { return mPlan; }
+    std::vector<PlannedItem> Get() const {
+        std::vector<PlannedItem> items;
+        for (const auto& [source, destination] : mPlan) items.push_back({source, destination});
+        return items;
+    }
 
 private:
     void Refuse(void (*tell)()) {
@@ -84,61 +100,50 @@ private:
         if (mHaveAllPassed) mPlan.emplace(source, destination);
     }
 
-    const UTF16String& mDestinationFolder;
+    const UTF16String mDestinationFolder;
     const bool mMakeUniqueNames;
     bool mHaveAllPassed = true;
-    Plan mPlan;
+    /// Normalised sources and destinations, in the order of the sources' texts.
+    std::map<UTF16String, UTF16String> mPlan;
 };
 
-void CopyItem(const UTF16String& source, const UTF16String& destination) {
-    if (PathUtils::IsDirectory(source))
-        FileUtils::Copy(Dir(source), Dir(destination));
-    else
-        FileUtils::Copy(source, destination);
-}
-
-/// False for a project that stayed where it is.
-bool MoveItem(const UTF16String& source, const UTF16String& destination) {
-    if (IsVantorProjectFile(source) && !PathUtils::IsDirectory(source))
-        return MoveProjectAndLockFiles(source, destination);
-    File::Move(source, destination);
-    if (PathUtils::IsDirectory(destination)) UpdatePathsOfOpenProjectsAndLockFiles(source, destination);
-    return true;
-}
-
-void TellWhoStayed(const UTF16StringVec& projects) {
-    if (projects.empty()) return;
-    const UTF16String title =
-        ZString("$$$/Vantor/Handlers/ZuProductionFolder/ProjectsNotMoved/Title=Projects Not Moved");
-    const UTF16String text = ZString(
-        "$$$/Vantor/Handlers/ZuProductionFolder/ProjectsNotMoved/Message=These projects were not moved, "
-        "because their lock could not be taken or they are not there any more: \n@0",
-        {ToNameLines(projects)});
-    MessageBox(title, text);
+/// Traces, and has open projects follow their folder.
+void NoteMove(const PlannedItem& item, const ItemOutcome& outcome) {
+    if (outcome.mIsFolder && outcome.mResult == ItemOutcome::Result::Done)
+        UpdatePathsOfOpenProjectsAndLockFiles(item.mSource, item.mDestination);
+    else if (!outcome.mIsFolder && IsVantorProjectFile(item.mSource))
+        TraceOutcome(outcome, item.mSource, item.mDestination);
 }
 
 }  // namespace
 
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames) {
-    Planner planner(destinationFolder, makeUniqueNames);
-    for (const UTF16String& source : sources) planner.Add(source);
-    if (!planner.HaveAllPassed()) return false;
     UTF16StringVec stayed;
-    bool isDone = true;
+    return CopyFiles(sources, destinationFolder, move, makeUniqueNames, stayed);
+}
+
+bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
+               bool makeUniqueNames, UTF16StringVec& stayed) {
+    stayed = sources;
     try {
-        for (const auto& [source, destination] : planner.Get()) {
-            if (!move)
-                CopyItem(source, destination);
-            else if (!MoveItem(source, destination))
-                stayed.push_back(source);
+        Planner planner(destinationFolder, makeUniqueNames);
+        for (const Candidate& item : FindCandidates(sources, destinationFolder)) planner.Add(item);
+        if (!planner.HaveAllPassed()) return false;
+        const std::vector<PlannedItem> plan = planner.Get();
+        const std::vector<ItemOutcome> outcomes = move ? MoveItems(plan) : CopyItems(plan);
+        stayed.clear();
+        for (std::size_t i = 0; i < plan.size(); ++i) {
+            if (move) NoteMove(plan[i], outcomes[i]);
+            if (outcomes[i].HasStayed()) stayed.push_back(plan[i].mSource);
         }
+        for (const ItemOutcome& outcome : outcomes)
+            if (outcome.mFailure) throw FileException(*outcome.mFailure);
+        return true;
     } catch (const FileException& exception) {
         LogException(exception, __PRETTY_FUNCTION__);
-        isDone = false;
+        return false;
     }
-    TellWhoStayed(stayed);
-    return isDone;
 }
 
 }  // namespace HandlerSharedProjects::Utils

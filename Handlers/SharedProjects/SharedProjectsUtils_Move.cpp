@@ -1,8 +1,8 @@
 // Projects that move, with their locks.
 #include "Handlers/SharedProjects/SharedProjectsTraceSite.h"
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
-#include "host/files/File.h"
 #include "host/files/PathUtils.h"
+#include "host/project/ItemOperations.h"
 #include "host/project/OpenProjects.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectFiles.h"
@@ -34,52 +34,6 @@ void TraceNotMoved(TraceSite& site, int result, const UTF16String& path) {
     });
 }
 
-/// Moves a project whose lock is held: whoever has it open goes on with the lock at the destination.
-bool MoveHeldProject(const UTF16String& source, const UTF16String& destination, const LockingPrefs& prefs) {
-    const auto lock = CreateProjectLockFile(destination, prefs.mUserName, prefs.mMachineName);
-    if (!IsHeld(lock)) {
-        static TraceSite sSite;
-        TraceNoLock(sSite, destination);
-        return false;
-    }
-    if (const int result = File::Move(source, destination); result < 0) {
-        static TraceSite sSite;
-        TraceNotMoved(sSite, result, destination);
-        return false;
-    }
-    ProjectRef project;
-    if (IsProjectOpen(source, project)) {
-        project->SetProjectPath(PathUtils::ToNormalizedPath(destination));
-        project->SetProjectLockFile(lock);
-    }
-    return true;
-}
-
-/// Moves a project that nobody holds, holding it at both places meanwhile.
-bool MoveFreeProject(const UTF16String& source, const UTF16String& destination, const LockingPrefs& prefs) {
-    ProjectRef project;
-    const bool isOpen = IsProjectOpen(source, project);
-    const auto sourceLock = CreateProjectLockFile(source, prefs.mUserName, prefs.mMachineName);
-    if (!IsHeld(sourceLock)) {
-        static TraceSite sSite;
-        TraceNoLock(sSite, source);
-        return false;
-    }
-    const auto destinationLock = CreateProjectLockFile(destination, prefs.mUserName, prefs.mMachineName);
-    if (!IsHeld(destinationLock)) {
-        static TraceSite sSite;
-        TraceNoLock(sSite, destination);
-        return false;
-    }
-    if (const int result = File::Move(source, destination); result < 0) {
-        static TraceSite sSite;
-        TraceNotMoved(sSite, result, destination);
-        return false;
-    }
-    if (isOpen) project->SetProjectPath(PathUtils::ToNormalizedPath(destination));
-    return true;
-}
-
 UTF16String ReplaceAll(UTF16String text, const UTF16String& from, const UTF16String& to) {
     if (from.empty()) return text;
     for (std::size_t at = text.find(from); at != UTF16String::npos; at = text.find(from, at + to.size()))
@@ -97,12 +51,24 @@ void TakeLockAnew(IProject& project, const UTF16String& path) {
 
 }  // namespace
 
+void TraceOutcome(const ItemOutcome& outcome, const UTF16String& source, const UTF16String& destination) {
+    using Result = ItemOutcome::Result;
+    constexpr int kNotMoved = -1;
+    // Each place has its own answer whether to trace.
+    static TraceSite sHeldNoLock, sHeldNotMoved, sFreeNoSourceLock, sFreeNoLock, sFreeNotMoved;
+    if (outcome.mResult == Result::NoSourceLock) TraceNoLock(sFreeNoSourceLock, source);
+    if (outcome.mResult == Result::NoDestinationLock)
+        TraceNoLock(outcome.mWasHeld ? sHeldNoLock : sFreeNoLock, destination);
+    if (outcome.mResult == Result::Refused)
+        TraceNotMoved(outcome.mWasHeld ? sHeldNotMoved : sFreeNotMoved, kNotMoved, destination);
+}
+
 bool MoveProjectAndLockFiles(const UTF16String& source, const UTF16String& destination) {
     if (!IsVantorProjectFile(source) || !IsVantorProjectFile(destination)) return false;
-    const LockingPrefs prefs;
-    const auto lock = ReadProjectLockFile(source, prefs.mUserName, prefs.mMachineName);
-    return IsHeld(lock) ? MoveHeldProject(source, destination, prefs)
-                        : MoveFreeProject(source, destination, prefs);
+    const ItemOutcome outcome = MoveItems({{source, destination}}).front();
+    TraceOutcome(outcome, source, destination);
+    if (outcome.mFailure) throw FileException(*outcome.mFailure);
+    return outcome.mResult == ItemOutcome::Result::Done;
 }
 
 void UpdatePathsOfOpenProjectsAndLockFiles(const UTF16String& oldFolder, const UTF16String& newFolder) {

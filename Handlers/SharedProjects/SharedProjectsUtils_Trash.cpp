@@ -4,6 +4,8 @@
 #include "host/files/Dir.h"
 #include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
+#include "host/project/ItemOperations.h"
+#include "host/project/OpenProjects.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
 
@@ -25,6 +27,22 @@ bool MakeSureOfFolder(const UTF16String& path) {
     }
 }
 
+UTF16StringVec GetOpenPaths() {
+    UTF16StringVec paths;
+    for (const ProjectRef& project : GetOpenProjectList()) paths.push_back(project->GetProjectPath());
+    return paths;
+}
+
+/// Those of the projects that were `open` and are not any more, and lie among or inside what has stayed.
+void OpenAgain(const UTF16StringVec& open, const UTF16StringVec& stayed) {
+    for (const UTF16String& path : open) {
+        const bool hasStayed = std::ranges::any_of(stayed, [&path](const UTF16String& item) {
+            return Utilities::IsPathWithinDirectory(path, PathUtils::ToNormalizedPath(item), true);
+        });
+        if (hasStayed && !IsProjectOpen(path)) OpenProjectOutsideTrash(path);
+    }
+}
+
 bool CanBeDeleted(const UTF16String& path) {
     return !IsInZuProductionTrash(path, true) && !IsALockedProject(path) &&
            !(PathUtils::IsDirectory(path) && DoesDirectoryContainLockedProjects(path, true, true));
@@ -33,10 +51,15 @@ bool CanBeDeleted(const UTF16String& path) {
 }  // namespace
 
 void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst) {
-    if (!CloseOpenProjectsInList(paths, closeWithoutPrompt, saveFirst)) return;
     const UTF16String trashFolder = GetZuProductionTrashDirectoryPath();
-    if (trashFolder.empty() || !MakeSureOfFolder(trashFolder)) return;
-    CopyFiles(paths, trashFolder, true, true);
+    const UTF16StringVec open = GetOpenPaths();
+    // A project is not closed for a move that cannot begin.
+    if (!open.empty() && !trashFolder.empty() && !CanMoveItemsTo(paths, trashFolder)) return;
+    if (!CloseOpenProjectsInList(paths, closeWithoutPrompt, saveFirst)) return;
+    UTF16StringVec stayed = paths;
+    if (!trashFolder.empty() && MakeSureOfFolder(trashFolder))
+        CopyFiles(paths, trashFolder, true, true, stayed);
+    OpenAgain(open, stayed);
 }
 
 bool CanAllBeDeleted(const UTF16StringVec& paths) {

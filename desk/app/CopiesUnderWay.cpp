@@ -66,7 +66,7 @@ void CopiesUnderWay::ListenToMessage(const host::Message& message) {
 bool CopiesUnderWay::HasNewFailure() {
     std::uint64_t newest = mLastFailed;
     for (const CopyJob& job : CopyQueue::Current()->GetJobs())
-        if (job.mState == CopyJob::State::Failed) newest = std::max(newest, job.mID);
+        if (job.HasFailed()) newest = std::max(newest, job.mID);
     return std::exchange(mLastFailed, newest) != newest;
 }
 

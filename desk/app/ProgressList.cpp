@@ -26,6 +26,7 @@ std::size_t KindOf(const CopyJob& job) {
         case CopyJob::State::Waiting:
             return 1;
         case CopyJob::State::Failed:
+        case CopyJob::State::InDoubt:
             return 2;
         default:
             return 3;

@@ -61,6 +61,8 @@ QString DescribeState(const CopyJob& job) {
                              {host::GetDisplayStringOfFileSize(job.mBytesDone)});
         case CopyJob::State::Failed:
             return ToDisplayText(host::ZString("$$$/Desk/Progress/Failed=Not copied: @0", {job.mReason}));
+        case CopyJob::State::InDoubt:
+            return ToDisplayText(job.mReason);
         case CopyJob::State::Cancelled:
             return Localized("$$$/Desk/Progress/Cancelled=Cancelled");
     }

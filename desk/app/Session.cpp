@@ -46,7 +46,6 @@
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/LockKeeper.h"
 #include "desk/project/production/CopyQueue.h"
-#include "desk/project/production/TrashMoves.h"
 #include "host/core/DirectoryRegistry.h"
 
 namespace desk {
@@ -182,7 +181,6 @@ Session::Session(const CommandLine& commandLine, FileSystem& fileSystem)
     mParts->mFolderStore = CreateFolderStore(SweepInBackground);
     services.mFolderStore = mParts->mFolderStore.get();
     mParts->mCopyQueue = std::make_unique<CopyQueue>();
-    RecordMovesToTrash();
 }
 
 Session::~Session() {

@@ -1,6 +1,7 @@
 // Waiting for long work with the window alive.
 
 #include <QEventLoop>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QProgressDialog>
 #include <QTimer>
@@ -27,8 +28,15 @@ bool IsReady(const std::future<void>& done) {
     return done.wait_for(0s) == std::future_status::ready;
 }
 
+/// Shows that the program is at work, before there is a dialog.
+struct BusyCursor {
+    BusyCursor() { QGuiApplication::setOverrideCursor(Qt::BusyCursor); }
+    ~BusyCursor() { QGuiApplication::restoreOverrideCursor(); }
+};
+
 /// Handles events, but no input, until the work is done or `patience` has passed.
 void WaitWithoutInput(const std::future<void>& done, std::chrono::milliseconds patience) {
+    const BusyCursor busy;
     QEventLoop loop;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &loop, [&] {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
 
@@ -44,5 +46,13 @@ ZUHOST_API bool IsKnownDirectory(const UTF16String& path);
 /// True when something stands at `path`; a symbolic link is followed when `followLink` is set. From
 /// fresh facts where there are any, else asks the disk: may wait for the volume. UI thread.
 ZUHOST_API bool ExistsOnDisk(const UTF16String& path, bool followLink);
+
+/// What stands at a path; a link to a folder is a folder, any other link a file.
+enum class PathKind { Nothing, File, Folder };
+
+/// What stands at each of `paths`, as `IsDirectory` and `ExistsOnDisk` say it of one: what no listed folder
+/// tells is asked of the disk, for all of them at once, while the window lives. `Nothing` also where it cannot
+/// be told. Throws `FileException` (ECANCELED) when the user does not want to wait for the volume. UI thread.
+ZUHOST_API std::vector<PathKind> GetKinds(const UTF16StringVec& paths);
 
 }  // namespace host::PathUtils

@@ -56,6 +56,7 @@ TEST_F(CopyFilesTest, WhatLiesThereAlreadyIsPassedOver) {
 TEST_F(CopyFilesTest, TheSecondOfOneNameFailsAndTheFirstStays) {
     OpenProductionWith({{"One/A", "first"}, {"Two/A", "second"}, {"Zero/B", "last"}, "To/"});
     ExpectLogged exception("CopyFiles(");
+    mDialogs.ExpectMessage("Not Everything Was Moved");
     EXPECT_FALSE(Move({"Zero/B.zuproj", "Two/A.zuproj", "One/A.zuproj"}, "To", true));
     // In the order of their paths: what comes after the failure is not touched.
     EXPECT_EQ(OnDiskNow(),
@@ -68,9 +69,10 @@ TEST_F(CopyFilesTest, AProjectThatSomebodyHoldsStaysAndIsNamed) {
     OtherUserLocks("B");
     OpenProduction();
     ExpectLogged trace("Move Project Result: -1");
-    mDialogs.ExpectMessage("Projects Not Moved");
+    mDialogs.ExpectMessage("Not Everything Was Moved");
     EXPECT_TRUE(Move({"A.zuproj", "B.zuproj", "C.zuproj"}, "To"));
-    EXPECT_NE(mDialogs.LastText().find("\nB"), std::string::npos) << mDialogs.LastText();
+    EXPECT_EQ(mDialogs.LastText(),
+              "“B.zuproj” was not moved. edit-bay-2 has it open on machine-of-edit-bay-2.");
     EXPECT_EQ(OnDiskNow(), (DiskTree{".B.zuproj.lock", "B.zuproj", "To/", "To/A.zuproj", "To/C.zuproj"}));
 }
 

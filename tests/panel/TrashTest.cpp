@@ -43,6 +43,26 @@ TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
     EXPECT_FALSE(mFolder.Exists(OnDisk("Trash/Reels/Day 1/.B.zuproj.lock")));
 }
 
+TEST_F(TrashTest, AMoveThatFailsLeavesTheTabOpen) {
+    OpenProductionWith({"A", "B"});
+    const auto open = OpenDocument("A");
+    // It cannot begin: the project is not even closed.
+    mDisk.Deny(mFolder.Path(mProduction), EROFS);
+    mDialogs.ExpectMessage("Not Everything Was Moved");
+    Trash({"A.zuproj", "B.zuproj"});
+    EXPECT_NE(mDialogs.LastText().find("“A.zuproj” was not moved. Read-only file system"), std::string::npos)
+        << mDialogs.LastText();
+    EXPECT_EQ(FindDocument("A"), open);
+    mDisk.Allow(mFolder.Path(mProduction));
+    // It fails on the way: the project is opened again.
+    ExpectLogged exception("CopyFiles(");
+    mDisk.Fail(Operation::RenameNoReplace, 1, ENOSPC);
+    mDialogs.ExpectMessage("Not Everything Was Moved");
+    Trash({"A.zuproj", "B.zuproj"});
+    EXPECT_TRUE(IsOpen("A") && !IsOpen("B"));
+    EXPECT_FALSE(FindDocument("A")->IsReadOnly());
+}
+
 TEST_F(TrashTest, WhatMayGo) {
     Make({"A", "Reels/B", "Locked/Day 1/C", "Trash/Old", "D"});
     WeLock("A");
@@ -96,7 +116,9 @@ TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
     ExpectLogged cancelled("Operation canceled");
     const std::string folder = mFolder.Path(OnDisk("Reels"));
     mDisk.CloseGate(Operation::ListFolder, folder);
+    mDisk.ResetCounts();
     EXPECT_TRUE(Send(kMoveToTrash));
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
     mDisk.CloseGate(Operation::ListFolder, folder);
     EXPECT_FALSE(Utils::CloseOpenProjectsInList(PathsOf({"Reels"}), false, true));
     mDisk.CloseGate(Operation::ListFolder, folder);

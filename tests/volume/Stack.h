@@ -17,7 +17,6 @@
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/production/CopyQueue.h"
 #include "desk/project/production/Production.h"
-#include "desk/project/production/TrashMoves.h"
 #include "host/core/Messaging.h"
 #include "host/core/Strings.h"
 #include "host/project/OpenProjects.h"
@@ -43,7 +42,6 @@ public:
         desk::GetServices().mFolderStore = mStore.get();
         mDocuments = std::make_unique<desk::ProjectDocuments>();
         mCopies = std::make_unique<desk::CopyQueue>();
-        desk::RecordMovesToTrash();
         desk::Production::Instance().Open(host::UTF8to16(mProduction));
         host::AddListener(desk::kStation_UserNotices, this);
     }

@@ -24,9 +24,10 @@ public:
     Move(FileSystem& disk, const std::string& from, const std::string& to)
         : mDisk(disk), mFrom(from), mTo(to), mBefore(disk.Status(from, false)) {}
 
-    VolumeMove Run() {
+    VolumeMove Run(FolderFlush flush) {
         mMove.mIsFolder = mBefore.mKind == ItemKind::Folder;
         if (!RenameNoReplace()) MoveWithoutFlags();
+        if (flush == FolderFlush::ByCaller) return mMove;
         mMove.mFlushError = TryToFlushFolder(mDisk, FolderOf(mTo));
         if (FolderOf(mFrom) != FolderOf(mTo)) TryToFlushFolder(mDisk, FolderOf(mFrom));
         return mMove;
@@ -174,8 +175,9 @@ void ThrowUnlessDurable(const VolumeMove& move, const std::string& from, const s
     throw MoveInDoubt(FileException("flush folder of", host::UTF8to16(to), move.mFlushError), from, to);
 }
 
-VolumeMove MoveOnVolume(FileSystem& fileSystem, const std::string& from, const std::string& to) {
-    return Move(fileSystem, from, to).Run();
+VolumeMove MoveOnVolume(FileSystem& fileSystem, const std::string& from, const std::string& to,
+                        FolderFlush flush) {
+    return Move(fileSystem, from, to).Run(flush);
 }
 
 VolumeMove MoveOnVolume(const std::string& from, const std::string& to) {

@@ -37,6 +37,10 @@ private:
     host::UTF16String mTo;
 };
 
+/// Whether a move flushes the folders of both places, or leaves that to its caller, who moves several items
+/// from and to the same folders (`TryToFlushFolder`): before anybody is told that they have moved.
+enum class FolderFlush { AtOnce, ByCaller };
+
 /// Moves the file, link or folder `from` to `to` on its volume, and flushes both folders. Nothing is replaced:
 /// by a rename that does not (`FileSystem::RenameNoReplace`); where the volume has none, by a second name
 /// (`Link`) and the removal of the old one; where there are no links (folders never have any) by a plain
@@ -47,7 +51,8 @@ private:
 /// `host::FileException` when the item was not moved and stands as it was (EEXIST when something else stands at
 /// `to`, EXDEV when the two are on two volumes), and `MoveInDoubt` when that is not known. Paths in bytes,
 /// normalised. Waits for the volume: for a worker. The second uses `GetServices()`.
-ZUHOST_API VolumeMove MoveOnVolume(FileSystem& fileSystem, const std::string& from, const std::string& to);
+ZUHOST_API VolumeMove MoveOnVolume(FileSystem& fileSystem, const std::string& from, const std::string& to,
+                                   FolderFlush flush = FolderFlush::AtOnce);
 ZUHOST_API VolumeMove MoveOnVolume(const std::string& from, const std::string& to);
 
 /// Throws `MoveInDoubt` when the flush after `move` has failed: for whom an unflushed move is not done.

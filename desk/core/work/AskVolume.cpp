@@ -8,7 +8,7 @@ namespace desk {
 namespace {
 
 /// Most answers come before the user would see anything.
-constexpr std::chrono::milliseconds kUnnoticed(50);
+constexpr std::chrono::milliseconds kUnnoticed(20);
 
 }  // namespace
 

@@ -13,7 +13,7 @@ namespace desk {
 namespace {
 
 /// Most work is done before the user would see anything.
-constexpr std::chrono::milliseconds kUnnoticed(50);
+constexpr std::chrono::milliseconds kUnnoticed(20);
 
 int sRunning = 0;
 

@@ -6,6 +6,7 @@
 #include "desk/core/edges/FileSystem.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/log/UserNotice.h"
+#include "desk/core/work/AskVolume.h"
 #include "desk/core/work/LongWork.h"
 #include "desk/core/work/WorkProgress.h"
 #include "desk/files/copy/ItemCopier.h"
@@ -61,12 +62,16 @@ void FileUtils::CreateNewDirectory(const UTF16String& path) {
 }
 
 bool Dir::Exists() const {
-    try {
-        const auto& fileSystem = desk::GetServices().mFileSystem;
-        return fileSystem->Status(UTF16to8(mPath), true).mKind == desk::ItemKind::Folder;
-    } catch (const FileException&) {
-        return false;
-    }
+    const auto isFolder = [path = UTF16to8(mPath)] {
+        try {
+            return desk::GetServices().mFileSystem->Status(path, true).mKind == desk::ItemKind::Folder;
+        } catch (const FileException&) {
+            return false;
+        }
+    };
+    const UTF16String name = PathUtils::GetFullFilePart(mPath);
+    return desk::AskVolume(ZString("$$$/Vantor/Desk/Files/Checking=Checking “@0”", {name}), "read status of",
+                           mPath, isFolder);
 }
 
 void Dir::Create() const {

@@ -47,7 +47,9 @@ struct ItemMove {
 /// publishing on the copy stays, whatever fails then. Throws with ENOENT when nothing stands at `source`. When
 /// it throws, the source stands as it was and nothing stands at `destination` that did not before; but when it
 /// is not known whether it was moved, or its copy published: `MoveInDoubt`, with `source` and `destination`.
-ZUHOST_API ItemMove MoveItem(const std::string& source, const std::string& destination, WorkProgress& progress);
+/// With `FolderFlush::ByCaller` a move on one volume does not flush the two folders.
+ZUHOST_API ItemMove MoveItem(const std::string& source, const std::string& destination, WorkProgress& progress,
+                             FolderFlush flush = FolderFlush::AtOnce);
 
 /// Removes the folder, file or link `path` with all that is in it; follows no link. Stops at the first item
 /// that cannot be removed, and throws.

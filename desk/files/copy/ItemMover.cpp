@@ -77,9 +77,10 @@ private:
 
 }  // namespace
 
-ItemMove MoveItem(const std::string& source, const std::string& destination, WorkProgress& progress) {
+ItemMove MoveItem(const std::string& source, const std::string& destination, WorkProgress& progress,
+                  FolderFlush flush) {
     try {
-        const VolumeMove move = MoveOnVolume(source, destination);
+        const VolumeMove move = MoveOnVolume(Disk(), source, destination, flush);
         if (move.mOldPlace == Presence::Gone) return {move.mIsFolder, {}};
         return {move.mIsFolder, {source, move.mOldPlace == Presence::NotTold, move.mOldPlaceError}};
     } catch (const host::FileException& exception) {

@@ -26,15 +26,16 @@ host::UTF16String KnownPath(const host::UTF16String& path) {
     return path;
 }
 
-void Tell(const char* key, const host::UTF16String& path, const host::FileException& exception) {
-    Log(LogLevel::Info, exception.what());
-    if (exception.SystemError() == ECANCELED) return;
-    TellUser(host::ZString(key, {host::PathUtils::GetFullFilePart(path), DescribeReason(exception)}));
+host::UTF16String Describe(const char* key, const host::UTF16String& path,
+                           const host::FileException& exception) {
+    const bool isInDoubt = dynamic_cast<const MoveInDoubt*>(&exception) != nullptr;
+    Log(isInDoubt ? LogLevel::Warning : LogLevel::Info, exception.what());
+    if (exception.SystemError() == ECANCELED) return {};
+    return host::ZString(key, {host::PathUtils::GetFullFilePart(path), DescribeReason(exception)});
 }
 
-void TellInDoubt(const host::UTF16String& text, const MoveInDoubt& doubt) {
-    Log(LogLevel::Warning, doubt.what());
-    TellUser(text);
+void Tell(const host::UTF16String& text) {
+    if (!text.empty()) TellUser(text);
 }
 
 }  // namespace
@@ -64,27 +65,31 @@ host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path, const host
                          {host::PathUtils::GetFullFilePart(path), destination, DescribeReason(reason)});
 }
 
+host::UTF16String DescribeNotCopied(const host::UTF16String& path, const host::FileException& exception) {
+    host::UTF16String text =
+        Describe("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1", path, exception);
+    const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception);
+    return doubt ? DescribeDoubtfulCopy(path, doubt->To(), *doubt) : text;
+}
+
+host::UTF16String DescribeNotMoved(const host::UTF16String& path, const host::FileException& exception) {
+    host::UTF16String text = Describe("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", path, exception);
+    const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception);
+    if (!doubt) return text;
+    return host::ZString(
+        "$$$/Vantor/Desk/Files/InDoubt=“@0” may or may not have been moved: it stands at “@1”, at “@2”, or at "
+        "both. @3",
+        {host::PathUtils::GetFullFilePart(path), doubt->From(), doubt->To(), DescribeReason(*doubt)});
+}
+
 void TellNotCopied(const host::UTF16String& path, const host::FileException& exception) {
-    if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception))
-        return TellInDoubt(DescribeDoubtfulCopy(path, doubt->To(), *doubt), *doubt);
-    Tell("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1", path, exception);
+    Tell(DescribeNotCopied(path, exception));
 }
 
 void TellMayBeCopied(const host::UTF16String& path, const host::FileException& exception) {
-    Tell(
+    Tell(Describe(
         "$$$/Vantor/Desk/Copies/MayBeCopied=“@0” may have been copied, or may not: the volume does not tell. @1",
-        path, exception);
-}
-
-void TellNotMoved(const host::UTF16String& path, const host::FileException& exception) {
-    if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception))
-        return TellInDoubt(
-            host::ZString(
-                "$$$/Vantor/Desk/Files/InDoubt=“@0” may or may not have been moved: it stands at “@1”, at "
-                "“@2”, or at both. @3",
-                {host::PathUtils::GetFullFilePart(path), doubt->From(), doubt->To(), DescribeReason(*doubt)}),
-            *doubt);
-    Tell("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", path, exception);
+        path, exception));
 }
 
 void TellFolderNotMade(const host::UTF16String& path, const host::FileException& exception) {
@@ -93,7 +98,7 @@ void TellFolderNotMade(const host::UTF16String& path, const host::FileException&
             ? "$$$/Vantor/Desk/Files/FolderMayBeMade=The folder “@0” may have been made, or may not: the volume "
               "does not tell. @1"
             : "$$$/Vantor/Desk/Files/FolderNotMade=The folder “@0” could not be made. @1";
-    Tell(text, path, exception);
+    Tell(Describe(text, path, exception));
 }
 
 }  // namespace desk

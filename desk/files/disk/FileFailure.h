@@ -15,11 +15,17 @@ ZUHOST_API host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path,
                                                   const host::UTF16String& destination,
                                                   const host::FileException& reason);
 
-/// Tells the user that the item at `path` was not copied or not moved, and why, or that it may have been and
-/// where it may stand (`MoveInDoubt`); nothing when it was the user that cancelled. The log has operation, path
-/// and reason. UI thread.
+/// That the item at `path` was not copied or not moved, and why, or that it may have been and where it may
+/// stand
+/// (`MoveInDoubt`): a sentence for the user (localised), empty when it was the user that cancelled. Writes
+/// operation, path and reason to the log. UI thread.
+ZUHOST_API host::UTF16String DescribeNotCopied(const host::UTF16String& path,
+                                               const host::FileException& exception);
+ZUHOST_API host::UTF16String DescribeNotMoved(const host::UTF16String& path,
+                                              const host::FileException& exception);
+
+/// Tells the user what `DescribeNotCopied` says. UI thread.
 ZUHOST_API void TellNotCopied(const host::UTF16String& path, const host::FileException& exception);
-ZUHOST_API void TellNotMoved(const host::UTF16String& path, const host::FileException& exception);
 
 /// Tells the user that the folder `path` was not made, and why, or that it may have been (`MoveInDoubt`). UI
 /// thread.

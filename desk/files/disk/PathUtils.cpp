@@ -2,9 +2,13 @@
 
 #include <string_view>
 
+#include "desk/core/edges/FileSystem.h"
 #include "desk/core/edges/Services.h"
+#include "desk/core/work/AskVolume.h"
+#include "desk/core/work/ParallelWork.h"
 #include "desk/files/live/FolderStore.h"
 #include "desk/files/live/KnownFacts.h"
+#include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 
 namespace host::PathUtils {
@@ -107,6 +111,30 @@ char16_t GetPathSeparator() {
     return kSeparator;
 }
 
+namespace {
+
+PathKind ToPathKind(desk::ItemKind kind) {
+    return kind == desk::ItemKind::Folder ? PathKind::Folder : PathKind::File;
+}
+
+/// On a worker.
+std::vector<PathKind> FindKindsOnDisk(const std::vector<std::string>& paths) {
+    std::vector<PathKind> kinds(paths.size(), PathKind::Nothing);
+    desk::FileSystem& disk = *desk::GetServices().mFileSystem;
+    desk::RunShared(paths.size(), [&](std::size_t index) {
+        try {
+            desk::ItemKind kind = disk.Status(paths[index], false).mKind;
+            kinds[index] = ToPathKind(kind);
+            if (kind == desk::ItemKind::Link) kinds[index] = ToPathKind(disk.Status(paths[index], true).mKind);
+        } catch (const FileException&) {
+            // A link that leads nowhere is a file.
+        }
+    });
+    return kinds;
+}
+
+}  // namespace
+
 bool IsDirectory(const UTF16String& path) {
     desk::KnownItem known = desk::FindKnownItem(path);
     if (known.mFacts && known.mFacts->mKind == desk::ItemKind::Unknown)
@@ -136,6 +164,28 @@ bool ExistsOnDisk(const UTF16String& path, bool followLink) {
     } catch (const FileException&) {
         return false;
     }
+}
+
+std::vector<PathKind> GetKinds(const UTF16StringVec& paths) {
+    std::vector<PathKind> kinds(paths.size(), PathKind::Nothing);
+    std::vector<std::size_t> unknown;
+    std::vector<std::string> unknownPaths;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const desk::KnownItem known = desk::FindKnownItem(paths[i]);
+        const bool isKnown = known.mFacts && known.mFacts->mKind != desk::ItemKind::Unknown;
+        if (isKnown) kinds[i] = ToPathKind(known.mFacts->mKind);
+        if (isKnown || known.mIsAbsent) continue;
+        unknown.push_back(i);
+        unknownPaths.push_back(UTF16to8(paths[i]));
+    }
+    if (unknown.empty()) return kinds;
+    const auto title =
+        ZString("$$$/Vantor/Desk/Files/Checking=Checking “@0”", {GetFullFilePart(paths[unknown.front()])});
+    const std::vector<PathKind> found =
+        desk::AskVolume(title, "read status of", paths[unknown.front()],
+                        [unknownPaths] { return FindKindsOnDisk(unknownPaths); });
+    for (std::size_t i = 0; i < unknown.size(); ++i) kinds[unknown[i]] = found[i];
+    return kinds;
 }
 
 }  // namespace host::PathUtils

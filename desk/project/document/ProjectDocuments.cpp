@@ -11,14 +11,12 @@
 #include "desk/core/names/QtStrings.h"
 #include "desk/core/work/LongWork.h"
 #include "desk/core/work/WorkProgress.h"
-#include "desk/files/copy/FileMoves.h"
 #include "desk/files/copy/ItemCopier.h"
 #include "desk/files/disk/FileFailure.h"
 #include "desk/files/live/LookAgain.h"
 #include "desk/project/document/LockWatch.h"
 #include "desk/project/document/OutOfDateWatch.h"
 #include "desk/project/document/ProjectDocumentsImpl.h"
-#include "desk/project/lock/LockKeeper.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
@@ -34,52 +32,6 @@ constexpr int kMostNames = 100;
 
 ProjectDocuments* sInstance = nullptr;
 
-/// Where what stood at `path` in a folder that has moved stands now.
-std::string FollowPath(const std::string& path, const MovedItem& item) {
-    return item.mTo + path.substr(item.mFrom.size());
-}
-
-/// The folder in which the file really is has moved, and the link through which it was opened leads nowhere.
-void GoOnWithoutLink(const ProjectDocumentRef& document) {
-    const host::UTF16String path = document->GetProjectPath();
-    const host::UTF16String realPath = document->GetRealPath();
-    // A link's own lock has not moved.
-    if (!document->GetFile().mIsLink)
-        LockKeeper::Instance().FollowMove(GetLockPath(path), GetLockPath(realPath));
-    document->SetProjectPath(realPath);
-}
-
-/// What is open for writing in a folder that has moved goes on at its new place, whatever a look at that place
-/// says; its lock has followed already. Whoever moves a single project tells it, along with its new lock.
-void FollowFolder(const MovedItem& item, const ProjectDocumentRef& document) {
-    const std::string path = host::UTF16to8(document->GetProjectPath());
-    const std::string realPath = document->GetFile().mRealPath;
-    const bool isMoved = path.starts_with(item.mFrom + '/');
-    const bool isFileMoved = path != realPath && realPath.starts_with(item.mFrom + '/');
-    if (isFileMoved) document->SetRealPath(FollowPath(realPath, item));
-    if (isMoved)
-        document->SetProjectPath(host::UTF8to16(FollowPath(path, item)));
-    else if (isFileMoved)
-        GoOnWithoutLink(document);
-}
-
-void FollowMove(const MovedItem& item) {
-    const auto open = OpenProjectList::Instance().Get();
-    for (const OpenProjectRef& project : open) {
-        const ProjectDocumentRef document = ToDocument(project);
-        if (!document) continue;
-        if (!item.mIsFolder && document->GetFile().mRealPath == item.mFrom)
-            document->NoteFileMove(item.mTo);
-        else if (item.mIsFolder && !document->IsReadOnly())
-            FollowFolder(item, document);
-    }
-}
-
-void FollowMoves() {
-    static bool sIsFollowing = false;
-    if (!std::exchange(sIsFollowing, true)) AddMoveObserver(FollowMove);
-}
-
 }  // namespace
 
 ProjectDocuments::ProjectDocuments()
@@ -89,7 +41,6 @@ ProjectDocuments::ProjectDocuments()
               return NoteLoss(document, loss);
           })) {
     sInstance = this;
-    FollowMoves();
 }
 
 ProjectDocuments::~ProjectDocuments() {

@@ -254,6 +254,15 @@ ScGiveUpTogether::ScGiveUpTogether() {
     ++LockKeeper::Instance().mTogetherScopes;
 }
 
+void ScGiveUpTogether::Wait() {
+    const auto begun = std::exchange(LockKeeper::Instance().mFirstAttempts, {});
+    if (begun.empty()) return;
+    RunLongWork(host::ZString("$$$/Desk/Project/Locking=Locking Project"), [&begun](WorkProgress&) {
+        const auto end = std::chrono::steady_clock::now() + kStandstill;
+        for (const auto& attempt : begun) attempt.wait_until(end);
+    });
+}
+
 ScGiveUpTogether::~ScGiveUpTogether() {
     LockKeeper& keeper = LockKeeper::Instance();
     if (--keeper.mTogetherScopes == 0) keeper.AwaitFirstAttempts();
@@ -263,6 +272,12 @@ void LockKeeper::GiveUpLater(std::vector<LockRemains> remains) {
     for (LockRemains& one : remains)
         if (const auto task = AddGivingUp(std::move(one), true))
             GetServices().mMainThread->PostDelayed([this, task] { TryToGiveUp(task); }, kBetweenTries);
+}
+
+void LockKeeper::GiveUpInBackground(const std::vector<LockRemains>& locks, std::vector<LockRemains> doubtful) {
+    for (const LockRemains& lock : locks)
+        if (const auto task = AddGivingUp(lock, false)) TryLater(task);
+    GiveUpLater(std::move(doubtful));
 }
 
 std::shared_ptr<LockKeeper::GivingUp> LockKeeper::AddGivingUp(LockRemains remains, bool isDoubtful) {

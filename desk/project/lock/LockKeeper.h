@@ -50,6 +50,8 @@ class ZUHOST_API ScGiveUpTogether {
 public:
     ScGiveUpTogether();
     ~ScGiveUpTogether();
+    /// Waits for those that have been begun, with the window alive (`RunLongWork`).
+    void Wait();
     ScGiveUpTogether(const ScGiveUpTogether&) = delete;
     ScGiveUpTogether& operator=(const ScGiveUpTogether&) = delete;
 };
@@ -71,6 +73,13 @@ public:
     /// moved folder, one that is just being given up, one that seemed to be lost, and one that an earlier
     /// failure left behind. Works on workers while the window lives (`RunLongWork`).
     Taking Take(const std::string& lockPath, const host::UTF16String& user, const host::UTF16String& machine);
+
+    /// Holds the lock at `lockPath` that a worker has taken for this process by `LockProtocol::Take` with
+    /// `record`. Touches no disk.
+    HeldLockPtr Keep(const std::string& lockPath, const LockRecord& record);
+    /// Goes on in the background with what a worker has left: locks that it took and could not give up, and
+    /// `doubtful` files (`LockProtocol::TakeRemains`).
+    void GiveUpInBackground(const std::vector<LockRemains>& locks, std::vector<LockRemains> doubtful);
 
     /// The lock that this process holds at `lockPath`; empty when it holds none. Touches no disk.
     HeldLockPtr Find(const std::string& lockPath) const;
@@ -99,7 +108,6 @@ private:
 
     Taking TakeOrThrow(const std::string& lockPath, const LockRecord& mine);
     Taking TakeOnce(const std::string& lockPath, const LockRecord& mine);
-    HeldLockPtr Keep(const std::string& lockPath, const LockRecord& record);
     HeldLockPtr TakeBack(const std::string& lockPath, const LockRecord& found, const LockRecord& wanted);
     HeldLockPtr FindByNonce(const std::string& nonce) const;
     void Forget(const HeldLock& lock);

@@ -114,6 +114,26 @@ LockTaking LockProtocol::Take(const std::string& lockPath, const LockRecord& min
     return taking;
 }
 
+LockTaking LockProtocol::TakeShared(const std::string& temporary, const std::string& lockPath,
+                                    const LockRecord& mine) {
+    if (temporary.empty()) return Take(lockPath, mine);
+    const int error = ErrorOf([&] { mFileSystem.Link(temporary, lockPath); });
+    const LockTaking taking = Judge(lockPath, mine, error);
+    if (taking.mOutcome == LockTaking::Outcome::Ours) return taking;
+    // It may come to light yet.
+    if (error != EEXIST && !HasNoLinks(error)) mRemains.push_back({lockPath, mine.mNonce, {}});
+    return Take(lockPath, mine);
+}
+
+std::string LockProtocol::WriteShared(const std::string& folder, const LockRecord& mine) {
+    std::string path = folder + '/' + MakeTemporaryName(mine);
+    return WriteTemporary(path, WriteLockRecord(mine)) == 0 ? path : std::string();
+}
+
+void LockProtocol::RemoveShared(const std::string& temporary) {
+    if (!temporary.empty()) RemoveOwnOrKeep(temporary, {});
+}
+
 /// The holder is gone, or has given the lock up between our attempt and our look.
 bool LockProtocol::IsWorthAnother(const LockTaking& taking) const {
     if (taking.mOutcome == LockTaking::Outcome::Failed) return taking.mSystemError == EEXIST;

@@ -131,6 +131,14 @@ public:
     /// takers one wins.
     LockTaking Take(const std::string& lockPath, const LockRecord& mine);
 
+    /// The same for many locks of one folder that are given up together, before any of them counts as stray:
+    /// each is a second name of `temporary`, which holds `mine` (`WriteShared`). Where that does not work, as
+    /// `Take`.
+    LockTaking TakeShared(const std::string& temporary, const std::string& lockPath, const LockRecord& mine);
+    /// Writes `mine` to a hidden file of `folder` and returns its path; empty when that cannot be done.
+    std::string WriteShared(const std::string& folder, const LockRecord& mine);
+    void RemoveShared(const std::string& temporary);
+
     /// Removes the lock at `lockPath` if it still bears `nonce` and nobody guards it. One that is not there any
     /// more, and one that is another's now, counts as stray (`NoteStrayLock`).
     LockRelease Release(const std::string& lockPath, const std::string& nonce);

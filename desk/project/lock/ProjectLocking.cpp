@@ -64,7 +64,7 @@ ProjectLocking TakeProjectLock(const host::UTF16String& path, const host::UTF16S
     const LockKeeper::Taking taking = LockKeeper::Instance().Take(GetLockPath(path), user, machine);
     ProjectLocking locking;
     if (taking.mLock) {
-        locking.mLock = new CreatedLockFile(taking.mLock);
+        locking.mLock = MakeLockReference(taking.mLock);
         return locking;
     }
     locking.mObstacle =
@@ -85,6 +85,10 @@ ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFile
     locking = TakeOne(path);
     if (locking.mObstacle == Obstacle::None) locking.mTargetLock = targetLocking.mLock;
     return locking;
+}
+
+host::ProjectLockFileRef MakeLockReference(const HeldLockPtr& lock) {
+    return new CreatedLockFile(lock);
 }
 
 LockReport CheckProjectLock(const host::ProjectLockFileRef& lock) {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "desk/project/document/ProjectFile.h"
+#include "desk/project/lock/LockKeeper.h"
 #include "desk/project/lock/LockProtocol.h"
 #include "host/core/Export.h"
 #include "host/project/ProjectLockFile.h"
@@ -41,6 +42,9 @@ ZUHOST_API ProjectLocking TakeProjectLock(const host::UTF16String& path, const h
 /// Takes the lock of the project at `path` (normalised), and of the file that it leads to if it is a link, for
 /// the current user; all of them or none. Waits like `TakeProjectLock`. UI thread.
 ZUHOST_API ProjectLocking TakeProjectLocks(const host::UTF16String& path, const ProjectFilePlace& file);
+
+/// A share in a lock that this process holds. UI thread.
+ZUHOST_API host::ProjectLockFileRef MakeLockReference(const HeldLockPtr& lock);
 
 /// What has become of a lock that `TakeProjectLock` has given, as `HeldLock::Check` says; any other reference,
 /// and an empty one, is never lost. UI thread.

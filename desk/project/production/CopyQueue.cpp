@@ -155,7 +155,7 @@ void CopyQueue::Finish(const JobPtr& job) {
     } else if (job->mProgress.IsCancelled()) {
         facts.mState = CopyJob::State::Cancelled;
     } else {
-        facts.mState = CopyJob::State::Failed;
+        facts.mState = copy.mIsInDoubt ? CopyJob::State::InDoubt : CopyJob::State::Failed;
         copy.TellFailure();
     }
     if (mUnderWay == job) mUnderWay.reset();

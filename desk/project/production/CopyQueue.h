@@ -15,7 +15,15 @@ namespace desk {
 
 /// One copy of the queue, as it stands.
 struct CopyJob {
-    enum class State : std::uint8_t { Waiting, UnderWay, Done, Failed, Cancelled };
+    enum class State : std::uint8_t {
+        Waiting,
+        UnderWay,
+        Done,
+        Failed,
+        /// The volume does not tell whether the copy has got its name.
+        InDoubt,
+        Cancelled
+    };
 
     /// Never given to another job.
     std::uint64_t mID = 0;
@@ -30,9 +38,10 @@ struct CopyJob {
     std::uint64_t mBytesTotal = 0;
     /// Absent until the pace is steady.
     std::optional<std::chrono::seconds> mTimeLeft;
-    /// Why it failed, localised.
+    /// Why it failed, or where the copy may stand, localised.
     host::UTF16String mReason;
 
+    bool HasFailed() const { return mState == State::Failed || mState == State::InDoubt; }
     bool IsFinished() const { return mState != State::Waiting && mState != State::UnderWay; }
 };
 

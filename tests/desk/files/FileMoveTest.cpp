@@ -1,7 +1,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "desk/files/copy/FileMoves.h"
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/LockKeeper.h"
 #include "host/files/File.h"
@@ -17,27 +16,9 @@ namespace {
 
 constexpr long kClusterVolume = 0x65735546;
 
-/// Observers stay for good: one that fails when a test wants it to, and one that keeps what it hears.
-struct Observers {
-    static Observers& Instance() {
-        static Observers sObservers;
-        return sObservers;
-    }
-    Observers() {
-        desk::AddMoveObserver([this](const desk::MovedItem&) {
-            if (mFails) throw std::runtime_error("observer");
-        });
-        desk::AddMoveObserver([this](const desk::MovedItem& item) { mMoves.push_back(item); });
-    }
-
-    bool mFails = false;
-    std::vector<desk::MovedItem> mMoves;
-};
-
 class FileMoveTest : public HostFixture {
 protected:
     FileMoveTest() {
-        mMoves.clear();
         mFolder.Write("Reel 1.zuproj", "project");
         mFolder.Write("Day 1/a.zuproj", "a");
         mFolder.MakeFolder("Day 2");
@@ -54,32 +35,15 @@ protected:
         return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName,
                                            mDesktop.mMachineName);
     }
-
-    std::vector<desk::MovedItem>& mMoves = Observers::Instance().mMoves;
 };
 
 }  // namespace
-
-TEST_F(FileMoveTest, MovesAndTellsTheObservers) {
-    EXPECT_EQ(Move("Reel 1.zuproj", "Day 2//Reel 2.zuproj"), 0);
-    EXPECT_EQ(mFolder.Read("Day 2/Reel 2.zuproj"), "project");
-    ExpectLogged log("observer");
-    Observers::Instance().mFails = true;
-    EXPECT_EQ(Move("Day 1", "Day 2/Day 1"), 0);
-    Observers::Instance().mFails = false;
-    ASSERT_EQ(mMoves.size(), 2u);
-    EXPECT_EQ(mMoves[0].mFrom, mFolder.Path("Reel 1.zuproj"));
-    EXPECT_EQ(mMoves[0].mTo, mFolder.Path("Day 2/Reel 2.zuproj"));
-    EXPECT_FALSE(mMoves[0].mIsFolder);
-    EXPECT_TRUE(mMoves[1].mIsFolder);
-}
 
 TEST_F(FileMoveTest, AProjectThatSomebodyElseHasOpenStays) {
     const TreeSnapshot before = TakeSnapshot(mFolder.Path("Reel 1.zuproj"));
     const host::ProjectLockFileRef lost = TakeLock("Reel 1.zuproj");
     EXPECT_EQ(Move("Reel 1.zuproj", "Reel 2.zuproj"), 0) << "it is our own";
     EXPECT_EQ(Move("Reel 2.zuproj", "Reel 1.zuproj"), 0);
-    mMoves.clear();
     WriteLock(MakeForeignRecord(mDesktop));
     {
         ExpectLogged told("“Reel 1.zuproj” was not moved. tomas has it open on edit-bay-2.");
@@ -91,7 +55,6 @@ TEST_F(FileMoveTest, AProjectThatSomebodyElseHasOpenStays) {
         EXPECT_LT(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0);
     }
     EXPECT_EQ(TakeSnapshot(mFolder.Path("Reel 1.zuproj")), before);
-    EXPECT_TRUE(mMoves.empty());
     WriteLock(MakeDeadRecord(mDesktop));
     EXPECT_EQ(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0) << "its holder is gone";
 }
@@ -131,7 +94,6 @@ TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     mDisk.Fail(Operation::CreateFolder, 2, EACCES);
     expectTold("Day 1", "Permission denied (" + mFolder.Path("Day 2") + ")", "Day 2/Day 1", EACCES);
     EXPECT_EQ(NamesIn("Day 2"), Names{"taken"});
-    EXPECT_TRUE(mMoves.empty());
 }
 
 TEST_F(FileMoveTest, WhatIsLeftBehindOrMayBeIsToldWithBothPlaces) {
@@ -162,7 +124,6 @@ TEST_F(FileMoveTest, WhatIsLeftBehindOrMayBeIsToldWithBothPlaces) {
     expectTold("“Day 1” may or may not have been moved: it stands at " + place("Day 1") + ", at " +
                    place("Day 2/Day 1") + ", or at both. Input/output error",
                "Day 1", "Day 2/Day 1", EIO);
-    ASSERT_EQ(mMoves.size(), 2u) << "what has moved for certain";
     mDisk.SetVolumes(true);
     mFolder.Write("Day 3/held.zuproj");
     const auto lock = host::CreateProjectLockFile(mFolder.PathUTF16("Day 3/held.zuproj"), u"anna", u"machine");

@@ -4,7 +4,6 @@
 #include "desk/core/settings/JsonFile.h"
 #include "desk/project/lock/BrokenLocksLog.h"
 #include "desk/project/production/Production.h"
-#include "desk/project/production/TrashMoves.h"
 #include "desk/project/production/TrashRecords.h"
 #include "host/files/File.h"
 #include "host/project/ProductionTrash.h"
@@ -26,7 +25,6 @@ std::string Texts(const std::string& record, const std::vector<const char*>& mem
 class TrashRecordsTest : public HostFixture {
 protected:
     TrashRecordsTest() {
-        desk::RecordMovesToTrash();
         desk::Production::Instance().Open(mFolder.PathUTF16("Production"));
         mTrash = "Production/" + host::UTF16to8(host::GetZuProductionTrashDirectoryDisplayName());
         mRecords = mTrash + "/.zurecords";

@@ -6,11 +6,10 @@
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/LockKeeper.h"
 #include "desk/project/production/Production.h"
-#include "desk/project/production/TrashMoves.h"
 #include "host/core/Strings.h"
 #include "host/project/ProductionTrash.h"
 
-HostProcess::HostProcess(const std::string& production) {
+HostProcess::HostProcess(const std::string& production, unsigned workers) : mWorkers(workers) {
     desk::Services& services = desk::GetServices();
     services.mFileSystem = &mDisk;
     services.mMainThread = &mMainThread;
@@ -20,7 +19,6 @@ HostProcess::HostProcess(const std::string& production) {
     services.mFolderStore = mStore.get();
     mDocuments = std::make_unique<desk::ProjectDocuments>();
     mCopies = std::make_unique<desk::CopyQueue>();
-    desk::RecordMovesToTrash();
     desk::Production::Instance().Open(host::UTF8to16(production));
 }
 

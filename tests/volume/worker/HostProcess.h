@@ -17,7 +17,7 @@
 /// A process of the host, real but for its window, with a production open. One in a process.
 class HostProcess {
 public:
-    explicit HostProcess(const std::string& production);
+    explicit HostProcess(const std::string& production, unsigned workers = 4);
     /// Ends as the program does: what is open is closed, and locks that could not be given up are tried again.
     ~HostProcess();
 
@@ -36,7 +36,7 @@ private:
     desk::PosixFileSystem mDisk;
     desk::SystemDesktop mDesktop;
     desk::QtMainThread mMainThread;
-    desk::WorkerPool mWorkers{4};
+    desk::WorkerPool mWorkers;
     std::unique_ptr<desk::FolderStore> mStore;
     std::unique_ptr<desk::ProjectDocuments> mDocuments;
     std::unique_ptr<desk::CopyQueue> mCopies;

@@ -1,0 +1,317 @@
+#include "desk/project/production/ItemOperation.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <iterator>
+#include <mutex>
+#include <ranges>
+#include <set>
+
+#include "desk/core/durable/VolumeMove.h"
+#include "desk/core/edges/Desktop.h"
+#include "desk/core/edges/FileSystem.h"
+#include "desk/core/edges/MainThread.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/names/FolderPath.h"
+#include "desk/core/names/RecordTexts.h"
+#include "desk/core/work/LongWork.h"
+#include "desk/core/work/ParallelWork.h"
+#include "desk/core/work/WorkProgress.h"
+#include "desk/project/production/Production.h"
+#include "desk/project/production/TrashRecords.h"
+#include "host/core/Localizer.h"
+#include "host/files/File.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ProductionTrash.h"
+#include "host/project/ProjectFiles.h"
+
+namespace desk {
+
+namespace {
+
+using host::FileException;
+using Result = host::ItemOutcome::Result;
+using Taking = MoveLocks::Taking;
+
+/// Items whose locks are held at the same time, and whose folders are flushed together.
+constexpr std::size_t kBatch = 256;
+/// What an item counts in the progress, beside the bytes that are copied.
+constexpr std::uint64_t kItemWeight = 64 * 1024;
+
+FileSystem& Disk() {
+    return *GetServices().mFileSystem;
+}
+
+void LogOnce(const std::string& trashFolder, const std::string& reason) {
+    static std::mutex sMutex;
+    static std::set<std::string> sLogged;
+    const std::lock_guard lock(sMutex);
+    if (sLogged.insert(trashFolder).second)
+        Log(LogLevel::Warning, "Where what is in " + trashFolder + " came from is not recorded: " + reason);
+}
+
+}  // namespace
+
+ItemOperation::Item::Item(const host::PlannedItem& plan, Verb verb)
+    : mSource(host::PathUtils::ToNormalizedPath(plan.mSource)),
+      mDestination(host::PathUtils::ToNormalizedPath(plan.mDestination)),
+      mFrom(host::UTF16to8(mSource)),
+      mTo(host::UTF16to8(mDestination)) {
+    if (verb != Verb::Copy && host::IsVantorProjectFile(mSource))
+        mLocks = std::make_unique<MoveLocks>(mSource, mDestination);
+}
+
+void ItemOperation::Item::Fail(const FileException& exception) {
+    const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception);
+    mOutcome.mResult = doubt ? Result::InDoubt : Result::Failed;
+    if (doubt)
+        mOutcome.mFailure = std::make_shared<MoveInDoubt>(*doubt);
+    else
+        mOutcome.mFailure = std::make_shared<FileException>(exception);
+}
+
+ItemOperation::ItemOperation(Verb verb, Telling telling, const std::vector<host::PlannedItem>& plan)
+    : mVerb(verb), mTelling(telling) {
+    mItems.reserve(plan.size());
+    for (const host::PlannedItem& item : plan) mItems.emplace_back(item, verb);
+    const auto isToTrash = [](const Item& item) {
+        return host::IsInZuProductionTrash(item.mDestination, false);
+    };
+    if (verb == Verb::Copy || std::ranges::none_of(mItems, isToTrash)) return;
+    mTrashFolder = host::UTF16to8(host::GetZuProductionTrashDirectoryPath());
+    mProductionFolder = host::UTF16to8(Production::Instance().GetFolder());
+}
+
+std::vector<host::ItemOutcome> ItemOperation::Run() {
+    if (mItems.empty()) return {};
+    const ScGiveUpTogether together;
+    RunLongWork(MakeTitle(), [this](WorkProgress& progress) { Work(progress); });
+    Follow();
+    TryOwnLocksAgain();
+    GiveUpLeftLocks();
+    LookAgain();
+    Announce();
+    std::vector<host::ItemOutcome> outcomes;
+    for (const Item& item : mItems) outcomes.push_back(item.mOutcome);
+    return outcomes;
+}
+
+host::UTF16String ItemOperation::MakeTitle() const {
+    const bool isCopy = mVerb == Verb::Copy;
+    const host::UTF16String name = host::PathUtils::GetFullFilePart(mItems.front().mSource);
+    if (mItems.size() == 1)
+        return host::ZString(isCopy ? "$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”"
+                                    : "$$$/Vantor/Desk/Files/Moving=Moving “@0”",
+                             {name});
+    return host::ZString(isCopy ? "$$$/Vantor/Desk/Files/CopyingItems=Copying @0 Items"
+                                : "$$$/Vantor/Desk/Files/MovingItems=Moving @0 Items",
+                         {host::NumberToString(static_cast<long long>(mItems.size()))});
+}
+
+void ItemOperation::Work(WorkProgress& progress) {
+    progress.AddToTotal(mItems.size() * kItemWeight);
+    if (!CheckTrash()) return;
+    for (std::size_t begin = 0, end = 0; begin < mItems.size(); begin = end) {
+        end = FindBatchEnd(begin);
+        if (!DoBatch(std::span(mItems).subspan(begin, end - begin), progress)) return;
+    }
+}
+
+/// What comes to the place of another item, or lies in one, is looked at when that has been moved.
+std::size_t ItemOperation::FindBatchEnd(std::size_t begin) const {
+    std::set<std::string> sources, destinations;
+    for (std::size_t end = begin; end < std::min(begin + kBatch, mItems.size()); ++end) {
+        const Item& item = mItems[end];
+        for (std::string folder = FolderOf(item.mFrom); folder.size() > 1; folder = FolderOf(folder))
+            if (sources.contains(folder)) return end;
+        if (!destinations.insert(item.mTo).second) return end;
+        sources.insert(item.mFrom);
+    }
+    return std::min(begin + kBatch, mItems.size());
+}
+
+/// Nothing may leave the production through a trash folder that is a link.
+bool ItemOperation::CheckTrash() {
+    if (mTrashFolder.empty()) return true;
+    try {
+        IsTrashFolderThere(Disk(), mTrashFolder);
+        return true;
+    } catch (const FileException& exception) {
+        mItems.front().Fail(exception);
+        return false;
+    }
+}
+
+bool ItemOperation::DoBatch(std::span<Item> items, WorkProgress& progress) {
+    CheckAll(items, progress);
+    bool goesOn = true;
+    for (Item& item : items)
+        if (goesOn) goesOn = Do(item, progress);
+    FlushFolders(items);
+    mFlushed += items.size();
+    AskToFollow();
+    RunShared(items.size(), [&](std::size_t index) { Finish(items[index]); });
+    return goesOn;
+}
+
+void ItemOperation::CheckAll(std::span<Item> items, const WorkProgress& progress) {
+    SharedLocks locks;
+    const LockRecord* owner = nullptr;
+    for (const Item& item : items) {
+        if (mVerb != Verb::Move || !item.mLocks) continue;
+        owner = &item.mLocks->GetOwner();
+        locks.Add(FolderOf(item.mFrom));
+        locks.Add(FolderOf(item.mTo));
+    }
+    if (owner) locks.Write(*owner);
+    RunShared(items.size(), [&](std::size_t index) {
+        if (!progress.IsCancelled()) Check(items[index], locks);
+    });
+    std::ranges::move(locks.Remove(), std::back_inserter(mRemains));
+}
+
+/// Looks at the source, and takes the locks of a project. What it finds is judged when the item's turn comes.
+void ItemOperation::Check(Item& item, const SharedLocks& locks) const {
+    if (mVerb == Verb::Copy) return;
+    try {
+        const ItemKind kind = Disk().Status(item.mFrom, false).mKind;
+        item.mOutcome.mIsFolder = kind == ItemKind::Folder;
+    } catch (const FileException& exception) {
+        item.mIsThere = exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR;
+        if (item.mIsThere) item.Fail(exception);
+    }
+    if (!item.IsProject() || !item.mIsThere || item.mOutcome.mFailure) return;
+    item.mLocking = mVerb == Verb::Move
+                        ? item.mLocks->Take(locks.In(FolderOf(item.mFrom)), locks.In(FolderOf(item.mTo)))
+                        : item.mLocks->CheckSource();
+    item.mOutcome.mWasHeld = item.mLocks->WasHeld();
+}
+
+bool ItemOperation::Do(Item& item, WorkProgress& progress) {
+    try {
+        progress.ThrowIfCancelled(mVerb == Verb::Copy ? "copy" : "move", item.mFrom);
+        if (item.mOutcome.mFailure) return false;
+        progress.SetItem(host::PathUtils::GetFullFilePart(item.mSource));
+        progress.AddDone(kItemWeight);
+        if (!item.mIsThere || item.mLocking != Taking::Taken) {
+            Refuse(item);
+            return true;
+        }
+        if (mVerb == Verb::Copy)
+            CopyItem(item.mFrom, item.mTo, progress);
+        else
+            item.mLeftBehind = MoveItem(item.mFrom, item.mTo, progress, FolderFlush::ByCaller).mLeftBehind;
+        item.mOutcome.mResult = Result::Done;
+        return true;
+    } catch (const FileException& exception) {
+        item.Fail(exception);
+        return false;
+    }
+}
+
+void ItemOperation::Refuse(Item& item) const {
+    item.mOutcome.mResult = Result::Refused;
+    if (!item.mIsThere) return;
+    if (item.mLocking == Taking::NoSourceLock) item.mOutcome.mResult = Result::NoSourceLock;
+    if (item.mLocking == Taking::NoDestinationLock) item.mOutcome.mResult = Result::NoDestinationLock;
+}
+
+/// What cannot be flushed has moved nevertheless; the log says so.
+void ItemOperation::FlushFolders(std::span<Item> items) const {
+    if (mVerb == Verb::Copy) return;
+    std::vector<std::string> folders;
+    const auto add = [&folders](const std::string& path) {
+        std::string folder = FolderOf(path);
+        if (std::ranges::find(folders, folder) == folders.end()) folders.push_back(std::move(folder));
+    };
+    for (const Item& item : items | std::views::filter(&Item::IsDone)) {
+        add(item.mTo);
+        add(item.mFrom);
+    }
+    RunShared(folders.size(), [&](std::size_t index) { TryToFlushFolder(Disk(), folders[index]); });
+}
+
+void ItemOperation::Record(const Item& item) const {
+    const bool isNew = IsSameOrBelow(item.mTo, mTrashFolder) && !IsSameOrBelow(item.mFrom, mTrashFolder);
+    if (mTrashFolder.empty() || !isNew) return;
+    const Desktop& desktop = *GetServices().mDesktop;
+    TrashRecord record;
+    record.mName = MakeRelative(item.mTo, mTrashFolder);
+    record.mFrom = MakeRelative(item.mFrom, mProductionFolder);
+    record.mUser = desktop.UserName();
+    record.mMachine = desktop.MachineName();
+    record.mMovedAt = std::chrono::system_clock::to_time_t(desktop.Now());
+    try {
+        WriteTrashRecord(Disk(), mTrashFolder, record);
+    } catch (const FileException& exception) {
+        LogOnce(mTrashFolder, exception.what());
+    }
+}
+
+void ItemOperation::Finish(Item& item) const {
+    if (item.IsDone() && mVerb != Verb::Copy) Record(item);
+    if (item.mLocks) item.mLocks->GiveUp(item.IsDone());
+}
+
+/// As soon as the window handles events: a project that is open is not to be looked for where it was.
+void ItemOperation::AskToFollow() {
+    GetServices().mMainThread->Post([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->Follow();
+    });
+}
+
+/// Locks of this process stood in the way: the keeper knows what has become of them.
+void ItemOperation::TryOwnLocksAgain() {
+    for (Item& item : mItems) {
+        if (item.mOutcome.mResult != Result::Refused || item.mLocking != Taking::Own) continue;
+        item.mLocking = item.mLocks->TakeByKeeper();
+        item.mOutcome.mWasHeld = item.mLocks->WasHeld();
+        RunLongWork(MakeTitle(), [&](WorkProgress& progress) {
+            Do(item, progress);
+            FlushFolders({&item, 1});
+            Finish(item);
+        });
+        FollowItem(item);
+    }
+}
+
+namespace {
+
+std::vector<host::ItemOutcome> RunItemOperation(ItemOperation::Verb verb, ItemOperation::Telling telling,
+                                                const std::vector<host::PlannedItem>& plan) {
+    return std::make_shared<ItemOperation>(verb, telling, plan)->Run();
+}
+
+[[noreturn]] void Throw(const FileException& failure) {
+    if (const auto* doubt = dynamic_cast<const MoveInDoubt*>(&failure)) throw *doubt;
+    throw failure;
+}
+
+}  // namespace
+
+}  // namespace desk
+
+namespace host {
+
+using desk::ItemOperation;
+
+std::vector<ItemOutcome> MoveItems(const std::vector<PlannedItem>& plan) {
+    return desk::RunItemOperation(ItemOperation::Verb::Move, ItemOperation::Telling::Message, plan);
+}
+
+std::vector<ItemOutcome> CopyItems(const std::vector<PlannedItem>& plan) {
+    return desk::RunItemOperation(ItemOperation::Verb::Copy, ItemOperation::Telling::Message, plan);
+}
+
+int File::Move(const UTF16String& source, const UTF16String& destination) {
+    constexpr int kNotMoved = -1;
+    const ItemOutcome outcome = desk::RunItemOperation(ItemOperation::Verb::MoveLocked,
+                                                       ItemOperation::Telling::Notices, {{source, destination}})
+                                    .front();
+    if (outcome.mFailure) desk::Throw(*outcome.mFailure);
+    return outcome.mResult == ItemOutcome::Result::Done ? 0 : kNotMoved;
+}
+
+}  // namespace host

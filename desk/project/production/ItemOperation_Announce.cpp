@@ -1,0 +1,106 @@
+// What the user is told of the items that were not moved or copied, and of those of which that is not known.
+#include <algorithm>
+#include <ranges>
+
+#include "desk/core/edges/Dialogs.h"
+#include "desk/core/edges/Services.h"
+#include "desk/core/log/Log.h"
+#include "desk/core/log/UserNotice.h"
+#include "desk/files/disk/FileFailure.h"
+#include "desk/project/document/ProjectQuestions.h"
+#include "desk/project/production/ItemOperation.h"
+#include "host/core/Localizer.h"
+#include "host/files/PathUtils.h"
+
+namespace desk {
+
+namespace {
+
+using host::UTF16String;
+using host::ZString;
+using Result = host::ItemOutcome::Result;
+
+constexpr std::size_t kMostLines = 10;
+
+UTF16String DescribeHolder(const UTF16String& name, const LockRecord& holder) {
+    if (!holder.mIsReadable)
+        return ZString("$$$/Vantor/Desk/Files/LockedUnknown=“@0” was not moved. Somebody has it open.", {name});
+    return ZString("$$$/Vantor/Desk/Files/Locked=“@0” was not moved. @1 has it open on @2.",
+                   {name, holder.mUser, holder.mMachine});
+}
+
+/// A volume that cannot be written to is to blame for that, not the lock.
+UTF16String DescribeObstacle(const UTF16String& name, const UTF16String& place,
+                             const ProjectLocking& obstacle) {
+    const UTF16String reason =
+        obstacle.mObstacle == ProjectLocking::Obstacle::Held
+            ? ProjectQuestions::DescribeObstacle(place, obstacle)
+            : DescribeReason(
+                  {"take lock of", host::PathUtils::GetFullDirectoryPart(place), obstacle.mSystemError});
+    return ZString("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", {name, reason});
+}
+
+UTF16String DescribeLeftBehind(const UTF16String& name, const UTF16String& destination,
+                               const LeftBehind& left) {
+    const UTF16String path = host::UTF8to16(left.mPath);
+    const char* const text =
+        left.mIsInDoubt
+            ? "$$$/Vantor/Desk/Files/LeftBehindPerhaps=“@0” was moved to “@1”, but “@2” may also still be there. @3"
+            : "$$$/Vantor/Desk/Files/LeftBehind=“@0” was moved to “@1”, but “@2” is also still there. @3";
+    return ZString(text, {name, destination, path, DescribeReason({"remove", path, left.mSystemError})});
+}
+
+UTF16String ToLines(const host::UTF16StringVec& texts) {
+    UTF16String lines;
+    for (const UTF16String& text : texts | std::views::take(kMostLines))
+        lines += (lines.empty() ? u"" : u"\n") + text;
+    if (texts.size() > kMostLines)
+        lines += u"\n" + ZString("$$$/Vantor/Desk/Files/AndMore=… and @0 more",
+                                 {host::NumberToString(static_cast<long long>(texts.size() - kMostLines))});
+    return lines;
+}
+
+}  // namespace
+
+/// Empty for what there is nothing to say of.
+UTF16String ItemOperation::DescribeOutcome(const Item& item) const {
+    const UTF16String name = host::PathUtils::GetFullFilePart(item.mSource);
+    switch (item.mOutcome.mResult) {
+        case Result::Done:
+            if (item.mLeftBehind.mPath.empty()) return {};
+            return DescribeLeftBehind(name, item.mDestination, item.mLeftBehind);
+        case Result::NoSourceLock:
+            return DescribeObstacle(name, item.mSource, item.mLocks->GetObstacle());
+        case Result::NoDestinationLock:
+            return DescribeObstacle(name, item.mDestination, item.mLocks->GetObstacle());
+        case Result::Refused:
+            if (item.mIsThere) return DescribeHolder(name, item.mLocks->GetObstacle().mHolder);
+            return ZString("$$$/Vantor/Desk/Files/Gone=“@0” was not moved. It is not there any more.", {name});
+        case Result::Failed:
+        case Result::InDoubt:
+            return mVerb == Verb::Copy ? DescribeNotCopied(item.mSource, *item.mOutcome.mFailure)
+                                       : DescribeNotMoved(item.mSource, *item.mOutcome.mFailure);
+        case Result::NotReached:
+            break;
+    }
+    return {};
+}
+
+void ItemOperation::Announce() const {
+    host::UTF16StringVec texts;
+    for (const Item& item : mItems)
+        if (UTF16String text = DescribeOutcome(item); !text.empty()) texts.push_back(std::move(text));
+    if (mTelling == Telling::Message) return TellWhatWasNotDone(mVerb, texts);
+    std::ranges::for_each(texts, TellUser);
+}
+
+void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts) {
+    if (texts.empty()) return;
+    for (const UTF16String& text : texts) Log(LogLevel::Info, host::UTF16to8(text));
+    const UTF16String title = ZString(verb == ItemOperation::Verb::Copy
+                                          ? "$$$/Vantor/Desk/Files/NotAllCopied=Not Everything Was Copied"
+                                          : "$$$/Vantor/Desk/Files/NotAllMoved=Not Everything Was Moved");
+    GetServices().mDialogs->ShowMessage(title, ToLines(texts), MessageKind::Failure);
+}
+
+}  // namespace desk

@@ -1,0 +1,138 @@
+#include "desk/project/production/MoveLocks.h"
+
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+#include "desk/core/edges/Services.h"
+#include "desk/core/names/FolderPath.h"
+#include "desk/core/names/LockRecord.h"
+#include "desk/project/lock/Leftovers.h"
+#include "host/project/OpenProjects.h"
+#include "host/project/ProjectLockFile.h"
+
+namespace desk {
+
+namespace {
+
+/// A project that was opened through a link is held under that name.
+HeldLockPtr FindHeld(const host::UTF16String& path) {
+    const LockKeeper& keeper = LockKeeper::Instance();
+    if (!keeper.HoldsAny()) return {};
+    HeldLockPtr held = keeper.Find(GetLockPath(path));
+    host::ProjectRef project;
+    if (!held && host::IsProjectOpen(path, project)) held = keeper.Find(GetLockPath(project->GetProjectPath()));
+    return held && !held->IsLost() ? held : nullptr;
+}
+
+}  // namespace
+
+void SharedLocks::Write(const LockRecord& owner) {
+    for (auto& [path, folder] : mFolders) {
+        if (folder.mCount < 2) continue;
+        folder.mLock.mRecord = MakeLockRecord(*GetServices().mDesktop, owner.mUser, owner.mMachine);
+        folder.mLock.mTemporary = mProtocol.WriteShared(path, folder.mLock.mRecord);
+    }
+}
+
+std::vector<LockRemains> SharedLocks::Remove() {
+    for (const auto& [path, folder] : mFolders) mProtocol.RemoveShared(folder.mLock.mTemporary);
+    return mProtocol.TakeRemains();
+}
+
+MoveLocks::MoveLocks(const host::UTF16String& source, const host::UTF16String& destination)
+    : mProtocol(*GetServices().mFileSystem, *GetServices().mDesktop) {
+    host::UTF16String user, machine;
+    host::GetProjectLockingPrefs(user, machine);
+    mSource.mPath = GetLockPath(source);
+    mDestination.mPath = GetLockPath(destination);
+    mSource.mRecord = MakeLockRecord(*GetServices().mDesktop, user, machine);
+    mDestination.mRecord = MakeLockRecord(*GetServices().mDesktop, user, machine);
+    mSource.mHeld = FindHeld(source);
+    mWasHeld = mSource.mHeld != nullptr;
+    mIsOwnAtDestination = LockKeeper::Instance().Find(mDestination.mPath) != nullptr;
+}
+
+MoveLocks::Taking MoveLocks::Take(const SharedLock& source, const SharedLock& destination) {
+    const Taking taking = mWasHeld ? CheckSource() : TakeAt(mSource, source, Taking::NoSourceLock);
+    if (taking != Taking::Taken) return taking;
+    if (mIsOwnAtDestination) return Taking::Own;
+    return TakeAt(mDestination, mWasHeld ? SharedLock() : destination, Taking::NoDestinationLock);
+}
+
+MoveLocks::Taking MoveLocks::CheckSource() {
+    const std::optional<LockRecord> found = ReadLockRecord(*GetServices().mFileSystem, mSource.mPath);
+    // A lock that was lost is not held any more, whatever its nonce.
+    const bool isOurs = found && ((mSource.mHeld && found->mNonce == mSource.mHeld->GetRecord().mNonce) ||
+                                  AreOfOneProcess(*found, mSource.mRecord));
+    if (!found || isOurs || IsLockStale(*found, *GetServices().mDesktop)) return Taking::Taken;
+    mObstacle.mObstacle = ProjectLocking::Obstacle::Held;
+    mObstacle.mHolder = *found;
+    return Taking::Held;
+}
+
+MoveLocks::Taking MoveLocks::TakeAt(Place& place, const SharedLock& shared, Taking failure) {
+    if (!shared.mTemporary.empty()) place.mRecord = shared.mRecord;
+    const LockTaking taking = mProtocol.TakeShared(shared.mTemporary, place.mPath, place.mRecord);
+    place.mIsTaken = taking.mOutcome == LockTaking::Outcome::Ours;
+    if (place.mIsTaken) return Taking::Taken;
+    if (AreOfOneProcess(taking.mRecord, place.mRecord)) return Taking::Own;
+    return Fail(taking, failure);
+}
+
+MoveLocks::Taking MoveLocks::Fail(const LockTaking& taking, Taking failure) {
+    const bool isHeld = taking.mOutcome == LockTaking::Outcome::Held;
+    mObstacle.mObstacle = isHeld ? ProjectLocking::Obstacle::Held : ProjectLocking::Obstacle::Refused;
+    mObstacle.mHolder = taking.mRecord;
+    mObstacle.mSystemError = taking.mSystemError != 0 ? taking.mSystemError : EAGAIN;
+    if (!isHeld || failure != Taking::NoSourceLock) return failure;
+    mWasHeld = true;
+    return Taking::Held;
+}
+
+MoveLocks::Taking MoveLocks::TakeByKeeper() {
+    if (!mWasHeld) {
+        const Taking source = TakeByKeeperAt(mSource, Taking::NoSourceLock);
+        if (source != Taking::Taken) return source;
+    }
+    return TakeByKeeperAt(mDestination, Taking::NoDestinationLock);
+}
+
+MoveLocks::Taking MoveLocks::TakeByKeeperAt(Place& place, Taking failure) {
+    LockKeeper::Taking taking =
+        LockKeeper::Instance().Take(place.mPath, place.mRecord.mUser, place.mRecord.mMachine);
+    place.mHeld = taking.mLock;
+    return place.mHeld ? Taking::Taken : Fail(taking.mResult, failure);
+}
+
+void MoveLocks::GiveUp(bool isMoved) {
+    if (!mWasHeld || !isMoved) GiveUpAt(mDestination);
+    GiveUpAt(mSource);
+}
+
+void MoveLocks::GiveUpAt(Place& place) {
+    if (!std::exchange(place.mIsTaken, false)) return;
+    const LockRelease release = mProtocol.Release(place.mPath, place.mRecord.mNonce);
+    if (release == LockRelease::Retry || release == LockRelease::Away)
+        mLeft.push_back({place.mPath, place.mRecord.mNonce, {}});
+}
+
+host::ProjectLockFileRef MoveLocks::KeepDestination() {
+    if (std::exchange(mDestination.mIsTaken, false))
+        mDestination.mHeld = LockKeeper::Instance().Keep(mDestination.mPath, mDestination.mRecord);
+    return mDestination.mHeld ? MakeLockReference(mDestination.mHeld) : nullptr;
+}
+
+void MoveLocks::Finish() {
+    // A project that was held and was not open here: nobody goes on with its lock.
+    if (mDestination.mIsTaken) KeepDestination();
+    // It may be one that this machine has never written to its end.
+    const bool isUnreadable =
+        mObstacle.mObstacle == ProjectLocking::Obstacle::Held && !mObstacle.mHolder.mIsReadable;
+    if (isUnreadable) SweepFolderInBackground(FolderOf(mSource.mPath));
+    LockKeeper::Instance().GiveUpInBackground(std::exchange(mLeft, {}), mProtocol.TakeRemains());
+    mSource.mHeld.reset();
+    mDestination.mHeld.reset();
+}
+
+}  // namespace desk
