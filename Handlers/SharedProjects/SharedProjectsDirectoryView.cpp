@@ -4,6 +4,7 @@
 #include <set>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
@@ -24,7 +25,9 @@ constexpr int kSpinnerInCentre = 1;
 SharedProjectsDirectoryView::SharedProjectsDirectoryView(
     ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager, const UTF16String& rootPath,
     const std::shared_ptr<SharedProjectsTabView>& tabView)
-    : MediaBrowserDirectoryView(std::move(project), std::move(contentManager)), mTabView(tabView) {
+    : MediaBrowserDirectoryView(std::move(project), std::move(contentManager)),
+      mTabView(tabView),
+      mRestorer(std::make_unique<StateRestorer>(*this, mFolderOpener, [this] { GoOnWithWhatWaits(); })) {
     SetupTree();
     GetTree()->UI_SetNodeID("ZuProduction.DirectoryView.MediaBrowserMultiColumnTree");
     UI_SetNodeID("ZuProduction.DirectoryView");
@@ -288,18 +291,12 @@ void SharedProjectsDirectoryView::OnZuProductionClosed(const UTF16String&) {
 }
 
 void SharedProjectsDirectoryView::LeaveRoot() {
-    mFolderOpener.Stop();
-    mPendingState.reset();
-    mRestoredState.reset();
-    mRestoredTopRow.reset();
-    mUnlistedFolders.clear();
-    mUnreachedState = {};
+    mRestorer->Clear();
     mPendingDirectoryChanges.clear();
     mFoldersCalledLikeProjects.clear();
     mAwaitedPaths.clear();
     mFoldersToOpen.clear();
     mSelectionAfterRemoval = {};
-    mIsRootListed = false;
     RemoveAllRows();
 }
 

@@ -13,6 +13,7 @@
 namespace HandlerSharedProjects {
 
 class SharedProjectsTabView;
+class StateRestorer;
 
 /// The selection of the directory view has changed. Announced on the view's station.
 class DirectoryViewSelectionChangedMessage : public MessageTemplate<DirectoryViewSelectionChangedMessage> {};
@@ -76,6 +77,8 @@ public:
     UTF16StringVec GetSelectedNonRedundantPaths() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
+    /// The open folders that hold no open ones, in the order of their rows.
+    UTF16StringVec GetDeepestOpenFolderPaths() const;
     /// The view as it is now; while a state is being put back, that state.
     StateData GetCurrentStateData() const;
     /// Puts a state back: the columns at once, then open folders, selection and scroll position as the contents
@@ -146,15 +149,6 @@ private:
     void ShowRoot(const UTF16String& rootPath);
     void SetEmptyText(std::string_view key);
     void LeaveRoot();
-    UTF16StringVec GetDeepestOpenFolderPaths() const;
-    void Restore(const StateData& state, FolderOpener::Paths awaitedPaths);
-    void FinishRestoring(const RowVec& selectedBefore);
-    void SelectAndScrollTo(const StateData& state);
-    void NoteListing(const UTF16String& path, const ContentDelivery& delivery);
-    bool IsUnreached(const UTF16String& path) const;
-    void KeepUnreached(const StateData& state);
-    void OpenReachedFolders();
-    void StopOpening();
     void CloseSubTreeRecursion(const RowRef& row);
     void GoOnWithWhatWaits();
 
@@ -198,16 +192,7 @@ private:
     RefPtr<QueueOnlyOnce> mQueuedSort;
     bool mPauseUpdates = false;
     FolderOpener mFolderOpener{*this};
-    /// What is to be put back when there is content and the opener is idle.
-    std::unique_ptr<StateData> mPendingState;
-    /// What is being put back.
-    std::unique_ptr<StateData> mRestoredState;
-    /// The top row that was put back, while it is the top row: facts that come later change the order.
-    RowRef mRestoredTopRow;
-    /// Folders that the volume did not let be listed, for another reason than that they are gone.
-    std::set<UTF16String> mUnlistedFolders;
-    /// What could not be put back because it lies in such folders: kept with the view's state until it can.
-    StateData mUnreachedState;
+    const std::unique_ptr<StateRestorer> mRestorer;
     /// The column by which the rows in closed folders have been marked stale.
     ColumnID mStaleMarksColumn = 0;
     /// Items that are to be selected when their rows come.
@@ -221,8 +206,6 @@ private:
     SelectionAfterRemoval mSelectionAfterRemoval;
     /// The folder that the change monitor watches for this view; empty when none.
     UTF16String mMonitoredRoot;
-    /// The production's folder has been listed.
-    bool mIsRootListed = false;
     /// Lives as long as the view may be called back.
     std::shared_ptr<const void> mLifetime = std::make_shared<char>();
 };

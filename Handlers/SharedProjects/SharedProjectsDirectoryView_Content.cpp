@@ -1,6 +1,7 @@
 // What the volume says: deliveries of folder contents and reports of changes.
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
@@ -50,7 +51,7 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
                                                         const DirectoryContent& content,
                                                         const ContentDelivery& delivery) {
     try {
-        NoteListing(directoryPath, delivery);
+        mRestorer->OnDelivery(directoryPath, delivery);
         if (delivery.mSystemError == 0 && PathUtils::ExistsOnDisk(directoryPath, true))
             UpdateRowsFromContent(row, directoryPath, content, delivery);
     } catch (...) {
@@ -76,7 +77,7 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
     // New rows count, and can be selected, from here on.
     GetTree()->LayoutAfterAppendRow(row.get());
     if (!row && delivery.mIsLast) {
-        mIsRootListed = true;
+        mRestorer->OnRootListed();
         SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/ProductionIsEmpty=This production is empty");
     }
     const auto tabView = mTabView.lock();

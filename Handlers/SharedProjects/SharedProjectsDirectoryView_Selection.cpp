@@ -1,13 +1,14 @@
 // What the user does in the tree: selection, opening rows, sorting and the columns.
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
+#include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
 
 namespace HandlerSharedProjects {
 
 void SharedProjectsDirectoryView::OnRowSelectionChanged(const RowVec&) {
-    mUnreachedState.mSelectedRowPaths.clear();
+    mRestorer->OnSelectionChanged();
     BroadcastMessage(GetStationID(), DirectoryViewSelectionChangedMessage());
 }
 
@@ -144,7 +145,7 @@ bool SharedProjectsDirectoryView::ColumnSortStringIsLess(const UTF16String& a, c
 }
 
 void SharedProjectsDirectoryView::OnSortChanged(ColumnID, bool) {
-    mRestoredTopRow.reset();
+    mRestorer->ForgetTopRow();
     UpdateOpenRows();
 }
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
-#include "host/files/PathUtils.h"
+#include "Handlers/SharedProjects/SharedProjectsUtils.h"
 
 namespace HandlerSharedProjects {
 
@@ -24,6 +24,7 @@ void FolderOpener::OpenAllFoldersInDirectory(const UTF16String& directory, Paths
     mSearch = FileSearch::FindLeafFolders(directory, [this](UTF16StringVec folders) {
         const std::unique_ptr<FileSearch::Request> search = std::move(mSearch);
         mFoldersToOpen = std::move(folders);
+        for (const UTF16String& folder : mLeftOut) LeaveOut(folder);
         mOwner.ReadAhead(mFoldersToOpen);
         if (mAwaitedContent.empty()) StartExpanding();
     });
@@ -55,6 +56,7 @@ void FolderOpener::Leave() {
     mState = State::Idle;
     mSearch.reset();
     mFoldersToOpen.clear();
+    mLeftOut.clear();
     mAwaitedContent.clear();
     mOwner.CancelExpansions();
     mOwner.ReadAhead({});
@@ -62,10 +64,8 @@ void FolderOpener::Leave() {
 }
 
 void FolderOpener::LeaveOut(const UTF16String& folder) {
-    const UTF16String below = PathUtils::AddTrailingSlash(folder);
-    std::erase_if(mFoldersToOpen, [&](const UTF16String& path) {
-        return PathUtils::AddTrailingSlash(path).starts_with(below);
-    });
+    if (mSearch) mLeftOut.push_back(folder);
+    std::erase_if(mFoldersToOpen, [&](const UTF16String& path) { return Utils::IsAtOrBelow(path, folder); });
 }
 
 void FolderOpener::StartExpanding() {

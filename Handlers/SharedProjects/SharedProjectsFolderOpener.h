@@ -49,8 +49,8 @@ public:
     /// A folder and those below it are not to be opened any more.
     void LeaveOut(const UTF16String& folder);
 
-    /// A delivery for the folder at `path` has come, whatever it told, and the rows are as it says; with `isLast` it
-    /// was the last one that answers a request.
+    /// A delivery for the folder at `path` has come, whatever it told, and the rows are as it says; with
+    /// `isLast` it was the last one that answers a request.
     void OnContentUpdated(const UTF16String& path, bool isLast);
     /// The folder has gone: its content will not come. `OnContentUpdated` follows, for the folder that held it.
     void OnFolderRemoved(const UTF16String& path);
@@ -66,6 +66,8 @@ private:
     SharedProjectsDirectoryView& mOwner;
     /// Taken from the back.
     UTF16StringVec mFoldersToOpen;
+    /// What the search may still find, and is not to be opened.
+    UTF16StringVec mLeftOut;
     /// Folders whose contents must come before the job goes on.
     Paths mAwaitedContent;
     State mState = State::Idle;

@@ -71,6 +71,10 @@ UTF16String ToNameLines(const UTF16StringVec& paths) {
     return lines;
 }
 
+bool IsAtOrBelow(const UTF16String& path, const UTF16String& folder) {
+    return PathUtils::AddTrailingSlash(path).starts_with(PathUtils::AddTrailingSlash(folder));
+}
+
 bool IsRefreshable(const UTF16String& path) {
     ProjectRef project;
     return IsProjectOpen(path, project) && project->IsReadOnly() && Utilities::IsProjectOutOfDate(project);

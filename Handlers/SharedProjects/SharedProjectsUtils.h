@@ -88,6 +88,9 @@ void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPro
 /// is known. For items of listed folders it does not wait for the volume.
 bool CanAllBeDeleted(const UTF16StringVec& paths);
 
+/// True for `folder` itself and what lies in it at any depth; both normalised. Touches no disk.
+bool IsAtOrBelow(const UTF16String& path, const UTF16String& folder);
+
 /// True for a path inside the production's trash; with `includeTrashFolder` for the trash folder too.
 bool IsInTrash(const UTF16String& path, bool includeTrashFolder);
 
