@@ -90,9 +90,9 @@ void SharedProjectsHandler::RegisterWindow() {
 }
 
 SharedProjectsHandler::~SharedProjectsHandler() {
-    // Before anything goes that the view saves its state in.
     if (mTabView) mTabView->Destroy();
     mTabView.reset();
+    TryToSaveAgain();
     Columns::ClearGenericFolderIcon();
     RemoveListener(kBackendProjectActivationStationID, this);
     RemoveListener(kStation_ZuProductionFolderPanel, this);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -50,7 +51,8 @@ public:
     static UTF16String GetProductionPanelStateDataFilePath();
 
     /// Remembers how a production was left, from now on and in the settings file; nothing for an empty path.
-    /// What cannot be written is logged, and written with the next. May wait for the profile's disk, two
+    /// What cannot be written is logged, tried once more when the panel is closed, and kept beyond it until a
+    /// later save writes it or the program ends. May wait for the profile's disk, two
     /// seconds at most for another program that writes.
     void SaveStateDataForProduction(const UTF16String& productionPath,
                                     const SharedProjectsTabView::StateData& state);
@@ -84,11 +86,12 @@ private:
     std::string ReadLayoutsFrom(const SharedSettingsFile& file);
     /// False when a file stands there that cannot be used, and could not be set aside. Under the file's lock.
     bool ReadOrSetAside(const SharedSettingsFile& file);
+    void WriteUnsaved(std::chrono::milliseconds patience);
+    /// What could not be saved while the panel was being closed; waits for nobody any more.
+    void TryToSaveAgain();
     void WriteUnsavedTo(const SharedSettingsFile& file);
 
     std::shared_ptr<SharedProjectsTabView> mTabView;
-    /// The records that are not in the file yet.
-    ProductionStateData mUnsaved;
     /// Absent until it has been read.
     std::optional<FileLayouts> mFileLayouts;
 };

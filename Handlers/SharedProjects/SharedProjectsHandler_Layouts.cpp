@@ -1,4 +1,6 @@
 // The settings file with what is remembered of each production.
+#include <map>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -11,6 +13,17 @@
 
 namespace HandlerSharedProjects {
 
+namespace {
+
+/// The records that are not in the settings file yet, of each such file. They outlive the panel: it is mostly
+/// being closed when they are saved.
+ProductionStateData& GetUnsaved() {
+    static std::map<UTF16String, ProductionStateData> sUnsaved;
+    return sUnsaved[SharedProjectsHandler::GetProductionPanelStateDataFilePath()];
+}
+
+}  // namespace
+
 UTF16String SharedProjectsHandler::GetProductionPanelStateDataFilePath() {
     static const UTF16String kStateDataFileName = u"Production Panel Settings";
     const UTF16String profile = DirectoryRegistry::FindDirectory(DirectoryRegistry::kUserProfile);
@@ -21,7 +34,7 @@ void SharedProjectsHandler::SaveStateDataForProduction(const UTF16String& produc
                                                        const SharedProjectsTabView::StateData& state) {
     if (productionPath.empty()) return;
     const UTF16String production = PathUtils::ToNormalizedPath(productionPath);
-    SharedProjectsTabView::StateData& unsaved = mUnsaved[production];
+    SharedProjectsTabView::StateData& unsaved = GetUnsaved()[production];
     unsaved = state;
     MakeUsable(unsaved, production);
     SaveProductionLayouts();
@@ -31,7 +44,8 @@ bool SharedProjectsHandler::LoadStateDataForProduction(const UTF16String& produc
                                                        SharedProjectsTabView::StateData& state) {
     if (productionPath.empty()) return false;
     const UTF16String production = PathUtils::ToNormalizedPath(productionPath);
-    if (const auto unsaved = mUnsaved.find(production); unsaved != mUnsaved.end()) {
+    const ProductionStateData& all = GetUnsaved();
+    if (const auto unsaved = all.find(production); unsaved != all.end()) {
         state = unsaved->second;
         return true;
     }
@@ -57,11 +71,19 @@ void SharedProjectsHandler::LoadProductionLayouts() {
 }
 
 void SharedProjectsHandler::SaveProductionLayouts() {
+    WriteUnsaved(SharedSettingsFile::kPatience);
+}
+
+void SharedProjectsHandler::TryToSaveAgain() {
+    if (!GetUnsaved().empty()) WriteUnsaved({});
+}
+
+void SharedProjectsHandler::WriteUnsaved(std::chrono::milliseconds patience) {
     const UTF16String path = GetProductionPanelStateDataFilePath();
     if (path.empty()) return;
     try {
         const SharedSettingsFile file(path);
-        const SharedSettingsFile::Lock lock(file);
+        const SharedSettingsFile::Lock lock(file, patience);
         if (lock.IsHeld() && ReadOrSetAside(file)) WriteUnsavedTo(file);
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
@@ -76,7 +98,9 @@ std::string SharedProjectsHandler::ReadLayoutsFrom(const SharedSettingsFile& fil
         if (read.mBytes) read.mMembers = ParseLayouts(*read.mBytes);
     } catch (const FileException&) {
         throw;
-    } catch (const std::exception& exception) {
+    } catch (const JSONBadCast& exception) {
+        return exception.what();
+    } catch (const std::runtime_error& exception) {
         return exception.what();
     }
     mFileLayouts = std::move(read);
@@ -95,7 +119,7 @@ void SharedProjectsHandler::WriteUnsavedTo(const SharedSettingsFile& file) {
     // What a write that fails leaves is read anew.
     FileLayouts layouts = *std::exchange(mFileLayouts, {});
     bool isChanged = false;
-    for (const auto& [production, state] : mUnsaved) {
+    for (const auto& [production, state] : GetUnsaved()) {
         UTF16String& member = layouts.mMembers[UTF16to8(production)];
         UTF16String text = GetJSONString(ToJSON(state));
         isChanged |= text != member;
@@ -103,7 +127,7 @@ void SharedProjectsHandler::WriteUnsavedTo(const SharedSettingsFile& file) {
     }
     if (isChanged) file.Replace(layouts.mBytes.emplace(FormatLayouts(layouts.mMembers)));
     mFileLayouts = std::move(layouts);
-    mUnsaved.clear();
+    GetUnsaved().clear();
 }
 
 }  // namespace HandlerSharedProjects

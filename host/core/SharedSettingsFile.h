@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,6 +18,9 @@ class ZUHOST_API SharedSettingsFile {
 public:
     /// The largest file that is read and written, in bytes.
     static constexpr std::size_t kLimit = std::size_t{256} << 20;
+
+    /// How long a lock is waited for.
+    static constexpr std::chrono::milliseconds kPatience{2000};
 
     /// The disk is not touched.
     explicit SharedSettingsFile(UTF16String path);
@@ -38,8 +42,8 @@ public:
     /// Keeps the other programs from changing the file for as long as it lives. Reading needs none.
     class ZUHOST_API Lock {
     public:
-        /// Waits for two seconds at most. What a program that was killed has left is no obstacle.
-        explicit Lock(const SharedSettingsFile& file);
+        /// Waits for `patience` at most. What a program that was killed has left is no obstacle.
+        explicit Lock(const SharedSettingsFile& file, std::chrono::milliseconds patience = kPatience);
         ~Lock();
         Lock(const Lock&) = delete;
         Lock& operator=(const Lock&) = delete;

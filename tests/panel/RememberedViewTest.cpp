@@ -161,6 +161,17 @@ TEST_F(RememberedViewTest, ASettingsFileThatCannotBeReadOrWrittenIsNeverReplaced
     }
     OpenPanel();
     EXPECT_FLOAT_EQ(RowHeight(), 47.5f);
+
+    for (const int failures : {1, 2}) {
+        ExpectLogged log("Input/output error");
+        const std::string file = mFolder.Read(kFile);
+        Send(30324);
+        for (int i = 1; i <= failures; ++i) mDisk.Fail(Operation::CreateNewFile, i, EIO);
+        ClosePanel();
+        EXPECT_EQ(mFolder.Read(kFile) != file, failures == 1) << "tried twice";
+        OpenPanel();
+        EXPECT_FLOAT_EQ(RowHeight(), 47.5f - 11.25f * failures) << "kept beyond the panel";
+    }
 }
 
 }  // namespace HandlerSharedProjects

@@ -25,7 +25,6 @@
 namespace host {
 namespace {
 
-constexpr std::chrono::seconds kLongestWait(2);
 constexpr std::chrono::milliseconds kBetweenTries(5);
 constexpr char kLockSuffix[] = ".lock";
 
@@ -79,16 +78,16 @@ bool SharedSettingsFile::SetAside(std::string_view reason) const {
 /// The file that is locked stands beside the settings, which are another file after each change. It is empty,
 /// and stays.
 struct SharedSettingsFile::Lock::Impl {
-    explicit Impl(const std::string& path)
+    Impl(const std::string& path, std::chrono::milliseconds patience)
         : mFile(::open((path + kLockSuffix).c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)),
-          mError(mFile.IsOpen() ? LockWithin(mFile.Get(), kLongestWait) : errno) {}
+          mError(mFile.IsOpen() ? LockWithin(mFile.Get(), patience) : errno) {}
 
     desk::FileDescriptor mFile;
     int mError;
 };
 
-SharedSettingsFile::Lock::Lock(const SharedSettingsFile& file)
-    : mImpl(std::make_unique<Impl>(UTF16to8(file.mPath))) {
+SharedSettingsFile::Lock::Lock(const SharedSettingsFile& file, std::chrono::milliseconds patience)
+    : mImpl(std::make_unique<Impl>(UTF16to8(file.mPath), patience)) {
     if (IsHeld()) return;
     // Who waits for another program saves with the next change; the rest stays as it is.
     if (mImpl->mError != EWOULDBLOCK)
