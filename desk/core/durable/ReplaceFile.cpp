@@ -121,9 +121,16 @@ private:
     FileReplacement Keep(const host::FileException& exception, bool mayBeThere) {
         FileReplacement replacement{Outcome::NotKnown, Explain("write", exception), {}};
         if (!mayBeThere) return replacement;
-        GetKept().Add(mPath, mTemporary);
-        Log(LogLevel::Warning, "what was to be written to " + mPath + " is kept in " + mTemporary);
-        replacement.mKept = mTemporary;
+        const std::string told = JoinPath<std::string>(FolderOf(mPath), MakeToldSaveName(NameOf(mPath)));
+        GetKept().Add(mPath, told);
+        try {
+            mDisk.Rename(mTemporary, told);
+            replacement.mKept = told;
+        } catch (const host::FileException&) {
+            GetKept().Add(mPath, mTemporary);
+        }
+        Log(LogLevel::Warning, "what was to be written to " + mPath + " is kept in " +
+                                   (replacement.mKept.empty() ? mTemporary : told));
         return replacement;
     }
 

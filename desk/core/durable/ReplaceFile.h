@@ -23,8 +23,9 @@ struct FileReplacement {
     Outcome mOutcome = Outcome::NotDone;
     /// Why it is not done, or not known.
     std::optional<host::FileException> mError;
-    /// When it is not known: where the new content lies (in bytes) unless `path` has it; empty when it can only
-    /// be there.
+    /// When it is not known: where the new content lies (in bytes) unless `path` has it, and stays
+    /// (`TemporaryPurpose::ToldSave`); empty when it can only be in `path`, or the volume promises nothing
+    /// more.
     std::string mKept;
 };
 

@@ -83,6 +83,10 @@ std::string MakeSaveName(std::string_view target) {
     return MakeTemporaryNameFor(TemporaryPurpose::Save, target, MakeOwner());
 }
 
+std::string MakeToldSaveName(std::string_view target) {
+    return MakeTemporaryNameFor(TemporaryPurpose::ToldSave, target, MakeOwner());
+}
+
 std::string MakeFolderCopyName(std::string_view target) {
     return MakeTemporaryNameFor(TemporaryPurpose::FolderCopy, target, MakeOwner());
 }

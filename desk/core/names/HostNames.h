@@ -32,9 +32,11 @@ ZUHOST_API bool IsLockFileName(std::string_view name);
 
 /// Fresh names for hidden temporaries of this process (see TemporaryNames.h): for something that
 /// is worth nothing before it has its final name, for the text that is to replace the file `target` of the same
-/// folder, and for the mark of the folder `target`, which is to be filled by a copy. Any thread.
+/// folder, for such a text of which the user is told, and for the mark of the folder `target`, which is to be
+/// filled by a copy. Any thread.
 ZUHOST_API std::string MakeTemporaryName();
 ZUHOST_API std::string MakeSaveName(std::string_view target);
+ZUHOST_API std::string MakeToldSaveName(std::string_view target);
 ZUHOST_API std::string MakeFolderCopyName(std::string_view target);
 
 /// A random 128-bit number as 32 hexadecimal digits in lower case. Any thread.

@@ -14,10 +14,11 @@ namespace {
 
 constexpr std::string_view kPrefix = ".zutmp-";
 constexpr std::string_view kSavePrefix = ".zusave-";
+constexpr std::string_view kToldSavePrefix = ".zutold-";
 constexpr std::string_view kFolderCopyPrefix = ".zucopy-";
 constexpr std::string_view kLockPrefix = ".zulock-";
-constexpr TemporaryPurpose kPurposes[] = {TemporaryPurpose::Save, TemporaryPurpose::FolderCopy,
-                                          TemporaryPurpose::Lock};
+constexpr TemporaryPurpose kPurposes[] = {TemporaryPurpose::Save, TemporaryPurpose::ToldSave,
+                                          TemporaryPurpose::FolderCopy, TemporaryPurpose::Lock};
 constexpr std::size_t kLongestID = 64;
 constexpr qsizetype kDigitsOfDigest = 16;
 constexpr qsizetype kDigitsOfMachine = 32;
@@ -26,6 +27,8 @@ std::string_view PrefixOf(TemporaryPurpose purpose) {
     switch (purpose) {
         case TemporaryPurpose::Save:
             return kSavePrefix;
+        case TemporaryPurpose::ToldSave:
+            return kToldSavePrefix;
         case TemporaryPurpose::FolderCopy:
             return kFolderCopyPrefix;
         case TemporaryPurpose::Lock:

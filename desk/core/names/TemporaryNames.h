@@ -18,6 +18,8 @@ class Desktop;
 enum class TemporaryPurpose {
     /// ".zusave-": the text that is to replace a file. Once the file is gone it may be all that is left of it.
     Save,
+    /// ".zutold-": the same, after the user was told that the text may be there and nowhere else.
+    ToldSave,
     /// ".zucopy-": the mark of a folder that was made empty, to be filled by a copy in one step.
     FolderCopy,
     /// ".zulock-": the record of a lock, or of a guard, that is about to be taken.
@@ -59,6 +61,8 @@ struct TargetedTemporary {
     TemporaryOwner mOwner;
 
     bool IsFor(std::string_view target) const;
+    /// The text of a save, told or not.
+    bool IsSave() const { return mPurpose == TemporaryPurpose::Save || mPurpose == TemporaryPurpose::ToldSave; }
 };
 
 /// Absent for every other name, and for one that does not tell its process.

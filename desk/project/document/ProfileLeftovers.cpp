@@ -11,6 +11,7 @@
 #include "desk/core/edges/Services.h"
 #include "desk/core/log/Log.h"
 #include "desk/core/names/TemporaryNames.h"
+#include "desk/project/lock/Leftovers.h"
 #include "host/files/FileException.h"
 
 namespace desk {
@@ -23,7 +24,7 @@ using Handler = std::function<void(const std::string& path)>;
 constexpr std::chrono::hours kLongestCache(1);
 
 bool IsUnfinishedSave(const TargetedTemporary& temporary) {
-    return temporary.mPurpose == TemporaryPurpose::Save && temporary.mOwner.IsGone(*GetServices().mDesktop);
+    return temporary.IsSave() && temporary.mOwner.IsGone(*GetServices().mDesktop);
 }
 
 /// Whether a look at `folder` tells what has been there since the file at `path` was written.
@@ -40,7 +41,7 @@ void Settle(const std::string& folder, const std::string& path, bool hasFile, co
         if (!hasFile && handleRest) return handleRest(path);
         if (!hasFile || !IsLookFresh(disk, folder, path)) return;
         disk.RemoveFile(path);
-        Log(LogLevel::Info, "removed what a process left that is gone: " + path);
+        LogRemovalOfLeftover(path);
     } catch (const host::FileException& exception) {
         Log(LogLevel::Info, exception.what());
     }

@@ -6,6 +6,7 @@
 #include "desk/core/edges/Desktop.h"
 #include "desk/core/log/Log.h"
 #include "desk/core/names/FolderPath.h"
+#include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/StrayLocks.h"
 #include "host/files/FileException.h"
 
@@ -59,7 +60,7 @@ bool IsSettled(FileSystem& fileSystem, const Desktop& desktop, const std::string
 void Remove(FileSystem& fileSystem, const std::string& temporary) {
     try {
         fileSystem.RemoveFile(temporary);
-        Log(LogLevel::Info, "removed what a process left that is gone: " + temporary);
+        LogRemovalOfLeftover(temporary);
     } catch (const host::FileException& exception) {
         Log(LogLevel::Info, exception.what());
     }

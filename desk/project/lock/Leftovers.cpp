@@ -27,7 +27,7 @@ void SweepTemporary(FileSystem& fileSystem, const std::string& path) {
     try {
         fileSystem.Rename(path, taken);
         RemoveTree(fileSystem, taken);
-        Log(LogLevel::Info, "removed what a process left that is gone: " + path);
+        LogRemovalOfLeftover(path);
     } catch (const host::FileException& exception) {
         Log(LogLevel::Info, exception.what());
     }
@@ -48,8 +48,7 @@ void SweepRecord(FileSystem& fileSystem, const Desktop& desktop, const std::stri
     SweepStray(protocol, path, record->mNonce);
     if (!IsLockStale(*record, desktop)) return;
     const LockRecord mine = MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
-    if (protocol.RemoveDead(path, record->mNonce, mine))
-        Log(LogLevel::Info, "removed what a process left that is gone: " + path);
+    if (protocol.RemoveDead(path, record->mNonce, mine)) LogRemovalOfLeftover(path);
     protocol.DropRemains();
 }
 
@@ -81,6 +80,10 @@ void SweepNow(const std::string& folder, const std::vector<std::string>& names) 
 }
 
 }  // namespace
+
+void LogRemovalOfLeftover(const std::string& path) {
+    Log(LogLevel::Info, "removed what a process left that is gone: " + path);
+}
 
 std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop,
                                        const std::string& folder, const std::vector<std::string>& names) {

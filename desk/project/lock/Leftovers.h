@@ -13,6 +13,9 @@ namespace desk {
 class Desktop;
 class FileSystem;
 
+/// Writes to the log that what a process that is gone had left at `path` (bytes) has been removed. Any thread.
+void LogRemovalOfLeftover(const std::string& path);
+
 /// Removes the temporary files, guards and locks in `folder` (bytes) whose processes are known to be gone,
 /// which can only be processes of this machine, and stray locks of this process; nobody else's. What cannot be
 /// removed stays, and so does what belongs to another name and is still of use (`SweepTargeted`). Writes what

@@ -12,6 +12,7 @@
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/UniqueNames.h"
 #include "desk/project/document/ProjectFile.h"
+#include "desk/project/lock/Leftovers.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/project/ProjectFiles.h"
@@ -29,22 +30,17 @@ std::vector<FolderEntry> FindTargets(FileSystem& fileSystem, const std::string& 
     return entries;
 }
 
-void LogRemoval(const std::string& path) {
-    Log(LogLevel::Info, "removed what a process left that is gone: " + path);
-}
-
-/// Of a file that was put in place with older times, when it was put there.
+/// When it was written last, or put in place: a file may be put in place with older times.
 std::int64_t LastChange(const ItemStatus& status) {
     return std::max(status.mModified, status.mCreated.value_or(0));
 }
 
-/// Whether the text at `path` is worth nothing beside the file at `target`: that is the old file (nobody was
-/// told that the save was done), or has the same content. A look by name proves nothing while it may be an old
-/// answer.
-bool IsObsolete(FileSystem& fileSystem, const std::string& path, const std::string& target, bool isLookFresh) {
+/// Whether the text at `path` is worth nothing beside the file at `target`: that has the same content, or is
+/// the old file while nobody was told of the text. A look by name proves nothing while it may be an old answer.
+bool IsObsolete(FileSystem& fileSystem, const std::string& path, const std::string& target, bool mayBeOlder) {
     const ItemStatus text = fileSystem.Status(path, false);
     const ItemStatus file = fileSystem.Status(target, false);
-    if (isLookFresh && LastChange(file) < LastChange(text)) return true;
+    if (mayBeOlder && LastChange(file) < LastChange(text)) return true;
     return file.mSize == text.mSize &&
            fileSystem.ReadSmallFile(target, kEditableLimit) == fileSystem.ReadSmallFile(path, kEditableLimit);
 }
@@ -64,11 +60,12 @@ UTF16String MoveToVisibleName(FileSystem& fileSystem, const std::string& path, c
 void SweepSave(FileSystem& fileSystem, const std::string& path, const TargetedTemporary& temporary) {
     const std::string folder = FolderOf(path);
     const bool isLookFresh = fileSystem.WaitForCaches(folder);
+    const bool mayBeOlder = isLookFresh && temporary.mPurpose == TemporaryPurpose::Save;
     const std::vector<FolderEntry> targets = FindTargets(fileSystem, folder, temporary);
     const std::string target = targets.empty() ? std::string() : targets.front().mName;
-    if (!target.empty() && IsObsolete(fileSystem, path, JoinPath<std::string>(folder, target), isLookFresh)) {
+    if (!target.empty() && IsObsolete(fileSystem, path, JoinPath<std::string>(folder, target), mayBeOlder)) {
         fileSystem.RemoveFile(path);
-        return LogRemoval(path);
+        return LogRemovalOfLeftover(path);
     }
     TellUser(
         host::ZString("$$$/Desk/Project/TextFound=A save did not come to its end. Its text is now in “@0”.",
@@ -78,7 +75,7 @@ void SweepSave(FileSystem& fileSystem, const std::string& path, const TargetedTe
 void RemoveEmptyFolder(FileSystem& fileSystem, const std::string& path) {
     try {
         fileSystem.RemoveFromTree(path, {}, true);
-        LogRemoval(path);
+        LogRemovalOfLeftover(path);
     } catch (const host::FileException& exception) {
         const int error = exception.SystemError();
         const bool isNoEmptyFolder =
@@ -104,8 +101,8 @@ void SweepFolderCopy(FileSystem& fileSystem, const std::string& path, const Targ
 
 void SweepTargeted(FileSystem& fileSystem, const std::string& path, const TargetedTemporary& temporary) {
     try {
-        temporary.mPurpose == TemporaryPurpose::Save ? SweepSave(fileSystem, path, temporary)
-                                                     : SweepFolderCopy(fileSystem, path, temporary);
+        temporary.IsSave() ? SweepSave(fileSystem, path, temporary)
+                           : SweepFolderCopy(fileSystem, path, temporary);
     } catch (const host::FileException& exception) {
         Log(LogLevel::Info, exception.what());
     }

@@ -15,6 +15,9 @@ protected:
     std::string SaveOf(const char* target) {
         return MakeTemporaryNameFor(TemporaryPurpose::Save, target, MakeDeadRecord(mDesktop));
     }
+    std::string ToldSaveOf(const char* target) {
+        return MakeTemporaryNameFor(TemporaryPurpose::ToldSave, target, MakeDeadRecord(mDesktop));
+    }
     std::string CopyTo(const char* target) {
         return MakeTemporaryNameFor(TemporaryPurpose::FolderCopy, target, MakeDeadRecord(mDesktop));
     }
@@ -59,21 +62,22 @@ TEST_F(LeftoversTest, ATextOfASaveGoesOnlyWhereItIsKnownThatNobodyNeedsIt) {
     mFolder.Write(living, "living");
     mFolder.Write("old.zuproj", "before");
     mFolder.Write(SaveOf("old.zuproj"), "never told to be saved");
+    mFolder.Write(ToldSaveOf("old.zuproj"), "text");
     for (const char* target : {"saved.zuproj", "foreign.zuproj", "gone.zuproj"})
         mFolder.Write(SaveOf(target), "text");
     mFolder.Write("saved.zuproj", "text");
     mFolder.Write("foreign.zuproj", "a colleague's");
     const Names before = NamesIn();
-    for (int listing = 2; listing < 6; ++listing) mDisk.Fail(Operation::ListFolder, listing, EIO);
+    for (int listing = 2; listing < 7; ++listing) mDisk.Fail(Operation::ListFolder, listing, EIO);
     Sweep();
     EXPECT_EQ(NamesIn(), before) << "the volume does not tell";
     Sweep();
-    EXPECT_EQ(NamesIn(), (Names{"foreign recovered.zuproj", "foreign.zuproj", living, "old.zuproj",
-                                "saved.zuproj", "Text recovered.zuproj"}));
-    for (const char* name : {"foreign recovered.zuproj", "Text recovered.zuproj"})
+    EXPECT_EQ(NamesIn(), (Names{"foreign recovered.zuproj", "foreign.zuproj", living, "old recovered.zuproj",
+                                "old.zuproj", "saved.zuproj", "Text recovered.zuproj"}));
+    for (const char* name : {"foreign recovered.zuproj", "old recovered.zuproj", "Text recovered.zuproj"})
         EXPECT_EQ(mFolder.Read(name), "text");
     EXPECT_EQ(mFolder.Read("foreign.zuproj"), "a colleague's");
-    EXPECT_EQ(told.Count(), 2) << "each told once, and where it is";
+    EXPECT_EQ(told.Count(), 3) << "each told once, and where it is";
 }
 
 TEST_F(LeftoversTest, AFolderThatWasToBeFilledGoesWithItsMarkWhileItIsEmpty) {

@@ -94,7 +94,7 @@ TEST_F(SaveProjectTest, ATextWhoseFileTheVolumeHasRemovedIsKeptUntilItIsSavedAga
     TwoStepDisk disk;
     disk.mFailures = 2;
     EXPECT_FALSE(Save(document, "The Project May Not Have Been Saved"));
-    EXPECT_TRUE(AsksFor(mFolder.Path("Day 1/.zusave-"))) << mDialogs.LastText();
+    EXPECT_TRUE(AsksFor(mFolder.Path("Day 1/.zutold-"))) << mDialogs.LastText();
     EXPECT_EQ(CountHidden(), 2) << "the lock and the text";
     EXPECT_TRUE(Save(document, "Project File Is Gone", u"Save It Again"));
     EXPECT_EQ(mFolder.Read(kProject), kEdited);
