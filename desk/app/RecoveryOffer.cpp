@@ -47,7 +47,7 @@ void TellNotRecovered(const KeptText& text, const UTF16String& reason) {
 bool AskToDiscard(const KeptText& text) {
     const Answer answer = GetServices().mDialogs->Ask(
         {.mTitle = host::ZString("$$$/Desk/Recovery/DiscardTitle=Discard Unsaved Text"),
-         .mText = host::ZString("$$$/Desk/Recovery/DiscardText=The unsaved text of “@0” of @1 is then lost.",
+         .mText = host::ZString("$$$/Desk/Recovery/DiscardText=The unsaved text of “@0” from @1 will be lost.",
                                 {NameOf(text), ToUTF16(ShownTime(text.mTime))}),
          .mButtons = {host::ZString("$$$/Desk/Recovery/Keep=Keep"),
                       host::ZString("$$$/Desk/Project/Discard=Discard")},

@@ -31,7 +31,7 @@ QString DescribeText(const KeptTextFile& file) {
 
 QString DescribeFile(const std::optional<FileSinceKept>& found) {
     using State = FileSinceKept::State;
-    if (!found) return Localized("$$$/Desk/Recovery/Looking=Looking what the file holds…");
+    if (!found) return Localized("$$$/Desk/Recovery/Looking=Looking at what the file holds…");
     switch (found->mState) {
         case State::Unchanged:
             return Localized("$$$/Desk/Recovery/Unchanged=The file has not changed since");

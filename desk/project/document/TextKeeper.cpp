@@ -162,9 +162,8 @@ void TextKeeper::TellNotKept(const host::UTF16String& project, const Outcome& ou
 }
 
 void TextKeeper::Adopt(const ProjectDocumentRef& document, const std::string& path) {
-    Kept& kept = mKept[document.get()];
-    const std::string before = std::exchange(kept.mPath, KeptTexts::MakePath(mFolder));
-    if (!before.empty()) Remove(before);
+    Kept& kept = mKept[document.get()] = {};
+    kept.mPath = KeptTexts::MakePath(mFolder);
     mTasks.Submit([path, own = kept.mPath] { ClaimFile(path, own); });
     // Until this is written its owner is still the program that is gone.
     Write(*document, kept);

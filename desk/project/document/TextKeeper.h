@@ -39,7 +39,8 @@ public:
     /// The user has saved or discarded the text that another program kept at `path`.
     void Remove(const std::string& path);
     /// The unsaved changes of `document` are the text that another program kept at `path`: it is this program's
-    /// from now on, and goes with them.
+    /// from now on, and goes with them. What was kept of the document before, recovered text that was undone,
+    /// stays, and is listed.
     void Adopt(const ProjectDocumentRef& document, const std::string& path);
 
     void ListenToMessage(const host::Message& message) override;

@@ -94,6 +94,14 @@ TEST_F(RecoveryOfferTest, RecoveredTextIsAnUnsavedChangeThatCanBeUndone) {
     mMain.Advance(std::chrono::seconds(5));
     EXPECT_TRUE(Manager().CloseProject(Find(), true));
     EXPECT_EQ(CountKept(), 1u) << "neither saved nor discarded";
+
+    for (const char* text : {"five", "six"}) Leave(text);
+    Start();
+    Press("Open Recovered Text");
+    mArea.findChild<QPlainTextEdit*>()->undo();
+    Press("Open Recovered Text");
+    EXPECT_TRUE(Find()->IsDirty());
+    EXPECT_EQ(CountKept(), 3u) << "nobody has decided about the one that was undone";
 }
 
 TEST_F(RecoveryOfferTest, NothingIsOverwrittenThatWasWrittenSince) {
@@ -206,7 +214,7 @@ TEST_F(RecoveryOfferTest, AVolumeThatHangsHoldsNothingUpAndLaterKeepsAll) {
     mKeeper.emplace(mProfile.Path("texts"));
     mOffer.emplace(mArea, *mKeeper);
     mOffer->OfferAtStart();
-    EXPECT_TRUE(mMain.AdvanceAloneUntil([&] { return Shows("Looking what the file holds"); }));
+    EXPECT_TRUE(mMain.AdvanceAloneUntil([&] { return Shows("Looking at what the file holds"); }));
     ASSERT_TRUE(mDisk.WaitAtGate());
     mDisk.OpenGate();
     mMain.RunUntilIdle();
