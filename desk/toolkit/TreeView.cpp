@@ -44,6 +44,8 @@ TreeView::TreeView(host::UI_MultiColumnTree::TreeImpl& tree)
     setHorizontalScrollMode(ScrollPerPixel);
     setAttribute(Qt::WA_MacShowFocusRect, false);
     viewport()->setMouseTracking(true);
+    for (const QScrollBar* bar : {verticalScrollBar(), horizontalScrollBar()})
+        connect(bar, &QScrollBar::actionTriggered, this, &TreeView::EndPause);
     mHeader->FollowRowHeight();
     setModel(&tree.mModel);
 }

@@ -27,7 +27,7 @@ public:
     void ForgetHover() { mHovered = nullptr; }
     /// While nothing is painted, nothing needs to be laid out either.
     bool IsPaused() const { return mPause.isActive(); }
-    /// Paints what there is by now.
+    /// Paints what there is by now. Whoever does something sees at once what comes of it.
     void EndPause();
 
     using QTreeView::scheduleDelayedItemsLayout;

@@ -52,6 +52,8 @@ void TreeView::Hover(Row* row) {
 }
 
 bool TreeView::viewportEvent(QEvent* event) {
+    const auto type = event->type();
+    if (type == QEvent::MouseButtonPress || type == QEvent::Wheel || type == QEvent::Resize) EndPause();
     if (event->type() == QEvent::MouseMove) {
         const auto* mouse = static_cast<QMouseEvent*>(event);
         Hover(mouse->buttons() == Qt::NoButton ? RowAt(mouse->position().toPoint()) : nullptr);
@@ -178,6 +180,7 @@ bool TreeView::HandleByOwner(const QKeyEvent& event) {
 }
 
 void TreeView::keyPressEvent(QKeyEvent* event) {
+    EndPause();
     FlushLayout();
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
     if (HandleByOwner(*event)) return event->accept();

@@ -26,6 +26,7 @@ constexpr std::chrono::milliseconds kLongLayout(12);
 constexpr std::chrono::milliseconds kLongLayoutWhileBusy(2);
 /// So many times that time nothing is painted.
 constexpr int kPausePerLayout = 4;
+constexpr std::chrono::milliseconds kLongestPause(200);
 
 QColor WithAlpha(ThemeColor color, int alpha) {
     QColor result = Theme::Color(color);
@@ -56,7 +57,7 @@ void TreeView::paintEvent(QPaintEvent* event) {
 /// Rows that keep coming are laid out for each paint: the longer that takes, the less often they are painted.
 void TreeView::PausePainting(Clock::duration layoutTime) {
     const auto pause = std::chrono::duration_cast<std::chrono::milliseconds>(kPausePerLayout * layoutTime);
-    mPause.start(int(pause.count()), this);
+    mPause.start(int(std::min(pause, kLongestPause).count()), this);
     setUpdatesEnabled(false);
 }
 

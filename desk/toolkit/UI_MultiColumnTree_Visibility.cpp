@@ -21,6 +21,7 @@ namespace {
 constexpr int kGlideMilliseconds = 180;
 /// Looking for the visible rows has all rows laid out: the longer that takes, the less often.
 constexpr std::chrono::milliseconds kFrame(16);
+constexpr std::chrono::milliseconds kLongestWait(200);
 /// Callbacks that change what is visible make it be found out anew, within reason.
 constexpr int kMaximumRounds = 4;
 
@@ -62,7 +63,8 @@ void TreeImpl::UpdateVisibleRows() {
     for (int round = 0; round < kMaximumRounds && hasChanged; ++round) hasChanged = UpdateVisibleRowsOnce();
     mIsUpdatingVisible = false;
     const auto end = desk::GetServices().mMainThread->Now();
-    mNextVisibleUpdate = end + std::max<std::chrono::steady_clock::duration>(kFrame, 3 * (end - begin));
+    mNextVisibleUpdate =
+        end + std::clamp<std::chrono::steady_clock::duration>(3 * (end - begin), kFrame, kLongestWait);
     if (!mScrollWhenShown || !mView->isVisible()) return;
     const RowRef row = std::move(mScrollWhenShown);
     mScrollWhenShown.reset();

@@ -1,3 +1,5 @@
+#include <QThread>
+
 #include "tests/desk/toolkit/TreeFixture.h"
 
 namespace {
@@ -59,6 +61,15 @@ TEST_F(TreeVisibilityTest, ScrollsRowsIntoViewAndOpensWhatIsAbove) {
     mWindow.show();
     Settle();
     EXPECT_EQ(mTree->GetTopRow(), rows[30]);
+}
+
+TEST_F(TreeVisibilityTest, PaintingThatPausesForALongLayoutGoesOnWithInput) {
+    QObject::connect(&ScrollBar(), &QScrollBar::rangeChanged, [] { QThread::msleep(50); });
+    Add(nullptr, Names("p", 0, 300));
+    mWindow.grab();
+    EXPECT_FALSE(View().updatesEnabled());
+    QTest::keyClick(&View(), Qt::Key_Down);
+    EXPECT_TRUE(View().updatesEnabled());
 }
 
 TEST_F(TreeVisibilityTest, ZoomAndChangesAboveDoNotMoveWhatIsSeen) {
