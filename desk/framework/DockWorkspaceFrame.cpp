@@ -138,8 +138,9 @@ bool DockWorkspaceFrame::MayBeCovered() const {
         return false;
     if (!CanPlaceWindows()) return true;
     return std::ranges::any_of(QApplication::topLevelWidgets(), [this](const QWidget* other) {
-        return other != window() && other->isVisible() && other->windowType() != Qt::Popup &&
-               other->frameGeometry().intersects(window()->frameGeometry());
+        // Desktops keep the panel over the window that it belongs to.
+        return other != window() && other != &mWindow && other->isVisible() &&
+               other->windowType() != Qt::Popup && other->frameGeometry().intersects(window()->frameGeometry());
     });
 }
 

@@ -169,13 +169,16 @@ TEST_F(DockWorkspaceTest, AFloatingPanelComesAfterItsWindowOnAScreenAndIsBrought
     EXPECT_FALSE(view.IsDockedInMainWindow());
     EXPECT_EQ(view.GetFloatingWindowGlobalRect(), (host::Rect{40, 60, 400, 300}));
     mWindow.move(0, 0);
+    QWidget other;
+    other.setGeometry(40, 60, 100, 100);
+    other.show();
     ActivateWindow();
     mWorkspace.TogglePanel(kOne);
     EXPECT_TRUE(IsShown(kOne)) << "it may have been covered";
+    other.hide();
     ActivateWindow();
-    view.SetPlace(false, {40, 640, 400, 160});
     mWorkspace.TogglePanel(kOne);
-    EXPECT_FALSE(IsShown(kOne)) << "nothing of it was covered";
+    EXPECT_FALSE(IsShown(kOne)) << "its own window stands behind it";
 
     mWorkspace.TogglePanel(kOne);
     frame.setGeometry(5000, 5000, 400, 300);
