@@ -52,8 +52,8 @@ public:
 
     /// Remembers how a production was left, from now on and in the settings file; nothing for an empty path.
     /// What cannot be written is logged, tried once more when the panel is closed, and kept beyond it until a
-    /// later save writes it or the program ends. May wait for the profile's disk, two
-    /// seconds at most for another program that writes.
+    /// later save writes it or the program ends. May wait for the profile's disk, two seconds at most for
+    /// another program that writes.
     void SaveStateDataForProduction(const UTF16String& productionPath,
                                     const SharedProjectsTabView::StateData& state);
     /// Gives what is remembered of a production; false, with `state` as it was, when there is nothing. Reads

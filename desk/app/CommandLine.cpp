@@ -27,7 +27,7 @@ std::unique_ptr<QCommandLineParser> MakeParser() {
     add("screenshot", "Write a picture of the window with the production's rows, and end. Needs no display.",
         "FILE.png");
     add("user", "Work under this name instead of the system's.", "NAME");
-    add("profile", "Keep settings and the log in this folder.", "DIR");
+    add("profile", "Keep settings, the log, sessions and the unsaved text of projects in this folder.", "DIR");
     add("plugin-dir", "Look for panels here first; can be given several times.", "DIR");
     add("list-plugins", "Tell which panels were found, which were refused and why, and end.");
     add("language", "The language of menus and panels, such as en or de.", "TAG");

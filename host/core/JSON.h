@@ -48,7 +48,8 @@ inline constexpr std::size_t kMostJSONValues = 4'000'000;
 /// Reads a text. Of a doubled key the last value counts. A number without fraction that a signed 64-bit integer
 /// holds comes as `std::int64_t`, any other as `double`. Throws `JSONParseError` for what is no JSON, for a
 /// number that is no finite double, for more values than `kMostJSONValues`, and for more than 1,024 levels of
-/// objects and arrays. Any thread.
+/// objects and arrays. A text is an object or an array: `JSONParseError` for a lone number, string, truth value
+/// or null too. Any thread.
 ZUHOST_API JSONVariant JSONParse(std::u16string_view text);
 
 /// Reads a text of an object as `JSONParse` does, for who needs few of its members: each stays as it was
@@ -95,6 +96,7 @@ void AddToObject(JSONObject& object, std::string_view key, const T& value) {
     object.insert_or_assign(std::string(key), std::make_shared<const JSONVariant>(ToJSON(value)));
 }
 
+/// Adds an element at the end.
 template <class T>
 void AppendToArray(JSONArray& array, const T& value) {
     array.push_back(std::make_shared<const JSONVariant>(ToJSON(value)));

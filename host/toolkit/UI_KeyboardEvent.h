@@ -17,8 +17,11 @@ ZUHOST_API unsigned GetCurrentModKeys();
 /// A key that the user has pressed.
 class UI_KeyboardEvent {
 public:
+    /// `code` is of the host's key table, `modKeys` a combination of flags such as `kModKey_Alt`.
     UI_KeyboardEvent(int code, unsigned modKeys) : mCode(code), mModKeys(modKeys) {}
+    /// The key.
     int GetCode() const { return mCode; }
+    /// The modifier keys that were down with it.
     unsigned GetModKey() const { return mModKeys; }
 
 private:

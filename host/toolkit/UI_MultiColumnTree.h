@@ -130,8 +130,8 @@ public:
         SharedFunction<void(Drawbot&, const RowRef&, unsigned column, const RectT<float>& cell)> callback);
     /// What a cell says to assistive technology.
     void SetCellAccessibleTextFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
-    /// A cell's sort key. Called once for each row when the tree sorts. Rows whose keys are equal stand in the
-    /// order of their keys in the first column that was appended, ascending.
+    /// A cell's sort key. Called once for each row when the tree sorts, and for rows whose keys are equal once
+    /// more: they stand in the order of their keys in the first column that was appended, ascending.
     void SetCellSortDataFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
     /// The user has moved a column.
     void SetColumnMovedCallback(SharedFunction<void(unsigned from, unsigned to)> callback);

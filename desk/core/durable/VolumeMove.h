@@ -55,7 +55,8 @@ ZUHOST_API VolumeMove MoveOnVolume(FileSystem& fileSystem, const std::string& fr
                                    FolderFlush flush = FolderFlush::AtOnce);
 ZUHOST_API VolumeMove MoveOnVolume(const std::string& from, const std::string& to);
 
-/// Throws `MoveInDoubt` when the flush after `move` has failed: for whom an unflushed move is not done.
+/// For callers to whom a move is done only when it survives a loss of power: throws `MoveInDoubt` when the
+/// flush after `move` has failed.
 void ThrowUnlessDurable(const VolumeMove& move, const std::string& from, const std::string& to);
 
 /// Makes durable what was moved or removed in `folder`: returns 0, or an errno value when it may be lost with

@@ -395,7 +395,10 @@ void FromJSON(const JSONVariant& json, bool& value) {
 
 void FromJSON(const JSONVariant& json, float& value) {
     const auto* integer = boost::any_cast<std::int64_t>(&json);
-    const double number = integer ? static_cast<double>(*integer) : Cast<double>(json);
+    const auto* natural = boost::any_cast<std::uint64_t>(&json);
+    const double number = integer   ? static_cast<double>(*integer)
+                          : natural ? static_cast<double>(*natural)
+                                    : Cast<double>(json);
     constexpr double kMost = std::numeric_limits<float>::max();
     value = static_cast<float>(std::clamp(number, -kMost, kMost));
 }

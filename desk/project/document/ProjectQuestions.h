@@ -22,8 +22,9 @@ void TellNotCopied(const host::UTF16String& path, const host::UTF16String& reaso
 void TellNotReloaded(const host::UTF16String& path, const host::UTF16String& reason);
 void TellNotMade(const host::UTF16String& path, const host::UTF16String& reason);
 void TellNotWritable(const host::UTF16String& path, const host::UTF16String& reason);
-/// What `exception` has ended did not make the project at `path`: told by `tell`, one of those above; or may
-/// have made it (`MoveInDoubt`); nothing when it was the user that cancelled. The operation goes to the log.
+/// `exception` has ended what was to make the project at `path`. Tells by `tell`, one of those above, that it
+/// was not made, or that it may have been (`MoveInDoubt`); nothing when the user has cancelled. The operation
+/// goes to the log.
 void TellFailure(const host::UTF16String& path, const host::FileException& exception,
                  void (*tell)(const host::UTF16String& path, const host::UTF16String& reason));
 /// It is not known whether something was done. `kept`: where the text may lie in place of its file; or empty.
