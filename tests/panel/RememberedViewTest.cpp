@@ -170,7 +170,7 @@ TEST_F(RememberedViewTest, ASettingsFileThatCannotBeReadOrWrittenIsNeverReplaced
         ClosePanel();
         EXPECT_EQ(mFolder.Read(kFile) != file, failures == 1) << "tried twice";
         OpenPanel();
-        EXPECT_FLOAT_EQ(RowHeight(), 47.5f - 11.25f * failures) << "kept beyond the panel";
+        EXPECT_FLOAT_EQ(RowHeight(), 47.5f - 11.25f * static_cast<float>(failures)) << "kept beyond the panel";
     }
 }
 

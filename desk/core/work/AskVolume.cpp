@@ -17,7 +17,10 @@ void WaitForAnswer(const host::UTF16String& title, const char* operation, const 
     if (isAnswered(kUnnoticed)) return;
     RunLongWork(title, [&](WorkProgress& progress) {
         progress.SetItem(path);
-        while (!isAnswered(kUnnoticed)) progress.ThrowIfCancelled(operation, host::UTF16to8(path));
+        const std::string bytes = host::UTF16to8(path);
+        while (!isAnswered(kUnnoticed)) progress.ThrowIfCancelled(operation, bytes);
+        // An answer that comes together with a cancel comes too late.
+        progress.ThrowIfCancelled(operation, bytes);
     });
 }
 
