@@ -1,20 +1,19 @@
 #include "desk/app/ProjectCommands.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
-#include "desk/core/edges/Desktop.h"
 #include "desk/core/edges/Dialogs.h"
 #include "desk/core/edges/Services.h"
-#include "desk/core/names/LockRecord.h"
 #include "desk/files/live/FolderStore.h"
-#include "desk/files/live/KnownFacts.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/mediabrowser/DirectorySelection.h"
 #include "desk/project/document/ProjectDocuments.h"
 #include "desk/project/lock/BreakLock.h"
+#include "desk/project/lock/LockHolder.h"
 #include "desk/project/production/Production.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -49,13 +48,8 @@ CommandStatus ToggleStatus(const ProjectDocumentRef& document) {
 
 bool IsKnownToBeLockedBySomebodyElse(const host::UTF16String& path) {
     if (!host::IsVantorProjectFile(path)) return false;
-    const ItemFacts* facts = FindKnownItemAndRequest(path).mFacts;
-    if (!facts || !facts->mHasLockFile || !facts->mLock) return false;
-    const LockRecord& lock = *facts->mLock;
-    host::UTF16String user, machine;
-    host::GetProjectLockingPrefs(user, machine);
-    const bool isReaders = lock.mIsReadable && lock.mUser == user && lock.mMachine == machine;
-    return !isReaders && !IsLockStale(lock, *GetServices().mDesktop);
+    const std::optional<ProjectHolder> holder = FindKnownProjectHolder(path);
+    return holder && holder->mWho == LockHolder::AnotherProcess;
 }
 
 void OfferToEdit(const ProjectDocumentRef& document) {

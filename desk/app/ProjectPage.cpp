@@ -19,6 +19,7 @@
 #include "desk/core/names/QtStrings.h"
 #include "desk/core/work/WorkerPool.h"
 #include "desk/framework/MenuResources.h"
+#include "desk/project/lock/LockHolder.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 
@@ -204,9 +205,10 @@ void ProjectPage::HolderFound(const std::vector<StandingLock>& locks) {
 
 void ProjectPage::NoteHolder(const std::vector<StandingLock>& locks) {
     const auto isUnknown = [](const StandingLock& lock) { return lock.mSeen.mSystemError != 0; };
-    const auto holder = std::ranges::find_if(
-        locks, [&](const StandingLock& lock) { return !isUnknown(lock) && !IsOurs(lock); });
-    mIsHeld = holder != locks.end() && !IsLockStale(holder->mRecord, *GetServices().mDesktop);
+    const auto holder = std::ranges::find_if(locks, [&](const StandingLock& lock) {
+        return !isUnknown(lock) && FindLockHolder(lock.mRecord) == LockHolder::AnotherProcess;
+    });
+    mIsHeld = holder != locks.end();
     mIsFree = !mIsHeld && std::ranges::none_of(locks, isUnknown);
     if (mIsHeld) mHolder = DescribeHolder(holder->mRecord);
 }

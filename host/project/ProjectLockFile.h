@@ -18,11 +18,13 @@ public:
     virtual bool IsLocked() const = 0;
 
     /// The name of the user that holds the lock. Empty while the volume has not told it yet; a lock
-    /// file that cannot be read names an unknown user in the user's language.
+    /// file that cannot be read names an unknown user in the user's language. For a lock of the user that it was
+    /// read for, which another process holds (on another machine, or in a second program here), user and
+    /// machine: such a lock is in this process's way like anybody else's.
     virtual UTF16String GetLockOwner() const = 0;
 
-    /// True when the lock is held by the user and identity that it was read for, so that the project
-    /// can be edited here.
+    /// True when this process holds the lock for the user and identity that it was read for, so that the
+    /// project can be edited here.
     virtual bool IsHeldByReader() const = 0;
 
     /// Reads the lock again. True when this reference was created and the lock is no longer this process's:

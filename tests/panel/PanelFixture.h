@@ -16,6 +16,7 @@
 #include "host/files/PathUtils.h"
 #include "host/framework/Identifiers.h"
 #include "host/project/ProjectFiles.h"
+#include "host/project/ProjectLockFile.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"
 #include "tests/support/TestPanelFrame.h"
@@ -54,6 +55,7 @@ protected:
 
     ~PanelFixture() override {
         ClosePanel();
+        mLocks.clear();
         while (!desk::OpenProjectList::Instance().Get().empty())
             desk::OpenProjectList::Instance().Remove(desk::OpenProjectList::Instance().Get().back());
         desk::Production::Instance().Close();
@@ -83,9 +85,18 @@ protected:
         mFolder.Rename(OnDisk(from) + ".zuproj", OnDisk(to) + ".zuproj");
     }
     void OtherUserLocks(const std::string& name, const UTF16String& user = u"edit-bay-2") {
-        WriteLock(name, user, u"machine-of-" + user);
+        WriteLock(name, WriteLockRecord(MakeForeignRecord(mDesktop, user, u"machine-of-" + user)));
     }
-    void WeLock(const std::string& name) { WriteLock(name, mDesktop.mUserName, mDesktop.mMachineName); }
+    void WeLock(const std::string& name) {
+        mLocks.push_back(
+            CreateProjectLockFile(PathOf(name + ".zuproj"), mDesktop.mUserName, mDesktop.mMachineName));
+        ASSERT_TRUE(mLocks.back());
+    }
+    void WriteLock(const std::string& name, const std::string& bytes) {
+        // As a whole, as lock files come to be.
+        mFolder.Write("taking a lock", bytes);
+        mFolder.Rename("taking a lock", LockPath(name));
+    }
     void Unlock(const std::string& name) { mFolder.Remove(LockPath(name)); }
 
     // What the user and the program do.
@@ -254,6 +265,8 @@ protected:
     Handler* mHandler = nullptr;
     SharedProjectsTabView* mTabView = nullptr;
     std::string mProduction = kProduction;
+    /// Those of this process.
+    std::vector<ProjectLockFileRef> mLocks;
 
 private:
     static std::string TextOf(const QTreeView& widget, const RowRef& row, int column) {
@@ -265,11 +278,6 @@ private:
     std::string LockPath(const std::string& name) const {
         const std::filesystem::path project = OnDisk(name);
         return project.parent_path() / ('.' + project.filename().string() + ".zuproj.lock");
-    }
-    void WriteLock(const std::string& name, const UTF16String& user, const UTF16String& machine) {
-        // As a whole, as lock files come to be.
-        mFolder.Write("taking a lock", WriteLockRecord(MakeForeignRecord(mDesktop, user, machine)));
-        mFolder.Rename("taking a lock", LockPath(name));
     }
     template <class GetPath>
     static Rows IndentedNames(const UI_MultiColumnTree& tree, GetPath getPath) {

@@ -109,16 +109,18 @@ TEST_F(TrashTest, WhoCancelsTheSearchForLocksAndProjectsMovesAndClosesNothing) {
     OpenProductionWith({"Reels/A"});
     OpenDocument("Reels/A");
     Select({"Reels"});
-    mDialogs.mWhileWaiting = [this](desk::WorkProgress& progress) {
-        progress.Cancel();
-        mDisk.OpenGate();
-    };
+    mDialogs.mWhileWaiting = [](desk::WorkProgress& progress) { progress.Cancel(); };
     ExpectLogged cancelled("Operation canceled");
     const std::string folder = mFolder.Path(OnDisk("Reels"));
     mDisk.CloseGate(Operation::ListFolder, folder);
     mDisk.ResetCounts();
-    EXPECT_TRUE(Send(kMoveToTrash));
+    EXPECT_TRUE(mTabView->ObeyCommand(Command(kMoveToTrash)));
     EXPECT_EQ(mDisk.CountOnUIThread(), 0);
+    mDisk.OpenGate();
+    mDialogs.mWhileWaiting = [this](desk::WorkProgress& progress) {
+        progress.Cancel();
+        mDisk.OpenGate();
+    };
     mDisk.CloseGate(Operation::ListFolder, folder);
     EXPECT_FALSE(Utils::CloseOpenProjectsInList(PathsOf({"Reels"}), false, true));
     mDisk.CloseGate(Operation::ListFolder, folder);

@@ -164,7 +164,7 @@ private:
     /// Asked for in this turn of the event loop.
     std::vector<FactReader::Question> mQuestions;
     /// Items that somebody has asked for whose locks processes of this machine hold.
-    std::set<host::UTF16String, std::less<>> mHeldHere;
+    std::set<host::UTF16String, std::less<>> mHolders;
     MainThread::TimerID mHolderTimer = 0;
     std::shared_ptr<int> mToken = std::make_shared<int>();
 };

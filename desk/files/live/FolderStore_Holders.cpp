@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::chrono::seconds kInterval{2};
 
-/// True when another process of this machine holds the lock, as far as is known.
-bool IsHeldHere(const ItemFacts& facts) {
+/// True when the lock is that of another process of this machine, which may have ended.
+bool IsOfAnotherProcessHere(const ItemFacts& facts) {
     const Desktop* desktop = GetServices().mDesktop;
     const LockRecord* record = facts.mLock.get();
     return desktop && record && record->mPid != ::getpid() && IsOfThisMachine(*record, *desktop);
@@ -23,21 +23,21 @@ bool IsHeldHere(const ItemFacts& facts) {
 }  // namespace
 
 void FolderStoreImpl::WatchHolder(std::u16string_view path, const ItemFacts& facts) {
-    if (mHeldHere.contains(path) || !IsHeldHere(facts)) return;
+    if (mHolders.contains(path) || !IsOfAnotherProcessHere(facts)) return;
     if (IsLockStale(*facts.mLock, *GetServices().mDesktop)) return;
-    mHeldHere.emplace(path);
+    mHolders.emplace(path);
     if (mHolderTimer == 0)
         mHolderTimer = GetServices().mMainThread->StartTimer(kInterval, [this] { LookForHolders(); });
 }
 
 void FolderStoreImpl::LookForHolders() {
-    for (const host::UTF16String& path : std::vector(mHeldHere.begin(), mHeldHere.end())) {
+    for (const host::UTF16String& path : std::vector(mHolders.begin(), mHolders.end())) {
         Folder* folder = nullptr;
         const FolderItems::Item* item = FindItem(path, folder);
-        const bool isHeldHere = item && IsHeldHere(item->mFacts);
-        if (isHeldHere && !IsLockStale(*item->mFacts.mLock, *GetServices().mDesktop)) continue;
-        mHeldHere.erase(path);
-        if (!isHeldHere) continue;
+        const bool isOfAnotherProcess = item && IsOfAnotherProcessHere(item->mFacts);
+        if (isOfAnotherProcess && !IsLockStale(*item->mFacts.mLock, *GetServices().mDesktop)) continue;
+        mHolders.erase(path);
+        if (!isOfAnotherProcess) continue;
         Changes changes;
         changes.mContent.push_back(
             MakeProperties(*folder->mPath, folder->mItems->NameOf(*item), item->mFacts.mKind));
@@ -45,7 +45,7 @@ void FolderStoreImpl::LookForHolders() {
         DeliverChanges(kept, std::move(changes));
         DeliverNext(kept);
     }
-    if (mHeldHere.empty()) GetServices().mMainThread->StopTimer(std::exchange(mHolderTimer, 0));
+    if (mHolders.empty()) GetServices().mMainThread->StopTimer(std::exchange(mHolderTimer, 0));
 }
 
 }  // namespace desk

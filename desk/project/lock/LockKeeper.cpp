@@ -1,7 +1,5 @@
 #include "desk/project/lock/LockKeeper.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <mutex>
@@ -205,12 +203,6 @@ HeldLockPtr LockKeeper::FindByNonce(const std::string& nonce) const {
         if (HeldLockPtr lock = weak.lock(); lock && !lock->mIsLost && lock->mRecord.mNonce == nonce)
             return lock;
     return {};
-}
-
-bool LockKeeper::HasGivenUp(const LockRecord& record) const {
-    return record.mIsReadable && record.mPid == ::getpid() &&
-           AreOfOneProcess(record, MakeLockRecord(*GetServices().mDesktop, {}, {})) &&
-           !FindByNonce(record.mNonce);
 }
 
 /// Another lock may have taken the path since.

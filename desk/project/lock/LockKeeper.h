@@ -87,9 +87,9 @@ public:
     /// The lock with this nonce that this process holds at `lockPath` was found lost: it stays lost. False when
     /// this process holds none such there any more. Touches no disk.
     bool NoteLoss(const std::string& lockPath, const std::string& nonce);
-    /// True for the record of a lock of this very process that it does not hold any more: whoever has read it
-    /// has not heard yet that it was given up. Touches no disk.
-    bool HasGivenUp(const LockRecord& record) const;
+    /// True while this process holds the lock with this nonce, wherever it stands, and has not lost it. Touches
+    /// no disk.
+    bool Holds(const std::string& nonce) const { return FindByNonce(nonce) != nullptr; }
 
     /// Tries again for at most `patience` to give up what could not be given up yet, and returns when all is,
     /// or the time is over: for the end of the program, after which nobody does. Needs no events.

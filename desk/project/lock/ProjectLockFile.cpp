@@ -1,22 +1,16 @@
 #include "host/project/ProjectLockFile.h"
 
-#include <optional>
-
 #include "desk/core/edges/Desktop.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/log/Log.h"
 #include "desk/core/log/UserNotice.h"
-#include "desk/core/names/LockRecord.h"
 #include "desk/core/names/RecordTexts.h"
-#include "desk/files/live/FolderStore.h"
-#include "desk/files/live/KnownFacts.h"
 #include "desk/project/document/ProjectQuestions.h"
-#include "desk/project/lock/LockKeeper.h"
+#include "desk/project/lock/LockHolder.h"
 #include "desk/project/lock/ProjectLocking.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
-#include "host/project/OpenProjects.h"
 
 namespace host {
 
@@ -24,26 +18,14 @@ IProjectLockFile::~IProjectLockFile() = default;
 
 namespace {
 
-/// A lock file whose content is not known yet.
-class UnreadLockFile : public IProjectLockFile {
-public:
-    bool IsLocked() const override { return true; }
-    UTF16String GetLockOwner() const override { return {}; }
-    bool IsHeldByReader() const override { return false; }
-    bool IsLost() override { return false; }
-};
-
 /// What a lock file said when it was read.
 class ReadLockFile : public IProjectLockFile {
 public:
-    ReadLockFile(const desk::LockRecord& record, const UTF16String& userName, const UTF16String& machineName)
-        : mIsLocked(!desk::IsLockStale(record, *desk::GetServices().mDesktop)) {
-        if (record.mIsReadable) {
-            mOwner = record.mUser;
-            mIsHeldByReader = mIsLocked && record.mUser == userName && record.mMachine == machineName;
-        } else {
-            mOwner = ZString("$$$/Vantor/Desk/Project/UnknownLockOwner=Unknown user");
-        }
+    ReadLockFile(const desk::ProjectHolder& holder, const UTF16String& userName, const UTF16String& machineName)
+        : mIsLocked(holder.mWho != desk::LockHolder::Nobody), mOwner(DescribeOwner(holder, userName)) {
+        const desk::LockRecord& record = holder.mRecord;
+        mIsHeldByReader = holder.mWho == desk::LockHolder::ThisProcess && record.mUser == userName &&
+                          record.mMachine == machineName;
     }
     bool IsLocked() const override { return mIsLocked; }
     UTF16String GetLockOwner() const override { return mOwner; }
@@ -51,23 +33,20 @@ public:
     bool IsLost() override { return false; }
 
 private:
+    static UTF16String DescribeOwner(const desk::ProjectHolder& holder, const UTF16String& userName) {
+        const desk::LockRecord& record = holder.mRecord;
+        if (holder.mWho == desk::LockHolder::NotTold) return {};
+        if (!record.mIsReadable) return ZString("$$$/Vantor/Desk/Project/UnknownLockOwner=Unknown user");
+        if (holder.mWho == desk::LockHolder::AnotherProcess && record.mUser == userName)
+            return ZString("$$$/Vantor/Desk/Project/OwnLockElsewhere=@0 on @1",
+                           {record.mUser, record.mMachine});
+        return record.mUser;
+    }
+
     bool mIsLocked;
-    bool mIsHeldByReader = false;
     UTF16String mOwner;
+    bool mIsHeldByReader = false;
 };
-
-std::string LockPathOf(const UTF16String& projectPath) {
-    return desk::GetLockPath(PathUtils::ToNormalizedPath(projectPath));
-}
-
-/// A project that was opened through a link is held under that name.
-desk::HeldLockPtr FindHeldLock(const UTF16String& projectPath) {
-    const desk::LockKeeper& keeper = desk::LockKeeper::Instance();
-    if (!keeper.HoldsAny()) return {};
-    if (auto held = keeper.Find(LockPathOf(projectPath))) return held;
-    ProjectRef project;
-    return IsProjectOpen(projectPath, project) ? keeper.Find(LockPathOf(project->GetProjectPath())) : nullptr;
-}
 
 void LogRefusal(const UTF16String& projectPath, const desk::ProjectLocking& locking) {
     const desk::LockRecord& holder = locking.mHolder;
@@ -106,21 +85,9 @@ ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const U
 
 ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                        const UTF16String& machineName) {
-    // What this process holds it knows best.
-    const desk::LockKeeper& keeper = desk::LockKeeper::Instance();
-    if (const auto held = FindHeldLock(projectPath); held && !held->IsLost())
-        return new ReadLockFile(held->GetRecord(), userName, machineName);
-    const desk::KnownItem known = desk::FindKnownItemAndRequest(projectPath);
-    if (known.mIsAbsent || known.mIsAwaited) return {};
-    if (known.mFacts) {
-        if (!known.mFacts->mHasLockFile) return {};
-        if (!known.mFacts->mLock) return new UnreadLockFile;
-        if (keeper.HasGivenUp(*known.mFacts->mLock)) return {};
-        return new ReadLockFile(*known.mFacts->mLock, userName, machineName);
-    }
-    const auto record = desk::ReadLockRecord(*desk::GetServices().mFileSystem, LockPathOf(projectPath));
-    if (!record) return {};
-    return new ReadLockFile(*record, userName, machineName);
+    const desk::ProjectHolder holder = desk::FindProjectHolder(PathUtils::ToNormalizedPath(projectPath));
+    if (holder.mWho == desk::LockHolder::Nobody && !holder.mRecord.mIsReadable) return {};
+    return new ReadLockFile(holder, userName, machineName);
 }
 
 }  // namespace host

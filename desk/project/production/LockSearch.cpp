@@ -4,7 +4,6 @@
 #include <memory>
 #include <mutex>
 
-#include "desk/core/edges/Desktop.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/log/Log.h"
 #include "desk/core/names/FolderPath.h"
@@ -12,11 +11,11 @@
 #include "desk/core/names/LockRecord.h"
 #include "desk/core/work/AskVolume.h"
 #include "desk/core/work/ParallelWork.h"
+#include "desk/project/lock/LockHolder.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
-#include "host/project/ProjectLockFile.h"
 
 namespace desk {
 
@@ -28,7 +27,7 @@ class LockSearch {
 public:
     using StopFlag = std::shared_ptr<std::atomic<bool>>;
 
-    LockSearch(host::UTF16String user, StopFlag stop) : mUser(std::move(user)), mStop(std::move(stop)) {}
+    explicit LockSearch(StopFlag stop) : mStop(std::move(stop)) {}
 
     bool IsAnyLockedIn(const std::string& folder) {
         mNext = {folder};
@@ -75,13 +74,11 @@ private:
         }
     }
 
-    bool IsOfAnother(const std::string& lockPath) const {
+    static bool IsOfAnother(const std::string& lockPath) {
         const std::optional<LockRecord> lock = ReadLockRecord(*GetServices().mFileSystem, lockPath);
-        if (!lock || IsLockStale(*lock, *GetServices().mDesktop)) return false;
-        return !lock->mIsReadable || lock->mUser != mUser;
+        return lock && IsHeldElsewhere(*lock);
     }
 
-    const host::UTF16String mUser;
     const StopFlag mStop;
     std::mutex mMutex;
     std::vector<std::string> mNext;
@@ -96,21 +93,18 @@ namespace host {
 
 UTF16StringVec FindFoldersWithLockedProjects(const UTF16StringVec& folders) {
     if (folders.empty()) return {};
-    UTF16String user, machine;
-    GetProjectLockingPrefs(user, machine);
     const auto stop = std::make_shared<std::atomic<bool>>(false);
     const std::shared_ptr<void> stopAtTheEnd(nullptr, [stop](void*) { *stop = true; });
     const UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(folders.front()));
-    return desk::AskVolume(ZString("$$$/Vantor/Desk/Files/Searching=Searching “@0”", {name}), "search",
-                           folders.front(), [folders, user, stop] {
-                               UTF16StringVec found;
-                               std::ranges::copy_if(
-                                   folders, std::back_inserter(found), [&](const auto& folder) {
-                                       return desk::LockSearch(user, stop)
-                                           .IsAnyLockedIn(UTF16to8(PathUtils::ToNormalizedPath(folder)));
-                                   });
-                               return found;
-                           });
+    return desk::AskVolume(
+        ZString("$$$/Vantor/Desk/Files/Searching=Searching “@0”", {name}), "search", folders.front(),
+        [folders, stop] {
+            UTF16StringVec found;
+            std::ranges::copy_if(folders, std::back_inserter(found), [&](const auto& folder) {
+                return desk::LockSearch(stop).IsAnyLockedIn(UTF16to8(PathUtils::ToNormalizedPath(folder)));
+            });
+            return found;
+        });
 }
 
 }  // namespace host

@@ -8,24 +8,10 @@
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/LockRecord.h"
 #include "desk/project/lock/Leftovers.h"
-#include "host/project/OpenProjects.h"
+#include "desk/project/lock/LockHolder.h"
 #include "host/project/ProjectLockFile.h"
 
 namespace desk {
-
-namespace {
-
-/// A project that was opened through a link is held under that name.
-HeldLockPtr FindHeld(const host::UTF16String& path) {
-    const LockKeeper& keeper = LockKeeper::Instance();
-    if (!keeper.HoldsAny()) return {};
-    HeldLockPtr held = keeper.Find(GetLockPath(path));
-    host::ProjectRef project;
-    if (!held && host::IsProjectOpen(path, project)) held = keeper.Find(GetLockPath(project->GetProjectPath()));
-    return held && !held->IsLost() ? held : nullptr;
-}
-
-}  // namespace
 
 void SharedLocks::Write(const LockRecord& owner) {
     for (auto& [path, folder] : mFolders) {
@@ -48,7 +34,7 @@ MoveLocks::MoveLocks(const host::UTF16String& source, const host::UTF16String& d
     mDestination.mPath = GetLockPath(destination);
     mSource.mRecord = MakeLockRecord(*GetServices().mDesktop, user, machine);
     mDestination.mRecord = MakeLockRecord(*GetServices().mDesktop, user, machine);
-    mSource.mHeld = FindHeld(source);
+    mSource.mHeld = FindHeldLock(source);
     mWasHeld = mSource.mHeld != nullptr;
     mIsOwnAtDestination = LockKeeper::Instance().Find(mDestination.mPath) != nullptr;
 }
@@ -62,10 +48,8 @@ MoveLocks::Taking MoveLocks::Take(const SharedLock& source, const SharedLock& de
 
 MoveLocks::Taking MoveLocks::CheckSource() {
     const std::optional<LockRecord> found = ReadLockRecord(*GetServices().mFileSystem, mSource.mPath);
-    // A lock that was lost is not held any more, whatever its nonce.
-    const bool isOurs = found && ((mSource.mHeld && found->mNonce == mSource.mHeld->GetRecord().mNonce) ||
-                                  AreOfOneProcess(*found, mSource.mRecord));
-    if (!found || isOurs || IsLockStale(*found, *GetServices().mDesktop)) return Taking::Taken;
+    const std::string heldNonce = mSource.mHeld ? mSource.mHeld->GetRecord().mNonce : std::string();
+    if (!found || !IsHeldElsewhere(*found, heldNonce)) return Taking::Taken;
     mObstacle.mObstacle = ProjectLocking::Obstacle::Held;
     mObstacle.mHolder = *found;
     return Taking::Held;

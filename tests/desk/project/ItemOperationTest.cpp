@@ -155,7 +155,7 @@ TEST_F(ItemOperationTest, FoldersThatHoldALockedProjectAreFoundWithOneListingEac
     const host::UTF16StringVec folders{mFolder.PathUTF16("Production/Reels"),
                                        mFolder.PathUTF16("Production/Trash")};
     Lock("Reels/Day 1/7", MakeDeadRecord(mDesktop));
-    Lock("Reels/Day 1/8", MakeForeignRecord(mDesktop, mDesktop.mUserName, u"edit-bay-9"));
+    Lock("Reels/Day 1/8", desk::MakeLockRecord(mDesktop, mDesktop.mUserName, mDesktop.mMachineName));
     mDisk.ResetCounts();
     EXPECT_EQ(host::FindFoldersWithLockedProjects(folders), host::UTF16StringVec());
     EXPECT_EQ(mDisk.Count(Operation::Any), 5) << "three listings and two locks";

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <thread>
@@ -36,10 +35,6 @@ protected:
     std::string NonceAt(std::string_view lock) const {
         return desk::ParseLockRecord(mFolder.Read(lock)).mNonce;
     }
-    void WriteForeignLock(const host::UTF16String& user = u"tomas",
-                          const host::UTF16String& machine = u"edit-bay-2") {
-        mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop, user, machine)));
-    }
     /// As a folder is swept when it is first listed.
     void List(const char* folder) {
         const Names names = NamesIn(folder);
@@ -67,20 +62,6 @@ TEST_F(LockKeeperTest, TheLastCreatedReferenceRemovesTheFile) {
     second.reset();
     EXPECT_FALSE(mFolder.Exists(kLock));
     EXPECT_FALSE(Read());
-}
-
-TEST_F(LockKeeperTest, ReadsWhoHoldsTheLock) {
-    const auto isHeldByReader = [this](const host::UTF16String& user, const host::UTF16String& machine) {
-        WriteForeignLock(user, machine);
-        return Read()->IsHeldByReader();
-    };
-    EXPECT_FALSE(isHeldByReader(u"tomas", mDesktop.mMachineName));
-    EXPECT_FALSE(isHeldByReader(mDesktop.mUserName, u"edit-bay-2"));
-    EXPECT_TRUE(isHeldByReader(mDesktop.mUserName, mDesktop.mMachineName));
-    mFolder.Remove(kLock);
-    mkfifo(mFolder.Path(kLock).c_str(), 0600);
-    EXPECT_TRUE(Read()->IsLocked() && !Read()->IsHeldByReader());
-    EXPECT_FALSE(Read()->GetLockOwner().empty());
 }
 
 TEST_F(LockKeeperTest, RefusesBeforeTheDiskIsTouched) {
@@ -216,7 +197,7 @@ TEST_F(LockKeeperTest, ALockThatWasBrokenIsLostAndNothingIsRemoved) {
     mDisk.SetGone(true);
     EXPECT_THROW(lock->IsLost(), host::FileException);
     mDisk.SetGone(false);
-    WriteForeignLock();
+    mFolder.Write(kLock, WriteLockRecord(MakeForeignRecord(mDesktop)));
     EXPECT_TRUE(lock->IsLost());
     EXPECT_FALSE(lock->IsLocked());
     EXPECT_EQ(Read()->GetLockOwner(), u"tomas");

@@ -192,33 +192,20 @@ TEST_P(LockProtocolTest, IsTakenOverFromTheDeadUnlessSomebodyLivingIsAboutTo) {
     EXPECT_EQ(NamesIn(), kOnlyLock);
 }
 
-TEST_P(LockProtocolTest, EveryStepMayFail) {
+TEST_P(LockProtocolTest, EveryStepOfTakingOverAndBreakingMayFail) {
     LockRecord mine;
     LockTaking taking;
-    for (const bool isTakenOver : {false, true})
-        FailEachStep(
-            [&] {
-                mine = Mine();
-                if (isTakenOver) Stand(MakeDeadRecord(mDesktop));
-            },
-            [&] { taking = mProtocol.Take(mPath, mine); },
-            [&] {
-                const bool isOurs = taking.mOutcome == LockTaking::Outcome::Ours;
-                EXPECT_NE(taking.mOutcome, LockTaking::Outcome::Held);
-                EXPECT_TRUE(isOurs || isTakenOver || taking.mSystemError == EIO);
-                EXPECT_EQ(NamesIn(), mFolder.Exists(kLock) ? kOnlyLock : Names{});
-                EXPECT_TRUE(!isOurs || NonceOfLock() == mine.mNonce);
-                EXPECT_TRUE(!isOurs || mProtocol.Release(mPath, mine.mNonce) == LockRelease::Done);
-                // Whatever came of it, the next one succeeds.
-                mine = Mine();
-                EXPECT_EQ(Take(mine), LockTaking::Outcome::Ours);
-                EXPECT_EQ(mProtocol.Release(mPath, mine.mNonce), LockRelease::Done);
-            });
-    LockRelease release;
-    FailEachStep([&] { Take(mine = Mine()); }, [&] { release = mProtocol.Release(mPath, mine.mNonce); },
+    FailEachStep([&] { Stand(MakeDeadRecord(mDesktop)); },
+                 [&] { taking = mProtocol.Take(mPath, mine = Mine()); },
                  [&] {
-                     EXPECT_EQ(release, LockRelease::Done);
-                     EXPECT_TRUE(NamesIn().empty());
+                     const bool isOurs = taking.mOutcome == LockTaking::Outcome::Ours;
+                     EXPECT_NE(taking.mOutcome, LockTaking::Outcome::Held);
+                     EXPECT_EQ(NamesIn(), mFolder.Exists(kLock) ? kOnlyLock : Names{});
+                     EXPECT_TRUE(!isOurs || NonceOfLock() == mine.mNonce);
+                     EXPECT_TRUE(!isOurs || mProtocol.Release(mPath, mine.mNonce) == LockRelease::Done);
+                     // Whatever came of it, the next one succeeds.
+                     EXPECT_EQ(Take(mine = Mine()), LockTaking::Outcome::Ours);
+                     EXPECT_EQ(mProtocol.Release(mPath, mine.mNonce), LockRelease::Done);
                  });
     LockBreaking::Outcome outcome;
     FailEachStep(
@@ -284,16 +271,6 @@ TEST_P(LockProtocolTest, ALivingOwnerWaitsForTheOneWhoBreaks) {
     EXPECT_EQ(mProtocol.Check(mPath, owner.mNonce).mStanding, LockStanding::Lost);
     EXPECT_EQ(mProtocol.Release(mPath, owner.mNonce), LockRelease::NotOurs);
     EXPECT_EQ(NonceOfLock(), next.mNonce);
-}
-
-TEST_P(LockProtocolTest, OnlyALivingGuardIsInTheWay) {
-    const LockRecord held = Foreign();
-    Stand(held);
-    StandGuard(held, Foreign());
-    EXPECT_EQ(LookAndBreak(), LockBreaking::Outcome::Guarded);
-    StandGuard(held, MakeDeadRecord(mDesktop));
-    EXPECT_EQ(Break(), LockBreaking::Outcome::Broken);
-    EXPECT_TRUE(NamesIn().empty());
 }
 
 TEST_P(LockProtocolTest, SweepsOnlyWhatOurDeadHaveLeft) {
