@@ -76,7 +76,9 @@ TEST_F(CommandsTest, StatusesFollowSelectionAndProjects) {
 TEST_F(CommandsTest, ANewFolderGoesIntoTheSelectedFolderOrBesideTheSelectedProject) {
     OpenProductionWith({"Reels/Day 1/A"});
     const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
+    mDisk.ResetCounts();
     NewFolder(u"Top");
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
     EXPECT_TRUE(Shows({"Reels", "Top"}));
     EXPECT_EQ(SelectedNames(), Names{"Top"});
     // A closed folder that was never read is opened to show what was made in it.

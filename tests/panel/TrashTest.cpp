@@ -16,7 +16,9 @@ protected:
 
 TEST_F(TrashTest, NothingIsDeletedAndNoNameIsInTheWay) {
     OpenProductionWith({{"A", "first"}, "Reels/B"});
+    mDisk.ResetCounts();
     Trash({"A.zuproj", "Reels"});
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "the first time, too";
     Make({{"A", "second"}, "Reels/"});
     Trash({"A.zuproj", "Reels"});
     const DiskTree tree = ReadTree(mFolder.Path(OnDisk("Trash")));

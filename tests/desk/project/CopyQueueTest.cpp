@@ -1,3 +1,4 @@
+#include "desk/app/ProgressTexts.h"
 #include "desk/project/production/CopyQueue.h"
 #include "desk/project/production/Production.h"
 #include "host/project/ProductionItems.h"
@@ -129,6 +130,20 @@ TEST_F(CopyQueueTest, WhatFailsIsToldLeavesNothingAndKeepsNobody) {
     EXPECT_EQ(States(), (std::vector{State::Failed, State::Done, State::Done}));
     EXPECT_EQ(InFolder(), (Names{"B.zuproj", "C.zuproj"}));
 
+    mQueue.ClearFinished();
+    {
+        const ExpectLogged doubt("perhaps done");
+        mDisk.SetLies(FaultyFileSystem::Lies::NamesForLong);
+        mDisk.FailAfter(Operation::RenameNoReplace, 1, EIO);
+        host::AddProjectToZuProduction(Out("A"), InProduction("D.zuproj"));
+        mMain.RunUntilIdle();
+        EXPECT_EQ(States(), std::vector{State::InDoubt});
+        EXPECT_TRUE(
+            DescribeState(mQueue.GetJobs().front()).startsWith(QStringLiteral("“A.zuproj” may or may not")));
+        mDisk.SetLies(FaultyFileSystem::Lies::None);
+        mDisk.ForgetLies();
+        mFolder.Remove("Production/Day 1/D.zuproj");
+    }
     mQueue.ClearFinished();
     mFolder.Write("Out/x.txt");
     mFolder.MakeFolder("Out/F.zuproj");
