@@ -37,8 +37,6 @@ using Taking = MoveLocks::Taking;
 
 /// Items whose locks are held at the same time, and whose folders are flushed together.
 constexpr std::size_t kBatch = 256;
-/// Items whose names are looked up together before they move one by one.
-constexpr std::size_t kLookedAhead = 32;
 /// What an item counts in the progress, beside the bytes that are copied.
 constexpr std::uint64_t kItemWeight = 64 * 1024;
 
@@ -149,12 +147,8 @@ bool ItemOperation::CheckTrash() {
 bool ItemOperation::DoBatch(std::span<Item> items, WorkProgress& progress) {
     CheckAll(items, progress);
     bool goesOn = true;
-    for (std::size_t begin = 0; begin < items.size() && goesOn; begin += kLookedAhead) {
-        const auto next = items.subspan(begin, std::min(kLookedAhead, items.size() - begin));
-        LookAhead(next);
-        for (Item& item : next)
-            if (goesOn) goesOn = Do(item, progress);
-    }
+    for (Item& item : items)
+        if (goesOn) goesOn = Do(item, progress);
     FlushFolders(items);
     mFlushed += items.size();
     AskToFollow();
@@ -176,20 +170,6 @@ void ItemOperation::CheckAll(std::span<Item> items, const WorkProgress& progress
         if (!progress.IsCancelled()) Check(items[index], locks);
     });
     std::ranges::move(locks.Remove(), std::back_inserter(mRemains));
-}
-
-/// A system locks a folder while it renames in it, and asks a slow volume for the names in that time; unless it
-/// knows them, for which the volume is asked here, many at a time.
-void ItemOperation::LookAhead(std::span<Item> items) const {
-    if (mVerb == Verb::Copy || items.size() < 2) return;
-    RunShared(2 * items.size(), [&](std::size_t index) {
-        const Item& item = items[index / 2];
-        try {
-            Disk().Status(index % 2 == 0 ? item.mFrom : item.mTo, false);
-        } catch (const FileException&) {
-            // The move itself finds out.
-        }
-    });
 }
 
 /// Looks at the source, and takes the locks of a project. What it finds is judged when the item's turn comes.

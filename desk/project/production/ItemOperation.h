@@ -75,7 +75,6 @@ private:
     bool DoBatch(std::span<Item> items, WorkProgress& progress);
     void CheckAll(std::span<Item> items, const WorkProgress& progress);
     void Check(Item& item, const SharedLocks& locks) const;
-    void LookAhead(std::span<Item> items) const;
     /// False when the operation ends here.
     bool Do(Item& item, WorkProgress& progress);
     void Refuse(Item& item) const;
