@@ -7,7 +7,6 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <chrono>
 
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectPage.h"
@@ -15,12 +14,11 @@
 #include "desk/app/ProjectTexts.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/language/Localized.h"
-#include "desk/core/names/FolderPath.h"
 #include "desk/core/work/LongWork.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MenuResources.h"
+#include "desk/project/lock/BreakLock.h"
 #include "desk/toolkit/ControlImpl.h"
-#include "host/files/DirectoryChangeMonitor.h"
 #include "host/framework/ShortcutManager.h"
 #include "host/project/DocumentManager.h"
 
@@ -40,9 +38,6 @@ private:
 };
 
 namespace {
-
-/// How often it is looked who holds the lock of a project that is shown read-only.
-constexpr std::chrono::seconds kHolderInterval(5);
 
 QLabel* MakeLine(const char* key, double scale, bool isEnabled) {
     auto* label = new QLabel(Localized(key));
@@ -85,7 +80,11 @@ private:
 }  // namespace
 
 ProjectArea::ProjectArea(QWidget* parent)
-    : QStackedWidget(parent), CommandHandler(nullptr), mTabs(new ProjectTabs) {
+    : QStackedWidget(parent),
+      CommandHandler(nullptr),
+      mTabs(new ProjectTabs),
+      mHolderLooks(
+          [this](const auto& document, bool isAnnounced) { return PrepareHolderLook(document, isAnnounced); }) {
     addWidget(new EmptyPage);
     addWidget(mTabs);
     setMinimumWidth(160);
@@ -94,21 +93,15 @@ ProjectArea::ProjectArea(QWidget* parent)
     connect(&mTabs->Bar(), &QTabBar::tabCloseRequested, this, &ProjectArea::CloseTab);
     connect(&mTabs->Bar(), &QWidget::customContextMenuRequested, this, &ProjectArea::ShowTabMenu);
     connect(qApp, &QApplication::focusChanged, this, &ProjectArea::FocusChanged);
-    mTimer = GetServices().mMainThread->StartTimer(kHolderInterval, [this] {
-        if (ProjectPage* page = GetFrontPage(); page && isVisible()) page->UpdateHolder();
-    });
     host::AddListener(host::kBackendProjectActivationStationID, this);
     host::AddListener(kStation_ProjectDocuments, this);
-    host::AddListener(host::kStation_DirectoryChanges, this);
     for (const OpenProjectRef& project : OpenProjectList::Instance().Get())
         if (const ProjectDocumentRef document = ToDocument(project)) Add(document);
 }
 
 ProjectArea::~ProjectArea() {
-    GetServices().mMainThread->StopTimer(mTimer);
     qApp->disconnect(this);
     mTabs->disconnect(this);
-    host::RemoveListener(host::kStation_DirectoryChanges, this);
     host::RemoveListener(kStation_ProjectDocuments, this);
     host::RemoveListener(host::kBackendProjectActivationStationID, this);
     CommandRouter::Instance().ForgetEditor(this);
@@ -152,8 +145,6 @@ void ProjectArea::ListenToMessage(const host::Message& message) {
         if (const ProjectDocumentRef document = ToDocument(opened->GetProject())) Add(document);
     } else if (const auto* closed = host::MessageCast<host::ProjectClosedMessage>(message)) {
         if (const ProjectDocumentRef document = ToDocument(closed->GetProject())) Remove(document);
-    } else if (const auto* changed = host::MessageCast<host::DirectoryChangedMessage>(message)) {
-        FolderChanged(changed->GetPath());
     } else {
         Follow(message);
     }
@@ -175,16 +166,20 @@ void ProjectArea::Follow(const host::Message& message) {
         GetPage(index)->TakeRecoveredText();
     else
         GetPage(index)->UpdateState();
+    mHolderLooks.LookNow(news->GetDocument());
     UpdateTab(index);
 }
 
-void ProjectArea::FolderChanged(const host::UTF16String& folder) {
-    for (int i = 0; i < mTabs->count(); ++i) {
-        const ProjectDocument& document = *GetPage(i)->GetDocument();
-        const host::UTF16String file = host::UTF8to16(document.GetFile().mPath);
-        if (FolderOf(document.GetProjectPath()) == folder || FolderOf(file) == folder)
-            GetPage(i)->UpdateHolder();
-    }
+/// While nothing has been announced, who holds the project that shows is all that anybody sees.
+ProjectLooks::Look ProjectArea::PrepareHolderLook(const ProjectDocumentRef& document, bool isAnnounced) {
+    const bool isWanted = isAnnounced || (document == GetActiveDocument() && isVisible());
+    if (!document->IsReadOnly() || !isWanted) return {};
+    return [this, path = document->GetProjectPath(), file = document->GetFile().mPath] {
+        return [this, locks = FindStandingLocks(path, file)](const ProjectDocumentRef& looked) {
+            if (const int index = FindTab(looked.get()); index >= 0) GetPage(index)->TakeLocks(locks);
+            return false;
+        };
+    };
 }
 
 void ProjectArea::Add(const ProjectDocumentRef& document) {
@@ -224,7 +219,7 @@ void ProjectArea::UpdateTab(int index) {
 void ProjectArea::TabChanged() {
     if (host::DocumentManager* manager = host::DocumentManager::Instance())
         manager->SetActiveProject(GetActiveDocument());
-    if (ProjectPage* page = GetFrontPage()) page->UpdateHolder();
+    if (const ProjectDocumentRef document = GetActiveDocument()) mHolderLooks.LookNow(document);
     Q_EMIT ActiveProjectChanged();
     Q_EMIT ProjectsChanged();
 }
@@ -235,7 +230,7 @@ bool ProjectArea::IsActiveDocumentHeld() const {
 }
 
 void ProjectArea::UpdateHolders() {
-    for (int i = 0; i < mTabs->count(); ++i) GetPage(i)->UpdateHolder();
+    for (const ProjectDocumentRef& document : GetDocuments()) mHolderLooks.LookNow(document);
 }
 
 void ProjectArea::CloseTab(int index) {

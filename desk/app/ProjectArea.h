@@ -2,8 +2,8 @@
 
 #include <QStackedWidget>
 
-#include "desk/core/edges/MainThread.h"
 #include "desk/project/document/ProjectDocument.h"
+#include "desk/project/document/ProjectLooks.h"
 #include "host/core/Messaging.h"
 #include "host/framework/CommandHandler.h"
 
@@ -48,8 +48,8 @@ private:
     void Add(const ProjectDocumentRef& document);
     void Remove(const ProjectDocumentRef& document);
     void Follow(const host::Message& message);
-    /// Locks may have come or gone there.
-    void FolderChanged(const host::UTF16String& folder);
+    /// Empty for a project that needs none.
+    ProjectLooks::Look PrepareHolderLook(const ProjectDocumentRef& document, bool isAnnounced);
     int FindTab(const ProjectDocument* document) const;
     ProjectPage* GetPage(int index) const;
     /// Null when there is none.
@@ -63,7 +63,8 @@ private:
     void FocusChanged(QWidget* old, QWidget* now);
 
     ProjectTabs* mTabs;
-    MainThread::TimerID mTimer = 0;
+    /// At who holds the projects that are read-only.
+    ProjectLooks mHolderLooks;
 };
 
 }  // namespace desk

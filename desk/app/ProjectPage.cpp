@@ -13,11 +13,9 @@
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectNotice.h"
 #include "desk/app/ProjectTexts.h"
-#include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/language/Localized.h"
 #include "desk/core/names/QtStrings.h"
-#include "desk/core/work/WorkerPool.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/project/lock/LockHolder.h"
 #include "desk/toolkit/Theme.h"
@@ -66,12 +64,6 @@ QLabel* MakeFact(double scale, bool isSecondary) {
 
 }  // namespace
 
-struct ProjectPage::Watch {
-    ProjectPage* mPage;
-    bool mIsLooking = false;
-    bool mLooksAgain = false;
-};
-
 ProjectPage::ProjectPage(ProjectDocumentRef document)
     : mDocument(std::move(document)),
       mReadOnly(new ProjectNotice(this)),
@@ -82,8 +74,7 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
       mContent(new QStackedWidget),
       mEditor(MakeEditor()),
       mKind(MakeFact(1.3, false)),
-      mFile(MakeFact(1, true)),
-      mWatch(std::make_shared<Watch>(Watch{this})) {
+      mFile(MakeFact(1, true)) {
     MakeNotices();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -104,11 +95,11 @@ ProjectPage::ProjectPage(ProjectDocumentRef document)
 }
 
 ProjectPage::~ProjectPage() {
-    if (mWatch) Leave();
+    if (!mHasLeft) Leave();
 }
 
 void ProjectPage::Leave() {
-    mWatch.reset();
+    mHasLeft = true;
     mEditor->document()->disconnect(this);
     mDocument->SetTextSource({});
 }
@@ -180,30 +171,9 @@ void ProjectPage::UpdateState() {
     mLockLost->setVisible(isLost);
     mReadOnly->setVisible(isReadOnly && !isLost);
     ShowHolder();
-    if (isReadOnly) UpdateHolder();
 }
 
-void ProjectPage::UpdateHolder() {
-    if (!mDocument->IsReadOnly() || !mWatch) return;
-    // A volume that does not answer holds up one worker, not one more at every look.
-    mWatch->mLooksAgain = mWatch->mIsLooking;
-    if (std::exchange(mWatch->mIsLooking, true)) return;
-    GetServices().mWorkerPool->Submit([watch = std::weak_ptr<Watch>(mWatch), path = mDocument->GetProjectPath(),
-                                       file = mDocument->GetFile().mPath] {
-        GetServices().mMainThread->Post([watch, locks = FindStandingLocks(path, file)] {
-            if (const auto here = watch.lock()) here->mPage->HolderFound(locks);
-        });
-    });
-}
-
-void ProjectPage::HolderFound(const std::vector<StandingLock>& locks) {
-    mWatch->mIsLooking = false;
-    NoteHolder(locks);
-    ShowHolder();
-    if (std::exchange(mWatch->mLooksAgain, false)) UpdateHolder();
-}
-
-void ProjectPage::NoteHolder(const std::vector<StandingLock>& locks) {
+void ProjectPage::TakeLocks(const std::vector<StandingLock>& locks) {
     const auto isUnknown = [](const StandingLock& lock) { return lock.mSeen.mSystemError != 0; };
     const auto holder = std::ranges::find_if(locks, [&](const StandingLock& lock) {
         return !isUnknown(lock) && FindLockHolder(lock.mRecord) == LockHolder::AnotherProcess;
@@ -211,6 +181,7 @@ void ProjectPage::NoteHolder(const std::vector<StandingLock>& locks) {
     mIsHeld = holder != locks.end();
     mIsFree = !mIsHeld && std::ranges::none_of(locks, isUnknown);
     if (mIsHeld) mHolder = DescribeHolder(holder->mRecord);
+    ShowHolder();
 }
 
 void ProjectPage::ShowHolder() {

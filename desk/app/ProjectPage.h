@@ -34,19 +34,14 @@ public:
     void TakeRecoveredText();
     /// Dirty, read-only or out of date may have changed.
     void UpdateState();
-    /// Looks who holds the lock of a project that is open read-only, or whose lock was lost, on a worker; while
-    /// it is still looking, once more afterwards.
-    void UpdateHolder();
+    /// A look at a project that is open read-only, or whose lock was lost, has found these locks.
+    void TakeLocks(const std::vector<StandingLock>& locks);
     /// True when the last look has found that somebody else holds the project, which is open read-only.
     bool IsHeldBySomebodyElse() const { return mDocument->IsReadOnly() && mIsHeld; }
 
 private:
-    struct Watch;
-
     QWidget* MakeFacts();
     void MakeNotices();
-    void HolderFound(const std::vector<StandingLock>& locks);
-    void NoteHolder(const std::vector<StandingLock>& locks);
     void ShowHolder();
     QString DescribeLoss() const;
 
@@ -66,8 +61,7 @@ private:
     bool mIsHeld = false;
     bool mIsFree = false;
     host::UTF16String mHolder;
-    /// Gone when the page is: what a worker brings then is dropped.
-    std::shared_ptr<Watch> mWatch;
+    bool mHasLeft = false;
 };
 
 }  // namespace desk

@@ -14,10 +14,14 @@ namespace {
 
 constexpr std::chrono::seconds kInterval(3);
 
+bool LiesIn(const ProjectDocument& document, const host::UTF16String& folder) {
+    return FolderOf(document.GetProjectPath()) == folder ||
+           (document.GetFile().mIsLink && FolderOf(document.GetFile().mPath) == host::UTF16to8(folder));
+}
+
 }  // namespace
 
-ProjectLooks::ProjectLooks(Prepare prepare)
-    : mPrepare(std::move(prepare)), mSelf(std::make_shared<ProjectLooks*>(this)) {
+ProjectLooks::ProjectLooks(Prepare prepare) : mPrepare(std::move(prepare)) {
     host::AddListener(host::kStation_DirectoryChanges, this);
     mTimer = GetServices().mMainThread->StartTimer(kInterval, [this] {
         const auto open = OpenProjectList::Instance().Get();
@@ -36,8 +40,9 @@ void ProjectLooks::ListenToMessage(const host::Message& message) {
     if (!changed) return;
     const auto open = OpenProjectList::Instance().Get();
     for (const OpenProjectRef& project : open)
-        if (FolderOf(project->GetProjectPath()) == changed->GetPath())
-            if (const ProjectDocumentRef document = ToDocument(project)) LookAt(document, true);
+        if (const ProjectDocumentRef document = ToDocument(project);
+            document && LiesIn(*document, changed->GetPath()))
+            LookNow(document);
 }
 
 void ProjectLooks::LookAt(const ProjectDocumentRef& document, bool isAnnounced) {
@@ -49,11 +54,10 @@ void ProjectLooks::LookAt(const ProjectDocumentRef& document, bool isAnnounced) 
     if (!look) return;
     mLooking.emplace(document.get(), false);
     // The reference count is the UI thread's: the worker gets a plain pointer, which is looked up afterwards.
-    mLane->SubmitLast([look, pointer = document.get(), self = std::weak_ptr(mSelf)] {
-        GetServices().mMainThread->Post([answer = look(), pointer, self] {
-            if (const auto looks = self.lock()) (*looks)->Finish(pointer, answer);
-        });
-    });
+    const auto finish =
+        mLifetime.Guard([this, pointer = document.get()](const Answer& answer) { Finish(pointer, answer); });
+    mLane->SubmitLast(
+        [look, finish] { GetServices().mMainThread->Post([answer = look(), finish] { finish(answer); }); });
 }
 
 void ProjectLooks::Finish(const ProjectDocument* pointer, const Answer& answer) {

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "desk/core/edges/MainThread.h"
+#include "desk/core/work/Lifetime.h"
 #include "desk/files/live/ReadingLane.h"
 #include "desk/project/document/ProjectDocument.h"
 #include "host/core/Messaging.h"
@@ -12,8 +13,8 @@
 namespace desk {
 
 /// When and how an open project is looked at on the disk: all of them every few seconds, and those in a folder
-/// at once when a change of that folder is announced; by workers, at each project one look at a time. Never
-/// waits for the volume. UI thread.
+/// at once when a change of that folder is announced (for a link also that of its file); by workers, at each
+/// project one look at a time. Never waits for the volume. UI thread.
 class ProjectLooks : public host::Listener {
 public:
     /// What comes of a look: called on the UI thread if the project is still open. True to look again at once.
@@ -25,6 +26,9 @@ public:
 
     explicit ProjectLooks(Prepare prepare);
     ~ProjectLooks() override;
+
+    /// Looks now; while a look is under way, once more after it.
+    void LookNow(const ProjectDocumentRef& document) { LookAt(document, true); }
 
     void ListenToMessage(const host::Message& message) override;
 
@@ -38,8 +42,7 @@ private:
     const std::shared_ptr<ReadingLane> mLane = std::make_shared<ReadingLane>();
     /// Documents at which a worker is looking; true when it is to look again.
     std::map<const ProjectDocument*, bool> mLooking;
-    /// Gone with this object, so that what workers post later finds out.
-    std::shared_ptr<ProjectLooks*> mSelf;
+    Lifetime mLifetime;
 };
 
 /// The open project that `document` points to; empty when it has been closed. UI thread.
