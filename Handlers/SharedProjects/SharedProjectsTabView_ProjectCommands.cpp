@@ -31,7 +31,7 @@ bool IsAnyOpen(const UTF16StringVec& paths) {
 }
 
 /// The projects that are open among `paths`, in their order.
-ProjectVec FindOpenProjects(const UTF16StringVec& paths) {
+ProjectVec FindOpenAmong(const UTF16StringVec& paths) {
     ProjectVec projects;
     ProjectRef project;
     for (const UTF16String& path : paths)
@@ -116,7 +116,7 @@ bool SharedProjectsTabView::OnRefreshProjectCommand(const Command&) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
     // Reading any other project anew could only lose what was changed in it.
-    for (const ProjectRef& project : FindOpenProjects(GetSelectedPaths()))
+    for (const ProjectRef& project : FindOpenAmong(GetSelectedPaths()))
         if (Utils::IsRefreshable(project->GetProjectPath())) documents->ReloadProject(project);
     return true;
 }
@@ -170,7 +170,7 @@ UTF16String SharedProjectsTabView::GetToggleLockCommandText() const {
 bool SharedProjectsTabView::OnToggleLockCommand(const Command&) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
-    for (const ProjectRef& project : FindOpenProjects(GetSelectedPaths()))
+    for (const ProjectRef& project : FindOpenAmong(GetSelectedPaths()))
         documents->SetProjectReadOnly(project, !project->IsReadOnly());
     return true;
 }

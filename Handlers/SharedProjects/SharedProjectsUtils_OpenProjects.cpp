@@ -38,7 +38,7 @@ bool LiesAnyWithin(const ProjectVec& projects, const UTF16String& folder) {
 
 /// The projects that are open among `paths` and in the folders among them, in the order in which they are
 /// found. Throws `FileException` when the user cancelled looking into a folder.
-ProjectVec FindOpenProjects(const UTF16StringVec& paths) {
+ProjectVec FindOpenAmongAndInside(const UTF16StringVec& paths) {
     const ProjectVec open = GetOpenProjectList();
     ProjectVec found;
     if (open.empty()) return found;
@@ -80,7 +80,7 @@ void OpenProjectOutsideTrash(const UTF16String& path) {
 bool CloseOpenProjectsInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst) {
     DocumentManager* documents = DocumentManager::Instance();
     try {
-        return !documents || CloseAll(*documents, FindOpenProjects(paths), closeWithoutPrompt, saveFirst);
+        return !documents || CloseAll(*documents, FindOpenAmongAndInside(paths), closeWithoutPrompt, saveFirst);
     } catch (const FileException& exception) {
         LogException(exception, __PRETTY_FUNCTION__);
         return false;
@@ -91,7 +91,7 @@ bool CloseOpenProjectsNotInList(const UTF16StringVec& paths, bool closeWithoutPr
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
     try {
-        const ProjectVec kept = FindOpenProjects(paths);
+        const ProjectVec kept = FindOpenAmongAndInside(paths);
         ProjectVec others = GetOpenProjectList();
         std::erase_if(others, [&](const ProjectRef& project) { return Contains(kept, project); });
         return CloseAll(*documents, others, closeWithoutPrompt, saveFirst);
