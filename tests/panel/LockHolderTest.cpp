@@ -57,6 +57,7 @@ TEST_F(LockHolderTest, AllWhoAskGetOneAnswer) {
          [&](auto& name) { WriteLock(name, WriteLockRecord(RecordOfAnotherProgram())); },
          u"ines on edit-bay-1"},
         {"another's", [&](auto& name) { WriteLock(name, others); }, u"tomas"},
+        {"of a user whose name differs in case", [&](auto& name) { OtherUserLocks(name, u"Ines"); }, u"Ines"},
         {"stale", [&](auto& name) { WriteLock(name, WriteLockRecord(MakeDeadRecord(mDesktop))); }, u"", false},
         {"unreadable", [&](auto& name) { WriteLock(name, "{"); }, u"Unknown user"},
         {"given up", [&](auto& name) { WriteLock(name, ours); }, u"", false},

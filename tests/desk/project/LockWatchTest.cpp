@@ -89,10 +89,6 @@ TEST_F(LockWatchTest, WhatMayComeBackIsNoLossAndIsToldUntilItIsOver) {
          [&] { std::filesystem::remove(mFolder.Path("Day 1")), mFolder.Rename("away", "Day 1"); },
          "Neither the file of “Reel 1” nor your lock"},
         {[&] { mDisk.SetGone(true); }, [&] { mDisk.SetGone(false); }, "Stale file handle"},
-        {[&] { mDisk.Deny(mFolder.Path("Day 1")); }, [&] { mDisk.Allow(mFolder.Path("Day 1")); },
-         "Permission denied"},
-        {[&] { mDisk.Deny(mFolder.Path(kLock)); }, [&] { mDisk.Allow(mFolder.Path(kLock)); },
-         "Permission denied"},
         {[&] { mFolder.Write(kLock, lock.substr(0, lock.size() / 2)); }, [&] { mFolder.Write(kLock, lock); },
          "no lock"},
     };
