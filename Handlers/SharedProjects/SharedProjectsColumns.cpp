@@ -166,8 +166,8 @@ UTF16String GetPathDisplayName(const UTF16String& path) {
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b) {
     const CodeProfilerScope profile("HandlerSharedProjects::Columns::SortStringIsLess()");
     static const UTF16String kTrashFolderName = GetZuProductionTrashDirectoryDisplayName();
-    if (Utils::IsEqualFoldingASCII(a, kTrashFolderName)) return false;
-    if (Utils::IsEqualFoldingASCII(b, kTrashFolderName)) return true;
+    if (IsEqualFoldingASCII(a, kTrashFolderName)) return false;
+    if (IsEqualFoldingASCII(b, kTrashFolderName)) return true;
     return CompareStringsIncludingNumericValues(a, b) < 0;
 }
 

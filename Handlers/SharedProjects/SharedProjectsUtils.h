@@ -6,6 +6,7 @@
 #include <memory>
 #include <string_view>
 
+#include "host/core/FoldASCII.h"
 #include "host/core/Geometry.h"
 #include "host/core/Strings.h"
 #include "host/project/ItemOperations.h"
@@ -125,16 +126,6 @@ inline constexpr int kPathTypeInTrash = 8;
 /// The kinds of the paths, as a mask of the bits above; 0 for no paths. For paths that no listed folder
 /// holds it may wait for the volume.
 int GetPathTypes(UTF16StringVec paths);
-
-/// Folds the ASCII letters A to Z to lower case; everything else stays. Any thread.
-inline char16_t FoldASCII(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
-}
-
-/// True for texts that differ in the case of ASCII letters at most. Any thread.
-inline bool IsEqualFoldingASCII(std::u16string_view a, std::u16string_view b) {
-    return std::ranges::equal(a, b, {}, FoldASCII, FoldASCII);
-}
 
 /// A framework rectangle in the toolkit's numbers.
 inline RectT<float> ToToolkitRect(const Rect& rect) {

@@ -17,7 +17,7 @@ namespace desk {
 namespace {
 
 constexpr int kWrongUse = 2;
-constexpr std::chrono::seconds kPatience(10);
+constexpr std::chrono::seconds kCheckPatience(10);
 
 void PrintError(const QString& text) {
     std::fprintf(stderr, "production-desk: %s\n", ToUTF8(text).c_str());
@@ -65,7 +65,7 @@ QString CheckFolders(CommandLine& commandLine) {
     for (std::string& folder : commandLine.mPluginFolders) folders.push_back(&folder);
     for (std::string* folder : folders) {
         *folder = ToAbsolutePath(*folder);
-        const QString problem = DescribeProblem(CheckFolderWithin(Disk(), *folder, kPatience), *folder);
+        const QString problem = DescribeProblem(CheckFolderWithin(Disk(), *folder, kCheckPatience), *folder);
         if (!problem.isEmpty()) return problem;
     }
     return {};

@@ -53,9 +53,9 @@ namespace {
 
 /// Many, since they mostly wait for the volume.
 constexpr unsigned kWorkers = 24;
-constexpr std::chrono::seconds kPatience(3);
+constexpr std::chrono::seconds kClosingPatience(3);
 /// While a copy ends and what it has made is removed.
-constexpr std::chrono::seconds kPatienceWithCopies(10);
+constexpr std::chrono::seconds kClosingPatienceWithCopies(10);
 constexpr std::chrono::milliseconds kBetweenTries(100);
 /// For what follows when all locks have been given up, or time is over for that.
 constexpr std::chrono::milliseconds kReserve(200);
@@ -197,7 +197,8 @@ int Session::Execute() {
     const int exitCode = QApplication::exec();
     mParts->mWindow->SaveLayout();
     if (mParts->mMemory) mParts->mMemory->End();
-    const std::chrono::seconds patience = mParts->mCopyQueue->IsBusy() ? kPatienceWithCopies : kPatience;
+    const std::chrono::seconds patience =
+        mParts->mCopyQueue->IsBusy() ? kClosingPatienceWithCopies : kClosingPatience;
     const auto end = std::chrono::steady_clock::now() + patience;
     EndAtTheLatestIn(patience, exitCode);
     Close(end);

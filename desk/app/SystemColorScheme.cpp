@@ -21,7 +21,7 @@ constexpr QLatin1String kPath("/org/freedesktop/portal/desktop");
 constexpr QLatin1String kInterface("org.freedesktop.portal.Settings");
 constexpr QLatin1String kNamespace("org.freedesktop.appearance");
 constexpr QLatin1String kKey("color-scheme");
-constexpr std::chrono::milliseconds kPatience(500);
+constexpr std::chrono::milliseconds kPortalPatience(500);
 constexpr int kAnswerLimit = 5'000;
 
 /// The value inside however many variants the portal's version wraps it in.
@@ -57,7 +57,7 @@ SystemColorScheme::SystemColorScheme(Changed changed) {
             self->Follow();
         });
     });
-    if (answer.wait_for(kPatience) == std::future_status::ready)
+    if (answer.wait_for(kPortalPatience) == std::future_status::ready)
         mCurrent = answer.get().value_or(ThemeKind::Dark);
     mChanged = std::move(changed);
 }

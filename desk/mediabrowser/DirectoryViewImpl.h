@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "desk/core/work/Lifetime.h"
 #include "desk/files/live/FolderReadAhead.h"
 #include "desk/files/live/FolderStore.h"
 #include "desk/files/live/NameIndex.h"
@@ -92,5 +93,5 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     int mFirstVisible = 0;
     int mLastVisible = -1;
     /// Gone when the view is: what comes for it then is dropped.
-    std::shared_ptr<int> mToken = std::make_shared<int>();
+    desk::Lifetime mLifetime;
 };

@@ -27,12 +27,8 @@ StationID MakeStation() {
 
 /// A callback of the tree that does nothing once the view is gone.
 template <class Result, class... Arguments, class Function>
-SharedFunction<Result(Arguments...)> Guard(const std::shared_ptr<int>& token, Function function) {
-    return std::make_shared<std::function<Result(Arguments...)>>(
-        [weak = std::weak_ptr(token), function](Arguments... arguments) -> Result {
-            if (weak.expired()) return Result();
-            return function(arguments...);
-        });
+SharedFunction<Result(Arguments...)> Guard(const desk::Lifetime& lifetime, Function function) {
+    return std::make_shared<std::function<Result(Arguments...)>>(lifetime.Guard(std::move(function)));
 }
 
 }  // namespace
@@ -49,7 +45,7 @@ MediaBrowserDirectoryView::DirectoryImpl::DirectoryImpl(
 
 MediaBrowserDirectoryView::DirectoryImpl::~DirectoryImpl() {
     desk::RemoveDirectoryView(mView);
-    mToken.reset();
+    mLifetime.End();
     ClearCallbacks();
     if (!mRoot.empty()) mContentManager->GetImpl().Forget(mRoot, this);
 }
@@ -57,23 +53,23 @@ MediaBrowserDirectoryView::DirectoryImpl::~DirectoryImpl() {
 void MediaBrowserDirectoryView::DirectoryImpl::SetCallbacks() {
     MediaBrowserDirectoryView& view = mView;
     mTree->SetCanRowHaveChildrenFunction(Guard<bool, const RowRef&>(
-        mToken, [&view](const RowRef& row) { return view.CanRowHaveChildren(row); }));
+        mLifetime, [&view](const RowRef& row) { return view.CanRowHaveChildren(row); }));
     mTree->SetRowDoubleClickedCallback(Guard<void, const RowRef&, Point>(
-        mToken, [&view](const RowRef& row, Point point) { view.OnRowDoubleClicked(row, point); }));
+        mLifetime, [&view](const RowRef& row, Point point) { view.OnRowDoubleClicked(row, point); }));
     mTree->SetDrawCellOfRowCallback(Guard<void, Drawbot&, const RowRef&, unsigned, const RectT<float>&>(
-        mToken, [&view](Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell) {
+        mLifetime, [&view](Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell) {
             view.OnDrawCellOfRow(drawbot, row, column, cell);
         }));
-    mTree->SetRowsSelectionChangedCallback(
-        Guard<void, const RowVec&>(mToken, [&view](const RowVec& rows) { view.OnRowSelectionChanged(rows); }));
+    mTree->SetRowsSelectionChangedCallback(Guard<void, const RowVec&>(
+        mLifetime, [&view](const RowVec& rows) { view.OnRowSelectionChanged(rows); }));
     mTree->SetRowOpenStateChangedCallback(
-        Guard<void, const RowRef&, bool>(mToken, [this, &view](const RowRef& row, bool open) {
+        Guard<void, const RowRef&, bool>(mLifetime, [this, &view](const RowRef& row, bool open) {
             const StationID station = mStation;
             view.OnRowOpenStateChanged(row, open);
             BroadcastMessage(station, MediaBrowserDirectoryViewRowDisclosureChanged());
         }));
     mTree->SetRowContextMenuCallback(Guard<bool, const RowRef&, Point>(
-        mToken, [&view](const RowRef& row, Point point) { return view.OnRowContextMenu(row, point); }));
+        mLifetime, [&view](const RowRef& row, Point point) { return view.OnRowContextMenu(row, point); }));
 }
 
 void MediaBrowserDirectoryView::DirectoryImpl::ClearCallbacks() {

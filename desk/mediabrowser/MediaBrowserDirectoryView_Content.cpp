@@ -43,9 +43,7 @@ void DirectoryImpl::Request(const UTF16String& path, Row* row, const UTF16String
     mStale.erase(row);
     mContentManager->GetImpl().RequestListing(
         path, context, this,
-        [this, token = std::weak_ptr(mToken)](const desk::FolderStore::Delivery& delivery) {
-            if (!token.expired()) Receive(delivery);
-        });
+        mLifetime.Guard([this](const desk::FolderStore::Delivery& delivery) { Receive(delivery); }));
 }
 
 void DirectoryImpl::SetBusy(Folder& folder, bool busy) {
@@ -64,7 +62,7 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
     else if (!found && mTree->GetTopLevelRows().empty())
         TellWhyEmpty(delivery.mDelivery.mSystemError);
     const RowRef row(found);
-    const std::weak_ptr token(mToken);
+    const std::weak_ptr<const void> alive = mLifetime.Watch();
     static const DirectoryContent kNothing;
     try {
         mView.UpdateTreeFromContent(row, delivery.mFolder, delivery.mContent ? *delivery.mContent : kNothing,
@@ -72,10 +70,10 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
     }
-    if (token.expired()) return;
+    if (alive.expired()) return;
     mTree->LayoutAfterAppendRow(row.get());
     AdvanceExpansions();
-    if (token.expired()) return;
+    if (alive.expired()) return;
     if (delivery.mDelivery.mExtent == ContentDelivery::Extent::Change) DropFactsOfRowsScrolledAway();
 }
 

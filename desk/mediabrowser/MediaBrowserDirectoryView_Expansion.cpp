@@ -48,10 +48,10 @@ void DirectoryImpl::AdvanceExpansions() {
 }
 
 void DirectoryImpl::CompleteExpansion(ExpansionCallback completion, const RowRef& row) {
-    desk::GetServices().mMainThread->Post([this, row, completion = std::move(completion),
-                                           period = mExpansionPeriod, token = std::weak_ptr(mToken)] {
-        if (!token.expired() && period == mExpansionPeriod) completion(row);
-    });
+    desk::GetServices().mMainThread->Post(
+        mLifetime.Guard([this, row, completion = std::move(completion), period = mExpansionPeriod] {
+            if (period == mExpansionPeriod) completion(row);
+        }));
 }
 
 bool MediaBrowserDirectoryView::IsContentAwaited(const RowRef& row) const {

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "desk/core/work/Lifetime.h"
 #include "desk/toolkit/NodeImpl.h"
 #include "desk/toolkit/RowAccess.h"
 #include "desk/toolkit/TreeModel.h"
@@ -244,5 +245,5 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     Later mNotifyLater;
     Later mVisibleLater;
     /// Gone when the tree is: what was queued for it then does nothing.
-    std::shared_ptr<int> mAlive = std::make_shared<int>(0);
+    desk::Lifetime mLifetime;
 };

@@ -22,7 +22,7 @@ TreeImpl::TreeImpl() : mRoot(Access::Make()) {
 }
 
 TreeImpl::~TreeImpl() {
-    mAlive.reset();
+    mLifetime.End();
     const auto detach = [](const auto& self, const std::vector<RowRef>& rows) -> void {
         for (const RowRef& row : rows) {
             self(self, row->GetChildRows());
@@ -38,11 +38,10 @@ TreeImpl::~TreeImpl() {
 
 void TreeImpl::RunLater(Later& later, void (TreeImpl::*member)(), std::chrono::milliseconds delay) {
     if (std::exchange(later.mIsQueued, true)) return;
-    auto run = [this, &later, member, alive = std::weak_ptr<int>(mAlive)] {
-        if (alive.expired()) return;
+    auto run = mLifetime.Guard([this, &later, member] {
         later.mIsQueued = false;
         (this->*member)();
-    };
+    });
     desk::MainThread& mainThread = *desk::GetServices().mMainThread;
     delay.count() > 0 ? mainThread.PostDelayed(std::move(run), delay) : mainThread.Post(std::move(run));
 }

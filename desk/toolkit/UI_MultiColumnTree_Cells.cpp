@@ -134,12 +134,10 @@ void TreeImpl::ShowBusy(bool busy) {
         return;
     }
     mView->viewport()->update();
-    desk::GetServices().mMainThread->PostDelayed(
-        [this, alive = std::weak_ptr<int>(mAlive), period = ++mBusyPeriod] {
-            if (!alive.expired() && mView && mBusy > 0 && period == mBusyPeriod)
-                mView->GetSpinner().Start(mSpinnerAlignment);
-        },
-        kBusyDelay);
+    desk::GetServices().mMainThread->PostDelayed(mLifetime.Guard([this, period = ++mBusyPeriod] {
+        if (mView && mBusy > 0 && period == mBusyPeriod) mView->GetSpinner().Start(mSpinnerAlignment);
+    }),
+                                                 kBusyDelay);
 }
 
 }  // namespace host

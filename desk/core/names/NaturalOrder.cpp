@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/core/FoldASCII.h"
 #include "host/project/ProjectFiles.h"
 
 namespace desk {
@@ -151,14 +152,8 @@ std::u16string_view PrepareForCollator(std::u16string_view text, std::u16string&
 
 std::u16string_view ShownName(std::u16string_view name) {
     const std::u16string_view extension = host::GetProjectFileExtension();
-    if (name.size() <= extension.size()) return name;
-    const std::size_t length = name.size() - extension.size();
-    const bool isProject =
-        std::equal(extension.begin(), extension.end(), name.begin() + static_cast<std::ptrdiff_t>(length),
-                   [](char16_t expected, char16_t unit) {
-                       return expected == (unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit);
-                   });
-    return isProject ? name.substr(0, length) : name;
+    const bool isProject = host::HasEndingFoldingASCII(name, extension);
+    return isProject ? name.substr(0, name.size() - extension.size()) : name;
 }
 
 /// The order of keys that stand one behind the other in `bytes`. Names of one folder often begin alike: what

@@ -14,6 +14,9 @@
 
 namespace desk {
 
+/// A volume that has not answered a call for so long hangs: nobody waits for it without being told.
+inline constexpr std::chrono::seconds kVolumePatience{5};
+
 /// A call to a volume that hangs cannot be cancelled, but what only asks can be left behind: the question goes
 /// on by itself, and its answer is dropped. So it owns all that it touches, and changes nothing on the disk.
 

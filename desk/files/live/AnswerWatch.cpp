@@ -7,6 +7,7 @@
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/log/Log.h"
+#include "desk/core/work/AskVolume.h"
 #include "desk/core/work/WorkerPool.h"
 
 namespace desk {
@@ -26,7 +27,7 @@ AnswerWatch::Call::Call(std::shared_ptr<AnswerWatch> watch, std::shared_ptr<cons
                                            {std::move(folder), GetServices().mMainThread->Now()});
         isFirst = !std::exchange(mWatch->mIsCheckDue, true);
     }
-    if (isFirst) mWatch->CheckIn(kPatience);
+    if (isFirst) mWatch->CheckIn(kVolumePatience);
 }
 
 AnswerWatch::Call::~Call() {
@@ -79,7 +80,7 @@ void AnswerWatch::CheckAgain() {
         mIsCheckDue = !mWaiting.empty() && mCounts;
         if (!mIsCheckDue) return;
         const auto oldest = std::ranges::min_element(mWaiting, {}, &Waiting::mSince);
-        const auto left = oldest->mSince + kPatience - GetServices().mMainThread->Now();
+        const auto left = oldest->mSince + kVolumePatience - GetServices().mMainThread->Now();
         delay = std::max(delay, std::chrono::ceil<std::chrono::milliseconds>(left));
     }
     CheckIn(delay);
@@ -92,7 +93,7 @@ void AnswerWatch::ReplaceHungWorkers() {
         const std::lock_guard lock(mMutex);
         const auto now = GetServices().mMainThread->Now();
         hung = static_cast<std::size_t>(std::ranges::count_if(
-            mWaiting, [now](const Waiting& waiting) { return now - waiting.mSince >= kPatience; }));
+            mWaiting, [now](const Waiting& waiting) { return now - waiting.mSince >= kVolumePatience; }));
     }
     GetServices().mWorkerPool->StandInFor(hung);
 }
@@ -102,7 +103,7 @@ void AnswerWatch::Check() {
     ReplaceHungWorkers();
     std::optional<Waiting> oldest = FindOldest();
     const auto now = GetServices().mMainThread->Now();
-    const bool isSilent = oldest && now - oldest->mSince >= kPatience;
+    const bool isSilent = oldest && now - oldest->mSince >= kVolumePatience;
     if (!isSilent) oldest.reset();
     {
         const std::lock_guard lock(mMutex);

@@ -22,9 +22,6 @@ class AnswerWatch : public std::enable_shared_from_this<AnswerWatch> {
     };
 
 public:
-    /// A call that takes longer is not being answered.
-    static constexpr std::chrono::seconds kPatience{5};
-
     /// Calls to a folder's volume, one after another, while it exists. On a worker.
     class Call {
     public:

@@ -63,18 +63,17 @@ void DirectoryMonitor::MonitorDirectory(const host::UTF16String& path, bool recu
 
 /// Also a root that nobody has listed announces its changes.
 void DirectoryMonitor::WatchRoot(const host::UTF16String& root) {
-    GetServices().mWorkerPool->Submit(
-        [this, root, watcher = mWatcher, answerWatch = mAnswerWatch, token = std::weak_ptr(mToken)] {
-            const std::string path = host::UTF16to8(root);
-            {
-                const AnswerWatch::Call call(answerWatch, std::make_shared<FolderPath>(root));
-                watcher->Follow(path);
-            }
-            GetServices().mMainThread->Post([this, root, path, watcher, token] {
-                if (!token.expired() && !IsMonitored(root) && !mFollowed.contains(root))
-                    watcher->Unfollow(path);
-            });
-        });
+    const std::string path = host::UTF16to8(root);
+    const auto end = mLifetime.Guard([this, root, path, watcher = mWatcher] {
+        if (!IsMonitored(root) && !mFollowed.contains(root)) watcher->Unfollow(path);
+    });
+    GetServices().mWorkerPool->Submit([root, path, watcher = mWatcher, answerWatch = mAnswerWatch, end] {
+        {
+            const AnswerWatch::Call call(answerWatch, std::make_shared<FolderPath>(root));
+            watcher->Follow(path);
+        }
+        GetServices().mMainThread->Post(end);
+    });
 }
 
 void DirectoryMonitor::StopMonitoringDirectory(const host::UTF16String& path, bool recursive) {
@@ -189,14 +188,13 @@ WatchStatus DirectoryMonitor::GetStatus() const {
 
 void DirectoryMonitor::AnnounceStatus() {
     if (std::exchange(mIsStatusQueued, true)) return;
-    GetServices().mMainThread->Post([this, token = std::weak_ptr(mToken)] {
-        if (token.expired()) return;
+    GetServices().mMainThread->Post(mLifetime.Guard([this] {
         mIsStatusQueued = false;
         const WatchStatus status = GetStatus();
         if (Compared(status) == Compared(mAnnounced)) return;
         mAnnounced = status;
         host::BroadcastMessage(kStation_WatchStatus, WatchStatusChangedMessage());
-    });
+    }));
 }
 
 WatchStatus GetWatchStatus() {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/core/work/Lifetime.h"
 #include "desk/files/live/AnswerWatch.h"
 #include "desk/files/live/FolderPoller.h"
 #include "desk/files/live/FolderWatcher.h"
@@ -83,7 +84,7 @@ private:
     std::map<host::UTF16String, Followed, std::less<>> mFollowed;
     bool mIsStatusQueued = false;
     WatchStatus mAnnounced;
-    std::shared_ptr<int> mToken = std::make_shared<int>();
+    Lifetime mLifetime;
 };
 
 }  // namespace desk

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "desk/core/names/FolderPath.h"
+#include "host/core/FoldASCII.h"
 #include "host/project/ProjectFiles.h"
 
 namespace desk {
@@ -15,10 +16,6 @@ constexpr std::size_t kBlock = 64;
 template <class Unit>
 constexpr bool IsLetter(Unit unit) {
     return (unit >= 'A' && unit <= 'Z') || (unit >= 'a' && unit <= 'z');
-}
-template <class Unit>
-constexpr Unit Fold(Unit unit) {
-    return unit >= 'A' && unit <= 'Z' ? static_cast<Unit>(unit + ('a' - 'A')) : unit;
 }
 /// Folds a byte that is compared with `folded`: only letters differ in this bit alone.
 constexpr unsigned char MaskFor(char folded) {
@@ -47,8 +44,9 @@ std::size_t CountHidden(std::basic_string_view<Unit> name) {
     const std::string& extension = ProjectExtension();
     const bool isProject =
         name.size() > extension.size() &&
-        std::equal(extension.rbegin(), extension.rend(), name.rbegin(),
-                   [](char expected, Unit unit) { return static_cast<Unit>(expected) == Fold(unit); });
+        std::equal(extension.rbegin(), extension.rend(), name.rbegin(), [](char expected, Unit unit) {
+            return static_cast<Unit>(expected) == host::FoldASCII(unit);
+        });
     return isProject ? extension.size() : 0;
 }
 
@@ -69,7 +67,7 @@ bool FoldedText::IsIn(std::u16string_view name) const {
 
 bool FoldedText::StandsAt(const char* place) const {
     return std::equal(mBytes.begin(), mBytes.end(), place,
-                      [](char folded, char byte) { return folded == Fold(byte); });
+                      [](char folded, char byte) { return folded == host::FoldASCII(byte); });
 }
 
 /// By the first and the last byte of the text, many places in one go.

@@ -29,9 +29,7 @@ void FolderStoreImpl::MakeLane() {
     mLane = std::make_shared<ReadingLane>();
     mFactReader = std::make_shared<FactReader>(
         mSpeed, mLane, mMonitor.GetAnswerWatch(),
-        [this, token = std::weak_ptr(mToken)](std::vector<FactReader::Answer> answers) {
-            if (!token.expired()) TakeFacts(std::move(answers));
-        });
+        mLifetime.Guard([this](std::vector<FactReader::Answer> answers) { TakeFacts(std::move(answers)); }));
 }
 
 void FolderStoreImpl::RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) {
@@ -229,9 +227,7 @@ void FolderStoreImpl::SendQuestions() {
 }
 
 void FolderStoreImpl::Post(std::function<void()> task) {
-    GetServices().mMainThread->Post([token = std::weak_ptr(mToken), task = std::move(task)] {
-        if (!token.expired()) task();
-    });
+    GetServices().mMainThread->Post(mLifetime.Guard(std::move(task)));
 }
 
 }  // namespace desk

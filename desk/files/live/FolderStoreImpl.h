@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "desk/core/work/Lifetime.h"
 #include "desk/files/live/DirectoryMonitor.h"
 #include "desk/files/live/FactReader.h"
 #include "desk/files/live/FolderItems.h"
@@ -166,7 +167,7 @@ private:
     /// Items that somebody has asked for whose locks processes of this machine hold.
     std::set<host::UTF16String, std::less<>> mHolders;
     MainThread::TimerID mHolderTimer = 0;
-    std::shared_ptr<int> mToken = std::make_shared<int>();
+    Lifetime mLifetime;
 };
 
 }  // namespace desk

@@ -87,15 +87,13 @@ void FolderStoreImpl::StartContents(const FolderPtr& folder) {
     const bool isWanted = std::ranges::any_of(folder->mSubscribers, [](const Subscriber& subscriber) {
         return !subscriber.mHasContent && subscriber.mWantsContent;
     });
-    GetServices().mWorkerPool->Submit(
-        [this, isWanted, folder, path = folder->mPath, known = folder->mItems, token = std::weak_ptr(mToken)] {
-            const auto result = std::make_shared<FolderListing::Result>();
-            result->mKnown = known;
-            if (isWanted) result->mContents = FolderListing::MakeContents(*path, *known);
-            GetServices().mMainThread->Post([this, folder, result, token] {
-                if (!token.expired()) FinishContents(folder, std::move(*result));
-            });
-        });
+    const auto result = std::make_shared<FolderListing::Result>();
+    result->mKnown = folder->mItems;
+    const auto finish = mLifetime.Guard([this, folder, result] { FinishContents(folder, std::move(*result)); });
+    GetServices().mWorkerPool->Submit([isWanted, path = folder->mPath, result, finish] {
+        if (isWanted) result->mContents = FolderListing::MakeContents(*path, *result->mKnown);
+        GetServices().mMainThread->Post(finish);
+    });
 }
 
 void FolderStoreImpl::FinishContents(const FolderPtr& folder, FolderListing::Result&& result) {
@@ -126,10 +124,9 @@ void FolderStoreImpl::StartListing(const FolderPtr& folder, Job job) {
     if (job == Job::Listing) ServeWaiting(*folder);
     folder->mIsShared = folder->mItems != nullptr;
     if (job == Job::Listing) folder->mPending = {};
-    const auto done = [this, folder, token = std::weak_ptr(mToken)](FolderListing::Result result) {
-        if (token.expired()) return;
+    const auto done = mLifetime.Guard([this, folder](FolderListing::Result result) {
         result.mIsFirst ? TakeFirst(folder, std::move(result)) : FinishListing(folder, std::move(result));
-    };
+    });
     auto task = [request, done] { FolderListing::Run(request, done); };
     WorkerPool& pool = *GetServices().mWorkerPool;
     job == Job::Poll ? pool.SubmitLast(std::move(task)) : pool.Submit(std::move(task));
@@ -214,13 +211,13 @@ void FolderStoreImpl::TakeListing(const FolderPtr& folder, FolderListing::Result
 
 void FolderStoreImpl::StartNames(const FolderPtr& folder, FolderChange&& change) {
     folder->mJob = Job::Names;
-    auto task = [this, path = folder->mPath, folder, names = std::move(change.mNames),
-                 answerWatch = mMonitor.GetAnswerWatch(), token = std::weak_ptr(mToken)] {
+    const auto updates = std::make_shared<std::vector<ItemUpdate>>();
+    const auto finish = mLifetime.Guard([this, folder, updates] { FinishNames(folder, std::move(*updates)); });
+    auto task = [path = folder->mPath, names = std::move(change.mNames),
+                 answerWatch = mMonitor.GetAnswerWatch(), updates, finish] {
         AnswerWatch::Call call(answerWatch, path);
-        auto updates = std::make_shared<std::vector<ItemUpdate>>(ReadChanged(*path, names, call));
-        GetServices().mMainThread->Post([this, folder, updates, token] {
-            if (!token.expired()) FinishNames(folder, std::move(*updates));
-        });
+        *updates = ReadChanged(*path, names, call);
+        GetServices().mMainThread->Post(finish);
     };
     GetServices().mWorkerPool->Submit(std::move(task));
 }
@@ -307,14 +304,13 @@ bool FolderStoreImpl::TakeAnswer(Folder& folder, ItemUpdate& update) {
 void FolderStoreImpl::RetryLater(Folder& folder, const host::UTF16String& name) {
     folder.mPending.Add(name);
     if (std::exchange(folder.mIsRetrying, true)) return;
-    GetServices().mMainThread->PostDelayed(
-        [this, token = std::weak_ptr(mToken), path = folder.mPath] {
-            Folder* retried = token.expired() ? nullptr : FindFolder(path->mText);
-            if (!retried) return;
-            retried->mIsRetrying = false;
-            mMonitor.Announce(path->mText);
-        },
-        kRetryDelay);
+    GetServices().mMainThread->PostDelayed(mLifetime.Guard([this, path = folder.mPath] {
+        Folder* retried = FindFolder(path->mText);
+        if (!retried) return;
+        retried->mIsRetrying = false;
+        mMonitor.Announce(path->mText);
+    }),
+                                           kRetryDelay);
 }
 
 }  // namespace desk

@@ -9,6 +9,7 @@
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/names/FolderPath.h"
+#include "desk/core/work/Lifetime.h"
 #include "desk/core/work/WorkerPool.h"
 #include "desk/files/live/ChangeCollector.h"
 #include "desk/files/live/FolderStore.h"
@@ -45,12 +46,6 @@ private:
     bool IsAccepted(const UTF16String& path) const;
     void TellLater(std::chrono::milliseconds delay);
     void Tell();
-    template <class Function>
-    auto WhileAlive(Function function) {
-        return [token = std::weak_ptr(mToken), function](auto&&... arguments) {
-            if (!token.expired()) function(std::forward<decltype(arguments)>(arguments)...);
-        };
-    }
 
     const UTF16String mRoot;
     const FileSearch::Parameters mParameters;
@@ -63,7 +58,7 @@ private:
     std::set<UTF16String> mChanged;
     std::set<UTF16String> mRemoved;
     bool mIsTelling = false;
-    std::shared_ptr<int> mToken = std::make_shared<int>();
+    desk::Lifetime mLifetime;
 };
 
 /// See `FileSearch`.
@@ -89,7 +84,8 @@ Search::Search(const UTF16String& root, FileSearch::Parameters parameters, FileS
       mIndex(desk::SearchIndex::Get(mRoot, mParameters.mChanged != nullptr)),
       mFirstReading(mIndex->CountReadings() + 1) {
     if (mIndex->IsFollowed())
-        mIndex->AddReceiver(this, WhileAlive([this](const desk::SearchIndex::News& news) { Receive(news); }));
+        mIndex->AddReceiver(this,
+                            mLifetime.Guard([this](const desk::SearchIndex::News& news) { Receive(news); }));
     Look();
 }
 
@@ -105,7 +101,7 @@ void Search::Look() {
         return TakeFound(std::move(nothing));
     }
     mState = State::Looking;
-    auto take = WhileAlive([this](desk::NameScanResult&& found) { TakeFound(std::move(found)); });
+    auto take = mLifetime.Guard([this](desk::NameScanResult&& found) { TakeFound(std::move(found)); });
     desk::GetServices().mWorkerPool->Submit([root = mRoot, known = std::move(known), text = mText, take] {
         auto found = std::make_shared<desk::NameScanResult>(desk::ScanNames(root, known, text));
         desk::GetServices().mMainThread->Post([take, found] { take(std::move(*found)); });
@@ -121,7 +117,7 @@ void Search::TakeFound(desk::NameScanResult&& found) {
     }
     if (unread.empty()) return Complete(std::move(found));
     mState = State::Reading;
-    mIndex->Read(unread, WhileAlive([this] { Look(); }));
+    mIndex->Read(unread, mLifetime.Guard([this] { Look(); }));
 }
 
 void Search::Complete(desk::NameScanResult&& found) {
@@ -137,21 +133,21 @@ void Search::Complete(desk::NameScanResult&& found) {
         addUnreadable(folder, mIndex->FindFailure(folder)->mSystemError);
     mIndex->Follow(found);
     result.mPaths = std::move(found.mHits);
-    const std::weak_ptr token(mToken);
+    const std::weak_ptr<const void> alive = mLifetime.Watch();
     const FileSearch::Completion completion = mCompletion;
     completion(std::move(result));
-    if (token.expired()) return;
+    if (alive.expired()) return;
     if (!mChanged.empty() || !mRemoved.empty()) TellLater({});
     mIndex->ReadUnfollowedAgain();
 }
 
 /// Looks again as soon as the root can be read.
 void Search::TryAgainLater() {
-    auto look = WhileAlive([this] {
+    auto look = mLifetime.Guard([this] {
         mFirstReading = mIndex->CountReadings() + 1;
         Look();
     });
-    auto tryAgain = WhileAlive([this] { TryAgainLater(); });
+    auto tryAgain = mLifetime.Guard([this] { TryAgainLater(); });
     auto probe = [root = UTF16to8(mRoot), look, tryAgain] {
         const desk::Services& services = desk::GetServices();
         try {
@@ -162,7 +158,7 @@ void Search::TryAgainLater() {
         }
     };
     desk::GetServices().mMainThread->PostDelayed(
-        WhileAlive([probe] { desk::GetServices().mWorkerPool->SubmitLast(probe); }), kRetryInterval);
+        mLifetime.Guard([probe] { desk::GetServices().mWorkerPool->SubmitLast(probe); }), kRetryInterval);
 }
 
 void Search::Receive(const desk::SearchIndex::News& news) {
@@ -203,7 +199,7 @@ bool Search::IsAccepted(const UTF16String& path) const {
 /// The first changes at once, then one batch in each pace.
 void Search::TellLater(std::chrono::milliseconds delay) {
     if (std::exchange(mIsTelling, true)) return;
-    auto tell = WhileAlive([this] { Tell(); });
+    auto tell = mLifetime.Guard([this] { Tell(); });
     if (delay.count() == 0)
         desk::GetServices().mMainThread->Post(tell);
     else

@@ -28,7 +28,7 @@ namespace {
 using std::chrono::milliseconds;
 
 /// A reader, or somebody who breaks the lock, is given this long to be gone.
-constexpr milliseconds kPatience(3000);
+constexpr milliseconds kGivingUpTime(3000);
 constexpr milliseconds kBetweenTries(200);
 constexpr milliseconds kLongestDelay(5000);
 /// How long the window stands still for locks that are given up.
@@ -281,7 +281,7 @@ std::shared_ptr<LockKeeper::GivingUp> LockKeeper::AddGivingUp(LockRemains remain
     auto task = std::make_shared<GivingUp>();
     task->mRemains = std::move(remains);
     task->mIsDoubtful = isDoubtful;
-    task->mEnd = services.mMainThread->Now() + kPatience;
+    task->mEnd = services.mMainThread->Now() + kGivingUpTime;
     mGivingUp.push_back(task);
     return task;
 }

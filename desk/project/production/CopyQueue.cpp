@@ -6,6 +6,7 @@
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/names/FolderPath.h"
+#include "desk/core/work/AskVolume.h"
 #include "desk/core/work/TimeLeft.h"
 #include "desk/core/work/WorkProgress.h"
 #include "desk/core/work/WorkerPool.h"
@@ -100,11 +101,8 @@ void CopyQueue::CancelJob(const JobPtr& job) {
         facts.mState = CopyJob::State::Cancelled;
     } else {
         facts.mIsCancelling = true;
-        GetServices().mMainThread->PostDelayed(
-            [this, job, token = std::weak_ptr(mToken)] {
-                if (!token.expired()) LeaveBehind(job);
-            },
-            kPatience);
+        GetServices().mMainThread->PostDelayed(mLifetime.Guard([this, job] { LeaveBehind(job); }),
+                                               kVolumePatience);
     }
     Announce();
 }
@@ -136,11 +134,10 @@ void CopyQueue::StartNext() {
     if (next == mJobs.end()) return;
     mUnderWay = *next;
     mUnderWay->mFacts.mState = CopyJob::State::UnderWay;
-    GetServices().mWorkerPool->Submit([this, job = mUnderWay, token = std::weak_ptr(mToken)] {
+    const auto finish = mLifetime.Guard([this, job = mUnderWay] { Finish(job); });
+    GetServices().mWorkerPool->Submit([job = mUnderWay, finish] {
         job->mCopy.Run(job->mProgress);
-        GetServices().mMainThread->Post([this, job, token] {
-            if (!token.expired()) Finish(job);
-        });
+        GetServices().mMainThread->Post(finish);
     });
 }
 
@@ -173,13 +170,11 @@ void CopyQueue::AnnounceNow() {
     mIsPaced = true;
     MainThread& mainThread = *GetServices().mMainThread;
     if (mUnderWay) mUnderWay->mTimeLeft.Note(mainThread.Now(), mUnderWay->mProgress.Get().mBytesDone);
-    mainThread.PostDelayed(
-        [this, token = std::weak_ptr(mToken)] {
-            if (token.expired()) return;
-            mIsPaced = false;
-            if (mIsChanged || mUnderWay) AnnounceNow();
-        },
-        kPace);
+    mainThread.PostDelayed(mLifetime.Guard([this] {
+        mIsPaced = false;
+        if (mIsChanged || mUnderWay) AnnounceNow();
+    }),
+                           kPace);
     host::BroadcastMessage(kStation_CopyQueue, CopyQueueChangedMessage());
 }
 

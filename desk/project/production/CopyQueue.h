@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "desk/core/work/Lifetime.h"
 #include "host/core/Export.h"
 #include "host/core/Messaging.h"
 #include "host/core/Strings.h"
@@ -62,9 +63,6 @@ inline const host::StationID kStation_CopyQueue{"desk.copyqueue"};
 class ZUHOST_API CopyQueue : private host::Listener {
 public:
     static constexpr std::chrono::milliseconds kPace{100};
-    /// How long the next job waits for one that has been cancelled and does not end, since its volume does not
-    /// answer.
-    static constexpr std::chrono::seconds kPatience{5};
 
     CopyQueue();
     /// Cancels all jobs. A step that is under way comes to its end on its worker.
@@ -111,7 +109,7 @@ private:
     bool mIsPaced = false;
     bool mIsChanged = false;
     CopyQueue* mBefore;
-    std::shared_ptr<int> mToken = std::make_shared<int>();
+    Lifetime mLifetime;
 };
 
 }  // namespace desk

@@ -24,11 +24,9 @@ void AddToQueue(const UTF16String& source, const UTF16String& destination, desk:
         desk::Log(desk::LogLevel::Error, "There is no queue to copy " + UTF16to8(source));
 }
 
-/// A volume that takes longer to say whether a name is taken is not waited for.
-constexpr std::chrono::seconds kPatience(5);
-
+/// A volume that hangs is not waited for.
 bool IsTakenOnDisk(const UTF16String& path) {
-    return desk::AskVolumeWithin(kPatience,
+    return desk::AskVolumeWithin(desk::kVolumePatience,
                                  [path] { return desk::IsTaken(*desk::GetServices().mFileSystem, path); })
         .value_or(false);
 }

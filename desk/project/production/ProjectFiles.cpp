@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "desk/core/names/NaturalOrder.h"
+#include "host/core/FoldASCII.h"
 
 namespace host {
 
@@ -11,10 +12,6 @@ namespace {
 
 constexpr std::u16string_view kExtension = u".zuproj";
 constexpr std::size_t kLongestName = 255;
-
-char16_t FoldAscii(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
-}
 
 /// The bytes of `name` on the disk.
 std::size_t CountBytes(std::u16string_view name) {
@@ -39,10 +36,7 @@ const UTF16String& GetProjectFileExtension() {
 
 bool IsVantorProjectFile(const UTF16String& path) {
     const std::u16string_view name = std::u16string_view(path).substr(path.rfind(u'/') + 1);
-    if (name.size() <= kExtension.size()) return false;
-    if (!std::equal(kExtension.rbegin(), kExtension.rend(), name.rbegin(),
-                    [](char16_t expected, char16_t unit) { return expected == FoldAscii(unit); }))
-        return false;
+    if (!HasEndingFoldingASCII(name, kExtension)) return false;
     return name.size() * 3 <= kLongestName || CountBytes(name) <= kLongestName;
 }
 

@@ -1,4 +1,5 @@
 #include "desk/app/ProgressTexts.h"
+#include "desk/core/work/AskVolume.h"
 #include "desk/project/production/CopyQueue.h"
 #include "desk/project/production/Production.h"
 #include "host/project/ProductionItems.h"
@@ -94,7 +95,7 @@ TEST_F(CopyQueueTest, WhatIsCancelledLeavesNothingAndKeepsNobody) {
     AddAll();
     ASSERT_TRUE(mDisk.WaitAtGate());
     mQueue.Cancel(mQueue.GetJobs()[3].mID);
-    mMain.AdvanceAlone(desk::CopyQueue::kPatience);
+    mMain.AdvanceAlone(desk::kVolumePatience);
     EXPECT_EQ(mQueue.GetJobs()[4].mState, State::UnderWay);
     mQueue.CancelAll();
     mDisk.OpenGate();
