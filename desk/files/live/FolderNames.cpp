@@ -57,12 +57,12 @@ bool IsFolder(FolderNames::Kind kind) {
 }  // namespace
 
 FoldedText::FoldedText(std::u16string_view text) : mUnits(text), mHasBytes(!HasHalfPairs(text)) {
-    std::ranges::transform(mUnits, mUnits.begin(), Fold<char16_t>);
+    std::ranges::transform(mUnits, mUnits.begin(), host::FoldASCII<char16_t>);
     if (mHasBytes) mBytes = host::UTF16to8(mUnits);
 }
 
 bool FoldedText::IsIn(std::u16string_view name) const {
-    return !std::ranges::search(name, mUnits, {}, Fold<char16_t>).empty() || mUnits.empty();
+    return !std::ranges::search(name, mUnits, {}, host::FoldASCII<char16_t>).empty() || mUnits.empty();
 }
 
 bool FoldedText::StandsAt(const char* place) const {
