@@ -8,6 +8,7 @@
 #include "desk/core/work/Lifetime.h"
 #include "desk/files/live/ReadingLane.h"
 #include "desk/project/document/ProjectDocument.h"
+#include "host/core/Export.h"
 #include "host/core/Messaging.h"
 
 namespace desk {
@@ -15,7 +16,7 @@ namespace desk {
 /// When and how an open project is looked at on the disk: all of them every few seconds, and those in a folder
 /// at once when a change of that folder is announced (for a link also that of its file); by workers, at each
 /// project one look at a time. Never waits for the volume. UI thread.
-class ProjectLooks : public host::Listener {
+class ZUHOST_API ProjectLooks : public host::Listener {
 public:
     /// What comes of a look: called on the UI thread if the project is still open. True to look again at once.
     using Answer = std::function<bool(const ProjectDocumentRef&)>;
