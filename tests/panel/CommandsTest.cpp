@@ -7,9 +7,10 @@ namespace HandlerSharedProjects {
 
 class CommandsTest : public CommandsFixture {
 protected:
+    using IDs = std::vector<int>;
     /// Which of `commands` are enabled.
-    std::vector<int> EnabledOf(const std::vector<int>& commands) {
-        std::vector<int> enabled;
+    IDs EnabledOf(const IDs& commands) {
+        IDs enabled;
         for (const int command : commands)
             if (IsEnabled(command)) enabled.push_back(command);
         return enabled;
@@ -30,47 +31,48 @@ protected:
     }
 
     using Names = std::vector<std::string>;
-    const std::vector<int> kCreating{kNewFolder, kNewProject, kAddProject};
-    const std::vector<int> kAll{kNewFolder,  kNewProject, kAddProject, kOpen,        kClose,
-                                kRefresh,    kRevealRoot, kRevealItem, kToggleLock,  kMakeACopy,
-                                kRefreshAll, kSaveAll,    kCloseAll,   kMoveToTrash, kCloseAllOthers};
+    const IDs kCreating{kNewFolder, kNewProject, kAddProject};
+    const IDs kAll{kNewFolder,  kNewProject, kAddProject, kOpen,        kClose,
+                   kRefresh,    kRevealRoot, kRevealItem, kToggleLock,  kMakeACopy,
+                   kRefreshAll, kSaveAll,    kCloseAll,   kMoveToTrash, kCloseAllOthers};
 };
 
 TEST_F(CommandsTest, StatusesFollowSelectionAndProjects) {
     OpenPanel();
-    EXPECT_EQ(EnabledOf(kAll), std::vector<int>{});
+    EXPECT_EQ(EnabledOf(kAll), IDs{});
     OpenProductionWith({"A", "B", "Trash/Old", "Reels/"});
     OpenFolder("Trash");
-    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kNewFolder, kNewProject, kAddProject, kRevealRoot}));
+    EXPECT_EQ(EnabledOf(kAll), (IDs{kNewFolder, kNewProject, kAddProject, kRevealRoot}));
     Select({"Reels"});
-    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kNewFolder, kNewProject, kAddProject, kRevealRoot, kRevealItem,
-                                                 kMakeACopy, kMoveToTrash}));
+    EXPECT_EQ(EnabledOf(kAll),
+              (IDs{kNewFolder, kNewProject, kAddProject, kRevealRoot, kRevealItem, kMakeACopy, kMoveToTrash}));
     Select({"A"});
-    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kNewFolder, kNewProject, kAddProject, kOpen, kRevealRoot,
-                                                 kRevealItem, kMakeACopy, kMoveToTrash}));
+    EXPECT_EQ(EnabledOf(kAll), (IDs{kNewFolder, kNewProject, kAddProject, kOpen, kRevealRoot, kRevealItem,
+                                    kMakeACopy, kMoveToTrash}));
     Select({"A", "B"});
-    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kOpen, kRevealRoot, kRevealItem, kMakeACopy, kMoveToTrash}));
+    EXPECT_EQ(EnabledOf(kAll), (IDs{kOpen, kRevealRoot, kRevealItem, kMakeACopy, kMoveToTrash}));
     for (const char* name : {"Trash", "Trash/Old"}) {
         Select({name});
-        EXPECT_EQ(EnabledOf(kCreating), std::vector<int>{}) << name;
+        EXPECT_EQ(EnabledOf(kCreating), IDs{}) << name;
         EXPECT_FALSE(IsEnabled(kMoveToTrash)) << name;
     }
     Select({"A", "B"});
     OpenDocument("A");
     Settle();
-    EXPECT_EQ(EnabledOf(kAll), (std::vector<int>{kOpen, kClose, kRevealRoot, kRevealItem, kMakeACopy, kSaveAll,
-                                                 kCloseAll, kMoveToTrash}));
+    EXPECT_EQ(EnabledOf(kAll),
+              (IDs{kOpen, kClose, kRevealRoot, kRevealItem, kMakeACopy, kSaveAll, kCloseAll, kMoveToTrash}));
     Select({"A"});
     OpenDocument("B");
     Settle();
     EXPECT_EQ(EnabledOf({kOpen, kClose, kToggleLock, kCloseAllOthers}),
-              (std::vector<int>{kClose, kToggleLock, kCloseAllOthers}));
+              (IDs{kClose, kToggleLock, kCloseAllOthers}));
     // One read-only, one not: they cannot be switched together.
     ASSERT_TRUE(mDocuments.SetProjectReadOnly(FindDocument("B"), true));
     Select({"A", "B"});
-    EXPECT_FALSE(IsEnabled(kToggleLock));
+    FindDocument("A")->SetOutOfDate(true);
+    EXPECT_EQ(EnabledOf({kToggleLock, kSaveAll, kRefreshAll}), IDs{kSaveAll});
     CloseProduction();
-    EXPECT_EQ(EnabledOf(kAll), std::vector<int>{});
+    EXPECT_EQ(EnabledOf(kAll), IDs{});
 }
 
 TEST_F(CommandsTest, ANewFolderGoesIntoTheSelectedFolderOrBesideTheSelectedProject) {
@@ -105,7 +107,7 @@ TEST_F(CommandsTest, AFolderThatIsCalledLikeAProjectIsAFolder) {
         OpenFolder("Day.zuproj");
         EXPECT_TRUE(Shows({"A", "Day.zuproj", "  Scene 1"}));
         Select({"Day.zuproj"});
-        EXPECT_EQ(EnabledOf({kOpen, kMakeACopy, kMoveToTrash}), (std::vector<int>{kMakeACopy, kMoveToTrash}));
+        EXPECT_EQ(EnabledOf({kOpen, kMakeACopy, kMoveToTrash}), (IDs{kMakeACopy, kMoveToTrash}));
         Send(kMakeACopy);
         ASSERT_TRUE(Shows([&] { return FindRow("Day.zuproj copy") != nullptr; }));
         EXPECT_EQ(Bytes("Day.zuproj copy/Scene 1"), "project");
@@ -168,6 +170,7 @@ TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {
     MakeProject("Reels/Day 1/A");
     for (int i = 100; i < 200; ++i) MakeProject("Reels/R " + std::to_string(i));
     OpenProduction();
+    const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
     Select({"Reels"});
     NewFolder(u"Zero");
     EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Zero"}; }));
@@ -179,6 +182,7 @@ TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {
     Send(kNewProject);
     EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Untitled"}; }));
     EXPECT_TRUE(mFolder.Exists(OnDisk("Reels/Untitled.zuproj")));
+    EXPECT_NE(mFolder.Read("usage.jsonl").find("NewProject"), std::string::npos);
     EXPECT_TRUE(!IsOpen("Reels/Untitled") && Tree()->IsRowVisible(RowOf("Reels/Untitled").get()));
     // Who selects something else meanwhile is left alone.
     DirectoryView().SelectWhenShown({PathOf("Reels/Later")});
@@ -283,6 +287,7 @@ TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
     EXPECT_TRUE(IsOpen("Reels/Take 1"));
     DoubleClickHit("Other/Day 1");
     EXPECT_EQ(ShownHits(), (Rows{"Other", "  Day 1", "Reels", "  Take 1"}));
+    EXPECT_EQ(SelectionCount(), "4 items");
     DoubleClickHit("Other/Day 1");
     SearchView().SelectRowsByPaths({ProjectPath("Reels/Take 1"), PathOf("Reels"), PathOf("Nowhere")});
     Settle();
@@ -290,6 +295,9 @@ TEST_F(CommandsTest, HitsOfASearchTakeCommandsToo) {
     EXPECT_TRUE(IsEnabled(kMoveToTrash));
     Send(kMoveToTrash);
     EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/Reels/Take 1.zuproj")) && !mFolder.Exists(OnDisk("Reels")));
+    ASSERT_TRUE(ShowsHits({"Other", "  Day 1", "    Take 2", "Trash", "  Reels", "    Take 1"}));
+    DoubleClickHit("Trash/Reels/Take 1.zuproj");
+    EXPECT_EQ(OpenProjectCount(), 0);
     // What is made shows where it is, under folders that were never opened.
     SearchView().SelectRowsByPaths({ProjectPath("Other/Day 1/Take 2")});
     Settle();

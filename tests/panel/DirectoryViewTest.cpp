@@ -61,7 +61,7 @@ TEST_F(DirectoryViewTest, FollowsWhatOthersDoAndKeepsSelectionAndOpenFolders) {
     EXPECT_EQ(signals.mInserted, 1);
     EXPECT_EQ(signals.mRemoved, 0);
 
-    RenameProject("Reel 9", "Reel 11");
+    mFolder.Rename(OnDisk("Reel 9.zuproj"), OnDisk("Reel 11.zuproj"));
     ASSERT_TRUE(Shows({"Empty", "Reel 10", "Reel 11", "Rushes", "  Day 1", "  Scene 2", "  Scene 3", "Trash"}));
     EXPECT_EQ(signals.mInserted, 2);
     EXPECT_EQ(signals.mRemoved, 1);
@@ -228,16 +228,19 @@ TEST_F(DirectoryViewTest, BothTreesSortAlikeAndClosedFoldersFollow) {
 }
 
 TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
-    OpenProductionWith({"Reel 1"});
+    constexpr long kNfs = 0x6969;
+    mDisk.SetVolumeType(kNfs);
+    OpenProductionWith({"Reel 1", "Reels/A"});
+    OpenFolder("Reels");
     desk::Production::Instance().PausePanelUpdates(true);
     desk::Production::Instance().PausePanelUpdates(true);
-    MakeProject("Reel 2");
-    DirectoryView().OnDirectoryChanged(mFolder.PathUTF16(kProduction));
-    DirectoryView().OnDirectoryChanged(mFolder.PathUTF16(kProduction));
-    Settle();
-    EXPECT_EQ(ShownRows(), Rows{"Reel 1"});
+    Make({"Reel 2", "Reels/B"});
+    // Until the next poll has found both.
+    mMain.Advance(std::chrono::seconds(3));
+    EXPECT_EQ(ShownRows(), (Rows{"Reel 1", "Reels", "  A"}));
     desk::Production::Instance().PausePanelUpdates(false);
-    ASSERT_TRUE(Shows({"Reel 1", "Reel 2"}));
+    Settle();
+    EXPECT_EQ(ShownRows(), (Rows{"Reel 1", "Reel 2", "Reels", "  A", "  B"}));
 }
 
 TEST_F(DirectoryViewTest, AnItemThatIsToBeRenamedIsSelectedWhenItsRowComes) {

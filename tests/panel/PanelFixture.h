@@ -81,9 +81,6 @@ protected:
             item.mName.back() == '/' ? MakeFolder(item.mName) : MakeProject(item.mName, item.mBytes);
     }
     void RemoveProject(const std::string& name) { mFolder.Remove(OnDisk(name) + ".zuproj"); }
-    void RenameProject(const std::string& from, const std::string& to) {
-        mFolder.Rename(OnDisk(from) + ".zuproj", OnDisk(to) + ".zuproj");
-    }
     void OtherUserLocks(const std::string& name, const UTF16String& user = u"edit-bay-2") {
         WriteLock(name, WriteLockRecord(MakeForeignRecord(mDesktop, user, u"machine-of-" + user)));
     }

@@ -41,12 +41,12 @@ TEST_F(SearchTest, DeletingTheTextReturnsToTheTreeWithTheColumnsAsSetMeanwhile) 
     EXPECT_EQ(ShownHits().front(), "Sound");
     SearchTreeWidget().header()->resizeSection(4, 77);
     hits->SetSortColumn(Columns::kLockedColumnID);
+    Send(30323);
+    EXPECT_FLOAT_EQ(hits->GetColumnWidth(Columns::kSizeColumnID), 77 * 1.45f);
     TypeSearch(QStringLiteral("a"));
     TypeSearch({});
     EXPECT_EQ(ShownHits(), Rows{});
     EXPECT_TRUE(TreeWidget().isVisible());
-    EXPECT_EQ(directory->GetColumnWidth(Columns::kSizeColumnID), 77);
-    Send(30323);
     EXPECT_FLOAT_EQ(directory->GetColumnWidth(Columns::kSizeColumnID), 77 * 1.45f);
     EXPECT_EQ(directory->GetSortColumn(), Columns::kLockedColumnID);
 }

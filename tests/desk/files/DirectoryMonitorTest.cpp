@@ -164,7 +164,7 @@ TEST_F(DirectoryMonitorTest, EveryChangeShowsWhereFoldersArePolledAndOnlyWhatCha
     EXPECT_EQ(mDeliveries.size(), 0u) << "nothing has changed";
     EXPECT_EQ(mStatusChanges, 1) << "nor has the status";
 
-    mFolder.Write("A.zuproj", "12345");
+    WriteWithoutNewTime("A.zuproj", "12345");
     ASSERT_TRUE(sees([&] { return SizeOf("A.zuproj") == 5; }));
     Lock("", "A.zuproj", u"Ada");
     ASSERT_TRUE(seesLockOf(u"Ada"));

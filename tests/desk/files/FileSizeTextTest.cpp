@@ -27,8 +27,7 @@ TEST(FileSizeText, HasThreeSignificantDigitsInUnitsOfThousandAndTheUsersPoint) {
         {999'500, "1.00 MB"},
         {4'180'000, "4.18 MB"},
         {999'999'999'999, "1.00 TB"},
-        {std::numeric_limits<unsigned long long>::max(), "18.4 EB"},
-    };
+        {std::numeric_limits<unsigned long long>::max(), "18.4 EB"}};
     for (const auto& [bytes, expected] : cases) EXPECT_EQ(Text(bytes), expected) << bytes;
     QLocale::setDefault(QLocale(QStringLiteral("de_DE")));
     EXPECT_EQ(Text(4'180'000), "4,18 MB");

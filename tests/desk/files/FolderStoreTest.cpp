@@ -104,6 +104,8 @@ TEST_F(FolderStoreTest, ReadsFactsOnceAndDeliversThemTogether) {
     EXPECT_EQ(Facts("B.zuproj")->mLock->mUser, u"Ada");
     ReadFacts("B.zuproj");
     EXPECT_EQ(mDisk.Count(Operation::Status), 2) << "what is known is not asked again";
+    WriteWithoutNewTime("A.zuproj", "1234567");
+    EXPECT_TRUE(WaitFor([&] { return SizeOf("A.zuproj") == 7; }));
 }
 
 TEST_F(FolderStoreTest, SpendsAHandfulOfListingsOnABurst) {

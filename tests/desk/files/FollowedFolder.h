@@ -91,6 +91,12 @@ protected:
     void Lock(const std::string& folder, const std::string& project, const host::UTF16String& user) {
         mFolder.Write(LockName(folder, project), desk::WriteLockRecord(MakeForeignRecord(mDesktop, user)));
     }
+    /// As who copies a file with its times onto another does.
+    void WriteWithoutNewTime(const std::string& name, const std::string& bytes) {
+        const auto time = std::filesystem::last_write_time(mFolder.Path(name));
+        mFolder.Write(name, bytes);
+        std::filesystem::last_write_time(mFolder.Path(name), time);
+    }
     static std::string LockName(const std::string& folder, const std::string& project) {
         const std::string name = host::UTF16to8(desk::GetLockFileName(host::UTF8to16(project)));
         return folder.empty() ? name : folder + '/' + name;

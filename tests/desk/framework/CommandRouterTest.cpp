@@ -7,7 +7,10 @@ constexpr int kSomeCommand = 900001, kProgramCommand = 900002;
 
 class CommandRouterTest : public FrameworkFixture {
 protected:
-    CommandRouterTest() { Obey(kProgramCommand, "program"); }
+    CommandRouterTest() {
+        desk::MainCommander::Instance().Register(kProgramCommand, {},
+                                                 [this] { return mEvents.push_back("program"), true; });
+    }
     ~CommandRouterTest() override { desk::MainCommander::Instance().Register(kProgramCommand, {}, {}); }
 
     desk::CommandRouter& mRouter = desk::CommandRouter::Instance();
@@ -38,6 +41,15 @@ TEST_F(CommandRouterTest, AsksTheViewThenTheHandlerAndTheProgramAtTheEndOfTheirC
     EXPECT_EQ(TakeEvents(), (Events{"panel 900001", "panel 900002", "program"}));
     EXPECT_TRUE(mRouter.FindStatus(kSomeCommand).mIsKnown && !mRouter.FindStatus(kSomeCommand).mIsEnabled);
     EXPECT_TRUE(mRouter.FindStatus(kProgramCommand).mIsEnabled);
+
+    NotingTabView second("second", mEvents, nullptr);
+    TestPanelFrame frame;
+    host::TabView::Create(&second, u"test.second", u"Second", &frame, true);
+    mRouter.SetOnDuty(nullptr, &second);
+    TakeEvents();
+    EXPECT_FALSE(mRouter.Send(kSomeCommand) || mRouter.FindStatus(kSomeCommand).mIsKnown);
+    EXPECT_EQ(TakeEvents(), Events{"second 900001"}) << "a panel that is not on duty is not asked";
+    second.Destroy();
 }
 
 TEST_F(CommandRouterTest, PostedCommandsRunLaterAndWhatOneThrowsIsLogged) {

@@ -97,11 +97,6 @@ protected:
 
     /// What has happened since the last call.
     Events TakeEvents() { return std::exchange(mEvents, {}); }
-    /// The program carries out a command from now on, and notes it as `event`.
-    void Obey(int command, const std::string& event) {
-        desk::MainCommander::Instance().Register(command, {},
-                                                 [this, event] { return mEvents.push_back(event), true; });
-    }
     void OpenPanel() { host::TabView::Create(mPanel.get(), kHandlerID, u"Panel", mFrame.get(), true); }
     QWidget& PanelWidget() { return *mPanel->GetImpl().mWidget; }
 

@@ -56,12 +56,12 @@ TEST_F(PluginTest, ReadsTheEntryRecordBehindOtherNotesAndRefusesByReasonWhatIsNo
         {[](ElfFile&) {}, ""},
         {[](ElfFile& f) { std::memset(f.mRecord.mName, 'x', sizeof f.mRecord.mName); }, ""},
         {[](ElfFile& f) { f.mRecord.mSdkVersion = 2; }, "was made for SDK version 2; this program's is 1"},
+        {[](ElfFile& f) { f.mRecord.mSdkVersion = 0; }, "was made for SDK version 0; this program's is 1"},
         {[](ElfFile& f) { f.mSegment.p_filesz = 20; }, "has no entry record"},
         {[](ElfFile& f) { f.mRecord.mOwner[0] = 'X'; }, "has no entry record"},
         {[](ElfFile& f) { f.mHeader.e_ident[EI_CLASS] = ELFCLASS32; },
          "is no library (it is for another kind of machine)"},
-        {[](ElfFile& f) { f.mHeader.e_type = ET_EXEC; }, "is no library (it is an ELF file of another type)"},
-    };
+        {[](ElfFile& f) { f.mHeader.e_type = ET_EXEC; }, "is no library (it is an ELF file of another type)"}};
     for (const auto& [change, refusal] : refusals) {
         ElfFile file;
         change(file);
@@ -85,8 +85,7 @@ TEST_F(PluginTest, NoCutAndNoWrongSizeLeadsOutOfTheFile) {
         [](ElfFile& f) { f.mSegment.p_filesz = ~0ULL; },
         [](ElfFile& f) { f.mSegment.p_offset = ~0ULL - 8; },
         [](ElfFile& f) { f.mForeign.n_namesz = 0xFFFFFFFF; },
-        [](ElfFile& f) { f.mRecord.mDescriptionSize = 0x7FFFFFFF; },
-    };
+        [](ElfFile& f) { f.mRecord.mDescriptionSize = 0x7FFFFFFF; }};
     for (std::size_t i = 0; i < std::size(kChanges); ++i) {
         ElfFile file;
         kChanges[i](file);

@@ -1,0 +1,73 @@
+#include <QTest>
+
+#include "desk/app/MainWindow.h"
+#include "desk/app/RecentProductions.h"
+#include "desk/app/Screenshot.h"
+#include "desk/core/settings/Profile.h"
+#include "desk/framework/MenuResources.h"
+#include "desk/project/production/CopyQueue.h"
+#include "desk/project/production/Production.h"
+#include "host/project/ProductionItems.h"
+#include "tests/desk/files/FollowedFolder.h"
+
+namespace desk {
+namespace {
+
+struct MainWindowTest : FollowedFolder {
+    MainWindowTest() {
+        MenuResources::Instance().Load(mFolder.Path());
+        UseFakeSource();
+    }
+
+    Profile mProfile{mFolder.Path("profile")};
+    RecentProductions mRecent{mProfile.PathOf(RecentProductions::kFileName)};
+};
+
+TEST_F(MainWindowTest, IsClosedOnceWhileAQuestionStands) {
+    mFolder.Write("A.zuproj");
+    Production::Instance().Open(mFolder.PathUTF16());
+    CopyQueue queue;
+    MainWindow window(mProfile, &mRecent, {});
+    mDisk.CloseGate(Operation::CopyFile, mFolder.Path());
+    host::AddProjectToZuProduction(Path("A.zuproj"), Path("B.zuproj"));
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    mDialogs.mMeanwhile = [&, isFirst = true]() mutable {
+        if (!std::exchange(isFirst, false)) return;
+        QCloseEvent again;
+        QCoreApplication::sendEvent(&window, &again);
+        EXPECT_FALSE(again.isAccepted());
+    };
+    mDialogs.ExpectQuestion("Projects Are Being Copied", u"Keep Copying");
+    EXPECT_FALSE(window.close());
+    mDisk.OpenGate();
+    mMain.RunUntilIdle();
+    Production::Instance().Close();
+}
+
+TEST_F(MainWindowTest, ALayoutThatCouldNotBeReadIsNotOverwritten) {
+    mFolder.Write("profile/Window Layout.json", "{}");
+    ExpectLogged log("Window Layout.json");
+    mDisk.Deny(mProfile.PathOf(MainWindow::kLayoutFileName), EIO);
+    const MainWindow window(mProfile, &mRecent, {});
+    mDisk.Allow(mProfile.PathOf(MainWindow::kLayoutFileName));
+    window.SaveLayout();
+    EXPECT_EQ(mFolder.Read("profile/Window Layout.json"), "{}");
+}
+
+TEST_F(MainWindowTest, APictureWaitsForTheWorkers) {
+    QWidget window;
+    std::optional<std::string> problem;
+    std::promise<void> end;
+    mPool.Submit([&] { end.get_future().wait(); });
+    const Screenshot picture(
+        window, mFolder.Path("picture.png"), [] { return false; },
+        [&](const std::string& error) { problem = error; });
+    EXPECT_FALSE(QTest::qWaitFor([&] { return problem.has_value(); }, 500));
+    end.set_value();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return problem.has_value(); }));
+    EXPECT_EQ(problem, "");
+    EXPECT_TRUE(mFolder.Exists("picture.png"));
+}
+
+}  // namespace
+}  // namespace desk
