@@ -23,13 +23,11 @@ TEST_F(CommandLineUse, RefusesWrongUseWithOneLine) {
     const struct {
         Arguments mArguments;
         const char* mNamed;
-    } cases[] = {
-        {{"--no-such-option"}, "no-such-option"},
-        {{"no-such-folder"}, "no-such-folder"},
-        {{"--screenshot", "p.png", "a-file"}, "a-file"},
-        {{"--screenshot", "p.png", "--plugin-dir", "no-plugins", "."}, "no-plugins"},
-        {{"--list-plugins", "--plugin-dir", "no-plugins"}, "no-plugins"},
-    };
+    } cases[] = {{{"--no-such-option"}, "no-such-option"},
+                 {{"no-such-folder"}, "no-such-folder"},
+                 {{"--screenshot", "p.png", "a-file"}, "a-file"},
+                 {{"--screenshot", "p.png", "--plugin-dir", "no-plugins", "."}, "no-plugins"},
+                 {{"--list-plugins", "--plugin-dir", "no-plugins"}, "no-plugins"}};
     for (const auto& c : cases) {
         const Result result = Run(c.mArguments);
         EXPECT_EQ(result.mExitCode, 2) << c.mNamed;

@@ -24,16 +24,14 @@ TEST_F(LocalizerTest, AKeysDefaultShowsWithoutCommentsAndWithItsArguments) {
     const struct {
         const char* mKey;
         const char16_t* mText;
-    } cases[] = {
-        {"$$$/A/B=a=b", u"a=b"},
-        {"$$$/A/C=Production: #{the name = follows}", u"Production: "},
-        {"$$$/A/D=#{one}Te#{two}xt #1 {x}#{cut", u"Text #1 {x}"},
-        {"$$$/A/E=", u""},
-        {"$$$/A/F", u"$$$/A/F"},
-        {"no key=1#{2} @0", u"no key=1#{2} @1"},
-        {"$$$/A/G=@0 of @1", u"@1 of @0"},  // arguments are not searched
-        {"$$$/A/H=a@b.c @ @2 @10 @99999999999999999999@", u"a@b.c @ @2 @10 @99999999999999999999@"},
-    };
+    } cases[] = {{"$$$/A/B=a=b", u"a=b"},
+                 {"$$$/A/C=Production: #{the name = follows}", u"Production: "},
+                 {"$$$/A/D=#{one}Te#{two}xt #1 {x}#{cut", u"Text #1 {x}"},
+                 {"$$$/A/E=", u""},
+                 {"$$$/A/F", u"$$$/A/F"},
+                 {"no key=1#{2} @0", u"no key=1#{2} @1"},
+                 {"$$$/A/G=@0 of @1", u"@1 of @0"},  // arguments are not searched
+                 {"$$$/A/H=a@b.c @ @2 @10 @99999999999999999999@", u"a@b.c @ @2 @10 @99999999999999999999@"}};
     for (const auto& c : cases) EXPECT_EQ(ZString(c.mKey, {u"@1", u"@0"}), c.mText) << c.mKey;
 }
 

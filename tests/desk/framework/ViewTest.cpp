@@ -1,5 +1,3 @@
-#include <QLineEdit>
-
 #include "host/framework/DC.h"
 #include "tests/desk/framework/FrameworkFixture.h"
 
@@ -45,26 +43,6 @@ TEST_F(ViewTest, SurvivesEveryOrderOfDestruction) {
     EXPECT_EQ(mFrame->GetView(), nullptr);
     EXPECT_TRUE(mFrame->Window().findChildren<QWidget*>().isEmpty());
     mMain.RunUntilIdle();
-}
-
-TEST_F(ViewTest, GoesOnDutyWhenTheFocusComesInAndNotWhenItMovesInside) {
-    OpenPanel();
-    QLineEdit first(&PanelWidget()), second(&PanelWidget()), outside(&mFrame->Window());
-    for (QLineEdit* field : {&first, &second, &outside}) field->show();
-    outside.setFocus();
-    mFrame->Activate();
-    mEvents.clear();
-    first.setFocus();
-    second.setFocus();
-    EXPECT_EQ(mEvents, (Events{"panel on duty"}));
-    EXPECT_EQ(desk::CommandRouter::Instance().GetViewOnDuty(), mPanel.get());
-    // It stays on duty as the last one that had the focus, until it is destroyed.
-    outside.setFocus();
-    EXPECT_EQ(desk::CommandRouter::Instance().GetViewOnDuty(), mPanel.get());
-    mPanel->BringToFront(true, false);
-    EXPECT_TRUE(second.hasFocus());
-    mPanel->Destroy();
-    EXPECT_EQ(desk::CommandRouter::Instance().GetViewOnDuty(), nullptr);
 }
 
 TEST_F(ViewTest, AFailedCreationLeavesNothingInTheFrameAndWhatPaintingThrowsIsLogged) {

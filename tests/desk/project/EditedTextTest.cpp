@@ -70,21 +70,19 @@ TEST(EditedText, EditsTakeTheLineEndsOfTheirPlace) {
         std::string mBytes;
         host::UTF16String mEdited;
         std::string mExpected;
-    } cases[] = {
-        {"new line", "a\r\nb\r\n", u"a\nx\nb\n", "a\r\nx\r\nb\r\n"},
-        {"behind a last line without end", "a\r\nb\nc\rd", u"a\nb\nc\nd\ne", "a\r\nb\nc\rd\re"},
-        {"edits in two places", "1\r\n2\n3\r\n4\n5", u"1x\n2\n3\n4y\n5", "1x\r\n2\n3\r\n4y\n5"},
-        {"lines inserted and removed", "1\n2\n3\r\n4\r5\n6\n", u"1\nnew\nnew\n2\n4\n5\n6\n",
-         "1\nnew\nnew\r\n2\r\n4\r5\n6\n"},
-        {"the last end removed", "1\r\n2\n", u"1\n2", "1\r\n2"},
-        {"mark", std::string(kMark) + "a", u"b", std::string(kMark) + "b"},
-        {"U+2029 from the editor", "a\r\nb", u"a\u2029b", "a\r\nb"},
-        {"U+2029 of the file", "a\u2029b\n", u"a\nb\nc", "a\u2029b\nc"},
-        {"Shift+Return", "a\nb", u"a\u2028c\nb", "a\nc\nb"},
-        {"U+2028 of the file", "a\u2028c\nb", u"a\u2028c\nbx", "a\u2028c\nbx"},
-        {"no text", "a", host::UTF16String(u"a\0\xD800\xDC41\xDC80\xFFFC", 6),
-         "a\xEF\xBF\xBD\xF0\x90\x81\x81\xEF\xBF\xBD\xEF\xBF\xBD"},
-    };
+    } cases[] = {{"new line", "a\r\nb\r\n", u"a\nx\nb\n", "a\r\nx\r\nb\r\n"},
+                 {"behind a last line without end", "a\r\nb\nc\rd", u"a\nb\nc\nd\ne", "a\r\nb\nc\rd\re"},
+                 {"edits in two places", "1\r\n2\n3\r\n4\n5", u"1x\n2\n3\n4y\n5", "1x\r\n2\n3\r\n4y\n5"},
+                 {"lines inserted and removed", "1\n2\n3\r\n4\r5\n6\n", u"1\nnew\nnew\n2\n4\n5\n6\n",
+                  "1\nnew\nnew\r\n2\r\n4\r5\n6\n"},
+                 {"the last end removed", "1\r\n2\n", u"1\n2", "1\r\n2"},
+                 {"mark", std::string(kMark) + "a", u"b", std::string(kMark) + "b"},
+                 {"U+2029 from the editor", "a\r\nb", u"a\u2029b", "a\r\nb"},
+                 {"U+2029 of the file", "a\u2029b\n", u"a\nb\nc", "a\u2029b\nc"},
+                 {"Shift+Return", "a\nb", u"a\u2028c\nb", "a\nc\nb"},
+                 {"U+2028 of the file", "a\u2028c\nb", u"a\u2028c\nbx", "a\u2028c\nbx"},
+                 {"no text", "a", host::UTF16String(u"a\0\xD800\xDC41\xDC80\xFFFC", 6),
+                  "a\xEF\xBF\xBD\xF0\x90\x81\x81\xEF\xBF\xBD\xEF\xBF\xBD"}};
     for (const auto& c : cases) EXPECT_EQ(EditedText(c.mBytes).ToBytes(c.mEdited), c.mExpected) << c.mWhat;
 }
 

@@ -38,3 +38,10 @@ TEST_F(ProductionTest, WhatLiesWithinTheProductionAndItsTrash) {
     mProduction.Open(u"/");
     EXPECT_TRUE(IsWithinCurrentZuProductionFolder(u"/a") && !IsWithinCurrentZuProductionFolder(u"//"));
 }
+
+TEST_F(ProductionTest, APathLiesWithinAFolderByWholeComponents) {
+    using host::Utilities::IsPathWithinDirectory;
+    EXPECT_TRUE(IsPathWithinDirectory(u"/p/a/b", u"/p", false) && IsPathWithinDirectory(u"/p", u"/", false));
+    EXPECT_TRUE(IsPathWithinDirectory(u"/p", u"/p", true) && !IsPathWithinDirectory(u"/p", u"/p", false));
+    EXPECT_FALSE(IsPathWithinDirectory(u"/pq", u"/p", true) || IsPathWithinDirectory(u"/p", u"", true));
+}

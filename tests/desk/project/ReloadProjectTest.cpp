@@ -63,14 +63,12 @@ TEST_F(ReloadProjectTest, SwitchingToReadWriteNeedsTheLockAndTheFileAsItWasRead)
         const char* mReason;
         std::function<void()> mCause;
         std::function<void()> mEnd;
-    } cases[] = {
-        {"tomas on edit-bay-2, since", [&] { WriteForeignLock(); }, [&] { mFolder.Remove(kLock); }},
-        {"No space left", [&] { mDisk.Fail(Operation::CreateNewFile, 1, ENOSPC); }, [] {}},
-        {"Stale file handle", [&] { mDisk.Fail(Operation::Status, 1, ESTALE); }, [] {}},
-        {"no longer there", [&] { mFolder.Rename(kProject, "away"); },
-         [&] { mFolder.Rename("away", kProject); }},
-        {"Reload it first", [&] { mFolder.Write(kProject, "theirs"); }, [] {}},
-    };
+    } cases[] = {{"tomas on edit-bay-2, since", [&] { WriteForeignLock(); }, [&] { mFolder.Remove(kLock); }},
+                 {"No space left", [&] { mDisk.Fail(Operation::CreateNewFile, 1, ENOSPC); }, [] {}},
+                 {"Stale file handle", [&] { mDisk.Fail(Operation::Status, 1, ESTALE); }, [] {}},
+                 {"no longer there", [&] { mFolder.Rename(kProject, "away"); },
+                  [&] { mFolder.Rename("away", kProject); }},
+                 {"Reload it first", [&] { mFolder.Write(kProject, "theirs"); }, [] {}}};
     for (const auto& c : cases) {
         c.mCause();
         mDialogs.ExpectMessage("The Project Stays Read-Only");

@@ -175,9 +175,12 @@ TEST_F(TextKeeperTest, WhatIsDamagedIsLoggedAndStays) {
     EXPECT_TRUE(mProfile.Exists("texts/1.unsaved"));
 }
 
-TEST_F(TextKeeperTest, TellsAFileThatIsGoneFromOneThatCannotBeReadNow) {
+TEST_F(TextKeeperTest, TellsWhatTheDiskHoldsNow) {
     KeptText text;
     text.mProject = mFolder.PathUTF16(kProject);
+    text.mBase = MarkContent(kBytes);
+    mFolder.Write(kProject, "something else");
+    EXPECT_EQ(FindFileSinceKept(mDisk, text).mState, FileSinceKept::State::Changed) << "of the same size";
     mDisk.SetGone(true);
     EXPECT_EQ(FindFileSinceKept(mDisk, text).mSystemError, ESTALE);
     mDisk.SetGone(false);

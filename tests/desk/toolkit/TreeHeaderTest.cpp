@@ -17,12 +17,6 @@ protected:
         }
     }
 
-    std::vector<host::ColumnID> Order() {
-        std::vector<host::ColumnID> order;
-        for (unsigned i = 0; i < mHeader->GetCountOfColumns(); ++i) order.push_back(mHeader->GetColumnAt(i));
-        return order;
-    }
-
     void Drag(QPoint from, QPoint to) {
         QWidget* header = View().header()->viewport();
         QTest::mousePress(header, Qt::LeftButton, {}, from);
@@ -41,7 +35,7 @@ TEST_F(TreeHeaderTest, TheUserMovesAndResizesWithinLimits) {
     mHeader->SetAllowColumnMovingByUser(true, false);
     Drag({50, 10}, {280, 10});
     EXPECT_EQ(mHeard, Rows{"move 0 2"});
-    EXPECT_EQ(Order(), (std::vector{kSizeColumn, kDateColumn, kNameColumn}));
+    EXPECT_EQ(mHeader->GetColumnAt(2), kNameColumn);
     Drag({100, 10}, {150, 10});
     EXPECT_EQ(mHeard.back(), "resize 0 150");
     Drag({150, 10}, {5, 10});
