@@ -20,6 +20,7 @@
 #include "desk/core/edges/Desktop.h"
 #include "desk/core/edges/Services.h"
 #include "desk/project/lock/LockProtocol.h"
+#include "host/framework/CommandIdentifiers.h"
 
 namespace bench {
 
@@ -30,8 +31,6 @@ using namespace std::chrono_literals;
 constexpr int kManyProjects = 10'000;
 constexpr int kSlowProjects = 2'000;
 constexpr int kSlowDelay = 10;
-/// The panel's own command.
-constexpr int kCommandMoveToTrash = 30325;
 
 /// A sample that is made when it is first used, and shared by jobs.
 template <class Sample>
@@ -332,7 +331,7 @@ std::vector<double> MeasureTrashing(BenchedTree& tree) {
     EventLoopProbe probe;
     probe.Start();
     const auto start = Clock::now();
-    dynamic_cast<PanelBench&>(tree).Send(kCommandMoveToTrash);
+    dynamic_cast<PanelBench&>(tree).Send(host::CommandID::kMoveToTrash);
     // The trash is left.
     const auto isDone = [&](const QRegion&) { return CountRows(view) == 1; };
     const auto end = application.RunUntilPainted(*view.viewport(), isDone, 300s, "the trash alone");
@@ -379,7 +378,7 @@ std::vector<double> MeasureCancellingTrash(BenchedTree& tree) {
     canceller.start(1ms);
     EventLoopProbe probe;
     probe.Start();
-    dynamic_cast<PanelBench&>(tree).Send(kCommandMoveToTrash);
+    dynamic_cast<PanelBench&>(tree).Send(host::CommandID::kMoveToTrash);
     const auto end = Clock::now();
     const double gap = probe.Stop(end);
     if (CountRows(view) != 1) throw std::runtime_error("the folder is gone");

@@ -17,21 +17,15 @@
 #include "desk/files/disk/PosixFileSystem.h"
 #include "desk/files/live/ChangeSource.h"
 #include "desk/files/live/FolderStore.h"
-#include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/framework/PluginLoader.h"
 #include "desk/framework/Shortcuts.h"
 #include "desk/project/lock/Leftovers.h"
 #include "desk/toolkit/Theme.h"
+#include "host/framework/CommandIdentifiers.h"
 
 namespace bench {
-
-namespace {
-// The panel's own commands.
-constexpr int kCommandZoomIn = 30323;
-constexpr int kCommandZoomOut = 30324;
-}  // namespace
 
 /// What the program's session sets up.
 struct PanelBench::Program {
@@ -125,12 +119,12 @@ void PanelBench::PrepareFolders(const std::string& folder, int rows) {
 }
 
 void PanelBench::Zoom(int steps) {
-    for (; steps > 0; --steps) Send(kCommandZoomIn);
-    for (; steps < 0; ++steps) Send(kCommandZoomOut);
+    for (; steps > 0; --steps) Send(host::CommandID::kZoomIn);
+    for (; steps < 0; ++steps) Send(host::CommandID::kZoomOut);
 }
 
 void PanelBench::SelectAll() {
-    Send(desk::kCommandSelectAll);
+    Send(host::CommandID::kSelectAll);
 }
 
 void PanelBench::Search(const QString& text) {

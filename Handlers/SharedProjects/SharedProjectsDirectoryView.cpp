@@ -16,25 +16,16 @@
 
 namespace HandlerSharedProjects {
 
-namespace {
-
-constexpr int kSpinnerInCentre = 1;
-
-}  // namespace
-
 SharedProjectsDirectoryView::SharedProjectsDirectoryView(
     ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager, const UTF16String& rootPath,
     const std::shared_ptr<SharedProjectsTabView>& tabView)
     : MediaBrowserDirectoryView(std::move(project), std::move(contentManager)),
       mTabView(tabView),
+      mItems(*this, GetTree(), tabView, mLifetime),
       mRestorer(std::make_unique<StateRestorer>(*this, mFolderOpener, [this] { GoOnWithWhatWaits(); })) {
     SetupTree();
     GetTree()->UI_SetNodeID("ZuProduction.DirectoryView.MediaBrowserMultiColumnTree");
     UI_SetNodeID("ZuProduction.DirectoryView");
-    SetupHeaderRow();
-    mQueuedSort = new QueueOnlyOnce(GetRegisteredMainThread(), [this, lifetime = std::weak_ptr(mLifetime)] {
-        if (!lifetime.expired()) SortRows();
-    });
     AddListener(kStation_ZuProductionFolderPanel, this);
     AddListener(kBackendProjectActivationStationID, this);
     ShowRoot(rootPath);
@@ -43,28 +34,11 @@ SharedProjectsDirectoryView::SharedProjectsDirectoryView(
 void SharedProjectsDirectoryView::SetupTree() {
     using View = SharedProjectsDirectoryView;
     UI_MultiColumnTree& tree = *GetTree();
-    tree.SetRowVisibilityChangedCallback(Utils::BindCallback(this, &View::OnRowVisibilityChanged, mLifetime));
-    tree.SetCellSortDataFunction(Utils::BindCallback(this, &View::GetCellSortDataAsString, mLifetime));
     tree.SetRowDisclosureChangedCallback(Utils::BindCallback(this, &View::OnRowDisclosureChanged, mLifetime));
-    tree.SetColumnMovedCallback(Utils::BindCallback(this, &View::OnColumnMoved, mLifetime));
-    tree.SetColumnResizedCallback(Utils::BindCallback(this, &View::OnColumnResized, mLifetime));
-    tree.SetCellAccessibleTextFunction(Utils::BindCallback(this, &View::GetCellAccessibleText, mLifetime));
     tree.SetRowSelectionColorCallback({});
-    tree.SetSupportMultipleSelections(true);
-    tree.SetSupportNoneSelected(true);
-    tree.SetSupportDeselectAllOnEmptyTreeClick(true);
-    tree.SetSpinnerAlignment(kSpinnerInCentre);
     tree.SetAccessibleName(
         Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/DirectoryTree=Folders "
                                    "and projects of the production"));
-}
-
-void SharedProjectsDirectoryView::SetupHeaderRow() {
-    using View = SharedProjectsDirectoryView;
-    mHeaderRow = new UI_MultiColumnTreeHeaderRow(*GetTree());
-    GetTree()->SetHeaderRow(mHeaderRow);
-    Columns::SetupHeaderRow(mHeaderRow, Utils::BindCallback(this, &View::ColumnSortStringIsLess, mLifetime),
-                            Utils::BindCallback(this, &View::OnSortChanged, mLifetime));
 }
 
 SharedProjectsDirectoryView::~SharedProjectsDirectoryView() {
@@ -106,19 +80,6 @@ void SharedProjectsDirectoryView::SetEmptyText(std::string_view key) {
     GetTree()->SetEmptyText(Localizer::Get()->Localize(key));
 }
 
-void SharedProjectsDirectoryView::SetRowHeight(float height) {
-    GetTree()->SetRowHeight(height);
-}
-
-bool SharedProjectsDirectoryView::IsFileRow(const RowRef& row) const {
-    return GetMetadata(row) != nullptr;
-}
-
-UTF16String SharedProjectsDirectoryView::GetPathOfKind(const RowRef& row) const {
-    const UTF16String path = GetRowPath(row.get());
-    return IsFileRow(row) ? path : PathUtils::AddTrailingSlash(path);
-}
-
 bool SharedProjectsDirectoryView::IsProject(const UTF16String& path) const {
     return IsVantorProjectFile(path) && !mFoldersCalledLikeProjects.contains(path);
 }
@@ -154,32 +115,17 @@ RowRef SharedProjectsDirectoryView::GetRowFromPath(const UTF16String& path) cons
     return row;
 }
 
-std::size_t SharedProjectsDirectoryView::GetOpenedRowsCount() const {
-    return GetTree()->CountOpenedRows();
-}
-
 void SharedProjectsDirectoryView::AddRowToMaps(const RowRef& row, const DirectoryRowData& data) {
     if (!row) return;
-    row->SetBackgroundColorID(kRowBackgroundColorID);
     MediaBrowserDirectoryView::AddRowToMaps(row, data);
-    UTF16String path = GetRowPath(row.get());
-    if (!IsProject(path)) {
-        // Nobody knows what is in it before it has been listed, and an empty one can be opened too.
-        GetTree()->SetRowHasCustomChild(row.get(), true);
-        return;
-    }
-    const auto entry = mRowToMetadata.insert_or_assign(
-        mRowToMetadata.end(), row, MetadataRequest{Columns::FileMetadata(std::move(path)), false});
-    // The row is sorted when it is laid out; nothing else needs to be.
-    if (IsRowExposed(row))
-        entry->second.mMetadata.Update(GetTree()->IsRowVisible(row.get()), mHeaderRow->GetSortColumn());
-    else
-        entry->second.mIsStale = true;
+    const bool isProject = IsProject(GetRowPath(row.get()));
+    mItems.AddRow(row, isProject, SharedProjectsItemTree::IsRowExposed(row));
+    // Nobody knows what is in a folder before it has been listed, and an empty one can be opened too.
+    if (!isProject) GetTree()->SetRowHasCustomChild(row.get(), true);
 }
 
 void SharedProjectsDirectoryView::RemoveRowFromMaps(const RowRef& row) {
-    if (mRowToMetadata.erase(row) == 0 && !mFolderOpener.IsIdle())
-        mFolderOpener.OnFolderRemoved(GetRowPath(row.get()));
+    if (!mItems.RemoveRow(row) && !mFolderOpener.IsIdle()) mFolderOpener.OnFolderRemoved(GetRowPath(row.get()));
     MediaBrowserDirectoryView::RemoveRowFromMaps(row);
 }
 
@@ -199,77 +145,12 @@ bool SharedProjectsDirectoryView::RowIsVolumeContainer(const RowRef&) const {
     return false;
 }
 
-SharedProjectsDirectoryView::MetadataRequest* SharedProjectsDirectoryView::FindMetadata(const RowRef& row) {
-    const auto entry = mRowToMetadata.find(row);
-    if (entry != mRowToMetadata.end()) return &entry->second;
-    UTF16String path = GetRowPath(row.get());
-    if (!IsProject(path)) return nullptr;
-    return &(mRowToMetadata[row] = {Columns::FileMetadata(std::move(path)), false});
-}
-
-const Columns::FileMetadata* SharedProjectsDirectoryView::GetMetadata(const RowRef& row) const {
-    const auto entry = mRowToMetadata.find(row);
-    return entry == mRowToMetadata.end() ? nullptr : &entry->second.mMetadata;
-}
-
-bool SharedProjectsDirectoryView::IsRowExposed(const RowRef& row) {
-    for (RowRef parent = row->GetParentRow(); parent; parent = parent->GetParentRow())
-        if (!parent->IsOpen()) return false;
-    return true;
-}
-
-void SharedProjectsDirectoryView::UpdateMetadataForRow(const RowRef& row, bool onlyIfStale) {
-    UpdateMetadataForRow(row, onlyIfStale, IsRowExposed(row));
-}
-
-void SharedProjectsDirectoryView::UpdateMetadataForRow(const RowRef& row, bool onlyIfStale, bool exposed) {
-    MetadataRequest* request = FindMetadata(row);
-    if (!request) return;
-    if (exposed) {
-        if (!onlyIfStale || request->mIsStale) UpdateMetadata(*request, row);
-    } else if (!onlyIfStale) {
-        request->mIsStale = true;
-    }
-}
-
-void SharedProjectsDirectoryView::UpdateMetadata(MetadataRequest& request, const RowRef& row) {
-    const bool isVisible = GetTree()->IsRowVisible(row.get());
-    const bool hasSortKeyChanged = request.mMetadata.Update(isVisible, mHeaderRow->GetSortColumn());
-    request.mIsStale = false;
-    // While all sort keys stay as they were, so does the order: scrolling sorts nothing.
-    if (hasSortKeyChanged) mQueuedSort->Queue();
-}
-
-void SharedProjectsDirectoryView::UpdateRow(const RowRef& row) {
-    UpdateRow(row, IsRowExposed(row));
-}
-
-void SharedProjectsDirectoryView::UpdateRow(const RowRef& row, bool exposed) {
-    MediaBrowserDirectoryView::UpdateRow(row);
-    UpdateMetadataForRow(row, false, exposed);
-    AddNameCellView(row);
-}
-
-void SharedProjectsDirectoryView::AddNameCellView(const RowRef& row) {
-    // Composing the path of a row that nobody sees would be the larger part of the work.
-    if (!GetTree()->IsRowVisible(row.get())) return;
-    const Columns::FileMetadata* metadata = GetMetadata(row);
-    Columns::AddNameCellView(*GetTree(), row, GetPathOfKind(row),
-                             metadata ? metadata->GetLockState() : std::nullopt);
-}
-
 void SharedProjectsDirectoryView::ListenToMessage(const Message& message) {
     if (const auto* opened = MessageCast<ZuProductionFolderOpenedMessage>(message))
         OnZuProductionOpened(opened->GetPath());
     else if (const auto* closed = MessageCast<ZuProductionFolderClosedMessage>(message))
         OnZuProductionClosed(closed->GetPath());
-    else if (const auto* projectOpened = MessageCast<ProjectOpenedMessage>(message))
-        OnProjectOpened(projectOpened->GetProject());
-    else if (const auto* projectClosed = MessageCast<ProjectClosedMessage>(message))
-        OnProjectClosed(projectClosed->GetProject());
-    else if (const auto* readOnly = MessageCast<ReadOnlyStateChangedMessage>(message))
-        OnReadOnlyStateChanged(readOnly->GetProject());
-    else
+    else if (!mItems.ListenToMessage(message))
         MediaBrowserDirectoryView::ListenToMessage(message);
 }
 
@@ -296,29 +177,8 @@ void SharedProjectsDirectoryView::LeaveRoot() {
     mFoldersCalledLikeProjects.clear();
     mAwaitedPaths.clear();
     mFoldersToOpen.clear();
-    mSelectionAfterRemoval = {};
+    mItems.ForgetRemovals();
     RemoveAllRows();
-}
-
-void SharedProjectsDirectoryView::OnProjectOpened(const ProjectRef& project) {
-    UpdateRowOfProject(project);
-}
-
-void SharedProjectsDirectoryView::OnProjectClosed(const ProjectRef& project) {
-    UpdateRowOfProject(project);
-}
-
-void SharedProjectsDirectoryView::OnReadOnlyStateChanged(const ProjectRef& project) {
-    UpdateRowOfProject(project);
-}
-
-void SharedProjectsDirectoryView::UpdateRowOfProject(const ProjectRef& project) {
-    // Whoever opened it through a link has it open under two names.
-    for (const UTF16String& path :
-         std::set{project->GetProjectPath(), Utilities::GetRealProjectPath(project)}) {
-        if (!IsWithinCurrentZuProductionFolder(path)) continue;
-        if (const RowRef row = GetRowFromPath(path)) UpdateRow(row);
-    }
 }
 
 }  // namespace HandlerSharedProjects

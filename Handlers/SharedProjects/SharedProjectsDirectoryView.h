@@ -1,13 +1,10 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <set>
 
-#include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "Handlers/SharedProjects/SharedProjectsFolderOpener.h"
-#include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
-#include "host/core/MainThread.h"
+#include "Handlers/SharedProjects/SharedProjectsItemTree.h"
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
 
 namespace HandlerSharedProjects {
@@ -20,7 +17,8 @@ class DirectoryViewSelectionChangedMessage : public MessageTemplate<DirectoryVie
 
 /// The tree of the production's folders and projects. The production's folder itself is no row: its items are
 /// the top-level rows. UI thread.
-class SharedProjectsDirectoryView final : public MediaBrowserDirectoryView {
+class SharedProjectsDirectoryView final : public MediaBrowserDirectoryView,
+                                          private SharedProjectsItemTree::Owner {
 public:
     /// How the tree was left: what is remembered of it for each production. Paths are normalised and lie in the
     /// production.
@@ -42,25 +40,17 @@ public:
                                 const std::shared_ptr<SharedProjectsTabView>& tabView);
     ~SharedProjectsDirectoryView() override;
 
-    Columns::HeaderRowRef GetHeaderRow() const { return mHeaderRow; }
-    void SetRowHeight(float height);
+    SharedProjectsItemTree& GetItems() { return mItems; }
+    const SharedProjectsItemTree& GetItems() const { return mItems; }
 
-    /// True for a project's row, false for a folder's.
-    bool IsFileRow(const RowRef& row) const;
-    /// The row of a path in any spelling; empty when there is none.
-    RowRef GetRowFromPath(const UTF16String& path) const;
-    /// The number of rows that show, scrolled into view or not.
-    std::size_t GetOpenedRowsCount() const;
-
-    /// Brings a row's cells and facts up to date: at once for a row whose ancestors are all open (`exposed`),
-    /// otherwise the facts when it comes to be exposed.
-    void UpdateRow(const RowRef& row);
-    void UpdateRow(const RowRef& row, bool exposed);
-    /// Brings all opened rows up to date.
-    void UpdateOpenRows();
-    /// Reads the facts of a project's row anew, with `onlyIfStale` only where that is owed; see `UpdateRow`.
-    void UpdateMetadataForRow(const RowRef& row, bool onlyIfStale);
-    void UpdateMetadataForRow(const RowRef& row, bool onlyIfStale, bool exposed);
+    Columns::HeaderRowRef GetHeaderRow() const { return mItems.GetHeaderRow(); }
+    void SetRowHeight(float height) { mItems.SetRowHeight(height); }
+    bool IsFileRow(const RowRef& row) const { return mItems.IsFileRow(row); }
+    std::size_t GetOpenedRowsCount() const { return mItems.GetOpenedRowsCount(); }
+    void UpdateRow(const RowRef& row) { mItems.UpdateRow(row); }
+    void UpdateRow(const RowRef& row, bool exposed) { mItems.UpdateRow(row, exposed); }
+    void UpdateOpenRows() { mItems.UpdateOpenRows(); }
+    RowRef GetRowFromPath(const UTF16String& path) const override;
 
     /// Asks for the content of the production's folder.
     void RequestRootContent();
@@ -72,11 +62,8 @@ public:
                                const DirectoryContent& content, const ContentDelivery& delivery) override;
     void ListenToMessage(const Message& message) override;
 
-    /// The paths of the selected rows but those inside another selected row's folder, in the order in which
-    /// they were selected.
-    UTF16StringVec GetSelectedNonRedundantPaths() const;
-    /// Makes the rows of `paths` the selection; paths without a row are passed over.
-    void SelectRowsByPaths(const UTF16StringVec& paths);
+    UTF16StringVec GetSelectedNonRedundantPaths() const { return mItems.GetSelectedNonRedundantPaths(); }
+    void SelectRowsByPaths(const UTF16StringVec& paths) { mItems.SelectRowsByPaths(paths); }
     /// The open folders that hold no open ones, in the order of their rows.
     UTF16StringVec GetDeepestOpenFolderPaths() const;
     /// The view as it is now; while a state is being put back, that state.
@@ -98,16 +85,13 @@ public:
     /// they are in is opened. They become the selection in place of the present one; once the user has selected
     /// something else, those that are still to come are left alone. A newer call drops an older one.
     void SelectWhenShown(const UTF16StringVec& paths);
-    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected,
-    /// the row that follows them is, or else the one before, but nothing in the trash.
-    void SelectNextWhenSelectionHasGone();
     /// Selects all opened rows but the trash folder and what is in it.
     void SelectAll();
-    void DeselectAll();
-    void MoveHome();
-    void MoveEnd();
-    void MovePageUp();
-    void MovePageDown();
+    void DeselectAll() { mItems.DeselectAll(); }
+    void MoveHome() { mItems.MoveHome(); }
+    void MoveEnd() { mItems.MoveEnd(); }
+    void MovePageUp() { mItems.MovePageUp(); }
+    void MovePageDown() { mItems.MovePageDown(); }
 
 protected:
     void AddRowToMaps(const RowRef& row, const DirectoryRowData& data) override;
@@ -125,24 +109,16 @@ protected:
     bool UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event) override;
 
 private:
-    struct MetadataRequest {
-        Columns::FileMetadata mMetadata;
-        /// A refresh was asked for while the row was hidden under a closed folder.
-        bool mIsStale = false;
-    };
-    /// By the rows' identity.
-    using MetadataMap = std::map<RowRef, MetadataRequest>;
+    UTF16String GetItemPath(const RowRef& row) const override { return GetRowPath(row.get()); }
+    void SortRows() override;
+    void OnSortChosen() override;
 
-    static bool IsRowExposed(const RowRef& row);
-    /// Its path, as `Columns` takes it: a folder's with a separator at the end.
-    UTF16String GetPathOfKind(const RowRef& row) const;
     /// By the name, unless it is known to be a folder's.
     bool IsProject(const UTF16String& path) const;
     /// Removes rows that were made for another kind of item than `content` tells: `x.zuproj` may be a folder.
     void RemoveRowsOfOtherKind(const RowRef& row, const DirectoryContent& content);
 
     void SetupTree();
-    void SetupHeaderRow();
     /// Also while its volume does not tell: it is listed when it can be.
     static bool IsRootThere(const UTF16String& rootPath);
     void MonitorRoot(const UTF16String& rootPath);
@@ -152,49 +128,28 @@ private:
     void CloseSubTreeRecursion(const RowRef& row);
     void GoOnWithWhatWaits();
 
-    MetadataRequest* FindMetadata(const RowRef& row);
-    const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
-    void UpdateMetadata(MetadataRequest& request, const RowRef& row);
-    void UpdateMetadataForOpenSubtree(const RowRef& row);
     void UpdateRowsFromContent(const RowRef& row, const UTF16String& directoryPath,
                                const DirectoryContent& content, const ContentDelivery& delivery);
     void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
                          const ContentDelivery& delivery);
-    void AddNameCellView(const RowRef& row);
-    void UpdateStaleMarks();
     void OpenFoldersOfAwaitedItems();
     void SelectAwaitedRows();
     void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
     void ExecutePendingDirectoryChanges();
 
-    void SortRows();
-    bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
-    void OnSortChanged(ColumnID column, bool ascending);
-    void OnColumnMoved(unsigned from, unsigned to);
-    void OnColumnResized(unsigned column, float width);
-    void OnRowVisibilityChanged(const RowRef& row);
     void OnRowDisclosureChanged(const RowRef& row, bool opened);
-    UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
-    UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
-
     void OnZuProductionOpened(const UTF16String& path);
     void OnZuProductionClosed(const UTF16String& path);
-    void OnProjectOpened(const ProjectRef& project);
-    void OnProjectClosed(const ProjectRef& project);
-    void OnReadOnlyStateChanged(const ProjectRef& project);
-    void UpdateRowOfProject(const ProjectRef& project);
 
     std::weak_ptr<SharedProjectsTabView> mTabView;
-    Columns::HeaderRowRef mHeaderRow;
-    MetadataMap mRowToMetadata;
+    /// Lives as long as the view may be called back.
+    std::shared_ptr<const void> mLifetime = std::make_shared<char>();
+    SharedProjectsItemTree mItems;
     std::set<UTF16String> mFoldersCalledLikeProjects;
     std::set<UTF16String> mPendingDirectoryChanges;
-    RefPtr<QueueOnlyOnce> mQueuedSort;
     bool mPauseUpdates = false;
     FolderOpener mFolderOpener{*this};
     const std::unique_ptr<StateRestorer> mRestorer;
-    /// The column by which the rows in closed folders have been marked stale.
-    ColumnID mStaleMarksColumn = 0;
     /// Items that are to be selected when their rows come.
     UTF16StringVec mAwaitedPaths;
     /// The folders that hold them, until they have been opened.
@@ -203,11 +158,8 @@ private:
     /// Those of the items that have come, and the selection as it must be when more come.
     RowVec mArrivedRows;
     RowVec mSelectionBeforeArrival;
-    SelectionAfterRemoval mSelectionAfterRemoval;
     /// The folder that the change monitor watches for this view; empty when none.
     UTF16String mMonitoredRoot;
-    /// Lives as long as the view may be called back.
-    std::shared_ptr<const void> mLifetime = std::make_shared<char>();
 };
 
 }  // namespace HandlerSharedProjects

@@ -84,13 +84,12 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
     if (!tabView || !tabView->IsCreated()) return;
     tabView->OnTreeChanged();
     SelectDeferredRenameRow(directoryPath, delivery);
-    mSelectionAfterRemoval.OnRowsRemoved(
-        *GetTree(), [this](const RowRef& child) { return !GetRowPath(child.get()).empty(); });
+    mItems.OnRowsRemoved();
 }
 
 void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
                                                   const ContentDelivery& delivery) {
-    const bool exposed = !row || (row->IsOpen() && IsRowExposed(row));
+    const bool exposed = !row || (row->IsOpen() && SharedProjectsItemTree::IsRowExposed(row));
     if (delivery.mExtent == ContentDelivery::Extent::Whole) {
         for (const RowRef& child : GetTree()->GetChildRowsOf(row.get())) UpdateRow(child, exposed);
         return;
@@ -116,17 +115,7 @@ void SharedProjectsDirectoryView::SelectDeferredRenameRow(const UTF16String& dir
 
 void SharedProjectsDirectoryView::OnRowOpenStateChanged(const RowRef& row, bool open) {
     MediaBrowserDirectoryView::OnRowOpenStateChanged(row, open);
-    if (open) UpdateMetadataForOpenSubtree(row);
-    if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
-}
-
-void SharedProjectsDirectoryView::UpdateMetadataForOpenSubtree(const RowRef& row) {
-    for (const RowRef& child : row->GetChildRows()) {
-        if (!child->HasChild())
-            UpdateMetadataForRow(child, true);
-        else if (child->IsOpen())
-            UpdateMetadataForOpenSubtree(child);
-    }
+    mItems.OnRowOpenStateChanged(row, open);
 }
 
 void SharedProjectsDirectoryView::OnDirectoryChanged(const UTF16String& path) {
@@ -146,17 +135,6 @@ void SharedProjectsDirectoryView::ExecutePendingDirectoryChanges() {
     // What is queued again while replaying goes into the set anew, and stays there.
     const std::set<UTF16String> changes = std::exchange(mPendingDirectoryChanges, {});
     for (const UTF16String& path : changes) OnDirectoryChanged(path);
-}
-
-void SharedProjectsDirectoryView::UpdateOpenRows() {
-    UpdateStaleMarks();
-    for (const RowRef& row : GetTree()->GetOpenedRows()) UpdateRow(row, true);
-}
-
-void SharedProjectsDirectoryView::OnRowVisibilityChanged(const RowRef& row) {
-    if (!GetTree()->IsRowVisible(row.get())) return;
-    UpdateMetadataForRow(row, false);
-    AddNameCellView(row);
 }
 
 }  // namespace HandlerSharedProjects

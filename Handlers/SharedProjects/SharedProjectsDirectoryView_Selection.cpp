@@ -1,4 +1,4 @@
-// What the user does in the tree: selection, opening rows, sorting and the columns.
+// What the user does in the tree: selection, opening rows and sorting.
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
@@ -10,20 +10,6 @@ namespace HandlerSharedProjects {
 void SharedProjectsDirectoryView::OnRowSelectionChanged(const RowVec&) {
     mRestorer->OnSelectionChanged();
     BroadcastMessage(GetStationID(), DirectoryViewSelectionChangedMessage());
-}
-
-UTF16StringVec SharedProjectsDirectoryView::GetSelectedNonRedundantPaths() const {
-    UTF16StringVec paths;
-    for (const RowRef& row : Utils::GetNonRedundantRows(GetTree()->GetSelectedRows()))
-        paths.push_back(GetRowPath(row.get()));
-    return paths;
-}
-
-void SharedProjectsDirectoryView::SelectRowsByPaths(const UTF16StringVec& paths) {
-    RowVec rows;
-    for (const UTF16String& path : paths)
-        if (RowRef row = GetRowFromPath(path)) rows.push_back(std::move(row));
-    GetTree()->SelectRows(rows);
 }
 
 void SharedProjectsDirectoryView::SelectWhenShown(const UTF16StringVec& paths) {
@@ -79,93 +65,22 @@ void SharedProjectsDirectoryView::SelectAwaitedRows() {
     mSelectionBeforeArrival = GetTree()->GetSelectedRows();
 }
 
-void SharedProjectsDirectoryView::SelectNextWhenSelectionHasGone() {
-    mSelectionAfterRemoval.Expect(
-        *GetTree(), [this](const RowRef& row) { return !Utils::IsInTrash(GetRowPath(row.get()), true); });
-}
-
 void SharedProjectsDirectoryView::SelectAll() {
-    RowVec rows;
-    for (const RowRef& row : GetTree()->GetOpenedRows())
-        if (!Utils::IsInTrash(GetRowPath(row.get()), true)) rows.push_back(row);
-    GetTree()->SelectRows(rows);
-}
-
-void SharedProjectsDirectoryView::DeselectAll() {
-    GetTree()->DeselectAllRows(true);
-}
-
-void SharedProjectsDirectoryView::MoveHome() {
-    Utils::MoveHome(GetTree());
-}
-
-void SharedProjectsDirectoryView::MoveEnd() {
-    Utils::MoveEnd(GetTree());
-}
-
-void SharedProjectsDirectoryView::MovePageUp() {
-    Utils::MovePageUp(GetTree());
-}
-
-void SharedProjectsDirectoryView::MovePageDown() {
-    Utils::MovePageDown(GetTree());
+    mItems.SelectOpenedRows(
+        [this](const RowRef& row) { return !Utils::IsInTrash(GetRowPath(row.get()), true); });
 }
 
 void SharedProjectsDirectoryView::OnRowDoubleClicked(const RowRef& row, Point) {
-    if (!row) return;
-    if (IsFileRow(row))
-        Utils::OpenProjectOutsideTrash(GetRowPath(row.get()));
-    else
-        ToggleRow(row);
+    if (row) mItems.OnRowDoubleClicked(row);
 }
 
 void SharedProjectsDirectoryView::OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column,
                                                   const RectT<float>& cell) {
-    if (!GetTree()->IsRowVisible(row.get())) return;
-    if (const Columns::FileMetadata* metadata = GetMetadata(row))
-        Columns::DrawMetadataCellOfRow(drawbot, *metadata, column, cell, mHeaderRow);
+    mItems.OnDrawCellOfRow(drawbot, row, column, cell);
 }
 
-/// Rows whose keys are equal stand by their names, also those that nobody has seen, whose facts have no name
-/// yet.
-UTF16String SharedProjectsDirectoryView::GetCellSortDataAsString(const RowRef& row, unsigned column) {
-    UTF16String key;
-    if (const Columns::FileMetadata* metadata = GetMetadata(row))
-        key = metadata->GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
-    const bool isNameMissing = key.empty() && Columns::IsNameColumn(mHeaderRow, column);
-    return isNameMissing ? Columns::GetPathDisplayName(GetPathOfKind(row)) : key;
-}
-
-UTF16String SharedProjectsDirectoryView::GetCellAccessibleText(const RowRef& row, unsigned column) {
-    return Columns::GetCellAccessibleText(mHeaderRow, column, GetPathOfKind(row), GetMetadata(row));
-}
-
-bool SharedProjectsDirectoryView::ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b) {
-    return Columns::SortStringIsLess(a, b);
-}
-
-void SharedProjectsDirectoryView::OnSortChanged(ColumnID, bool) {
+void SharedProjectsDirectoryView::OnSortChosen() {
     mRestorer->ForgetTopRow();
-    UpdateOpenRows();
-}
-
-/// Rows in closed folders need the sort column's fact when they come to be seen, whoever has chosen the column.
-void SharedProjectsDirectoryView::UpdateStaleMarks() {
-    const ColumnID column = mHeaderRow->GetSortColumn();
-    if (std::exchange(mStaleMarksColumn, column) == column) return;
-    for (auto& [row, request] : mRowToMetadata)
-        if (!IsRowExposed(row)) request.mIsStale = true;
-}
-
-void SharedProjectsDirectoryView::OnColumnMoved(unsigned, unsigned) {
-    const auto tabView = mTabView.lock();
-    if (tabView && tabView->AreTreeViewsCreated())
-        Utils::LogViewPropertyUsage("ColumnOrder", tabView->GetViewPropertyLoggingData());
-}
-
-void SharedProjectsDirectoryView::OnColumnResized(unsigned column, float) {
-    const auto tabView = mTabView.lock();
-    if (tabView && tabView->AreTreeViewsCreated()) tabView->UpdateBaseColumnWidthMap(mHeaderRow, column);
 }
 
 void SharedProjectsDirectoryView::ResizeColumns() {}

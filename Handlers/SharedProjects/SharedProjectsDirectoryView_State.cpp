@@ -30,14 +30,14 @@ SharedProjectsDirectoryView::StateData SharedProjectsDirectoryView::GetCurrentSt
     StateData state = mRestorer->GetCurrentState();
     const auto tabView = mTabView.lock();
     state.mHeaderRowData = Columns::GetHeaderRowData(
-        mHeaderRow, tabView ? tabView->GetColumnIDToBaseWidthMap() : Columns::ColumnWidths());
+        GetHeaderRow(), tabView ? tabView->GetColumnIDToBaseWidthMap() : Columns::ColumnWidths());
     return state;
 }
 
 void SharedProjectsDirectoryView::UpdateFromStateData(const StateData& state, bool waitForRoot) {
     const auto tabView = mTabView.lock();
     if (tabView && tabView->IsCreated()) {
-        Columns::SetUpHeaderRowFromData(mHeaderRow, state.mHeaderRowData, tabView->GetColumnWidthScale());
+        Columns::SetUpHeaderRowFromData(GetHeaderRow(), state.mHeaderRowData, tabView->GetColumnWidthScale());
         UpdateOpenRows();
     }
     mRestorer->Restore(state, waitForRoot);

@@ -4,6 +4,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/framework/Application.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/framework/Identifiers.h"
 #include "host/framework/ShortcutManager.h"
 #include "host/framework/WindowRegistry.h"
@@ -18,10 +19,6 @@ const char* const SharedProjectsHandler::sContextName = "zuproduction";
 
 namespace {
 
-constexpr int kSelectFindBoxCommandID = 11311;
-constexpr int kSelectNextPanelCommandID = 11916;
-constexpr int kSelectPreviousPanelCommandID = 11917;
-
 [[maybe_unused]] const bool sIsHandlerRegistered =
     Handler::RegisterFactory(kZuProductionFolderHandlerID, CreateHandler);
 
@@ -33,38 +30,39 @@ struct CommandDeclaration {
 };
 
 constexpr CommandDeclaration kCommands[] = {
-    {"cmd.mediabrowser.newfolder", 1296191078, ""},
-    {"cmd.zuproductionfolder.newproject", 30303, ""},
-    {"cmd.zuproductionfolder.addproject", 30304, ""},
-    {"cmd.zuproductionfolder.refreshproject", 30307, ""},
-    {"cmd.zuproductionfolder.renameitem", 30308, ""},
-    {"cmd.zuproductionfolder.togglelock", 30311, ""},
-    {"cmd.zuproductionfolder.revealrootinsystem", 30309, ""},
-    {"cmd.zuproductionfolder.revealiteminsystem", 30310, ""},
-    {"cmd.zuproductionfolder.toggle.showpath", 30312, ""},
-    {"cmd.zuproductionfolder.trash.empty", 30317, ""},
-    {"cmd.zuproductionfolder.renameproduction", 30318, ""},
-    {"cmd.zuproductionfolder.refreshallprojects", 30320, ""},
-    {"cmd.zuproductionfolder.saveallprojects", 30321, ""},
-    {"cmd.zuproductionfolder.closeallprojects", 30322, ""},
-    {"cmd.zuproductionfolder.move.pagedown", 30315,
+    {"cmd.mediabrowser.newfolder", CommandID::kNewFolder, ""},
+    {"cmd.zuproductionfolder.newproject", CommandID::kNewProject, ""},
+    {"cmd.zuproductionfolder.addproject", CommandID::kAddProject, ""},
+    {"cmd.zuproductionfolder.refreshproject", CommandID::kRefreshProject, ""},
+    {"cmd.zuproductionfolder.renameitem", CommandID::kRenameItem, ""},
+    {"cmd.zuproductionfolder.togglelock", CommandID::kToggleLock, ""},
+    {"cmd.zuproductionfolder.revealrootinsystem", CommandID::kRevealRootInSystem, ""},
+    {"cmd.zuproductionfolder.revealiteminsystem", CommandID::kRevealItemInSystem, ""},
+    {"cmd.zuproductionfolder.toggle.showpath", CommandID::kToggleShowPath, ""},
+    {"cmd.zuproductionfolder.trash.empty", CommandID::kEmptyTrash, ""},
+    {"cmd.zuproductionfolder.renameproduction", CommandID::kRenameProduction, ""},
+    {"cmd.zuproductionfolder.refreshallprojects", CommandID::kRefreshAllProjects, ""},
+    {"cmd.zuproductionfolder.saveallprojects", CommandID::kSaveAllProjects, ""},
+    {"cmd.zuproductionfolder.closeallprojects", CommandID::kCloseAllProjects, ""},
+    {"cmd.zuproductionfolder.move.pagedown", CommandID::kMovePageDown,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/MoveSelectionPageDown=Move Selection Page Down"},
-    {"cmd.zuproductionfolder.move.pageup", 30316,
+    {"cmd.zuproductionfolder.move.pageup", CommandID::kMovePageUp,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/MoveSelectionPageUp=Move Selection Page Up"},
-    {"cmd.zuproductionfolder.move.end", 30314,
+    {"cmd.zuproductionfolder.move.end", CommandID::kMoveEnd,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/MoveSelectionEnd=Move Selection End"},
-    {"cmd.zuproductionfolder.move.home", 30313,
+    {"cmd.zuproductionfolder.move.home", CommandID::kMoveHome,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/MoveSelectionHome=Move Selection Home"},
-    {"cmd.zuproductionfolder.zoomin", 30323, "$$$/Vantor/Handlers/ZuProductionFolder/Commands/ZoomIn=Zoom In"},
-    {"cmd.zuproductionfolder.zoomout", 30324,
+    {"cmd.zuproductionfolder.zoomin", CommandID::kZoomIn,
+     "$$$/Vantor/Handlers/ZuProductionFolder/Commands/ZoomIn=Zoom In"},
+    {"cmd.zuproductionfolder.zoomout", CommandID::kZoomOut,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/ZoomOut=Zoom Out"},
-    {"cmd.zuproductionfolder.openproject", 30305,
+    {"cmd.zuproductionfolder.openproject", CommandID::kOpenProject,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/OpenProject=Open Project"},
-    {"cmd.zuproductionfolder.closeproject", 30306,
+    {"cmd.zuproductionfolder.closeproject", CommandID::kCloseProject,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/CloseProject=Close Project"},
-    {"cmd.zuproductionfolder.makeacopy", 30319,
+    {"cmd.zuproductionfolder.makeacopy", CommandID::kMakeACopy,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/MakeACopy=Make a Copy"},
-    {"cmd.zuproductionfolder.movetotrash", 30325,
+    {"cmd.zuproductionfolder.movetotrash", CommandID::kMoveToTrash,
      "$$$/Vantor/Handlers/ZuProductionFolder/Commands/MoveToTrash=Move To Trash"},
 };
 
@@ -135,13 +133,13 @@ bool SharedProjectsHandler::FindCommandStatus(int id, bool& enabled, bool& check
 
 bool SharedProjectsHandler::ObeyCommand(const Command& command) {
     switch (command.GetID()) {
-        case kSelectPreviousPanelCommandID:
+        case CommandID::kPreviousPanel:
             if (OnSelectPreviousPanel()) return true;
             break;
-        case kSelectNextPanelCommandID:
+        case CommandID::kNextPanel:
             if (OnSelectNextPanel()) return true;
             break;
-        case kSelectFindBoxCommandID:
+        case CommandID::kFind:
             if (OnSelectFindBox()) return true;
             break;
     }

@@ -2,16 +2,11 @@
 
 #include <boost/bimap.hpp>
 #include <boost/bimap/unordered_set_of.hpp>
-#include <map>
 #include <memory>
 
-#include "Handlers/SharedProjects/SharedProjectsColumns.h"
-#include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
-#include "host/core/MainThread.h"
-#include "host/core/Messaging.h"
+#include "Handlers/SharedProjects/SharedProjectsItemTree.h"
 #include "host/files/FileSearch.h"
 #include "host/mediabrowser/MediaBrowserMultiColumnTree.h"
-#include "host/project/OpenProjects.h"
 
 namespace HandlerSharedProjects {
 
@@ -19,7 +14,9 @@ class SharedProjectsTabView;
 
 /// The tree of the projects and folders whose names contain the search text, each under the folders that lead
 /// to it. UI thread.
-class SharedProjectsSearchResultsView final : public UI_SubView, public Listener {
+class SharedProjectsSearchResultsView final : public UI_SubView,
+                                              public Listener,
+                                              private SharedProjectsItemTree::Owner {
 public:
     /// Only a weak reference to `tabView` is kept.
     explicit SharedProjectsSearchResultsView(const std::shared_ptr<SharedProjectsTabView>& tabView);
@@ -33,44 +30,32 @@ public:
     /// Shows the rows of the found paths, and no others, with their folders open.
     void Populate(const UTF16StringVec& paths);
 
-    UI_MultiColumnTree* GetTree() const { return mTree.get(); }
-    Columns::HeaderRowRef GetHeaderRow() const { return mHeaderRow; }
-    void SetRowHeight(float height);
-    /// True when the user has moved, resized or sorted columns of this view.
-    bool IsHeaderChanged() const { return mIsHeaderChanged; }
+    SharedProjectsItemTree& GetItems() { return mItems; }
+    const SharedProjectsItemTree& GetItems() const { return mItems; }
 
-    /// True for a project's row, false for a folder's.
-    bool IsFileRow(const RowRef& row) const;
+    UI_MultiColumnTree* GetTree() const { return mTree.get(); }
+    Columns::HeaderRowRef GetHeaderRow() const { return mItems.GetHeaderRow(); }
+    void SetRowHeight(float height) { mItems.SetRowHeight(height); }
+    bool IsFileRow(const RowRef& row) const { return mItems.IsFileRow(row); }
+    std::size_t GetOpenedRowsCount() const { return mItems.GetOpenedRowsCount(); }
     /// Empty for a row that is not in the view. On-the-way folders have a separator at the end.
-    UTF16String GetRowPath(const RowRef& row) const;
-    /// The row of a path in any spelling; empty when there is none.
-    RowRef GetRowFromPath(const UTF16String& path) const;
-    std::size_t GetOpenedRowsCount() const;
+    UTF16String GetRowPath(const RowRef& row) const { return GetItemPath(row); }
+    RowRef GetRowFromPath(const UTF16String& path) const override;
 
     /// The paths of the selected rows in the order in which they were selected: of all, or of projects only.
     UTF16StringVec GetSelectedPaths(bool includeAll) const;
-    /// The paths of the selected rows but those inside another selected row's folder, normalised, in the order
-    /// in which they were selected.
-    UTF16StringVec GetSelectedNonRedundantPaths() const;
-    std::size_t CountSelectedRows() const;
-    /// Makes the rows of `paths` the selection; paths without a row are passed over.
-    void SelectRowsByPaths(const UTF16StringVec& paths);
-    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected,
-    /// the row that follows them is, or else the one before, but nothing in the trash.
-    void SelectNextWhenSelectionHasGone();
+    UTF16StringVec GetSelectedNonRedundantPaths() const { return mItems.GetSelectedNonRedundantPaths(); }
+    void SelectRowsByPaths(const UTF16StringVec& paths) { mItems.SelectRowsByPaths(paths); }
     void SelectAllProjects();
-    void DeselectAll();
-    void ToggleRow(const RowRef& row);
-    void MoveHome();
-    void MoveEnd();
-    void MovePageUp();
-    void MovePageDown();
+    void ToggleRow(const RowRef& row) { mItems.ToggleRow(row); }
+    void DeselectAll() { mItems.DeselectAll(); }
+    void MoveHome() { mItems.MoveHome(); }
+    void MoveEnd() { mItems.MoveEnd(); }
+    void MovePageUp() { mItems.MovePageUp(); }
+    void MovePageDown() { mItems.MovePageDown(); }
 
-    void UpdateRow(const RowRef& row);
-    void UpdateOpenRows();
-    /// Takes what the host knows of a project's row: all facts if it is visible, else that of the sort column.
-    /// Sorts later if the order hangs on it.
-    void UpdateMetadataForRow(const RowRef& row);
+    void UpdateRow(const RowRef& row) { mItems.UpdateRow(row); }
+    void UpdateOpenRows() { mItems.UpdateOpenRows(); }
     void ListenToMessage(const Message& message) override;
 
 protected:
@@ -82,8 +67,11 @@ private:
         boost::bimap<boost::bimaps::set_of<RowRef>, boost::bimaps::unordered_set_of<UTF16String>>;
     class NewRows;
 
+    UTF16String GetItemPath(const RowRef& row) const override;
+    void SortRows() override { mTree->SortTree(); }
+    void OnSortChosen() override {}
+
     void SetupTree();
-    void SetupHeaderRow();
     void ClearResults();
     void BeginSearch(const UTF16String& root);
     void EndSearch();
@@ -99,30 +87,16 @@ private:
     UTF16StringVec FindHitsOfOtherKind(const UTF16StringVec& paths) const;
     void RemoveHits(const UTF16StringVec& paths);
     void ForgetRow(const RowRef& row);
-    void AddNameCellView(const RowRef& row);
 
-    bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
-    void OnSortChanged(ColumnID column, bool ascending);
-    void OnColumnMoved(unsigned from, unsigned to);
-    void OnColumnResized(unsigned column, float width);
-    void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell);
-    UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
-    UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
     void OnRowDoubleClicked(const RowRef& row, Point point);
-    void OnOpenStateChanged(const RowRef& row, bool open);
     void OnRowSelectionChanged(const RowVec& rows);
-    void OnRowVisibilityChanged(const RowRef& row);
-    void OnProjectOpened(const ProjectRef& project);
-    void OnProjectClosed(const ProjectRef& project);
-    void UpdateRowOfProject(const ProjectRef& project);
 
     std::weak_ptr<SharedProjectsTabView> mTabView;
     RefPtr<MediaBrowserMultiColumnTree> mTree;
-    Columns::HeaderRowRef mHeaderRow;
+    /// Lives as long as the view may be called back.
+    std::shared_ptr<const void> mLifetime = std::make_shared<char>();
+    SharedProjectsItemTree mItems;
     RowPathMap mRowToPath;
-    std::map<RowRef, Columns::FileMetadata> mRowToMetadata;
-    RefPtr<QueueOnlyOnce> mQueuedSort;
-    SelectionAfterRemoval mSelectionAfterRemoval;
     /// The search whose hits show; it tells what changes.
     std::unique_ptr<FileSearch::Request> mShownSearch;
     UTF16String mShownText;
@@ -130,9 +104,6 @@ private:
     std::unique_ptr<FileSearch::Request> mSearch;
     UTF16String mText;
     bool mIsSearching = false;
-    bool mIsHeaderChanged = false;
-    /// Lives as long as the view may be called back.
-    std::shared_ptr<const void> mLifetime = std::make_shared<char>();
 };
 
 }  // namespace HandlerSharedProjects

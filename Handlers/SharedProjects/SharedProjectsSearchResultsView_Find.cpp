@@ -143,7 +143,7 @@ void SharedProjectsSearchResultsView::Populate(const UTF16StringVec& paths) {
 void SharedProjectsSearchResultsView::RemoveAllRows() {
     mTree->RemoveAllRows();
     mRowToPath.clear();
-    mRowToMetadata.clear();
+    mItems.RemoveAllRows();
 }
 
 void SharedProjectsSearchResultsView::AddHits(const UTF16StringVec& paths) {
@@ -179,11 +179,9 @@ void SharedProjectsSearchResultsView::AddHit(const UTF16String& root, const UTF1
 RowRef SharedProjectsSearchResultsView::AddRow(const RowRef& parent, const UTF16String& key, NewRows& newRows) {
     newRows.Note(parent);
     RowRef row = mTree->CreateAndAppendRow(parent.get());
-    row->SetBackgroundColorID(kRowBackgroundColorID);
     mRowToPath.insert({row, key});
-    // Names sort at once; what else is needed comes when the row is seen, or by and by for the sorting.
-    mRowToMetadata.emplace(row, Columns::FileMetadata(key)).first->second.Update(false, Columns::kNameColumnID);
-    if (mHeaderRow->GetSortColumn() != Columns::kNameColumnID) UpdateMetadataForRow(row);
+    // The folders above it are opened when all are laid out.
+    mItems.AddRow(row, IsVantorProjectFile(key), true);
     return row;
 }
 
@@ -211,8 +209,7 @@ void SharedProjectsSearchResultsView::OnChanged(const FileSearch::Changes& chang
             newHits.push_back(path);
     }
     if (!newHits.empty()) AddHits(newHits);
-    mSelectionAfterRemoval.OnRowsRemoved(
-        *mTree, [this](const RowRef& row) { return mRowToPath.left.find(row) != mRowToPath.left.end(); });
+    mItems.OnRowsRemoved();
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
 }
 
@@ -246,7 +243,7 @@ void SharedProjectsSearchResultsView::RemoveHits(const UTF16StringVec& paths) {
 void SharedProjectsSearchResultsView::ForgetRow(const RowRef& row) {
     for (const RowRef& child : row->GetChildRows()) ForgetRow(child);
     mRowToPath.left.erase(row);
-    mRowToMetadata.erase(row);
+    mItems.RemoveRow(row);
 }
 
 }  // namespace HandlerSharedProjects

@@ -7,22 +7,18 @@
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
-#include "host/toolkit/Bitmap.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/framework/DC.h"
 #include "host/framework/Identifiers.h"
 #include "host/framework/ShortcutManager.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/SharedProjectsManager.h"
+#include "host/toolkit/Bitmap.h"
 
 namespace HandlerSharedProjects {
 
 namespace {
 
-constexpr int kNewProjectCommandID = 30303;
-constexpr int kNewFolderCommandID = 1296191078;
-constexpr int kMoveToTrashCommandID = 30325;
-/// The host's command for a user who closes the panel while no project is open.
-constexpr int kPanelClosedWithoutProjectsCommandID = 30392;
 constexpr double kPanelClosedCommandDelaySeconds = 0.25;
 constexpr double kFrameSeconds = 0.016;
 constexpr unsigned kSearchBoxCookie = 1397773154;
@@ -41,15 +37,15 @@ struct ButtonDescription {
 };
 
 constexpr ButtonDescription kNewProjectButton{
-    kNewProjectCommandID, kZuProductionPanelNewProjectButtonDecal,
+    CommandID::kNewProject, kZuProductionPanelNewProjectButtonDecal,
     "$$$/Vantor/Handlers/ZuProductionFolder/NewProjectButtonToolTip=New Project",
     "$$$/Vantor/Handlers/ZuProductionFolder/NewProjectButtonStatusText=Create a new project"};
 constexpr ButtonDescription kNewFolderButton{
-    kNewFolderCommandID, kProjectNewFolderNormalDecal,
+    CommandID::kNewFolder, kProjectNewFolderNormalDecal,
     "$$$/Vantor/Handlers/ZuProductionFolder/NewFolderButtonToolTip=New Folder",
     "$$$/Vantor/Handlers/ZuProductionFolder/NewFolderButtonStatusText=Create a new folder"};
 constexpr ButtonDescription kTrashButton{
-    kMoveToTrashCommandID, kProjectDeleteNormalDecal,
+    CommandID::kMoveToTrash, kProjectDeleteNormalDecal,
     "$$$/Vantor/Handlers/ZuProductionFolder/TrashButtonToolTip=Move to Trash",
     "$$$/Vantor/Handlers/ZuProductionFolder/DeleteButton=Delete the currently selected items"};
 
@@ -184,7 +180,7 @@ void SharedProjectsTabView::DestroySelf() {
     mTreeView->Destroy();
     TabView::DestroySelf();
     if (OpenProjectCount() == 0)
-        AsyncCallFromMainThread([] { PostCommand(kPanelClosedWithoutProjectsCommandID, false); },
+        AsyncCallFromMainThread([] { PostCommand(CommandID::kPanelClosedWithoutProjects, false); },
                                 kPanelClosedCommandDelaySeconds);
 }
 
@@ -225,11 +221,11 @@ void SharedProjectsTabView::OnDebugDatabaseChanged() {
     if (!AreTreeViewsCreated()) return;
     ApplySliderTunables();
     ApplyButtonTunables();
-    Columns::SetColumnMinimumWidths(mTreeView->GetDirectoryView()->GetHeaderRow());
-    Columns::SetColumnMinimumWidths(mTreeView->GetSearchResultsView()->GetHeaderRow());
+    SharedProjectsItemTree* const trees[] = {&mTreeView->GetDirectoryView()->GetItems(),
+                                             &mTreeView->GetSearchResultsView()->GetItems()};
+    for (SharedProjectsItemTree* items : trees) Columns::SetColumnMinimumWidths(items->GetHeaderRow());
     UpdateViewsFromZoomAmount();
-    mTreeView->GetDirectoryView()->UpdateOpenRows();
-    mTreeView->GetSearchResultsView()->UpdateOpenRows();
+    for (SharedProjectsItemTree* items : trees) items->UpdateOpenRows();
 }
 
 void SharedProjectsTabView::OnEditTextValueChanged() {
@@ -287,17 +283,18 @@ bool SharedProjectsTabView::AreTreeViewsCreated() const {
            mTreeView->GetSearchResultsView();
 }
 
+SharedProjectsItemTree* SharedProjectsTabView::GetShownItems() const {
+    return AreTreeViewsCreated() ? &mTreeView->GetShownItems() : nullptr;
+}
+
 UTF16StringVec SharedProjectsTabView::GetSelectedPaths() const {
-    if (!AreTreeViewsCreated()) return {};
-    return mTreeView->GetViewType() == TreeViewType::SearchResultsView
-               ? mTreeView->GetSearchResultsView()->GetSelectedPaths(true)
-               : mTreeView->GetDirectoryView()->GetSelectedPaths();
+    const SharedProjectsItemTree* items = GetShownItems();
+    return items ? items->GetSelectedPaths() : UTF16StringVec();
 }
 
 UTF16StringVec SharedProjectsTabView::GetSelectedNonRedundantPaths() const {
-    UTF16StringVec paths;
-    OnShownView([&paths](const auto& view) { paths = view.GetSelectedNonRedundantPaths(); });
-    return paths;
+    const SharedProjectsItemTree* items = GetShownItems();
+    return items ? items->GetSelectedNonRedundantPaths() : UTF16StringVec();
 }
 
 void SharedProjectsTabView::UpdateTabName() {
@@ -319,9 +316,9 @@ void SharedProjectsTabView::UpdateControlEnabledStates() {
         button.Enable(isProductionOpen && FindCommandStatus(commandID, enabled, checked, mark, text) &&
                       enabled);
     };
-    follow(mNewProjectButton, kNewProjectCommandID);
-    follow(mNewFolderButton, kNewFolderCommandID);
-    follow(mTrashButton, kMoveToTrashCommandID);
+    follow(mNewProjectButton, CommandID::kNewProject);
+    follow(mNewFolderButton, CommandID::kNewFolder);
+    follow(mTrashButton, CommandID::kMoveToTrash);
     mSearchBox.Enable(isProductionOpen);
     if (mZoomSlider) mZoomSlider->Enable(isProductionOpen);
 }

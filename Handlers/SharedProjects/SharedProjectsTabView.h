@@ -36,6 +36,8 @@ public:
     /// Gives the other tree the columns of `source`, which is one of the two.
     void SyncTreeColumnProperties(const UI_SubView& source);
 
+    /// The rows of the tree that is shown. Not before `Init`, nor after the view was destroyed.
+    SharedProjectsItemTree& GetShownItems() const;
     /// The number of opened rows of the tree that is shown.
     std::uint32_t GetOpenedRowsCount() const;
 
@@ -94,11 +96,17 @@ public:
     bool AreTreeViewsCreated() const;
     SharedProjectsTreeView& GetTreeView() const { return *mTreeView; }
     SearchBoxControl& GetSearchBox() { return mSearchBox; }
+    /// The rows of the tree that is shown; null while `AreTreeViewsCreated` is false.
+    SharedProjectsItemTree* GetShownItems() const;
 
     /// The paths of the selected rows of the tree that is shown, in the order in which they were selected.
     UTF16StringVec GetSelectedPaths() const;
     /// The same without those inside another selected row's folder.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
+    /// The paths of the selection, for the status of commands: kept until the selection or a row changes.
+    const UTF16StringVec& GetKnownSelection() const;
+    /// True when all of the selection may go to the trash, as far as is known; kept likewise.
+    bool CanSelectionGoToTrash() const;
     /// Those of them that may be moved to the trash. May wait for the volume. Throws `FileException` when the
     /// user cancelled looking into a folder.
     UTF16StringVec GetDeleteableSelectedPaths() const;
@@ -106,6 +114,8 @@ public:
     /// and for the user.
     void TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths);
 
+    /// Shows items that are being made, selected, as soon as they are there; a search ends.
+    void ShowCreatedItems(const UTF16StringVec& paths);
     /// The item whose row is selected, to be renamed, as soon as it is there; empty for none.
     void SetDeferredRenameRowPath(const UTF16String& path) { mDeferredRenameRowPath = path; }
     const UTF16String& GetDeferredRenameRowPath() const { return mDeferredRenameRowPath; }
@@ -140,6 +150,8 @@ public:
     const Columns::ColumnWidths& GetColumnIDToBaseWidthMap() const { return mColumnIDToBaseWidth; }
     /// Gives both trees the row height and column widths of the zoom.
     void UpdateViewsFromZoomAmount();
+    /// Goes to the next step of the zoom: 1 larger, -1 smaller.
+    void StepZoom(int direction);
     Utils::ViewPropertyLoggingData GetViewPropertyLoggingData() const;
 
 protected:
@@ -150,9 +162,6 @@ protected:
     void DestroySelf() override;
 
 private:
-    struct CommandPair;
-    static const CommandPair* FindCommandPair(int id);
-
     void CreateTreeView(const Rect& bounds);
     void CreateSearchBox(const Rect& bounds);
     void CreateSelectionCount(const Rect& bounds);
@@ -171,72 +180,15 @@ private:
     static Rect GetNewFolderButtonBounds(const Rect& bounds);
     static Rect GetTrashButtonBounds(const Rect& bounds);
 
-    /// Runs `action` on the tree that is shown, if there is one.
-    template <class Action>
-    void OnShownView(Action action) const;
-    /// The paths of the selection, for status functions: kept until the selection or a row changes.
-    const UTF16StringVec& GetKnownSelection() const;
     void ForgetKnownSelection();
     void UpdateControlEnabledStatesLater();
     void FollowTreeChange();
-
-    bool CanCreateItems() const;
-    UTF16String GetTargetFolder() const;
-    void ShowCreatedItems(const UTF16StringVec& paths);
 
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();
     void OnProductionOpened();
     void OnProductionClosed();
 
-    // The commands, in pairs. They may wait for the volume and for the user; the statuses wait for nothing.
-    bool OnNewFolderCommandStatus(bool& enabled) const;
-    bool OnNewProjectCommandStatus(bool& enabled) const;
-    bool OnAddProjectCommandStatus(bool& enabled) const;
-    bool OnOpenProjectCommandStatus(bool& enabled) const;
-    bool OnCloseProjectCommandStatus(bool& enabled) const;
-    bool OnCloseAllOtherProjectsCommandStatus(bool& enabled) const;
-    bool OnCloseAllProjectsCommandStatus(bool& enabled) const;
-    bool OnRefreshProjectCommandStatus(bool& enabled) const;
-    bool OnRefreshAllProjectsCommandStatus(bool& enabled) const;
-    bool OnSaveAllProjectsCommandStatus(bool& enabled) const;
-    bool OnDeleteItemCommandStatus(bool& enabled) const;
-    bool OnToggleLockCommandStatus(bool& enabled) const;
-    bool OnRevealRootInSystemCommandStatus(bool& enabled) const;
-    bool OnRevealItemInSystemCommandStatus(bool& enabled) const;
-    bool OnMakeACopyCommandStatus(bool& enabled) const;
-    bool OnNewFolderCommand(const Command& command);
-    bool OnNewProjectCommand(const Command& command);
-    bool OnAddProjectCommand(const Command& command);
-    bool OnOpenProjectCommand(const Command& command);
-    bool OnCloseProjectCommand(const Command& command);
-    bool OnCloseAllOtherProjectsCommand(const Command& command);
-    bool OnCloseAllProjectsCommand(const Command& command);
-    bool OnRefreshProjectCommand(const Command& command);
-    bool OnRefreshAllProjectsCommand(const Command& command);
-    bool OnSaveAllProjectsCommand(const Command& command);
-    bool OnDeleteItemCommand(const Command& command);
-    bool OnToggleLockCommand(const Command& command);
-    bool OnRevealRootInSystemCommand(const Command& command);
-    bool OnRevealItemInSystemCommand(const Command& command);
-    bool OnMakeACopyCommand(const Command& command);
-    /// What Toggle Lock would do, as the menu says it; empty when it could do nothing, whoever has locks.
-    UTF16String GetToggleLockCommandText() const;
-
-    bool OnMovementCommandStatus(bool& enabled) const;
-    bool OnZoomCommandStatus(bool& enabled) const;
-    bool OnSelectAllCommandStatus(bool& enabled) const;
-    bool OnDeselectAllCommandStatus(bool& enabled) const;
-    bool OnMoveHomeCommand(const Command& command);
-    bool OnMoveEndCommand(const Command& command);
-    bool OnMovePageUpCommand(const Command& command);
-    bool OnMovePageDownCommand(const Command& command);
-    bool OnSelectAllCommand(const Command& command);
-    bool OnDeselectAllCommand(const Command& command);
-    bool OnZoomInCommand(const Command& command);
-    bool OnZoomOutCommand(const Command& command);
-
-    void SetZoomFromCommand(double zoom);
     void OnZoomSliderChanging(const UI_ChangeMessage& message);
     void OnZoomSliderChanged(const UI_ChangeMessage& message);
 
@@ -259,14 +211,5 @@ private:
     UTF16String mShownProduction;
     UTF16String mDeferredRenameRowPath;
 };
-
-template <class Action>
-void SharedProjectsTabView::OnShownView(Action action) const {
-    if (!AreTreeViewsCreated()) return;
-    if (mTreeView->GetViewType() == TreeViewType::SearchResultsView)
-        action(*mTreeView->GetSearchResultsView());
-    else
-        action(*mTreeView->GetDirectoryView());
-}
 
 }  // namespace HandlerSharedProjects

@@ -5,6 +5,7 @@
 #include <set>
 #include <system_error>
 
+#include "Handlers/SharedProjects/SharedProjectsCommands.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
@@ -16,6 +17,7 @@
 #include "host/files/FileException.h"
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/framework/SystemReveal.h"
 #include "host/framework/Workspace.h"
 #include "host/project/DocumentManager.h"
@@ -175,21 +177,144 @@ private:
     UTF16StringVec mCopies;
 };
 
-}  // namespace
-
-bool SharedProjectsTabView::CanCreateItems() const {
-    const UTF16StringVec& selected = GetKnownSelection();
+bool CanCreateItems(const SharedProjectsTabView& panel) {
+    const UTF16StringVec& selected = panel.GetKnownSelection();
     if (selected.empty()) return !SharedProjectsHandler::GetRootDirectory().empty();
     return selected.size() == 1 && !IsInZuProductionTrash(selected.front(), true);
 }
 
 /// The selected folder, or the folder that holds the selected project; without a selection the production's.
-UTF16String SharedProjectsTabView::GetTargetFolder() const {
-    const UTF16StringVec selected = GetSelectedPaths();
+UTF16String GetTargetFolder(const SharedProjectsTabView& panel) {
+    const UTF16StringVec selected = panel.GetSelectedPaths();
     if (selected.empty()) return SharedProjectsHandler::GetRootDirectory();
     const UTF16String path = PathUtils::ToNormalizedPath(selected.front());
     return PathUtils::IsDirectory(path) ? path
                                         : PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(path));
+}
+
+CommandStatus OnNewFolderCommandStatus(const SharedProjectsTabView& panel) {
+    if (!panel.IsCreated()) return {};
+    return CanCreateItems(panel);
+}
+
+bool OnNewFolderCommand(SharedProjectsTabView& panel) {
+    if (!panel.IsCreated()) return false;
+    if (!CanCreateItems(panel)) return true;
+    try {
+        const UTF16String path = CreateNamedFolder(GetTargetFolder(panel));
+        if (path.empty()) return true;
+        Utils::LogUsage("DirectoryTree", "NewFolder");
+        panel.ShowCreatedItems({path});
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    return true;
+}
+
+CommandStatus OnNewProjectCommandStatus(const SharedProjectsTabView& panel) {
+    return CanCreateItems(panel);
+}
+
+bool OnNewProjectCommand(SharedProjectsTabView& panel) {
+    DocumentManager* documents = DocumentManager::Instance();
+    if (!documents || !CanCreateItems(panel)) return true;
+    const UTF16String path = documents->CreateProject(GetTargetFolder(panel));
+    Utils::LogUsage("DirectoryTree", "NewProject");
+    if (path.empty()) return true;
+    panel.SetDeferredRenameRowPath(path);
+    panel.ShowCreatedItems({path});
+    return true;
+}
+
+CommandStatus OnAddProjectCommandStatus(const SharedProjectsTabView& panel) {
+    return CanCreateItems(panel);
+}
+
+bool OnAddProjectCommand(SharedProjectsTabView& panel) {
+    if (!CanCreateItems(panel)) return true;
+    const UTF16String targetFolder = GetTargetFolder(panel);
+    const UTF16String title = ZString("$$$/Vantor/Handlers/ZuProductionFolder/AddProject=Add Project");
+    const UTF16String typeLabel = ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/ProjectFileOpenType=Orlen Vantor Pro Project (*.zuproj)");
+    UTF16StringVec paths;
+    if (AskOpenFile(title, paths, typeLabel, u"*.ZUPROJ", GetProjectFileExtension(), GetDialogParent()))
+        panel.ShowCreatedItems(Utils::AddProjectsToZuProductionWithPrompt(paths, targetFolder));
+    return true;
+}
+
+CommandStatus OnDeleteItemCommandStatus(const SharedProjectsTabView& panel) {
+    if (!panel.IsCreated()) return {};
+    return panel.CanSelectionGoToTrash();
+}
+
+bool OnDeleteItemCommand(SharedProjectsTabView& panel) {
+    if (!panel.IsCreated()) return false;
+    try {
+        // Looking for locks may take long, and rows may come and go meanwhile.
+        const UTF16StringVec selected = panel.GetSelectedNonRedundantPaths();
+        const UTF16StringVec paths = panel.GetDeleteableSelectedPaths();
+        TellNotMovedToTrash(selected, paths);
+        Utils::LogUsage("Trash", "DeleteCommand");
+        if (SharedProjectsItemTree* items = panel.GetShownItems()) items->SelectNextWhenSelectionHasGone();
+        panel.TryToMoveToSharedProjectsTrash(paths);
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    return true;
+}
+
+CommandStatus OnRevealRootInSystemCommandStatus(const SharedProjectsTabView&) {
+    return !SharedProjectsHandler::GetRootDirectory().empty();
+}
+
+bool OnRevealRootInSystemCommand(SharedProjectsTabView&) {
+    const UTF16String root = SharedProjectsHandler::GetRootDirectory();
+    if (!root.empty()) RevealFolder(root);
+    return true;
+}
+
+CommandStatus OnRevealItemInSystemCommandStatus(const SharedProjectsTabView& panel) {
+    return !panel.GetKnownSelection().empty();
+}
+
+bool OnRevealItemInSystemCommand(SharedProjectsTabView& panel) {
+    const UTF16StringVec paths = panel.GetSelectedPaths();
+    if (paths.size() == 1)
+        RevealAndSelectFile(paths.front());
+    else if (!paths.empty())
+        RevealAndSelectFiles(paths);
+    return true;
+}
+
+CommandStatus OnMakeACopyCommandStatus(const SharedProjectsTabView& panel) {
+    return !panel.GetKnownSelection().empty();
+}
+
+bool OnMakeACopyCommand(SharedProjectsTabView& panel) {
+    CopyMaker maker;
+    try {
+        for (const UTF16String& path : panel.GetSelectedNonRedundantPaths()) maker.Copy(path);
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    if (panel.AreTreeViewsCreated() && !maker.GetCopies().empty())
+        panel.GetTreeView().GetDirectoryView()->SelectWhenShown(maker.GetCopies());
+    return true;
+}
+
+}  // namespace
+
+std::span<const PanelCommand> GetFileCommands() {
+    static constexpr PanelCommand kCommands[] = {
+        {CommandID::kNewFolder, OnNewFolderCommandStatus, OnNewFolderCommand},
+        {CommandID::kNewProject, OnNewProjectCommandStatus, OnNewProjectCommand},
+        {CommandID::kAddProject, OnAddProjectCommandStatus, OnAddProjectCommand},
+        {CommandID::kRevealRootInSystem, OnRevealRootInSystemCommandStatus, OnRevealRootInSystemCommand},
+        {CommandID::kRevealItemInSystem, OnRevealItemInSystemCommandStatus, OnRevealItemInSystemCommand},
+        {CommandID::kMakeACopy, OnMakeACopyCommandStatus, OnMakeACopyCommand},
+        {CommandID::kMoveToTrash, OnDeleteItemCommandStatus, OnDeleteItemCommand},
+    };
+    return kCommands;
 }
 
 void SharedProjectsTabView::ShowCreatedItems(const UTF16StringVec& paths) {
@@ -199,80 +324,9 @@ void SharedProjectsTabView::ShowCreatedItems(const UTF16StringVec& paths) {
     mTreeView->GetDirectoryView()->SelectWhenShown(paths);
 }
 
-bool SharedProjectsTabView::OnNewFolderCommandStatus(bool& enabled) const {
-    if (!IsCreated()) return false;
-    enabled = CanCreateItems();
-    return true;
-}
-
-bool SharedProjectsTabView::OnNewFolderCommand(const Command&) {
-    if (!IsCreated()) return false;
-    if (!CanCreateItems()) return true;
-    try {
-        const UTF16String path = CreateNamedFolder(GetTargetFolder());
-        if (path.empty()) return true;
-        Utils::LogUsage("DirectoryTree", "NewFolder");
-        ShowCreatedItems({path});
-    } catch (...) {
-        LogCurrentException(__PRETTY_FUNCTION__);
-    }
-    return true;
-}
-
-bool SharedProjectsTabView::OnNewProjectCommandStatus(bool& enabled) const {
-    enabled = CanCreateItems();
-    return true;
-}
-
-bool SharedProjectsTabView::OnNewProjectCommand(const Command&) {
-    DocumentManager* documents = DocumentManager::Instance();
-    if (!documents || !CanCreateItems()) return true;
-    const UTF16String path = documents->CreateProject(GetTargetFolder());
-    Utils::LogUsage("DirectoryTree", "NewProject");
-    if (path.empty()) return true;
-    SetDeferredRenameRowPath(path);
-    ShowCreatedItems({path});
-    return true;
-}
-
-bool SharedProjectsTabView::OnAddProjectCommandStatus(bool& enabled) const {
-    enabled = CanCreateItems();
-    return true;
-}
-
-bool SharedProjectsTabView::OnAddProjectCommand(const Command&) {
-    if (!CanCreateItems()) return true;
-    const UTF16String targetFolder = GetTargetFolder();
-    const UTF16String title = ZString("$$$/Vantor/Handlers/ZuProductionFolder/AddProject=Add Project");
-    const UTF16String typeLabel = ZString(
-        "$$$/Vantor/Handlers/ZuProductionFolder/ProjectFileOpenType=Orlen Vantor Pro Project (*.zuproj)");
-    UTF16StringVec paths;
-    if (AskOpenFile(title, paths, typeLabel, u"*.ZUPROJ", GetProjectFileExtension(), GetDialogParent()))
-        ShowCreatedItems(Utils::AddProjectsToZuProductionWithPrompt(paths, targetFolder));
-    return true;
-}
-
-bool SharedProjectsTabView::OnDeleteItemCommandStatus(bool& enabled) const {
-    if (!IsCreated()) return false;
+bool SharedProjectsTabView::CanSelectionGoToTrash() const {
     if (!mCanSelectionGoToTrash) mCanSelectionGoToTrash = Utils::CanAllBeDeleted(GetKnownSelection());
-    enabled = *mCanSelectionGoToTrash;
-    return true;
-}
-
-bool SharedProjectsTabView::OnDeleteItemCommand(const Command&) {
-    if (!IsCreated()) return false;
-    try {
-        // Looking for locks may take long, and rows may come and go meanwhile.
-        const UTF16StringVec selected = GetSelectedNonRedundantPaths();
-        const UTF16StringVec paths = GetDeleteableSelectedPaths();
-        TellNotMovedToTrash(selected, paths);
-        Utils::LogUsage("Trash", "DeleteCommand");
-        OnShownView([](auto& view) { view.SelectNextWhenSelectionHasGone(); });
-        TryToMoveToSharedProjectsTrash(paths);
-    } catch (...) {
-        LogCurrentException(__PRETTY_FUNCTION__);
-    }
-    return true;
+    return *mCanSelectionGoToTrash;
 }
 
 UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths() const {
@@ -288,48 +342,6 @@ UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths() const {
 
 void SharedProjectsTabView::TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths) {
     if (Utils::CanAllBeDeleted(paths)) Utils::MoveToSharedProjectsTrash(paths, false, true);
-}
-
-bool SharedProjectsTabView::OnRevealRootInSystemCommandStatus(bool& enabled) const {
-    enabled = !SharedProjectsHandler::GetRootDirectory().empty();
-    return true;
-}
-
-bool SharedProjectsTabView::OnRevealRootInSystemCommand(const Command&) {
-    const UTF16String root = SharedProjectsHandler::GetRootDirectory();
-    if (!root.empty()) RevealFolder(root);
-    return true;
-}
-
-bool SharedProjectsTabView::OnRevealItemInSystemCommandStatus(bool& enabled) const {
-    enabled = !GetKnownSelection().empty();
-    return true;
-}
-
-bool SharedProjectsTabView::OnRevealItemInSystemCommand(const Command&) {
-    const UTF16StringVec paths = GetSelectedPaths();
-    if (paths.size() == 1)
-        RevealAndSelectFile(paths.front());
-    else if (!paths.empty())
-        RevealAndSelectFiles(paths);
-    return true;
-}
-
-bool SharedProjectsTabView::OnMakeACopyCommandStatus(bool& enabled) const {
-    enabled = !GetKnownSelection().empty();
-    return true;
-}
-
-bool SharedProjectsTabView::OnMakeACopyCommand(const Command&) {
-    CopyMaker maker;
-    try {
-        for (const UTF16String& path : GetSelectedNonRedundantPaths()) maker.Copy(path);
-    } catch (...) {
-        LogCurrentException(__PRETTY_FUNCTION__);
-    }
-    if (AreTreeViewsCreated() && !maker.GetCopies().empty())
-        mTreeView->GetDirectoryView()->SelectWhenShown(maker.GetCopies());
-    return true;
 }
 
 }  // namespace HandlerSharedProjects

@@ -2,9 +2,11 @@
 #include <algorithm>
 #include <vector>
 
+#include "Handlers/SharedProjects/SharedProjectsCommands.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/project/DocumentManager.h"
 #include "host/project/OpenProjects.h"
 #include "host/project/SharedProjectsManager.h"
@@ -58,77 +60,69 @@ ToggleLockState GetToggleLockState(const UTF16StringVec& paths) {
     return isAnyLocked ? ToggleLockState::LockedReadOnly : ToggleLockState::ReadOnly;
 }
 
-}  // namespace
-
-bool SharedProjectsTabView::OnOpenProjectCommandStatus(bool& enabled) const {
-    enabled =
-        DocumentManager::Instance() && std::ranges::any_of(GetKnownSelection(), [](const UTF16String& path) {
-            return !PathUtils::IsDirectory(path) && !IsProjectOpen(path);
-        });
-    return true;
+CommandStatus OnOpenProjectCommandStatus(const SharedProjectsTabView& panel) {
+    return DocumentManager::Instance() &&
+           std::ranges::any_of(panel.GetKnownSelection(), [](const UTF16String& path) {
+               return !PathUtils::IsDirectory(path) && !IsProjectOpen(path);
+           });
 }
 
-bool SharedProjectsTabView::OnOpenProjectCommand(const Command&) {
+bool OnOpenProjectCommand(SharedProjectsTabView& panel) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
-    for (const UTF16String& path : GetSelectedPaths())
+    for (const UTF16String& path : panel.GetSelectedPaths())
         if (!PathUtils::IsDirectory(path)) documents->OpenProject(path);
     return true;
 }
 
-bool SharedProjectsTabView::OnCloseProjectCommandStatus(bool& enabled) const {
-    enabled = DocumentManager::Instance() && IsAnyOpen(GetKnownSelection());
+CommandStatus OnCloseProjectCommandStatus(const SharedProjectsTabView& panel) {
+    return DocumentManager::Instance() && IsAnyOpen(panel.GetKnownSelection());
+}
+
+bool OnCloseProjectCommand(SharedProjectsTabView& panel) {
+    Utils::CloseOpenProjectsInList(panel.GetSelectedPaths(), false, true);
     return true;
 }
 
-bool SharedProjectsTabView::OnCloseProjectCommand(const Command&) {
-    Utils::CloseOpenProjectsInList(GetSelectedPaths(), false, true);
+CommandStatus OnCloseAllOtherProjectsCommandStatus(const SharedProjectsTabView& panel) {
+    return DocumentManager::Instance() && OpenProjectCount() > 1 && IsAnyOpen(panel.GetKnownSelection());
+}
+
+bool OnCloseAllOtherProjectsCommand(SharedProjectsTabView& panel) {
+    Utils::CloseOpenProjectsNotInList(panel.GetSelectedPaths(), false, true);
     return true;
 }
 
-bool SharedProjectsTabView::OnCloseAllOtherProjectsCommandStatus(bool& enabled) const {
-    enabled = DocumentManager::Instance() && OpenProjectCount() > 1 && IsAnyOpen(GetKnownSelection());
-    return true;
+CommandStatus OnCloseAllProjectsCommandStatus(const SharedProjectsTabView&) {
+    return !GetOpenProjectsOfProduction().empty();
 }
 
-bool SharedProjectsTabView::OnCloseAllOtherProjectsCommand(const Command&) {
-    Utils::CloseOpenProjectsNotInList(GetSelectedPaths(), false, true);
-    return true;
-}
-
-bool SharedProjectsTabView::OnCloseAllProjectsCommandStatus(bool& enabled) const {
-    enabled = !GetOpenProjectsOfProduction().empty();
-    return true;
-}
-
-bool SharedProjectsTabView::OnCloseAllProjectsCommand(const Command&) {
+bool OnCloseAllProjectsCommand(SharedProjectsTabView&) {
     if (DocumentManager* documents = DocumentManager::Instance()) documents->CloseAllProjects();
     return true;
 }
 
-bool SharedProjectsTabView::OnRefreshProjectCommandStatus(bool& enabled) const {
-    enabled = DocumentManager::Instance() && OpenProjectCount() > 0 &&
-              std::ranges::any_of(GetKnownSelection(), Utils::IsRefreshable);
-    return true;
+CommandStatus OnRefreshProjectCommandStatus(const SharedProjectsTabView& panel) {
+    return DocumentManager::Instance() && OpenProjectCount() > 0 &&
+           std::ranges::any_of(panel.GetKnownSelection(), Utils::IsRefreshable);
 }
 
-bool SharedProjectsTabView::OnRefreshProjectCommand(const Command&) {
+bool OnRefreshProjectCommand(SharedProjectsTabView& panel) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
     // Reading any other project anew could only lose what was changed in it.
-    for (const ProjectRef& project : FindOpenAmong(GetSelectedPaths()))
+    for (const ProjectRef& project : FindOpenAmong(panel.GetSelectedPaths()))
         if (Utils::IsRefreshable(project->GetProjectPath())) documents->ReloadProject(project);
     return true;
 }
 
-bool SharedProjectsTabView::OnRefreshAllProjectsCommandStatus(bool& enabled) const {
-    enabled = std::ranges::any_of(GetOpenProjectsOfProduction(), [](const ProjectRef& project) {
+CommandStatus OnRefreshAllProjectsCommandStatus(const SharedProjectsTabView&) {
+    return std::ranges::any_of(GetOpenProjectsOfProduction(), [](const ProjectRef& project) {
         return project->IsReadOnly() && Utilities::IsProjectOutOfDate(project);
     });
-    return true;
 }
 
-bool SharedProjectsTabView::OnRefreshAllProjectsCommand(const Command&) {
+bool OnRefreshAllProjectsCommand(SharedProjectsTabView&) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
     const ProjectRef active = GetActiveProject();
@@ -138,13 +132,12 @@ bool SharedProjectsTabView::OnRefreshAllProjectsCommand(const Command&) {
     return true;
 }
 
-bool SharedProjectsTabView::OnSaveAllProjectsCommandStatus(bool& enabled) const {
+CommandStatus OnSaveAllProjectsCommandStatus(const SharedProjectsTabView&) {
     const ProjectVec projects = GetOpenProjectsOfProduction();
-    enabled = !std::ranges::all_of(projects, [](const ProjectRef& project) { return project->IsReadOnly(); });
-    return true;
+    return !std::ranges::all_of(projects, [](const ProjectRef& project) { return project->IsReadOnly(); });
 }
 
-bool SharedProjectsTabView::OnSaveAllProjectsCommand(const Command&) {
+bool OnSaveAllProjectsCommand(SharedProjectsTabView&) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
     // Read-only ones too: one that lost its lock may have changes, and only this tells that they are not saved.
@@ -152,27 +145,43 @@ bool SharedProjectsTabView::OnSaveAllProjectsCommand(const Command&) {
     return true;
 }
 
-bool SharedProjectsTabView::OnToggleLockCommandStatus(bool& enabled) const {
-    const ToggleLockState state = GetToggleLockState(GetKnownSelection());
-    enabled = state == ToggleLockState::ReadOnly || state == ToggleLockState::Writable;
-    return true;
+CommandStatus OnToggleLockCommandStatus(const SharedProjectsTabView& panel) {
+    const ToggleLockState state = GetToggleLockState(panel.GetKnownSelection());
+    return state == ToggleLockState::ReadOnly || state == ToggleLockState::Writable;
 }
 
-UTF16String SharedProjectsTabView::GetToggleLockCommandText() const {
-    const ToggleLockState state = GetToggleLockState(GetKnownSelection());
-    if (state == ToggleLockState::Disabled) return {};
+/// What Toggle Lock would do.
+UTF16String GetToggleLockCommandText(const SharedProjectsTabView& panel) {
+    const ToggleLockState state = GetToggleLockState(panel.GetKnownSelection());
     return Localizer::Get()->Localize(
         state == ToggleLockState::Writable
             ? "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadOnlyMode=Read-Only Mode"
             : "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadWriteMode=Read-Write Mode");
 }
 
-bool SharedProjectsTabView::OnToggleLockCommand(const Command&) {
+bool OnToggleLockCommand(SharedProjectsTabView& panel) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
-    for (const ProjectRef& project : FindOpenAmong(GetSelectedPaths()))
+    for (const ProjectRef& project : FindOpenAmong(panel.GetSelectedPaths()))
         documents->SetProjectReadOnly(project, !project->IsReadOnly());
     return true;
+}
+
+}  // namespace
+
+std::span<const PanelCommand> GetProjectCommands() {
+    static constexpr PanelCommand kCommands[] = {
+        {CommandID::kOpenProject, OnOpenProjectCommandStatus, OnOpenProjectCommand},
+        {CommandID::kCloseProject, OnCloseProjectCommandStatus, OnCloseProjectCommand},
+        {CommandID::kCloseAllOtherProjects, OnCloseAllOtherProjectsCommandStatus,
+         OnCloseAllOtherProjectsCommand},
+        {CommandID::kCloseAllProjects, OnCloseAllProjectsCommandStatus, OnCloseAllProjectsCommand},
+        {CommandID::kRefreshProject, OnRefreshProjectCommandStatus, OnRefreshProjectCommand},
+        {CommandID::kRefreshAllProjects, OnRefreshAllProjectsCommandStatus, OnRefreshAllProjectsCommand},
+        {CommandID::kSaveAllProjects, OnSaveAllProjectsCommandStatus, OnSaveAllProjectsCommand},
+        {CommandID::kToggleLock, OnToggleLockCommandStatus, OnToggleLockCommand, GetToggleLockCommandText},
+    };
+    return kCommands;
 }
 
 }  // namespace HandlerSharedProjects

@@ -62,10 +62,13 @@ void SharedProjectsTreeView::SyncTreeColumnProperties(const UI_SubView& source) 
         Columns::SyncColumnProperties(searchResults, directory);
 }
 
+SharedProjectsItemTree& SharedProjectsTreeView::GetShownItems() const {
+    return mViewType == TreeViewType::SearchResultsView ? mSearchResultsView->GetItems()
+                                                        : mDirectoryView->GetItems();
+}
+
 std::uint32_t SharedProjectsTreeView::GetOpenedRowsCount() const {
-    const bool isSearching = mViewType == TreeViewType::SearchResultsView;
-    return static_cast<std::uint32_t>(isSearching ? mSearchResultsView->GetOpenedRowsCount()
-                                                  : mDirectoryView->GetOpenedRowsCount());
+    return static_cast<std::uint32_t>(GetShownItems().GetOpenedRowsCount());
 }
 
 /// The field is empty before the view goes, which may call back.

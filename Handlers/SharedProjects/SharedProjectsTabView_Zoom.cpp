@@ -73,12 +73,11 @@ void SharedProjectsTabView::UpdateViewsFromZoomAmount() {
     if (!AreTreeViewsCreated()) return;
     const float rowHeight = GetRowHeightFromZoomFraction(mZoomAmount);
     const float scale = GetColumnWidthScale();
-    SharedProjectsDirectoryView& directoryView = *mTreeView->GetDirectoryView();
-    SharedProjectsSearchResultsView& searchResultsView = *mTreeView->GetSearchResultsView();
-    directoryView.SetRowHeight(rowHeight);
-    searchResultsView.SetRowHeight(rowHeight);
-    Columns::SetColumnWidths(directoryView.GetHeaderRow(), mColumnIDToBaseWidth, scale);
-    Columns::SetColumnWidths(searchResultsView.GetHeaderRow(), mColumnIDToBaseWidth, scale);
+    for (SharedProjectsItemTree* items :
+         {&mTreeView->GetDirectoryView()->GetItems(), &mTreeView->GetSearchResultsView()->GetItems()}) {
+        items->SetRowHeight(rowHeight);
+        Columns::SetColumnWidths(items->GetHeaderRow(), mColumnIDToBaseWidth, scale);
+    }
 }
 
 void SharedProjectsTabView::OnZoomSliderChanging(const UI_ChangeMessage&) {
@@ -90,20 +89,11 @@ void SharedProjectsTabView::OnZoomSliderChanged(const UI_ChangeMessage&) {
     Utils::LogViewPropertyUsage("Zoom", GetViewPropertyLoggingData());
 }
 
-bool SharedProjectsTabView::OnZoomInCommand(const Command&) {
+void SharedProjectsTabView::StepZoom(int direction) {
     const double step = GetZoomStep();
-    SetZoomFromCommand((std::floor(mZoomAmount / step) + 1) * step);
-    return true;
-}
-
-bool SharedProjectsTabView::OnZoomOutCommand(const Command&) {
-    const double step = GetZoomStep();
-    SetZoomFromCommand((std::ceil(mZoomAmount / step) - 1) * step);
-    return true;
-}
-
-void SharedProjectsTabView::SetZoomFromCommand(double zoom) {
-    mZoomAmount = std::clamp(zoom, 0.0, 1.0);
+    const double steps = mZoomAmount / step;
+    const double next = direction > 0 ? std::floor(steps) + 1 : std::ceil(steps) - 1;
+    mZoomAmount = std::clamp(next * step, 0.0, 1.0);
     if (mZoomSlider) mZoomSlider->SetValue(mZoomAmount);
     UpdateViewsFromZoomAmount();
     Utils::LogViewPropertyUsage("Zoom", GetViewPropertyLoggingData());
@@ -112,20 +102,15 @@ void SharedProjectsTabView::SetZoomFromCommand(double zoom) {
 Utils::ViewPropertyLoggingData SharedProjectsTabView::GetViewPropertyLoggingData() const {
     Utils::ViewPropertyLoggingData data;
     data.mRowHeight = GetRowHeightFromZoomFraction(mZoomAmount);
-    if (AreTreeViewsCreated())
-        data.mColumnIndices =
-            Columns::GetViewPropertyLoggingColumnMap(mTreeView->GetViewType() == TreeViewType::SearchResultsView
-                                                         ? mTreeView->GetSearchResultsView()->GetHeaderRow()
-                                                         : mTreeView->GetDirectoryView()->GetHeaderRow());
+    if (const SharedProjectsItemTree* items = GetShownItems())
+        data.mColumnIndices = Columns::GetViewPropertyLoggingColumnMap(items->GetHeaderRow());
     return data;
 }
 
 void SharedProjectsTabView::UpdateSelectionCount() {
     if (!AreTreeViewsCreated() || !mSelectionCount) return;
-    const std::size_t selected = mTreeView->GetViewType() == TreeViewType::SearchResultsView
-                                     ? mTreeView->GetSearchResultsView()->CountSelectedRows()
-                                     : mTreeView->GetDirectoryView()->GetTree()->CountSelectedRows();
-    const UTF16String text = GetSelectionCountText(selected, mTreeView->GetOpenedRowsCount());
+    const SharedProjectsItemTree& items = mTreeView->GetShownItems();
+    const UTF16String text = GetSelectionCountText(items.CountSelectedRows(), items.GetOpenedRowsCount());
     mSelectionCount->SetValue(text);
     // Long texts are cut where the bar is narrow.
     mSelectionCount->SetToolTipText(text, kSelectionCountToolTipDelayMilliseconds);

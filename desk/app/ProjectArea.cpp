@@ -16,9 +16,11 @@
 #include "desk/core/language/Localized.h"
 #include "desk/core/work/LongWork.h"
 #include "desk/framework/CommandRouter.h"
+#include "desk/framework/MainCommander.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/project/lock/BreakLock.h"
 #include "desk/toolkit/ControlImpl.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/framework/ShortcutManager.h"
 #include "host/project/DocumentManager.h"
 
@@ -66,6 +68,8 @@ public:
                 [] { CommandRouter::Instance().Send(kCommandReopenSession); });
     }
 
+    void TakeKeyboard() { mReopen->isVisible() ? mReopen->setFocus() : setFocus(); }
+
 protected:
     void showEvent(QShowEvent* event) override {
         mReopen->setVisible(CommandRouter::Instance().FindStatus(kCommandReopenSession).mIsEnabled);
@@ -85,7 +89,8 @@ ProjectArea::ProjectArea(QWidget* parent)
       mTabs(new ProjectTabs),
       mHolderLooks(
           [this](const auto& document, bool isAnnounced) { return PrepareHolderLook(document, isAnnounced); }) {
-    addWidget(new EmptyPage);
+    auto* emptyPage = new EmptyPage;
+    addWidget(emptyPage);
     addWidget(mTabs);
     setMinimumWidth(160);
     connect(mTabs, &QTabWidget::currentChanged, this, &ProjectArea::TabChanged);
@@ -97,9 +102,14 @@ ProjectArea::ProjectArea(QWidget* parent)
     host::AddListener(kStation_ProjectDocuments, this);
     for (const OpenProjectRef& project : OpenProjectList::Instance().Get())
         if (const ProjectDocumentRef document = ToDocument(project)) Add(document);
+    MainCommander::Instance().Register(host::CommandID::kPanelClosedWithoutProjects, {}, [emptyPage] {
+        emptyPage->TakeKeyboard();
+        return true;
+    });
 }
 
 ProjectArea::~ProjectArea() {
+    MainCommander::Instance().Register(host::CommandID::kPanelClosedWithoutProjects, {}, {});
     qApp->disconnect(this);
     mTabs->disconnect(this);
     host::RemoveListener(kStation_ProjectDocuments, this);

@@ -6,13 +6,14 @@
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
 #include "desk/app/ProjectPage.h"
-#include "desk/framework/CommandIDs.h"
+#include "host/framework/CommandIdentifiers.h"
 
 namespace desk {
 namespace {
 
 bool IsEditingCommand(int id) {
-    return (id >= kCommandUndo && id <= kCommandPaste) || id == kCommandSelectAll || id == kCommandDeselectAll;
+    return (id >= kCommandUndo && id <= kCommandPaste) || id == host::CommandID::kSelectAll ||
+           id == host::CommandID::kDeselectAll;
 }
 
 bool IsEnabled(const QPlainTextEdit& editor, int id) {
@@ -26,7 +27,7 @@ bool IsEnabled(const QPlainTextEdit& editor, int id) {
         case kCommandCut:
             return isWritable && hasSelection;
         case kCommandCopy:
-        case kCommandDeselectAll:
+        case host::CommandID::kDeselectAll:
             return hasSelection;
         case kCommandPaste:
             return editor.canPaste();
@@ -53,7 +54,7 @@ void Edit(QPlainTextEdit& editor, int id) {
             return editor.copy();
         case kCommandPaste:
             return editor.paste();
-        case kCommandDeselectAll:
+        case host::CommandID::kDeselectAll:
             return Deselect(editor);
         default:
             return editor.selectAll();

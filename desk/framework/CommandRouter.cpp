@@ -1,20 +1,20 @@
 #include "desk/framework/CommandRouter.h"
 
 #include "desk/core/work/LongWork.h"
-#include "desk/framework/CommandIDs.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/PanelNavigation.h"
 #include "desk/framework/Shortcuts.h"
 #include "desk/framework/TabViewImpl.h"
 #include "desk/framework/TabViews.h"
 #include "host/core/Logging.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/framework/Handler.h"
 
 namespace desk {
 namespace {
 
 bool IsPanelStep(int commandID) {
-    return commandID == kCommandNextPanel || commandID == kCommandPreviousPanel;
+    return commandID == host::CommandID::kNextPanel || commandID == host::CommandID::kPreviousPanel;
 }
 
 /// What nobody's status function decides, though handlers (or the workspace) carry it out.
@@ -23,7 +23,7 @@ CommandStatus FindNavigationStatus(int commandID, const host::Handler* handler) 
     if (IsPanelStep(commandID)) {
         status.mIsKnown = true;
         status.mIsEnabled = PanelNavigation::Instance().CanSelect();
-    } else if (commandID == kCommandFind && handler) {
+    } else if (commandID == host::CommandID::kFind && handler) {
         const TabViewImpl* view = TabViews::Instance().Find(handler->GetHandlerID());
         status.mIsKnown = true;
         status.mIsEnabled = view && view->FindEnabledSearchBox();
@@ -108,7 +108,8 @@ bool CommandRouter::SendFrom(host::CommandHandler* first, int commandID) {
             if (host::CommandHandler* commander = FindCommander(step, first);
                 commander && commander->ObeyCommand(command))
                 return true;
-        return IsPanelStep(commandID) && PanelNavigation::Instance().Select(commandID == kCommandNextPanel);
+        return IsPanelStep(commandID) &&
+               PanelNavigation::Instance().Select(commandID == host::CommandID::kNextPanel);
     } catch (...) {
         host::LogCurrentException(__PRETTY_FUNCTION__);
         return true;

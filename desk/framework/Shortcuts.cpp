@@ -8,11 +8,11 @@
 #include "desk/core/log/Log.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/core/settings/JsonFile.h"
-#include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/HeldKey.h"
 #include "desk/framework/ShortcutFiles.h"
 #include "host/core/Localizer.h"
+#include "host/framework/CommandIdentifiers.h"
 
 namespace desk {
 
@@ -58,13 +58,14 @@ void DeclareGlobalCommands(host::CommandContext& context) {
     const auto declare = [&context](std::string_view name, int id, std::string_view label) {
         context.DeclareCommand(name, id, host::CommandKind::LabelledCommand, label, nullptr, false);
     };
-    declare("cmd.edit.find", kCommandFind, "$$$/Desk/Commands/Find=Find");
-    declare("cmd.edit.selectall", kCommandSelectAll, "$$$/Desk/Commands/SelectAll=Select All");
-    declare("cmd.edit.deselectall", kCommandDeselectAll, "$$$/Desk/Commands/DeselectAll=Deselect All");
-    declare("cmd.file.closeallotherprojects", kCommandCloseAllOtherProjects,
+    declare("cmd.edit.find", host::CommandID::kFind, "$$$/Desk/Commands/Find=Find");
+    declare("cmd.edit.selectall", host::CommandID::kSelectAll, "$$$/Desk/Commands/SelectAll=Select All");
+    declare("cmd.edit.deselectall", host::CommandID::kDeselectAll,
+            "$$$/Desk/Commands/DeselectAll=Deselect All");
+    declare("cmd.file.closeallotherprojects", host::CommandID::kCloseAllOtherProjects,
             "$$$/Desk/Commands/CloseAllOtherProjects=Close All Other Projects");
-    declare("cmd.window.nextpanel", kCommandNextPanel, "$$$/Desk/Commands/NextPanel=Next Panel");
-    declare("cmd.window.previouspanel", kCommandPreviousPanel,
+    declare("cmd.window.nextpanel", host::CommandID::kNextPanel, "$$$/Desk/Commands/NextPanel=Next Panel");
+    declare("cmd.window.previouspanel", host::CommandID::kPreviousPanel,
             "$$$/Desk/Commands/PreviousPanel=Previous Panel");
 }
 

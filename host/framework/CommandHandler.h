@@ -28,8 +28,9 @@ public:
     CommandHandler& operator=(const CommandHandler&) = delete;
 
     /// Tells whether the command `id` can be carried out now. Returns false, and changes nothing, when
-    /// nobody here decides; otherwise sets all but `text`, which is set only where the command's menu
-    /// text depends on the state. The base asks the parent. Called often: must not wait for a volume.
+    /// nobody here decides; otherwise sets all but `text`, which comes in empty and stays so where the menu's
+    /// own text stands: it is set only while the command is enabled, by one whose menu text depends on the
+    /// state. The base asks the parent. Called often: must not wait for a volume.
     virtual bool FindCommandStatus(int id, bool& enabled, bool& checked, MenuMark& mark, UTF16String& text);
 
     /// Carries out a command. Returns false when nobody here does. The base asks the parent.

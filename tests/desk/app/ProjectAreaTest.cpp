@@ -7,12 +7,12 @@
 #include "desk/app/ProjectNotice.h"
 #include "desk/app/ProjectTabBar.h"
 #include "desk/core/names/QtStrings.h"
-#include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/Shortcuts.h"
 #include "desk/toolkit/Theme.h"
 #include "host/files/DirectoryChangeMonitor.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {
@@ -76,6 +76,8 @@ protected:
 
 TEST_F(ProjectAreaTest, ShowsAProjectFromOpeningToClosing) {
     EXPECT_FALSE(IsEnabled(kCommandCloseProject));
+    Choose(host::CommandID::kPanelClosedWithoutProjects);
+    EXPECT_TRUE(mArea.currentWidget()->hasFocus()) << "the keyboard is where work can go on";
     OpenAndFind();
     EXPECT_EQ(mArea.currentWidget(), &Tabs());
     EXPECT_EQ(Titles(), Titled{"Reel 1"});
@@ -271,7 +273,7 @@ TEST_F(ProjectAreaTest, KeysInTheEditorAreTheEditors) {
     EXPECT_EQ(Text(), "new");
     EXPECT_EQ(panelCommands, 0);
 
-    EXPECT_TRUE(IsEnabled(kCommandSelectAll));
+    EXPECT_TRUE(IsEnabled(host::CommandID::kSelectAll));
     CommandRouter::Instance().SetOnDuty(nullptr, nullptr);
     EXPECT_FALSE(IsEnabled(kCommandUndo)) << "a panel is on duty";
     Editor().clearFocus();

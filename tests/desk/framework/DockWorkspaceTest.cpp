@@ -4,12 +4,12 @@
 #include <QtWidgets>
 
 #include "desk/core/names/QtStrings.h"
-#include "desk/framework/CommandIDs.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspace.h"
 #include "desk/framework/PanelRegistry.h"
 #include "desk/framework/TabViewImpl.h"
 #include "desk/framework/TabViews.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/framework/Handler.h"
 #include "host/framework/TabView.h"
 #include "host/framework/WindowRegistry.h"
@@ -101,12 +101,14 @@ TEST_F(DockWorkspaceTest, OpensEveryPanelTabbedAndGoesFromOneToTheNext) {
     mWorkspace.FindFrame(kOne)->TakeFocus();
     EXPECT_EQ(OnDuty(), kOne);
     CommandRouter& router = CommandRouter::Instance();
-    EXPECT_TRUE(router.FindStatus(kCommandNextPanel).mIsEnabled && router.Send(kCommandNextPanel));
+    EXPECT_TRUE(router.FindStatus(host::CommandID::kNextPanel).mIsEnabled &&
+                router.Send(host::CommandID::kNextPanel));
     EXPECT_EQ(OnDuty(), kTwo);
-    EXPECT_TRUE(router.Send(kCommandNextPanel));
+    EXPECT_TRUE(router.Send(host::CommandID::kNextPanel));
     EXPECT_EQ(OnDuty(), kOne);
     mWorkspace.ClosePanel(kTwo);
-    EXPECT_FALSE(router.FindStatus(kCommandPreviousPanel).mIsEnabled || router.Send(kCommandPreviousPanel));
+    EXPECT_FALSE(router.FindStatus(host::CommandID::kPreviousPanel).mIsEnabled ||
+                 router.Send(host::CommandID::kPreviousPanel));
 }
 
 TEST_F(DockWorkspaceTest, APanelOnDemandLeavesTheDutyWhereItIsAndTakesTheKeyboardOnlyFromTheUser) {
@@ -118,9 +120,9 @@ TEST_F(DockWorkspaceTest, APanelOnDemandLeavesTheDutyWhereItIsAndTakesTheKeyboar
     QTest::mouseClick(mWorkspace.FindFrame(kAside)->findChild<QLineEdit*>(), Qt::LeftButton);
     EXPECT_TRUE(HasKeyboard(kAside));
     EXPECT_EQ(OnDuty(), kOne);
-    CommandRouter::Instance().Send(kCommandNextPanel);
+    CommandRouter::Instance().Send(host::CommandID::kNextPanel);
     EXPECT_TRUE(HasKeyboard(kOne)) << "on from where the keyboard is";
-    CommandRouter::Instance().Send(kCommandPreviousPanel);
+    CommandRouter::Instance().Send(host::CommandID::kPreviousPanel);
     EXPECT_TRUE(HasKeyboard(kAside));
 
     mWorkspace.OpenTab(host::UTF16to8(kAside));

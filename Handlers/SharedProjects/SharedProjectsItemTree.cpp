@@ -1,0 +1,259 @@
+#include "Handlers/SharedProjects/SharedProjectsItemTree.h"
+
+#include <set>
+#include <utility>
+
+#include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/files/PathUtils.h"
+#include "host/project/SharedProjectsManager.h"
+
+namespace HandlerSharedProjects {
+
+namespace {
+
+constexpr int kSpinnerInCentre = 1;
+
+}  // namespace
+
+SharedProjectsItemTree::SharedProjectsItemTree(Owner& owner, Utils::TreeRef tree,
+                                               const std::shared_ptr<SharedProjectsTabView>& tabView,
+                                               std::weak_ptr<const void> lifetime)
+    : mOwner(owner), mTree(std::move(tree)), mTabView(tabView), mLifetime(std::move(lifetime)) {
+    SetupTree();
+    SetupHeaderRow();
+    mQueuedSort = new QueueOnlyOnce(GetRegisteredMainThread(), [&owner, lifetime = mLifetime] {
+        if (!lifetime.expired()) owner.SortRows();
+    });
+}
+
+void SharedProjectsItemTree::SetupTree() {
+    using Self = SharedProjectsItemTree;
+    mTree->SetSupportMultipleSelections(true);
+    mTree->SetSupportNoneSelected(true);
+    mTree->SetSupportDeselectAllOnEmptyTreeClick(true);
+    mTree->SetSpinnerAlignment(kSpinnerInCentre);
+    mTree->SetCellSortDataFunction(Utils::BindCallback(this, &Self::GetCellSortDataAsString, mLifetime));
+    mTree->SetCellAccessibleTextFunction(Utils::BindCallback(this, &Self::GetCellAccessibleText, mLifetime));
+    mTree->SetRowVisibilityChangedCallback(Utils::BindCallback(this, &Self::OnRowVisibilityChanged, mLifetime));
+    mTree->SetColumnMovedCallback(Utils::BindCallback(this, &Self::OnColumnMoved, mLifetime));
+    mTree->SetColumnResizedCallback(Utils::BindCallback(this, &Self::OnColumnResized, mLifetime));
+}
+
+void SharedProjectsItemTree::SetupHeaderRow() {
+    using Self = SharedProjectsItemTree;
+    mHeaderRow = new UI_MultiColumnTreeHeaderRow(*mTree);
+    mTree->SetHeaderRow(mHeaderRow);
+    Columns::SetupHeaderRow(mHeaderRow, Utils::BindCallback(this, &Self::ColumnSortStringIsLess, mLifetime),
+                            Utils::BindCallback(this, &Self::OnSortChanged, mLifetime));
+}
+
+bool SharedProjectsItemTree::IsRowExposed(const RowRef& row) {
+    for (RowRef parent = row->GetParentRow(); parent; parent = parent->GetParentRow())
+        if (!parent->IsOpen()) return false;
+    return true;
+}
+
+void SharedProjectsItemTree::AddRow(const RowRef& row, bool isProject, bool exposed) {
+    row->SetBackgroundColorID(kRowBackgroundColorID);
+    if (!isProject) return;
+    const auto entry = mRowToMetadata.insert_or_assign(
+        mRowToMetadata.end(), row, MetadataRequest{Columns::FileMetadata(GetPath(row)), !exposed});
+    // The row is sorted when it is laid out; nothing else needs to be.
+    if (exposed) entry->second.mMetadata.Update(mTree->IsRowVisible(row.get()), mHeaderRow->GetSortColumn());
+}
+
+UTF16String SharedProjectsItemTree::GetPath(const RowRef& row) const {
+    return PathUtils::RemoveTrailingSlash(mOwner.GetItemPath(row));
+}
+
+UTF16String SharedProjectsItemTree::GetPathOfKind(const RowRef& row) const {
+    const UTF16String path = GetPath(row);
+    return IsFileRow(row) ? path : PathUtils::AddTrailingSlash(path);
+}
+
+const Columns::FileMetadata* SharedProjectsItemTree::GetMetadata(const RowRef& row) const {
+    const auto entry = mRowToMetadata.find(row);
+    return entry == mRowToMetadata.end() ? nullptr : &entry->second.mMetadata;
+}
+
+void SharedProjectsItemTree::UpdateRow(const RowRef& row, bool exposed) {
+    mTree->RedrawRow(row.get());
+    UpdateMetadataForRow(row, false, exposed);
+    AddNameCellView(row);
+}
+
+void SharedProjectsItemTree::UpdateOpenRows() {
+    UpdateStaleMarks();
+    for (const RowRef& row : mTree->GetOpenedRows()) UpdateRow(row, true);
+}
+
+/// Rows in closed folders need the sort column's fact when they come to be seen, whoever has chosen the column.
+void SharedProjectsItemTree::UpdateStaleMarks() {
+    const ColumnID column = mHeaderRow->GetSortColumn();
+    if (std::exchange(mStaleMarksColumn, column) == column) return;
+    for (auto& [row, request] : mRowToMetadata)
+        if (!IsRowExposed(row)) request.mIsStale = true;
+}
+
+void SharedProjectsItemTree::UpdateMetadataForRow(const RowRef& row, bool onlyIfStale, bool exposed) {
+    const auto entry = mRowToMetadata.find(row);
+    if (entry == mRowToMetadata.end()) return;
+    if (exposed) {
+        if (!onlyIfStale || entry->second.mIsStale) UpdateMetadata(entry->second, row);
+    } else if (!onlyIfStale) {
+        entry->second.mIsStale = true;
+    }
+}
+
+void SharedProjectsItemTree::UpdateMetadata(MetadataRequest& request, const RowRef& row) {
+    const bool isVisible = mTree->IsRowVisible(row.get());
+    const bool hasSortKeyChanged = request.mMetadata.Update(isVisible, mHeaderRow->GetSortColumn());
+    request.mIsStale = false;
+    // While all sort keys stay as they were, so does the order: scrolling sorts nothing.
+    if (hasSortKeyChanged) mQueuedSort->Queue();
+}
+
+void SharedProjectsItemTree::UpdateMetadataForOpenSubtree(const RowRef& row) {
+    for (const RowRef& child : row->GetChildRows()) {
+        if (!child->HasChild())
+            UpdateMetadataForRow(child, true, true);
+        else if (child->IsOpen())
+            UpdateMetadataForOpenSubtree(child);
+    }
+}
+
+void SharedProjectsItemTree::AddNameCellView(const RowRef& row) {
+    // Composing the path of a row that nobody sees would be the larger part of the work.
+    if (!mTree->IsRowVisible(row.get())) return;
+    const Columns::FileMetadata* metadata = GetMetadata(row);
+    Columns::AddNameCellView(*mTree, row, GetPathOfKind(row),
+                             metadata ? metadata->GetLockState() : std::nullopt);
+}
+
+bool SharedProjectsItemTree::ListenToMessage(const Message& message) {
+    if (const auto* opened = MessageCast<ProjectOpenedMessage>(message))
+        UpdateRowOfProject(opened->GetProject());
+    else if (const auto* closed = MessageCast<ProjectClosedMessage>(message))
+        UpdateRowOfProject(closed->GetProject());
+    else if (const auto* readOnly = MessageCast<ReadOnlyStateChangedMessage>(message))
+        UpdateRowOfProject(readOnly->GetProject());
+    else
+        return false;
+    return true;
+}
+
+void SharedProjectsItemTree::UpdateRowOfProject(const ProjectRef& project) {
+    // Whoever opened it through a link has it open under two names.
+    for (const UTF16String& path :
+         std::set{project->GetProjectPath(), Utilities::GetRealProjectPath(project)}) {
+        if (!IsWithinCurrentZuProductionFolder(path)) continue;
+        if (const RowRef row = mOwner.GetRowFromPath(path)) UpdateRow(row);
+    }
+}
+
+UTF16StringVec SharedProjectsItemTree::GetSelectedPaths() const {
+    UTF16StringVec paths;
+    for (const RowRef& row : mTree->GetSelectedRows())
+        if (UTF16String path = GetPath(row); !path.empty()) paths.push_back(std::move(path));
+    return paths;
+}
+
+UTF16StringVec SharedProjectsItemTree::GetSelectedNonRedundantPaths() const {
+    UTF16StringVec paths;
+    for (const RowRef& row : Utils::GetNonRedundantRows(mTree->GetSelectedRows()))
+        paths.push_back(GetPath(row));
+    return paths;
+}
+
+void SharedProjectsItemTree::SelectRowsByPaths(const UTF16StringVec& paths) {
+    RowVec rows;
+    for (const UTF16String& path : paths)
+        if (RowRef row = mOwner.GetRowFromPath(path)) rows.push_back(std::move(row));
+    mTree->SelectRows(rows);
+}
+
+void SharedProjectsItemTree::SelectOpenedRows(const std::function<bool(const RowRef& row)>& isMeant) {
+    RowVec rows = mTree->GetOpenedRows();
+    std::erase_if(rows, std::not_fn(isMeant));
+    mTree->SelectRows(rows);
+}
+
+void SharedProjectsItemTree::SelectNextWhenSelectionHasGone() {
+    mSelectionAfterRemoval.Expect(*mTree,
+                                  [this](const RowRef& row) { return !Utils::IsInTrash(GetPath(row), true); });
+}
+
+void SharedProjectsItemTree::OnRowsRemoved() {
+    mSelectionAfterRemoval.OnRowsRemoved(*mTree, [this](const RowRef& row) { return !GetPath(row).empty(); });
+}
+
+void SharedProjectsItemTree::OnRowDoubleClicked(const RowRef& row) {
+    if (IsFileRow(row))
+        Utils::OpenProjectOutsideTrash(GetPath(row));
+    else
+        ToggleRow(row);
+}
+
+void SharedProjectsItemTree::ToggleRow(const RowRef& row) {
+    if (mTree->IsRowOpen(row.get()))
+        mTree->CloseRow(row.get());
+    else
+        mTree->OpenRow(row.get());
+}
+
+void SharedProjectsItemTree::OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column,
+                                             const RectT<float>& cell) {
+    if (!mTree->IsRowVisible(row.get())) return;
+    if (const Columns::FileMetadata* metadata = GetMetadata(row))
+        Columns::DrawMetadataCellOfRow(drawbot, *metadata, column, cell, mHeaderRow);
+}
+
+void SharedProjectsItemTree::OnRowOpenStateChanged(const RowRef& row, bool open) {
+    if (open && IsRowExposed(row)) UpdateMetadataForOpenSubtree(row);
+    if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
+}
+
+void SharedProjectsItemTree::OnRowVisibilityChanged(const RowRef& row) {
+    if (!mTree->IsRowVisible(row.get())) return;
+    UpdateMetadataForRow(row, false, IsRowExposed(row));
+    AddNameCellView(row);
+}
+
+bool SharedProjectsItemTree::ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b) {
+    return Columns::SortStringIsLess(a, b);
+}
+
+/// Rows whose keys are equal stand by their names, also those that nobody has seen, whose facts have no name
+/// yet.
+UTF16String SharedProjectsItemTree::GetCellSortDataAsString(const RowRef& row, unsigned column) {
+    UTF16String key;
+    if (const Columns::FileMetadata* metadata = GetMetadata(row))
+        key = metadata->GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
+    const bool isNameMissing = key.empty() && Columns::IsNameColumn(mHeaderRow, column);
+    return isNameMissing ? Columns::GetPathDisplayName(GetPathOfKind(row)) : key;
+}
+
+UTF16String SharedProjectsItemTree::GetCellAccessibleText(const RowRef& row, unsigned column) {
+    return Columns::GetCellAccessibleText(mHeaderRow, column, GetPathOfKind(row), GetMetadata(row));
+}
+
+void SharedProjectsItemTree::OnSortChanged(ColumnID, bool) {
+    mIsHeaderChanged = true;
+    mOwner.OnSortChosen();
+    UpdateOpenRows();
+}
+
+void SharedProjectsItemTree::OnColumnMoved(unsigned, unsigned) {
+    mIsHeaderChanged = true;
+    const auto tabView = mTabView.lock();
+    if (tabView && tabView->AreTreeViewsCreated())
+        Utils::LogViewPropertyUsage("ColumnOrder", tabView->GetViewPropertyLoggingData());
+}
+
+void SharedProjectsItemTree::OnColumnResized(unsigned column, float) {
+    mIsHeaderChanged = true;
+    const auto tabView = mTabView.lock();
+    if (tabView && tabView->AreTreeViewsCreated()) tabView->UpdateBaseColumnWidthMap(mHeaderRow, column);
+}
+
+}  // namespace HandlerSharedProjects

@@ -1,0 +1,154 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
+#include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
+#include "host/core/MainThread.h"
+#include "host/core/Messaging.h"
+#include "host/project/OpenProjects.h"
+
+namespace HandlerSharedProjects {
+
+class SharedProjectsTabView;
+
+/// What the panel's two trees have in common: rows that stand for projects and folders, what is known of the
+/// projects, cells, columns and selection. Each view owns one, for the tree control that it shows. UI thread;
+/// nothing here waits for the volume.
+class SharedProjectsItemTree {
+public:
+    /// What the view does for it.
+    class Owner {
+    public:
+        /// The normalised path of a row's item; a folder's may have a separator at its end. Empty for a row
+        /// that is not in the view.
+        virtual UTF16String GetItemPath(const RowRef& row) const = 0;
+        /// The row of a path in any spelling; empty when there is none.
+        virtual RowRef GetRowFromPath(const UTF16String& path) const = 0;
+        /// A sort key has changed: sorts the tree.
+        virtual void SortRows() = 0;
+        /// The user has chosen the sort column or its direction.
+        virtual void OnSortChosen() = 0;
+
+    protected:
+        ~Owner() = default;
+    };
+
+    /// Gives `tree` the panel's columns, cells and ways of selecting. `owner` outlives this; it is called back
+    /// while `lifetime` lives. Only a weak reference to `tabView` is kept.
+    SharedProjectsItemTree(Owner& owner, Utils::TreeRef tree,
+                           const std::shared_ptr<SharedProjectsTabView>& tabView,
+                           std::weak_ptr<const void> lifetime);
+
+    UI_MultiColumnTree& GetTree() const { return *mTree; }
+    const Columns::HeaderRowRef& GetHeaderRow() const { return mHeaderRow; }
+    /// True when the user has moved, resized or sorted columns of this tree.
+    bool IsHeaderChanged() const { return mIsHeaderChanged; }
+    void SetRowHeight(float height) { mTree->SetRowHeight(height); }
+    /// The number of rows that show, scrolled into view or not.
+    std::size_t GetOpenedRowsCount() const { return mTree->CountOpenedRows(); }
+
+    // Rows. A row is exposed when all rows above it are open.
+
+    static bool IsRowExposed(const RowRef& row);
+    /// Takes on a new row: a project's, whose facts are then kept, or a folder's. Rows that will be exposed
+    /// when they are laid out count as exposed.
+    void AddRow(const RowRef& row, bool isProject, bool exposed);
+    /// Forgets a row. True when it was a project's.
+    bool RemoveRow(const RowRef& row) { return mRowToMetadata.erase(row) > 0; }
+    void RemoveAllRows() { mRowToMetadata.clear(); }
+    /// True for a project's row, false for a folder's.
+    bool IsFileRow(const RowRef& row) const { return GetMetadata(row) != nullptr; }
+    /// The normalised path of a row's item; empty for a row that is not in the view.
+    UTF16String GetPath(const RowRef& row) const;
+    /// The same as `Columns` takes it: a folder's with a separator at the end.
+    UTF16String GetPathOfKind(const RowRef& row) const;
+
+    /// Brings a row's cells and facts up to date: at once when it is exposed, otherwise the facts when it comes
+    /// to be exposed.
+    void UpdateRow(const RowRef& row) { UpdateRow(row, IsRowExposed(row)); }
+    void UpdateRow(const RowRef& row, bool exposed);
+    /// Brings all opened rows up to date.
+    void UpdateOpenRows();
+    /// Reads the facts of a project's row anew, with `onlyIfStale` only where that is owed: all facts of a
+    /// visible row, else that of the sort column. Sorts later if the order hangs on it. See `UpdateRow`.
+    void UpdateMetadataForRow(const RowRef& row, bool onlyIfStale, bool exposed);
+    /// Opens a closed folder's row, closes an open one.
+    void ToggleRow(const RowRef& row);
+    /// True for messages about open projects; their rows are then up to date.
+    bool ListenToMessage(const Message& message);
+
+    // Selection. Paths are normalised, in the order in which their rows were selected.
+
+    UTF16StringVec GetSelectedPaths() const;
+    /// Those but what lies inside another selected row's folder.
+    UTF16StringVec GetSelectedNonRedundantPaths() const;
+    std::size_t CountSelectedRows() const { return mTree->CountSelectedRows(); }
+    /// Makes the rows of `paths` the selection; paths without a row are passed over.
+    void SelectRowsByPaths(const UTF16StringVec& paths);
+    /// Makes those of the opened rows the selection for which `isMeant` holds.
+    void SelectOpenedRows(const std::function<bool(const RowRef& row)>& isMeant);
+    void DeselectAll() { mTree->DeselectAllRows(true); }
+    /// The selected rows are about to be moved away: when they have gone and nothing else has been selected,
+    /// the row that follows them is, or else the one before, but nothing in the trash.
+    void SelectNextWhenSelectionHasGone();
+    /// Rows have gone.
+    void OnRowsRemoved();
+    /// Nothing is to be selected any more in place of what goes.
+    void ForgetRemovals() { mSelectionAfterRemoval = {}; }
+
+    // Moves of the selection by the keyboard's page keys; see `Utils`.
+
+    void MoveHome() { Utils::MoveHome(mTree); }
+    void MoveEnd() { Utils::MoveEnd(mTree); }
+    void MovePageUp() { Utils::MovePageUp(mTree); }
+    void MovePageDown() { Utils::MovePageDown(mTree); }
+
+    // What the tree control asks and tells; the owner hands on what its base receives.
+
+    /// Opens the project, unless it lies in the trash, or opens or closes the folder.
+    void OnRowDoubleClicked(const RowRef& row);
+    void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column, const RectT<float>& cell);
+    void OnRowOpenStateChanged(const RowRef& row, bool open);
+
+private:
+    struct MetadataRequest {
+        Columns::FileMetadata mMetadata;
+        /// A refresh was asked for while the row was hidden under a closed folder.
+        bool mIsStale = false;
+    };
+
+    void SetupTree();
+    void SetupHeaderRow();
+    const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
+    void UpdateMetadata(MetadataRequest& request, const RowRef& row);
+    void UpdateMetadataForOpenSubtree(const RowRef& row);
+    void UpdateStaleMarks();
+    void AddNameCellView(const RowRef& row);
+    void UpdateRowOfProject(const ProjectRef& project);
+
+    bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
+    UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
+    UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
+    void OnSortChanged(ColumnID column, bool ascending);
+    void OnColumnMoved(unsigned from, unsigned to);
+    void OnColumnResized(unsigned column, float width);
+    void OnRowVisibilityChanged(const RowRef& row);
+
+    Owner& mOwner;
+    const Utils::TreeRef mTree;
+    const std::weak_ptr<SharedProjectsTabView> mTabView;
+    const std::weak_ptr<const void> mLifetime;
+    Columns::HeaderRowRef mHeaderRow;
+    /// Of projects, by their rows' identity.
+    std::map<RowRef, MetadataRequest> mRowToMetadata;
+    RefPtr<QueueOnlyOnce> mQueuedSort;
+    /// The column by which the rows in closed folders have been marked stale.
+    ColumnID mStaleMarksColumn = 0;
+    SelectionAfterRemoval mSelectionAfterRemoval;
+    bool mIsHeaderChanged = false;
+};
+
+}  // namespace HandlerSharedProjects
