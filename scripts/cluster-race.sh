@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Lets processes compete for lock files through two clients of a replicated GlusterFS volume, all on this machine:
-#   scripts/cluster-race.sh [--bricks N] [--processes N] [--tries N] [--projects N]
+#   scripts/cluster-race.sh [--bricks N]
 # As root, on Debian. Installs glusterfs-server and glusterfs-client when they are missing. Everything runs in
 # mount, network and process namespaces of its own: no socket is open to the outside, nothing of a GlusterFS that
 # runs here already is touched, and however the script ends, its mounts and processes end with it.
@@ -17,7 +17,7 @@ source "$root/scripts/prepare.sh"
 outside() {
     [[ $EUID -eq 0 ]] || { say "Mounting takes root: sudo $script"; exit 1; }
     packages+=(glusterfs-server glusterfs-client iproute2 procps)
-    prepare "$root" dev lock-race
+    prepare "$root" dev volume-tests
     local folder status=0
     folder=$(mktemp -d "${TMPDIR:-/tmp}/lock-race-XXXXXX")
     # shellcheck disable=SC2064
@@ -72,13 +72,11 @@ stop_all() {
     fi
 }
 
-# inside [--bricks N] ARGUMENT...: in the namespaces; arguments go to lock-race.
+# inside [--bricks N]: in the namespaces.
 inside() {
     folder=$CLUSTER_RACE_FOLDER
-    local bricks=3 arguments=() places=() i
-    while (($#)); do
-        if [[ $1 == --bricks ]]; then bricks=$2; shift 2; else arguments+=("$1"); shift; fi
-    done
+    local bricks=3 places=() i
+    [[ ${1-} != --bricks ]] || bricks=$2
     trap stop_all EXIT
     start_manager
     for ((i = 1; i <= bricks; ++i)); do
@@ -94,8 +92,8 @@ inside() {
     mkdir "$folder/client-1/production"
     echo "$(date -u +%F), $(glusterfs --version | head -n 1), $bricks replicas, two FUSE clients," \
          "Linux $(uname -r), $(nproc) cores"
-    "$root/build/dev/bin/lock-race" ${arguments[@]+"${arguments[@]}"} "$folder/client-1/production" \
-        "$folder/client-2/production"
+    ZU_LOCK_RACE_FOLDERS="$folder/client-1/production:$folder/client-2/production" QT_QPA_PLATFORM=offscreen \
+        "$root/build/dev/bin/volume-tests" --gtest_filter='*LockRace.*/WithLinks'
 }
 
 if [[ -n ${CLUSTER_RACE_FOLDER:-} ]]; then inside "$@"; else outside "$@"; fi

@@ -2,8 +2,8 @@
 
 #include <set>
 
+#include "desk/core/durable/PosixErrors.h"
 #include "desk/core/work/WorkerPool.h"
-#include "host/files/FileException.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/LogExpectation.h"
 #include "tests/support/ManualMainThread.h"
@@ -14,16 +14,7 @@
 /// Names of items, in UTF-8.
 using Names = std::set<std::string>;
 
-/// The errno with which `operation` fails; 0 when it does not.
-template <class Operation>
-int ErrorOf(Operation operation) {
-    try {
-        operation();
-        return 0;
-    } catch (const host::FileException& exception) {
-        return exception.SystemError();
-    }
-}
+using desk::ErrorOf;
 
 /// A temporary folder, and the host's services on it, which are the process's while the test runs.
 class HostFixture : public testing::Test {

@@ -13,6 +13,17 @@ namespace desk {
     throw host::FileException(operation, host::UTF8to16(path), systemError);
 }
 
+/// Runs a file operation: 0, or the errno with which it failed.
+template <class Operation>
+int ErrorOf(Operation operation) {
+    try {
+        operation();
+        return 0;
+    } catch (const host::FileException& exception) {
+        return exception.SystemError();
+    }
+}
+
 /// Repeats a system call while a signal interrupts it.
 template <class Call>
 auto RetryInterrupted(Call call) {

@@ -35,17 +35,6 @@ constexpr milliseconds kBetweenRounds(25);
 constexpr int kDeepestGuard = 8;
 constexpr std::size_t kLongestName = 255;
 
-/// Runs a file operation; 0, or the errno with which it failed.
-template <class Operation>
-int ErrorOf(Operation operation) {
-    try {
-        operation();
-        return 0;
-    } catch (const host::FileException& exception) {
-        return exception.SystemError();
-    }
-}
-
 /// Where the guard stands that gives the right to remove, in its owner's place, a lock with this nonce: beside
 /// the lock. Since a nonce never comes back, such a right never extends to a later lock.
 std::string GetGuardPath(const std::string& lockPath, const std::string& nonce) {
