@@ -16,7 +16,7 @@ namespace {
 
 /// Of a process that is gone, or of an attempt of this one that came to nothing.
 bool IsAbandoned(const TargetedTemporary& temporary, const Desktop& desktop) {
-    return temporary.mOwner.IsGone(desktop) || IsStrayLock(temporary.mOwner.mRecord.mNonce);
+    return temporary.mOwner.IsGone(desktop) || IsStrayNonce(temporary.mOwner.mRecord.mNonce);
 }
 
 /// What the volume says of a lock that may be hollow.

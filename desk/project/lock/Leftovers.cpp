@@ -34,9 +34,9 @@ void SweepTemporary(FileSystem& fileSystem, const std::string& path) {
 }
 
 void SweepStray(LockProtocol& protocol, const std::string& path, const std::string& nonce) {
-    if (!BeginStrayRemoval(nonce)) return;
+    if (!BeginStrayRemoval(path, nonce)) return;
     const bool isRemoved = protocol.Release(path, nonce) == LockRelease::Done;
-    EndStrayRemoval(nonce, isRemoved);
+    EndStrayRemoval(path, nonce, isRemoved);
     if (isRemoved) Log(LogLevel::Info, "removed a lock that was given up when it stood elsewhere: " + path);
 }
 
@@ -118,7 +118,7 @@ void SweepFolderInBackground(const std::string& folder) {
 }
 
 void SweepAttempt(const LockRemains& attempt) {
-    NoteStrayLock(attempt.mNonce);
+    NoteStrayLock(attempt.mPath, attempt.mNonce);
     GetServices().mWorkerPool->SubmitLast([attempt] {
         FileSystem& fileSystem = *GetServices().mFileSystem;
         const std::string moved = FindMovedLock(fileSystem, attempt.mTemporary, attempt.mNonce);

@@ -50,12 +50,20 @@ LockReport CheckOnDisk(const std::string& lockPath, const std::string& nonce) {
                      [lockPath, nonce] { return MakeProtocol().Check(lockPath, nonce); });
 }
 
-/// Where the folder store has seen the lock that bears `nonce`.
-std::vector<std::string> FindKnownPlaces(const std::string& nonce) {
+/// A lock keeps its name when its folder moves. The nonce alone does not tell it: those of a batch share one.
+bool IsSameLock(const std::string& path, const std::string& nonce, const std::string& otherPath,
+                const std::string& otherNonce) {
+    return nonce == otherNonce && NameOf(path) == NameOf(otherPath);
+}
+
+/// Where the folder store has seen the lock.
+std::vector<std::string> FindKnownPlaces(const LockRemains& lock) {
     std::vector<std::string> places;
     if (const FolderStore* store = GetServices().mFolderStore)
         store->VisitLocks(u"/", true, [&](const host::UTF16String& project, const ItemFacts& facts) {
-            if (facts.mLock && facts.mLock->mNonce == nonce) places.push_back(GetLockPath(project));
+            const std::string path = GetLockPath(project);
+            if (facts.mLock && IsSameLock(path, facts.mLock->mNonce, lock.mPath, lock.mNonce))
+                places.push_back(path);
             return true;
         });
     return places;
@@ -151,7 +159,7 @@ LockKeeper::Taking LockKeeper::TakeOnce(const std::string& lockPath, const LockR
 
 /// Another attempt may have come upon it first, while this one waited.
 HeldLockPtr LockKeeper::Keep(const std::string& lockPath, const LockRecord& record) {
-    HeldLockPtr lock = FindByNonce(record.mNonce);
+    HeldLockPtr lock = FindWherever(lockPath, record.mNonce);
     if (!lock) lock.reset(new HeldLock(lockPath, record));
     mLocks[lockPath] = lock;
     return lock;
@@ -163,7 +171,7 @@ HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& 
                                  const LockRecord& wanted) {
     if (!AreOfOneProcess(found, wanted) || found.mUser != wanted.mUser || found.mMachine != wanted.mMachine)
         return {};
-    if (const HeldLockPtr held = FindByNonce(found.mNonce)) {
+    if (const HeldLockPtr held = FindWherever(lockPath, found.mNonce)) {
         // A copy, if the lock still stands, or may stand, where it was taken.
         const LockReport before = CheckOnDisk(held->mPath, found.mNonce);
         if (before.mStanding != LockStanding::Lost && !before.IsAway()) return {};
@@ -174,13 +182,13 @@ HeldLockPtr LockKeeper::TakeBack(const std::string& lockPath, const LockRecord& 
     }
     const auto tasks = mGivingUp;
     for (const auto& task : tasks)
-        if (task->mRemains.mNonce == found.mNonce)
+        if (IsSameLock(task->mRemains.mPath, task->mRemains.mNonce, lockPath, found.mNonce))
             AskVolume(host::ZString("$$$/Desk/Project/Locking=Locking Project"), "take back lock of",
                       NameOfProject(lockPath), [task] {
                           const std::lock_guard lock(task->mMutex);
                           task->mIsTakenBack = true;
                       });
-    if (!ForgetStrayLock(found.mNonce)) return {};
+    if (!ForgetStrayLock(lockPath, found.mNonce)) return {};
     if (CheckOnDisk(lockPath, found.mNonce).mStanding != LockStanding::Ours) return {};
     return Keep(lockPath, found);
 }
@@ -198,11 +206,19 @@ bool LockKeeper::NoteLoss(const std::string& lockPath, const std::string& nonce)
 }
 
 /// A lost lock is nobody's.
-HeldLockPtr LockKeeper::FindByNonce(const std::string& nonce) const {
+HeldLockPtr LockKeeper::FindWherever(const std::string& lockPath, const std::string& nonce) const {
     for (const auto& [path, weak] : mLocks)
-        if (HeldLockPtr lock = weak.lock(); lock && !lock->mIsLost && lock->mRecord.mNonce == nonce)
+        if (HeldLockPtr lock = weak.lock();
+            lock && !lock->mIsLost && IsSameLock(path, lock->mRecord.mNonce, lockPath, nonce))
             return lock;
     return {};
+}
+
+bool LockKeeper::Holds(const std::string& nonce) const {
+    return std::ranges::any_of(mLocks, [&nonce](const auto& entry) {
+        const HeldLockPtr lock = entry.second.lock();
+        return lock && !lock->mIsLost && lock->mRecord.mNonce == nonce;
+    });
 }
 
 /// Another lock may have taken the path since.
@@ -230,8 +246,8 @@ std::vector<LockRemains> LockKeeper::FollowMove(const std::string& oldFolder, co
 void LockKeeper::GiveUp(const HeldLock& lock) {
     Forget(lock);
     // One that seemed to be lost may have been taken back.
-    if (FindByNonce(lock.mRecord.mNonce)) return;
-    if (lock.mIsLost) return NoteStrayLock(lock.mRecord.mNonce);
+    if (FindWherever(lock.mPath, lock.mRecord.mNonce)) return;
+    if (lock.mIsLost) return NoteStrayLock(lock.mPath, lock.mRecord.mNonce);
     if (const auto task = AddGivingUp({lock.mPath, lock.mRecord.mNonce, {}}, false))
         mFirstAttempts.push_back(TryToGiveUp(task));
     if (mTogetherScopes == 0) AwaitFirstAttempts();
@@ -341,15 +357,15 @@ void LockKeeper::TryLater(const std::shared_ptr<GivingUp>& task) {
 }
 
 void LockKeeper::Note(const std::shared_ptr<GivingUp>& task, LockRelease release) {
-    const std::string& nonce = task->mRemains.mNonce;
-    const bool isUndone =
-        !IsStrayLockRemoved(nonce) && (release == LockRelease::Retry || release == LockRelease::Away);
+    const LockRemains& remains = task->mRemains;
+    const bool isUndone = !IsStrayLockRemoved(remains.mPath, remains.mNonce) &&
+                          (release == LockRelease::Retry || release == LockRelease::Away);
     const bool isOpen = task->mIsDoubtful ? task->IsInTime() : isUndone;
     if (task->mIsTakenBack || !isOpen) return End(task, release);
-    if (release == LockRelease::Away) task->mPlaces = FindKnownPlaces(nonce);
+    if (release == LockRelease::Away) task->mPlaces = FindKnownPlaces(remains);
     if (task->IsInTime() || std::exchange(task->mIsLate, true)) return;
-    NoteStrayLock(nonce);
-    Log(LogLevel::Warning, "could not remove the lock file " + task->mRemains.mPath +
+    NoteStrayLock(remains.mPath, remains.mNonce);
+    Log(LogLevel::Warning, "could not remove the lock file " + remains.mPath +
                                (release == LockRelease::Away ? ", which is not there now" : "") +
                                "; it is tried again while the program runs");
 }
@@ -363,7 +379,7 @@ void LockKeeper::End(const std::shared_ptr<GivingUp>& task, LockRelease release)
     if (release == LockRelease::NotOurs && !task->mIsDoubtful)
         Log(LogLevel::Info, "the lock was no longer ours: " + remains.mPath);
     if (!remains.mTemporary.empty()) return SweepAttempt(remains);
-    if (release != LockRelease::Done && !remains.mNonce.empty()) NoteStrayLock(remains.mNonce);
+    if (release != LockRelease::Done && !remains.mNonce.empty()) NoteStrayLock(remains.mPath, remains.mNonce);
 }
 
 void LockKeeper::FinishGivingUp(milliseconds patience) {

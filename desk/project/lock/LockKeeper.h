@@ -87,9 +87,9 @@ public:
     /// The lock with this nonce that this process holds at `lockPath` was found lost: it stays lost. False when
     /// this process holds none such there any more. Touches no disk.
     bool NoteLoss(const std::string& lockPath, const std::string& nonce);
-    /// True while this process holds the lock with this nonce, wherever it stands, and has not lost it. Touches
+    /// True while this process holds a lock with this nonce, wherever it stands, and has not lost it. Touches
     /// no disk.
-    bool Holds(const std::string& nonce) const { return FindByNonce(nonce) != nullptr; }
+    bool Holds(const std::string& nonce) const;
 
     /// Tries again for at most `patience` to give up what could not be given up yet, and returns when all is,
     /// or the time is over: for the end of the program, after which nobody does. Needs no events.
@@ -109,7 +109,8 @@ private:
     Taking TakeOrThrow(const std::string& lockPath, const LockRecord& mine);
     Taking TakeOnce(const std::string& lockPath, const LockRecord& mine);
     HeldLockPtr TakeBack(const std::string& lockPath, const LockRecord& found, const LockRecord& wanted);
-    HeldLockPtr FindByNonce(const std::string& nonce) const;
+    /// The lock with this nonce and the name of `lockPath`, in whichever folder.
+    HeldLockPtr FindWherever(const std::string& lockPath, const std::string& nonce) const;
     void Forget(const HeldLock& lock);
     void GiveUp(const HeldLock& lock);
     void AwaitFirstAttempts();

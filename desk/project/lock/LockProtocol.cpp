@@ -244,7 +244,7 @@ int LockProtocol::WriteTemporary(const std::string& path, const std::string& byt
 LockRelease LockProtocol::Release(const std::string& lockPath, const std::string& nonce) {
     const Content found = Read(lockPath);
     if (found.IsForeign(nonce)) {
-        NoteStrayLock(nonce);
+        NoteStrayLock(lockPath, nonce);
         return LockRelease::NotOurs;
     }
     int error = ENOENT;
@@ -255,7 +255,7 @@ LockRelease LockProtocol::Release(const std::string& lockPath, const std::string
     if (error == 0) return LockRelease::Done;
     if (error != ENOENT) return LockRelease::Retry;
     // On its own, that nothing stands there says nothing about where the lock is now.
-    NoteStrayLock(nonce);
+    NoteStrayLock(lockPath, nonce);
     const LockReport report = FindOutAboutAbsence(lockPath);
     // A repeated call after a lost reply says so too: what was there just now, in a folder that is still there.
     const bool isRemoved = found.mIsThere && report.mTrouble == LockReport::Trouble::ProjectAway;
@@ -410,7 +410,7 @@ LockReport LockProtocol::FindOutAboutAbsence(const std::string& lockPath) {
 void LockProtocol::DropRemains() {
     for (const LockRemains& remains : TakeRemains()) {
         const bool isGone = RemoveRemains(remains) == LockRelease::Done && remains.mTemporary.empty();
-        if (!isGone && !remains.mNonce.empty()) NoteStrayLock(remains.mNonce);
+        if (!isGone && !remains.mNonce.empty()) NoteStrayLock(remains.mPath, remains.mNonce);
     }
 }
 

@@ -21,9 +21,16 @@ constexpr std::size_t kMostFolders = 300;
 
 enum class State { Stray, BeingRemoved, Removed };
 
+/// Nonce, and name of the file.
+using Identity = std::pair<std::string, std::string>;
+
+Identity IdentityOf(const std::string& lockPath, const std::string& nonce) {
+    return {nonce, NameOf(lockPath)};
+}
+
 struct StrayLocks {
     std::mutex mMutex;
-    std::map<std::string, State> mStates;
+    std::map<Identity, State> mStates;
 };
 
 StrayLocks& Strays() {
@@ -57,41 +64,43 @@ bool IsFolderThere(FileSystem& fileSystem, const std::string& folder) {
 
 }  // namespace
 
-void NoteStrayLock(const std::string& nonce) {
+void NoteStrayLock(const std::string& lockPath, const std::string& nonce) {
     const std::lock_guard lock(Strays().mMutex);
-    Strays().mStates.try_emplace(nonce, State::Stray);
+    Strays().mStates.try_emplace(IdentityOf(lockPath, nonce), State::Stray);
 }
 
-bool IsStrayLock(const std::string& nonce) {
+bool IsStrayNonce(const std::string& nonce) {
     const std::lock_guard lock(Strays().mMutex);
-    return Strays().mStates.contains(nonce);
+    const auto first = Strays().mStates.lower_bound({nonce, {}});
+    return first != Strays().mStates.end() && first->first.first == nonce;
 }
 
-bool IsStrayLockRemoved(const std::string& nonce) {
+bool IsStrayLockRemoved(const std::string& lockPath, const std::string& nonce) {
     const std::lock_guard lock(Strays().mMutex);
-    const auto entry = Strays().mStates.find(nonce);
+    const auto entry = Strays().mStates.find(IdentityOf(lockPath, nonce));
     return entry != Strays().mStates.end() && entry->second == State::Removed;
 }
 
-bool ForgetStrayLock(const std::string& nonce) {
+bool ForgetStrayLock(const std::string& lockPath, const std::string& nonce) {
     const std::lock_guard lock(Strays().mMutex);
     auto& states = Strays().mStates;
-    const auto entry = states.find(nonce);
-    if (entry != states.end() && entry->second == State::BeingRemoved) return false;
-    states.erase(nonce);
+    const auto entry = states.find(IdentityOf(lockPath, nonce));
+    if (entry == states.end()) return true;
+    if (entry->second == State::BeingRemoved) return false;
+    states.erase(entry);
     return true;
 }
 
-bool BeginStrayRemoval(const std::string& nonce) {
+bool BeginStrayRemoval(const std::string& lockPath, const std::string& nonce) {
     const std::lock_guard lock(Strays().mMutex);
     auto& states = Strays().mStates;
-    const auto entry = states.find(nonce);
+    const auto entry = states.find(IdentityOf(lockPath, nonce));
     return entry != states.end() && std::exchange(entry->second, State::BeingRemoved) != State::BeingRemoved;
 }
 
-void EndStrayRemoval(const std::string& nonce, bool isRemoved) {
+void EndStrayRemoval(const std::string& lockPath, const std::string& nonce, bool isRemoved) {
     const std::lock_guard lock(Strays().mMutex);
-    Strays().mStates[nonce] = isRemoved ? State::Removed : State::Stray;
+    Strays().mStates[IdentityOf(lockPath, nonce)] = isRemoved ? State::Removed : State::Stray;
 }
 
 std::string FindMovedLock(FileSystem& fileSystem, const std::string& lockPath, const std::string& nonce) {
