@@ -38,8 +38,9 @@ ZUHOST_API UTF16String GetZuProductionItemCopyPath(const UTF16String& path,
 ZUHOST_API bool DoesDirectoryContainLockedProjects(const UTF16String& folder, bool recursive, bool onlyOthers);
 
 /// Those of `folders` that hold, at any depth, a project that somebody else than the local user has locked
-/// (stale locks do not count, those that cannot be read do). Looks at the volume: one listing for each folder,
-/// and the lock files in it; symbolic links are not followed, and a folder that cannot be read holds nothing.
+/// (stale locks do not count, those that cannot be read do; neither can be told of a folder that cannot be
+/// listed, so that one counts). Looks at the volume: one listing for each folder, and the lock files in it;
+/// symbolic links are not followed, and a folder that is not there holds nothing.
 /// The window lives meanwhile; after half a second a dialog offers to cancel it, which throws `FileException`
 /// (ECANCELED) at once, also when the volume does not answer. UI thread.
 ZUHOST_API UTF16StringVec FindFoldersWithLockedProjects(const UTF16StringVec& folders);

@@ -85,6 +85,7 @@ bool FolderWalk::ListFolder(const host::UTF16String& folder, std::vector<FolderE
 
 /// False for what is left out. What a folder has in it comes later.
 bool FolderWalk::TakeEntry(const host::UTF16String& folder, FolderEntry& entry) {
+    if (mParameters.mHasLockFiles && IsLockFileName(entry.mName)) return true;
     if (IsHiddenName(entry.mName, entry.mKind) || entry.mKind == ItemKind::Other) return false;
     if (entry.mKind != ItemKind::Unknown && entry.mKind != ItemKind::Folder) return true;
     const host::UTF16String path = JoinPath<host::UTF16String>(folder, host::UTF8to16(entry.mName));

@@ -29,6 +29,8 @@ public:
         std::function<void(const host::UTF16String& folder, const std::vector<FolderEntry>& entries)> mVisitor;
         /// When set, says of a folder that was come upon whether it is entered. On workers, several at a time.
         std::function<bool(const host::UTF16String& folder)> mIsEntered;
+        /// Lock files are among a folder's entries too.
+        bool mHasLockFiles = false;
         /// Is told of the calls to the volume; may be null.
         std::shared_ptr<AnswerWatch> mAnswerWatch;
         /// The one folder whose absence is no matter of course (normalised).

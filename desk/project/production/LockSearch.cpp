@@ -1,19 +1,21 @@
 // Which folders hold projects that somebody else has locked, by a look at the volume.
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <iterator>
 #include <memory>
-#include <mutex>
+#include <optional>
 
 #include "desk/core/edges/Services.h"
-#include "desk/core/log/Log.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/HostNames.h"
 #include "desk/core/names/LockRecord.h"
 #include "desk/core/work/AskVolume.h"
 #include "desk/core/work/ParallelWork.h"
+#include "desk/core/work/WorkProgress.h"
+#include "desk/files/search/FolderWalk.h"
 #include "desk/project/lock/LockHolder.h"
 #include "host/core/Localizer.h"
-#include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
 
@@ -21,69 +23,34 @@ namespace desk {
 
 namespace {
 
-/// Looks through folders level by level, many at a time, until told to stop. Asks for listings, and reads the
-/// lock files in them; nothing is asked for a project without one. For a worker.
-class LockSearch {
-public:
-    using StopFlag = std::shared_ptr<std::atomic<bool>>;
+bool IsOfAnother(const std::string& lockPath) {
+    const std::optional<LockRecord> lock = ReadLockRecord(*GetServices().mFileSystem, lockPath);
+    return lock && IsHeldElsewhere(*lock);
+}
 
-    explicit LockSearch(StopFlag stop) : mStop(std::move(stop)) {}
-
-    bool IsAnyLockedIn(const std::string& folder) {
-        mNext = {folder};
-        while (!mNext.empty() && !mIsFound) {
-            const std::vector<std::string> folders = std::exchange(mNext, {});
-            RunShared(folders.size(), [&](std::size_t index) { LookInto(folders[index]); });
-        }
-        return mIsFound;
-    }
-
-private:
-    bool IsOver() const { return mIsFound || *mStop; }
-
-    void LookInto(const std::string& folder) {
-        if (IsOver()) return;
-        std::vector<FolderEntry> entries;
-        try {
-            entries = GetServices().mFileSystem->ListFolder(folder);
-        } catch (const host::FileException& exception) {
-            return Log(LogLevel::Info, exception.what());
-        }
+/// Asks for listings, and reads the lock files in them; nothing is asked for a project without one. For a
+/// worker.
+bool MayAnyBeLockedIn(const host::UTF16String& root, const WorkProgress& progress) {
+    std::atomic<bool> isFound = false;
+    FolderWalk::Parameters parameters;
+    parameters.mRoot = root;
+    parameters.mHasLockFiles = true;
+    parameters.mIsEntered = [&](const host::UTF16String&) { return !isFound; };
+    parameters.mVisitor = [&](const host::UTF16String& folder, const std::vector<FolderEntry>& entries) {
         std::vector<std::string> locks;
-        for (const FolderEntry& entry : entries) Take(JoinPath<std::string>(folder, entry.mName), entry, locks);
+        for (const FolderEntry& entry : entries)
+            if (IsLockFileName(entry.mName))
+                locks.push_back(JoinPath<std::string>(host::UTF16to8(folder), entry.mName));
         RunShared(locks.size(), [&](std::size_t index) {
-            if (!IsOver() && IsOfAnother(locks[index])) mIsFound = true;
+            if (!isFound && !progress.IsCancelled() && IsOfAnother(locks[index])) isFound = true;
         });
-    }
-
-    void Take(const std::string& path, const FolderEntry& entry, std::vector<std::string>& locks) {
-        if (entry.mName.starts_with('.') && !GetProjectNameOfLockFile(host::UTF8to16(entry.mName)).empty())
-            return locks.push_back(path);
-        const bool isFolder = ResolveKind(path, entry.mKind) == ItemKind::Folder;
-        if (!isFolder || IsHiddenName(entry.mName, ItemKind::Folder)) return;
-        const std::lock_guard lock(mMutex);
-        mNext.push_back(path);
-    }
-
-    static ItemKind ResolveKind(const std::string& path, ItemKind kind) {
-        if (kind != ItemKind::Unknown) return kind;
-        try {
-            return GetServices().mFileSystem->Status(path, false).mKind;
-        } catch (const host::FileException&) {
-            return ItemKind::Other;
-        }
-    }
-
-    static bool IsOfAnother(const std::string& lockPath) {
-        const std::optional<LockRecord> lock = ReadLockRecord(*GetServices().mFileSystem, lockPath);
-        return lock && IsHeldElsewhere(*lock);
-    }
-
-    const StopFlag mStop;
-    std::mutex mMutex;
-    std::vector<std::string> mNext;
-    std::atomic<bool> mIsFound = false;
-};
+    };
+    const auto unreadable =
+        std::make_shared<FolderWalk>(std::move(parameters), FolderWalk::Completion())->Run(progress);
+    return isFound || std::ranges::any_of(unreadable, [](const FolderWalk::UnreadableFolder& folder) {
+               return folder.mSystemError != ENOENT;
+           });
+}
 
 }  // namespace
 
@@ -93,15 +60,15 @@ namespace host {
 
 UTF16StringVec FindFoldersWithLockedProjects(const UTF16StringVec& folders) {
     if (folders.empty()) return {};
-    const auto stop = std::make_shared<std::atomic<bool>>(false);
-    const std::shared_ptr<void> stopAtTheEnd(nullptr, [stop](void*) { *stop = true; });
+    const auto progress = std::make_shared<desk::WorkProgress>();
+    const std::shared_ptr<void> stopAtTheEnd(nullptr, [progress](void*) { progress->Cancel(); });
     const UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(folders.front()));
     return desk::AskVolume(
         ZString("$$$/Vantor/Desk/Files/Searching=Searching “@0”", {name}), "search", folders.front(),
-        [folders, stop] {
+        [folders, progress] {
             UTF16StringVec found;
             std::ranges::copy_if(folders, std::back_inserter(found), [&](const auto& folder) {
-                return desk::LockSearch(stop).IsAnyLockedIn(UTF16to8(PathUtils::ToNormalizedPath(folder)));
+                return desk::MayAnyBeLockedIn(PathUtils::ToNormalizedPath(folder), *progress);
             });
             return found;
         });
