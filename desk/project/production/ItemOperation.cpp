@@ -117,16 +117,17 @@ void ItemOperation::Work(WorkProgress& progress) {
         end = FindBatchEnd(begin);
         if (!DoBatch(std::span(mItems).subspan(begin, end - begin), progress)) return;
     }
+    mIsEndReached = true;
 }
 
-/// What comes to the place of another item, or lies in one, is looked at when that has been moved.
+/// What comes from or to a place that another item leaves or takes is looked at when that has been moved.
 std::size_t ItemOperation::FindBatchEnd(std::size_t begin) const {
     std::set<std::string> sources, destinations;
     for (std::size_t end = begin; end < std::min(begin + kBatch, mItems.size()); ++end) {
         const Item& item = mItems[end];
-        for (std::string folder = FolderOf(item.mFrom); folder.size() > 1; folder = FolderOf(folder))
-            if (sources.contains(folder)) return end;
-        if (!destinations.insert(item.mTo).second) return end;
+        for (std::string place = item.mFrom; place.size() > 1; place = FolderOf(place))
+            if (sources.contains(place) || destinations.contains(place)) return end;
+        if (sources.contains(item.mTo) || !destinations.insert(item.mTo).second) return end;
         sources.insert(item.mFrom);
     }
     return std::min(begin + kBatch, mItems.size());
@@ -266,6 +267,10 @@ void ItemOperation::AskToFollow() {
 void ItemOperation::TryOwnLocksAgain() {
     for (Item& item : mItems) {
         if (item.mOutcome.mResult != Result::Refused || item.mLocking != Taking::Own) continue;
+        if (!mIsEndReached) {
+            item.mOutcome.mResult = Result::NotReached;
+            continue;
+        }
         item.mLocking = item.mLocks->TakeByKeeper();
         item.mOutcome.mWasHeld = item.mLocks->WasHeld();
         RunLongWork(MakeTitle(), [&](WorkProgress& progress) {

@@ -101,6 +101,8 @@ private:
     std::string mProductionFolder;
     /// Hidden files of a worker.
     std::vector<LockRemains> mRemains;
+    /// Neither a cancel nor a failure ended the work before.
+    bool mIsEndReached = false;
     /// So many items have been flushed, and so many have been followed.
     std::atomic<std::size_t> mFlushed = 0;
     std::size_t mFollowed = 0;
