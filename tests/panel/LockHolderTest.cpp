@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include "desk/core/names/ProcessFacts.h"
+#include "host/files/File.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {
@@ -31,7 +32,10 @@ protected:
         EXPECT_EQ(row.GetColumnDisplayString(Columns::kLockedColumnID), owner);
         EXPECT_EQ(Utils::IsALockedProject(PathOf(project)), isInTheWay) << "the menus, and drops";
         EXPECT_EQ(Utils::CanAllBeDeleted(PathsOf({project})), !isInTheWay) << "the trash";
-        if (isInTheWay) mDialogs.ExpectMessage("Not Everything Was Moved");
+        if (isInTheWay) {
+            EXPECT_LT(File::Move(PathOf(project), PathOf(folder + "/Q.zuproj")), 0);
+            mDialogs.ExpectMessage("Not Everything Was Moved");
+        }
         EXPECT_EQ(Utils::MoveProjectAndLockFiles(PathOf(project), ProjectPath(folder + "/Q")), !isInTheWay);
         Select({folder});
         if (isInTheWay) mDialogs.ExpectMessage("Not Moved to Trash");

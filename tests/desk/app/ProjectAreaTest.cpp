@@ -152,24 +152,6 @@ TEST_F(ProjectAreaTest, AVolumeThatHangsHoldsUpOneLookAtTheHolder) {
     EXPECT_EQ(Notices(), "Read-only.");
 }
 
-TEST_F(ProjectAreaTest, FollowsTheHolderAtOnceWhenTheFolderChanges) {
-    WriteForeignLock();
-    ASSERT_TRUE(Open(u"Open Read-Only"));
-    const auto announce = [this](const char* folder) {
-        host::BroadcastMessage(host::kStation_DirectoryChanges,
-                               host::DirectoryChangedMessage(mFolder.PathUTF16(folder)));
-        mMain.RunUntilIdle();
-    };
-    mFolder.Remove(kLock);
-    announce("Day 2");
-    EXPECT_NE(Notices(), "Read-only.") << "another folder";
-    announce("Day 1");
-    EXPECT_EQ(Notices(), "Read-only.");
-    WriteForeignLock();
-    announce("Day 1");
-    EXPECT_TRUE(Notices().starts_with("Read-only. Locked by tomas")) << Notices();
-}
-
 TEST_F(ProjectAreaTest, SaysWhoHasALostLockAndOffersToGoOnWhereThatCanSucceed) {
     const ProjectDocumentRef document = OpenAndFind();
     Type("mine ");

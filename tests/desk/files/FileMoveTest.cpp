@@ -28,9 +28,6 @@ protected:
         return host::File::Move(mFolder.PathUTF16(from), mFolder.PathUTF16(to));
     }
     host::Dir DirAt(const std::string& name) const { return host::Dir(mFolder.PathUTF16(name)); }
-    void WriteLock(const desk::LockRecord& record) {
-        mFolder.Write(".Reel 1.zuproj.lock", WriteLockRecord(record));
-    }
     host::ProjectLockFileRef TakeLock(const std::string& project) {
         return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName,
                                            mDesktop.mMachineName);
@@ -38,26 +35,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(FileMoveTest, AProjectThatSomebodyElseHasOpenStays) {
-    const TreeSnapshot before = TakeSnapshot(mFolder.Path("Reel 1.zuproj"));
-    const host::ProjectLockFileRef lost = TakeLock("Reel 1.zuproj");
-    EXPECT_EQ(Move("Reel 1.zuproj", "Reel 2.zuproj"), 0) << "it is our own";
-    EXPECT_EQ(Move("Reel 2.zuproj", "Reel 1.zuproj"), 0);
-    WriteLock(MakeForeignRecord(mDesktop));
-    {
-        ExpectLogged told("“Reel 1.zuproj” was not moved. tomas has it open on edit-bay-2.");
-        EXPECT_LT(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0);
-    }
-    mFolder.Write(".Reel 1.zuproj.lock", "");
-    {
-        ExpectLogged told("“Reel 1.zuproj” was not moved. Somebody has it open.");
-        EXPECT_LT(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0);
-    }
-    EXPECT_EQ(TakeSnapshot(mFolder.Path("Reel 1.zuproj")), before);
-    WriteLock(MakeDeadRecord(mDesktop));
-    EXPECT_EQ(Move("Reel 1.zuproj", "Day 2/Reel 1.zuproj"), 0) << "its holder is gone";
-}
 
 TEST_F(FileMoveTest, LocksInAMovedFolderStayOursOnAnyVolume) {
     for (const bool isAcross : {false, true}) {

@@ -45,40 +45,6 @@ TEST_F(CopyDirectoryTreeTest, CopiesWhatIsInAFolderWithoutItsLocks) {
     EXPECT_EQ(mFolder.Read("To/b.zuproj"), "b");
 }
 
-TEST_F(CopyDirectoryTreeTest, WhateverStepFailsTheCopyIsWholeOrNothingShows) {
-    using enum FaultyFileSystem::Lies;
-    const ExpectLogged anything("");
-    mDisk.ResetCounts();
-    EXPECT_EQ(Copy(), 0);
-    // Behind it comes the removal of the mark.
-    const int flush = mDisk.Count(Operation::Any) - 1;
-    const TreeSnapshot whole = TakeSnapshot(mFolder.Path("To"));
-    mDisk.SkipFlushes();
-    for (const auto lies : {None, Names, NamesForLong, NamesForLongUnknown, Listings, Refusals})
-        for (const bool isCarriedOut : {false, true})
-            for (int step = 1;; ++step) {
-                SCOPED_TRACE(std::to_string(static_cast<int>(lies)) + (isCarriedOut ? " after" : " before") +
-                             " step " + std::to_string(step));
-                for (const std::string& name : NamesIn())
-                    if (name != "From") mFolder.Remove(name);
-                mFolder.MakeFolder("To");
-                mDisk.SetLies(lies);
-                mDisk.ResetCounts();
-                isCarriedOut ? mDisk.FailAfter(Operation::Any, step, EIO)
-                             : mDisk.Fail(Operation::Any, step, EIO);
-                const int error = Copy();
-                mDisk.SetLies(None);
-                mDisk.ForgetLies();
-                const bool isThere = mFolder.Exists("To") && !fs::is_empty(mFolder.Path("To"));
-                EXPECT_TRUE(isThere || error != 0);
-                EXPECT_TRUE(!isThere || TakeSnapshot(mFolder.Path("To")) == whole);
-                EXPECT_TRUE(!isThere || error == 0 || step == flush || lies == NamesForLong) << "it is known";
-                if (mDisk.Count(Operation::Any) < step) break;
-                if (lies != None) continue;
-                EXPECT_EQ(NamesIn(), isThere ? (::Names{"From", "To"}) : ::Names{"From"});
-            }
-}
-
 TEST_F(CopyDirectoryTreeTest, ComesToItsPlaceInOneStepAndOnlyOntoAnEmptyFolder) {
     const auto copyWhile = [this](Operation operation, const std::function<void()>& meanwhile) {
         mDisk.CloseGate(operation, mFolder.Path());

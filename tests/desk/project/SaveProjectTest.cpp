@@ -163,20 +163,6 @@ TEST_F(SaveProjectTest, ALostLockOverwritesNothingAndOffersACopy) {
     EXPECT_EQ(desk::ParseLockRecord(mFolder.Read(kLock)).mUser, u"tomas");
 }
 
-TEST_F(SaveProjectTest, ALockThatIsGoneIsLostAndCanBeTakenAgain) {
-    const desk::ProjectDocumentRef document = OpenAndEdit();
-    for (const bool isBackAgain : {false, true}) {
-        mFolder.Rename(kLock, "lock");
-        EXPECT_FALSE(Save(document, "Lock Lost", u"Cancel"));
-        EXPECT_TRUE(AsksFor("removed") && document->IsReadOnly());
-        if (isBackAgain) mFolder.Rename("lock", kLock);
-        EXPECT_TRUE(Manager().SetProjectReadOnly(document, false));
-        EXPECT_TRUE(document->IsDirty()) << "the changes are still there";
-    }
-    EXPECT_TRUE(Save(document));
-    EXPECT_EQ(mFolder.Read(kProject), kEdited);
-}
-
 TEST_F(SaveProjectTest, AFileThatSomebodyChangedInSpiteOfTheLockIsAskedAbout) {
     chmod(mFolder.Path(kProject).c_str(), 0664);
     const desk::ProjectDocumentRef document = OpenAndEdit();
