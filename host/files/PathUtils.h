@@ -55,4 +55,26 @@ enum class PathKind { Nothing, File, Folder };
 /// be told. Throws `FileException` (ECANCELED) when the user does not want to wait for the volume. UI thread.
 ZUHOST_API std::vector<PathKind> GetKinds(const UTF16StringVec& paths);
 
+/// The characters that no name of a file or folder may hold, for people. Some volumes refuse more:
+/// `GetIllegalPathCharactersDisplay`.
+inline constexpr char16_t kIllegalPathCharactersDisplay[] = u"/";
+
+/// True when a file or folder in `folder` may be named `name` (with its extension; a folder's path may be
+/// empty, for what holds everywhere). The rules:
+/// - nowhere: an empty name, "." and "..", the separator, control characters and line separators, blanks at the
+///   end, a lone surrogate that stands for no byte, names that the host keeps for its own hidden files;
+/// - at most 255 bytes in UTF-8, for a project 249: its lock file stands beside it (Linux, NAME_MAX);
+/// - on vfat, exfat, ntfs and cifs volumes: no `\ : * ? " < > |`, no dot at the end, no name of a device such
+/// as
+///   "con" or "lpt1", whatever the letter case and extension.
+/// Asks the disk for the kind of the volume, and for nothing else; where that is not told, what holds
+/// everywhere decides. May wait for the volume, while the window lives. UI thread; throws nothing.
+ZUHOST_API bool IsValidFileName(const UTF16String& name, const UTF16String& folder = {});
+
+/// Why a name is not valid, as a sentence for people, localised; empty for a valid one. As `IsValidFileName`.
+ZUHOST_API UTF16String DescribeInvalidFileName(const UTF16String& name, const UTF16String& folder = {});
+
+/// `kIllegalPathCharactersDisplay`, and what the volume of `folder` refuses beyond that. As `IsValidFileName`.
+ZUHOST_API UTF16String GetIllegalPathCharactersDisplay(const UTF16String& folder);
+
 }  // namespace host::PathUtils

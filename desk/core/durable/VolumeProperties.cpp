@@ -84,6 +84,20 @@ bool DoesVolumeReportChanges(long type) {
     return std::find(std::begin(kLocalTypes), std::end(kLocalTypes), type) != std::end(kLocalTypes);
 }
 
+bool HasWindowsNames(long type) {
+    // From linux/magic.h and the file systems' own headers.
+    static constexpr long kTypes[] = {
+        0x4D44,      // vfat
+        0x2011BAB0,  // exfat
+        0x7366746E,  // ntfs3
+        0x5346544E,  // ntfs
+        0x517B,      // smb
+        0xFF534D42,  // cifs
+        0xFE534D42,  // smb2
+    };
+    return std::find(std::begin(kTypes), std::end(kTypes), type) != std::end(kTypes);
+}
+
 seconds FindCacheTime(std::string_view type, std::string_view options) {
     seconds longest(-1);
     for (const std::string_view option : Split(options, ',')) {

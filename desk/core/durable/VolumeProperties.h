@@ -13,6 +13,10 @@ namespace desk {
 /// inotify: the known local ones. Any thread.
 ZUHOST_API bool DoesVolumeReportChanges(long type);
 
+/// True when a file system of this type number refuses the names that Windows refuses, or shows them to others
+/// under other names: vfat, exfat, ntfs and cifs. Any thread.
+ZUHOST_API bool HasWindowsNames(long type);
+
 /// For how long a volume with these mount options (nfs(5), mount.cifs(8): "acregmax", "acdirmax", "actimeo",
 /// "closetimeo", "noac", in seconds) may show old content. `type` is the file system's name; network file
 /// systems that name no time get their default. Any thread.
