@@ -75,6 +75,8 @@ void MediaBrowserDirectoryView::DirectoryImpl::SetCallbacks() {
 void MediaBrowserDirectoryView::DirectoryImpl::ClearCallbacks() {
     mTree->SetCanRowHaveChildrenFunction({});
     mTree->SetRowDoubleClickedCallback({});
+    mTree->SetRowSingleClickDownCallback({});
+    mTree->SetRowSingleClickUpCallback({});
     mTree->SetDrawCellOfRowCallback({});
     mTree->SetRowsSelectionChangedCallback({});
     mTree->SetRowOpenStateChangedCallback({});
@@ -101,6 +103,14 @@ MediaBrowserDirectoryView::~MediaBrowserDirectoryView() {
 
 MediaBrowserMultiColumnTree* MediaBrowserDirectoryView::GetTree() const {
     return mDirectoryImpl->mTree.get();
+}
+
+void MediaBrowserDirectoryView::EnableKeyboardEvents(bool enable) {
+    GetTree()->EnableKeyboardEvents(enable);
+}
+
+bool MediaBrowserDirectoryView::AreKeyboardEventsEnabled() const {
+    return GetTree()->AreKeyboardEventsEnabled();
 }
 
 const StationID& MediaBrowserDirectoryView::GetStationID() const {

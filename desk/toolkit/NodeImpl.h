@@ -5,6 +5,7 @@
 #include <QWidget>
 #include <string>
 
+#include "desk/toolkit/NodeTimers.h"
 #include "host/toolkit/UI_Node.h"
 
 class QPainter;
@@ -41,6 +42,8 @@ struct host::UI_Node::Impl {
     virtual void SetShown(bool shown);
     /// Offers a key to the node and to what it stands in; true when one of them has dealt with it.
     bool OfferKey(const UI_KeyboardEvent& event);
+    /// Tells the node that a timer of its own is due; false when it does not know the timer.
+    bool NotifyTimer(UI_TimerID id);
     /// What the node shows has changed: has it painted anew, wherever that happens.
     virtual void ContentChanged();
 
@@ -51,6 +54,8 @@ struct host::UI_Node::Impl {
     RectT<float> mBounds;
     bool mHasBounds = false;
     bool mIsShown = true;
+    /// Null for a node that never had any: most are such.
+    std::unique_ptr<desk::NodeTimers> mTimers;
 
 protected:
     /// Makes the node's own widget; null for nodes that have none.

@@ -42,6 +42,7 @@ QTabWidget::pane { border: none; background: @window; }
 QLineEdit { background: @field; color: @text; border: 1px solid @line; border-radius: 3px; padding: 2px 5px;
   selection-background-color: @selection; selection-color: @selectionText; }
 QLineEdit:focus { border: 1px solid @accent; }
+QLineEdit[nodeTextEdit="true"] { border-radius: 2px; padding: 0; }
 QLineEdit:disabled { color: @disabled; }
 
 QToolButton { background: transparent; border: none; border-radius: 3px; padding: 2px; color: @text; }

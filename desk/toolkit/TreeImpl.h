@@ -33,6 +33,8 @@ struct TreeCallbacks {
     Shared<void(unsigned, unsigned)> mColumnMoved;
     Shared<void(unsigned, float)> mColumnResized;
     Shared<bool(const Row&, host::Point)> mContextMenu;
+    Shared<void(const Row&, host::Point)> mSingleClickDown;
+    Shared<void(const Row&, host::Point)> mSingleClickUp;
     Shared<void(const Row&, host::Point)> mDoubleClicked;
     Shared<void(const Row&, bool)> mOpenStateChanged;
     Shared<void(const Row&, bool)> mDisclosureChanged;
@@ -187,6 +189,8 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     int PositionOfColumn(int appended) const;
     /// Where the nodes or the text of a cell stand in the viewport, given the row's rectangle there.
     QRectF CellRect(const Row& row, int appended, const QRect& rowRect) const;
+    /// In view units of the tree; all 0 where it has no place.
+    RectT<float> CellRectInTree(const Row& row, unsigned position);
     QRectF TriangleRect(const Row& row, const QRect& rowRect) const;
     /// Gives a cell of a visible row its size.
     void FitCell(Row& row, int appended);
@@ -206,6 +210,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     desk::TreeCallbacks mCallbacks;
     desk::TreeModel mModel{*this};
     QPointer<desk::TreeView> mView;
+    host::UI_CellEditor mCellEditor;
 
     RowVec mSelected;
     bool mNotifiesSelection = true;
@@ -231,6 +236,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     float mIndentation = 0.62f;
     int mIndentationLevels = 0;
     bool mAllowsChildren = true;
+    bool mHearsKeys = true;
     bool mSupportsNoneSelected = true;
     bool mDeselectsOnEmptyClick = false;
     bool mDrawsHorizontalLines = true;

@@ -5,6 +5,7 @@
 #include <QStyledItemDelegate>
 
 #include "desk/toolkit/BusySpinner.h"
+#include "desk/toolkit/CellEditorImpl.h"
 #include "desk/toolkit/TreeImpl.h"
 
 namespace desk {
@@ -78,10 +79,12 @@ void TreeView::doItemsLayout() {
     QTreeView::doItemsLayout();
     mLayoutTime = Clock::now() - begin;
     mTree.RestoreScrollPosition();
+    mTree.mCellEditor.GetImpl().Follow();
 }
 
 void TreeView::scrollContentsBy(int dx, int dy) {
     QTreeView::scrollContentsBy(dx, dy);
+    mTree.mCellEditor.GetImpl().Follow();
     mTree.UpdateVisibleRowsLater();
 }
 

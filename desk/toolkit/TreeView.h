@@ -29,6 +29,8 @@ public:
     bool IsPaused() const { return mPause.isActive(); }
     /// Paints what there is by now. Whoever does something sees at once what comes of it.
     void EndPause();
+    /// Where an opened row stands in the viewport; empty for any other.
+    QRect RectOf(const host::UI_MultiColumnTreeRow* row) const;
 
     using QTreeView::scheduleDelayedItemsLayout;
 
@@ -49,6 +51,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool viewportEvent(QEvent* event) override;
@@ -72,11 +75,13 @@ private:
     void PaintTriangle(QPainter& painter, const QRect& rect, Row& row) const;
     void PaintLines(QPainter& painter, const QRect& rect) const;
     void PaintEmptyText();
-    QRect RectOf(const Row* row) const;
     Row* RowAt(const QPoint& point) const;
     /// The row whose triangle stands at `point`; null for none.
     Row* TriangleAt(const QPoint& point) const;
     void Hover(Row* row);
+    host::Point ToTreePoint(const QPoint& point) const;
+    /// Tells the owner of a single click that begins at `point`, when it is one.
+    void TellPressed(const QMouseEvent& event);
     /// Opens or closes a row; with Alt all below it too, which is up to who listens to disclosures.
     void ToggleByUser(Row& row, bool open);
     void SetAllBelowOpen(Row& row, bool open);
@@ -98,6 +103,10 @@ private:
     bool mIsPainting = false;
     /// The mouse button that is down went down on a triangle.
     bool mHasPressedTriangle = false;
+    /// The press that is being handled has given the view the keyboard.
+    bool mHasFocusByPress = false;
+    /// The owner has heard of the mouse button that is down.
+    bool mHasToldPress = false;
     QString mTyped;
     QElapsedTimer mSinceTyped;
 };

@@ -16,13 +16,10 @@ namespace desk {
 using Row = host::UI_MultiColumnTreeRow;
 using Access = Row::Access;
 
-namespace {
-
-host::Point ToPoint(const QPoint& point) {
-    return {point.x(), point.y()};
+host::Point TreeView::ToTreePoint(const QPoint& point) const {
+    const QPoint inTree = viewport()->mapTo(this, point);
+    return {inTree.x(), inTree.y()};
 }
-
-}  // namespace
 
 Row* TreeView::RowAt(const QPoint& point) const {
     const int y = point.y() + verticalScrollBar()->value();
@@ -86,9 +83,12 @@ void TreeView::SetAllBelowOpen(Row& row, bool open) {
 void TreeView::mousePressEvent(QMouseEvent* event) {
     FlushLayout();
     Row* row = event->button() == Qt::LeftButton ? TriangleAt(event->position().toPoint()) : nullptr;
-    if (!row) return QTreeView::mousePressEvent(event);
-    mHasPressedTriangle = true;
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
+    if (!row) {
+        TellPressed(*event);
+        return QTreeView::mousePressEvent(event);
+    }
+    mHasPressedTriangle = true;
     ToggleByUser(*row, !row->IsOpen());
 }
 
@@ -97,18 +97,38 @@ void TreeView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void TreeView::mouseReleaseEvent(QMouseEvent* event) {
-    if (!std::exchange(mHasPressedTriangle, false)) QTreeView::mouseReleaseEvent(event);
+    if (std::exchange(mHasPressedTriangle, false)) return;
+    const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
+    const QPoint point = event->position().toPoint();
+    QTreeView::mouseReleaseEvent(event);
+    if (std::exchange(mHasToldPress, false) && event->button() == Qt::LeftButton)
+        Call(mTree.mCallbacks.mSingleClickUp, host::RowRef(RowAt(point)), ToTreePoint(point));
+}
+
+void TreeView::focusInEvent(QFocusEvent* event) {
+    mHasFocusByPress = event->reason() == Qt::MouseFocusReason;
+    QTreeView::focusInEvent(event);
+}
+
+void TreeView::TellPressed(const QMouseEvent& event) {
+    const bool givesKeyboard = std::exchange(mHasFocusByPress, false);
+    const bool isPlain = event.button() == Qt::LeftButton && event.modifiers() == Qt::NoModifier;
+    const QPoint point = event.position().toPoint();
+    const host::RowRef row(isPlain && !givesKeyboard ? RowAt(point) : nullptr);
+    mHasToldPress = row.get() != nullptr;
+    if (row) Call(mTree.mCallbacks.mSingleClickDown, row, ToTreePoint(point));
 }
 
 void TreeView::mouseDoubleClickEvent(QMouseEvent* event) {
     FlushLayout();
     const QPoint point = event->position().toPoint();
+    mHasToldPress = false;
     if (event->button() != Qt::LeftButton) return QTreeView::mousePressEvent(event);
     if (TriangleAt(point)) return mousePressEvent(event);
     const host::RowRef row(RowAt(point));
     if (!row) return QTreeView::mousePressEvent(event);
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
-    Call(mTree.mCallbacks.mDoubleClicked, row, ToPoint(point));
+    Call(mTree.mCallbacks.mDoubleClicked, row, ToTreePoint(point));
 }
 
 void TreeView::contextMenuEvent(QContextMenuEvent* event) {
@@ -123,8 +143,7 @@ void TreeView::contextMenuEvent(QContextMenuEvent* event) {
         row = RowAt(point);
     }
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
-    const QPoint inTree = viewport()->mapTo(this, point);
-    event->setAccepted(Call(mTree.mCallbacks.mContextMenu, row, ToPoint(inTree)));
+    event->setAccepted(Call(mTree.mCallbacks.mContextMenu, row, ToTreePoint(point)));
 }
 
 Row* TreeView::RowForKeyboard() const {
@@ -167,7 +186,7 @@ bool TreeView::HandleTreeKey(int key, Row& current) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
             if (const host::RowRef row{RowForKeyboard()})
-                Call(mTree.mCallbacks.mDoubleClicked, row, ToPoint(RectOf(row.get()).center()));
+                Call(mTree.mCallbacks.mDoubleClicked, row, ToTreePoint(RectOf(row.get()).center()));
             return true;
         default:
             return false;
@@ -180,6 +199,7 @@ bool TreeView::HandleByOwner(const QKeyEvent& event) {
 }
 
 void TreeView::keyPressEvent(QKeyEvent* event) {
+    if (!mTree.mHearsKeys) return event->ignore();
     EndPause();
     FlushLayout();
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);

@@ -6,6 +6,7 @@
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
 #include "desk/toolkit/BusySpinner.h"
+#include "desk/toolkit/CellEditorImpl.h"
 #include "desk/toolkit/HeaderRowImpl.h"
 #include "desk/toolkit/Theme.h"
 #include "desk/toolkit/TreeAccess.h"
@@ -17,12 +18,13 @@ namespace host {
 using TreeImpl = UI_MultiColumnTree::TreeImpl;
 using Row = UI_MultiColumnTreeRow;
 
-TreeImpl::TreeImpl() : mRoot(Access::Make()) {
+TreeImpl::TreeImpl() : mRoot(Access::Make()), mCellEditor(std::make_unique<UI_CellEditor::Impl>(*this)) {
     mView = new desk::TreeView(*this);
 }
 
 TreeImpl::~TreeImpl() {
     mLifetime.End();
+    mCellEditor.GetImpl().Abandon();
     const auto detach = [](const auto& self, const std::vector<RowRef>& rows) -> void {
         for (const RowRef& row : rows) {
             self(self, row->GetChildRows());
@@ -198,6 +200,22 @@ void UI_MultiColumnTree::ScrollRowToTop(Row* row) {
     if (row) ImplOf(*this).ScrollToTop(*row);
 }
 
+RectT<float> UI_MultiColumnTree::GetCellRect(const Row* row, unsigned column) const {
+    return row ? ImplOf(*this).CellRectInTree(*row, column) : RectT<float>();
+}
+
+void UI_MultiColumnTree::EnableKeyboardEvents(bool enable) {
+    ImplOf(*this).mHearsKeys = enable;
+}
+
+bool UI_MultiColumnTree::AreKeyboardEventsEnabled() const {
+    return ImplOf(*this).mHearsKeys;
+}
+
+UI_CellEditor& UI_MultiColumnTree::GetCellEditor() const {
+    return ImplOf(*this).mCellEditor;
+}
+
 float UI_MultiColumnTree::GetRowHeight() const {
     return ImplOf(*this).mRowHeight;
 }
@@ -274,6 +292,16 @@ void UI_MultiColumnTree::SetRowContextMenuCallback(SharedFunction<bool(const Row
 void UI_MultiColumnTree::SetRowDoubleClickedCallback(
     SharedFunction<void(const RowRef&, Point point)> callback) {
     ImplOf(*this).mCallbacks.mDoubleClicked = std::move(callback);
+}
+
+void UI_MultiColumnTree::SetRowSingleClickDownCallback(
+    SharedFunction<void(const RowRef&, Point point)> callback) {
+    ImplOf(*this).mCallbacks.mSingleClickDown = std::move(callback);
+}
+
+void UI_MultiColumnTree::SetRowSingleClickUpCallback(
+    SharedFunction<void(const RowRef&, Point point)> callback) {
+    ImplOf(*this).mCallbacks.mSingleClickUp = std::move(callback);
 }
 
 void UI_MultiColumnTree::SetRowOpenStateChangedCallback(

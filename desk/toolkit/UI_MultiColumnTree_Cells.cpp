@@ -7,6 +7,7 @@
 #include "desk/core/edges/Services.h"
 #include "desk/toolkit/BusySpinner.h"
 #include "desk/toolkit/Callback.h"
+#include "desk/toolkit/CellEditorImpl.h"
 #include "desk/toolkit/DrawbotImpl.h"
 #include "desk/toolkit/HeaderRowImpl.h"
 #include "desk/toolkit/Theme.h"
@@ -62,6 +63,7 @@ void TreeImpl::ColumnsChanged() {
     for (const RowRef& row : mVisible)
         for (int column = 0; column < CountColumns(); ++column)
             if (Access::FindCellWithNodes(*row, unsigned(column))) FitCell(*row, column);
+    mCellEditor.GetImpl().Follow();
     if (mView) mView->viewport()->update();
 }
 
@@ -79,6 +81,16 @@ QRectF TreeImpl::CellRect(const Row& row, int appended, const QRect& rowRect) co
         rect.setLeft(rect.left() +
                      std::round(IndentationWidth() * (DepthOf(row) + 1) + kCellMargin * mRowPixels));
     return rect;
+}
+
+RectT<float> TreeImpl::CellRectInTree(const Row& row, unsigned position) {
+    const int column = ColumnAtPosition(position);
+    FlushLayout();
+    if (column < 0 || !mView || !mView->isVisible() || IndexOfOpened(&row) < 0) return {};
+    const QRectF cell = CellRect(row, column, mView->RectOf(&row));
+    const QPoint corner = mView->viewport()->pos();
+    return {float(cell.x() + corner.x()), float(cell.y() + corner.y()), float(cell.width()),
+            float(cell.height())};
 }
 
 QRectF TreeImpl::TriangleRect(const Row& row, const QRect& rowRect) const {

@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "desk/toolkit/Callback.h"
+#include "desk/toolkit/CellEditorImpl.h"
 #include "desk/toolkit/TreeImpl.h"
 #include "desk/toolkit/TreeView.h"
 
@@ -238,6 +239,7 @@ void TreeImpl::RemoveAll() {
     mHoldsScrollPosition = false;
     mScrollWhenShown.reset();
     mModel.endResetModel();
+    mCellEditor.GetImpl().Follow();
     UpdateVisibleRowsLater();
     if (hadSelection) RunLater(mNotifyLater, &TreeImpl::NotifySelectionChanged);
 }

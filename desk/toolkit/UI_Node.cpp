@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "desk/core/log/Log.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/NodeImpl.h"
 #include "host/core/Logging.h"
+#include "host/toolkit/UI_NodeManager.h"
 
 namespace host {
 
@@ -72,6 +74,16 @@ bool UI_Node::Impl::OfferKey(const UI_KeyboardEvent& event) {
     return false;
 }
 
+bool UI_Node::Impl::NotifyTimer(UI_TimerID id) {
+    const RefPtr<UI_Node> keptAlive(mNode);
+    try {
+        return mNode->UI_DoTimerNotify(id);
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+        return true;
+    }
+}
+
 UI_Node::UI_Node(std::unique_ptr<Impl> impl) : mImpl(std::move(impl)) {
     mImpl->mNode = this;
 }
@@ -96,6 +108,29 @@ bool UI_Node::UI_IsShown() const {
 }
 bool UI_Node::UI_DoKeyboardEvent(UI_Node*, const UI_KeyboardEvent&) {
     return false;
+}
+
+bool UI_Node::UI_DoTimerNotify(UI_TimerID) {
+    return false;
+}
+
+void UI_Node::UI_InstallTimer(double seconds, UI_TimerID id) {
+    if (!mImpl->mTimers) mImpl->mTimers = std::make_unique<desk::NodeTimers>(*mImpl);
+    mImpl->mTimers->Install(seconds, id);
+}
+
+void UI_Node::UI_RemoveTimer(UI_TimerID id, bool mayBeMissing) {
+    if (mImpl->mTimers && mImpl->mTimers->Remove(id)) return;
+    if (!mayBeMissing) desk::Log(desk::LogLevel::Error, "A timer is removed that does not run");
+}
+
+UI_NodeManager* UI_NodeManager::Get() {
+    static UI_NodeManager sInstance;
+    return &sInstance;
+}
+
+UI_TimerID UI_NodeManager::GetUniqueTimerID() {
+    return ++mLastTimerID;
 }
 
 void UI_Node::UI_SizeChanged(const RectT<float>&) {}

@@ -43,6 +43,9 @@ public:
     void ToggleRow(const RowRef& row);
     /// Height of the header and all opened rows, in view units.
     float GetExactOpenedHeight() const;
+    /// With false neither this view nor its tree acts on keys, as while a name is edited; true by default.
+    void EnableKeyboardEvents(bool enable);
+    bool AreKeyboardEventsEnabled() const;
     /// The station of this view: `MediaBrowserDirectoryViewRowDisclosureChanged` and what the derived view
     /// announces.
     const StationID& GetStationID() const;

@@ -6,6 +6,7 @@
 #include "host/core/Geometry.h"
 #include "host/core/Strings.h"
 #include "host/toolkit/Drawbot.h"
+#include "host/toolkit/UI_CellEditor.h"
 #include "host/toolkit/UI_MultiColumnTreeHeaderRow.h"
 #include "host/toolkit/UI_MultiColumnTreeRow.h"
 #include "host/toolkit/UI_Node.h"
@@ -101,6 +102,19 @@ public:
     /// rows allows; nothing for a row that is not opened. A tree that is not shown does so when it is.
     void ScrollRowToTop(UI_MultiColumnTreeRow* row);
 
+    /// The rectangle of a cell in view units of the tree, as the callbacks' points are; `column` is a position.
+    /// Empty (all 0) for a row that is not opened, an unknown column, and while the tree is not shown. May lie
+    /// outside the visible area.
+    RectT<float> GetCellRect(const UI_MultiColumnTreeRow* row, unsigned column) const;
+
+    // The keyboard, and editing.
+
+    /// With false the tree leaves all keys alone, as while a name is edited; true by default.
+    void EnableKeyboardEvents(bool enable);
+    bool AreKeyboardEventsEnabled() const;
+    /// The tree's editor of cells; lives as long as the tree.
+    UI_CellEditor& GetCellEditor() const;
+
     // Appearance.
 
     float GetRowHeight() const;
@@ -140,6 +154,13 @@ public:
     /// A right click or the menu key, on a row or on none; `point` in view units of the tree. Returns true
     /// when it was handled.
     void SetRowContextMenuCallback(SharedFunction<bool(const RowRef&, Point point)> callback);
+    /// The left mouse button has gone down on a row without modifier keys, and up again; the row of the second
+    /// may be another one, or none. Down is called before the click changes the selection. Not called for a
+    /// triangle, for the second press of a double click and its release, for a press that gives the tree the
+    /// keyboard (such a click is meant for the panel), and up not after a drag. `point` in view units of the
+    /// tree.
+    void SetRowSingleClickDownCallback(SharedFunction<void(const RowRef&, Point point)> callback);
+    void SetRowSingleClickUpCallback(SharedFunction<void(const RowRef&, Point point)> callback);
     /// The user has double-clicked a row, or pressed Return while it was selected.
     void SetRowDoubleClickedCallback(SharedFunction<void(const RowRef&, Point point)> callback);
     /// A row has been opened or closed, by whatever means.

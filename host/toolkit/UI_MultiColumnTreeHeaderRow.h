@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 
 #include "host/core/Strings.h"
+#include "host/toolkit/SharedFunction.h"
 #include "host/toolkit/UI_Node.h"
 #include "host/toolkit/UI_StaticText.h"
 
@@ -14,10 +14,6 @@ class UI_MultiColumnTree;
 
 /// Names a column: a four-character code, its ASCII letters packed big-endian.
 using ColumnID = std::uint32_t;
-
-/// A callable that is shared, so that it can be handed on without copying what it holds.
-template <class Signature>
-using SharedFunction = std::shared_ptr<std::function<Signature>>;
 
 /// The header row of a tree: its columns, their order and widths, and by which of them it is sorted.
 /// Positions count from 0 at the left, as displayed. The first column appended is the sort column,

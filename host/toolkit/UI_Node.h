@@ -13,6 +13,9 @@ namespace host {
 
 class UI_KeyboardEvent;
 
+/// Names a timer of a node (`UI_NodeManager::GetUniqueTimerID`).
+using UI_TimerID = unsigned;
+
 /// Base of everything the toolkit shows. A node is light: only nodes that need one have a widget behind
 /// them; the others are painted by what they stand in. UI thread.
 class ZUHOST_API UI_Node : public RefCounted {
@@ -33,6 +36,13 @@ public:
     void UI_Show(bool show);
     bool UI_IsShown() const;
 
+    /// Starts a timer of this node: `UI_DoTimerNotify` is called every `seconds` (over 0) until the timer is
+    /// removed. One of that ID that runs begins anew. The node's end ends its timers.
+    void UI_InstallTimer(double seconds, UI_TimerID id);
+    /// Ends a timer; no notification comes after that. A timer that does not run is a fault that is logged,
+    /// unless `mayBeMissing` says that it may be so.
+    void UI_RemoveTimer(UI_TimerID id, bool mayBeMissing);
+
     Impl& GetImpl() const { return *mImpl; }
 
 protected:
@@ -44,6 +54,9 @@ protected:
     /// True when it has been dealt with; otherwise the container is asked, and then the key does what it does
     /// in `node`. The base answers false.
     virtual bool UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event);
+    /// A timer of this node is due. True when it has been dealt with; a timer that nobody knows is removed and
+    /// logged. What it throws is logged. The base answers false.
+    virtual bool UI_DoTimerNotify(UI_TimerID id);
 
 private:
     friend struct Impl;
