@@ -39,6 +39,19 @@ void MakeFile(FileSystem& fileSystem, const std::string& path, const std::string
     }
 }
 
+/// Of a name that nobody else can have chosen, it is enough to know whether something has it.
+void GiveOwnName(FileSystem& fileSystem, const std::string& temporary, const std::string& path) {
+    try {
+        fileSystem.Rename(temporary, path);
+    } catch (const host::FileException& exception) {
+        if (IsRefusal(exception.SystemError())) throw;
+        const Presence presence = FindPresence(fileSystem, path);
+        if (presence == Presence::NotTold) throw MoveInDoubt(exception, temporary, path);
+        if (presence == Presence::Gone) throw;
+        Log(LogLevel::Info, std::string("done nevertheless: ") + exception.what());
+    }
+}
+
 }  // namespace
 
 void MakeNewFile(const std::string& path, const std::string& bytes, unsigned mode) {
@@ -65,7 +78,7 @@ void MakeNewFolder(const std::string& path) {
 void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
                        unsigned mode) {
     MakeFile(fileSystem, path, bytes, mode,
-             [&](const std::string& temporary) { fileSystem.Rename(temporary, path); });
+             [&](const std::string& temporary) { GiveOwnName(fileSystem, temporary, path); });
 }
 
 bool RemoveTemporaryFile(FileSystem& fileSystem, const std::string& path, int reason) {

@@ -23,7 +23,8 @@ ZUHOST_API void MakeNewFile(const std::string& path, const std::string& bytes, u
 ZUHOST_API void MakeNewFolder(const std::string& path);
 
 /// The same as `MakeNewFile` for a name that nobody else can have chosen (`MakeNonce`). Its content is durable,
-/// its name not yet: for many that are made in a row.
+/// its name not yet: for many that are made in a row. Throws `MoveInDoubt` when it is not known whether the
+/// file stands there.
 ZUHOST_API void MakeFileOfOwnName(FileSystem& fileSystem, const std::string& path, const std::string& bytes,
                                   unsigned mode);
 
