@@ -1,9 +1,13 @@
 #include "host/files/PathUtils.h"
 
+#include <map>
+#include <optional>
 #include <string_view>
 
 #include "desk/core/edges/FileSystem.h"
 #include "desk/core/edges/Services.h"
+#include "desk/core/names/FolderPath.h"
+#include "desk/core/names/ListedFolder.h"
 #include "desk/core/work/AskVolume.h"
 #include "desk/core/work/ParallelWork.h"
 #include "desk/files/live/FolderStore.h"
@@ -117,18 +121,56 @@ PathKind ToPathKind(desk::ItemKind kind) {
     return kind == desk::ItemKind::Folder ? PathKind::Folder : PathKind::File;
 }
 
+/// Listings of the folders of which so much is asked that a listing costs less. On a worker.
+class Listings {
+public:
+    explicit Listings(const std::vector<std::string>& paths) {
+        constexpr std::size_t kWorthAListing = 8;
+        std::map<std::string, std::size_t> counts;
+        for (const std::string& path : paths) ++counts[desk::FolderOf(path)];
+        for (const auto& [folder, count] : counts)
+            if (count >= kWorthAListing) Add(folder);
+    }
+
+    /// Absent when nothing stands there; `Unknown` when the volume is to be asked.
+    std::optional<desk::ItemKind> Find(const std::string& path) const {
+        const auto listed = mFolders.find(desk::FolderOf(path));
+        return listed == mFolders.end() ? desk::ItemKind::Unknown : listed->second.Find(desk::NameOf(path));
+    }
+
+private:
+    void Add(const std::string& folder) {
+        try {
+            mFolders.emplace(folder, desk::ListedFolder(*desk::GetServices().mFileSystem, folder));
+        } catch (const FileException&) {
+            // Some folders can be entered, but not listed.
+        }
+    }
+
+    std::map<std::string, desk::ListedFolder> mFolders;
+};
+
+/// On a worker.
+PathKind FindKindOnDisk(const std::string& path, std::optional<desk::ItemKind> listed) {
+    if (!listed) return PathKind::Nothing;
+    desk::FileSystem& disk = *desk::GetServices().mFileSystem;
+    PathKind kind = PathKind::Nothing;
+    try {
+        if (*listed == desk::ItemKind::Unknown) listed = disk.Status(path, false).mKind;
+        kind = ToPathKind(*listed);
+        if (*listed == desk::ItemKind::Link) kind = ToPathKind(disk.Status(path, true).mKind);
+    } catch (const FileException&) {
+        // A link that leads nowhere is a file.
+    }
+    return kind;
+}
+
 /// On a worker.
 std::vector<PathKind> FindKindsOnDisk(const std::vector<std::string>& paths) {
-    std::vector<PathKind> kinds(paths.size(), PathKind::Nothing);
-    desk::FileSystem& disk = *desk::GetServices().mFileSystem;
+    std::vector<PathKind> kinds(paths.size());
+    const Listings listings(paths);
     desk::RunShared(paths.size(), [&](std::size_t index) {
-        try {
-            desk::ItemKind kind = disk.Status(paths[index], false).mKind;
-            kinds[index] = ToPathKind(kind);
-            if (kind == desk::ItemKind::Link) kinds[index] = ToPathKind(disk.Status(paths[index], true).mKind);
-        } catch (const FileException&) {
-            // A link that leads nowhere is a file.
-        }
+        kinds[index] = FindKindOnDisk(paths[index], listings.Find(paths[index]));
     });
     return kinds;
 }

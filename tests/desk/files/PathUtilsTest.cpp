@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "host/files/PathUtils.h"
 #include "tests/support/HostFixture.h"
 
@@ -69,6 +67,22 @@ TEST_F(FileNamesTest, OnlyWhatTheVolumeHoldsIsAName) {
     const ExpectLogged log("Input/output error");
     mDisk.Fail(Operation::VolumeType, 1, EIO);
     EXPECT_TRUE(host::PathUtils::IsValidFileName(u"12:30", folder)) << "what is not told refuses nothing";
+}
+
+TEST_F(FileNamesTest, WhatStandsAtManyPathsOfAFolderIsToldByOneListing) {
+    using enum host::PathUtils::PathKind;
+    mFolder.MakeFolder("Folder");
+    std::filesystem::create_symlink("Folder", mFolder.Path("Link"));
+    std::filesystem::create_symlink("nowhere", mFolder.Path("Broken"));
+    host::UTF16StringVec paths;
+    for (const char* name : {"Folder", "Link", "Broken", "Absent", "FOLDER", "a", "b", "c"})
+        paths.push_back(mFolder.PathUTF16(name));
+    for (const char* name : {"a", "b", "c"}) mFolder.Write(name);
+    mDisk.ResetCounts();
+    EXPECT_EQ(host::PathUtils::GetKinds(paths),
+              (std::vector{Folder, Folder, File, Nothing, Nothing, File, File, File}));
+    EXPECT_EQ(mDisk.Count(Operation::Any), 4) << "two links, and what the volume may take for the folder";
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
 }
 
 }  // namespace
