@@ -107,9 +107,10 @@ public:
     const UTF16StringVec& GetKnownSelection() const;
     /// True when all of the selection may go to the trash, as far as is known; kept likewise.
     bool CanSelectionGoToTrash() const;
-    /// Those of them that may be moved to the trash. May wait for the volume. Throws `FileException` when the
-    /// user cancelled looking into a folder.
-    UTF16StringVec GetDeleteableSelectedPaths() const;
+    /// Those of them that may be moved to the trash; `reasons` becomes a sentence for each of the others that
+    /// says why not. May wait for the volume. Throws `FileException` when the user cancelled looking into a
+    /// folder.
+    UTF16StringVec GetDeleteableSelectedPaths(UTF16StringVec& reasons) const;
     /// Moves the items to the production's trash unless one of them may not go there. May wait for the volume
     /// and for the user.
     void TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths);

@@ -1,9 +1,8 @@
 // Commands on files and folders: making, copying, trashing and revealing them.
 #include <algorithm>
-#include <iterator>
 #include <map>
-#include <set>
 #include <system_error>
+#include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsCommands.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
@@ -21,6 +20,7 @@
 #include "host/framework/SystemReveal.h"
 #include "host/framework/Workspace.h"
 #include "host/project/DocumentManager.h"
+#include "host/project/ItemOperations.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
@@ -131,18 +131,21 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
 
 // Move to Trash.
 
-/// Tells which of the `selected` items are not among those that can go.
-void TellNotMovedToTrash(UTF16StringVec selected, const UTF16StringVec& deleteable) {
-    if (selected.size() == deleteable.size()) return;
-    const std::set<UTF16String> gone(deleteable.begin(), deleteable.end());
-    std::erase_if(selected, [&gone](const UTF16String& path) { return gone.contains(path); });
-    const UTF16String title =
-        ZString("$$$/Vantor/Handlers/ZuProductionFolder/NotMovedToTrash/Title=Not Moved to Trash");
-    const UTF16String text = ZString(
-        "$$$/Vantor/Handlers/ZuProductionFolder/NotMovedToTrash/Message=These items stay where they are, "
-        "because somebody else has locked them or projects inside: \n@0",
-        {Utils::ToNameLines(selected)});
-    MessageBox(title, text);
+/// Leaves in `paths` what may go to the trash; returns for each of the others a sentence that says why not.
+UTF16StringVec TakeOutWhatStays(UTF16StringVec& paths) {
+    const UTF16StringVec found = FindReasonsToStay(paths);
+    UTF16StringVec going, reasons;
+    for (std::size_t i = 0; i < paths.size(); ++i)
+        if (!found[i].empty())
+            reasons.push_back(found[i]);
+        else if (Utils::CanAllBeDeleted({paths[i]}))
+            going.push_back(paths[i]);
+        else
+            reasons.push_back(
+                ZString("$$$/Vantor/Desk/Files/LockedUnknown=“@0” was not moved. Somebody has it open.",
+                        {PathUtils::GetFullFilePart(paths[i])}));
+    paths = std::move(going);
+    return reasons;
 }
 
 // Make a Copy.
@@ -250,13 +253,14 @@ CommandStatus OnDeleteItemCommandStatus(const SharedProjectsTabView& panel) {
 bool OnDeleteItemCommand(SharedProjectsTabView& panel) {
     if (!panel.IsCreated()) return false;
     try {
-        // Looking for locks may take long, and rows may come and go meanwhile.
-        const UTF16StringVec selected = panel.GetSelectedNonRedundantPaths();
-        const UTF16StringVec paths = panel.GetDeleteableSelectedPaths();
-        TellNotMovedToTrash(selected, paths);
-        Utils::LogUsage("Trash", "DeleteCommand");
-        if (SharedProjectsItemTree* items = panel.GetShownItems()) items->SelectNextWhenSelectionHasGone();
-        panel.TryToMoveToSharedProjectsTrash(paths);
+        TellTogether([&panel] {
+            UTF16StringVec reasons;
+            const UTF16StringVec paths = panel.GetDeleteableSelectedPaths(reasons);
+            TellNotMoved(reasons);
+            Utils::LogUsage("Trash", "DeleteCommand");
+            if (SharedProjectsItemTree* items = panel.GetShownItems()) items->SelectNextWhenSelectionHasGone();
+            panel.TryToMoveToSharedProjectsTrash(paths);
+        });
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
     }
@@ -329,14 +333,9 @@ bool SharedProjectsTabView::CanSelectionGoToTrash() const {
     return *mCanSelectionGoToTrash;
 }
 
-UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths() const {
+UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths(UTF16StringVec& reasons) const {
     UTF16StringVec paths = GetSelectedNonRedundantPaths();
-    std::erase_if(paths, [](const UTF16String& path) { return !Utils::CanAllBeDeleted({path}); });
-    // Nothing is known of folders that no view has shown.
-    UTF16StringVec folders;
-    std::ranges::copy_if(paths, std::back_inserter(folders), PathUtils::IsDirectory);
-    const UTF16StringVec locked = FindFoldersWithLockedProjects(folders);
-    std::erase_if(paths, [&](const UTF16String& path) { return std::ranges::count(locked, path) > 0; });
+    reasons = TakeOutWhatStays(paths);
     return paths;
 }
 

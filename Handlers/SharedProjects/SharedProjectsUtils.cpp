@@ -60,17 +60,6 @@ void LogViewPropertyUsage(const char* property, const ViewPropertyLoggingData& d
     group->Send();
 }
 
-UTF16String ToNameLines(const UTF16StringVec& paths) {
-    constexpr std::size_t kMostLines = 10;
-    UTF16String lines;
-    for (std::size_t i = 0; i < std::min(paths.size(), kMostLines); ++i)
-        lines += u"\n" + Columns::GetPathDisplayName(PathUtils::IsKnownDirectory(paths[i])
-                                                         ? PathUtils::AddTrailingSlash(paths[i])
-                                                         : paths[i]);
-    if (paths.size() > kMostLines) lines += u"\n…";
-    return lines;
-}
-
 bool IsAtOrBelow(const UTF16String& path, const UTF16String& folder) {
     return PathUtils::AddTrailingSlash(path).starts_with(PathUtils::AddTrailingSlash(folder));
 }

@@ -76,9 +76,6 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames, UTF16StringVec& stayed);
 
-/// The names of the items for a message, each on a line of its own; of many the first ones.
-UTF16String ToNameLines(const UTF16StringVec& paths);
-
 /// Moves items to the production's trash, which is made when there is none; names that are taken there get free
 /// ones. Projects among and inside them that are open are closed first (see `CloseOpenProjectsInList`, which
 /// gets the two flags); when that says false, nothing is moved.

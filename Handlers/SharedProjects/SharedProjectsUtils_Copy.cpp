@@ -31,17 +31,15 @@ void TellItExists() {
                   "$$$/Vantor/Handlers/ZuProductionFolder/FileAlreadyExists=File already exists");
 }
 
-UTF16String MakeUniqueName(const UTF16String& destination, bool isFolder) {
-    const UTF16String path = isFolder ? PathUtils::AddTrailingSlash(destination) : destination;
-    return Utilities::MakeUniqueFilename(path, 1, u"_", {});
-}
-
 /// An item that is to be copied or moved, with what stands at both its places.
 struct Candidate {
     UTF16String mSource;
     UTF16String mDestination;
     bool mIsFolder = false;
     bool mIsTaken = false;
+
+    /// It lies there already.
+    bool IsAtItsPlace() const { return IsEqualFoldingASCII(mSource, mDestination); }
 };
 
 /// Asks the volume for all of them at once.
@@ -63,25 +61,30 @@ std::vector<Candidate> FindCandidates(const UTF16StringVec& paths, const UTF16St
     return candidates;
 }
 
+/// Unused names for all items whose names are taken, in their order.
+UTF16StringVec FindUniqueNames(const std::vector<Candidate>& items) {
+    UTF16StringVec taken;
+    for (const Candidate& item : items)
+        if (item.mIsTaken && !item.IsAtItsPlace())
+            taken.push_back(item.mIsFolder ? PathUtils::AddTrailingSlash(item.mDestination)
+                                           : item.mDestination);
+    return Utilities::MakeUniqueFilenames(taken, 1, u"_");
+}
+
 /// Checks all items, telling the user of each that cannot go.
 class Planner {
 public:
-    Planner(const UTF16String& destinationFolder, bool makeUniqueNames)
-        : mDestinationFolder(PathUtils::ToNormalizedPath(destinationFolder)),
-          mMakeUniqueNames(makeUniqueNames) {}
+    explicit Planner(const UTF16String& destinationFolder)
+        : mDestinationFolder(PathUtils::ToNormalizedPath(destinationFolder)) {}
 
-    void Add(const Candidate& item) {
-        if (!item.mIsTaken) {
-            const bool isInItself =
-                item.mIsFolder && Utilities::IsPathWithinDirectory(mDestinationFolder, item.mSource, true);
-            isInItself ? Refuse(TellItIsASubFolder) : Enter(item.mSource, item.mDestination);
-        } else if (IsEqualFoldingASCII(item.mSource, item.mDestination)) {
-            return;
-        } else if (mMakeUniqueNames) {
-            Enter(item.mSource, MakeUniqueName(item.mDestination, item.mIsFolder));
-        } else {
-            Refuse(TellItExists);
-        }
+    void Add(const std::vector<Candidate>& items, bool makeUniqueNames) {
+        const UTF16StringVec names = makeUniqueNames ? FindUniqueNames(items) : UTF16StringVec();
+        auto name = names.begin();
+        for (const Candidate& item : items)
+            if (makeUniqueNames && item.mIsTaken && !item.IsAtItsPlace())
+                Enter(item.mSource, *name++);
+            else
+                Add(item);
     }
 
     bool HaveAllPassed() const { return mHaveAllPassed; }
@@ -92,6 +95,15 @@ public:
     }
 
 private:
+    void Add(const Candidate& item) {
+        if (!item.mIsTaken) {
+            const bool isInItself =
+                item.mIsFolder && Utilities::IsPathWithinDirectory(mDestinationFolder, item.mSource, true);
+            isInItself ? Refuse(TellItIsASubFolder) : Enter(item.mSource, item.mDestination);
+        } else if (!item.IsAtItsPlace()) {
+            Refuse(TellItExists);
+        }
+    }
     void Refuse(void (*tell)()) {
         mHaveAllPassed = false;
         tell();
@@ -101,7 +113,6 @@ private:
     }
 
     const UTF16String mDestinationFolder;
-    const bool mMakeUniqueNames;
     bool mHaveAllPassed = true;
     /// Normalised sources and destinations, in the order of the sources' texts.
     std::map<UTF16String, UTF16String> mPlan;
@@ -127,8 +138,8 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
                bool makeUniqueNames, UTF16StringVec& stayed) {
     stayed = sources;
     try {
-        Planner planner(destinationFolder, makeUniqueNames);
-        for (const Candidate& item : FindCandidates(sources, destinationFolder)) planner.Add(item);
+        Planner planner(destinationFolder);
+        planner.Add(FindCandidates(sources, destinationFolder), makeUniqueNames);
         if (!planner.HaveAllPassed()) return false;
         const std::vector<PlannedItem> plan = planner.Get();
         const std::vector<ItemOutcome> outcomes = move ? MoveItems(plan) : CopyItems(plan);

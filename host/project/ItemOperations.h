@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -48,6 +49,13 @@ struct ItemOutcome {
 /// move, and why. For who is about to do something for a move that could not be taken back. Throws
 /// `FileException` (ECANCELED) when the user does not want to wait for the volume. UI thread.
 ZUHOST_API bool CanMoveItemsTo(const UTF16StringVec& sources, const UTF16String& folder);
+
+/// Tells the user in one message what was not moved: `sentences` are one for each item. UI thread.
+ZUHOST_API void TellNotMoved(const UTF16StringVec& sentences);
+
+/// Runs `work`; all that moves and copies, `CanMoveItemsTo` and `TellNotMoved` have to tell meanwhile is told
+/// in one message at the end. What `work` throws is thrown here. UI thread.
+ZUHOST_API void TellTogether(const std::function<void()>& work);
 
 /// Moves items, in the order of the plan, as one piece of long work: the window lives, and after half a second
 /// a dialog shows the names and offers to cancel. Each item stands whole at one of its two places, and nothing

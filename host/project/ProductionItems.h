@@ -37,13 +37,14 @@ ZUHOST_API UTF16String GetZuProductionItemCopyPath(const UTF16String& path,
 /// it moves a project. Never waits for the volume. UI thread.
 ZUHOST_API bool DoesDirectoryContainLockedProjects(const UTF16String& folder, bool recursive, bool onlyOthers);
 
-/// Those of `folders` that hold, at any depth, a project that somebody else than the local user has locked
-/// (stale locks do not count, those that cannot be read do; neither can be told of a folder that cannot be
-/// listed, so that one counts). Looks at the volume: one listing for each folder, and the lock files in it;
-/// symbolic links are not followed, and a folder that is not there holds nothing.
-/// The window lives meanwhile; after half a second a dialog offers to cancel it, which throws `FileException`
+/// Why items must not move: for each of `items` a sentence for the user, empty when nothing keeps it. An item
+/// stays that is in the trash, a project that somebody else has locked (stale locks do not count, those that
+/// cannot be read do), and a folder that holds such a project at any depth (neither can be told of a folder
+/// that cannot be listed, so that one counts). Folders are looked through on the volume: one listing for each,
+/// and the lock files in it; symbolic links are not followed, and a folder that is not there holds nothing. The
+/// window lives meanwhile; after half a second a dialog offers to cancel it, which throws `FileException`
 /// (ECANCELED) at once, also when the volume does not answer. UI thread.
-ZUHOST_API UTF16StringVec FindFoldersWithLockedProjects(const UTF16StringVec& folders);
+ZUHOST_API UTF16StringVec FindReasonsToStay(const UTF16StringVec& items);
 
 namespace Utilities {
 
@@ -61,6 +62,11 @@ ZUHOST_API bool IsPathWithinDirectory(const UTF16String& path, const UTF16String
 /// characters. Waits for the volume so long at most. UI thread.
 ZUHOST_API UTF16String MakeUniqueFilename(const UTF16String& path, int startNumber,
                                           const UTF16String& separator, const UTF16StringVec& namesToAvoid);
+
+/// The same for each of `paths`, which get different names: by one listing of each folder, while the window
+/// lives. Throws `FileException` (ECANCELED) when the user does not want to wait for the volume. UI thread.
+ZUHOST_API UTF16StringVec MakeUniqueFilenames(const UTF16StringVec& paths, int startNumber,
+                                              const UTF16String& separator);
 
 /// Copies what is in the folder `from` into the folder `to`, which exists and is empty, and gives `to` the
 /// times and permissions of `from`; otherwise as `FileUtils::Copy` of folders. `to` stays empty until the copy

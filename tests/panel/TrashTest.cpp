@@ -92,9 +92,17 @@ TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
     // Of a folder that was never opened nobody knows yet that somebody works in it.
     Select({"A", "Reels", "Reels/C", "Locked"});
     EXPECT_TRUE(IsEnabled(kMoveToTrash));
-    mDialogs.ExpectMessage("Not Moved to Trash");
+    // One message tells of this and of what fails on the way.
+    mDisk.Fail(Operation::RenameNoReplace, 2, ENOSPC);
+    ExpectLogged exception("CopyFiles(");
+    mDialogs.ExpectMessage("Not Everything Was Moved");
     EXPECT_TRUE(Send(kMoveToTrash));
-    EXPECT_TRUE(mDialogs.LastText().ends_with("\nLocked")) << mDialogs.LastText();
+    EXPECT_TRUE(
+        mDialogs.LastText().starts_with("“Locked” was not moved. edit-bay-2 has “D.zuproj” in it open on "
+                                        "machine-of-edit-bay-2.\n“Reels” was not moved. No space left"))
+        << mDialogs.LastText();
+    Select({"Reels", "Reels/C"});
+    EXPECT_TRUE(Send(kMoveToTrash));
     EXPECT_TRUE(Shows({"Locked", "Trash"}));
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Locked"});
     EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/Reels/C.zuproj")));

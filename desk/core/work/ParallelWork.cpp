@@ -14,7 +14,7 @@ namespace desk {
 
 namespace {
 
-constexpr std::size_t kMostThreads = 8;
+constexpr std::size_t kMostThreads = 12;
 
 /// A helper that begins when all is done finds it closed, and touches nothing else.
 class Work {

@@ -37,6 +37,8 @@ using Taking = MoveLocks::Taking;
 
 /// Items whose locks are held at the same time, and whose folders are flushed together.
 constexpr std::size_t kBatch = 256;
+/// Items whose names are looked up at once before they move: so few that all move within a second.
+constexpr std::size_t kLookedUpAhead = 16;
 /// What an item counts in the progress, beside the bytes that are copied.
 constexpr std::uint64_t kItemWeight = 64 * 1024;
 
@@ -44,12 +46,15 @@ FileSystem& Disk() {
     return *GetServices().mFileSystem;
 }
 
-void LogOnce(const std::string& trashFolder, const std::string& reason) {
+/// Of each trash once.
+void LogNotRecorded(const std::string& trashFolder, const FileException& exception) {
     static std::mutex sMutex;
     static std::set<std::string> sLogged;
     const std::lock_guard lock(sMutex);
-    if (sLogged.insert(trashFolder).second)
-        Log(LogLevel::Warning, "Where what is in " + trashFolder + " came from is not recorded: " + reason);
+    if (!sLogged.insert(trashFolder).second) return;
+    const bool isInDoubt = dynamic_cast<const MoveInDoubt*>(&exception) != nullptr;
+    Log(LogLevel::Warning, "Where what is in " + trashFolder + " came from " +
+                               (isInDoubt ? "may not be recorded: " : "is not recorded: ") + exception.what());
 }
 
 }  // namespace
@@ -148,13 +153,30 @@ bool ItemOperation::CheckTrash() {
 bool ItemOperation::DoBatch(std::span<Item> items, WorkProgress& progress) {
     CheckAll(items, progress);
     bool goesOn = true;
-    for (Item& item : items)
-        if (goesOn) goesOn = Do(item, progress);
+    for (std::size_t index = 0; goesOn && index < items.size(); ++index) {
+        if (index % kLookedUpAhead == 0)
+            LookUp(items.subspan(index, std::min(kLookedUpAhead, items.size() - index)));
+        goesOn = Do(items[index], progress);
+    }
     FlushFolders(items);
     mFlushed += items.size();
     AskToFollow();
-    RunShared(items.size(), [&](std::size_t index) { Finish(items[index]); });
+    RunShared(items.size() + 1,
+              [&](std::size_t index) { index == 0 ? Record(items) : Finish(items[index - 1]); });
     return goesOn;
+}
+
+/// The system asks a network volume for a name that it does not know, or has not asked for since a second or
+/// so, and keeps everybody else out of the folder meanwhile. Asked for before, many names cost the time of one.
+void ItemOperation::LookUp(std::span<const Item> items) const {
+    if (mVerb == Verb::Copy || items.size() < 2) return;
+    RunShared(items.size(), [&](std::size_t index) {
+        try {
+            Disk().Status(items[index].mFrom, false);
+        } catch (const FileException&) {
+            // The move itself will tell.
+        }
+    });
 }
 
 void ItemOperation::CheckAll(std::span<Item> items, const WorkProgress& progress) {
@@ -234,25 +256,29 @@ void ItemOperation::FlushFolders(std::span<Item> items) const {
     RunShared(folders.size(), [&](std::size_t index) { TryToFlushFolder(Disk(), folders[index]); });
 }
 
-void ItemOperation::Record(const Item& item) const {
-    const bool isNew = IsSameOrBelow(item.mTo, mTrashFolder) && !IsSameOrBelow(item.mFrom, mTrashFolder);
-    if (mTrashFolder.empty() || !isNew) return;
-    const Desktop& desktop = *GetServices().mDesktop;
+/// One record for all of them.
+void ItemOperation::Record(std::span<const Item> items) const {
+    if (mTrashFolder.empty()) return;
     TrashRecord record;
-    record.mName = MakeRelative(item.mTo, mTrashFolder);
-    record.mFrom = MakeRelative(item.mFrom, mProductionFolder);
+    for (const Item& item : items) {
+        const bool isNew = IsSameOrBelow(item.mTo, mTrashFolder) && !IsSameOrBelow(item.mFrom, mTrashFolder);
+        if (item.IsDone() && isNew)
+            record.mItems.push_back(
+                {MakeRelative(item.mTo, mTrashFolder), MakeRelative(item.mFrom, mProductionFolder)});
+    }
+    if (record.mItems.empty()) return;
+    const Desktop& desktop = *GetServices().mDesktop;
     record.mUser = desktop.UserName();
     record.mMachine = desktop.MachineName();
     record.mMovedAt = std::chrono::system_clock::to_time_t(desktop.Now());
     try {
         WriteTrashRecord(Disk(), mTrashFolder, record);
     } catch (const FileException& exception) {
-        LogOnce(mTrashFolder, exception.what());
+        LogNotRecorded(mTrashFolder, exception);
     }
 }
 
 void ItemOperation::Finish(Item& item) const {
-    if (item.IsDone() && mVerb != Verb::Copy) Record(item);
     if (item.mLocks) item.mLocks->GiveUp(item.IsDone());
 }
 
@@ -276,6 +302,7 @@ void ItemOperation::TryOwnLocksAgain() {
         RunLongWork(MakeTitle(), [&](WorkProgress& progress) {
             Do(item, progress);
             FlushFolders({&item, 1});
+            Record({&item, 1});
             Finish(item);
         });
         FollowItem(item);

@@ -22,7 +22,7 @@ class WorkProgress;
 /// 1. check: what stands at the source, and the locks of projects (`MoveLocks`); many items at a time;
 /// 2. do: on the disk, item by item in their order; the folders are flushed once for the batch;
 /// 3. follow: locks in moved folders, and open projects (`ItemOperation_Follow.cpp`); on the UI thread;
-/// 4. record: the trash's record; then the locks are given up; many items at a time;
+/// 4. record: the trash's record, one for the batch; the locks are given up, many at a time;
 /// 5. announce: the folders that do not report changes, the log, what the user is told
 ///    (`ItemOperation_Announce.cpp`); on the UI thread.
 ///
@@ -79,7 +79,8 @@ private:
     bool Do(Item& item, WorkProgress& progress);
     void Refuse(Item& item) const;
     void FlushFolders(std::span<Item> items) const;
-    void Record(const Item& item) const;
+    void LookUp(std::span<const Item> items) const;
+    void Record(std::span<const Item> items) const;
     void Finish(Item& item) const;
 
     // On the UI thread.
@@ -108,8 +109,12 @@ private:
     std::size_t mFollowed = 0;
 };
 
+/// That the project `name` was not moved, because of the holder of its lock: a sentence for the user
+/// (localised). UI thread.
+host::UTF16String DescribeHolder(const host::UTF16String& name, const LockRecord& holder);
+
 /// Shows one message with `texts`, one sentence for each item, and writes them to the log; nothing without any.
-/// UI thread.
+/// Within `host::TellTogether` that waits for its end. UI thread.
 void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts);
 
 }  // namespace desk

@@ -22,12 +22,8 @@ using Result = host::ItemOutcome::Result;
 
 constexpr std::size_t kMostLines = 10;
 
-UTF16String DescribeHolder(const UTF16String& name, const LockRecord& holder) {
-    if (!holder.mIsReadable)
-        return ZString("$$$/Vantor/Desk/Files/LockedUnknown=“@0” was not moved. Somebody has it open.", {name});
-    return ZString("$$$/Vantor/Desk/Files/Locked=“@0” was not moved. @1 has it open on @2.",
-                   {name, holder.mUser, holder.mMachine});
-}
+/// While `TellTogether` runs.
+host::UTF16StringVec* sKept = nullptr;
 
 /// A volume that cannot be written to is to blame for that, not the lock.
 UTF16String DescribeObstacle(const UTF16String& name, const UTF16String& place,
@@ -62,6 +58,13 @@ UTF16String ToLines(const host::UTF16StringVec& texts) {
 
 }  // namespace
 
+UTF16String DescribeHolder(const UTF16String& name, const LockRecord& holder) {
+    if (!holder.mIsReadable)
+        return ZString("$$$/Vantor/Desk/Files/LockedUnknown=“@0” was not moved. Somebody has it open.", {name});
+    return ZString("$$$/Vantor/Desk/Files/Locked=“@0” was not moved. @1 has it open on @2.",
+                   {name, holder.mUser, holder.mMachine});
+}
+
 /// Empty for what there is nothing to say of.
 UTF16String ItemOperation::DescribeOutcome(const Item& item) const {
     const UTF16String name = host::PathUtils::GetFullFilePart(item.mSource);
@@ -95,6 +98,7 @@ void ItemOperation::Announce() const {
 }
 
 void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts) {
+    if (sKept) return static_cast<void>(sKept->insert(sKept->end(), texts.begin(), texts.end()));
     if (texts.empty()) return;
     for (const UTF16String& text : texts) Log(LogLevel::Info, host::UTF16to8(text));
     const UTF16String title = ZString(verb == ItemOperation::Verb::Copy
@@ -104,3 +108,28 @@ void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& te
 }
 
 }  // namespace desk
+
+namespace host {
+
+void TellNotMoved(const UTF16StringVec& sentences) {
+    desk::TellWhatWasNotDone(desk::ItemOperation::Verb::Move, sentences);
+}
+
+void TellTogether(const std::function<void()>& work) {
+    if (desk::sKept) return work();
+    UTF16StringVec kept;
+    const auto tell = [&kept] {
+        desk::sKept = nullptr;
+        TellNotMoved(kept);
+    };
+    desk::sKept = &kept;
+    try {
+        work();
+    } catch (...) {
+        tell();
+        throw;
+    }
+    tell();
+}
+
+}  // namespace host

@@ -1,5 +1,6 @@
 #include "desk/project/production/TrashRecords.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cerrno>
@@ -21,11 +22,11 @@ namespace desk {
 namespace {
 
 constexpr std::string_view kExtension = ".json";
-constexpr int kVersion = 1;
+constexpr int kVersion = 2;
 /// For everybody who works in the production.
 constexpr unsigned kMode = 0644;
 
-constexpr QLatin1String kVersionMember("version"), kName("name"), kFrom("from"), kUser("user"),
+constexpr QLatin1String kVersionMember("version"), kItems("items"), kName("name"), kFrom("from"), kUser("user"),
     kMachine("machine"), kMovedAt("movedAt");
 
 /// Throws when something else than a folder stands at `path`. False when nothing does.
@@ -77,9 +78,11 @@ void MakeTrashRecordsFolder(FileSystem& fileSystem, const std::string& trashFold
 }
 
 void WriteTrashRecord(FileSystem& fileSystem, const std::string& trashFolder, const TrashRecord& record) {
+    QJsonArray items;
+    for (const TrashRecord::Item& item : record.mItems)
+        items.append(QJsonObject{{kName, ToPercentEncoded(item.mName)}, {kFrom, ToPercentEncoded(item.mFrom)}});
     const QJsonObject object{{kVersionMember, kVersion},
-                             {kName, ToPercentEncoded(record.mName)},
-                             {kFrom, ToPercentEncoded(record.mFrom)},
+                             {kItems, items},
                              {kUser, ToQString(record.mUser)},
                              {kMachine, ToQString(record.mMachine)},
                              {kMovedAt, ToTimeText(record.mMovedAt)}};

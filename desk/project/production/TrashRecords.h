@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
@@ -11,15 +12,20 @@ namespace desk {
 
 class FileSystem;
 
-/// What is known of an item that was moved to a production's trash. On disk one small JSON object (RFC 8259) in
-/// UTF-8 a file, `<nonce>.json` in the trash's records folder: "version" (1), "name" and "from" (bytes,
-/// percent-encoded as by RFC 3986), "user", "machine", "movedAt" (UTC, ISO 8601).
+/// What is known of items that were moved to a production's trash together. On disk one JSON object (RFC 8259)
+/// in UTF-8 a file, `<nonce>.json` in the trash's records folder: "version" (2), "items" (an array of objects
+/// with "name" and "from": bytes, percent-encoded as by RFC 3986), "user", "machine", "movedAt" (UTC, ISO
+/// 8601). Nobody changes a record: of several that have a name the newest counts, and none does when nothing of
+/// that name lies in the trash any more.
 struct TrashRecord {
-    /// Where the item lies now: its path relative to the trash folder, in bytes; mostly a name.
-    std::string mName;
-    /// Where it came from: its path relative to the production's folder, in bytes; for an item from outside the
-    /// production its absolute path.
-    std::string mFrom;
+    struct Item {
+        /// Where the item lies now: its path relative to the trash folder, in bytes; mostly a name.
+        std::string mName;
+        /// Where it came from: its path relative to the production's folder, in bytes; for an item from outside
+        /// the production its absolute path.
+        std::string mFrom;
+    };
+    std::vector<Item> mItems;
     host::UTF16String mUser;
     host::UTF16String mMachine;
     /// Seconds since the epoch.

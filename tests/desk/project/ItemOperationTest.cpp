@@ -85,7 +85,7 @@ TEST_F(ItemOperationTest, FlushesEachFolderOnceAndFollowsAndRecordsNothingBefore
     EXPECT_EQ(mDisk.CountOnUIThread(), 0);
     EXPECT_EQ(open->GetProjectPath(), PathOf("Trash/B"));
     EXPECT_TRUE(open->mLockFile->IsHeldByReader() && !open->mLockFile->IsLost());
-    EXPECT_EQ(CountRecords(), 4u);
+    EXPECT_EQ(CountRecords(), 1u) << "for all four";
     EXPECT_FALSE(mFolder.Exists("Production/.B.zuproj.lock"));
     open->mLockFile.reset();
     desk::OpenProjectList::Instance().Remove(open);
@@ -152,25 +152,28 @@ TEST_F(ItemOperationTest, ALockOfThisProcessThatIsStillBeingGivenUpDoesNotKeepIt
 
 TEST_F(ItemOperationTest, FoldersThatHoldALockedProjectAreFoundWithOneListingEachAndNoWaitForAVolumeThatHangs) {
     for (int i = 0; i < 50; ++i) mFolder.Write("Production/Reels/Day 1/" + File(std::to_string(i)));
+    mFolder.MakeFolder("Production/Empty");
     const host::UTF16StringVec folders{mFolder.PathUTF16("Production/Reels"),
-                                       mFolder.PathUTF16("Production/Trash")};
+                                       mFolder.PathUTF16("Production/Empty")};
     Lock("Reels/Day 1/7", MakeDeadRecord(mDesktop));
     Lock("Reels/Day 1/8", desk::MakeLockRecord(mDesktop, mDesktop.mUserName, mDesktop.mMachineName));
     mDisk.ResetCounts();
-    EXPECT_EQ(host::FindFoldersWithLockedProjects(folders), host::UTF16StringVec());
-    EXPECT_EQ(mDisk.Count(Operation::Any), 5) << "three listings and two locks";
+    EXPECT_EQ(host::FindReasonsToStay(folders), (host::UTF16StringVec{{}, {}}));
+    EXPECT_EQ(mDisk.Count(Operation::Any), 7) << "two looks, three listings and two locks";
     EXPECT_EQ(mDisk.CountOnUIThread(), 0);
     Lock("Reels/Day 1/9", MakeForeignRecord(mDesktop));
-    EXPECT_EQ(host::FindFoldersWithLockedProjects(folders), host::UTF16StringVec{folders.front()});
+    EXPECT_EQ(host::FindReasonsToStay(folders).front(),
+              u"“Reels” was not moved. tomas has “9.zuproj” in it open on edit-bay-2.");
     mFolder.Remove("Production/Reels/Day 1/.9.zuproj.lock");
     {
         const ExpectLogged refused("Input/output error");
         mDisk.Fail(Operation::ListFolder, 2, EIO);
-        EXPECT_EQ(host::FindFoldersWithLockedProjects(folders), host::UTF16StringVec{folders.front()});
+        EXPECT_TRUE(host::FindReasonsToStay(folders).front().starts_with(
+            u"“Reels” was not moved. The folder “Day 1” cannot be looked through. Input/output error"));
     }
     mDisk.CloseGate(Operation::ListFolder, mFolder.Path("Production/Reels"));
     mDialogs.mWhileWaiting = [](desk::WorkProgress& progress) { progress.Cancel(); };
-    EXPECT_EQ(ErrorOf([&] { host::FindFoldersWithLockedProjects(folders); }), ECANCELED);
+    EXPECT_EQ(ErrorOf([&] { host::FindReasonsToStay(folders); }), ECANCELED);
     mDisk.OpenGate();
 }
 

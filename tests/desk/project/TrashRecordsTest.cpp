@@ -1,3 +1,5 @@
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 
 #include "desk/core/names/HostNames.h"
@@ -39,13 +41,18 @@ protected:
     }
     std::set<std::string> Records() {
         std::set<std::string> records;
-        for (const std::string& name : NamesIn(mRecords))
-            records.insert(
-                Texts(mFolder.Read(mRecords + '/' + name), {"name", "from", "user", "machine", "movedAt"}));
+        for (const std::string& name : NamesIn(mRecords)) {
+            const std::string record = mFolder.Read(mRecords + '/' + name);
+            const std::string texts = Texts(record, {"user", "machine", "movedAt"});
+            for (const auto& item :
+                 desk::ParseJsonObject(record).mObject.value(QLatin1String("items")).toArray())
+                records.insert(Texts(QJsonDocument(item.toObject()).toJson().toStdString(), {"name", "from"}) +
+                               ' ' + texts);
+        }
         return records;
     }
     int WriteRecord() {
-        return ErrorOf([this] { WriteTrashRecord(mDisk, mFolder.Path(mTrash), {"a", "b", {}, {}, 0}); });
+        return ErrorOf([this] { WriteTrashRecord(mDisk, mFolder.Path(mTrash), {{{"a", "b"}}, {}, {}, 0}); });
     }
 
     std::string mTrash;
@@ -88,6 +95,10 @@ TEST_F(TrashRecordsTest, WhatCannotBeRecordedMovesNevertheless) {
         EXPECT_EQ(WriteRecord(), ENOSPC);
         EXPECT_EQ(Records(), Names{});
     }
+    mDisk.FailAfter(Operation::Rename, 1, EIO);
+    EXPECT_EQ(WriteRecord(), 0) << "it stands, though its reply was lost";
+    EXPECT_EQ(NamesIn(mRecords).size(), 1u);
+    fs::remove(mFolder.Path(mRecords + '/' + *NamesIn(mRecords).begin()));
     fs::remove(mFolder.Path(mRecords));
     fs::create_symlink(mFolder.MakeFolder("Elsewhere"), mFolder.Path(mRecords));
     EXPECT_EQ(WriteRecord(), ELOOP);

@@ -41,6 +41,21 @@ TEST_F(UniqueNamesTest, CountsUpBeforeTheProjectExtensionUntilNothingStandsThere
     EXPECT_EQ(Unique("x.zuproj"), "x_1.zuproj") << "must not count for ever";
 }
 
+TEST_F(UniqueNamesTest, ManyCostOneListingAndDiffer) {
+    for (const char* name : {"x.zuproj", "x_1.zuproj", "Y_1.zuproj"}) mFolder.Write(name);
+    host::UTF16StringVec paths;
+    for (const char* name : {"x.zuproj", "x.zuproj", "y.zuproj", "x.zuproj/"})
+        paths.push_back(mFolder.PathUTF16(name));
+    mDisk.ResetCounts();
+    std::vector<std::string> names;
+    for (const UTF16String& path : host::Utilities::MakeUniqueFilenames(paths, 1, u"_"))
+        names.push_back(NameOf(path));
+    EXPECT_EQ(names, (std::vector<std::string>{"x_2.zuproj", "x_3.zuproj", "y_1.zuproj", "x.zuproj_1"}));
+    EXPECT_EQ(mDisk.Count(Operation::ListFolder), 1);
+    EXPECT_EQ(mDisk.Count(Operation::Status), 1) << "the volume may take Y_1 and y_1 for one";
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
+}
+
 TEST_F(UniqueNamesTest, StaysWithinWhatCanBeLockedAndNamed) {
     // Two bytes a letter, four a picture, and bytes that are no UTF-8.
     for (const std::string& piece :
