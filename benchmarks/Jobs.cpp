@@ -332,6 +332,8 @@ std::vector<double> MeasureTrashing(BenchedTree& tree) {
     probe.Start();
     const auto start = Clock::now();
     dynamic_cast<PanelBench&>(tree).Send(host::CommandID::kMoveToTrash);
+    // The rows may have been painted while the command ran.
+    view.viewport()->update();
     // The trash is left.
     const auto isDone = [&](const QRegion&) { return CountRows(view) == 1; };
     const auto end = application.RunUntilPainted(*view.viewport(), isDone, 300s, "the trash alone");

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <stdio.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
@@ -11,6 +12,7 @@
 #include "benchmarks/VolumeJobs.h"
 #include "benchmarks/slow_volume/VolumeMount.h"
 #include "desk/core/edges/Services.h"
+#include "desk/core/work/ParallelWork.h"
 #include "desk/project/lock/LockProtocol.h"
 #include "desk/project/production/Production.h"
 #include "host/core/Strings.h"
@@ -113,35 +115,79 @@ private:
 class SlowTrashJob final : public VolumeJob {
 public:
     explicit SlowTrashJob(HostProcess& host)
-        : VolumeJob({"100 projects moved to the trash of a volume with 10 ms per operation", "ms", {}, 4000},
-                    3),
+        : VolumeJob({"100 projects moved to the trash of a volume with 10 ms per operation", "ms", 1.1, {}}, 3),
           mHost(host) {}
 
     double RunOurs() override {
-        constexpr int kSlowProjects = 100;
-        const QTemporaryDir folder;
-        fs::create_directories(folder.path().toStdString() + "/Reels");
-        for (int i = 0; i < kSlowProjects; ++i)
-            std::ofstream(folder.path().toStdString() + "/Reels/Scene " + std::to_string(i) + ".zuproj") << i;
-        const slowvolume::VolumeMount volume(
-            QCoreApplication::applicationDirPath() + QStringLiteral("/slow-volume"),
-            folder.path().toStdString(), {QStringLiteral("--rename-flags"), QStringLiteral("--keep-absence")});
-        Require(volume.IsMounted());
+        const Projects projects;
         const host::UTF16String before = desk::Production::Instance().GetFolder();
-        desk::Production::Instance().Open(host::UTF8to16(volume.Path()));
+        desk::Production::Instance().Open(host::UTF8to16(projects.mVolume.Path()));
         host::UTF16StringVec paths;
-        for (int i = 0; i < kSlowProjects; ++i)
-            paths.push_back(host::UTF8to16(volume.Path("Reels/Scene " + std::to_string(i) + ".zuproj")));
+        for (int i = 0; i < kSlowProjects; ++i) paths.push_back(host::UTF8to16(projects.PathOf("Reels/", i)));
         const double time =
             TimeOf([&] { HandlerSharedProjects::Utils::MoveToSharedProjectsTrash(paths, false, true); });
         mHost.Settle();
-        Require(fs::is_empty(folder.path().toStdString() + "/Reels"));
+        Require(projects.AreGone());
         desk::Production::Instance().Open(before);
         return time;
     }
-    double RunBaseline() override { return -1; }
+    /// The calls that change something, from as many threads: what the kernel makes of them, which lets no two
+    /// of them into one folder. No record is written.
+    double RunBaseline() override {
+        const Projects projects;
+        const double time = TimeOf([&] {
+            ::mkdir(projects.mVolume.Path("Trash").c_str(), 0777);
+            for (const char* folder : {"Reels/", "Trash/"})
+                WriteDurably(projects.mVolume.Path(folder) + "lock", "-");
+            desk::RunShared(kSlowProjects, [&](std::size_t i) { Take(projects, static_cast<int>(i)); });
+            desk::RunShared(kSlowProjects, [&](std::size_t i) { Move(projects, static_cast<int>(i)); });
+            desk::RunShared(kSlowProjects, [&](std::size_t i) { GiveUp(projects, static_cast<int>(i)); });
+            for (const char* folder : {"Reels/", "Trash/"})
+                Require(::unlink((projects.mVolume.Path(folder) + "lock").c_str()) == 0);
+        });
+        Require(projects.AreGone());
+        return time;
+    }
 
 private:
+    static constexpr int kSlowProjects = 100;
+
+    struct Projects {
+        Projects() { Require(mVolume.IsMounted()); }
+        std::string PathOf(const std::string& folder, int number) const {
+            return mVolume.Path(folder + "Scene " + std::to_string(number) + ".zuproj");
+        }
+        bool AreGone() const { return fs::is_empty(mFolder.path().toStdString() + "/Reels"); }
+
+        static std::string Make(const QTemporaryDir& folder) {
+            fs::create_directories(folder.path().toStdString() + "/Reels");
+            for (int i = 0; i < kSlowProjects; ++i)
+                std::ofstream(folder.path().toStdString() + "/Reels/Scene " + std::to_string(i) + ".zuproj")
+                    << i;
+            return folder.path().toStdString();
+        }
+
+        const QTemporaryDir mFolder;
+        const slowvolume::VolumeMount mVolume{
+            QCoreApplication::applicationDirPath() + QStringLiteral("/slow-volume"),
+            Make(mFolder),
+            {QStringLiteral("--rename-flags"), QStringLiteral("--keep-absence")}};
+    };
+
+    static void Take(const Projects& projects, int number) {
+        for (const char* folder : {"Reels/", "Trash/"})
+            Require(::link((projects.mVolume.Path(folder) + "lock").c_str(),
+                           (projects.PathOf(folder, number) + ".lock").c_str()) == 0);
+    }
+    static void Move(const Projects& projects, int number) {
+        Require(::renameat2(AT_FDCWD, projects.PathOf("Reels/", number).c_str(), AT_FDCWD,
+                            projects.PathOf("Trash/", number).c_str(), RENAME_NOREPLACE) == 0);
+    }
+    static void GiveUp(const Projects& projects, int number) {
+        for (const char* folder : {"Reels/", "Trash/"})
+            Require(::unlink((projects.PathOf(folder, number) + ".lock").c_str()) == 0);
+    }
+
     HostProcess& mHost;
 };
 
