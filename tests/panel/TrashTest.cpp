@@ -99,7 +99,7 @@ TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
     EXPECT_TRUE(Send(kMoveToTrash));
     EXPECT_TRUE(
         mDialogs.LastText().starts_with("“Locked” was not moved. edit-bay-2 has “D.zuproj” in it open on "
-                                        "machine-of-edit-bay-2.\n“Reels” was not moved. No space left"))
+                                        "machine-of-edit-bay-2.\n“Reels” was not moved. There is no room"))
         << mDialogs.LastText();
     Select({"Reels", "Reels/C"});
     EXPECT_TRUE(Send(kMoveToTrash));
