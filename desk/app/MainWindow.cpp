@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusTipEvent>
@@ -88,7 +89,22 @@ void MainWindow::RegisterCommands() {
 QMenu& MainWindow::AddMenu(const char* titleKey, const char* menuID) {
     QMenu& menu = *menuBar()->addMenu(Localized(titleKey));
     MenuResources::Instance().Fill(menu, menuID);
+    menu.installEventFilter(this);
     return menu;
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
+        QMetaObject::invokeMethod(this, &MainWindow::LeaveMenuBar, Qt::QueuedConnection);
+    return QMainWindow::eventFilter(watched, event);
+}
+
+/// Qt would leave the keyboard with the menu bar, and the title of the menu that Escape has closed highlighted.
+void MainWindow::LeaveMenuBar() {
+    if (QApplication::activePopupWidget()) return;
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::sendEvent(menuBar(), &escape);
+    menuBar()->setActiveAction(nullptr);
 }
 
 void MainWindow::MakeMenus() {

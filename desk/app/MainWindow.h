@@ -34,6 +34,7 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
     /// Ends the program, unless the user wants to keep a project open or copies going.
     void closeEvent(QCloseEvent* event) override;
@@ -43,6 +44,7 @@ private:
     void RegisterCommands();
     void MakeMenus();
     QMenu& AddMenu(const char* titleKey, const char* menuID);
+    void LeaveMenuBar();
     void FillWindowMenu(QMenu& menu);
     void RestoreLayout(QSize size);
     void ShowAbout();

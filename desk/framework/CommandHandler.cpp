@@ -15,6 +15,10 @@ bool CommandHandler::FindCommandStatus(int id, bool& enabled, bool& checked, Men
     return mParent && mParent->FindCommandStatus(id, enabled, checked, mark, text);
 }
 
+UTF16String CommandHandler::DescribeWhyDisabled(int id) {
+    return mParent ? mParent->DescribeWhyDisabled(id) : UTF16String();
+}
+
 bool CommandHandler::ObeyCommand(const Command& command) {
     return mParent && mParent->ObeyCommand(command);
 }

@@ -6,6 +6,7 @@
 #include "desk/framework/Shortcuts.h"
 #include "desk/framework/TabViewImpl.h"
 #include "desk/framework/TabViews.h"
+#include "host/core/Localizer.h"
 #include "host/core/Logging.h"
 #include "host/framework/CommandIdentifiers.h"
 #include "host/framework/Handler.h"
@@ -98,6 +99,19 @@ CommandStatus CommandRouter::FindStatus(int commandID) const {
         host::LogCurrentException(__PRETTY_FUNCTION__);
         return {};
     }
+}
+
+host::UTF16String CommandRouter::DescribeWhyDisabled(int commandID) const {
+    try {
+        for (const Step step : {Step::Editor, Step::View, Step::Handler, Step::Main}) {
+            host::CommandHandler* commander = FindCommander(step, nullptr);
+            host::UTF16String reason = commander ? commander->DescribeWhyDisabled(commandID) : u"";
+            if (!reason.empty()) return reason;
+        }
+    } catch (...) {
+        host::LogCurrentException(__PRETTY_FUNCTION__);
+    }
+    return host::ZString("$$$/Desk/Menus/CannotAct=This command cannot act on what is selected now.");
 }
 
 bool CommandRouter::SendFrom(host::CommandHandler* first, int commandID) {

@@ -43,6 +43,9 @@ public:
     host::TabView* GetViewOnDuty() const { return mView; }
 
     CommandStatus FindStatus(int commandID) const;
+    /// Why a command that is disabled cannot be carried out: what the commander says that decides on it, else
+    /// that it cannot act on what is selected.
+    host::UTF16String DescribeWhyDisabled(int commandID) const;
     /// Carries the command out; false when nobody did. Exceptions are logged. While long work is under way
     /// (`RunLongWork`) nothing is carried out.
     bool Send(int commandID) { return SendFrom(nullptr, commandID); }

@@ -18,10 +18,12 @@ MenuEntry ReadEntry(const QJsonObject& object, int depth) {
     const QJsonValue menu = object[QLatin1String("menu")];
     if (object[QLatin1String("separator")].toBool()) return {};
     if (menu.isString() && !menu.toString().isEmpty())
-        return {0, ToUTF8(menu.toString()), true, ReadEntries(object[QLatin1String("entries")], depth + 1)};
+        return {0, ToUTF8(menu.toString()), true, false,
+                ReadEntries(object[QLatin1String("entries")], depth + 1)};
     if (command.toInt() <= 0 || text.toString().isEmpty())
         throw std::runtime_error("needs \"command\" and \"text\", \"menu\" and \"entries\", or \"separator\"");
-    return {command.toInt(), ToUTF8(text.toString()), false, {}};
+    return {
+        command.toInt(), ToUTF8(text.toString()), false, object[QLatin1String("needsEnabled")].toBool(), {}};
 }
 
 std::vector<MenuEntry> ReadEntries(const QJsonValue& value, int depth) {

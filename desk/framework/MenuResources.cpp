@@ -1,9 +1,11 @@
 #include "desk/framework/MenuResources.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QMenu>
+#include <QStatusTipEvent>
 #include <algorithm>
 #include <filesystem>
 #include <stdexcept>
@@ -14,6 +16,7 @@
 #include "desk/core/settings/JsonFile.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/Shortcuts.h"
+#include "desk/toolkit/Theme.h"
 
 namespace desk {
 namespace {
@@ -52,13 +55,18 @@ QString LiteralText(const host::UTF16String& text) {
     return ToQString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
-void UpdateAction(QAction& action, int commandID, const QString& text) {
+void UpdateAction(QAction& action, const MenuEntry& entry, const QString& text) {
+    const int commandID = entry.mCommandID;
     const CommandStatus status = CommandRouter::Instance().FindStatus(commandID);
     const bool isMarked = status.mIsChecked || status.mMark != host::MenuMark::None;
     const QString key = Shortcuts::Instance().GetKey(commandID).toString(QKeySequence::NativeText);
     const QString shown = status.mText.empty() ? text : LiteralText(status.mText);
     action.setText(key.isEmpty() ? shown : shown + QLatin1Char('\t') + key);
-    action.setEnabled(status.mIsKnown && status.mIsEnabled);
+    const bool isEnabled = status.mIsKnown && status.mIsEnabled;
+    action.setEnabled(isEnabled);
+    action.setVisible(isEnabled || !entry.mNeedsEnabled);
+    action.setStatusTip(isEnabled ? QString()
+                                  : ToDisplayText(CommandRouter::Instance().DescribeWhyDisabled(commandID)));
     action.setCheckable(isMarked);
     action.setChecked(isMarked);
 }
@@ -68,10 +76,20 @@ void AddCommand(QMenu& menu, const MenuEntry& entry) {
     const int commandID = entry.mCommandID;
     QAction* action = menu.addAction(text);
     action->setObjectName(QStringLiteral("command-%1").arg(commandID));
-    UpdateAction(*action, commandID, text);
-    QObject::connect(&menu, &QMenu::aboutToShow, action, [=] { UpdateAction(*action, commandID, text); });
+    UpdateAction(*action, entry, text);
+    QObject::connect(&menu, &QMenu::aboutToShow, action, [=] { UpdateAction(*action, entry, text); });
     QObject::connect(action, &QAction::triggered, &menu,
                      [commandID] { CommandRouter::Instance().Send(commandID); });
+}
+
+/// A window of its own keeps the tips of a menu from the window that it belongs to.
+void TellTips(QMenu& menu, QWidget& owner) {
+    const auto tell = [&owner](const QString& tip) {
+        QStatusTipEvent event(tip);
+        QCoreApplication::sendEvent(&owner, &event);
+    };
+    QObject::connect(&menu, &QMenu::hovered, &owner, [tell](QAction* action) { tell(action->statusTip()); });
+    QObject::connect(&menu, &QMenu::aboutToHide, &owner, [tell] { tell({}); });
 }
 
 void AddEntries(QMenu& menu, const std::vector<MenuEntry>& entries) {
@@ -114,9 +132,13 @@ void MenuResources::Fill(QMenu& menu, std::string_view menuID) {
 }
 
 void MenuResources::Track(std::string_view menuID, QWidget& owner, int screenX, int screenY) {
-    QMenu menu(&owner);
-    Fill(menu, menuID);
-    if (!menu.isEmpty()) menu.exec(QPoint(screenX, screenY));
+    // Whatever goes while the menu shows, it goes with its owner.
+    auto* menu = new QMenu(&owner);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setObjectName(ToQStringFromUTF8(menuID));
+    Fill(*menu, menuID);
+    TellTips(*menu, owner);
+    menu->isEmpty() ? menu->deleteLater() : menu->popup(QPoint(screenX, screenY));
 }
 
 }  // namespace desk

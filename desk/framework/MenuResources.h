@@ -25,7 +25,8 @@ public:
     /// the `CommandRouter` when the menu is about to show, and choosing it sends its command. A menu that is
     /// not known is logged.
     void Fill(QMenu& menu, std::string_view menuID);
-    /// Shows a menu at a screen position, as a context menu; returns when it is closed.
+    /// Shows a menu at a screen position, as a context menu of `owner`, and returns at once; its window's
+    /// status bar tells why entries are grey. The menu goes when it is closed, and with its owner.
     void Track(std::string_view menuID, QWidget& owner, int screenX, int screenY);
 
 private:

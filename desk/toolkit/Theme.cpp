@@ -68,6 +68,8 @@ public:
             const QVariant delay = widget->property(kToolTipDelayProperty);
             if (delay.isValid() && delay.toInt() >= 0) return delay.toInt();
         }
+        // A grey entry tells its reason when the pointer or the keys come to it.
+        if (hint == SH_Menu_AllowActiveAndDisabled) return 1;
         return QProxyStyle::styleHint(hint, option, widget, returned);
     }
 

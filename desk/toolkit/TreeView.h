@@ -85,6 +85,7 @@ private:
     /// Opens or closes a row; with Alt all below it too, which is up to who listens to disclosures.
     void ToggleByUser(Row& row, bool open);
     void SetAllBelowOpen(Row& row, bool open);
+    bool HandleMenuKey(const QKeyEvent& event);
     bool HandleByOwner(const QKeyEvent& event);
     bool HandleTreeKey(int key, Row& current);
     /// The row that Return and the menu key mean: the current one if it is selected, else the one that was

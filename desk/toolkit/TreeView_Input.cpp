@@ -137,6 +137,7 @@ void TreeView::contextMenuEvent(QContextMenuEvent* event) {
     QPoint point = event->pos();
     if (event->reason() == QContextMenuEvent::Keyboard) {
         row = RowForKeyboard();
+        if (row) mTree.ScrollIntoView(*row, false, 0, false);
         point = row ? mTree.CellRect(*row, 0, RectOf(row.get())).bottomLeft().toPoint()
                     : viewport()->rect().center();
     } else {
@@ -193,6 +194,15 @@ bool TreeView::HandleTreeKey(int key, Row& current) {
     }
 }
 
+/// The key that asks for a context menu where no menu key does.
+bool TreeView::HandleMenuKey(const QKeyEvent& event) {
+    if (event.key() != Qt::Key_F10 || event.modifiers() != Qt::ShiftModifier) return false;
+    const QPoint point = viewport()->rect().center();
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, point, viewport()->mapToGlobal(point));
+    QCoreApplication::sendEvent(viewport(), &menu);
+    return true;
+}
+
 bool TreeView::HandleByOwner(const QKeyEvent& event) {
     if (event.key() != Qt::Key_Escape || event.modifiers() != Qt::NoModifier) return false;
     return mTree.OfferKey(host::UI_KeyboardEvent(host::kKey_Escape, host::GetCurrentModKeys()));
@@ -203,7 +213,7 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
     EndPause();
     FlushLayout();
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
-    if (HandleByOwner(*event)) return event->accept();
+    if (HandleMenuKey(*event) || HandleByOwner(*event)) return event->accept();
     const host::RowRef current(mTree.CurrentRow());
     const bool isPlain = !(event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier));
     if (current && isPlain && HandleTreeKey(event->key(), *current)) return event->accept();

@@ -33,6 +33,11 @@ public:
     /// state. The base asks the parent. Called often: must not wait for a volume.
     virtual bool FindCommandStatus(int id, bool& enabled, bool& checked, MenuMark& mark, UTF16String& text);
 
+    /// Why the command `id`, whose status is disabled, cannot be carried out now: a sentence for people,
+    /// localised, that the status bar shows beside the grey entry. Empty when nobody here knows. The base asks
+    /// the parent. Called when a menu opens: must not wait for a volume.
+    virtual UTF16String DescribeWhyDisabled(int id);
+
     /// Carries out a command. Returns false when nobody here does. The base asks the parent.
     virtual bool ObeyCommand(const Command& command);
 

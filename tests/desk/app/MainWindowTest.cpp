@@ -44,6 +44,21 @@ TEST_F(MainWindowTest, IsClosedOnceWhileAQuestionStands) {
     Production::Instance().Close();
 }
 
+TEST_F(MainWindowTest, EscapeLeavesTheMenuBarToo) {
+    MainWindow window(mProfile, &mRecent, {});
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    QMenuBar& bar = *window.menuBar();
+    const QPoint title = bar.actionGeometry(bar.actions().at(1)).center();
+    QTest::mouseClick(&bar, Qt::LeftButton, {}, title);
+    ASSERT_TRUE(QApplication::activePopupWidget());
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(QApplication::activePopupWidget());
+    EXPECT_EQ(bar.activeAction(), nullptr);
+}
+
 TEST_F(MainWindowTest, ALayoutThatCouldNotBeReadIsNotOverwritten) {
     mFolder.Write("profile/Window Layout.json", "{}");
     ExpectLogged log("Window Layout.json");

@@ -1,6 +1,8 @@
 #include <QMenu>
+#include <QTest>
 
 #include "desk/framework/MenuResources.h"
+#include "host/framework/MenuUtils.h"
 #include "tests/desk/framework/FrameworkFixture.h"
 
 namespace {
@@ -59,6 +61,46 @@ TEST_F(MenuResourcesTest, AProfilesMenuGoesBeforeAndStateCanNameAndMarkAnEntry) 
     mMenus.Fill(menu, kWingMenu);
     EXPECT_EQ(Shown(menu), (Events{"x Read && Write", "More", "  (Unknown)"}));
     desk::MainCommander::Instance().Register(900010, {}, {});
+}
+
+class HearsTips : public QObject {
+public:
+    explicit HearsTips(QObject* heard) : QObject(heard) { heard->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::StatusTip) mTip = static_cast<QStatusTipEvent*>(event)->tip();
+        return false;
+    }
+    QString mTip;
+};
+
+TEST_F(MenuResourcesTest, AContextMenuSaysWhyEntriesAreGreyAndGoesWithItsOwner) {
+    mMenus.Load(mFolder.Path());
+    mPanel->mCommands = {{30305, false}, {30306, true}, {60019, false}};
+    OpenPanel();
+    const host::Menu menu = host::Menu::Load("HandlerSharedProjects_Context_Menu_Project");
+    const auto open = [&] {
+        host::MenuUtils::TrackContextMenu(menu, *mPanel->GetToolkitContainer(), {10, 20});
+        return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    };
+    QMenu* shown = open();
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(shown->pos(), PanelWidget().mapToGlobal(QPoint(10, 20)));
+    EXPECT_EQ(Shown(*shown)[1], "Close Project");
+    EXPECT_FALSE(shown->findChild<QAction*>(QStringLiteral("command-60019"))->isVisible()) << "nobody holds it";
+    auto* tips = new HearsTips(PanelWidget().window());
+    Q_EMIT shown->hovered(shown->actions().at(0));
+    EXPECT_EQ(tips->mTip, QStringLiteral("This command cannot act on what is selected now."));
+    TakeEvents();
+    QTest::keyClick(shown, Qt::Key_Down);
+    EXPECT_EQ(tips->mTip, QString());
+    QTest::keyClick(shown, Qt::Key_Return);
+    EXPECT_EQ(TakeEvents(), Events{"panel 30306"});
+    ASSERT_TRUE(open());
+    mPanel->Destroy();
+    mMain.RunUntilIdle();
+    EXPECT_FALSE(QApplication::activePopupWidget());
+    const ExpectLogged log("There is no menu \"nowhere\"");
+    EXPECT_FALSE(host::Menu::Load("nowhere").IsValid());
 }
 
 TEST_F(MenuResourcesTest, AFileThatIsNotUnderstoodIsNamedAndLeftOut) {
