@@ -1,3 +1,5 @@
+#include <QDragEnterEvent>
+#include <QPointer>
 #include <QStyleOptionToolButton>
 #include <QStylePainter>
 #include <QToolButton>
@@ -6,7 +8,11 @@
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/ControlViewImpl.h"
 #include "desk/framework/TabViewImpl.h"
+#include "desk/toolkit/Callback.h"
+#include "desk/toolkit/DragSource.h"
+#include "desk/toolkit/DropRest.h"
 #include "desk/toolkit/PictureImpl.h"
+#include "desk/toolkit/ReceivedData.h"
 #include "host/toolkit/Bitmap.h"
 
 namespace desk {
@@ -14,6 +20,8 @@ namespace {
 
 /// The side of a button's picture at scale 1, in view units.
 constexpr double kPictureSide = 16;
+
+using DragSupport = host::SharedFunction<bool(int, host::UI_DropData*)>;
 
 class PictureToolButton : public QToolButton {
 public:
@@ -26,11 +34,21 @@ public:
         update();
     }
 
+    void SetDragSupport(DragSupport function) {
+        setAcceptDrops(IsSet(function));
+        mDragSupport = std::move(function);
+    }
+
 protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
     void paintEvent(QPaintEvent*) override {
         QStylePainter painter(this);
         QStyleOptionToolButton option;
         initStyleOption(&option);
+        if (mIsWelcome) option.state |= QStyle::State_Sunken;
         painter.drawComplexControl(QStyle::CC_ToolButton, option);
         if (!mBitmap.IsValid()) return;
         const double side = kPictureSide * mScale;
@@ -39,9 +57,58 @@ protected:
     }
 
 private:
+    bool Ask(int action, QPoint point);
+    void Forget();
+
     host::Bitmap mBitmap;
     double mScale = 1;
+    DragSupport mDragSupport;
+    std::shared_ptr<const host::OS_ReceiveData> mData;
+    DropRest mRest;
+    bool mIsWelcome = false;
 };
+
+bool PictureToolButton::Ask(int action, QPoint point) {
+    host::UI_DropData drop{mData.get(), {}, {point.x(), point.y()}};
+    return Call(mDragSupport, action, &drop);
+}
+
+void PictureToolButton::Forget() {
+    mData.reset();
+    mIsWelcome = false;
+    update();
+}
+
+void PictureToolButton::dragEnterEvent(QDragEnterEvent* event) {
+    mData = Receive(*event->mimeData(), event->source() != nullptr);
+    mRest.Restart();
+    mIsWelcome = isEnabled() && Ask(host::kDropAction_Entered, event->position().toPoint());
+    event->setAccepted(mIsWelcome);
+    update();
+}
+
+void PictureToolButton::dragLeaveEvent(QDragLeaveEvent*) {
+    if (mData) Ask(host::kDropAction_Left, {});
+    Forget();
+}
+
+void PictureToolButton::dropEvent(QDropEvent* event) {
+    const bool isTaken = mIsWelcome && mRest.HasRested();
+    event->setAccepted(isTaken);
+    if (!isTaken) {
+        DropRest::TellTooQuick();
+        return dragLeaveEvent(nullptr);
+    }
+    NoteDropInThisProcess();
+    const QPointer<PictureToolButton> button(this);
+    RunAfterDrag([button, data = mData, point = event->position().toPoint()] {
+        if (!button) return;
+        button->mData = data;
+        button->Ask(host::kDropAction_Dropped, point);
+        if (button) button->Forget();
+    });
+    Forget();
+}
 
 struct PictureButtonImpl : host::ControlView::Impl {
     PictureToolButton* Button() const { return static_cast<PictureToolButton*>(mWidget.data()); }
@@ -74,6 +141,11 @@ void PictureButton::Create(View& parent, int commandID, const Rect& bounds, cons
 void PictureButton::SetScale(float scale) {
     if (auto* button = static_cast<desk::PictureButtonImpl&>(GetImpl()).Button())
         button->SetScale(double(scale));
+}
+
+void PictureButton::SetDragSupportFxn(SharedFunction<bool(int action, UI_DropData* data)> function) {
+    if (auto* button = static_cast<desk::PictureButtonImpl&>(GetImpl()).Button())
+        button->SetDragSupport(std::move(function));
 }
 
 void PictureButton::SetStatusBarText(const UTF16String& text) {

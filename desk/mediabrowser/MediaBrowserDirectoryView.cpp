@@ -77,6 +77,8 @@ void MediaBrowserDirectoryView::DirectoryImpl::ClearCallbacks() {
     mTree->SetRowDoubleClickedCallback({});
     mTree->SetRowSingleClickDownCallback({});
     mTree->SetRowSingleClickUpCallback({});
+    mTree->SetSelectedRowsDraggedCallback({});
+    mTree->SetDropSupportCallback({});
     mTree->SetDrawCellOfRowCallback({});
     mTree->SetRowsSelectionChangedCallback({});
     mTree->SetRowOpenStateChangedCallback({});

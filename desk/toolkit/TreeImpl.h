@@ -41,6 +41,8 @@ struct TreeCallbacks {
     Shared<void(const Row&)> mVisibilityChanged;
     Shared<void(const host::RowVec&)> mSelectionChanged;
     Shared<int(const Row&)> mSelectionColor;
+    Shared<bool(const host::UI_MouseEvent&)> mRowsDragged;
+    Shared<bool(int, host::UI_DropData*)> mDropSupport;
 };
 
 }  // namespace desk

@@ -28,7 +28,7 @@ private:
 }  // namespace
 
 TreeView::TreeView(host::UI_MultiColumnTree::TreeImpl& tree)
-    : mTree(tree), mHeader(new TreeHeader(tree, this)), mSpinner(new BusySpinner(*this)) {
+    : mTree(tree), mHeader(new TreeHeader(tree, this)), mSpinner(new BusySpinner(*this)), mDrop(tree) {
     setItemDelegate(new RowHeightDelegate(tree, this));
     setHeader(mHeader);
     // Qt's own sorting is off, and takes clicks on the header away.

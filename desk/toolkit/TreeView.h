@@ -5,6 +5,7 @@
 #include <QTreeView>
 #include <chrono>
 
+#include "desk/toolkit/TreeDrop.h"
 #include "desk/toolkit/TreeHeader.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
 
@@ -29,6 +30,10 @@ public:
     bool IsPaused() const { return mPause.isActive(); }
     /// Paints what there is by now. Whoever does something sees at once what comes of it.
     void EndPause();
+    TreeDrop& GetDrop() { return mDrop; }
+    /// The opened row at a point of the viewport; null for none.
+    host::UI_MultiColumnTreeRow* RowAt(const QPoint& point) const;
+    host::Point ToTreePoint(const QPoint& point) const;
     /// Where an opened row stands in the viewport; empty for any other.
     QRect RectOf(const host::UI_MultiColumnTreeRow* row) const;
 
@@ -53,6 +58,10 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool viewportEvent(QEvent* event) override;
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
@@ -75,13 +84,16 @@ private:
     void PaintTriangle(QPainter& painter, const QRect& rect, Row& row) const;
     void PaintLines(QPainter& painter, const QRect& rect) const;
     void PaintEmptyText();
-    Row* RowAt(const QPoint& point) const;
+    void PaintDropTarget(QPainter& painter, const QRect& rect) const;
     /// The row whose triangle stands at `point`; null for none.
     Row* TriangleAt(const QPoint& point) const;
     void Hover(Row* row);
-    host::Point ToTreePoint(const QPoint& point) const;
     /// Tells the owner of a single click that begins at `point`, when it is one.
     void TellPressed(const QMouseEvent& event);
+    /// Takes note of a press from which a drag may come.
+    void PrepareDrag(const QMouseEvent& event);
+    bool MayDragNow(const QMouseEvent& event) const;
+    void Drag(const QMouseEvent& event);
     /// Opens or closes a row; with Alt all below it too, which is up to who listens to disclosures.
     void ToggleByUser(Row& row, bool open);
     void SetAllBelowOpen(Row& row, bool open);
@@ -108,6 +120,11 @@ private:
     bool mHasFocusByPress = false;
     /// The owner has heard of the mouse button that is down.
     bool mHasToldPress = false;
+    TreeDrop mDrop;
+    /// The selected row on which the left button went down, until it is dragged or let go; where and when.
+    host::RowRef mRowToDrag;
+    QPoint mPressPoint;
+    Clock::time_point mPressTime{};
     QString mTyped;
     QElapsedTimer mSinceTyped;
 };

@@ -86,17 +86,23 @@ void TreeView::mousePressEvent(QMouseEvent* event) {
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
     if (!row) {
         TellPressed(*event);
-        return QTreeView::mousePressEvent(event);
+        QTreeView::mousePressEvent(event);
+        return PrepareDrag(*event);
     }
     mHasPressedTriangle = true;
     ToggleByUser(*row, !row->IsOpen());
 }
 
 void TreeView::mouseMoveEvent(QMouseEvent* event) {
-    if (!mHasPressedTriangle) QTreeView::mouseMoveEvent(event);
+    if (mRowToDrag && (event->buttons() & Qt::LeftButton)) {
+        if (MayDragNow(*event)) Drag(*event);
+    } else if (!mHasPressedTriangle) {
+        QTreeView::mouseMoveEvent(event);
+    }
 }
 
 void TreeView::mouseReleaseEvent(QMouseEvent* event) {
+    mRowToDrag.reset();
     if (std::exchange(mHasPressedTriangle, false)) return;
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
     const QPoint point = event->position().toPoint();

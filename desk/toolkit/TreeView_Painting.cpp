@@ -50,6 +50,10 @@ void TreeView::paintEvent(QPaintEvent* event) {
     QTreeView::paintEvent(event);
     mIsPainting = wasPainting;
     if (mTree.CountOfOpened() == 0) PaintEmptyText();
+    if (mDrop.IsFeedbackShown() && !mDrop.GetDestination()) {
+        QPainter painter(viewport());
+        PaintDropTarget(painter, viewport()->rect());
+    }
     const auto time = std::exchange(mLayoutTime, {});
     if (time > (mTree.mBusy > 0 ? kLongLayoutWhileBusy : kLongLayout)) PausePainting(time);
 }
@@ -82,6 +86,12 @@ void TreeView::PaintEmptyText() {
                      mTree.mEmptyText);
 }
 
+void TreeView::PaintDropTarget(QPainter& painter, const QRect& rect) const {
+    painter.fillRect(rect, WithAlpha(ThemeColor::Accent, 40));
+    painter.setPen(QPen(Theme::Color(ThemeColor::Accent), 2));
+    painter.drawRect(rect.adjusted(1, 1, -1, -1));
+}
+
 void TreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     Row& row = *TreeModel::RowOf(index);
     PaintBackground(*painter, option.rect, row);
@@ -91,6 +101,7 @@ void TreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, co
             PaintCell(*painter, option.rect, row, column);
     }
     PaintTriangle(*painter, option.rect, row);
+    if (mDrop.IsFeedbackShown() && mDrop.GetDestination() == &row) PaintDropTarget(*painter, option.rect);
     PaintLines(*painter, option.rect);
     if (hasFocus() && currentIndex().internalPointer() == &row && !Access::IsSelected(row)) {
         painter->setPen(Theme::Color(ThemeColor::Accent));

@@ -216,6 +216,14 @@ UI_CellEditor& UI_MultiColumnTree::GetCellEditor() const {
     return ImplOf(*this).mCellEditor;
 }
 
+void UI_MultiColumnTree::SetSupportDragOverRow(bool support) {
+    ImplOf(*this).mView->viewport()->setAcceptDrops(support);
+}
+
+void UI_MultiColumnTree::ShowDragFeedback(Row* destination, bool show) {
+    if (ImplOf(*this).mView) ImplOf(*this).mView->GetDrop().ShowFeedback(destination, show);
+}
+
 float UI_MultiColumnTree::GetRowHeight() const {
     return ImplOf(*this).mRowHeight;
 }
@@ -325,6 +333,15 @@ void UI_MultiColumnTree::SetRowsSelectionChangedCallback(
 
 void UI_MultiColumnTree::SetRowSelectionColorCallback(SharedFunction<int(const RowRef&)> callback) {
     ImplOf(*this).mCallbacks.mSelectionColor = std::move(callback);
+}
+
+void UI_MultiColumnTree::SetSelectedRowsDraggedCallback(
+    SharedFunction<bool(const UI_MouseEvent& event)> callback) {
+    ImplOf(*this).mCallbacks.mRowsDragged = std::move(callback);
+}
+
+void UI_MultiColumnTree::SetDropSupportCallback(SharedFunction<bool(int action, UI_DropData* data)> callback) {
+    ImplOf(*this).mCallbacks.mDropSupport = std::move(callback);
 }
 
 }  // namespace host

@@ -6,6 +6,8 @@
 #include "host/core/Geometry.h"
 #include "host/core/Messaging.h"
 #include "host/core/Strings.h"
+#include "host/toolkit/DataTransfer.h"
+#include "host/toolkit/SharedFunction.h"
 
 namespace host {
 
@@ -53,6 +55,12 @@ public:
 
     /// Scale of the picture inside the button; 1 is its own size.
     void SetScale(float scale);
+
+    /// Answers drags over the button: `function` is told what happens (`kDropAction_...`, the row always
+    /// empty), and returns whether the drop would be welcome, or has been carried out. The drop is told later,
+    /// when the drag has ended; one that comes less than 200 ms after the pointer does nothing, and the status
+    /// bar says so. A null function takes drags off the button.
+    void SetDragSupportFxn(SharedFunction<bool(int action, UI_DropData* data)> function);
 
     /// Text for the window's status bar while the pointer is over the button.
     void SetStatusBarText(const UTF16String& text);

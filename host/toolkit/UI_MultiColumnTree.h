@@ -5,6 +5,7 @@
 
 #include "host/core/Geometry.h"
 #include "host/core/Strings.h"
+#include "host/toolkit/DataTransfer.h"
 #include "host/toolkit/Drawbot.h"
 #include "host/toolkit/UI_CellEditor.h"
 #include "host/toolkit/UI_MultiColumnTreeHeaderRow.h"
@@ -115,6 +116,15 @@ public:
     /// The tree's editor of cells; lives as long as the tree.
     UI_CellEditor& GetCellEditor() const;
 
+    // Dragging.
+
+    /// Lets drags come over the tree (`SetDropSupportCallback`); off by default.
+    void SetSupportDragOverRow(bool support);
+    /// Says where the drag that hovers would be dropped: `destination` lights up, the whole tree for null, and
+    /// the pointer shows that the drop is welcome; with `show` false nothing lights up, and the pointer shows
+    /// the forbidden sign. Only from within the drop-support callback; it begins with false each time.
+    void ShowDragFeedback(UI_MultiColumnTreeRow* destination, bool show);
+
     // Appearance.
 
     float GetRowHeight() const;
@@ -176,6 +186,21 @@ public:
     void SetRowsSelectionChangedCallback(SharedFunction<void(const RowVec& selected)> callback);
     /// The colour of selected rows, by the host's colour table; an empty callback is the theme's own.
     void SetRowSelectionColorCallback(SharedFunction<int(const RowRef&)> callback);
+
+    /// The user drags the selected rows: the left button went down on one of them without ending on a triangle,
+    /// 150 ms ago or more, and the pointer has gone the system's drag distance. Returns what the drag returned
+    /// (`OS_SendData::DoDragAndDrop`), during which this tree may go.
+    void SetSelectedRowsDraggedCallback(SharedFunction<bool(const UI_MouseEvent& event)> callback);
+    /// A drag is over the tree (`kDropAction_...`): once when it comes, then whenever the row under the pointer
+    /// is another one, when it leaves, and when it is dropped. Returns true when the action is one that it
+    /// knows; a drop is welcome while feedback shows (`ShowDragFeedback`). The tree sees to the rest:
+    /// - a closed folder opens after a second under the pointer, and near the edges the tree scrolls;
+    /// - a drop on a destination that has been so for less than 200 ms does nothing, and the status bar says
+    /// so;
+    ///   one whose row has gone meanwhile neither;
+    /// - the drop itself is told later, when the drag has ended, and may take its time. Feedback is gone by
+    /// then.
+    void SetDropSupportCallback(SharedFunction<bool(int action, UI_DropData* data)> callback);
 
 protected:
     explicit UI_MultiColumnTree(std::unique_ptr<UI_Node::Impl> impl);
