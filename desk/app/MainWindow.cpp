@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "desk/app/CopiesUnderWay.h"
+#include "desk/app/KeyChoice.h"
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
 #include "desk/app/ProjectCommands.h"
@@ -51,7 +52,8 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
       mProductions(std::make_unique<ProductionCommands>(*mStatusLine, recent)),
       mProjects(new ProjectArea(this)),
       mProjectCommands(std::make_unique<ProjectCommands>(*mProjects)),
-      mCopies(std::make_unique<CopiesUnderWay>()) {
+      mCopies(std::make_unique<CopiesUnderWay>()),
+      mKeyChoice(std::make_unique<KeyChoice>(profile)) {
     setCentralWidget(mProjects);
     connect(mProjects, &ProjectArea::ActiveProjectChanged, this, &MainWindow::UpdateTitle);
     UpdateTitle();
@@ -67,6 +69,7 @@ MainWindow::~MainWindow() {
     for (const int command : {kCommandQuit, kCommandAbout, kCommandShowPlaces})
         MainCommander::Instance().Register(command, {}, {});
     mProjects->disconnect(this);
+    mKeyChoice.reset();
     mCopies.reset();
     mProjectCommands.reset();
     mProductions.reset();

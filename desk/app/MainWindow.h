@@ -9,6 +9,7 @@
 namespace desk {
 
 class CopiesUnderWay;
+class KeyChoice;
 class Profile;
 class ProjectArea;
 class ProjectCommands;
@@ -60,6 +61,7 @@ private:
     ProjectArea* mProjects;
     std::unique_ptr<ProjectCommands> mProjectCommands;
     std::unique_ptr<CopiesUnderWay> mCopies;
+    std::unique_ptr<KeyChoice> mKeyChoice;
     bool mIsClosing = false;
 };
 

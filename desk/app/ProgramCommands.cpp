@@ -59,6 +59,10 @@ void DeclareProgramCommands() {
     declare("cmd.production.close", kCommandCloseProduction,
             "$$$/Desk/Commands/CloseProductionLabel=Close Production");
     declare("cmd.file.quit", kCommandQuit, "$$$/Desk/Commands/Quit=Quit");
+    declare("cmd.edit.returnrenames", kCommandReturnRenames,
+            "$$$/Desk/Commands/ReturnRenames=Return Renames, Ctrl+Return Opens");
+    declare("cmd.edit.returnopens", kCommandReturnOpens,
+            "$$$/Desk/Commands/ReturnOpens=Return Opens, F2 Renames");
     declare("cmd.help.about", kCommandAbout, "$$$/Desk/Commands/About=About Production Desk");
     declare("cmd.help.places", kCommandShowPlaces, "$$$/Desk/Commands/ShowPlaces=Where Settings and Log Are");
     DeclareProjectCommands();

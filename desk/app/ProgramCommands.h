@@ -36,6 +36,10 @@ inline constexpr int kCommandCut = 60032;
 inline constexpr int kCommandCopy = 60033;
 inline constexpr int kCommandPaste = 60034;
 
+/// What the Return key does in trees.
+inline constexpr int kCommandReturnRenames = 60041;
+inline constexpr int kCommandReturnOpens = 60042;
+
 /// The shortcut context of the place for open projects.
 inline constexpr char kProjectsContext[] = "projects";
 

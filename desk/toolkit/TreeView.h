@@ -99,6 +99,8 @@ private:
     void SetAllBelowOpen(Row& row, bool open);
     bool HandleMenuKey(const QKeyEvent& event);
     bool HandleByOwner(const QKeyEvent& event);
+    bool HandleOpenKey(const QKeyEvent& event);
+    void TellDoubleClicked();
     bool HandleTreeKey(int key, Row& current);
     /// The row that Return and the menu key mean: the current one if it is selected, else the one that was
     /// selected last; null when none is.

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "desk/toolkit/Callback.h"
+#include "desk/toolkit/KeyTable.h"
 #include "desk/toolkit/ModKeys.h"
 #include "desk/toolkit/Theme.h"
 #include "desk/toolkit/TreeImpl.h"
@@ -192,8 +193,7 @@ bool TreeView::HandleTreeKey(int key, Row& current) {
         }
         case Qt::Key_Return:
         case Qt::Key_Enter:
-            if (const host::RowRef row{RowForKeyboard()})
-                Call(mTree.mCallbacks.mDoubleClicked, row, ToTreePoint(RectOf(row.get()).center()));
+            TellDoubleClicked();
             return true;
         default:
             return false;
@@ -210,8 +210,23 @@ bool TreeView::HandleMenuKey(const QKeyEvent& event) {
 }
 
 bool TreeView::HandleByOwner(const QKeyEvent& event) {
-    if (event.key() != Qt::Key_Escape || event.modifiers() != Qt::NoModifier) return false;
-    return mTree.OfferKey(host::UI_KeyboardEvent(host::kKey_Escape, host::GetCurrentModKeys()));
+    const auto code = KeyTable::Instance().FindCode(event.key());
+    const bool isPlain = !(event.modifiers() & ~Qt::KeypadModifier);
+    return code && isPlain && mTree.OfferKey(host::UI_KeyboardEvent(*code, host::GetCurrentModKeys()));
+}
+
+/// Opens in every key table.
+bool TreeView::HandleOpenKey(const QKeyEvent& event) {
+    const bool isKey =
+        event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter || event.key() == Qt::Key_Down;
+    if (!isKey || (event.modifiers() & ~Qt::KeypadModifier) != Qt::ControlModifier) return false;
+    TellDoubleClicked();
+    return true;
+}
+
+void TreeView::TellDoubleClicked() {
+    if (const host::RowRef row{RowForKeyboard()})
+        Call(mTree.mCallbacks.mDoubleClicked, row, ToTreePoint(RectOf(row.get()).center()));
 }
 
 void TreeView::keyPressEvent(QKeyEvent* event) {
@@ -219,7 +234,7 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
     EndPause();
     FlushLayout();
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
-    if (HandleMenuKey(*event) || HandleByOwner(*event)) return event->accept();
+    if (HandleMenuKey(*event) || HandleOpenKey(*event) || HandleByOwner(*event)) return event->accept();
     const host::RowRef current(mTree.CurrentRow());
     const bool isPlain = !(event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier));
     if (current && isPlain && HandleTreeKey(event->key(), *current)) return event->accept();

@@ -7,7 +7,11 @@ namespace host {
 /// The flags of modifier keys.
 inline constexpr unsigned kModKey_Alt = 16;
 
-/// The codes of keys, in the host's key table.
+/// The key values of the host's key table, which is a resource of the host and the user's choice: which keys
+/// carry them is nobody else's to know. A view hears of keys in the table, pressed without a modifier. The
+/// first two are those of Return and the keypad's Enter, where the user has not chosen that these open.
+inline constexpr int kKey_Return = 4;
+inline constexpr int kKey_Enter = 5;
 inline constexpr int kKey_Escape = 27;
 
 /// The modifier keys of the user's input that is being handled. A key that stands for another one with a

@@ -1,13 +1,17 @@
 #include <QTest>
 
+#include "desk/app/KeyChoice.h"
 #include "desk/app/MainWindow.h"
+#include "desk/app/ProgramCommands.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/Screenshot.h"
 #include "desk/core/settings/Profile.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/project/production/CopyQueue.h"
 #include "desk/project/production/Production.h"
+#include "desk/toolkit/KeyTable.h"
 #include "host/project/ProductionItems.h"
+#include "host/toolkit/UI_KeyboardEvent.h"
 #include "tests/desk/files/FollowedFolder.h"
 
 namespace desk {
@@ -57,6 +61,19 @@ TEST_F(MainWindowTest, EscapeLeavesTheMenuBarToo) {
     QCoreApplication::processEvents();
     EXPECT_FALSE(QApplication::activePopupWidget());
     EXPECT_EQ(bar.activeAction(), nullptr);
+}
+
+TEST_F(MainWindowTest, WhatReturnDoesIsTheUsersChoiceAndRemembered) {
+    const KeyTable& keys = KeyTable::Instance();
+    for (const auto& [command, code] : {std::pair(kCommandReturnOpens, 0), {kCommandReturnRenames, 4}}) {
+        const auto window = std::make_unique<MainWindow>(mProfile, &mRecent, QSize());
+        window->findChild<QAction*>(QStringLiteral("command-%1").arg(command))->trigger();
+        EXPECT_EQ(keys.FindCode(Qt::Key_Return).value_or(0), code);
+        KeyTable::Instance().Choose(code ? KeyTable::kReturnOpens : KeyTable::kReturnRenames);
+        const KeyChoice again(mProfile);
+        EXPECT_EQ(keys.FindCode(Qt::Key_Return).value_or(0), code);
+        EXPECT_EQ(keys.FindCode(Qt::Key_Escape), host::kKey_Escape);
+    }
 }
 
 TEST_F(MainWindowTest, ALayoutThatCouldNotBeReadIsNotOverwritten) {

@@ -1,3 +1,5 @@
+#include "desk/toolkit/KeyTable.h"
+#include "host/toolkit/UI_KeyboardEvent.h"
 #include "tests/desk/toolkit/TreeFixture.h"
 
 namespace {
@@ -94,6 +96,36 @@ TEST_F(TreeSelectionTest, KeysWalkTheTreeAndDisclose) {
     EXPECT_FALSE(inner->IsOpen());
     Press(Qt::Key_P);
     EXPECT_EQ(Selected(), Rows{"p"}) << "typing a name finds it";
+}
+
+class KeyHearingView : public host::UI_SubView {
+public:
+    bool UI_DoKeyboardEvent(host::UI_Node*, const host::UI_KeyboardEvent& event) override {
+        mCodes.push_back(event.GetCode());
+        return true;
+    }
+    std::vector<int> mCodes;
+};
+
+TEST_F(TreeSelectionTest, KeysOfTheTableGoToTheOwnerAndControlOpensInEachTable) {
+    const host::RefPtr<KeyHearingView> view = new KeyHearingView;
+    mContainer->RemoveChild(mTree.get());
+    mContainer->AddChild(view);
+    view->UI_SetBounds({0, 0, 600, 528});
+    view->AddChild(mTree);
+    int opened = 0;
+    mTree->SetRowDoubleClickedCallback(Shared([&](const host::RowRef&, host::Point) { ++opened; }));
+    Click(Add(nullptr, {"p"})[0]);
+    for (const char* table : {desk::KeyTable::kReturnOpens, desk::KeyTable::kReturnRenames}) {
+        desk::KeyTable::Instance().Choose(table);
+        Press(Qt::Key_Return);
+        Press(Qt::Key_Enter, Qt::KeypadModifier);
+        Press(Qt::Key_Escape);
+        Press(Qt::Key_Return, Qt::ControlModifier);
+        Press(Qt::Key_Down, Qt::ControlModifier);
+    }
+    EXPECT_EQ(view->mCodes, (std::vector{27, host::kKey_Return, host::kKey_Enter, 27}));
+    EXPECT_EQ(opened, 2 + 2 + 2);
 }
 
 TEST_F(TreeSelectionTest, DoubleClicksReturnAndContextMenusMeanASelectedRowAndMayEmptyTheTree) {
