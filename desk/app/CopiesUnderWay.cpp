@@ -6,6 +6,7 @@
 #include "desk/core/edges/Dialogs.h"
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
+#include "desk/framework/DockWorkspace.h"
 #include "desk/project/production/CopyQueue.h"
 #include "host/core/Localizer.h"
 #include "host/framework/Identifiers.h"
@@ -13,18 +14,6 @@
 #include "host/framework/Workspace.h"
 
 namespace desk {
-namespace {
-
-void ShowProgressPanel() {
-    host::Workspace* workspace = host::Workspace::Instance().GetPtr();
-    if (!workspace) return;
-    host::TabView* panel = workspace->FindFirstTabViewOfType(host::kProgressHandlerID);
-    if (!panel) panel = workspace->CreateOrReanimateTabView(host::kProgressHandlerID, host::PropertyList());
-    if (panel) panel->BringToFront(false, false);
-}
-
-}  // namespace
-
 CopiesUnderWay::CopiesUnderWay() {
     host::AddListener(kStation_CopyQueue, this);
 }
@@ -51,16 +40,38 @@ bool CopiesUnderWay::MayBeCancelled() {
 void CopiesUnderWay::ListenToMessage(const host::Message& message) {
     const CopyQueue* queue = CopyQueue::Current();
     if (!queue || !host::MessageCast<CopyQueueChangedMessage>(message)) return;
-    if (HasNewFailure()) ShowProgressPanel();
+    if (HasNewFailure()) ShowPanel();
     const bool wasBusy = std::exchange(mIsBusy, queue->IsBusy());
     if (mIsBusy == wasBusy) return;
-    const unsigned busyTime = ++*mBusyTime;
-    if (!mIsBusy) return;
+    ++*mBusyTime;
+    mIsBusy ? DoAfter(kLong, &CopiesUnderWay::ShowPanel) : DoAfter(kShownAfter, &CopiesUnderWay::HidePanel);
+}
+
+void CopiesUnderWay::DoAfter(std::chrono::milliseconds time, void (CopiesUnderWay::*action)()) {
     GetServices().mMainThread->PostDelayed(
-        [busyTime, current = mBusyTime] {
-            if (*current == busyTime) ShowProgressPanel();
+        [this, action, busyTime = *mBusyTime, current = mBusyTime] {
+            if (*current == busyTime) (this->*action)();
         },
-        kLong);
+        time);
+}
+
+void CopiesUnderWay::ShowPanel() {
+    host::Workspace* workspace = host::Workspace::Instance().GetPtr();
+    if (!workspace) return;
+    host::TabView* panel = workspace->FindFirstTabViewOfType(host::kProgressHandlerID);
+    if (!panel) {
+        panel = workspace->CreateOrReanimateTabView(host::kProgressHandlerID, host::PropertyList());
+        mHasOpenedPanel = panel;
+    }
+    if (panel) panel->BringToFront(false, false);
+}
+
+void CopiesUnderWay::HidePanel() {
+    auto* workspace = dynamic_cast<DockWorkspace*>(host::Workspace::Instance().GetPtr());
+    const auto hasFailed = [](const CopyJob& job) { return job.HasFailed(); };
+    if (!workspace || std::ranges::any_of(CopyQueue::Current()->GetJobs(), hasFailed)) return;
+    if (std::exchange(mHasOpenedPanel, false) && !workspace->IsOpenedByUser(host::kProgressHandlerID))
+        workspace->ClosePanel(host::kProgressHandlerID);
 }
 
 bool CopiesUnderWay::HasNewFailure() {

@@ -40,6 +40,7 @@ public:
     /// Closes a panel: asks its handler, then destroys view and handler, or hides the panel, as the handler
     /// wishes. False when the handler did not allow it.
     bool ClosePanel(const host::UTF16String& handlerID);
+    bool IsOpenedByUser(const host::UTF16String& handlerID) const { return mOpenedByUser.contains(handlerID); }
     /// Opens the panel or brings it to the front; closes it when it is there already and nothing of it can be
     /// covered.
     void TogglePanel(const host::UTF16String& handlerID);

@@ -105,6 +105,13 @@ TEST_F(CopyProgressTest, ThePanelComesUpForALongCopyAndAFailureButLeavesTheFocus
     ClosePanel();
     LetCopiesGo();
     EXPECT_FALSE(IsPanelOpen()) << "the user has closed it";
+    HoldCopies();
+    Copy("Another.zuproj");
+    ASSERT_TRUE(mDisk.WaitAtGate());
+    mMain.AdvanceAlone(CopiesUnderWay::kLong);
+    EXPECT_TRUE(IsPanelOpen());
+    LetCopiesGo();
+    EXPECT_FALSE(IsPanelOpen()) << "the program opened it, and nothing is left to see";
     const ExpectLogged refused("Permission denied"), told("was not copied");
     FailNextCopy();
     Copy("Refused.zuproj");
