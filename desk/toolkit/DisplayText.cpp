@@ -1,6 +1,7 @@
 #include <QStringView>
 #include <algorithm>
 
+#include "desk/core/names/Isolation.h"
 #include "desk/toolkit/Theme.h"
 
 namespace desk {
@@ -44,9 +45,14 @@ QString ToDisplayText(std::u16string_view text) {
     const bool isBlank = IsBlank(text);
     QString shown;
     shown.reserve(qsizetype(text.size()));
+    std::size_t endOfIsolate = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char16_t unit = text[i];
-        if (QChar::isHighSurrogate(unit) && i + 1 < text.size() && QChar::isLowSurrogate(text[i + 1])) {
+        if (const std::size_t isolate = FindIsolate(text.substr(i))) endOfIsolate = i + isolate - 1;
+        const bool isIsolating = endOfIsolate > 0 && (i == endOfIsolate || unit == u'\u2068');
+        if (isIsolating) {
+            shown += QChar(unit);
+        } else if (QChar::isHighSurrogate(unit) && i + 1 < text.size() && QChar::isLowSurrogate(text[i + 1])) {
             shown += QChar(unit);
             shown += QChar(text[++i]);
         } else if (isBlank || IsControl(unit) || IsBidirectionalFormat(unit) || QChar::isSurrogate(unit)) {

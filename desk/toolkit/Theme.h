@@ -46,7 +46,7 @@ public:
 
 /// `text` made safe to show as one line of plain text: control and bidirectional formatting characters,
 /// line separators and units that stand for raw bytes become visible escapes ("\n", "\u202E", "\xE9"), and so
-/// do spaces where there is nothing else.
+/// do spaces where there is nothing else. What isolates a name in a sentence (`Isolate`) stays.
 ZUHOST_API QString ToDisplayText(std::u16string_view text);
 
 }  // namespace desk

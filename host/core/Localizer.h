@@ -23,8 +23,9 @@ public:
 };
 
 /// Localises `key` (see `Localizer`) and replaces "@0", "@1", ... by `arguments` in that order; a
-/// placeholder without an argument stays, and the arguments are not searched for placeholders.
-/// Any thread.
+/// placeholder without an argument stays, and the arguments are not searched for placeholders. An argument with
+/// right-to-left letters stands between U+2068 and U+2069, so that it does not turn the sentence around: the
+/// text is for people, and no name. Any thread.
 ZUHOST_API UTF16String ZString(std::string_view key, std::initializer_list<UTF16String> arguments = {});
 
 }  // namespace host

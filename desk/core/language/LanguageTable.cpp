@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "desk/core/log/Log.h"
+#include "desk/core/names/Isolation.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/core/settings/JsonFile.h"
 #include "host/core/Localizer.h"
@@ -177,7 +178,7 @@ UTF16String ZString(std::string_view key, std::initializer_list<UTF16String> arg
         std::size_t index = 0;
         const std::size_t end = text[i] == u'@' ? ReadPlaceholder(text, i + 1, index) : i + 1;
         if (text[i] == u'@' && end > i + 1 && index < arguments.size())
-            out += arguments.begin()[index];
+            out += desk::Isolate(arguments.begin()[index]);
         else
             out.append(text, i, end - i);
         i = end;

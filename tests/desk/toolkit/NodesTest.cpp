@@ -2,9 +2,11 @@
 
 #include <QTest>
 
+#include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
 #include "desk/toolkit/TreeAccess.h"
 #include "desk/toolkit/WidgetContainer.h"
+#include "host/core/Localizer.h"
 #include "host/toolkit/UI_Slider.h"
 #include "host/toolkit/UI_StaticImage.h"
 #include "host/toolkit/UI_StaticText.h"
@@ -52,6 +54,11 @@ TEST(DisplayTextTest, EscapesWhatWouldChangeTheLineAndNothingElse) {
     EXPECT_EQ(desk::ToDisplayText(u"Reel 1 \u00e4\u05d0\u200d\U0001F3AC"),
               QString::fromUtf16(u"Reel 1 \u00e4\u05d0\u200d\U0001F3AC"));
     EXPECT_EQ(desk::ToDisplayText(u"a\nb\tc\r\u001b"), "a\\nb\\tc\\r\\u001B");
+    const host::UTF16String name = u"\u0645\u0634\u0647\u062F";
+    const host::UTF16String told = host::ZString("$$$/Test/Name=Is “@0” (@1) here?", {name, u"Reel"});
+    EXPECT_EQ(told, u"Is “\u2068" + name + u"\u2069” (Reel) here?");
+    EXPECT_EQ(desk::ToDisplayText(told), desk::ToQString(told)) << "the isolate stays";
+    EXPECT_EQ(desk::ToDisplayText(u"\u2068x\u2069"), "\\u2068x\\u2069");
     EXPECT_EQ(desk::ToDisplayText(u"x\u202Egpj\u2066\u2029"), "x\\u202Egpj\\u2066\\u2029");
     EXPECT_EQ(desk::ToDisplayText(std::u16string{u'a', 0xDCE9, 0xD800, u'b'}), "a\\xE9\\uD800b");
     EXPECT_EQ(desk::ToDisplayText(u" \u00a0"), "\\u0020\\u00A0") << "a project named \" .zuproj\" has a name";
