@@ -14,9 +14,9 @@
 #include "desk/app/ProgramCommands.h"
 #include "desk/app/ProjectArea.h"
 #include "desk/app/ProjectCommands.h"
-#include "desk/app/ProjectTexts.h"
 #include "desk/app/RecentProductions.h"
 #include "desk/app/StatusLine.h"
+#include "desk/app/WindowTitle.h"
 #include "desk/core/edges/Dialogs.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/language/Localized.h"
@@ -55,8 +55,7 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
       mCopies(std::make_unique<CopiesUnderWay>()),
       mKeyChoice(std::make_unique<KeyChoice>(profile)) {
     setCentralWidget(mProjects);
-    connect(mProjects, &ProjectArea::ActiveProjectChanged, this, &MainWindow::UpdateTitle);
-    UpdateTitle();
+    mTitle = std::make_unique<WindowTitle>(*this, *mProjects);
     RegisterCommands();
     DeclareProgramCommands();
     MakeMenus();
@@ -69,6 +68,7 @@ MainWindow::~MainWindow() {
     for (const int command : {kCommandQuit, kCommandAbout, kCommandShowPlaces})
         MainCommander::Instance().Register(command, {}, {});
     mProjects->disconnect(this);
+    mTitle.reset();
     mKeyChoice.reset();
     mCopies.reset();
     mProjectCommands.reset();
@@ -197,12 +197,6 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     if (!isDone) return;
     event->accept();
     QCoreApplication::exit();
-}
-
-void MainWindow::UpdateTitle() {
-    const ProjectDocumentRef active = mProjects->GetActiveDocument();
-    const QString program = QStringLiteral("Production Desk");
-    setWindowTitle(active ? ToWindowTitle(ProjectTitle(*active)) + QStringLiteral(" — ") + program : program);
 }
 
 /// Qt would offer the docks here, and hide them past the workspace.

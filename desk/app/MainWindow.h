@@ -10,6 +10,7 @@ namespace desk {
 
 class CopiesUnderWay;
 class KeyChoice;
+class WindowTitle;
 class Profile;
 class ProjectArea;
 class ProjectCommands;
@@ -50,7 +51,6 @@ private:
     void RestoreLayout(QSize size);
     void ShowAbout();
     void ShowPlaces();
-    void UpdateTitle();
 
     const Profile& mProfile;
     RecentProductions* mRecent;
@@ -62,6 +62,7 @@ private:
     std::unique_ptr<ProjectCommands> mProjectCommands;
     std::unique_ptr<CopiesUnderWay> mCopies;
     std::unique_ptr<KeyChoice> mKeyChoice;
+    std::unique_ptr<WindowTitle> mTitle;
     bool mIsClosing = false;
 };
 
