@@ -375,7 +375,8 @@ std::vector<double> MeasureCancellingTrash(BenchedTree& tree) {
         auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
         if (!dialog || dialog->wasCanceled()) return;
         cancelled = Clock::now();
-        dialog->cancel();
+        // As its button does; the slot of that name tells nobody.
+        Q_EMIT dialog->canceled();
     });
     canceller.start(1ms);
     EventLoopProbe probe;
@@ -383,7 +384,7 @@ std::vector<double> MeasureCancellingTrash(BenchedTree& tree) {
     dynamic_cast<PanelBench&>(tree).Send(host::CommandID::kMoveToTrash);
     const auto end = Clock::now();
     const double gap = probe.Stop(end);
-    if (CountRows(view) != 1) throw std::runtime_error("the folder is gone");
+    if (!std::filesystem::exists(folder.Path() + "/Reels")) throw std::runtime_error("the folder is gone");
     tree.Close();
     application.RunFor(2500ms);
     return {cancelled == Clock::time_point{} ? 0 : Milliseconds(cancelled, end), gap};
