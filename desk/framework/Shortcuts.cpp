@@ -22,8 +22,8 @@ public:
         : mName(name), mDisplayName(std::move(displayName)) {}
 
     void DeclareCommand(std::string_view name, int id, host::CommandKind kind, std::string_view label,
-                        const char*, bool isHidden) override {
-        DeclaredCommand command{std::string(name), id, kind, host::Localizer::Get()->Localize(label), isHidden};
+                        const char*, bool) override {
+        DeclaredCommand command{std::string(name), id, kind, host::Localizer::Get()->Localize(label)};
         const auto found = std::ranges::find(mCommands, command.mName, &DeclaredCommand::mName);
         if (found != mCommands.end())
             *found = std::move(command);

@@ -26,7 +26,6 @@ struct DeclaredCommand {
     host::CommandKind mKind = host::CommandKind::MenuCommand;
     /// Localised.
     host::UTF16String mLabel;
-    bool mIsHidden = false;
 };
 
 /// Where keys come from: by context, then by the command's name.

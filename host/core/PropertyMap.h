@@ -11,6 +11,7 @@ namespace host {
 /// A few named values of any type; keys are unique. Copyable. Any thread, one at a time.
 class PropertyMap {
 public:
+    /// Sets the value of `key`, in place of the one that it has.
     void Set(const ImmutableString& key, boost::any value) {
         for (auto& entry : mEntries)
             if (entry.first == key) {

@@ -16,6 +16,7 @@ public:
     FileException(std::string_view operation, const UTF16String& path, int systemError);
     ~FileException() override;
 
+    /// As they were given.
     const std::string& Operation() const { return mOperation; }
     const UTF16String& Path() const { return mPath; }
     int SystemError() const { return mSystemError; }

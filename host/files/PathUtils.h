@@ -32,6 +32,7 @@ ZUHOST_API UTF16String GetFullFilePart(const UTF16String& path);
 /// What stands before the last component, with the separator at its end. Any thread.
 ZUHOST_API UTF16String GetFullDirectoryPart(const UTF16String& path);
 
+/// A slash. Any thread.
 ZUHOST_API char16_t GetPathSeparator();
 
 /// True for a folder (a symbolic link to a folder counts). Answered from fresh facts of a listed

@@ -25,11 +25,15 @@ public:
 
     /// True from `Create` until `Destroy`. All other operations do nothing while it is false.
     bool IsCreated() const;
+    /// Takes the control out of its parent; it can be created again.
     void Destroy();
 
+    /// A disabled control is grey and does nothing. Enabled by default.
     void Enable(bool enable);
     bool IsEnabled() const;
+    /// Shown by default.
     void Show(bool show);
+    /// The rectangle in the parent, in view units.
     void SetBounds(const Rect& bounds);
     Rect GetBounds() const;
     /// Plain, localised text; also the control's name for assistive technology where it has no other.
@@ -79,7 +83,9 @@ public:
     /// only Return does.
     void Create(View& parent, const Rect& bounds, bool liveUpdate);
 
+    /// Plain text, as it was typed or set.
     UTF16String GetText() const;
+    /// Announces a change, as typing does.
     void SetText(const UTF16String& text);
     /// A number that tells the field from others.
     void SetCookie(unsigned cookie);

@@ -22,6 +22,7 @@ public:
     void SetTitle(const UTF16String& title);
     UTF16String GetTitle() const;
 
+    /// Takes the tab out of sight; the view stays as it is.
     void Hide();
 
     /// Makes the tab the front one of its frame; with `takeFocus` it also gets the keyboard, with

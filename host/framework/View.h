@@ -30,6 +30,7 @@ public:
     /// Gives the view a new rectangle and lays out what is in it (`SetBoundsSelf`).
     void SetBounds(const Rect& bounds);
 
+    /// Shows or hides the view with all that is in it; shown by default.
     void Show(bool show);
 
     /// The toolkit's container that fills the view: where toolkit children are added.

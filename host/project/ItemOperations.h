@@ -45,9 +45,9 @@ struct ItemOutcome {
 };
 
 /// True when moves out of the folders of `sources`, and into `folder`, can begin: permissions and volumes allow
-/// changes, as far as they tell. Else the user is told in one message what would not
-/// move, and why. For who is about to do something for a move that could not be taken back. Throws
-/// `FileException` (ECANCELED) when the user does not want to wait for the volume. UI thread.
+/// changes, as far as they tell. Else the user is told in one message what would not move, and why. For who is
+/// about to do something for a move that could not be taken back. Throws `FileException` (ECANCELED) when the
+/// user does not want to wait for the volume. UI thread.
 ZUHOST_API bool CanMoveItemsTo(const UTF16StringVec& sources, const UTF16String& folder);
 
 /// Tells the user in one message what was not moved: `sentences` are one for each item. UI thread.

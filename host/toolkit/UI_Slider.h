@@ -14,12 +14,14 @@ public:
     UI_Slider(UI_Direction direction, bool isContinuous);
     ~UI_Slider() override;
 
+    /// Both ends can be reached; `minimum` is the smaller one. The value is clamped to the new range.
     void SetRange(double minimum, double maximum);
     /// Sets the value, clamped to the range; does not call the change notifications.
     void SetValue(double value);
     double GetValue() const;
     /// Size of the thumb in view units.
     void SetThumbSize(float width, float height);
+    /// A disabled slider shows its value, and the user cannot change it. Enabled by default.
     void Enable(bool enable);
 };
 

@@ -14,18 +14,22 @@ inline constexpr unsigned kImageStateEnabled = 4;
 /// Asks for the image of a control, and takes the answer: a bitmap or a picture, the last one supplied.
 class UI_ImageSupplyMessage {
 public:
+    /// The state in which the image is to be shown: `kImageStateEnabled`, or 0 for a disabled control.
     unsigned GetStateFlags() const { return mStateFlags; }
     void SetStateFlags(unsigned flags) { mStateFlags = flags; }
 
+    /// Answers with a copy of `bitmap`, in place of what was supplied before.
     void SupplyBitmap(const Bitmap& bitmap) {
         mBitmap = bitmap;
         mPicture.reset();
     }
+    /// Answers with a picture, which is shared, in place of what was supplied before.
     void SupplyPicture(PictureRef picture) {
         mPicture = std::move(picture);
         mBitmap = {};
     }
 
+    /// The answer: at most one of the two is there.
     const Bitmap& GetBitmap() const { return mBitmap; }
     const PictureRef& GetPicture() const { return mPicture; }
 

@@ -13,8 +13,10 @@ public:
     explicit UI_StaticText(UTF16String value = {});
     ~UI_StaticText() override;
 
+    /// The text as it was given, unescaped; empty shows nothing.
     void SetValue(const UTF16String& value);
     const UTF16String& GetValue() const;
+    /// Where the text stands in a wider rectangle; left by default.
     void SetAlignment(UI_Alignment alignment);
     /// Height of the font in view units (pixel size); 0, the default, is the theme's own.
     void SetFontSize(float size);

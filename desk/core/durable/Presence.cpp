@@ -9,6 +9,7 @@
 
 #include "desk/core/durable/PosixErrors.h"
 #include "desk/core/edges/FileSystem.h"
+#include "desk/core/log/Log.h"
 #include "desk/core/names/FolderPath.h"
 #include "host/files/FileException.h"
 
@@ -105,6 +106,15 @@ bool IsListed(FileSystem& fileSystem, const std::string& path) {
     const std::string name = NameOf(path);
     const auto entries = fileSystem.ListFolder(FolderOf(path));
     return std::ranges::find(entries, name, &FolderEntry::mName) != entries.end();
+}
+
+bool DoesHold(FileSystem& fileSystem, const std::string& path, const std::string& bytes) {
+    try {
+        return fileSystem.ReadSmallFile(path, bytes.size()) == bytes;
+    } catch (const host::FileException& exception) {
+        Log(LogLevel::Info, exception.what());
+        return false;
+    }
 }
 
 bool IsRefusal(int systemError) {

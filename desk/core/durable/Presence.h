@@ -36,6 +36,10 @@ ZUHOST_API void ThrowIfTaken(FileSystem& fileSystem, std::string_view operation,
 /// Waits for the volume: for a worker.
 ZUHOST_API bool IsListed(FileSystem& fileSystem, const std::string& path);
 
+/// True when the file at `path` is told to hold just `bytes`; false also when it cannot be read. Waits for the
+/// volume: for a worker.
+ZUHOST_API bool DoesHold(FileSystem& fileSystem, const std::string& path, const std::string& bytes);
+
 /// True for the errors that say that nothing stands there, which the volume may say of old. Any thread.
 inline bool IsAbsence(int systemError) {
     return systemError == ENOENT || systemError == ENOTDIR;

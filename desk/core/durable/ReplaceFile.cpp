@@ -82,7 +82,8 @@ private:
             } catch (const host::FileException& exception) {
                 const auto found = FindPresence(mDisk, {mPath, mTemporary});
                 const bool isThere = found[0] == Presence::There;
-                if (isThere && found[1] == Presence::Gone && Holds(bytes)) return Finish();
+                // Somebody else may have removed the temporary.
+                if (isThere && found[1] == Presence::Gone && DoesHold(mDisk, mPath, bytes)) return Finish();
                 // A refusal speaks for the last step of a replacement only: the old file may be gone already.
                 if (isThere && (found[1] == Presence::There || IsRefusal(exception.SystemError())))
                     return GiveUp(exception);
@@ -90,16 +91,6 @@ private:
                 const bool isNameFree = found[0] == Presence::Gone && found[1] == Presence::There;
                 if (!isNameFree || tries == kTries) return Keep(exception, found[1] != Presence::Gone);
             }
-        }
-    }
-
-    /// Whether the file is the new one: somebody else may have removed the temporary.
-    bool Holds(const std::string& bytes) const {
-        try {
-            return mDisk.ReadSmallFile(mPath, bytes.size()) == bytes;
-        } catch (const host::FileException& exception) {
-            Log(LogLevel::Info, exception.what());
-            return false;
         }
     }
 

@@ -13,7 +13,7 @@ void WorkProgress::SetItem(const host::UTF16String& item) {
 
 WorkProgress::State WorkProgress::Get() const {
     const std::scoped_lock lock(mMutex);
-    return {mItem, mBytesDone, mBytesTotal, std::chrono::steady_clock::now() - mBegin};
+    return {mItem, mBytesDone, mBytesTotal};
 }
 
 void WorkProgress::ThrowIfCancelled(const char* operation, const std::string& path) const {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <mutex>
 
@@ -19,11 +18,9 @@ public:
         std::uint64_t mBytesDone = 0;
         /// 0 while it is not known.
         std::uint64_t mBytesTotal = 0;
-        std::chrono::steady_clock::duration mElapsed{0};
     };
 
     void SetItem(const host::UTF16String& item);
-    void SetTotal(std::uint64_t bytes) { mBytesTotal = bytes; }
     void AddToTotal(std::uint64_t bytes) { mBytesTotal += bytes; }
     void AddDone(std::uint64_t bytes) { mBytesDone += bytes; }
     State Get() const;
@@ -40,7 +37,6 @@ private:
     std::atomic<std::uint64_t> mBytesDone = 0;
     std::atomic<std::uint64_t> mBytesTotal = 0;
     std::atomic<bool> mIsCancelled = false;
-    const std::chrono::steady_clock::time_point mBegin = std::chrono::steady_clock::now();
 };
 
 }  // namespace desk

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "desk/core/edges/FileSystem.h"
+#include "desk/core/durable/Presence.h"
 #include "desk/core/edges/Services.h"
 #include "desk/files/live/FolderStore.h"
 #include "desk/files/live/KnownFacts.h"
@@ -36,7 +37,7 @@ File::File(const UTF16String& path) {
     try {
         keep(desk::GetServices().mFileSystem->Status(UTF16to8(path), true));
     } catch (const FileException& exception) {
-        mExists = exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR;
+        mExists = !desk::IsAbsence(exception.SystemError());
         if (!mExists) return;
         mSystemError = exception.SystemError();
         mPath = path;

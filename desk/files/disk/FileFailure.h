@@ -15,8 +15,7 @@ ZUHOST_API host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path,
                                                   const host::UTF16String& destination,
                                                   const host::FileException& reason);
 
-/// That the item at `path` was not copied or not moved, and why, or that it may have been and where it may
-/// stand
+/// That the item at `path` was not copied or not moved, and why, or that it may have been and where it may stand
 /// (`MoveInDoubt`): a sentence for the user (localised), empty when it was the user that cancelled. Writes
 /// operation, path and reason to the log. UI thread.
 ZUHOST_API host::UTF16String DescribeNotCopied(const host::UTF16String& path,

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "desk/core/durable/Presence.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/names/HostNames.h"
 #include "desk/core/names/LockRecord.h"
@@ -74,7 +75,7 @@ ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, boo
         update.mFacts.mKind = status.mKind;
         update.mFacts.mStatus = status;
     } catch (const host::FileException& exception) {
-        update.mIsGone = exception.SystemError() == ENOENT || exception.SystemError() == ENOTDIR;
+        update.mIsGone = IsAbsence(exception.SystemError());
         update.mSystemError = exception.SystemError();
         return update;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "desk/core/durable/Presence.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/project/document/ProjectFile.h"
 
@@ -28,7 +29,7 @@ bool IsThere(FileSystem& fileSystem, const std::string& path) {
         fileSystem.Status(path, false);
         return true;
     } catch (const host::FileException& exception) {
-        if (exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR) throw;
+        if (!IsAbsence(exception.SystemError())) throw;
         return false;
     }
 }
@@ -48,7 +49,7 @@ FileSinceKept FindFileSinceKept(FileSystem& fileSystem, const KeptText& text) {
     } catch (const host::FileException& exception) {
         const int error = exception.SystemError();
         if (error == EFBIG) return {State::Changed, 0, 0};
-        if (error != ENOENT && error != ENOTDIR) return {State::NotTold, 0, error};
+        if (!IsAbsence(error)) return {State::NotTold, 0, error};
     }
     try {
         return FindOutAboutAbsence(fileSystem, text);

@@ -52,15 +52,6 @@ bool IsAgreed(const FileComparison& found, const std::optional<FileComparison>& 
     return found.mOutcome == FileComparison::Outcome::Missing || IsSameState(found.mStatus, approved->mStatus);
 }
 
-/// Somebody may have written just that.
-bool DoBytesStand(FileSystem& fileSystem, const std::string& path, const std::string& bytes) {
-    try {
-        return fileSystem.ReadSmallFile(path, bytes.size()) == bytes;
-    } catch (const host::FileException&) {
-        return false;
-    }
-}
-
 bool MayHaveSize(const ProjectContent& content, std::uint64_t size) {
     const auto hasSize = [size](const std::string& bytes) { return bytes.size() == size; };
     return hasSize(content.mBytes) || std::ranges::any_of(content.mMayHold, hasSize);
@@ -153,7 +144,7 @@ FileWriting WriteProjectFile(FileSystem& fileSystem, const std::string& path, co
         writing.mError = exception;
         return writing;
     }
-    if (!IsAgreed(writing.mFound, approved) && !DoBytesStand(fileSystem, path, bytes)) {
+    if (!IsAgreed(writing.mFound, approved) && !DoesHold(fileSystem, path, bytes)) {
         writing.mOutcome = FileWriting::Outcome::Differs;
         return writing;
     }

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "desk/core/durable/PosixErrors.h"
+#include "desk/core/durable/Presence.h"
 #include "desk/core/durable/VolumeProperties.h"
 #include "desk/core/edges/Desktop.h"
 #include "desk/core/names/FolderPath.h"
@@ -216,7 +217,7 @@ LockProtocol::Content LockProtocol::Read(const std::string& path) {
         if (error == 0) {
             content.mRecord = ParseLockRecord(bytes);
             content.mBytes = std::move(bytes);
-        } else if (error == ENOENT || error == ENOTDIR) {
+        } else if (IsAbsence(error)) {
             content.mIsThere = false;
         }
         content.mRefusal = error == EFBIG || error == ELOOP || error == EINVAL || error == EISDIR ? 0 : error;
@@ -327,7 +328,7 @@ bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce,
 std::optional<LockSnapshot> LockProtocol::Look(const std::string& lockPath) {
     LockSnapshot snapshot;
     snapshot.mSystemError = ErrorOf([&] { snapshot.mStatus = mFileSystem.Status(lockPath, false); });
-    if (snapshot.mSystemError == ENOENT || snapshot.mSystemError == ENOTDIR) return std::nullopt;
+    if (IsAbsence(snapshot.mSystemError)) return std::nullopt;
     if (snapshot.mSystemError != 0) return snapshot;
     const Content content = Read(lockPath);
     if (!content.mIsThere) return std::nullopt;
@@ -396,7 +397,7 @@ LockReport LockProtocol::FindOutAboutAbsence(const std::string& lockPath) {
     using Trouble = LockReport::Trouble;
     std::vector<FolderEntry> entries;
     const int error = ErrorOf([&] { entries = mFileSystem.ListFolder(FolderOf(lockPath)); });
-    if (error == ENOENT || error == ENOTDIR) return {LockStanding::Unknown, {}, Trouble::FolderAway, error};
+    if (IsAbsence(error)) return {LockStanding::Unknown, {}, Trouble::FolderAway, error};
     if (error != 0) return {LockStanding::Unknown, {}, Trouble::Refused, error};
     const std::string name = NameOf(lockPath);
     if (HasName(entries, name)) return {LockStanding::Unknown, {}, Trouble::Refused, EAGAIN};

@@ -8,6 +8,7 @@
 #include <ranges>
 #include <set>
 
+#include "desk/core/durable/Presence.h"
 #include "desk/core/durable/VolumeMove.h"
 #include "desk/core/edges/Desktop.h"
 #include "desk/core/edges/FileSystem.h"
@@ -202,7 +203,7 @@ void ItemOperation::Check(Item& item, const SharedLocks& locks) const {
         const ItemKind kind = Disk().Status(item.mFrom, false).mKind;
         item.mOutcome.mIsFolder = kind == ItemKind::Folder;
     } catch (const FileException& exception) {
-        item.mIsThere = exception.SystemError() != ENOENT && exception.SystemError() != ENOTDIR;
+        item.mIsThere = !IsAbsence(exception.SystemError());
         if (item.mIsThere) item.Fail(exception);
     }
     if (!item.IsProject() || !item.mIsThere || item.mOutcome.mFailure) return;
