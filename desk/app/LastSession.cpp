@@ -99,8 +99,7 @@ void WriteRecord(const std::string& path, const QJsonObject& object) {
 LastSession::LastSession(const std::string& profile)
     : mFolder(profile + '/' + kFolderName),
       mSettingsPath(profile + '/' + kSettingsName),
-      mOwner(MakeRecordOwner()),
-      mSelf(std::make_shared<LastSession*>(this)) {
+      mOwner(MakeRecordOwner()) {
     mPath = mFolder + '/' + mOwner.mNonce + std::string(kExtension);
     ReadSettings();
     ReadEnded();
@@ -156,11 +155,10 @@ void LastSession::Update(OpenItems items) {
 /// Opening and closing come in bursts.
 void LastSession::WriteSoon() {
     if (std::exchange(mIsWriteDue, true)) return;
-    GetServices().mMainThread->PostDelayed(
-        [self = std::weak_ptr(mSelf)] {
-            if (const auto here = self.lock(); here && (*here)->mIsWriteDue) (*here)->Write();
-        },
-        kWriteDelay);
+    GetServices().mMainThread->PostDelayed(mLifetime.Guard([this] {
+        if (mIsWriteDue) Write();
+    }),
+                                           kWriteDelay);
 }
 
 void LastSession::Write() {

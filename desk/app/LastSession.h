@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "desk/core/names/LockRecord.h"
+#include "desk/core/work/Lifetime.h"
 #include "desk/core/work/OrderedTasks.h"
 
 namespace desk {
@@ -73,8 +74,7 @@ private:
     bool mReopensAtStart = false;
     bool mMayWriteSettings = true;
     OrderedTasks mTasks;
-    /// Gone when this is.
-    std::shared_ptr<LastSession*> mSelf;
+    Lifetime mLifetime;
     bool mIsWriteDue = false;
 };
 

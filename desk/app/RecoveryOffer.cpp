@@ -58,8 +58,7 @@ bool AskToDiscard(const KeptText& text) {
 
 }  // namespace
 
-RecoveryOffer::RecoveryOffer(QWidget& window, TextKeeper& keeper)
-    : mWindow(window), mKeeper(keeper), mSelf(std::make_shared<RecoveryOffer*>(this)) {
+RecoveryOffer::RecoveryOffer(QWidget& window, TextKeeper& keeper) : mWindow(window), mKeeper(keeper) {
     MainCommander::Instance().Register(
         kCommandRecoverText, [this] { return FindStatus(); }, [this] { return ShowAll(), true; });
 }
@@ -69,12 +68,10 @@ RecoveryOffer::~RecoveryOffer() {
 }
 
 void RecoveryOffer::OfferAtStart() {
-    mKeeper.List([self = std::weak_ptr(mSelf)](std::vector<KeptTextFile> files) {
-        const auto here = self.lock();
-        if (!here) return;
-        (*here)->Take(std::move(files));
-        if (!(*here)->ChooseShown().empty()) (*here)->ShowDialog();
-    });
+    mKeeper.List(mLifetime.Guard([this](const std::vector<KeptTextFile>& files) {
+        Take(files);
+        if (!ChooseShown().empty()) ShowDialog();
+    }));
 }
 
 CommandStatus RecoveryOffer::FindStatus() {
@@ -84,9 +81,7 @@ CommandStatus RecoveryOffer::FindStatus() {
 
 void RecoveryOffer::LookAgain() {
     mLooked = GetServices().mMainThread->Now();
-    mKeeper.List([self = std::weak_ptr(mSelf)](std::vector<KeptTextFile> files) {
-        if (const auto here = self.lock()) (*here)->Take(std::move(files));
-    });
+    mKeeper.List(mLifetime.Guard([this](const std::vector<KeptTextFile>& files) { Take(files); }));
 }
 
 void RecoveryOffer::Take(std::vector<KeptTextFile> files) {
@@ -136,12 +131,13 @@ void RecoveryOffer::AddRow(RecoveryRow& row) {
 }
 
 void RecoveryOffer::FindOut(const KeptTextFile& file) {
-    mLane->SubmitLast([file, self = std::weak_ptr(mSelf)] {
-        GetServices().mMainThread->Post([=, found = FindFileSinceKept(*GetServices().mFileSystem, file.mText)] {
-            const auto here = self.lock();
-            RecoveryRow* row = here && (*here)->mDialog ? (*here)->mDialog->FindRow(file.mPath) : nullptr;
-            if (row) row->ShowFound(found);
-        });
+    const auto show = mLifetime.Guard([this, path = file.mPath](const FileSinceKept& found) {
+        RecoveryRow* row = mDialog ? mDialog->FindRow(path) : nullptr;
+        if (row) row->ShowFound(found);
+    });
+    mLane->SubmitLast([text = file.mText, show] {
+        GetServices().mMainThread->Post(
+            [show, found = FindFileSinceKept(*GetServices().mFileSystem, text)] { show(found); });
     });
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "desk/core/work/Lifetime.h"
 #include "desk/files/live/ReadingLane.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/project/document/TextKeeper.h"
@@ -57,8 +58,7 @@ private:
     bool mShowsAll = false;
     std::chrono::steady_clock::time_point mLooked;
     std::shared_ptr<ReadingLane> mLane = std::make_shared<ReadingLane>();
-    /// Gone when this is.
-    std::shared_ptr<RecoveryOffer*> mSelf;
+    Lifetime mLifetime;
 };
 
 }  // namespace desk

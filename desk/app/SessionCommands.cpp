@@ -64,11 +64,7 @@ CommandStatus Status(bool isEnabled, bool isChecked = false) {
 
 SessionCommands::SessionCommands(ProjectArea& projects, ProductionCommands& productions, LastSession& session,
                                  IsClosing isClosing)
-    : mProjects(projects),
-      mProductions(productions),
-      mSession(session),
-      mIsClosing(std::move(isClosing)),
-      mSelf(std::make_shared<SessionCommands*>(this)) {
+    : mProjects(projects), mProductions(productions), mSession(session), mIsClosing(std::move(isClosing)) {
     MainCommander& commander = MainCommander::Instance();
     commander.Register(
         kCommandReopenSession, [this] { return Status(!mSession.Get().mProjects.empty()); },
@@ -76,9 +72,8 @@ SessionCommands::SessionCommands(ProjectArea& projects, ProductionCommands& prod
     commander.Register(
         kCommandReopenSessionAtStart, [this] { return Status(true, mSession.ReopensAtStart()); },
         [this] { return mSession.SetReopensAtStart(!mSession.ReopensAtStart()), true; });
-    QObject::connect(&mProjects, &ProjectArea::ProjectsChanged, &mProjects, [self = std::weak_ptr(mSelf)] {
-        if (const auto here = self.lock()) (*here)->ItemsChanged();
-    });
+    QObject::connect(&mProjects, &ProjectArea::ProjectsChanged, &mProjects,
+                     mLifetime.Guard([this] { ItemsChanged(); }));
     host::AddListener(host::kStation_ZuProductionFolderPanel, this);
 }
 
@@ -106,10 +101,9 @@ void SessionCommands::ItemsChanged() {
 void SessionCommands::Reopen() {
     const std::string folder = mSession.Get().mProduction;
     if (folder.empty() || folder == host::UTF16to8(Production::Instance().GetFolder())) return OpenProjects();
-    mProductions.OpenAtStart(folder, [self = std::weak_ptr(mSelf)](const ProductionOpener::Result& result) {
-        const auto here = self.lock();
-        if (here && !result.mIsCancelled && !result.mIsSuperseded) (*here)->OpenProjects();
-    });
+    mProductions.OpenAtStart(folder, mLifetime.Guard([this](const ProductionOpener::Result& result) {
+        if (!result.mIsCancelled && !result.mIsSuperseded) OpenProjects();
+    }));
 }
 
 void SessionCommands::OpenProjects() {

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "desk/app/LastSession.h"
+#include "desk/core/work/Lifetime.h"
 #include "host/core/Messaging.h"
 
 namespace desk {
@@ -39,8 +40,7 @@ private:
     ProductionCommands& mProductions;
     LastSession& mSession;
     IsClosing mIsClosing;
-    /// Gone when this is.
-    std::shared_ptr<SessionCommands*> mSelf;
+    Lifetime mLifetime;
 };
 
 }  // namespace desk

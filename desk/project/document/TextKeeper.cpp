@@ -54,8 +54,7 @@ void ClaimFile(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-TextKeeper::TextKeeper(std::string folder)
-    : mFolder(std::move(folder)), mOwner(MakeRecordOwner()), mSelf(std::make_shared<TextKeeper*>(this)) {
+TextKeeper::TextKeeper(std::string folder) : mFolder(std::move(folder)), mOwner(MakeRecordOwner()) {
     mTasks.Submit([folder = mFolder] { KeptTexts::Sweep(folder); });
     mTimer = GetServices().mMainThread->StartTimer(kInterval, [this] { KeepAll(); });
     host::AddListener(kStation_ProjectDocuments, this);
@@ -116,10 +115,11 @@ void TextKeeper::Write(ProjectDocument& document, Kept& kept) {
     text.mTime = NowInSeconds();
     text.mOwner = mOwner;
     const Shown shown{kept.mBase, document.IsBasedOnOlder(), document.GetCurrentText()};
-    mTasks.Submit([text, shown, path = kept.mPath, pointer = &document, self = std::weak_ptr(mSelf)] {
-        GetServices().mMainThread->Post([=, outcome = WriteFile(path, text, shown)] {
-            if (const auto here = self.lock()) (*here)->NoteOutcome(pointer, path, outcome);
-        });
+    const auto note = mLifetime.Guard([this, pointer = &document, path = kept.mPath](const Outcome& outcome) {
+        NoteOutcome(pointer, path, outcome);
+    });
+    mTasks.Submit([text, shown, path = kept.mPath, note] {
+        GetServices().mMainThread->Post([note, outcome = WriteFile(path, text, shown)] { note(outcome); });
     });
 }
 
@@ -184,10 +184,8 @@ void TextKeeper::Remove(const std::string& path) {
 void TextKeeper::List(Listed listed) {
     std::set<std::string> inUse;
     for (const auto& [document, kept] : mKept) inUse.insert(kept.mPath);
-    mTasks.Submit([folder = mFolder, inUse, self = std::weak_ptr(mSelf), listed = std::move(listed)] {
-        GetServices().mMainThread->Post([=, files = ListOthers(folder, inUse)] {
-            if (!self.expired()) listed(files);
-        });
+    mTasks.Submit([folder = mFolder, inUse, listed = mLifetime.Guard(std::move(listed))] {
+        GetServices().mMainThread->Post([listed, files = ListOthers(folder, inUse)] { listed(files); });
     });
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "desk/core/edges/MainThread.h"
+#include "desk/core/work/Lifetime.h"
 #include "desk/core/work/OrderedTasks.h"
 #include "desk/project/document/KeptText.h"
 #include "desk/project/document/ProjectDocument.h"
@@ -87,8 +88,7 @@ private:
     std::map<const ProjectDocument*, Kept> mKept;
     OrderedTasks mTasks;
     MainThread::TimerID mTimer = 0;
-    /// Gone when this is.
-    std::shared_ptr<TextKeeper*> mSelf;
+    Lifetime mLifetime;
 };
 
 }  // namespace desk
