@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QProgressDialog>
+#include <QPushButton>
 #include <QTimer>
 #include <chrono>
 
@@ -60,7 +61,9 @@ void ShowProgress(QProgressDialog& dialog, const WorkProgress& progress) {
 void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, const std::future<void>& done) {
     WaitWithoutInput(done, kBeforeDialog);
     if (IsReady(done)) return;
-    QProgressDialog dialog({}, Localized("$$$/Desk/Dialogs/Cancel=Cancel"), 0, 0, FindParentWindow());
+    QProgressDialog dialog({}, {}, 0, 0, FindParentWindow());
+    auto* cancel = new QPushButton(Localized("$$$/Desk/Dialogs/Cancel=Cancel"));
+    dialog.setCancelButton(cancel);
     dialog.setWindowTitle(ToWindowTitle(ToDisplayText(title)));
     dialog.setWindowModality(Qt::ApplicationModal);
     dialog.setAutoClose(false);
@@ -78,6 +81,8 @@ void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, 
     // The work ends at its own next step; until then the dialog stays.
     QObject::connect(&dialog, &QProgressDialog::canceled, &dialog, [&] {
         progress.Cancel();
+        cancel->setText(Localized("$$$/Desk/Dialogs/Cancelling=Cancelling…"));
+        cancel->setEnabled(false);
         dialog.show();
     });
     poll.start(kInterval);

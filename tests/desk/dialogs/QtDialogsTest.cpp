@@ -100,6 +100,7 @@ TEST(QtDialogsTest, WaitingNamesTheItemAsItStandsAndCanBeCancelled) {
         EXPECT_EQ(dialog->findChild<QLabel*>()->textFormat(), Qt::PlainText);
         dialog->findChild<QPushButton*>()->click();
         EXPECT_TRUE(dialog->isVisible()) << "the work has not ended yet";
+        EXPECT_EQ(dialog->findChild<QPushButton*>()->text(), QStringLiteral("Cancelling…"));
     });
     poll.start(30);
     QtDialogs().WaitFor(u"Copying", progress, done.get_future());
