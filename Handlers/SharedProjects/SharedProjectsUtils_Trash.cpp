@@ -1,5 +1,9 @@
 // The production's trash: deleting is moving there.
+#include <algorithm>
+#include <map>
+
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "host/core/FoldASCII.h"
 #include "host/core/Logging.h"
 #include "host/files/Dir.h"
 #include "host/files/FileUtils.h"
@@ -43,6 +47,33 @@ void OpenAgain(const UTF16StringVec& open, const UTF16StringVec& stayed) {
     }
 }
 
+/// In each of the batches every name is there once: items of one name meet each other in the trash, where the
+/// later ones get free names.
+std::vector<UTF16StringVec> SplitByName(const UTF16StringVec& paths) {
+    std::vector<UTF16StringVec> batches;
+    std::map<UTF16String, std::size_t> counts;
+    for (const UTF16String& path : paths) {
+        UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(path));
+        std::ranges::transform(name, name.begin(), FoldASCII<char16_t>);
+        const std::size_t count = counts[name]++;
+        if (count == batches.size()) batches.emplace_back();
+        batches[count].push_back(path);
+    }
+    return batches;
+}
+
+/// Returns the items that have stayed. What fails or is cancelled ends all.
+UTF16StringVec MoveAll(const UTF16StringVec& paths, const UTF16String& trashFolder) {
+    UTF16StringVec stayed;
+    bool goesOn = true;
+    for (const UTF16StringVec& batch : SplitByName(paths)) {
+        UTF16StringVec left = batch;
+        if (goesOn) goesOn = CopyFiles(batch, trashFolder, true, true, left);
+        stayed.insert(stayed.end(), left.begin(), left.end());
+    }
+    return stayed;
+}
+
 bool CanBeDeleted(const UTF16String& path) {
     return !IsInZuProductionTrash(path, true) && !IsALockedProject(path) &&
            !(PathUtils::IsDirectory(path) && DoesDirectoryContainLockedProjects(path, true, true));
@@ -58,7 +89,7 @@ void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPro
     if (!CloseOpenProjectsInList(paths, closeWithoutPrompt, saveFirst)) return;
     UTF16StringVec stayed = paths;
     if (!trashFolder.empty() && MakeSureOfFolder(trashFolder))
-        CopyFiles(paths, trashFolder, true, true, stayed);
+        TellTogether([&] { stayed = MoveAll(paths, trashFolder); });
     OpenAgain(open, stayed);
 }
 

@@ -28,6 +28,13 @@ TEST_F(TrashTest, NothingIsDeletedAndNoNameIsInTheWay) {
     EXPECT_EQ(Bytes("Trash/A_1"), "second");
 }
 
+TEST_F(TrashTest, ItemsOfOneNameGoTogether) {
+    OpenProductionWith({{"One/A", "1"}, {"Two/A", "2"}, {"Three/a", "3"}, "Three/B"});
+    Trash({"One/A.zuproj", "Two/A.zuproj", "Three/a.zuproj", "Three/B.zuproj"});
+    EXPECT_EQ(Bytes("Trash/A") + Bytes("Trash/A_1") + Bytes("Trash/a"), "123");
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/B.zuproj")));
+}
+
 TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
     OpenProductionWith({"A", "Reels/Day 1/B", "Kept"});
     for (const char* name : {"A", "Reels/Day 1/B", "Kept"}) OpenDocument(name);
