@@ -1,6 +1,5 @@
 // Commands on files and folders: making, copying, trashing and revealing them.
 #include <algorithm>
-#include <map>
 #include <system_error>
 #include <utility>
 
@@ -158,27 +157,17 @@ void CopyFolder(const UTF16String& path, const UTF16String& copyPath) {
     if (!projects.empty()) AddProjectsToZuProduction(projects, copyPath);
 }
 
-/// Copies each item beside itself; returns where the copies are or will be.
-class CopyMaker {
-public:
-    void Copy(const UTF16String& path) {
-        UTF16StringVec& namesBeside = mNames[PathUtils::GetFullDirectoryPart(path)];
-        const UTF16String copyPath = GetZuProductionItemCopyPath(path, namesBeside);
-        namesBeside.push_back(PathUtils::GetFullFilePart(copyPath));
-        if (PathUtils::IsDirectory(path))
-            CopyFolder(path, copyPath);
+/// Copies each item beside itself; `copies` becomes where the copies are or will be.
+void CopyBesideThemselves(const UTF16StringVec& paths, UTF16StringVec& copies) {
+    const UTF16StringVec copyPaths = GetZuProductionItemCopyPaths(paths);
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (PathUtils::IsDirectory(paths[i]))
+            CopyFolder(paths[i], copyPaths[i]);
         else
-            AddProjectToZuProduction(path, copyPath);
-        mCopies.push_back(copyPath);
+            AddProjectToZuProduction(paths[i], copyPaths[i]);
+        copies.push_back(copyPaths[i]);
     }
-
-    const UTF16StringVec& GetCopies() const { return mCopies; }
-
-private:
-    /// The names of copies that may not be there yet, by folder.
-    std::map<UTF16String, UTF16StringVec> mNames;
-    UTF16StringVec mCopies;
-};
+}
 
 bool CanCreateItems(const SharedProjectsTabView& panel) {
     const UTF16StringVec& selected = panel.GetKnownSelection();
@@ -295,14 +284,14 @@ CommandStatus OnMakeACopyCommandStatus(const SharedProjectsTabView& panel) {
 }
 
 bool OnMakeACopyCommand(SharedProjectsTabView& panel) {
-    CopyMaker maker;
+    UTF16StringVec copies;
     try {
-        for (const UTF16String& path : panel.GetSelectedNonRedundantPaths()) maker.Copy(path);
+        CopyBesideThemselves(panel.GetSelectedNonRedundantPaths(), copies);
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
     }
-    if (panel.AreTreeViewsCreated() && !maker.GetCopies().empty())
-        panel.GetTreeView().GetDirectoryView()->SelectWhenShown(maker.GetCopies());
+    if (panel.AreTreeViewsCreated() && !copies.empty())
+        panel.GetTreeView().GetDirectoryView()->SelectWhenShown(copies);
     return true;
 }
 

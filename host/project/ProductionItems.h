@@ -29,6 +29,10 @@ ZUHOST_API void AddProjectToZuProduction(const UTF16String& path, const UTF16Str
 ZUHOST_API UTF16String GetZuProductionItemCopyPath(const UTF16String& path,
                                                    const UTF16StringVec& existingNames);
 
+/// The same for each of `paths`, which get different places: by one listing of each folder, while the window
+/// lives. Throws `FileException` (ECANCELED) when the user does not want to wait for the volume. UI thread.
+ZUHOST_API UTF16StringVec GetZuProductionItemCopyPaths(const UTF16StringVec& paths);
+
 /// True when `folder` is known to hold a project whose lock is held by somebody else than the local user (stale
 /// locks do not count, those that cannot be read or have not been read yet do; the latter are then asked for in
 /// the background); with `recursive` in the folders below it too (symbolic links are not followed), with

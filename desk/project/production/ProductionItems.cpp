@@ -46,12 +46,15 @@ UTF16String NormalizeKeepingSlash(const UTF16String& path) {
 /// Gives each item a name that nothing has, by one listing of each folder. On a worker.
 class UnusedNames {
 public:
-    UTF16String Take(const UTF16String& path, int startNumber, const UTF16String& separator) {
-        const UTF16String unused = desk::MakeUniquePath(
-            path, startNumber, separator, [this](const UTF16String& candidate) { return IsTaken(candidate); });
-        mGiven.insert(desk::FoldSpelling(UTF16to8(unused)));
+    /// What `make` makes of a path, for which it asks whether another one is taken.
+    template <class Make>
+    UTF16String Take(const UTF16String& path, const Make& make) {
+        const UTF16String unused =
+            make(path, [this](const UTF16String& candidate) { return IsTaken(candidate); });
+        GiveAway(unused);
         return unused;
     }
+    void GiveAway(const UTF16String& path) { mGiven.insert(desk::FoldSpelling(UTF16to8(path))); }
 
 private:
     bool IsTaken(const UTF16String& path) {
@@ -76,6 +79,29 @@ private:
     std::map<std::string, std::optional<desk::ListedFolder>> mFolders;
     std::set<std::string> mGiven;
 };
+
+/// What `make` makes of each of `paths` (normalised), while the window lives; nothing has a name in `taken`.
+template <class Make>
+UTF16StringVec TakeUnusedNames(const UTF16StringVec& paths, const UTF16StringVec& taken, const Make& make) {
+    if (paths.empty()) return {};
+    const UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(paths.front()));
+    return desk::AskVolume(ZString("$$$/Vantor/Desk/Files/Checking=Checking “@0”", {name}), "list folder of",
+                           paths.front(), [paths, taken, make] {
+                               UnusedNames names;
+                               for (const UTF16String& path : taken) names.GiveAway(path);
+                               UTF16StringVec unused;
+                               for (const UTF16String& path : paths) unused.push_back(names.Take(path, make));
+                               return unused;
+                           });
+}
+
+UTF16String MarkFolder(const UTF16String& path) {
+    return PathUtils::IsKnownDirectory(path) ? PathUtils::AddTrailingSlash(path) : path;
+}
+
+UTF16String GetCopyWord() {
+    return ZString("$$$/Vantor/Desk/Project/CopyName=copy#{after the name of what was copied}");
+}
 
 /// Says of a path whether a new item cannot have it.
 auto IsTakenIn(const UTF16StringVec& names) {
@@ -103,14 +129,23 @@ void AddProjectToZuProduction(const UTF16String& path, const UTF16String& destin
 
 UTF16String GetZuProductionItemCopyPath(const UTF16String& path, const UTF16StringVec& existingNames) {
     const auto isTaken = IsTakenIn(existingNames);
-    const UTF16String normalized = PathUtils::ToNormalizedPath(path);
-    return desk::MakeCopyPath(
-        PathUtils::IsKnownDirectory(normalized) ? PathUtils::AddTrailingSlash(normalized) : normalized,
-        ZString("$$$/Vantor/Desk/Project/CopyName=copy#{after the name of what was copied}"),
-        [&](const UTF16String& candidate) {
-            const desk::CopyQueue* queue = desk::CopyQueue::Current();
-            return (queue && queue->IsDestination(candidate)) || isTaken(candidate);
-        });
+    return desk::MakeCopyPath(MarkFolder(PathUtils::ToNormalizedPath(path)), GetCopyWord(),
+                              [&](const UTF16String& candidate) {
+                                  const desk::CopyQueue* queue = desk::CopyQueue::Current();
+                                  return (queue && queue->IsDestination(candidate)) || isTaken(candidate);
+                              });
+}
+
+UTF16StringVec GetZuProductionItemCopyPaths(const UTF16StringVec& paths) {
+    UTF16StringVec normalized, taken;
+    for (const UTF16String& path : paths) normalized.push_back(MarkFolder(PathUtils::ToNormalizedPath(path)));
+    if (const desk::CopyQueue* queue = desk::CopyQueue::Current())
+        for (const desk::CopyJob& job : queue->GetJobs())
+            if (!job.IsFinished()) taken.push_back(job.mDestination);
+    return TakeUnusedNames(normalized, taken,
+                           [word = GetCopyWord()](const UTF16String& path, const auto& isTaken) {
+                               return desk::MakeCopyPath(path, word, isTaken);
+                           });
 }
 
 bool Utilities::IsPathWithinDirectory(const UTF16String& path, const UTF16String& folder, bool orIsFolder) {
@@ -125,17 +160,11 @@ UTF16String Utilities::MakeUniqueFilename(const UTF16String& path, int startNumb
 
 UTF16StringVec Utilities::MakeUniqueFilenames(const UTF16StringVec& paths, int startNumber,
                                               const UTF16String& separator) {
-    if (paths.empty()) return {};
     UTF16StringVec normalized;
     std::ranges::transform(paths, std::back_inserter(normalized), NormalizeKeepingSlash);
-    const UTF16String name = PathUtils::GetFullFilePart(PathUtils::ToNormalizedPath(paths.front()));
-    return desk::AskVolume(ZString("$$$/Vantor/Desk/Files/Checking=Checking “@0”", {name}), "list folder of",
-                           paths.front(), [normalized, startNumber, separator] {
-                               UnusedNames names;
-                               UTF16StringVec unused;
-                               for (const UTF16String& path : normalized)
-                                   unused.push_back(names.Take(path, startNumber, separator));
-                               return unused;
+    return TakeUnusedNames(normalized, {},
+                           [startNumber, separator](const UTF16String& path, const auto& isTaken) {
+                               return desk::MakeUniquePath(path, startNumber, separator, isTaken);
                            });
 }
 

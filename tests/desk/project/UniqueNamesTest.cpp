@@ -54,6 +54,11 @@ TEST_F(UniqueNamesTest, ManyCostOneListingAndDiffer) {
     EXPECT_EQ(mDisk.Count(Operation::ListFolder), 1);
     EXPECT_EQ(mDisk.Count(Operation::Status), 1) << "the volume may take Y_1 and y_1 for one";
     EXPECT_EQ(mDisk.CountOnUIThread(), 0);
+    names.clear();
+    mFolder.Write("x copy.zuproj");
+    for (const UTF16String& path : host::GetZuProductionItemCopyPaths(paths)) names.push_back(NameOf(path));
+    EXPECT_EQ(names, (std::vector<std::string>{"x copy 2.zuproj", "x copy 3.zuproj", "y copy.zuproj",
+                                               "x copy 4.zuproj"}));
 }
 
 TEST_F(UniqueNamesTest, StaysWithinWhatCanBeLockedAndNamed) {
