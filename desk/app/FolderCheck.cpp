@@ -10,6 +10,7 @@
 #include "desk/core/language/Localized.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 
@@ -44,7 +45,7 @@ FolderCheck CheckFolderWithin(FileSystem& fileSystem, const std::string& folder,
 QString DescribeProblem(const FolderCheck& check, const std::string& folder) {
     using Problem = FolderCheck::Problem;
     const host::UTF16String path = ToUTF16(ToDisplayText(host::UTF8to16(folder)));
-    const host::UTF16String reason = host::UTF8to16(std::generic_category().message(check.mSystemError));
+    const host::UTF16String reason = host::DescribeSystemError(check.mSystemError);
     switch (check.mProblem) {
         case Problem::None:
             break;

@@ -2,12 +2,12 @@
 
 #include <QDateTime>
 #include <QLocale>
-#include <system_error>
 
 #include "desk/core/language/Localized.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
 #include "host/files/File.h"
 
 namespace desk {
@@ -49,7 +49,7 @@ QString DescribeFile(const std::optional<FileSinceKept>& found) {
             break;
     }
     return Localized("$$$/Desk/Recovery/NotTold=The volume cannot be reached: @0",
-                     {host::UTF8to16(std::generic_category().message(found->mSystemError))});
+                     {host::DescribeSystemError(found->mSystemError)});
 }
 
 }  // namespace desk

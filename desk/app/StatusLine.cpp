@@ -6,7 +6,6 @@
 #include <QStatusBar>
 #include <chrono>
 #include <cmath>
-#include <system_error>
 
 #include "desk/app/ElidedLabel.h"
 #include "desk/core/edges/Desktop.h"
@@ -18,6 +17,7 @@
 #include "desk/project/production/Production.h"
 #include "desk/toolkit/ControlImpl.h"
 #include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 #include "host/project/SharedProjectsManager.h"
 
@@ -51,7 +51,7 @@ QString DescribeWatchStatus(const QString& name, const WatchStatus& status) {
             {shownName, host::NumberToString(static_cast<long long>(status.mSecondsWithoutAnswer))});
     if (status.mSystemError != 0)
         return Localized("$$$/Desk/Status/NotAnswering=@0 — not answering: @1",
-                         {shownName, host::UTF8to16(std::generic_category().message(status.mSystemError))});
+                         {shownName, host::DescribeSystemError(status.mSystemError)});
     if (status.mLimitReached)
         return Localized(
             "$$$/Desk/Status/LimitReached=@0 — polled every @1 s: the system's limit of watched folders is "

@@ -1,6 +1,5 @@
 // Contents of folders, from the request to the rows.
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 #include "desk/core/edges/MainThread.h"
@@ -81,7 +80,7 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
 void DirectoryImpl::TellWhyEmpty(int systemError) {
     mTree->SetEmptyText(
         ZString("$$$/Vantor/Desk/MediaBrowser/FolderCannotBeRead=The folder “@0” cannot be read: @1",
-                {PathUtils::GetFullFilePart(mRoot), UTF8to16(std::generic_category().message(systemError))}));
+                {PathUtils::GetFullFilePart(mRoot), DescribeSystemError(systemError)}));
 }
 
 /// In the order in which they mostly show, so that the tree finds them sorted.

@@ -28,4 +28,8 @@ public:
 /// text is for people, and no name. Any thread.
 ZUHOST_API UTF16String ZString(std::string_view key, std::initializer_list<UTF16String> arguments = {});
 
+/// What an error of the system (an errno, errno(3)) means, in the user's language where it has a text for it,
+/// else in the system's words; without a full stop. Any thread.
+ZUHOST_API UTF16String DescribeSystemError(int systemError);
+
 }  // namespace host

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 
 #include "desk/core/durable/VolumeMove.h"
 #include "desk/core/log/Log.h"
@@ -53,9 +52,9 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
             return host::ZString("$$$/Vantor/Desk/Files/Busy=“@0” is in use or was changed meanwhile.",
                                  {host::PathUtils::GetFullFilePart(exception.Path())});
         default:
-            return host::ZString("$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
-                                 {host::UTF8to16(std::generic_category().message(exception.SystemError())),
-                                  KnownPath(exception.Path())});
+            return host::ZString(
+                "$$$/Vantor/Desk/Copies/Reason=@0 (@1)",
+                {host::DescribeSystemError(exception.SystemError()), KnownPath(exception.Path())});
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <QDateTime>
 #include <QLocale>
-#include <system_error>
 #include <utility>
 
 #include "desk/core/durable/VolumeMove.h"
@@ -63,7 +62,7 @@ Answer Ask(const Question& question) {
 }
 
 UTF16String DescribeError(int systemError) {
-    return host::UTF8to16(std::generic_category().message(systemError));
+    return host::DescribeSystemError(systemError);
 }
 
 UTF16String DescribeLoss(const UTF16String& path, const LockRecord& holder) {

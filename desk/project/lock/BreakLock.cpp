@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
-#include <system_error>
 #include <thread>
 
 #include "desk/core/edges/Desktop.h"
@@ -155,7 +154,7 @@ UTF16String DescribeOutcome(const UTF16String& path, const LockBreaking& breakin
             "again who holds it.",
             {name});
     return host::ZString("$$$/Desk/BreakLock/Failed=The lock of “@0” was not broken: @1.",
-                         {name, host::UTF8to16(std::generic_category().message(breaking.mSystemError))});
+                         {name, host::DescribeSystemError(breaking.mSystemError)});
 }
 
 /// Somebody began to break the lock, and may have died over it on a machine that does not come back.

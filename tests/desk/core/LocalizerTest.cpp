@@ -39,12 +39,15 @@ TEST_F(LocalizerTest, LanguagesAndTheirCountries) {
     for (const char* tag : {"de", "de_DE", "de-AT", "de_CH.UTF-8", "de_DE@euro"}) {
         EXPECT_EQ(desk::SetLanguage(tag, mFolder.Path()), "de") << tag;
         EXPECT_EQ(Column("Size=Size"), u"Größe");
+        EXPECT_EQ(host::DescribeSystemError(EACCES), u"Keine Berechtigung");
     }
     EXPECT_EQ(ZString("$$$/Unknown/Key=Default"), u"Default");
     for (const char* tag : {"en", "en_GB", "C", "POSIX"}) {
         EXPECT_EQ(desk::SetLanguage(tag, mFolder.Path()), "en") << tag;
         EXPECT_EQ(Column("Size=Size"), u"Size") << "the cache kept the language before";
     }
+    for (int error = 1; error < 150; ++error)
+        EXPECT_EQ(host::UTF16to8(host::DescribeSystemError(error)), std::generic_category().message(error));
     const ExpectLogged log("no texts in the language");
     for (const char* tag : {"tlh", "../../etc/passwd", "xx_DE"}) EXPECT_EQ(desk::SetLanguage(tag, {}), "en");
     EXPECT_EQ(log.Count(), 3);
