@@ -29,6 +29,7 @@ struct TreeCallbacks {
     Shared<bool(const Row&)> mCanRowHaveChildren;
     Shared<void(host::Drawbot&, const Row&, unsigned, const host::RectT<float>&)> mDrawCell;
     Shared<host::UTF16String(const Row&, unsigned)> mAccessibleText;
+    Shared<host::UTF16String(const Row&, unsigned)> mToolTip;
     Shared<host::UTF16String(const Row&, unsigned)> mSortData;
     Shared<void(unsigned, unsigned)> mColumnMoved;
     Shared<void(unsigned, float)> mColumnResized;

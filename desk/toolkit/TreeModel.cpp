@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "desk/toolkit/Callback.h"
 #include "desk/toolkit/ControlImpl.h"
 #include "desk/toolkit/HeaderRowImpl.h"
 #include "desk/toolkit/Theme.h"
@@ -65,9 +66,16 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     if (role == Qt::AccessibleTextRole)
         return ToDisplayText(mTree.AccessibleText(*RowOf(index), index.column()));
-    if (role == Qt::ToolTipRole && mTree.IsCellCut(*RowOf(index), index.column()))
-        return ToToolTip(ToDisplayText(mTree.AccessibleText(*RowOf(index), index.column())));
+    if (role == Qt::ToolTipRole) return FindToolTip(*RowOf(index), index.column());
     return {};
+}
+
+QVariant TreeModel::FindToolTip(host::UI_MultiColumnTreeRow& row, int column) const {
+    const int position = mTree.PositionOfColumn(column);
+    host::UTF16String tip;
+    if (position >= 0) tip = Call(mTree.mCallbacks.mToolTip, host::RowRef(&row), unsigned(position));
+    if (tip.empty() && mTree.IsCellCut(row, column)) tip = mTree.AccessibleText(row, column);
+    return tip.empty() ? QVariant() : QVariant(ToToolTip(ToDisplayText(tip)));
 }
 
 QVariant TreeModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -26,6 +26,8 @@ public:
     bool hasChildren(const QModelIndex& parent = {}) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    /// What the owner says, else the whole text of a cell that is cut; empty for none.
+    QVariant FindToolTip(host::UI_MultiColumnTreeRow& row, int column) const;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
     // The tree changes its rows itself, and says so here.

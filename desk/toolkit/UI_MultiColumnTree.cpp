@@ -280,6 +280,11 @@ void UI_MultiColumnTree::SetCellAccessibleTextFunction(
     ImplOf(*this).mCallbacks.mAccessibleText = std::move(function);
 }
 
+void UI_MultiColumnTree::SetCellToolTipFunction(
+    SharedFunction<UTF16String(const RowRef&, unsigned column)> function) {
+    ImplOf(*this).mCallbacks.mToolTip = std::move(function);
+}
+
 void UI_MultiColumnTree::SetCellSortDataFunction(
     SharedFunction<UTF16String(const RowRef&, unsigned column)> function) {
     ImplOf(*this).mCallbacks.mSortData = std::move(function);

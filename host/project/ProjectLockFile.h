@@ -18,8 +18,8 @@ public:
     virtual bool IsLocked() const = 0;
 
     /// The name of the user that holds the lock. Empty while the volume has not told it yet; a lock
-    /// file that cannot be read names an unknown user in the user's language. For a lock of the user that it was
-    /// read for, which another process holds (on another machine, or in a second program here), user and
+    /// file that cannot be read names an unknown user in the user's language. For a lock of the user that it
+    /// was read for, which another process holds (on another machine, or in a second program here), user and
     /// machine: such a lock is in this process's way like anybody else's.
     virtual UTF16String GetLockOwner() const = 0;
 
@@ -59,5 +59,10 @@ ZUHOST_API ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPa
 /// counts as held. UI thread.
 ZUHOST_API ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                                   const UTF16String& machineName);
+
+/// Who holds the lock of the project at `projectPath`, on which machine and since when: a line for people, such
+/// as a tip, localised; empty when nobody does, and for what no listed folder tells. Asks no disk and waits for
+/// nothing. UI thread.
+ZUHOST_API UTF16String DescribeProjectLock(const UTF16String& projectPath);
 
 }  // namespace host

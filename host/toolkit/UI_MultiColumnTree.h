@@ -154,6 +154,9 @@ public:
         SharedFunction<void(Drawbot&, const RowRef&, unsigned column, const RectT<float>& cell)> callback);
     /// What a cell says to assistive technology.
     void SetCellAccessibleTextFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
+    /// A cell's tip, plain and localised. Without the function, and where it answers nothing, a cell whose text
+    /// is cut tells what it says to assistive technology.
+    void SetCellToolTipFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
     /// A cell's sort key. Called once for each row when the tree sorts, and for rows whose keys are equal once
     /// more: they stand in the order of their keys in the first column that was appended, ascending.
     void SetCellSortDataFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);

@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include "desk/project/lock/LockKeeper.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectLockFile.h"
@@ -41,6 +43,21 @@ TEST_F(LockedFoldersTest, AnswersFromWhatIsListedWithoutTheDisk) {
     mFolder.Remove(LockName("Day 1/Sub", "b.zuproj"));
     Tell("Day 1/Sub", IN_DELETE, ".b.zuproj.lock");
     EXPECT_FALSE(HasLocked()) << "Day 10 is another folder";
+}
+
+TEST_F(LockedFoldersTest, TellsWhoHoldsAProjectWhereAndSinceWhen) {
+    Lock("Day 10", "c.zuproj", u"tomas");
+    mFolder.Write("Day 1/.a.zuproj.lock", "nonsense");
+    EXPECT_EQ(host::DescribeProjectLock(Path("Day 10/c.zuproj")), u"") << "nothing is known yet";
+    ListAll();
+    const auto describe = [this](const char* project) {
+        host::DescribeProjectLock(Path(project));
+        mMain.RunUntilIdle();
+        return host::UTF16to8(host::DescribeProjectLock(Path(project)));
+    };
+    EXPECT_THAT(describe("Day 10/c.zuproj"), testing::MatchesRegex("Locked by tomas on .+ since .*[0-9].*"));
+    EXPECT_THAT(describe("Day 1/a.zuproj"), testing::StartsWith("Locked by an unknown user"));
+    EXPECT_EQ(describe("Day 1/Sub/b.zuproj"), "");
 }
 
 TEST_F(LockedFoldersTest, UnreadLocksCountAndAreAskedFor) {

@@ -100,6 +100,11 @@ TEST_F(TreeCellsTest, AColumnFitsItsContentAndSpeaksWholeWhereItIsCut) {
     EXPECT_GT(mHeader->GetColumnWidth(kSizeColumn), 150);
     EXPECT_LT(mHeader->GetColumnWidth(kSizeColumn), 500);
     EXPECT_FALSE(cell.data(Qt::ToolTipRole).isValid());
+    mTree->SetCellToolTipFunction(Shared([](const host::RowRef&, unsigned column) {
+        return column == 1 ? host::UTF16String(u"Locked by tomas") : host::UTF16String();
+    }));
+    EXPECT_EQ(cell.data(Qt::ToolTipRole).toString(), "Locked by tomas");
+    EXPECT_FALSE(cell.siblingAtColumn(2).data(Qt::ToolTipRole).isValid());
 }
 
 TEST_F(TreeCellsTest, SelectionSpansTheRowAndEmptyTextShowsOnlyWithoutRows) {
