@@ -23,6 +23,9 @@ constexpr QLatin1String kClosedPanels("closedPanels");
 constexpr QLatin1String kOpenPanels("openPanels");
 /// Of the window's width, as long as the user has not chosen: a panel shows five columns without scrolling.
 constexpr double kDefaultShare = 0.725;
+/// So wide a panel shows them in a smaller window too, as long as this much is left beside it; in view units.
+constexpr int kFiveColumns = 1046;
+constexpr int kLeftBeside = 220;
 /// Of a panel on demand, in view units.
 constexpr int kDefaultHeight = 240;
 
@@ -167,10 +170,12 @@ void DockWorkspace::OpenPanels(const QJsonObject& layout) {
 void DockWorkspace::OpenByDefault() {
     QList<QDockWidget*> docks;
     QList<int> widths;
+    const int share = static_cast<int>(mWindow.width() * kDefaultShare);
+    const int width = std::max(share, std::min(kFiveColumns, mWindow.width() - kLeftBeside));
     for (DockWorkspaceFrame* frame : mFrames) {
         if (!docks.isEmpty()) mWindow.tabifyDockWidget(docks.first(), frame);
         docks.append(frame);
-        widths.append(static_cast<int>(mWindow.width() * kDefaultShare));
+        widths.append(width);
     }
     if (docks.isEmpty()) return;
     mWindow.resizeDocks(docks, widths, Qt::Horizontal);
