@@ -4,6 +4,7 @@
 #include <QFontInfo>
 #include <QLabel>
 #include <QStackedWidget>
+#include <QTabWidget>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QVBoxLayout>
@@ -27,8 +28,29 @@ namespace {
 constexpr int kMargin = 14;
 constexpr int kTabWidth = 4;
 
+/// Tab is a character of the text. F6 leaves it, and Ctrl+Tab where there is no other project to go to; with Shift
+/// backwards.
+class ProjectEditor : public QPlainTextEdit {
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        const bool isTab = event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab;
+        const bool isControl = event->modifiers() & Qt::ControlModifier;
+        const bool isLeaving = event->key() == Qt::Key_F6 || (isTab && isControl && !HasOtherTabs());
+        if (!isLeaving) return QPlainTextEdit::keyPressEvent(event);
+        QAbstractScrollArea::focusNextPrevChild(!(event->modifiers() & Qt::ShiftModifier));
+        event->accept();
+    }
+
+private:
+    bool HasOtherTabs() const {
+        const QWidget* widget = parentWidget();
+        while (widget && !qobject_cast<const QTabWidget*>(widget)) widget = widget->parentWidget();
+        return widget && static_cast<const QTabWidget*>(widget)->count() > 1;
+    }
+};
+
 QPlainTextEdit* MakeEditor() {
-    auto* editor = new QPlainTextEdit;
+    auto* editor = new ProjectEditor;
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     font.setPixelSize(QFontInfo(editor->font()).pixelSize());
     editor->setFont(font);

@@ -1,6 +1,7 @@
 #include "desk/framework/TabViewImpl.h"
 
 #include <QAbstractItemView>
+#include <algorithm>
 #include <utility>
 
 #include "desk/core/names/QtStrings.h"
@@ -15,6 +16,30 @@ namespace {
 /// Also while the view's window is not shown yet: then it has the focus once the window is.
 bool CanTakeFocus(const QWidget& widget, const QWidget& view) {
     return widget.isEnabled() && widget.isVisibleTo(&view) && (widget.focusPolicy() & Qt::TabFocus);
+}
+
+/// Widgets whose middles differ by less stand in one line.
+constexpr int kLineTolerance = 12;
+
+/// Has the Tab key go through the view as it is read: line by line from the top, each from the left.
+void SetReadingOrder(const QWidget& view) {
+    QList<QWidget*> widgets;
+    for (QWidget* child : view.findChildren<QWidget*>())
+        if (child->focusPolicy() & Qt::TabFocus) widgets.append(child);
+    const auto middle = [&view](const QWidget* widget) {
+        return widget->mapTo(&view, widget->rect().center());
+    };
+    std::ranges::stable_sort(widgets, {}, [&](const QWidget* widget) { return middle(widget).y(); });
+    for (auto line = widgets.begin(); line != widgets.end();) {
+        const int y = middle(*line).y();
+        const auto end = std::find_if(line, widgets.end(), [&](const QWidget* widget) {
+            return middle(widget).y() >= y + kLineTolerance;
+        });
+        std::stable_sort(line, end,
+                         [&](const QWidget* a, const QWidget* b) { return middle(a).x() < middle(b).x(); });
+        line = end;
+    }
+    for (qsizetype i = 1; i < widgets.size(); ++i) QWidget::setTabOrder(widgets[i - 1], widgets[i]);
 }
 
 QWidget* FindFocusTarget(const QWidget& view) {
@@ -38,6 +63,7 @@ void TabViewImpl::Create(const host::UTF16String& handlerID, const host::UTF16St
     SetTitle(title);
     TabViews::Instance().Add(*this);
     FinishCreate({0, 0, mWidget->width(), mWidget->height()});
+    if (mWidget) SetReadingOrder(*mWidget);
     if (show && mFrame) {
         mFrame->Show(true);
         mFrame->BringToFront(false, false);

@@ -254,6 +254,12 @@ TEST_F(ProjectAreaTest, KeysInTheEditorAreTheEditors) {
     Press(Qt::Key_F5);
     EXPECT_EQ(Text(), "new");
     EXPECT_EQ(panelCommands, 0);
+    for (const auto& [key, modifiers] :
+         {std::pair(Qt::Key_F6, Qt::NoModifier), {Qt::Key_Tab, Qt::ControlModifier}}) {
+        Editor().setFocus();
+        Press(key, modifiers);
+        EXPECT_FALSE(Editor().hasFocus());
+    }
 
     EXPECT_TRUE(IsEnabled(host::CommandID::kSelectAll));
     CommandRouter::Instance().SetOnDuty(nullptr, nullptr);

@@ -83,6 +83,27 @@ TEST_F(PictureButtonTest, SendsItsCommandToItsPanelUnlessDisabledAndMayDestroyIt
     mMain.RunUntilIdle();
 }
 
+using TabOrderTest = FrameworkFixture;
+
+TEST_F(TabOrderTest, IsThatOfReading) {
+    host::PictureButton right, below, left;
+    host::SearchBoxControl field;
+    mPanel->mWhenCreated = [&] {
+        below.Create(*mPanel, 1, {10, 100, 20, 20}, {});
+        right.Create(*mPanel, 3, {200, 12, 20, 20}, {});
+        left.Create(*mPanel, 2, {150, 9, 20, 20}, {});
+        field.Create(*mPanel, {10, 10, 100, 22}, true);
+    };
+    OpenPanel();
+    QStringList names;
+    QWidget* widget = PanelWidget().findChild<QLineEdit*>();
+    while (names.size() < 3) {
+        widget = widget->nextInFocusChain();
+        if (widget->objectName().startsWith(QStringLiteral("command-"))) names << widget->objectName();
+    }
+    EXPECT_EQ(names.join(QLatin1Char(' ')), QStringLiteral("command-2 command-3 command-1"));
+}
+
 struct StatusTips : QObject {
     bool eventFilter(QObject*, QEvent* event) override {
         if (event->type() == QEvent::StatusTip) mTips << static_cast<QStatusTipEvent*>(event)->tip();
