@@ -1,5 +1,6 @@
 #include "desk/toolkit/DragSource.h"
 
+#include <QCoreApplication>
 #include <QDrag>
 #include <QMimeData>
 #include <QPainter>
@@ -122,7 +123,8 @@ bool OS_SendData::DoDragAndDrop(unsigned actions, unsigned& result) {
     if (!mImpl->mSource || !mImpl->mData || running.mIsRunning) return false;
     if ((actions & kDragAction_Copy) && !mImpl->mFiles.isEmpty())
         mImpl->mData->setData(QStringLiteral("text/uri-list"), mImpl->mFiles);
-    auto* drag = new QDrag(mImpl->mSource);  // Qt deletes it.
+    // Qt deletes it. The widget may go during the drag, and would take it along.
+    auto* drag = new QDrag(QCoreApplication::instance());
     drag->setMimeData(mImpl->mData.release());
     if (!mImpl->mName.isEmpty()) {
         drag->setPixmap(
