@@ -101,7 +101,9 @@ void TabViewImpl::Show(bool show) {
 }
 
 void TabViewImpl::WidgetResized(QSize size) {
-    if (mIsCreated) SetBounds({0, 0, size.width(), size.height()});
+    if (!mIsCreated) return;
+    SetBounds({0, 0, size.width(), size.height()});
+    if (mWidget) SetReadingOrder(*mWidget);
 }
 
 void TabViewImpl::WidgetGone() {
