@@ -55,7 +55,8 @@ public:
     /// Asks for the content of the production's folder.
     void RequestRootContent();
     void RefreshDirectoryContent(const RowRef& row) override;
-    /// While paused, changed folders are remembered; they are read when the pause ends.
+    /// While paused, nothing that comes from the volume or from open projects reaches the rows; it comes in its
+    /// order when the pause ends.
     void SetPauseUpdates(bool pause);
     void OnDirectoryChanged(const UTF16String& path) override;
     void UpdateTreeFromContent(const RowRef& row, const UTF16String& directoryPath,
@@ -135,6 +136,9 @@ private:
     void OpenFoldersOfAwaitedItems();
     void SelectAwaitedRows();
     void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
+    bool IsHoldingBack() const { return mPauseUpdates; }
+    /// Holds back, or lets come what has been held back.
+    void UpdateHolding();
     void ExecutePendingDirectoryChanges();
 
     void OnRowDisclosureChanged(const RowRef& row, bool opened);

@@ -119,7 +119,7 @@ void SharedProjectsDirectoryView::OnRowOpenStateChanged(const RowRef& row, bool 
 }
 
 void SharedProjectsDirectoryView::OnDirectoryChanged(const UTF16String& path) {
-    if (mPauseUpdates)
+    if (IsHoldingBack())
         mPendingDirectoryChanges.insert(path);
     else
         MediaBrowserDirectoryView::OnDirectoryChanged(path);
@@ -128,7 +128,14 @@ void SharedProjectsDirectoryView::OnDirectoryChanged(const UTF16String& path) {
 void SharedProjectsDirectoryView::SetPauseUpdates(bool pause) {
     if (pause == mPauseUpdates) return;
     mPauseUpdates = pause;
-    if (!pause) ExecutePendingDirectoryChanges();
+    UpdateHolding();
+}
+
+void SharedProjectsDirectoryView::UpdateHolding() {
+    // What comes now may lead to holding back once more; what is left then goes on waiting.
+    HoldDeliveries(IsHoldingBack());
+    mItems.HoldUpdates(IsHoldingBack());
+    if (!IsHoldingBack()) ExecutePendingDirectoryChanges();
 }
 
 void SharedProjectsDirectoryView::ExecutePendingDirectoryChanges() {

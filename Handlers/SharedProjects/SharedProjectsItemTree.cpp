@@ -21,8 +21,8 @@ SharedProjectsItemTree::SharedProjectsItemTree(Owner& owner, Utils::TreeRef tree
     : mOwner(owner), mTree(std::move(tree)), mTabView(tabView), mLifetime(std::move(lifetime)) {
     SetupTree();
     SetupHeaderRow();
-    mQueuedSort = new QueueOnlyOnce(GetRegisteredMainThread(), [&owner, lifetime = mLifetime] {
-        if (!lifetime.expired()) owner.SortRows();
+    mQueuedSort = new QueueOnlyOnce(GetRegisteredMainThread(), [this, lifetime = mLifetime] {
+        if (!lifetime.expired()) SortOrOwe();
     });
 }
 
@@ -147,8 +147,29 @@ void SharedProjectsItemTree::UpdateRowOfProject(const ProjectRef& project) {
     for (const UTF16String& path :
          std::set{project->GetProjectPath(), Utilities::GetRealProjectPath(project)}) {
         if (!IsWithinCurrentZuProductionFolder(path)) continue;
+        if (mIsHolding)
+            mHeldProjectPaths.push_back(path);
+        else if (const RowRef row = mOwner.GetRowFromPath(path))
+            UpdateRow(row);
+    }
+}
+
+void SharedProjectsItemTree::SortOrOwe() {
+    if (mIsHolding)
+        mIsSortOwed = true;
+    else
+        mOwner.SortRows();
+}
+
+void SharedProjectsItemTree::HoldUpdates(bool hold) {
+    mIsHolding = hold;
+    if (hold) return;
+    std::set<UTF16String> updated;
+    for (const UTF16String& path : std::exchange(mHeldProjectPaths, {})) {
+        if (!updated.insert(path).second) continue;
         if (const RowRef row = mOwner.GetRowFromPath(path)) UpdateRow(row);
     }
+    if (std::exchange(mIsSortOwed, false)) mQueuedSort->Queue();
 }
 
 UTF16StringVec SharedProjectsItemTree::GetSelectedPaths() const {

@@ -79,6 +79,8 @@ public:
     void ToggleRow(const RowRef& row);
     /// True for messages about open projects; their rows are then up to date.
     bool ListenToMessage(const Message& message);
+    /// With true, messages about projects wait, and rows keep their order, until the next call with false.
+    void HoldUpdates(bool hold);
 
     // Selection. Paths are normalised, in the order in which their rows were selected.
 
@@ -128,6 +130,7 @@ private:
     void UpdateStaleMarks();
     void AddNameCellView(const RowRef& row);
     void UpdateRowOfProject(const ProjectRef& project);
+    void SortOrOwe();
 
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
@@ -149,6 +152,10 @@ private:
     ColumnID mStaleMarksColumn = 0;
     SelectionAfterRemoval mSelectionAfterRemoval;
     bool mIsHeaderChanged = false;
+    bool mIsHolding = false;
+    /// What has waited: a sort, and rows of projects.
+    bool mIsSortOwed = false;
+    UTF16StringVec mHeldProjectPaths;
 };
 
 }  // namespace HandlerSharedProjects

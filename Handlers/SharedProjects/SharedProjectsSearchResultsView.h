@@ -27,6 +27,9 @@ public:
     /// once. A newer call drops an older one. Of folders that cannot be read, those of the hits before stay
     /// that the text matches; an empty tree says what could not be read, and why.
     void Find(const UTF16String& text);
+    /// While paused, the hits stay as they are but for what a new search finds; what has changed comes when the
+    /// pause ends.
+    void SetPauseUpdates(bool pause);
     /// Shows the rows of the found paths, and no others, with their folders open.
     void Populate(const UTF16StringVec& paths);
 
@@ -77,6 +80,7 @@ private:
     void EndSearch();
     void OnFound(const UTF16String& text, const FileSearch::Result& result);
     void OnChanged(const FileSearch::Changes& changes);
+    void HoldChanges(const FileSearch::Changes& changes);
     UTF16StringVec AddUnreadableHits(const FileSearch::Result& result) const;
     void TellWhyEmpty(const FileSearch::Result& result);
     void RemoveAllRows();
@@ -104,6 +108,9 @@ private:
     std::unique_ptr<FileSearch::Request> mSearch;
     UTF16String mText;
     bool mIsSearching = false;
+    bool mPauseUpdates = false;
+    /// What has changed since the pause began, or since what it shows was found.
+    FileSearch::Changes mHeldChanges;
 };
 
 }  // namespace HandlerSharedProjects

@@ -1,8 +1,10 @@
 // From a search text to rows.
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
@@ -141,6 +143,7 @@ void SharedProjectsSearchResultsView::Populate(const UTF16StringVec& paths) {
 }
 
 void SharedProjectsSearchResultsView::RemoveAllRows() {
+    mHeldChanges = {};
     mTree->RemoveAllRows();
     mRowToPath.clear();
     mItems.RemoveAllRows();
@@ -198,7 +201,30 @@ RowRef SharedProjectsSearchResultsView::FindRow(const UTF16String& path) const {
     return entry == rows.end() ? RowRef() : entry->second;
 }
 
+void SharedProjectsSearchResultsView::SetPauseUpdates(bool pause) {
+    mPauseUpdates = pause;
+    mItems.HoldUpdates(pause);
+    if (!pause) OnChanged(std::exchange(mHeldChanges, {}));
+}
+
+/// Each path once, as it stood last.
+void SharedProjectsSearchResultsView::HoldChanges(const FileSearch::Changes& changes) {
+    const std::set<UTF16String> removed(changes.mRemovedPaths.begin(), changes.mRemovedPaths.end());
+    const std::set<UTF16String> changed(changes.mPaths.begin(), changes.mPaths.end());
+    std::erase_if(mHeldChanges.mPaths, [&](const UTF16String& path) {
+        if (changed.contains(path)) return true;
+        UTF16String item = PathUtils::RemoveTrailingSlash(path);
+        while (item.size() > 1 && !removed.contains(item))
+            item = PathUtils::RemoveTrailingSlash(PathUtils::GetFullDirectoryPart(item));
+        return item.size() > 1;
+    });
+    std::ranges::copy(changes.mPaths, std::back_inserter(mHeldChanges.mPaths));
+    std::erase_if(mHeldChanges.mRemovedPaths, [&](const UTF16String& path) { return removed.contains(path); });
+    std::ranges::copy(changes.mRemovedPaths, std::back_inserter(mHeldChanges.mRemovedPaths));
+}
+
 void SharedProjectsSearchResultsView::OnChanged(const FileSearch::Changes& changes) {
+    if (mPauseUpdates) return HoldChanges(changes);
     RemoveHits(changes.mRemovedPaths);
     RemoveHits(FindHitsOfOtherKind(changes.mPaths));
     UTF16StringVec newHits;

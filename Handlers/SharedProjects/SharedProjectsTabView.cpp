@@ -108,7 +108,7 @@ void SharedProjectsTabView::InstallHostFunctions() {
     });
     SetSharedProjectsNotifyPauseFn([weakSelf = weak_from_this()](bool pause) {
         const auto self = weakSelf.lock();
-        if (self && self->AreTreeViewsCreated()) self->mTreeView->GetDirectoryView()->SetPauseUpdates(pause);
+        if (self && self->AreTreeViewsCreated()) self->mTreeView->SetPauseUpdates(pause);
     });
 }
 

@@ -38,6 +38,8 @@ public:
 
     /// The rows of the tree that is shown. Not before `Init`, nor after the view was destroyed.
     SharedProjectsItemTree& GetShownItems() const;
+    /// Holds back what would change the rows of either tree, until the next call with false.
+    void SetPauseUpdates(bool pause);
     /// The number of opened rows of the tree that is shown.
     std::uint32_t GetOpenedRowsCount() const;
 

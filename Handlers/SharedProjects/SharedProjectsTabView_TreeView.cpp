@@ -67,6 +67,11 @@ SharedProjectsItemTree& SharedProjectsTreeView::GetShownItems() const {
                                                         : mDirectoryView->GetItems();
 }
 
+void SharedProjectsTreeView::SetPauseUpdates(bool pause) {
+    mDirectoryView->SetPauseUpdates(pause);
+    mSearchResultsView->SetPauseUpdates(pause);
+}
+
 std::uint32_t SharedProjectsTreeView::GetOpenedRowsCount() const {
     return static_cast<std::uint32_t>(GetShownItems().GetOpenedRowsCount());
 }

@@ -10,6 +10,7 @@
 #include "desk/files/live/FolderReadAhead.h"
 #include "desk/files/live/FolderStore.h"
 #include "desk/files/live/NameIndex.h"
+#include "desk/mediabrowser/HeldDeliveries.h"
 #include "desk/mediabrowser/RowName.h"
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
 
@@ -68,6 +69,7 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
 
     void Request(const UTF16String& path, Row* row, const UTF16String& context);
     void Receive(const desk::FolderStore::Delivery& delivery);
+    void Hold(bool hold);
     void TellWhyEmpty(int systemError);
     void SetBusy(Folder& folder, bool busy);
     void Create(Row* parent, const std::vector<std::u16string_view>& names);
@@ -88,6 +90,9 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     /// Counts on when all expansions end: what those of an earlier period have led to is dropped.
     unsigned mExpansionPeriod = 0;
     std::shared_ptr<desk::FolderReadAhead> mReadAhead;
+    /// While it is set, deliveries wait here.
+    bool mIsHolding = false;
+    desk::HeldDeliveries mHeld;
     /// When it may be asked next what is visible.
     std::chrono::steady_clock::time_point mNextLookAtVisible{};
     int mFirstVisible = 0;

@@ -50,7 +50,18 @@ void DirectoryImpl::SetBusy(Folder& folder, bool busy) {
     busy ? mTree->BeginBusy() : mTree->EndBusy();
 }
 
+void DirectoryImpl::Hold(bool hold) {
+    mIsHolding = hold;
+    if (hold) return;
+    const std::weak_ptr<const void> alive = mLifetime.Watch();
+    for (const desk::FolderStore::Delivery& delivery : mHeld.Take()) {
+        Receive(delivery);
+        if (alive.expired()) return;
+    }
+}
+
 void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
+    if (mIsHolding) return mHeld.Add(delivery);
     Row* found = nullptr;
     if (!FindRow(delivery.mFolder, found)) return;
     const auto folder = mFolders.find(found);
@@ -162,8 +173,13 @@ void MediaBrowserDirectoryView::RemoveAllRows() {
         impl.SetBusy(root->second, false);
     impl.mFolders.clear();
     impl.mStale.clear();
+    impl.mHeld.Clear();
     if (!impl.mRoot.empty()) impl.mContentManager->GetImpl().Forget(std::exchange(impl.mRoot, {}), &impl);
     impl.mTree->RemoveAllRows();
+}
+
+void MediaBrowserDirectoryView::HoldDeliveries(bool hold) {
+    mDirectoryImpl->Hold(hold);
 }
 
 void MediaBrowserDirectoryView::RefreshDirectoryContent(const RowRef& row) {

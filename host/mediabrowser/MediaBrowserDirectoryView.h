@@ -58,6 +58,11 @@ public:
     /// True while content that was asked for is to come: the last delivery that answers the request has not
     /// arrived. `row` as above. A folder that goes meanwhile is not answered: its row is removed.
     bool IsContentAwaited(const RowRef& row) const;
+    /// With true, what comes from the volume waits, and rows stay as they are, until the next call with false:
+    /// the deliveries then come from within that call, in their order; those of one folder come together, and
+    /// changes that follow each other as one that names each item once. Requests and expansions go on waiting
+    /// meanwhile.
+    void HoldDeliveries(bool hold);
     /// Removes all rows, and forgets all requests, expansions and what is read ahead.
     void RemoveAllRows();
 

@@ -227,20 +227,41 @@ TEST_F(DirectoryViewTest, BothTreesSortAlikeAndClosedFoldersFollow) {
     sortInSearch(Columns::kLockedColumnID, true, byName);
 }
 
-TEST_F(DirectoryViewTest, ChangesWaitWhileUpdatesArePaused) {
+TEST_F(DirectoryViewTest, NothingReachesTheRowsWhileUpdatesArePaused) {
     constexpr long kNfs = 0x6969;
-    mDisk.SetVolumeType(kNfs);
-    OpenProductionWith({"Reel 1", "Reels/A"});
-    OpenFolder("Reels");
-    desk::Production::Instance().PausePanelUpdates(true);
-    desk::Production::Instance().PausePanelUpdates(true);
-    Make({"Reel 2", "Reels/B"});
-    // Until the next poll has found both.
-    mMain.Advance(std::chrono::seconds(3));
-    EXPECT_EQ(ShownRows(), (Rows{"Reel 1", "Reels", "  A"}));
-    desk::Production::Instance().PausePanelUpdates(false);
-    Settle();
-    EXPECT_EQ(ShownRows(), (Rows{"Reel 1", "Reel 2", "Reels", "  A", "  B"}));
+    for (const bool isPolled : {false, true}) {
+        if (isPolled) mDisk.SetVolumeType(kNfs);
+        OpenProduction(isPolled ? "South Shore" : "North Shore");
+        DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kNameColumnID);
+        Make({"Reel 1", "Reels/A", "Closed/B"});
+        ASSERT_TRUE(Shows({"Closed", "Reel 1", "Reels"}));
+        OpenFolder("Reels");
+        DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kLockedColumnID);
+        ASSERT_TRUE(Shows({"Closed", "Reels", "  A", "Reel 1"}));
+        desk::Production::Instance().PausePanelUpdates(true);
+        desk::Production::Instance().PausePanelUpdates(true);
+        Make({"Reel 2", "Reels/B", "Reels/Gone"});
+        OtherUserLocks("Reel 1", u"a colleague");
+        Tree()->OpenRow(RowOf("Closed").get());
+        RemoveProject("Reels/Gone");
+        // Until the next poll has found all.
+        mMain.Advance(std::chrono::seconds(3));
+        Settle();
+        const desk::OpenProjectRef project = OpenProject("Reel 1");
+        EXPECT_EQ(ShownRows(), (Rows{"Closed", "Reels", "  A", "Reel 1"}));
+        EXPECT_EQ(Says("Reel 1"), "Reel 1, open");
+        TypeSearch(QStringLiteral("reel"));
+        MakeProject("Reel 3");
+        mMain.Advance(std::chrono::seconds(3));
+        Settle();
+        EXPECT_EQ(std::ranges::count(ShownHits(), "Reel 3"), 0);
+        desk::Production::Instance().PausePanelUpdates(false);
+        EXPECT_TRUE(ShowsHits({"Reels", "Reel 2", "Reel 3", "Reel 1"}));
+        TypeSearch({});
+        EXPECT_TRUE(Shows({"Closed", "  B", "Reels", "  A", "  B", "Reel 2", "Reel 3", "Reel 1"}));
+        EXPECT_EQ(Says("Reel 1"), "Reel 1, open, locked by a colleague");
+        desk::OpenProjectList::Instance().Remove(project);
+    }
 }
 
 TEST_F(DirectoryViewTest, AnItemThatIsToBeRenamedIsSelectedWhenItsRowComes) {
