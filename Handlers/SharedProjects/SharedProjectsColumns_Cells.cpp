@@ -3,11 +3,11 @@
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/DebugDatabase.h"
 #include "host/core/Localizer.h"
-#include "host/toolkit/Bitmap.h"
 #include "host/mediabrowser/MediaBrowserMultiColumnTree.h"
 #include "host/project/OpenProjects.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
+#include "host/toolkit/Bitmap.h"
 #include "host/toolkit/UI_StaticImage.h"
 #include "host/toolkit/UI_StaticText.h"
 

@@ -35,6 +35,8 @@ void SharedProjectsDirectoryView::SetupTree() {
     using View = SharedProjectsDirectoryView;
     UI_MultiColumnTree& tree = *GetTree();
     tree.SetRowDisclosureChangedCallback(Utils::BindCallback(this, &View::OnRowDisclosureChanged, mLifetime));
+    tree.SetRowSingleClickDownCallback(Utils::BindCallback(this, &View::OnRowSingleClickDown, mLifetime));
+    tree.SetRowSingleClickUpCallback(Utils::BindCallback(this, &View::OnRowSingleClickUp, mLifetime));
     tree.SetRowSelectionColorCallback({});
     tree.SetAccessibleName(
         Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/DirectoryTree=Folders "
@@ -172,6 +174,8 @@ void SharedProjectsDirectoryView::OnZuProductionClosed(const UTF16String&) {
 }
 
 void SharedProjectsDirectoryView::LeaveRoot() {
+    CancelSlowSecondClick();
+    GetTree()->GetCellEditor().End();
     mRestorer->Clear();
     mPendingDirectoryChanges.clear();
     mFoldersCalledLikeProjects.clear();

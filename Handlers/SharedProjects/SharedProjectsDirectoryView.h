@@ -75,6 +75,11 @@ public:
     /// user has selected something meanwhile, selection and scroll position are left alone.
     void UpdateFromStateData(const StateData& state, bool waitForRoot);
 
+    /// True when one row is selected, and its item may get another name.
+    bool CanRenameSelection() const;
+    /// Has the user edit the name of the first selected row in place.
+    void RenameSelection();
+
     /// Opens all folders below the row, listed or not yet; with `waitForOwnContent` after the row's own content
     /// has come, if that is to come. Nothing happens while folders are being opened.
     void OpenSubTree(const RowRef& row, bool waitForOwnContent);
@@ -108,6 +113,7 @@ protected:
     void OnRowOpenStateChanged(const RowRef& row, bool open) override;
     void ResizeColumns() override;
     bool UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event) override;
+    bool UI_DoTimerNotify(UI_TimerID id) override;
 
 private:
     UTF16String GetItemPath(const RowRef& row) const override { return GetRowPath(row.get()); }
@@ -136,10 +142,25 @@ private:
     void OpenFoldersOfAwaitedItems();
     void SelectAwaitedRows();
     void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
-    bool IsHoldingBack() const { return mPauseUpdates; }
+    bool IsHoldingBack() const { return mPauseUpdates || mIsNameEdited; }
     /// Holds back, or lets come what has been held back.
     void UpdateHolding();
     void ExecutePendingDirectoryChanges();
+
+    // Renaming in place.
+    void OnRowSingleClickDown(const RowRef& row, Point point);
+    void OnRowSingleClickUp(const RowRef& row, Point point);
+    void CancelSlowSecondClick();
+    /// Begins half a second later.
+    void RenameLater(const RowRef& row);
+    void RenameIfAlone(const RowRef& row);
+    unsigned GetNameColumn() const;
+    void InstallNameEditText(const RowRef& row);
+    void OnEditEnds(UI_TextEdit& edit, int sessionEnd);
+    void UpdateTextEditStatus();
+    void OnRowRenameComplete(const RowRef& row, int sessionEnd, const UTF16String& typedText);
+    void RenameProjectAndLockFiles(const UTF16String& oldPath, const UTF16String& newName);
+    void RenameFolder(const UTF16String& oldPath, const UTF16String& newName);
 
     void OnRowDisclosureChanged(const RowRef& row, bool opened);
     void OnZuProductionOpened(const UTF16String& path);
@@ -152,6 +173,11 @@ private:
     std::set<UTF16String> mFoldersCalledLikeProjects;
     std::set<UTF16String> mPendingDirectoryChanges;
     bool mPauseUpdates = false;
+    /// From the beginning of an edit until its end has been dealt with.
+    bool mIsNameEdited = false;
+    RowRef mEditedRow;
+    /// The one selected row, when the mouse button went down on it: a slow second click.
+    RowRef mRowAwaitingRename;
     FolderOpener mFolderOpener{*this};
     const std::unique_ptr<StateRestorer> mRestorer;
     /// Items that are to be selected when their rows come.

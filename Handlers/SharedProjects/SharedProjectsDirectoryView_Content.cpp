@@ -106,7 +106,10 @@ void SharedProjectsDirectoryView::SelectDeferredRenameRow(const UTF16String& dir
     const UTF16String path = tabView->GetDeferredRenameRowPath();
     if (path.empty()) return;
     const RowRef row = GetRowFromPath(path);
-    if (row) GetTree()->SelectRow(row.get(), true, true, true);
+    if (row) {
+        GetTree()->SelectRow(row.get(), true, true, true);
+        RenameLater(row);
+    }
     // When all of its folder has been told and it was not there, it will not come.
     const bool isMissing =
         delivery.mIsLast && PathUtils::AddTrailingSlash(directoryPath) == PathUtils::GetFullDirectoryPart(path);

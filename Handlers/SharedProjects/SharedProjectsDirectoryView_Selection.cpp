@@ -71,6 +71,7 @@ void SharedProjectsDirectoryView::SelectAll() {
 }
 
 void SharedProjectsDirectoryView::OnRowDoubleClicked(const RowRef& row, Point) {
+    CancelSlowSecondClick();
     if (row) mItems.OnRowDoubleClicked(row);
 }
 

@@ -190,7 +190,11 @@ void SharedProjectsItemTree::SelectRowsByPaths(const UTF16StringVec& paths) {
     RowVec rows;
     for (const UTF16String& path : paths)
         if (RowRef row = mOwner.GetRowFromPath(path)) rows.push_back(std::move(row));
-    mTree->SelectRows(rows);
+    // One alone is also where the arrow keys go on.
+    if (rows.size() == 1)
+        mTree->SelectRow(rows.front().get(), true, false, true);
+    else
+        mTree->SelectRows(rows);
 }
 
 void SharedProjectsItemTree::SelectOpenedRows(const std::function<bool(const RowRef& row)>& isMeant) {

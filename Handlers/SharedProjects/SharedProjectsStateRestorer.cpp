@@ -25,6 +25,7 @@ StateRestorer::StateRestorer(SharedProjectsDirectoryView& owner, FolderOpener& o
     : mOwner(owner), mOpener(opener), mGoOn(std::move(goOn)) {}
 
 void StateRestorer::Restore(const StateData& state, bool waitForRoot) {
+    mAwaitedPath.clear();
     const bool isRootAwaited = mOwner.IsContentAwaited({});
     if (!mOpener.IsIdle() || (waitForRoot && !isRootAwaited && !mIsRootListed)) {
         mPending = std::make_unique<StateData>(state);
@@ -34,6 +35,25 @@ void StateRestorer::Restore(const StateData& state, bool waitForRoot) {
     if (waitForRoot && isRootAwaited)
         awaitedPaths.insert(PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory()));
     Begin(state, std::move(awaitedPaths));
+}
+
+void StateRestorer::RestoreWhenShown(const StateData& state, const UTF16String& path) {
+    mPending = std::make_unique<StateData>(state);
+    mAwaitedPath = path;
+    mSelectedBeforeAwaited = mOwner.GetTree()->GetSelectedRows();
+    GoOn();
+}
+
+bool StateRestorer::MayBeginPending() {
+    if (!mPending || !mIsRootListed || !mOpener.IsIdle()) return false;
+    if (mAwaitedPath.empty()) return true;
+    const RowVec selected = mOwner.GetTree()->GetSelectedRows();
+    const bool hasUserSelected = !selected.empty() && selected != mSelectedBeforeAwaited;
+    const bool isThere = mOwner.GetRowFromPath(mAwaitedPath) != nullptr;
+    if (hasUserSelected || isThere) mAwaitedPath.clear();
+    if (hasUserSelected && !isThere) mPending.reset();
+    if (hasUserSelected && mPending) mPending->mSelectedRowPaths = mOwner.GetSelectedPaths();
+    return mPending && isThere;
 }
 
 void StateRestorer::Begin(StateData state, FolderOpener::Paths awaitedPaths) {
@@ -69,13 +89,14 @@ void StateRestorer::SelectAndScrollTo(const StateData& state) {
 }
 
 void StateRestorer::GoOn() {
-    if (mPending && mIsRootListed && mOpener.IsIdle()) Begin(*mPending, {});
+    if (MayBeginPending()) Begin(*mPending, {});
     OpenReached();
 }
 
 void StateRestorer::Stop() {
     mOpener.Stop();
     mPending.reset();
+    mAwaitedPath.clear();
     mRestored.reset();
 }
 

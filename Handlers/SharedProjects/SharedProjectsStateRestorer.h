@@ -19,6 +19,9 @@ public:
 
     /// Puts open folders, selection and scroll position back (`UpdateFromStateData`).
     void Restore(const StateData& state, bool waitForRoot);
+    /// Puts a state back when the item at `path`, which has just got that name, has a row; not once the user
+    /// has selected something else.
+    void RestoreWhenShown(const StateData& state, const UTF16String& path);
     /// What waited for the opener, or for content, goes on.
     void GoOn();
     /// Ends it where it is. What could not be reached stays kept.
@@ -43,6 +46,7 @@ public:
     void OnSelectionChanged() { mUnreached.mSelectedRowPaths.clear(); }
 
 private:
+    bool MayBeginPending();
     void Begin(StateData state, FolderOpener::Paths awaitedPaths);
     void Finish(const RowVec& selectedBefore);
     void SelectAndScrollTo(const StateData& state);
@@ -55,6 +59,9 @@ private:
     const std::function<void()> mGoOn;
     /// What is to be put back when there is content and the opener is idle.
     std::unique_ptr<StateData> mPending;
+    /// It waits for this item too, when not empty, while nothing or this is selected.
+    UTF16String mAwaitedPath;
+    RowVec mSelectedBeforeAwaited;
     /// What is being put back.
     std::unique_ptr<StateData> mRestored;
     RowRef mTopRow;

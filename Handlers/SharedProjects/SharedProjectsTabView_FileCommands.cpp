@@ -35,38 +35,22 @@ TopLevelWindow* GetDialogParent() {
 
 // New Folder.
 
-/// Blanks around a name are slips of the keyboard, and could not be seen.
-UTF16String TrimBlanks(const UTF16String& name) {
-    constexpr const char16_t* kBlanks = u" \t\u00A0\u3000";
-    const std::size_t begin = name.find_first_not_of(kBlanks);
-    if (begin == UTF16String::npos) return {};
-    return name.substr(begin, name.find_last_not_of(kBlanks) + 1 - begin);
-}
-
 bool AskFolderName(UTF16String& name) {
     name = ZString("$$$/Vantor/Handlers/ZuProductionFolder/Untitled=Untitled");
     const UTF16String title =
         ZString("$$$/Vantor/Handlers/ZuProductionFolder/NameFolderDialog/Title=New Folder");
     const UTF16String label = ZString("$$$/Vantor/Handlers/ZuProduction/NameItemDialog/TextBoxLabel=Name");
     if (!SimpleInputBox(GetDialogParent(), title, label, name)) return false;
-    name = TrimBlanks(name);
+    name = Utils::TrimBlanks(name);
     return true;
 }
 
-/// What a folder's name on a disk of this system can be; a project's would mislead.
-bool IsValidName(const UTF16String& name) {
-    return !IsVantorProjectFile(name) && !name.empty() && name != u"." && name != u".." &&
-           name.find_first_of(UTF16String{PathUtils::GetPathSeparator(), u'\0'}) == UTF16String::npos;
-}
-
-void TellInvalidName() {
-    const UTF16String title =
-        ZString("$$$/Vantor/Handlers/ZuProduction/NameItemDialog/InvalidNameWarning/Title=Invalid Name");
-    const UTF16String text = ZString(
+void TellInvalidName(const UTF16String& name, const UTF16String& folder) {
+    Utils::TellInvalidName(
+        "$$$/Vantor/Handlers/ZuProduction/NameItemDialog/InvalidNameWarning/Title=Invalid Name",
         "$$$/Vantor/Handlers/ZuProduction/NameItemDialog/InvalidNameWarning/Message=A valid name cannot be "
-        "empty "
-        "and cannot contain any of the following characters: \n");
-    MessageBox(title, text + PathUtils::GetPathSeparator());
+        "empty and cannot contain any of the following characters: \n",
+        name, folder);
 }
 
 void TellDirectoryExists() {
@@ -98,24 +82,21 @@ void MakeFolder(const UTF16String& path) {
     }
 }
 
-/// The host shows no folders whose names begin with a dot.
-void TellItDoesNotShow(const UTF16String& name) {
-    if (!name.starts_with(u'.')) return;
-    const UTF16String title =
-        ZString("$$$/Vantor/Handlers/ZuProductionFolder/HiddenFolder/Title=Folder Created");
-    const UTF16String text = ZString(
-        "$$$/Vantor/Handlers/ZuProductionFolder/HiddenFolder/Message=The folder “@0” was created, but "
-        "it does not show here: its name begins with a dot.",
-        {name});
-    MessageBox(title, text, kMessageBoxOK, kMessageBoxIconInformation, 0);
+void TellHiddenName(const UTF16String& name) {
+    Utils::TellHiddenName(
+        "$$$/Vantor/Handlers/ZuProductionFolder/HiddenFolder/Title=Folder Created",
+        "$$$/Vantor/Handlers/ZuProductionFolder/HiddenFolder/Message=The folder “@0” was created, but it does "
+        "not show here: its name begins with a dot.",
+        name);
 }
 
 /// Makes a folder named by the user in `targetFolder`; returns its path, empty when none was made.
 UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
     UTF16String name;
     if (!AskFolderName(name)) return {};
-    if (!IsValidName(name)) {
-        TellInvalidName();
+    // A project's name would mislead.
+    if (IsVantorProjectFile(name) || !PathUtils::IsValidFileName(name, targetFolder)) {
+        TellInvalidName(name, targetFolder);
         return {};
     }
     const UTF16String path = PathUtils::CombinePaths(targetFolder, name);
@@ -124,7 +105,7 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
         return {};
     }
     MakeFolder(path);
-    TellItDoesNotShow(name);
+    TellHiddenName(name);
     return path;
 }
 
@@ -279,6 +260,17 @@ bool OnRevealItemInSystemCommand(SharedProjectsTabView& panel) {
     return true;
 }
 
+CommandStatus OnRenameItemCommandStatus(const SharedProjectsTabView& panel) {
+    if (!panel.AreTreeViewsCreated()) return false;
+    const SharedProjectsTreeView& trees = panel.GetTreeView();
+    return trees.GetViewType() == TreeViewType::DirectoryView && trees.GetDirectoryView()->CanRenameSelection();
+}
+
+bool OnRenameItemCommand(SharedProjectsTabView& panel) {
+    if (panel.AreTreeViewsCreated()) panel.GetTreeView().GetDirectoryView()->RenameSelection();
+    return true;
+}
+
 CommandStatus OnMakeACopyCommandStatus(const SharedProjectsTabView& panel) {
     return !panel.GetKnownSelection().empty();
 }
@@ -302,6 +294,7 @@ std::span<const PanelCommand> GetFileCommands() {
         {CommandID::kNewFolder, OnNewFolderCommandStatus, OnNewFolderCommand},
         {CommandID::kNewProject, OnNewProjectCommandStatus, OnNewProjectCommand},
         {CommandID::kAddProject, OnAddProjectCommandStatus, OnAddProjectCommand},
+        {CommandID::kRenameItem, OnRenameItemCommandStatus, OnRenameItemCommand},
         {CommandID::kRevealRootInSystem, OnRevealRootInSystemCommandStatus, OnRevealRootInSystemCommand},
         {CommandID::kRevealItemInSystem, OnRevealItemInSystemCommandStatus, OnRevealItemInSystemCommand},
         {CommandID::kMakeACopy, OnMakeACopyCommandStatus, OnMakeACopyCommand},

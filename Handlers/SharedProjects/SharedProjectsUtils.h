@@ -92,6 +92,27 @@ bool IsAtOrBelow(const UTF16String& path, const UTF16String& folder);
 /// True for a path inside the production's trash; with `includeTrashFolder` for the trash folder too.
 bool IsInTrash(const UTF16String& path, bool includeTrashFolder);
 
+// Names that users give.
+
+/// True for an item that may get another name, as far as is known: not for the trash folder, nor for a project
+/// that somebody else has locked and a folder that is known to hold one. For items of listed folders it does
+/// not wait for the volume.
+bool CanBeRenamed(const UTF16String& path);
+
+/// `name` without the blanks around it: slips of the keyboard, which could not be seen.
+UTF16String TrimBlanks(const UTF16String& name);
+
+/// `name` with the extension of projects, unless it has that in any letter case.
+UTF16String AddProjectExtension(const UTF16String& name);
+
+/// Tells the user which characters a name in `folder` cannot hold (after the localised text), and why `name` is
+/// not valid there.
+void TellInvalidName(const char* titleKey, const char* textKey, const UTF16String& name,
+                     const UTF16String& folder);
+
+/// Tells the user of a name that begins with a dot that it does not show; nothing for another.
+void TellHiddenName(const char* titleKey, const char* textKey, const UTF16String& name);
+
 // Projects.
 
 /// Copies projects from outside into `destinationFolder`, once the user has agreed, and brings the progress

@@ -138,24 +138,17 @@ TEST_F(CommandsTest, NamesThatCannotBe) {
     const DiskTree before = OnDiskNow();
     for (const UTF16String& name :
          {UTF16String(), UTF16String(u"  \t"), UTF16String(u"a/b"), UTF16String(u"."), UTF16String(u" .. "),
-          UTF16String(u"a\0b", 3), UTF16String(u"Day.ZUPROJ")}) {
+          UTF16String(u"a\0b", 3), UTF16String(u"Day.ZUPROJ"), UTF16String(256, u'x')}) {
         mDialogs.ExpectText("New Folder", name);
         mDialogs.ExpectMessage("Invalid Name");
         Send(kNewFolder);
-        EXPECT_TRUE(mDialogs.LastText().ends_with("\n/")) << mDialogs.LastText();
+        EXPECT_NE(mDialogs.LastText().find("\n/"), std::string::npos) << mDialogs.LastText();
     }
     mDialogs.ExpectText("New Folder", u"Reels");
     mDialogs.ExpectMessage("Directory Exists");
     Send(kNewFolder);
     mDialogs.ExpectText("New Folder", std::nullopt);
     Send(kNewFolder);
-    {
-        ExpectLogged refused("File name too long");
-        mDialogs.ExpectText("New Folder", UTF16String(256, u'x'));
-        mDialogs.ExpectMessage("Folder Not Created");
-        Send(kNewFolder);
-        EXPECT_TRUE(mDialogs.LastText().ends_with("File name too long"));
-    }
     EXPECT_EQ(OnDiskNow(), before);
     NewFolder(u" a b ");
     EXPECT_TRUE(mFolder.Exists(OnDisk("a b")));

@@ -1,0 +1,201 @@
+// Names that are changed in place.
+#include <algorithm>
+#include <utility>
+
+#include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
+#include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
+#include "host/core/Localizer.h"
+#include "host/core/Logging.h"
+#include "host/files/FileException.h"
+#include "host/files/PathUtils.h"
+#include "host/project/ItemOperations.h"
+#include "host/toolkit/UI_NodeManager.h"
+
+namespace HandlerSharedProjects {
+
+namespace {
+
+constexpr double kSlowSecondClickSeconds = 0.5;
+/// The editor has left the screen by then.
+constexpr double kFolderRenameSeconds = 0.1;
+constexpr double kDeferredRenameSeconds = 0.5;
+
+/// One for all views.
+UI_TimerID GetRenameTimerID() {
+    static const UI_TimerID sID = UI_NodeManager::Get()->GetUniqueTimerID();
+    return sID;
+}
+
+void TellInvalidName(const UTF16String& name, const UTF16String& folder) {
+    Utils::TellInvalidName(
+        "$$$/Vantor/Handlers/ZuProduction/Rename/InvalidNameWarning/Title=Invalid Name",
+        "$$$/Vantor/Handlers/ZuProduction/Rename/InvalidNameWarning/Message=A valid name cannot be empty and "
+        "cannot contain any of the following characters: \n",
+        name, folder);
+}
+
+void TellHiddenName(const UTF16String& name) {
+    Utils::TellHiddenName(
+        "$$$/Vantor/Handlers/ZuProduction/Rename/Hidden/Title=Renamed",
+        "$$$/Vantor/Handlers/ZuProduction/Rename/Hidden/Message=“@0” does not show here any more: its name "
+        "begins with a dot.",
+        name);
+}
+
+/// Where `path` lies once the folder `from` is called `to`.
+UTF16String FollowFolder(const UTF16String& path, const UTF16String& from, const UTF16String& to) {
+    return Utils::IsAtOrBelow(path, from) ? to + path.substr(from.size()) : path;
+}
+
+}  // namespace
+
+bool SharedProjectsDirectoryView::CanRenameSelection() const {
+    const RowVec rows = GetTree()->GetSelectedRows();
+    return rows.size() == 1 && Utils::CanBeRenamed(GetRowPath(rows.front().get()));
+}
+
+void SharedProjectsDirectoryView::RenameSelection() {
+    const RowVec rows = GetTree()->GetSelectedRows();
+    if (rows.empty()) return;
+    InstallNameEditText(rows.front());
+    Utils::LogUsage("DirectoryTree", "RenameItem");
+}
+
+void SharedProjectsDirectoryView::OnRowSingleClickDown(const RowRef&, Point) {
+    const RowVec rows = GetTree()->GetSelectedRows();
+    mRowAwaitingRename = rows.size() == 1 ? rows.front() : RowRef();
+}
+
+void SharedProjectsDirectoryView::OnRowSingleClickUp(const RowRef& row, Point point) {
+    UI_RemoveTimer(GetRenameTimerID(), true);
+    if (!row || row != mRowAwaitingRename) return;
+    const unsigned column = GetNameColumn();
+    const RectT<float> cell = GetTree()->GetCellRect(row.get(), column);
+    const RectT<float> text = Columns::GetNameTextRectFromView(row->GetCellView(column));
+    const float x = static_cast<float>(point.x) - cell.x - text.x;
+    const float y = static_cast<float>(point.y) - cell.y - text.y;
+    if (x >= 0 && x < text.width && y >= 0 && y < text.height)
+        UI_InstallTimer(kSlowSecondClickSeconds, GetRenameTimerID());
+}
+
+bool SharedProjectsDirectoryView::UI_DoTimerNotify(UI_TimerID id) {
+    if (id != GetRenameTimerID()) return MediaBrowserDirectoryView::UI_DoTimerNotify(id);
+    UI_RemoveTimer(id, true);
+    RenameIfAlone(std::exchange(mRowAwaitingRename, {}));
+    return true;
+}
+
+/// What was selected since is not meant.
+void SharedProjectsDirectoryView::RenameIfAlone(const RowRef& row) {
+    if (row && GetTree()->GetSelectedRows() == RowVec{row} && CanRenameSelection()) InstallNameEditText(row);
+}
+
+void SharedProjectsDirectoryView::RenameLater(const RowRef& row) {
+    AsyncCallFromMainThread(
+        [this, row, lifetime = std::weak_ptr(mLifetime)] {
+            if (!lifetime.expired()) RenameIfAlone(row);
+        },
+        kDeferredRenameSeconds);
+}
+
+void SharedProjectsDirectoryView::CancelSlowSecondClick() {
+    UI_RemoveTimer(GetRenameTimerID(), true);
+    mRowAwaitingRename.reset();
+}
+
+unsigned SharedProjectsDirectoryView::GetNameColumn() const {
+    return static_cast<unsigned>(std::max(GetHeaderRow()->GetIndexOfColumn(Columns::kNameColumnID), 0));
+}
+
+void SharedProjectsDirectoryView::InstallNameEditText(const RowRef& row) {
+    if (!row || mIsNameEdited) return;
+    CancelSlowSecondClick();
+    // A row that nobody sees has no name cell.
+    GetTree()->ScrollRowIntoView(row.get(), false, 0, true);
+    UpdateRow(row);
+    const RectT<float> text = Columns::GetNameTextRectFromView(row->GetCellView(GetNameColumn()));
+    const UTF16String name = Columns::GetPathDisplayName(mItems.GetPathOfKind(row));
+    const RefPtr<UI_TextEdit> edit = new UI_TextEdit;
+    edit->SetFontSize(Columns::GetFontSizeFromCellRect(text));
+    edit->SetAccessibleName(
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/NewName=New name of “@0”", {name}));
+    edit->SetValue(name);
+    edit->NotifyWhenEditEnds(Utils::BindCallback(this, &SharedProjectsDirectoryView::OnEditEnds, mLifetime));
+    if (!GetTree()->GetCellEditor().Begin(row.get(), GetNameColumn(), edit, text)) return;
+    mEditedRow = row;
+    mIsNameEdited = true;
+    UpdateHolding();
+    EnableKeyboardEvents(false);
+}
+
+void SharedProjectsDirectoryView::OnEditEnds(UI_TextEdit& edit, int sessionEnd) {
+    EnableKeyboardEvents(true);
+    GetRegisteredMainThread()->Queue([this, lifetime = std::weak_ptr(mLifetime)] {
+        if (!lifetime.expired()) UpdateTextEditStatus();
+    });
+    try {
+        OnRowRenameComplete(std::exchange(mEditedRow, {}), sessionEnd, edit.GetValue());
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+}
+
+void SharedProjectsDirectoryView::UpdateTextEditStatus() {
+    mIsNameEdited = false;
+    UpdateHolding();
+}
+
+void SharedProjectsDirectoryView::OnRowRenameComplete(const RowRef& row, int sessionEnd,
+                                                      const UTF16String& typedText) {
+    const UTF16String path = row ? GetRowPath(row.get()) : UTF16String();
+    if (path.empty() || sessionEnd == kEditEnd_Cancelled) return;
+    const bool isProject = IsFileRow(row);
+    const UTF16String typedName = Utils::TrimBlanks(typedText);
+    const UTF16String name = isProject ? Utils::AddProjectExtension(typedName) : typedName;
+    const UTF16String folder = PathUtils::GetFullDirectoryPart(path);
+    // With the extension ".." would be a name, though none that anybody means.
+    for (const UTF16String& each : {typedName, name})
+        if (!PathUtils::IsValidFileName(each, folder)) return TellInvalidName(each, folder);
+    if (IsEqualFoldingASCII(name, PathUtils::GetFullFilePart(path))) return;
+    if (isProject) return RenameProjectAndLockFiles(path, name);
+    AsyncCallFromMainThread(
+        [this, path, name, lifetime = std::weak_ptr(mLifetime)] {
+            if (!lifetime.expired()) RenameFolder(path, name);
+        },
+        kFolderRenameSeconds);
+}
+
+void SharedProjectsDirectoryView::RenameProjectAndLockFiles(const UTF16String& oldPath,
+                                                            const UTF16String& newName) {
+    const UTF16String newPath =
+        PathUtils::CombinePaths(PathUtils::GetFullDirectoryPart(oldPath), Utils::AddProjectExtension(newName));
+    StateData state = GetCurrentStateData();
+    try {
+        if (!Utils::MoveProjectAndLockFiles(oldPath, newPath)) return;
+    } catch (const FileException& exception) {
+        // The user has been told.
+        return LogException(exception, __PRETTY_FUNCTION__);
+    }
+    state.mSelectedRowPaths = {newPath};
+    state.mTopVisibleRowPath.clear();
+    mRestorer->RestoreWhenShown(state, newPath);
+    TellHiddenName(newName);
+}
+
+void SharedProjectsDirectoryView::RenameFolder(const UTF16String& oldPath, const UTF16String& newName) {
+    const UTF16String newPath = PathUtils::CombinePaths(PathUtils::GetFullDirectoryPart(oldPath), newName);
+    StateData state = GetCurrentStateData();
+    const ItemOutcome outcome = MoveItems({{oldPath, newPath}}).front();
+    if (outcome.mFailure) return LogException(*outcome.mFailure, __PRETTY_FUNCTION__);
+    if (outcome.mResult != ItemOutcome::Result::Done) return;
+    Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathUtils::AddTrailingSlash(oldPath),
+                                                 PathUtils::AddTrailingSlash(newPath));
+    const auto follow = [&](UTF16String& path) { path = FollowFolder(path, oldPath, newPath); };
+    std::ranges::for_each(state.mOpenFolderPaths, follow);
+    std::ranges::for_each(state.mSelectedRowPaths, follow);
+    follow(state.mTopVisibleRowPath);
+    mRestorer->RestoreWhenShown(state, newPath);
+    TellHiddenName(newName);
+}
+
+}  // namespace HandlerSharedProjects

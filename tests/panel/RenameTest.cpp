@@ -1,0 +1,147 @@
+#include <QTest>
+
+#include "host/framework/CommandIdentifiers.h"
+#include "tests/panel/CommandsFixture.h"
+
+namespace HandlerSharedProjects {
+
+using namespace std::chrono_literals;
+
+class RenameTest : public CommandsFixture {
+protected:
+    static constexpr int kRename = 30308;
+
+    void Show(std::initializer_list<Item> items) {
+        OpenProductionWith(items);
+        mFrame.Window().activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&mFrame.Window()));
+        TreeWidget().setFocus();
+    }
+    QLineEdit* Field() { return TreeWidget().viewport()->findChild<QLineEdit*>(); }
+    /// Opens the editor on a row by the command.
+    QLineEdit* Begin(const std::string& name) {
+        Select({name});
+        EXPECT_TRUE(IsEnabled(kRename)) << name;
+        Send(kRename);
+        EXPECT_TRUE(Field()) << name;
+        return Field();
+    }
+    void TypeName(const char* name, Qt::Key end = Qt::Key_Return) {
+        ASSERT_TRUE(Field());
+        QTest::keyClicks(Field(), QString::fromUtf8(name));
+        QTest::keyClick(Field(), end);
+        Settle();
+        // A folder gets its name when the editor has gone.
+        mMain.Advance(100ms);
+        Settle();
+    }
+    void Rename(const std::string& name, const char* newName) {
+        Begin(name);
+        TypeName(newName);
+    }
+    void Click(const std::string& name, bool isDouble = false) {
+        const QModelIndex index = TreeWidget().model()->match(
+            TreeWidget().model()->index(0, 0), Qt::AccessibleTextRole, QString::fromStdString(name), 1,
+            Qt::MatchStartsWith | Qt::MatchRecursive)[0];
+        const QPoint point = TreeWidget().visualRect(index).topLeft() + QPoint(60, 10);
+        QTest::mouseClick(TreeWidget().viewport(), Qt::LeftButton, {}, point);
+        if (isDouble) QTest::mouseDClick(TreeWidget().viewport(), Qt::LeftButton, {}, point);
+        mMain.RunUntilIdle();
+    }
+};
+
+TEST_F(RenameTest, AProjectKeepsItsRowSelectedItsLockAndItsDocumentAndNothingMovesMeanwhile) {
+    Show({"Reels/B", "A", "Z"});
+    OpenFolder("Reels");
+    OpenDocument("Reels/B");
+    EXPECT_EQ(Begin("Reels/B")->selectedText(), QStringLiteral("B"));
+    Make({"C", "Reels/A"});
+    mMain.Advance(3s);
+    Settle();
+    EXPECT_EQ(ShownRows(), (Rows{"A", "Reels", "  B", "Z"})) << "what others do waits";
+    TypeName(" Take 2.zuProj ");
+    EXPECT_TRUE(Shows({"A", "C", "Reels", "  A", "  Take 2", "Z"}));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Take 2"});
+    EXPECT_TRUE(IsProjectOpen(PathOf("Reels/Take 2.zuProj"))) << "the extension is kept as typed";
+    EXPECT_EQ(NamesIn(mProduction + "/Reels"), (Names{"A.zuproj", "Take 2.zuProj", ".Take 2.zuProj.lock"}));
+    EXPECT_EQ(QApplication::focusWidget(), &TreeWidget());
+    Rename("A", "a");
+    Begin("A");
+    TypeName("Never", Qt::Key_Escape);
+    EXPECT_TRUE(Shows({"A", "C", "Reels", "  A", "  Take 2", "Z"})) << "letter case alone is no other name";
+}
+
+TEST_F(RenameTest, AFolderKeepsWhatIsOpenInIt) {
+    Show({"Reels/Day 1/A", "Reels/Day 2/B", "Trash/Old"});
+    for (const char* folder : {"Reels", "Reels/Day 1", "Trash"}) OpenFolder(folder);
+    OpenDocument("Reels/Day 1/A");
+    Rename("Reels", "Rushes");
+    EXPECT_TRUE(Shows({"Rushes", "  Day 1", "    A", "  Day 2", "Trash", "  Old"}));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"Rushes"});
+    EXPECT_TRUE(IsOpen("Rushes/Day 1/A"));
+    Rename("Trash/Old", "Older");
+    EXPECT_TRUE(Shows({"Rushes", "  Day 1", "    A", "  Day 2", "Trash", "  Older"}));
+    Select({"Trash"});
+    EXPECT_FALSE(IsEnabled(kRename)) << "it would be no trash any more";
+}
+
+TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
+    Make({"Held", "Day/Held too"});
+    OtherUserLocks("Held");
+    OtherUserLocks("Day/Held too");
+    Show({"A", "B"});
+    OpenFolder("Day");
+    const DiskTree before = OnDiskNow();
+    for (const char* name : {"Held", "Day"}) {
+        Select({name});
+        EXPECT_TRUE(Shows([&] { return !IsEnabled(kRename); })) << name;
+    }
+    Select({"A", "B"});
+    EXPECT_FALSE(IsEnabled(kRename));
+    Begin("A");
+    Field()->clear();
+    mDialogs.ExpectMessage("Invalid Name");
+    TypeName("");
+    for (const char* name : {"a/b", "..", "/"}) {
+        mDialogs.ExpectMessage("Invalid Name");
+        Rename("A", name);
+        EXPECT_NE(mDialogs.LastText().find("\n/"), std::string::npos) << mDialogs.LastText();
+    }
+    {
+        ExpectLogged refused("File exists");
+        mDialogs.ExpectMessage("Not Everything Was Moved");
+        Rename("A", "B");
+    }
+    Begin("A");
+    OtherUserLocks("A");
+    mDialogs.ExpectMessage("Not Everything Was Moved");
+    TypeName("C");
+    EXPECT_NE(mDialogs.LastText().find("edit-bay-2"), std::string::npos) << mDialogs.LastText();
+    Unlock("A");
+    EXPECT_EQ(OnDiskNow(), before);
+}
+
+TEST_F(RenameTest, ASlowSecondClickAndANewProjectBeginIt) {
+    Show({"A", "B"});
+    Click("A");
+    mMain.Advance(2s);
+    EXPECT_FALSE(Field()) << "the first one selects";
+    Click("A");
+    Click("B");
+    mMain.Advance(2s);
+    EXPECT_FALSE(Field()) << "another one was selected since";
+    Click("B");
+    mMain.Advance(300ms);
+    EXPECT_FALSE(Field());
+    mMain.Advance(300ms);
+    TypeName("C");
+    EXPECT_TRUE(Shows({"A", "C"}));
+    Send(CommandID::kDeselectAll);
+    Send(kNewProject);
+    ASSERT_TRUE(Shows([&] { return Field() != nullptr; }));
+    TypeName("New");
+    EXPECT_TRUE(Shows({"A", "C", "New"}));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"New"});
+}
+
+}  // namespace HandlerSharedProjects
