@@ -37,6 +37,9 @@ void SharedProjectsDirectoryView::SetupTree() {
     tree.SetRowDisclosureChangedCallback(Utils::BindCallback(this, &View::OnRowDisclosureChanged, mLifetime));
     tree.SetRowSingleClickDownCallback(Utils::BindCallback(this, &View::OnRowSingleClickDown, mLifetime));
     tree.SetRowSingleClickUpCallback(Utils::BindCallback(this, &View::OnRowSingleClickUp, mLifetime));
+    tree.SetSelectedRowsDraggedCallback(Utils::BindCallback(this, &View::OnSelectedRowsDragged, mLifetime));
+    tree.SetDropSupportCallback(Utils::BindCallback(this, &View::DropSupport, mLifetime));
+    tree.SetSupportDragOverRow(true);
     tree.SetRowSelectionColorCallback({});
     tree.SetAccessibleName(
         Localizer::Get()->Localize("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/DirectoryTree=Folders "

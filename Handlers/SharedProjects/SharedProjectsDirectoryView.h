@@ -110,6 +110,7 @@ protected:
     void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column,
                          const RectT<float>& cell) override;
     void OnRowSelectionChanged(const RowVec& rows) override;
+    bool OnRowContextMenu(const RowRef& row, Point point) override;
     void OnRowOpenStateChanged(const RowRef& row, bool open) override;
     void ResizeColumns() override;
     bool UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event) override;
@@ -162,6 +163,24 @@ private:
     void RenameProjectAndLockFiles(const UTF16String& oldPath, const UTF16String& newName);
     void RenameFolder(const UTF16String& oldPath, const UTF16String& newName);
 
+    void HandleContextMenuNoSelection(Point point);
+    void HandleContextMenuProject(Point point);
+    void HandleContextMenuDirectory(Point point);
+    void HandleContextMenuMixed(Point point);
+    void HandleContextMenuTrash(Point point);
+    bool IsOneVisibleRowSelected() const;
+
+    // Dragging; paths are normalised.
+    bool OnSelectedRowsDragged(const UI_MouseEvent& event);
+    bool DropSupport(int action, UI_DropData* data);
+    void OnDragEnterOrMove(const UI_DropData& data);
+    void OnDragDrop(const UI_DropData& data);
+    void DropRows(const UTF16StringVec& paths, const UTF16String& destination);
+    /// False when an item lies in `destination` already, is it, or is above it.
+    static bool IsDropValid(const UTF16StringVec& draggedPaths, const UTF16String& destination);
+    /// The folder that receives the drop.
+    UTF16String GetDropDestinationPathFromDropData(const UI_DropData& data) const;
+
     void OnRowDisclosureChanged(const RowRef& row, bool opened);
     void OnZuProductionOpened(const UTF16String& path);
     void OnZuProductionClosed(const UTF16String& path);
@@ -178,6 +197,8 @@ private:
     RowRef mEditedRow;
     /// The one selected row, when the mouse button went down on it: a slow second click.
     RowRef mRowAwaitingRename;
+    /// Of the rows that are being dragged over the tree: none is locked, or the trash.
+    bool mMayDraggedRowsMove = false;
     FolderOpener mFolderOpener{*this};
     const std::unique_ptr<StateRestorer> mRestorer;
     /// Items that are to be selected when their rows come.

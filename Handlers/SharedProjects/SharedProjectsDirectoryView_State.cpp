@@ -89,11 +89,4 @@ void SharedProjectsDirectoryView::CloseSubTreeRecursion(const RowRef& row) {
     if (row->IsOpen()) GetTree()->CloseRow(row.get());
 }
 
-bool SharedProjectsDirectoryView::UI_DoKeyboardEvent(UI_Node* node, const UI_KeyboardEvent& event) {
-    if (event.GetCode() != kKey_Escape || mFolderOpener.IsIdle())
-        return MediaBrowserDirectoryView::UI_DoKeyboardEvent(node, event);
-    mRestorer->Stop();
-    return true;
-}
-
 }  // namespace HandlerSharedProjects

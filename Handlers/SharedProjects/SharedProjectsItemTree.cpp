@@ -1,10 +1,12 @@
 #include "Handlers/SharedProjects/SharedProjectsItemTree.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
+#include "host/framework/MenuUtils.h"
 #include "host/project/SharedProjectsManager.h"
 
 namespace HandlerSharedProjects {
@@ -201,6 +203,19 @@ void SharedProjectsItemTree::SelectOpenedRows(const std::function<bool(const Row
     RowVec rows = mTree->GetOpenedRows();
     std::erase_if(rows, std::not_fn(isMeant));
     mTree->SelectRows(rows);
+}
+
+void SharedProjectsItemTree::SelectForContextMenu(const RowRef& row) {
+    if (!row)
+        mTree->DeselectAllRows(true);
+    else if (std::ranges::count(mTree->GetSelectedRows(), row) == 0)
+        mTree->SelectRow(row.get(), true, false, true);
+    // The menu asks for the status of commands before the tree tells of its selection.
+    if (const auto tabView = mTabView.lock()) tabView->OnSelectionChanged();
+}
+
+void SharedProjectsItemTree::TrackContextMenu(const char* menuID, Point point) {
+    MenuUtils::TrackContextMenu(Menu::Load(menuID), *mTree, point);
 }
 
 void SharedProjectsItemTree::SelectNextWhenSelectionHasGone() {

@@ -101,6 +101,11 @@ public:
     /// Nothing is to be selected any more in place of what goes.
     void ForgetRemovals() { mSelectionAfterRemoval = {}; }
 
+    /// Selects the row that a context menu is for, alone, unless it is selected; none for an empty row.
+    void SelectForContextMenu(const RowRef& row);
+    /// Shows a menu of the host's resources; `point` in view units of the tree.
+    void TrackContextMenu(const char* menuID, Point point);
+
     // Moves of the selection by the keyboard's page keys; see `Utils`.
 
     void MoveHome() { Utils::MoveHome(mTree); }

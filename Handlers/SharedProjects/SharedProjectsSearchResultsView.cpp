@@ -48,6 +48,7 @@ void SharedProjectsSearchResultsView::SetupTree() {
     tree.SetDrawCellOfRowCallback(Utils::BindCallback(&mItems, &Items::OnDrawCellOfRow, mLifetime));
     tree.SetRowOpenStateChangedCallback(Utils::BindCallback(&mItems, &Items::OnRowOpenStateChanged, mLifetime));
     tree.SetRowDoubleClickedCallback(Utils::BindCallback(this, &View::OnRowDoubleClicked, mLifetime));
+    tree.SetRowContextMenuCallback(Utils::BindCallback(this, &View::OnRowContextMenu, mLifetime));
     tree.SetRowsSelectionChangedCallback(Utils::BindCallback(this, &View::OnRowSelectionChanged, mLifetime));
 }
 
@@ -77,6 +78,17 @@ void SharedProjectsSearchResultsView::OnRowDoubleClicked(const RowRef& row, Poin
 
 void SharedProjectsSearchResultsView::OnRowSelectionChanged(const RowVec&) {
     if (const auto tabView = mTabView.lock()) tabView->OnSelectionChanged();
+}
+
+bool SharedProjectsSearchResultsView::OnRowContextMenu(const RowRef& row, Point point) {
+    mItems.SelectForContextMenu(row);
+    const int types = row ? Utils::GetPathTypes(mItems.GetSelectedPaths()) : 0;
+    if ((types & ~Utils::kPathTypeFolder) == Utils::kPathTypeFile) HandleContextMenuProject(point);
+    return true;
+}
+
+void SharedProjectsSearchResultsView::HandleContextMenuProject(Point point) {
+    mItems.TrackContextMenu("HandlerSharedProjects_SearchResults_Context_Menu_Project", point);
 }
 
 void SharedProjectsSearchResultsView::ListenToMessage(const Message& message) {

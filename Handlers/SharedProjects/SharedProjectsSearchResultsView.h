@@ -94,6 +94,8 @@ private:
 
     void OnRowDoubleClicked(const RowRef& row, Point point);
     void OnRowSelectionChanged(const RowVec& rows);
+    bool OnRowContextMenu(const RowRef& row, Point point);
+    void HandleContextMenuProject(Point point);
 
     std::weak_ptr<SharedProjectsTabView> mTabView;
     RefPtr<MediaBrowserMultiColumnTree> mTree;

@@ -155,6 +155,8 @@ void SharedProjectsTabView::CreateButtons(const Rect& bounds) {
     CreateButton(mNewProjectButton, *this, GetNewProjectButtonBounds(bounds), kNewProjectButton);
     CreateButton(mNewFolderButton, *this, GetNewFolderButtonBounds(bounds), kNewFolderButton);
     CreateButton(mTrashButton, *this, GetTrashButtonBounds(bounds), kTrashButton);
+    mTrashButton.SetDragSupportFxn(
+        Utils::BindCallback(this, &SharedProjectsTabView::DropToDeleteButtonSupport, weak_from_this()));
     ApplyButtonTunables();
 }
 

@@ -113,6 +113,9 @@ public:
     /// says why not. May wait for the volume. Throws `FileException` when the user cancelled looking into a
     /// folder.
     UTF16StringVec GetDeleteableSelectedPaths(UTF16StringVec& reasons) const;
+    /// Moves what of the selection may go to the trash there, and tells the user of the rest. `usageAction` is
+    /// what is recorded. May wait as below.
+    void MoveSelectionToTrash(const char* usageAction);
     /// Moves the items to the production's trash unless one of them may not go there. May wait for the volume
     /// and for the user.
     void TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths);
@@ -186,6 +189,10 @@ private:
     void ForgetKnownSelection();
     void UpdateControlEnabledStatesLater();
     void FollowTreeChange();
+
+    bool DropToDeleteButtonSupport(int action, UI_DropData* data);
+    static bool IsDropToDeleteButtonValid(const UI_DropData& data);
+    void OnDropToDeleteButton(const UI_DropData& data);
 
     void OnEditTextValueChanged();
     void OnDebugDatabaseChanged();

@@ -222,18 +222,7 @@ CommandStatus OnDeleteItemCommandStatus(const SharedProjectsTabView& panel) {
 
 bool OnDeleteItemCommand(SharedProjectsTabView& panel) {
     if (!panel.IsCreated()) return false;
-    try {
-        TellTogether([&panel] {
-            UTF16StringVec reasons;
-            const UTF16StringVec paths = panel.GetDeleteableSelectedPaths(reasons);
-            TellNotMoved(reasons);
-            Utils::LogUsage("Trash", "DeleteCommand");
-            if (SharedProjectsItemTree* items = panel.GetShownItems()) items->SelectNextWhenSelectionHasGone();
-            panel.TryToMoveToSharedProjectsTrash(paths);
-        });
-    } catch (...) {
-        LogCurrentException(__PRETTY_FUNCTION__);
-    }
+    panel.MoveSelectionToTrash("DeleteCommand");
     return true;
 }
 
@@ -321,8 +310,44 @@ UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths(UTF16StringVec&
     return paths;
 }
 
+void SharedProjectsTabView::MoveSelectionToTrash(const char* usageAction) {
+    try {
+        TellTogether([&] {
+            UTF16StringVec reasons;
+            const UTF16StringVec paths = GetDeleteableSelectedPaths(reasons);
+            TellNotMoved(reasons);
+            Utils::LogUsage("Trash", usageAction);
+            if (SharedProjectsItemTree* items = GetShownItems()) items->SelectNextWhenSelectionHasGone();
+            TryToMoveToSharedProjectsTrash(paths);
+        });
+    } catch (...) {
+        LogCurrentException(__PRETTY_FUNCTION__);
+    }
+}
+
 void SharedProjectsTabView::TryToMoveToSharedProjectsTrash(const UTF16StringVec& paths) {
     if (Utils::CanAllBeDeleted(paths)) Utils::MoveToSharedProjectsTrash(paths, false, true);
+}
+
+bool SharedProjectsTabView::DropToDeleteButtonSupport(int action, UI_DropData* data) {
+    if (!data || !data->mReceived || !AreTreeViewsCreated()) return false;
+    if (action == kDropAction_Dropped) OnDropToDeleteButton(*data);
+    return action == kDropAction_Dropped ||
+           ((action == kDropAction_Entered || action == kDropAction_Moved) && IsDropToDeleteButtonValid(*data));
+}
+
+bool SharedProjectsTabView::IsDropToDeleteButtonValid(const UI_DropData& data) {
+    return data.mReceived->HasType(kDirectoryRowDragType) &&
+           Utils::CanAllBeDeleted(data.mReceived->GetFilePaths());
+}
+
+void SharedProjectsTabView::OnDropToDeleteButton(const UI_DropData& data) {
+    if (!data.mReceived->HasType(kDirectoryRowDragType)) return;
+    // The selection may have followed rows that went meanwhile; of another window's rows none is here.
+    if (data.mReceived->GetFilePaths() == GetSelectedNonRedundantPaths())
+        return MoveSelectionToTrash("DropOntoTrash");
+    Utils::LogUsage("Trash", "DropOntoTrash");
+    TryToMoveToSharedProjectsTrash(data.mReceived->GetFilePaths());
 }
 
 }  // namespace HandlerSharedProjects
