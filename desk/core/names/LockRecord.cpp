@@ -170,12 +170,10 @@ LockRecord MakeLockRecord(const Desktop& desktop, const host::UTF16String& user,
     record.mMachine = machine.substr(0, kLongestName);
     record.mMachineID = desktop.MachineID();
     record.mBootID = desktop.BootID();
-    record.mPidNamespace = GetOwnPidNamespace();
-    // Without its start a process cannot be told from a later one of the same number.
-    if (const auto facts = ReadProcessFacts(::getpid())) {
-        record.mPid = ::getpid();
-        record.mProcessStart = facts->mStart;
-    }
+    const OwnProcess own = GetOwnProcess();
+    record.mPidNamespace = own.mPidNamespace;
+    record.mPid = own.mPid;
+    record.mProcessStart = own.mStart;
     record.mTakenAt = std::chrono::system_clock::to_time_t(desktop.Now());
     return record;
 }
@@ -198,7 +196,8 @@ ProcessState FindProcessState(const LockRecord& record, const Desktop& desktop) 
     const std::string bootID = desktop.BootID();
     if (record.mBootID.empty() || bootID.empty()) return ProcessState::Unknown;
     if (record.mBootID != bootID) return ProcessState::Gone;
-    if (record.mPidNamespace == 0 || record.mPidNamespace != GetOwnPidNamespace()) return ProcessState::Unknown;
+    if (record.mPidNamespace == 0 || record.mPidNamespace != GetOwnProcess().mPidNamespace)
+        return ProcessState::Unknown;
     const std::optional<ProcessFacts> process = ReadProcessFacts(record.mPid);
     if (!process) return IsPidFree(record.mPid) ? ProcessState::Gone : ProcessState::Unknown;
     const bool isGone = process->mHasEnded || process->mStart != record.mProcessStart;

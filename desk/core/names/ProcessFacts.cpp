@@ -75,9 +75,16 @@ bool IsPidFree(std::int64_t pid) {
     return ReadProcessFacts(1).has_value() && !ReadProcessFacts(pid).has_value();
 }
 
-std::uint64_t GetOwnPidNamespace() {
+OwnProcess GetOwnProcess() {
+    // Each thread's own, so that nothing has to be locked after a fork, which begins another process.
+    thread_local OwnProcess sOwn;
+    const pid_t pid = ::getpid();
+    if (sOwn.mPid == pid) return sOwn;
     struct stat facts;
-    return ::stat("/proc/self/ns/pid", &facts) == 0 ? facts.st_ino : 0;
+    const std::uint64_t pidNamespace = ::stat("/proc/self/ns/pid", &facts) == 0 ? facts.st_ino : 0;
+    const auto process = ReadProcessFacts(pid);
+    if (!process) return {0, 0, pidNamespace};
+    return sOwn = {pid, process->mStart, pidNamespace};
 }
 
 }  // namespace desk

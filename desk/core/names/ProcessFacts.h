@@ -25,7 +25,17 @@ ZUHOST_API std::optional<ProcessFacts> ReadProcessFacts(std::int64_t pid);
 /// True when there certainly is no process `pid`, not even a hidden one. Signals nothing. Any thread.
 ZUHOST_API bool IsPidFree(std::int64_t pid);
 
-/// The inode of this process's pid namespace; 0 when the system does not tell. Any thread.
-ZUHOST_API std::uint64_t GetOwnPidNamespace();
+/// This process, as others can tell it from all others.
+struct OwnProcess {
+    /// 0 when /proc does not tell the start: without it a process cannot be told from a later one of its
+    /// number.
+    std::int64_t mPid = 0;
+    /// Clock ticks since boot.
+    std::uint64_t mStart = 0;
+    /// The inode of the pid namespace; 0 when the system does not tell.
+    std::uint64_t mPidNamespace = 0;
+};
+/// Reads /proc once in each thread. Any thread.
+ZUHOST_API OwnProcess GetOwnProcess();
 
 }  // namespace desk

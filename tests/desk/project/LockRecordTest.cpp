@@ -90,7 +90,7 @@ protected:
         mRecord.mMachine = mDesktop.mMachineName;
         mRecord.mMachineID = mDesktop.mMachineID;
         mRecord.mBootID = mDesktop.mBootID;
-        mRecord.mPidNamespace = desk::GetOwnPidNamespace();
+        mRecord.mPidNamespace = desk::GetOwnProcess().mPidNamespace;
         mRecord.mPid = getpid();
         mRecord.mProcessStart = desk::ReadProcessFacts(getpid()).value().mStart;
     }
