@@ -247,7 +247,10 @@ TEST_F(DirectoryViewTest, NothingReachesTheRowsWhileUpdatesArePaused) {
         // Until the next poll has found all.
         mMain.Advance(std::chrono::seconds(3));
         Settle();
+        const auto nameCell = [this] { return RowOf("Reel 1")->GetCellView(0)->GetChildren().front(); };
+        const RefPtr<UI_Node> cellBefore = nameCell();
         const desk::OpenProjectRef project = OpenProject("Reel 1");
+        EXPECT_EQ(nameCell(), cellBefore);
         EXPECT_EQ(ShownRows(), (Rows{"Closed", "Reels", "  A", "Reel 1"}));
         EXPECT_EQ(Says("Reel 1"), "Reel 1, open");
         TypeSearch(QStringLiteral("reel"));
