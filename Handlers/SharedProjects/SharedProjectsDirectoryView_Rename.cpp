@@ -176,7 +176,8 @@ void SharedProjectsDirectoryView::RenameProjectAndLockFiles(const UTF16String& o
         // The user has been told.
         return LogException(exception, __PRETTY_FUNCTION__);
     }
-    state.mSelectedRowPaths = {newPath};
+    // Who has ended the edit by a click on another row goes on there.
+    std::ranges::replace(state.mSelectedRowPaths, oldPath, newPath);
     state.mTopVisibleRowPath.clear();
     mRestorer->RestoreWhenShown(state, newPath);
     TellHiddenName(newName);

@@ -65,6 +65,13 @@ TEST_F(RenameTest, AProjectKeepsItsRowSelectedItsLockAndItsDocumentAndNothingMov
     EXPECT_TRUE(IsProjectOpen(PathOf("Reels/Take 2.zuProj"))) << "the extension is kept as typed";
     EXPECT_EQ(NamesIn(mProduction + "/Reels"), (Names{"A.zuproj", "Take 2.zuProj", ".Take 2.zuProj.lock"}));
     EXPECT_EQ(QApplication::focusWidget(), &TreeWidget());
+    Begin("Z");
+    QTest::keyClicks(Field(), QStringLiteral("Y"));
+    Click("C");
+    Settle();
+    EXPECT_TRUE(Shows({"A", "C", "Reels", "  A", "  Take 2", "Y"}));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"C"}) << "the next key is meant for it";
+    Rename("Y", "Z");
     Rename("A", "a");
     Begin("A");
     TypeName("Never", Qt::Key_Escape);
