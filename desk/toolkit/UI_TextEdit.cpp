@@ -29,8 +29,9 @@ public:
 
 protected:
     bool event(QEvent* event) override {
-        // No key is a command's meanwhile.
-        if (event->type() == QEvent::ShortcutOverride) {
+        // No key is a command's meanwhile; Alt and a letter still open a menu.
+        if (event->type() == QEvent::ShortcutOverride &&
+            static_cast<QKeyEvent*>(event)->modifiers() != Qt::AltModifier) {
             event->accept();
             return true;
         }

@@ -64,6 +64,15 @@ TEST_F(CellEditorTest, CommitsAndCancelsAsTheUserEnds) {
     Type(*field, "x");
     Press(*field, Qt::Key_Escape);
     EXPECT_EQ(TakeHeard(), Rows{"cancelled: x 1"});
+    field = &Edit(rows[0]);
+    for (const auto modifier : {Qt::ControlModifier, Qt::AltModifier}) {
+        QKeyEvent key(QEvent::ShortcutOverride, Qt::Key_F, modifier, QStringLiteral("f"));
+        key.ignore();
+        QApplication::sendEvent(field, &key);
+        EXPECT_EQ(key.isAccepted(), modifier == Qt::ControlModifier) << "Alt+F opens a menu";
+    }
+    Press(*field, Qt::Key_Escape);
+    TakeHeard();
     for (const Qt::Key key : {Qt::Key_F6, Qt::Key_Tab}) {
         Press(Edit(rows[1]), key, key == Qt::Key_Tab ? Qt::ControlModifier : Qt::NoModifier);
         EXPECT_EQ(TakeHeard(), Rows{"committed: Reel 1"});
