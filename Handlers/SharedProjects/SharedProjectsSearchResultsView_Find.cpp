@@ -3,7 +3,6 @@
 #include <iterator>
 #include <map>
 #include <set>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -122,7 +121,7 @@ void SharedProjectsSearchResultsView::TellWhyEmpty(const FileSearch::Result& res
         "$$$/Vantor/Handlers/ZuProductionFolder/NoSearchResults=No project or folder matches “@0”", {mText});
     if (!result.mUnreadable.empty()) {
         const FileSearch::UnreadableFolder& folder = result.mUnreadable.front();
-        const UTF16String reason = UTF8to16(std::generic_category().message(folder.mSystemError));
+        const UTF16String reason = DescribeSystemError(folder.mSystemError);
         if (IsRootUnreadable(result))
             text = ZString(
                 "$$$/Vantor/Handlers/ZuProductionFolder/SearchCannotRead=This production cannot be searched: "

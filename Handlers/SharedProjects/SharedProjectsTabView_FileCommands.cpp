@@ -1,6 +1,5 @@
 // Commands on files and folders: making, copying, trashing and revealing them.
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsCommands.h"
@@ -64,7 +63,7 @@ void TellDirectoryExists() {
 void TellCreationRefused(const FileException& exception) {
     const UTF16String title =
         ZString("$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Title=Folder Not Created");
-    const UTF16String reason = UTF8to16(std::generic_category().message(exception.SystemError()));
+    const UTF16String reason = DescribeSystemError(exception.SystemError());
     const UTF16String text = ZString(
         "$$$/Vantor/Handlers/ZuProductionFolder/CreateFolderRefused/Message=The folder “@0” could not be "
         "created: @1",
