@@ -1,5 +1,7 @@
 #pragma once
 
+#include <absl/container/flat_hash_set.h>
+
 #include <memory>
 #include <string_view>
 #include <unordered_map>
@@ -9,7 +11,6 @@
 #include "desk/core/work/Lifetime.h"
 #include "desk/files/live/FolderReadAhead.h"
 #include "desk/files/live/FolderStore.h"
-#include "desk/files/live/NameIndex.h"
 #include "desk/mediabrowser/HeldDeliveries.h"
 #include "desk/mediabrowser/RowName.h"
 #include "host/mediabrowser/MediaBrowserDirectoryView.h"
@@ -23,7 +24,7 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
         bool mHasContent = false;
         /// Child rows are found by the index: there are many.
         bool mHasIndex = false;
-        desk::NameIndex<Row*> mIndex;
+        absl::flat_hash_set<Row*, desk::RowByName, desk::RowByName> mIndex;
     };
 
     DirectoryImpl(MediaBrowserDirectoryView& view, std::shared_ptr<MediaBrowserContentManager> contentManager);

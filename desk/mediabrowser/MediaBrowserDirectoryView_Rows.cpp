@@ -14,8 +14,6 @@ namespace {
 /// From so many child rows on, an index finds them by name.
 constexpr std::size_t kManyRows = 64;
 
-constexpr auto kNameOf = [](const Row* row) { return desk::NameOfRow(row); };
-
 void AppendRowAndBelow(const RowRef& row, RowVec& rows) {
     if (desk::NameOfRow(row.get()).empty()) return;
     rows.push_back(row);
@@ -60,10 +58,13 @@ bool DirectoryImpl::FindRow(std::u16string_view path, Row*& row) const {
 
 Row* DirectoryImpl::FindChild(const Row* parent, std::u16string_view name) const {
     const auto folder = mFolders.find(parent);
-    if (folder != mFolders.end() && folder->second.mHasIndex) return folder->second.mIndex.Find(name, kNameOf);
+    if (folder != mFolders.end() && folder->second.mHasIndex) {
+        const auto row = folder->second.mIndex.find(name);
+        return row == folder->second.mIndex.end() ? nullptr : *row;
+    }
     const std::vector<RowRef>& rows = mTree->GetChildRowsOf(parent);
     const auto found =
-        std::ranges::find_if(rows, [name](const RowRef& row) { return kNameOf(row.get()) == name; });
+        std::ranges::find_if(rows, [name](const RowRef& row) { return desk::NameOfRow(row.get()) == name; });
     return found == rows.end() ? nullptr : found->get();
 }
 
@@ -73,22 +74,22 @@ void DirectoryImpl::ReserveRows(const Row* parent, std::size_t more) {
     Folder& folder = found->second;
     const std::vector<RowRef>& rows = mTree->GetChildRowsOf(parent);
     if (rows.size() + more < kManyRows) return;
-    folder.mIndex.Reserve(rows.size() + more, kNameOf);
+    folder.mIndex.reserve(rows.size() + more);
     if (std::exchange(folder.mHasIndex, true)) return;
-    for (const RowRef& row : rows) folder.mIndex.Add(row.get(), kNameOf);
+    for (const RowRef& row : rows) folder.mIndex.insert(row.get());
 }
 
 void DirectoryImpl::Record(Row& row, std::u16string_view name) {
     Row::Access::DataOf(row) = desk::RowName::Make(name);
     const auto folder = mFolders.find(Row::Access::Parent(row));
-    if (folder != mFolders.end() && folder->second.mHasIndex) folder->second.mIndex.Add(&row, kNameOf);
+    if (folder != mFolders.end() && folder->second.mHasIndex) folder->second.mIndex.insert(&row);
 }
 
 void DirectoryImpl::ForgetRow(Row& row) {
-    const desk::NameText name = kNameOf(&row);
+    const desk::NameText name = desk::NameOfRow(&row);
     if (name.empty()) return;
     const auto parent = mFolders.find(Row::Access::Parent(row));
-    if (parent != mFolders.end() && parent->second.mHasIndex) parent->second.mIndex.Remove(name, kNameOf);
+    if (parent != mFolders.end() && parent->second.mHasIndex) parent->second.mIndex.erase(&row);
     const auto folder = mFolders.find(&row);
     if (folder != mFolders.end()) {
         SetBusy(folder->second, false);

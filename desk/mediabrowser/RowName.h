@@ -6,6 +6,7 @@
 #include <new>
 #include <string_view>
 
+#include "desk/files/live/NameHash.h"
 #include "desk/toolkit/RowAccess.h"
 
 namespace desk {
@@ -75,5 +76,16 @@ inline NameText NameOfRow(const host::UI_MultiColumnTreeRow* row) {
     const auto& data = Row::Access::DataOf(const_cast<Row&>(*row));
     return data ? static_cast<const RowName&>(*data).Get() : NameText();
 }
+
+/// Hashes and compares the rows of one folder by their names. A row's name must stay while a set holds it.
+struct RowByName {
+    using is_transparent = void;
+    using Row = host::UI_MultiColumnTreeRow;
+
+    std::size_t operator()(std::u16string_view name) const { return HashName(name); }
+    std::size_t operator()(const Row* row) const { return HashName(NameOfRow(row)); }
+    bool operator()(const Row* a, const Row* b) const { return a == b; }
+    bool operator()(const Row* row, std::u16string_view name) const { return NameOfRow(row) == name; }
+};
 
 }  // namespace desk

@@ -4,15 +4,21 @@ namespace desk {
 
 static_assert(sizeof(FolderItems::Item) <= 88);
 
+FolderItems::FolderItems(const FolderItems& other)
+    : mItems(other.mItems), mNames(other.mNames), mUnusedUnits(other.mUnusedUnits) {
+    mIndex.reserve(mItems.size());
+    for (std::uint32_t number = 0; number < mItems.size(); ++number) mIndex.insert(number);
+}
+
 void FolderItems::Reserve(std::size_t items, std::size_t nameUnits) {
     mItems.reserve(items);
     mNames.reserve(nameUnits);
-    mIndex.Reserve(items, NamesByNumber());
+    mIndex.reserve(items);
 }
 
 const FolderItems::Item* FolderItems::Find(std::u16string_view name) const {
-    const std::uint32_t number = mIndex.Find(name, NamesByNumber());
-    return number == 0 ? nullptr : &mItems[number - 1];
+    const auto found = mIndex.find(name);
+    return found == mIndex.end() ? nullptr : &mItems[*found];
 }
 
 FolderItems::Item& FolderItems::Add(std::u16string_view name) {
@@ -22,18 +28,20 @@ FolderItems::Item& FolderItems::Add(std::u16string_view name) {
     item.mNameBegin = static_cast<std::uint32_t>(mNames.size());
     item.mNameLength = static_cast<std::uint16_t>(name.size());
     mNames += name;
-    mIndex.Add(static_cast<std::uint32_t>(mItems.size()), NamesByNumber());
+    mIndex.insert(static_cast<std::uint32_t>(mItems.size() - 1));
     return item;
 }
 
 void FolderItems::Remove(std::u16string_view name) {
-    const std::uint32_t number = mIndex.Find(name, NamesByNumber());
-    if (number == 0) return;
-    mIndex.Remove(name, NamesByNumber());
-    mUnusedUnits += mItems[number - 1].mNameLength;
-    if (number != mItems.size()) {
-        mIndex.Replace(NameOf(mItems.back()), number, NamesByNumber());
-        mItems[number - 1] = std::move(mItems.back());
+    const auto found = mIndex.find(name);
+    if (found == mIndex.end()) return;
+    const std::uint32_t number = *found;
+    mIndex.erase(found);
+    mUnusedUnits += mItems[number].mNameLength;
+    if (number != mItems.size() - 1) {
+        mIndex.erase(NameOf(mItems.back()));
+        mItems[number] = std::move(mItems.back());
+        mIndex.insert(number);
     }
     mItems.pop_back();
     if (mUnusedUnits > 1024 && mUnusedUnits > mNames.size() / 2) DropUnusedNames();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <absl/container/flat_hash_set.h>
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -7,14 +9,17 @@
 #include <vector>
 
 #include "desk/files/live/FolderStore.h"
-#include "desk/files/live/NameIndex.h"
+#include "desk/files/live/NameHash.h"
 
 namespace desk {
 
 /// The items of one folder, found by name: 40 bytes and a hash place each, all names in one string. Items have
-/// no order after a change. A value type; any thread, one at a time.
+/// no order after a change. Copied, but not moved; any thread, one at a time.
 class FolderItems {
 public:
+    FolderItems() = default;
+    FolderItems(const FolderItems& other);
+    FolderItems& operator=(const FolderItems&) = delete;
     enum Flag : std::uint16_t {
         /// Facts have been asked for and have not come.
         kIsAsked = 1,
@@ -49,16 +54,28 @@ public:
     void Remove(std::u16string_view name);
 
 private:
-    /// Names an item by its number, counted from 1.
-    auto NamesByNumber() const {
-        return [this](std::uint32_t number) { return NameOf(mItems[number - 1]); };
-    }
+    /// Tells the index the names of the items whose numbers it holds.
+    struct NameOfNumber {
+        using is_transparent = void;
+
+        std::size_t operator()(std::u16string_view name) const { return HashName(name); }
+        std::size_t operator()(std::uint32_t number) const { return HashName(mItems->NameOf(number)); }
+        bool operator()(std::uint32_t a, std::uint32_t b) const { return a == b; }
+        bool operator()(std::uint32_t number, std::u16string_view name) const {
+            return mItems->NameOf(number) == name;
+        }
+
+        const FolderItems* mItems;
+    };
+    std::u16string_view NameOf(std::uint32_t number) const { return NameOf(mItems[number]); }
     void DropUnusedNames();
 
     std::vector<Item> mItems;
     std::u16string mNames;
     std::size_t mUnusedUnits = 0;
-    NameIndex<std::uint32_t> mIndex;
+    /// The places of the items in `mItems`.
+    absl::flat_hash_set<std::uint32_t, NameOfNumber, NameOfNumber> mIndex{0, NameOfNumber{this},
+                                                                          NameOfNumber{this}};
 };
 
 }  // namespace desk
