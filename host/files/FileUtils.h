@@ -6,12 +6,11 @@
 
 /// Copies show their progress and can be cancelled once they take long; events go on being handled meanwhile,
 /// but no command is let in. Each copy has the times and permissions of its source, and lands under its name
-/// only when it is complete and durable: a copy that fails or is cancelled leaves nothing of its own, unless the
-/// volume does not tell whether it has got its name: then the user is told that it may have. Nothing is replaced.
-/// All throw `FileException` with operation, path and reason: EEXIST when the destination exists, EISDIR or
-/// ENOTDIR when the source is of the other kind, EBUSY when a file did not stop changing, ECANCELED when the
-/// user cancelled. Why a copy failed is told to the user too, unless they cancelled. All may wait for the
-/// volume. UI thread.
+/// only when it is complete and durable: a copy that fails or is cancelled leaves nothing of its own, unless
+/// the volume does not tell whether it has got its name: then the user is told that it may have. Nothing is
+/// replaced. All throw `FileException` with operation, path and reason: EEXIST when the destination exists,
+/// EBUSY when a file did not stop changing, ECANCELED when the user cancelled. Why a copy failed is told to the
+/// user too, unless they cancelled. All may wait for the volume. UI thread.
 namespace host::FileUtils {
 
 /// Copies the file `source` to `destination`; a symbolic link is copied as a link.

@@ -2,8 +2,8 @@
 
 #include <cerrno>
 
-#include "desk/core/edges/FileSystem.h"
 #include "desk/core/durable/Presence.h"
+#include "desk/core/edges/FileSystem.h"
 #include "desk/core/edges/Services.h"
 #include "desk/files/live/FolderStore.h"
 #include "desk/files/live/KnownFacts.h"

@@ -33,10 +33,6 @@ host::UTF16String Describe(const char* key, const host::UTF16String& path,
     return host::ZString(key, {host::PathUtils::GetFullFilePart(path), DescribeReason(exception)});
 }
 
-void Tell(const host::UTF16String& text) {
-    if (!text.empty()) TellUser(text);
-}
-
 }  // namespace
 
 host::UTF16String DescribeReason(const host::FileException& exception) {
@@ -58,19 +54,6 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
     }
 }
 
-host::UTF16String DescribeDoubtfulCopy(const host::UTF16String& path, const host::UTF16String& destination,
-                                       const host::FileException& reason) {
-    return host::ZString("$$$/Vantor/Desk/Copies/InDoubt=“@0” may or may not have been copied to “@1”. @2",
-                         {host::PathUtils::GetFullFilePart(path), destination, DescribeReason(reason)});
-}
-
-host::UTF16String DescribeNotCopied(const host::UTF16String& path, const host::FileException& exception) {
-    host::UTF16String text =
-        Describe("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1", path, exception);
-    const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception);
-    return doubt ? DescribeDoubtfulCopy(path, doubt->To(), *doubt) : text;
-}
-
 host::UTF16String DescribeNotMoved(const host::UTF16String& path, const host::FileException& exception) {
     host::UTF16String text = Describe("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", path, exception);
     const auto* doubt = dynamic_cast<const MoveInDoubt*>(&exception);
@@ -81,23 +64,13 @@ host::UTF16String DescribeNotMoved(const host::UTF16String& path, const host::Fi
         {host::PathUtils::GetFullFilePart(path), doubt->From(), doubt->To(), DescribeReason(*doubt)});
 }
 
-void TellNotCopied(const host::UTF16String& path, const host::FileException& exception) {
-    Tell(DescribeNotCopied(path, exception));
-}
-
-void TellMayBeCopied(const host::UTF16String& path, const host::FileException& exception) {
-    Tell(Describe(
-        "$$$/Vantor/Desk/Copies/MayBeCopied=“@0” may have been copied, or may not: the volume does not tell. @1",
-        path, exception));
-}
-
 void TellFolderNotMade(const host::UTF16String& path, const host::FileException& exception) {
     const char* const text =
         dynamic_cast<const MoveInDoubt*>(&exception)
             ? "$$$/Vantor/Desk/Files/FolderMayBeMade=The folder “@0” may have been made, or may not: the volume "
               "does not tell. @1"
             : "$$$/Vantor/Desk/Files/FolderNotMade=The folder “@0” could not be made. @1";
-    Tell(Describe(text, path, exception));
+    if (const host::UTF16String told = Describe(text, path, exception); !told.empty()) TellUser(told);
 }
 
 }  // namespace desk

@@ -1,5 +1,6 @@
+#include "desk/project/production/CopyDirectoryTree.h"
+
 #include <cerrno>
-#include <string>
 
 #include "desk/core/durable/PosixErrors.h"
 #include "desk/core/durable/Presence.h"
@@ -8,14 +9,9 @@
 #include "desk/core/log/Log.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/HostNames.h"
-#include "desk/core/work/LongWork.h"
 #include "desk/core/work/WorkProgress.h"
 #include "desk/files/copy/ItemCopier.h"
-#include "desk/files/disk/FileFailure.h"
-#include "host/core/Localizer.h"
 #include "host/files/FileException.h"
-#include "host/files/PathUtils.h"
-#include "host/project/ProductionItems.h"
 
 namespace desk {
 
@@ -154,23 +150,16 @@ private:
 
 }  // namespace
 
-}  // namespace desk
-
-namespace host {
-
-void Utilities::CopyDirectoryTree(const UTF16String& from, const UTF16String& to) {
-    const UTF16String source = PathUtils::ToNormalizedPath(from);
-    desk::TreeCopy copy(UTF16to8(source), UTF16to8(PathUtils::ToNormalizedPath(to)));
+void CopyDirectoryTree(const std::string& from, const std::string& to, WorkProgress& progress) {
+    TreeCopy copy(from, to);
     try {
-        desk::RunLongWork(
-            ZString("$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”", {PathUtils::GetFullFilePart(source)}),
-            [&copy](desk::WorkProgress& progress) { copy.Run(progress); });
-    } catch (const FileException& exception) {
-        // A step that was in doubt is none of the user's, once the whole is known to be undone.
-        const FileException reason = exception;
-        copy.MayBeDone() ? desk::TellMayBeCopied(source, reason) : desk::TellNotCopied(source, reason);
+        copy.Run(progress);
+    } catch (const host::FileException& exception) {
+        // A step that was in doubt is none of the caller's, once the whole is known to be undone.
+        const host::FileException reason = exception;
+        if (copy.MayBeDone()) throw MoveInDoubt(reason, from, to);
         throw reason;
     }
 }
 
-}  // namespace host
+}  // namespace desk

@@ -10,8 +10,7 @@
 #include "desk/core/work/TimeLeft.h"
 #include "desk/core/work/WorkProgress.h"
 #include "desk/core/work/WorkerPool.h"
-#include "desk/files/live/LookAgain.h"
-#include "desk/project/production/ProjectCopy.h"
+#include "desk/project/production/ItemOperation.h"
 #include "host/project/SharedProjectsManager.h"
 
 namespace desk {
@@ -26,7 +25,7 @@ CopyQueueChangedMessage::~CopyQueueChangedMessage() = default;
 
 struct CopyQueue::Job {
     /// The worker's while it runs.
-    ProjectCopy mCopy;
+    std::shared_ptr<ItemOperation> mOperation;
     WorkProgress mProgress;
     /// The UI thread's.
     CopyJob mFacts;
@@ -49,9 +48,10 @@ CopyQueue* CopyQueue::Current() {
 
 void CopyQueue::Add(const host::UTF16String& source, const host::UTF16String& destination, IfTaken ifTaken) {
     auto job = std::make_shared<Job>();
-    job->mCopy.mSource = source;
-    job->mCopy.mDestination = destination;
-    job->mCopy.mMayRename = ifTaken == IfTaken::MakeUnique;
+    const auto verb =
+        ifTaken == IfTaken::Fail ? ItemOperation::Verb::Add : ItemOperation::Verb::AddUnderFreeName;
+    job->mOperation = std::make_shared<ItemOperation>(verb, ItemOperation::Telling::Notices,
+                                                      std::vector<host::PlannedItem>{{source, destination}});
     job->mFacts.mID = ++mLastID;
     job->mFacts.mSource = source;
     job->mFacts.mDestination = destination;
@@ -136,25 +136,23 @@ void CopyQueue::StartNext() {
     mUnderWay->mFacts.mState = CopyJob::State::UnderWay;
     const auto finish = mLifetime.Guard([this, job = mUnderWay] { Finish(job); });
     GetServices().mWorkerPool->Submit([job = mUnderWay, finish] {
-        job->mCopy.Run(job->mProgress);
+        job->mOperation->RunOnWorker(job->mProgress);
         GetServices().mMainThread->Post(finish);
     });
 }
 
 void CopyQueue::Finish(const JobPtr& job) {
     CopyJob& facts = job->mFacts;
-    const ProjectCopy& copy = job->mCopy;
-    facts.mDestination = copy.mDestination;
-    facts.mReason = copy.DescribeFailure();
-    if (!copy.HasFailed()) {
+    const host::ItemOutcome outcome = job->mOperation->Conclude().front();
+    facts.mDestination = job->mOperation->GetDestination(0);
+    if (outcome.mFailure) facts.mReason = job->mOperation->DescribeFailure(0);
+    if (outcome.mResult == host::ItemOutcome::Result::Done)
         facts.mState = CopyJob::State::Done;
-        LookAgainAround(facts.mDestination);
-    } else if (job->mProgress.IsCancelled()) {
+    else if (job->mProgress.IsCancelled())
         facts.mState = CopyJob::State::Cancelled;
-    } else {
-        facts.mState = copy.mIsInDoubt ? CopyJob::State::InDoubt : CopyJob::State::Failed;
-        copy.TellFailure();
-    }
+    else
+        facts.mState = outcome.mResult == host::ItemOutcome::Result::InDoubt ? CopyJob::State::InDoubt
+                                                                             : CopyJob::State::Failed;
     if (mUnderWay == job) mUnderWay.reset();
     StartNext();
     Announce();

@@ -24,7 +24,9 @@
 #include "desk/project/production/TrashRecords.h"
 #include "host/core/Localizer.h"
 #include "host/files/File.h"
+#include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
+#include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
 
@@ -65,7 +67,7 @@ ItemOperation::Item::Item(const host::PlannedItem& plan, Verb verb)
       mDestination(host::PathUtils::ToNormalizedPath(plan.mDestination)),
       mFrom(host::UTF16to8(mSource)),
       mTo(host::UTF16to8(mDestination)) {
-    if (verb != Verb::Copy && host::IsVantorProjectFile(mSource))
+    if ((verb == Verb::Move || verb == Verb::MoveLocked) && host::IsVantorProjectFile(mSource))
         mLocks = std::make_unique<MoveLocks>(mSource, mDestination);
 }
 
@@ -78,6 +80,11 @@ void ItemOperation::Item::Fail(const FileException& exception) {
         mOutcome.mFailure = std::make_shared<FileException>(exception);
 }
 
+void ItemOperation::Item::SetDestination(const host::UTF16String& path) {
+    mDestination = path;
+    mTo = host::UTF16to8(path);
+}
+
 ItemOperation::ItemOperation(Verb verb, Telling telling, const std::vector<host::PlannedItem>& plan)
     : mVerb(verb), mTelling(telling) {
     mItems.reserve(plan.size());
@@ -85,7 +92,7 @@ ItemOperation::ItemOperation(Verb verb, Telling telling, const std::vector<host:
     const auto isToTrash = [](const Item& item) {
         return host::IsInZuProductionTrash(item.mDestination, false);
     };
-    if (verb == Verb::Copy || std::ranges::none_of(mItems, isToTrash)) return;
+    if (IsCopy() || std::ranges::none_of(mItems, isToTrash)) return;
     mTrashFolder = host::UTF16to8(host::GetZuProductionTrashDirectoryPath());
     mProductionFolder = host::UTF16to8(Production::Instance().GetFolder());
 }
@@ -94,6 +101,19 @@ std::vector<host::ItemOutcome> ItemOperation::Run() {
     if (mItems.empty()) return {};
     const ScGiveUpTogether together;
     RunLongWork(MakeTitle(), [this](WorkProgress& progress) { Work(progress); });
+    return Conclude();
+}
+
+void ItemOperation::RunOnWorker(WorkProgress& progress) {
+    try {
+        Work(progress);
+    } catch (const std::exception& exception) {
+        Log(LogLevel::Error, "copy " + mItems.front().mFrom + ": " + exception.what());
+        mItems.front().Fail({"copy", mItems.front().mSource, ENOMEM});
+    }
+}
+
+std::vector<host::ItemOutcome> ItemOperation::Conclude() {
     Follow();
     TryOwnLocksAgain();
     GiveUpLeftLocks();
@@ -105,7 +125,7 @@ std::vector<host::ItemOutcome> ItemOperation::Run() {
 }
 
 host::UTF16String ItemOperation::MakeTitle() const {
-    const bool isCopy = mVerb == Verb::Copy;
+    const bool isCopy = IsCopy();
     const host::UTF16String name = host::PathUtils::GetFullFilePart(mItems.front().mSource);
     if (mItems.size() == 1)
         return host::ZString(isCopy ? "$$$/Vantor/Desk/Copies/CopyingFolder=Copying “@0”"
@@ -116,8 +136,13 @@ host::UTF16String ItemOperation::MakeTitle() const {
                          {host::NumberToString(static_cast<long long>(mItems.size()))});
 }
 
+/// The progress of one item is that of its bytes.
+std::uint64_t ItemOperation::GetItemWeight() const {
+    return mItems.size() > 1 ? kItemWeight : 0;
+}
+
 void ItemOperation::Work(WorkProgress& progress) {
-    progress.AddToTotal(mItems.size() * kItemWeight);
+    progress.AddToTotal(mItems.size() * GetItemWeight());
     if (!CheckTrash()) return;
     for (std::size_t begin = 0, end = 0; begin < mItems.size(); begin = end) {
         end = FindBatchEnd(begin);
@@ -170,7 +195,7 @@ bool ItemOperation::DoBatch(std::span<Item> items, WorkProgress& progress) {
 /// The system asks a network volume for a name that it does not know, or has not asked for since a second or
 /// so, and keeps everybody else out of the folder meanwhile. Asked for before, many names cost the time of one.
 void ItemOperation::LookUp(std::span<const Item> items) const {
-    if (mVerb == Verb::Copy || items.size() < 2) return;
+    if (IsCopy() || items.size() < 2) return;
     RunShared(items.size(), [&](std::size_t index) {
         try {
             Disk().Status(items[index].mFrom, false);
@@ -198,7 +223,7 @@ void ItemOperation::CheckAll(std::span<Item> items, const WorkProgress& progress
 
 /// Looks at the source, and takes the locks of a project. What it finds is judged when the item's turn comes.
 void ItemOperation::Check(Item& item, const SharedLocks& locks) const {
-    if (mVerb == Verb::Copy) return;
+    if (IsCopy()) return;
     try {
         const ItemKind kind = Disk().Status(item.mFrom, false).mKind;
         item.mOutcome.mIsFolder = kind == ItemKind::Folder;
@@ -215,16 +240,16 @@ void ItemOperation::Check(Item& item, const SharedLocks& locks) const {
 
 bool ItemOperation::Do(Item& item, WorkProgress& progress) {
     try {
-        progress.ThrowIfCancelled(mVerb == Verb::Copy ? "copy" : "move", item.mFrom);
+        progress.ThrowIfCancelled(IsCopy() ? "copy" : "move", item.mFrom);
         if (item.mOutcome.mFailure) return false;
         progress.SetItem(host::PathUtils::GetFullFilePart(item.mSource));
-        progress.AddDone(kItemWeight);
+        progress.AddDone(GetItemWeight());
         if (!item.mIsThere || item.mLocking != Taking::Taken) {
             Refuse(item);
             return true;
         }
-        if (mVerb == Verb::Copy)
-            CopyItem(item.mFrom, item.mTo, progress);
+        if (IsCopy())
+            Copy(item, progress);
         else
             item.mLeftBehind = MoveItem(item.mFrom, item.mTo, progress, FolderFlush::ByCaller).mLeftBehind;
         item.mOutcome.mResult = Result::Done;
@@ -244,7 +269,7 @@ void ItemOperation::Refuse(Item& item) const {
 
 /// What cannot be flushed has moved nevertheless; the log says so.
 void ItemOperation::FlushFolders(std::span<Item> items) const {
-    if (mVerb == Verb::Copy) return;
+    if (IsCopy()) return;
     std::vector<std::string> folders;
     const auto add = [&folders](const std::string& path) {
         std::string folder = FolderOf(path);
@@ -285,6 +310,7 @@ void ItemOperation::Finish(Item& item) const {
 
 /// As soon as the window handles events: a project that is open is not to be looked for where it was.
 void ItemOperation::AskToFollow() {
+    if (IsCopy()) return;
     GetServices().mMainThread->Post([weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->Follow();
     });
@@ -322,6 +348,12 @@ std::vector<host::ItemOutcome> RunItemOperation(ItemOperation::Verb verb, ItemOp
     throw failure;
 }
 
+/// Copies one item, and throws what keeps it.
+void CopyOne(ItemOperation::Verb verb, const host::UTF16String& source, const host::UTF16String& destination) {
+    const auto outcomes = RunItemOperation(verb, ItemOperation::Telling::Notices, {{source, destination}});
+    if (outcomes.front().mFailure) Throw(*outcomes.front().mFailure);
+}
+
 }  // namespace
 
 }  // namespace desk
@@ -345,6 +377,18 @@ int File::Move(const UTF16String& source, const UTF16String& destination) {
                                     .front();
     if (outcome.mFailure) desk::Throw(*outcome.mFailure);
     return outcome.mResult == ItemOutcome::Result::Done ? 0 : kNotMoved;
+}
+
+void FileUtils::Copy(const UTF16String& source, const UTF16String& destination) {
+    desk::CopyOne(ItemOperation::Verb::Copy, source, destination);
+}
+
+void FileUtils::Copy(const Dir& source, const Dir& destination) {
+    desk::CopyOne(ItemOperation::Verb::Copy, source.FullPath(), destination.FullPath());
+}
+
+void Utilities::CopyDirectoryTree(const UTF16String& from, const UTF16String& to) {
+    desk::CopyOne(ItemOperation::Verb::CopyOntoEmptyFolder, from, to);
 }
 
 }  // namespace host

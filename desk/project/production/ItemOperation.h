@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -16,8 +17,9 @@ namespace desk {
 
 class WorkProgress;
 
-/// Everything that moves or copies items ends here: `host::MoveItems`, `host::CopyItems`, `host::File::Move`
-/// and `host::FileUtils::Copy`. One piece of long work with five steps, on batches of items:
+/// Everything that moves or copies items ends here: `host::MoveItems`, `host::CopyItems`, `host::File::Move`,
+/// `host::FileUtils::Copy`, `host::Utilities::CopyDirectoryTree`, and the queue of copies (`CopyQueue`). One
+/// piece of long work with five steps, on batches of items:
 ///
 /// 1. check: what stands at the source, and the locks of projects (`MoveLocks`); many items at a time;
 /// 2. do: on the disk, item by item in their order; the folders are flushed once for the batch;
@@ -34,6 +36,12 @@ public:
         /// Of a project the caller holds the locks; the operation only makes sure that nobody else does.
         MoveLocked,
         Copy,
+        /// Of a folder, to where an empty folder stands.
+        CopyOntoEmptyFolder,
+        /// Of a project's file, for a link its target's.
+        Add,
+        /// The same; a name that is taken gets a number.
+        AddUnderFreeName,
     };
     enum class Telling {
         /// What failed is listed in one message box.
@@ -44,20 +52,31 @@ public:
 
     ItemOperation(Verb verb, Telling telling, const std::vector<host::PlannedItem>& plan);
 
-    /// UI thread. Called once.
+    /// Check to announce, while the window lives. UI thread. Called once.
     std::vector<host::ItemOutcome> Run();
+
+    /// The first two steps, for who has a worker of their own; then `Conclude` does the rest. A copy only. Any
+    /// thread. Waits for the volume.
+    void RunOnWorker(WorkProgress& progress);
+    /// UI thread.
+    std::vector<host::ItemOutcome> Conclude();
+    /// Where the item was to land, or has landed. Once the work is done.
+    const host::UTF16String& GetDestination(std::size_t index) const { return mItems[index].mDestination; }
+    /// Why an item failed, or where its copy may stand: a sentence for the user (localised). UI thread.
+    host::UTF16String DescribeFailure(std::size_t index) const;
 
 private:
     struct Item {
         Item(const host::PlannedItem& plan, Verb verb);
         void Fail(const host::FileException& exception);
+        void SetDestination(const host::UTF16String& path);
         bool IsProject() const { return mLocks && !mOutcome.mIsFolder; }
         bool IsDone() const { return mOutcome.mResult == host::ItemOutcome::Result::Done; }
 
         const host::UTF16String mSource;
-        const host::UTF16String mDestination;
+        host::UTF16String mDestination;
         const std::string mFrom;
-        const std::string mTo;
+        std::string mTo;
         /// Of what is called like a project, which a folder can be; absent for the rest.
         std::unique_ptr<MoveLocks> mLocks;
         MoveLocks::Taking mLocking = MoveLocks::Taking::Taken;
@@ -77,6 +96,8 @@ private:
     void Check(Item& item, const SharedLocks& locks) const;
     /// False when the operation ends here.
     bool Do(Item& item, WorkProgress& progress);
+    void Copy(Item& item, WorkProgress& progress) const;
+    static void CopyUnderFreeName(const std::string& file, Item& item, WorkProgress& progress);
     void Refuse(Item& item) const;
     void FlushFolders(std::span<Item> items) const;
     void LookUp(std::span<const Item> items) const;
@@ -93,6 +114,12 @@ private:
     void LookAgain() const;
     void Announce() const;
     host::UTF16String DescribeOutcome(const Item& item) const;
+    host::UTF16String DescribeFailure(const Item& item) const;
+    /// Empty when the user cancelled it.
+    host::UTF16String DescribeNotCopied(const Item& item) const;
+
+    bool IsCopy() const { return mVerb != Verb::Move && mVerb != Verb::MoveLocked; }
+    std::uint64_t GetItemWeight() const;
 
     const Verb mVerb;
     const Telling mTelling;

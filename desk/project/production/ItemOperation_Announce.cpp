@@ -1,5 +1,6 @@
 // What the user is told of the items that were not moved or copied, and of those of which that is not known.
 #include <algorithm>
+#include <cerrno>
 #include <ranges>
 
 #include "desk/core/edges/Dialogs.h"
@@ -65,6 +66,31 @@ UTF16String DescribeHolder(const UTF16String& name, const LockRecord& holder) {
                    {name, holder.mUser, holder.mMachine});
 }
 
+UTF16String ItemOperation::DescribeFailure(const Item& item) const {
+    const host::FileException& failure = *item.mOutcome.mFailure;
+    if (item.mOutcome.mResult == Result::InDoubt)
+        return ZString(
+            "$$$/Vantor/Desk/Copies/InDoubt=“@0” may or may not have been copied to “@1”. @2",
+            {host::PathUtils::GetFullFilePart(item.mSource), item.mDestination, DescribeReason(failure)});
+    const bool isNoFile = failure.SystemError() == EISDIR || failure.SystemError() == EINVAL;
+    if (isNoFile && (mVerb == Verb::Add || mVerb == Verb::AddUnderFreeName))
+        return ZString("$$$/Vantor/Desk/Copies/NoProject=This is not a project file.");
+    return DescribeReason(failure);
+}
+
+UTF16String ItemOperation::DescribeFailure(std::size_t index) const {
+    return DescribeFailure(mItems[index]);
+}
+
+UTF16String ItemOperation::DescribeNotCopied(const Item& item) const {
+    const bool isInDoubt = item.mOutcome.mResult == Result::InDoubt;
+    Log(isInDoubt ? LogLevel::Warning : LogLevel::Info, item.mOutcome.mFailure->what());
+    if (item.mOutcome.mFailure->SystemError() == ECANCELED) return {};
+    if (isInDoubt) return DescribeFailure(item);
+    return ZString("$$$/Vantor/Desk/Copies/NotCopied=“@0” was not copied. @1",
+                   {host::PathUtils::GetFullFilePart(item.mSource), DescribeFailure(item)});
+}
+
 /// Empty for what there is nothing to say of.
 UTF16String ItemOperation::DescribeOutcome(const Item& item) const {
     const UTF16String name = host::PathUtils::GetFullFilePart(item.mSource);
@@ -81,8 +107,7 @@ UTF16String ItemOperation::DescribeOutcome(const Item& item) const {
             return ZString("$$$/Vantor/Desk/Files/Gone=“@0” was not moved. It is not there any more.", {name});
         case Result::Failed:
         case Result::InDoubt:
-            return mVerb == Verb::Copy ? DescribeNotCopied(item.mSource, *item.mOutcome.mFailure)
-                                       : DescribeNotMoved(item.mSource, *item.mOutcome.mFailure);
+            return IsCopy() ? DescribeNotCopied(item) : DescribeNotMoved(item.mSource, *item.mOutcome.mFailure);
         case Result::NotReached:
             break;
     }

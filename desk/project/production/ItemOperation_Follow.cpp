@@ -65,7 +65,7 @@ void ItemOperation::Follow() {
 }
 
 void ItemOperation::FollowItem(Item& item) {
-    if (!item.IsDone() || mVerb == Verb::Copy) return;
+    if (!item.IsDone() || IsCopy()) return;
     if (item.mOutcome.mIsFolder) {
         item.mLocksBefore = LockKeeper::Instance().FollowMove(item.mFrom, item.mTo);
         ForEachDocument([&](auto& document) { FollowFolder({item.mFrom, item.mTo}, document); });
@@ -107,7 +107,7 @@ void ItemOperation::LookAgain() const {
         LookAgainAround(path);
     };
     for (const Item& item : mItems) {
-        if (mVerb != Verb::Copy) lookAround(item.mSource);
+        if (!IsCopy()) lookAround(item.mSource);
         lookAround(item.mDestination);
     }
 }
