@@ -111,8 +111,10 @@ private:
         if (IsRefusal(failure.SystemError())) throw failure;
         const std::vector<Presence> presence = FindPresence(mDisk, {mFrom, mTo});
         const Presence from = presence.front(), to = presence.back();
-        if (from == Presence::There && (to != Presence::There || Compare(mTo) == Likeness::Other))
-            throw failure;
+        const auto hasStayed = [&] {
+            return to != Presence::There || Compare(mFrom) == Likeness::Same || Compare(mTo) == Likeness::Other;
+        };
+        if (from == Presence::There && hasStayed()) throw failure;
         const bool isMoved = from == Presence::Gone && to == Presence::There && IsOfKindAndSize(mTo);
         if (!isMoved) ThrowInDoubt(failure);
         Log(LogLevel::Info, std::string("done nevertheless: ") + failure.what());

@@ -44,6 +44,9 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
         case ENOSPC:
         case EDQUOT:
             return host::ZString("$$$/Vantor/Desk/Copies/NoRoom=There is no room left on the volume.");
+        case ELOOP:
+            return host::ZString("$$$/Vantor/Desk/Files/IsLink=“@0” is a link, which is not followed here.",
+                                 {host::PathUtils::GetFullFilePart(exception.Path())});
         case EBUSY:
             return host::ZString("$$$/Vantor/Desk/Files/Busy=“@0” is in use or was changed meanwhile.",
                                  {host::PathUtils::GetFullFilePart(exception.Path())});

@@ -118,6 +118,15 @@ void ItemOperation::Announce() const {
     host::UTF16StringVec texts;
     for (const Item& item : mItems)
         if (UTF16String text = DescribeOutcome(item); !text.empty()) texts.push_back(std::move(text));
+    const auto notReached =
+        std::ranges::count(mItems, Result::NotReached, [](const Item& item) { return item.mOutcome.mResult; });
+    const bool isCancelled = std::ranges::any_of(mItems, [](const Item& item) {
+        return item.mOutcome.mFailure && item.mOutcome.mFailure->SystemError() == ECANCELED;
+    });
+    if (notReached > 0 && !isCancelled)
+        texts.push_back(
+            ZString("$$$/Vantor/Desk/Files/NotReached=@0 more stayed as they were, for that reason.",
+                    {host::NumberToString(static_cast<long long>(notReached))}));
     if (mTelling == Telling::Message) return TellWhatWasNotDone(mVerb, texts);
     std::ranges::for_each(texts, TellUser);
 }

@@ -47,12 +47,19 @@ MoveLocks::Taking MoveLocks::Take(const SharedLock& source, const SharedLock& de
 }
 
 MoveLocks::Taking MoveLocks::CheckSource() {
+    if (mSource.mHeld) {
+        const LockReport own = mProtocol.Check(mSource.mHeld->GetPath(), mSource.mHeld->GetRecord().mNonce);
+        if (own.mStanding == LockStanding::Unknown)
+            return Fail({LockTaking::Outcome::Failed, {}, own.mSystemError}, Taking::NoSourceLock);
+        mIsLost = own.mStanding == LockStanding::Lost;
+    }
     const std::optional<LockRecord> found = ReadLockRecord(*GetServices().mFileSystem, mSource.mPath);
     const std::string heldNonce = mSource.mHeld ? mSource.mHeld->GetRecord().mNonce : std::string();
-    if (!found || !IsHeldElsewhere(*found, heldNonce)) return Taking::Taken;
-    mObstacle.mObstacle = ProjectLocking::Obstacle::Held;
-    mObstacle.mHolder = *found;
-    return Taking::Held;
+    if (found && IsHeldElsewhere(*found, heldNonce))
+        return Fail({LockTaking::Outcome::Held, *found, 0}, Taking::NoSourceLock);
+    if (!mIsLost) return Taking::Taken;
+    mWasHeld = false;
+    return TakeAt(mSource, {}, Taking::NoSourceLock);
 }
 
 MoveLocks::Taking MoveLocks::TakeAt(Place& place, const SharedLock& shared, Taking failure) {
@@ -114,6 +121,7 @@ void MoveLocks::Finish() {
     const bool isUnreadable =
         mObstacle.mObstacle == ProjectLocking::Obstacle::Held && !mObstacle.mHolder.mIsReadable;
     if (isUnreadable) SweepFolderInBackground(FolderOf(mSource.mPath));
+    if (mIsLost) LockKeeper::Instance().NoteLoss(mSource.mHeld->GetPath(), mSource.mHeld->GetRecord().mNonce);
     LockKeeper::Instance().GiveUpInBackground(std::exchange(mLeft, {}), mProtocol.TakeRemains());
     mSource.mHeld.reset();
     mDestination.mHeld.reset();

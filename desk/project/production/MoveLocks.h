@@ -64,8 +64,10 @@ public:
     /// from what the locks of these folders share, unless the lock is kept after the move. Waits for the
     /// volume: for a worker.
     Taking Take(const SharedLock& source = {}, const SharedLock& destination = {});
-    /// `Held` when somebody else holds the project, by a look at the disk; takes nothing. Waits for the volume:
-    /// for a worker.
+    /// By a look at the disk: `Held` when somebody else holds the project, `NoSourceLock` when the volume does
+    /// not tell whether this process holds it still. Takes nothing, but a lock that this process has lost to
+    /// nobody: with that the project moves, and stays lost to who has it open. Waits for the volume: for a
+    /// worker.
     Taking CheckSource();
     /// The same as `Take` by the lock keeper, which knows what this process holds and has held. UI thread.
     Taking TakeByKeeper();
@@ -103,6 +105,8 @@ private:
     Place mDestination;
     bool mWasHeld = false;
     bool mIsOwnAtDestination = false;
+    /// What this process held at the source is not its any more.
+    bool mIsLost = false;
     ProjectLocking mObstacle;
     std::vector<LockRemains> mLeft;
 };

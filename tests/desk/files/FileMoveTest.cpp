@@ -53,7 +53,9 @@ TEST_F(FileMoveTest, LocksInAMovedFolderStayOursOnAnyVolume) {
 }
 
 TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
-    mFolder.Write("Day 2/taken");
+    // Of the same size and time.
+    mFolder.Write("Day 2/taken", "project");
+    fs::last_write_time(mFolder.Path("Day 2/taken"), fs::last_write_time(mFolder.Path("Reel 1.zuproj")));
     mFolder.MakeFolder("Day 1/sub");
     const TreeSnapshot before = TakeSnapshot(mFolder.Path());
     const auto expectTold = [this](const std::string& name, const std::string& reason, const char* to,

@@ -36,6 +36,19 @@ protected:
     void Lock(const std::string& name, const desk::LockRecord& record) {
         std::ofstream(desk::GetLockPath(PathOf(name))) << WriteLockRecord(record);
     }
+    /// For writing.
+    host::RefPtr<TestProject> OpenB() {
+        const host::RefPtr<TestProject> open = new TestProject(PathOf("B"));
+        desk::OpenProjectList::Instance().Add(open);
+        open->SetProjectLockFile(
+            host::CreateProjectLockFile(PathOf("B"), mDesktop.mUserName, mDesktop.mMachineName));
+        return open;
+    }
+    void Close(const host::RefPtr<TestProject>& open) {
+        open->mLockFile.reset();
+        desk::OpenProjectList::Instance().Remove(open);
+        mMain.RunUntilIdle();
+    }
     /// Moves A, B, C and D to the trash.
     std::vector<Result> Trash() {
         std::vector<host::PlannedItem> plan;
@@ -64,11 +77,7 @@ protected:
 }  // namespace
 
 TEST_F(ItemOperationTest, FlushesEachFolderOnceAndFollowsAndRecordsNothingBefore) {
-    const host::RefPtr<TestProject> open = new TestProject(PathOf("B"));
-    desk::OpenProjectList::Instance().Add(open);
-    auto lock = host::CreateProjectLockFile(PathOf("B"), mDesktop.mUserName, mDesktop.mMachineName);
-    open->SetProjectLockFile(lock);
-    lock.reset();
+    const host::RefPtr<TestProject> open = OpenB();
     mDisk.ResetCounts();
     mDisk.CloseGate(Operation::FlushFolder, mFolder.Path("Production/Trash"));
     mDialogs.mWhileWaiting = [&](desk::WorkProgress&) {
@@ -87,9 +96,19 @@ TEST_F(ItemOperationTest, FlushesEachFolderOnceAndFollowsAndRecordsNothingBefore
     EXPECT_TRUE(open->mLockFile->IsHeldByReader() && !open->mLockFile->IsLost());
     EXPECT_EQ(CountRecords(), 1u) << "for all four";
     EXPECT_FALSE(mFolder.Exists("Production/.B.zuproj.lock"));
-    open->mLockFile.reset();
-    desk::OpenProjectList::Instance().Remove(open);
-    mMain.RunUntilIdle();
+    Close(open);
+    EXPECT_EQ(Shown(), kAllTrashed);
+}
+
+TEST_F(ItemOperationTest, ALockThatSomebodyHasBrokenIsNotOursAtTheNewPlaceEither) {
+    const host::RefPtr<TestProject> open = OpenB();
+    Lock("B", MakeForeignRecord(mDesktop));
+    mDialogs.ExpectMessage("Not Everything Was Moved");
+    EXPECT_EQ(Trash()[1], Result::Refused);
+    mFolder.Remove("Production/.B.zuproj.lock");
+    EXPECT_EQ(host::MoveItems({{PathOf("B"), PathOf("Trash/B")}}).front().mResult, Result::Done);
+    EXPECT_TRUE(open->mLockFile->IsLost());
+    Close(open);
     EXPECT_EQ(Shown(), kAllTrashed);
 }
 
@@ -125,7 +144,8 @@ TEST_F(ItemOperationTest, AFailureAndACancelLeaveTheRestUntouched) {
     mDisk.Fail(Operation::RenameNoReplace, 3, EACCES);
     mDialogs.ExpectMessage("Not Everything Was Moved");
     EXPECT_EQ(Trash(), (std::vector{Result::Done, Result::Done, Result::Failed, Result::NotReached}));
-    EXPECT_EQ(mDialogs.LastText().find("“C.zuproj” was not moved. Permission denied"), 0u)
+    EXPECT_TRUE(mDialogs.LastText().starts_with("“C.zuproj” was not moved. Permission denied") &&
+                mDialogs.LastText().ends_with("\n1 more stayed as they were, for that reason."))
         << mDialogs.LastText();
     expectFirstTwoMoved();
     mDisk.CloseGate(Operation::RenameNoReplace, mFolder.Path("Production/B.zuproj"));
