@@ -18,7 +18,7 @@
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/MainCommander.h"
 #include "desk/framework/MenuResources.h"
-#include "desk/project/lock/BreakLock.h"
+#include "desk/project/production/BreakLock.h"
 #include "desk/toolkit/ControlImpl.h"
 #include "host/framework/CommandIdentifiers.h"
 #include "host/framework/ShortcutManager.h"

@@ -19,6 +19,7 @@
 #include "desk/core/names/QtStrings.h"
 #include "desk/framework/MenuResources.h"
 #include "desk/project/lock/LockHolder.h"
+#include "desk/project/lock/LockTexts.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 
@@ -28,8 +29,8 @@ namespace {
 constexpr int kMargin = 14;
 constexpr int kTabWidth = 4;
 
-/// Tab is a character of the text. F6 leaves it, and Ctrl+Tab where there is no other project to go to; with Shift
-/// backwards.
+/// Tab is a character of the text. F6 leaves it, and Ctrl+Tab where there is no other project to go to; with
+/// Shift backwards.
 class ProjectEditor : public QPlainTextEdit {
 protected:
     void keyPressEvent(QKeyEvent* event) override {

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "desk/project/document/ProjectDocument.h"
-#include "desk/project/lock/BreakLock.h"
+#include "desk/project/production/BreakLock.h"
 
 class QLabel;
 

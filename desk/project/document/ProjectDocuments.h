@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "desk/project/document/ProjectDocument.h"
+#include "desk/project/document/ProjectLocking.h"
 #include "desk/project/document/ProjectQuestions.h"
-#include "desk/project/lock/ProjectLocking.h"
 #include "host/core/Export.h"
 #include "host/project/DocumentManager.h"
 

@@ -10,7 +10,7 @@
 #include "desk/core/log/UserNotice.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/files/disk/FileFailure.h"
-#include "desk/project/lock/BreakLock.h"
+#include "desk/project/lock/LockTexts.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"

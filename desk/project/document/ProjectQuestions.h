@@ -4,7 +4,7 @@
 
 #include "desk/core/edges/Dialogs.h"
 #include "desk/project/document/ProjectFile.h"
-#include "desk/project/lock/ProjectLocking.h"
+#include "desk/project/document/ProjectLocking.h"
 #include "host/core/Strings.h"
 
 /// What the document manager says and asks, through the process's `Dialogs`. All name the project. UI thread.

@@ -11,7 +11,6 @@
 #include "desk/core/log/UserNotice.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/UniqueNames.h"
-#include "desk/project/document/ProjectFile.h"
 #include "desk/project/lock/Leftovers.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
@@ -30,6 +29,9 @@ std::vector<FolderEntry> FindTargets(FileSystem& fileSystem, const std::string& 
     return entries;
 }
 
+/// No longer text is ever edited, and so left behind: what is longer counts as something else.
+constexpr std::size_t kLongestText = 4 * 1024 * 1024;
+
 /// When it was written last, or put in place: a file may be put in place with older times.
 std::int64_t LastChange(const ItemStatus& status) {
     return std::max(status.mModified, status.mCreated.value_or(0));
@@ -42,7 +44,7 @@ bool IsObsolete(FileSystem& fileSystem, const std::string& path, const std::stri
     const ItemStatus file = fileSystem.Status(target, false);
     if (mayBeOlder && LastChange(file) < LastChange(text)) return true;
     return file.mSize == text.mSize &&
-           fileSystem.ReadSmallFile(target, kEditableLimit) == fileSystem.ReadSmallFile(path, kEditableLimit);
+           fileSystem.ReadSmallFile(target, kLongestText) == fileSystem.ReadSmallFile(path, kLongestText);
 }
 
 /// `target` is empty when nothing tells for which file the text at `path` was.

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "desk/core/edges/Services.h"
+#include "desk/project/document/ProjectLocking.h"
 #include "desk/project/lock/LockKeeper.h"
 #include "desk/project/lock/LockProtocol.h"
-#include "desk/project/lock/ProjectLocking.h"
 
 namespace desk {
 

@@ -1,4 +1,5 @@
-#include "desk/project/lock/BreakLock.h"
+#include "desk/project/lock/LockTexts.h"
+#include "desk/project/production/BreakLock.h"
 #include "desk/project/production/Production.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 

@@ -4,7 +4,7 @@
 
 #include "desk/core/names/HostNames.h"
 #include "desk/core/settings/JsonFile.h"
-#include "desk/project/lock/BrokenLocksLog.h"
+#include "desk/project/production/BrokenLocksLog.h"
 #include "desk/project/production/Production.h"
 #include "desk/project/production/TrashRecords.h"
 #include "host/files/File.h"

@@ -1,4 +1,4 @@
-#include "desk/project/lock/ProjectLocking.h"
+#include "desk/project/document/ProjectLocking.h"
 
 #include <cerrno>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "desk/project/lock/BrokenLocksLog.h"
+#include "desk/project/production/BrokenLocksLog.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,7 +1,5 @@
-#include "desk/project/lock/BreakLock.h"
+#include "desk/project/production/BreakLock.h"
 
-#include <QDateTime>
-#include <QLocale>
 #include <algorithm>
 #include <chrono>
 #include <optional>
@@ -15,9 +13,10 @@
 #include "desk/core/names/QtStrings.h"
 #include "desk/core/work/LongWork.h"
 #include "desk/core/work/WorkProgress.h"
-#include "desk/project/lock/BrokenLocksLog.h"
 #include "desk/project/lock/Leftovers.h"
-#include "desk/project/lock/LockKeeper.h"
+#include "desk/project/lock/LockHolder.h"
+#include "desk/project/lock/LockTexts.h"
+#include "desk/project/production/BrokenLocksLog.h"
 #include "desk/toolkit/Theme.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
@@ -36,35 +35,12 @@ UTF16String Title() {
     return host::ZString("$$$/Desk/BreakLock/Title=Break Lock");
 }
 
-UTF16String Shown(const UTF16String& name) {
-    return ToUTF16(ToDisplayText(name));
-}
-
 UTF16String NameOfProject(const UTF16String& path) {
-    return Shown(host::PathUtils::GetFilePart(path));
+    return ToUTF16(ToDisplayText(host::PathUtils::GetFilePart(path)));
 }
 
 void Tell(const UTF16String& text, MessageKind kind) {
     GetServices().mDialogs->ShowMessage(Title(), text, kind);
-}
-
-UTF16String AgeText(std::int64_t seconds) {
-    const std::int64_t minutes = std::max<std::int64_t>(seconds, 0) / 60;
-    const auto number = [](std::int64_t n) { return host::NumberToString(static_cast<long long>(n)); };
-    if (minutes < 2) return host::ZString("$$$/Desk/BreakLock/JustNow=just now");
-    if (minutes < 120) return host::ZString("$$$/Desk/BreakLock/Minutes=@0 minutes ago", {number(minutes)});
-    if (minutes < 48 * 60)
-        return host::ZString("$$$/Desk/BreakLock/Hours=@0 hours ago", {number(minutes / 60)});
-    return host::ZString("$$$/Desk/BreakLock/Days=@0 days ago", {number(minutes / (24 * 60))});
-}
-
-/// The time alone says enough on the same day.
-UTF16String TimeText(std::int64_t secondsSinceEpoch, std::int64_t now) {
-    const QDateTime time = QDateTime::fromSecsSinceEpoch(secondsSinceEpoch);
-    const QLocale locale;
-    if (time.date() == QDateTime::fromSecsSinceEpoch(now).date())
-        return ToUTF16(locale.toString(time.time(), QLocale::ShortFormat));
-    return ToUTF16(locale.toString(time, QLocale::ShortFormat));
 }
 
 /// Empty when it is not known.
@@ -195,7 +171,9 @@ std::optional<StandingLock> FindLockToBreak(const UTF16String& path, const std::
         Tell(DescribeOutcome(path, {Outcome::Failed, {}, unknown->mSeen.mSystemError}), MessageKind::Failure);
         return {};
     }
-    const auto lock = std::ranges::find_if_not(locks, IsOurs);
+    const auto lock = std::ranges::find_if_not(locks, [](const StandingLock& each) {
+        return FindLockHolder(each.mRecord) == LockHolder::ThisProcess;
+    });
     if (locks.empty()) {
         Tell(host::ZString("$$$/Desk/BreakLock/None=Nobody holds a lock on “@0” any more.",
                            {NameOfProject(path)}),
@@ -233,22 +211,6 @@ std::vector<StandingLock> FindStandingLocks(const UTF16String& path, const std::
         if (seen) locks.push_back({lockPath, *seen, ParseLockRecord(seen->mBytes.value_or(""))});
     }
     return locks;
-}
-
-bool IsOurs(const StandingLock& lock) {
-    const HeldLockPtr held = LockKeeper::Instance().Find(lock.mPath);
-    return held && lock.mRecord.mIsReadable && held->GetRecord().mNonce == lock.mRecord.mNonce;
-}
-
-UTF16String DescribeHolder(const LockRecord& record) {
-    if (!record.mIsReadable)
-        return host::ZString("$$$/Desk/BreakLock/Unknown=somebody unknown (the lock cannot be read)");
-    const std::int64_t now =
-        std::chrono::duration_cast<std::chrono::seconds>(GetServices().mDesktop->Now().time_since_epoch())
-            .count();
-    return host::ZString("$$$/Desk/BreakLock/Holder=@0 on @1, since @2 (@3)",
-                         {Shown(record.mUser), Shown(record.mMachine), TimeText(record.mTakenAt, now),
-                          AgeText(now - record.mTakenAt)});
 }
 
 bool BreakProjectLock(const UTF16String& path, const std::string& filePath, BreakWait wait) {

@@ -24,12 +24,6 @@ struct StandingLock {
 ZUHOST_API std::vector<StandingLock> FindStandingLocks(const host::UTF16String& path,
                                                        const std::string& filePath);
 
-/// True for a lock that this process holds. UI thread.
-ZUHOST_API bool IsOurs(const StandingLock& lock);
-
-/// How a lock is described to the user: "ines on edit-bay-4, since 10:40 (3 hours ago)". UI thread.
-ZUHOST_API host::UTF16String DescribeHolder(const LockRecord& record);
-
 /// How long to wait before a lock is removed, in place of what its volume asks for; for tests.
 using BreakWait = std::optional<std::chrono::milliseconds>;
 
