@@ -43,9 +43,10 @@ bool TreeDrop::Enter(const QMimeData& data, bool isFromThisProcess, QPoint point
 
 bool TreeDrop::Move(QPoint point) {
     if (!mData) return false;
+    const bool mustAsk = point != mPoint && std::exchange(mHasRowChanged, false);
     mPoint = point;
     const host::RowRef row(mTree.mView->RowAt(point));
-    if (row != mRow) {
+    if (row != mRow || mustAsk) {
         mRow = row;
         Ask(host::kDropAction_Moved);
         OpenLater();
@@ -56,11 +57,27 @@ bool TreeDrop::Move(QPoint point) {
 
 void TreeDrop::Leave() {
     if (mData) Ask(host::kDropAction_Left);
+    CloseOpened(nullptr);
     Forget();
 }
 
+void TreeDrop::RowsLaidOut() {
+    if (!mData) return;
+    host::RowRef row(mTree.mView->RowAt(mPoint));
+    if (row == mRow) return;
+    mRow = std::move(row);
+    mHasRowChanged = true;
+    ++mVisit;
+    ShowFeedback(nullptr, false);
+}
+
 bool TreeDrop::Drop(QPoint point) {
-    if (!Move(point)) {
+    const bool isWelcome = Move(point);
+    if (mHasRowChanged)
+        TellUser(
+            host::ZString("$$$/Desk/Tree/DropTargetMoved=Nothing was dropped: the target is no longer under "
+                          "the pointer."));
+    if (!isWelcome) {
         Leave();
         return false;
     }
@@ -80,6 +97,7 @@ bool TreeDrop::Drop(QPoint point) {
     };
     // Whoever drags waits for the end of this, and a drop may take long.
     RunAfterDrag(mLifetime.Guard(std::move(drop)));
+    CloseOpened(mDestination.get());
     Forget();
     return true;
 }
@@ -103,13 +121,27 @@ void TreeDrop::ShowFeedback(Row* destination, bool show) {
     if (mTree.mView) mTree.mView->viewport()->update();
 }
 
+/// A folder that takes nothing keeps shut.
+bool TreeDrop::IsOpeningWelcome() const {
+    return mData && mShows && mRow && mRow == mDestination && !mRow->IsOpen() && mTree.IsMine(mRow.get()) &&
+           Row::Access::MayHaveChildren(*mRow);
+}
+
 void TreeDrop::OpenLater() {
     ++mVisit;
-    if (!mRow || mRow->IsOpen() || !Row::Access::MayHaveChildren(*mRow)) return;
+    if (!IsOpeningWelcome()) return;
     auto open = [this, visit = mVisit] {
-        if (mData && visit == mVisit && mRow && mTree.IsMine(mRow.get())) mTree.SetOpen(*mRow, true);
+        if (visit != mVisit || !IsOpeningWelcome()) return;
+        mOpened.push_back(mRow);
+        mTree.SetOpen(*mRow, true);
     };
     GetServices().mMainThread->PostDelayed(mLifetime.Guard(std::move(open)), kOpenAfter);
+}
+
+void TreeDrop::CloseOpened(const Row* keep) {
+    for (const host::RowRef& row : std::exchange(mOpened, {}))
+        if (row.get() != keep && !(keep && keep->IsADescendent(*row)) && mTree.IsMine(row.get()))
+            mTree.SetOpen(*row, false);
 }
 
 void TreeDrop::ScrollNearEdge() {
@@ -136,6 +168,8 @@ void TreeDrop::StopScrolling() {
 void TreeDrop::Forget() {
     StopScrolling();
     ++mVisit;
+    mHasRowChanged = false;
+    mOpened.clear();
     mData.reset();
     mRow.reset();
     ShowFeedback(nullptr, false);

@@ -24,6 +24,8 @@ public:
     bool Move(QPoint point);
     void Leave();
     bool Drop(QPoint point);
+    /// The rows have been laid out anew. What has come under a pointer that rests is nothing the user meant.
+    void RowsLaidOut();
 
     /// What the owner shows: `destination` lights up, or the whole tree for null; or nothing does.
     void ShowFeedback(host::UI_MultiColumnTreeRow* destination, bool show);
@@ -32,7 +34,10 @@ public:
 
 private:
     bool Ask(int action);
+    bool IsOpeningWelcome() const;
     void OpenLater();
+    /// Closes what the drag has opened, but for `keep` and the folders that it lies in.
+    void CloseOpened(const host::UI_MultiColumnTreeRow* keep);
     void ScrollNearEdge();
     void ScrollStep();
     void StopScrolling();
@@ -44,6 +49,10 @@ private:
     QPoint mPoint;
     host::RowRef mDestination;
     bool mShows = false;
+    /// Another row has come under the pointer since that moved last.
+    bool mHasRowChanged = false;
+    /// The folders that the drag has opened, in this order.
+    host::RowVec mOpened;
     DropRest mRest;
     /// Counts on with each row under the pointer.
     unsigned mVisit = 0;

@@ -80,6 +80,7 @@ void TreeView::doItemsLayout() {
     mLayoutTime = Clock::now() - begin;
     mTree.RestoreScrollPosition();
     mTree.mCellEditor.GetImpl().Follow();
+    mDrop.RowsLaidOut();
 }
 
 void TreeView::scrollContentsBy(int dx, int dy) {

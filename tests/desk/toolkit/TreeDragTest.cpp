@@ -115,7 +115,9 @@ TEST_F(TreeDragTest, ADropCountsWhereTheDragHasRested) {
 
 TEST_F(TreeDragTest, HoveringOpensFoldersAndScrollsNearTheEdges) {
     const host::RowRef folder = Add(nullptr, {"a/"})[0];
-    Add(folder.get(), {"inner"});
+    const host::RowRef inner = Add(folder.get(), {"b/", "forbidden"})[0];
+    const host::RowRef forbidden = folder->GetChildRows()[1];
+    for (const host::RowRef& row : {inner, forbidden}) Add(row.get(), {"innermost"});
     Add(nullptr, Names("m", 0, 60));
     Settle();
     Enter(Middle(folder));
@@ -123,6 +125,9 @@ TEST_F(TreeDragTest, HoveringOpensFoldersAndScrollsNearTheEdges) {
     EXPECT_FALSE(folder->IsOpen());
     mMainThread.Advance(milliseconds(200));
     EXPECT_TRUE(folder->IsOpen());
+    Move(Middle(forbidden));
+    mMainThread.Advance(milliseconds(1200));
+    EXPECT_FALSE(forbidden->IsOpen());
     Move({100, View().viewport()->height() - 3});
     mMainThread.Advance(milliseconds(6000));
     EXPECT_EQ(ScrollBar().value(), ScrollBar().maximum());
@@ -134,6 +139,27 @@ TEST_F(TreeDragTest, HoveringOpensFoldersAndScrollsNearTheEdges) {
     QApplication::sendEvent(View().viewport(), &leave);
     EXPECT_EQ(TakeHeard().back(), "2 a/");
     EXPECT_EQ(mMainThread.CountDelayed(), 0u);
+    EXPECT_FALSE(folder->IsOpen()) << "what the drag has opened is closed again";
+    const auto dragToInner = [&] {
+        for (const host::RowRef& row : {folder, inner}) {
+            row == folder ? Enter(Middle(row)) : Move(Middle(row));
+            mMainThread.Advance(milliseconds(1200));
+            EXPECT_TRUE(row->IsOpen());
+        }
+    };
+    dragToInner();
+    const QPoint point = Middle(inner);
+    Add(nullptr, {"A"});
+    Settle();
+    mMainThread.Advance(milliseconds(300));
+    TakeHeard();
+    EXPECT_FALSE(Drop(point)) << "another row has come under the pointer";
+    EXPECT_EQ(TakeHeard(), (Rows{"2 a/", "notice"}));
+    EXPECT_FALSE(folder->IsOpen() || inner->IsOpen());
+    dragToInner();
+    EXPECT_TRUE(Drop(Middle(inner)));
+    Settle();
+    EXPECT_TRUE(folder->IsOpen() && inner->IsOpen());
 }
 
 TEST_F(TreeDragTest, AListOfFilesIsReadWhateverStandsInIt) {
