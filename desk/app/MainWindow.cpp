@@ -107,7 +107,6 @@ void MainWindow::LeaveMenuBar() {
     if (QApplication::activePopupWidget()) return;
     QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     QCoreApplication::sendEvent(menuBar(), &escape);
-    menuBar()->setActiveAction(nullptr);
 }
 
 void MainWindow::MakeMenus() {

@@ -41,6 +41,9 @@ protected:
         painter.setPen(QPen(Theme::Color(isPointedAt ? ThemeColor::Text : ThemeColor::SecondaryText), 1.2));
         painter.translate(QRectF(rect()).center());
         painter.drawLines(mLines);
+        painter.setPen(Theme::Color(ThemeColor::Accent));
+        if (hasFocus())
+            painter.drawRoundedRect(QRectF(rect()).translated(-rect().center()).adjusted(1, 1, -1, -1), 3, 3);
     }
     void enterEvent(QEnterEvent*) override { update(); }
     void leaveEvent(QEvent*) override { update(); }

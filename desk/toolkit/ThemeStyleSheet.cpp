@@ -22,6 +22,7 @@ QMenu { background: @header; color: @text; border: 1px solid @line; padding: 4px
 QMenu::item { padding: 4px 28px 4px 24px; background: transparent; }
 QMenu::item:selected { background: @selection; color: @selectionText; }
 QMenu::item:disabled { color: @disabled; background: transparent; }
+QMenu::item:disabled:selected { color: @secondary; background: @hover; }
 QMenu::separator { height: 1px; background: @line; margin: 4px 0; }
 QMenu::indicator { width: 12px; height: 12px; left: 7px; }
 
@@ -36,6 +37,7 @@ QDockWidget::title { background: @tabBar; border: none; padding: 6px 12px; text-
 QTabBar { background: @tabBar; border: none; qproperty-drawBase: 0; }
 QTabBar::tab { background: @tabBar; color: @secondary; padding: 7px 16px; border: none; border-top: 2px solid transparent; }
 QTabBar::tab:selected { background: @window; color: @text; border-top: 2px solid @accent; }
+QTabBar::tab:focus { background: @hover; }
 QTabBar::tab:hover:!selected { color: @text; }
 QTabWidget::pane { border: none; background: @window; }
 
