@@ -59,10 +59,7 @@ void CopiesUnderWay::ShowPanel() {
     host::Workspace* workspace = host::Workspace::Instance().GetPtr();
     if (!workspace) return;
     host::TabView* panel = workspace->FindFirstTabViewOfType(host::kProgressHandlerID);
-    if (!panel) {
-        panel = workspace->CreateOrReanimateTabView(host::kProgressHandlerID, host::PropertyList());
-        mHasOpenedPanel = panel;
-    }
+    if (!panel) panel = workspace->CreateOrReanimateTabView(host::kProgressHandlerID, host::PropertyList());
     if (panel) panel->BringToFront(false, false);
 }
 
@@ -70,8 +67,7 @@ void CopiesUnderWay::HidePanel() {
     auto* workspace = dynamic_cast<DockWorkspace*>(host::Workspace::Instance().GetPtr());
     const auto hasFailed = [](const CopyJob& job) { return job.HasFailed(); };
     if (!workspace || std::ranges::any_of(CopyQueue::Current()->GetJobs(), hasFailed)) return;
-    if (std::exchange(mHasOpenedPanel, false) && !workspace->IsOpenedByUser(host::kProgressHandlerID))
-        workspace->ClosePanel(host::kProgressHandlerID);
+    if (!workspace->IsOpenedByUser(host::kProgressHandlerID)) workspace->ClosePanel(host::kProgressHandlerID);
 }
 
 bool CopiesUnderWay::HasNewFailure() {

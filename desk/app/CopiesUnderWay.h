@@ -10,8 +10,8 @@ namespace desk {
 
 /// Keeps copies in the user's sight: brings up the progress panel, without the keyboard's focus, when copies
 /// are still being made after `kLong`, and when one has failed. A panel that the user closes then stays closed
-/// until there is another reason; one that this opened goes after the last job, unless one has failed. UI
-/// thread.
+/// until there is another reason; one that the user has not opened goes after the last job, unless one has
+/// failed. UI thread.
 class CopiesUnderWay : private host::Listener {
 public:
     static constexpr std::chrono::milliseconds kLong{1000};
@@ -32,7 +32,6 @@ private:
     void DoAfter(std::chrono::milliseconds time, void (CopiesUnderWay::*action)());
 
     bool mIsBusy = false;
-    bool mHasOpenedPanel = false;
     /// The newest job that is known to have failed.
     std::uint64_t mLastFailed = 0;
     /// What is posted by an earlier busy time is void.
