@@ -16,6 +16,8 @@ namespace HandlerSharedProjects::Utils {
 namespace {
 
 constexpr int kFirstButton = 1;
+/// Nobody looks at the selection of more copies than that, and each place costs a look at the disk.
+constexpr std::size_t kMostExpectedCopies = 256;
 
 void TellTheyAreInTheProduction(bool areSeveral) {
     const UTF16String title =
@@ -41,10 +43,11 @@ bool AskWhetherToCopy(Workspace& workspace) {
     return Messagebox(workspace.GetMainTopLevelWindow(), title, text, copy, cancel) == kFirstButton;
 }
 
-/// Where the host puts the copies, as far as can be told before.
+/// Where the host puts the copies, as far as can be told before; of very many nothing is told.
 UTF16StringVec GetExpectedCopies(const UTF16StringVec& paths, const UTF16String& folder) {
     UTF16StringVec copies;
     UTF16StringVec names;
+    if (paths.size() > kMostExpectedCopies) return copies;
     for (const UTF16String& path : paths) {
         const UTF16String source = PathUtils::ToNormalizedPath(path);
         if (Utilities::IsPathWithinDirectory(source, PathUtils::ToNormalizedPath(folder), false)) continue;
