@@ -23,6 +23,7 @@ inline constexpr int kCommandCloseAllProjects = 60017;
 inline constexpr int kCommandToggleReadOnly = 60018;
 inline constexpr int kCommandBreakLock = 60019;
 inline constexpr int kCommandRevealProject = 60020;
+inline constexpr int kCommandTrashProject = 60024;
 
 /// What earlier sessions have left.
 inline constexpr int kCommandReopenSession = 60021;

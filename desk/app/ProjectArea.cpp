@@ -22,6 +22,7 @@
 #include "desk/toolkit/ControlImpl.h"
 #include "host/framework/CommandIdentifiers.h"
 #include "host/framework/ShortcutManager.h"
+#include "host/framework/TabView.h"
 #include "host/project/DocumentManager.h"
 
 namespace desk {
@@ -100,6 +101,7 @@ ProjectArea::ProjectArea(QWidget* parent)
     connect(qApp, &QApplication::focusChanged, this, &ProjectArea::FocusChanged);
     host::AddListener(host::kBackendProjectActivationStationID, this);
     host::AddListener(kStation_ProjectDocuments, this);
+    host::AddListener(host::kStation_WindowClosing, this);
     for (const OpenProjectRef& project : OpenProjectList::Instance().Get())
         if (const ProjectDocumentRef document = ToDocument(project)) Add(document);
     MainCommander::Instance().Register(host::CommandID::kPanelClosedWithoutProjects, {}, [emptyPage] {
@@ -112,6 +114,7 @@ ProjectArea::~ProjectArea() {
     MainCommander::Instance().Register(host::CommandID::kPanelClosedWithoutProjects, {}, {});
     qApp->disconnect(this);
     mTabs->disconnect(this);
+    host::RemoveListener(host::kStation_WindowClosing, this);
     host::RemoveListener(kStation_ProjectDocuments, this);
     host::RemoveListener(host::kBackendProjectActivationStationID, this);
     CommandRouter::Instance().ForgetEditor(this);
@@ -155,9 +158,18 @@ void ProjectArea::ListenToMessage(const host::Message& message) {
         if (const ProjectDocumentRef document = ToDocument(opened->GetProject())) Add(document);
     } else if (const auto* closed = host::MessageCast<host::ProjectClosedMessage>(message)) {
         if (const ProjectDocumentRef document = ToDocument(closed->GetProject())) Remove(document);
+    } else if (host::MessageCast<host::HandlerWindowClosingMessage>(message)) {
+        TakeKeyboardOfPanel();
     } else {
         Follow(message);
     }
+}
+
+/// Of one that is closing: it was on duty if nobody is now.
+void ProjectArea::TakeKeyboardOfPanel() {
+    const CommandRouter& router = CommandRouter::Instance();
+    ProjectPage* page = GetFrontPage();
+    if (page && !router.GetViewOnDuty() && !router.GetEditorOnDuty()) page->setFocus();
 }
 
 void ProjectArea::Follow(const host::Message& message) {

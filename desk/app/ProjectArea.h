@@ -48,6 +48,7 @@ private:
     void Add(const ProjectDocumentRef& document);
     void Remove(const ProjectDocumentRef& document);
     void Follow(const host::Message& message);
+    void TakeKeyboardOfPanel();
     /// Empty for a project that needs none.
     ProjectLooks::Look PrepareHolderLook(const ProjectDocumentRef& document, bool isAnnounced);
     int FindTab(const ProjectDocument* document) const;

@@ -15,11 +15,14 @@
 #include "desk/project/lock/LockHolder.h"
 #include "desk/project/production/BreakLock.h"
 #include "desk/project/production/Production.h"
+#include "desk/project/production/TrashMoves.h"
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/SystemReveal.h"
+#include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
 #include "host/project/ProjectLockFile.h"
+#include "host/project/SharedProjectsManager.h"
 
 namespace desk {
 namespace {
@@ -27,7 +30,7 @@ namespace {
 constexpr int kCommands[] = {kCommandOpenProject,        kCommandSaveProject,      kCommandSaveAllProjects,
                              kCommandSaveProjectAsCopy,  kCommandReloadProject,    kCommandCloseProject,
                              kCommandCloseOtherProjects, kCommandCloseAllProjects, kCommandToggleReadOnly,
-                             kCommandBreakLock,          kCommandRevealProject};
+                             kCommandBreakLock,          kCommandRevealProject,    kCommandTrashProject};
 
 CommandStatus Enabled(bool isEnabled) {
     return {.mIsKnown = true, .mIsEnabled = isEnabled, .mText = {}};
@@ -101,6 +104,9 @@ void ProjectCommands::AddFileCommands() {
         [this](ProjectDocuments& documents) { documents.ReloadProject(Active()); });
     Add(kCommandRevealProject, whenOpen,
         [this](ProjectDocuments&) { host::RevealAndSelectFile(Active()->GetProjectPath()); });
+    Add(
+        kCommandTrashProject, [this] { return Enabled(MayMoveToTrash()); },
+        [this](ProjectDocuments&) { TryToMoveToTrash({Active()->GetProjectPath()}); });
 }
 
 void ProjectCommands::AddCloseCommands() {
@@ -141,6 +147,12 @@ void ProjectCommands::Open() const {
                                          host::ZString("$$$/Desk/Projects/Kind=Projects"), u"*.zuproj");
     for (const host::UTF16String& path : paths)
         if (host::DocumentManager* manager = host::DocumentManager::Instance()) manager->OpenProject(path);
+}
+
+bool ProjectCommands::MayMoveToTrash() const {
+    if (!Active() || !CanMoveToTrash() || mArea.IsActiveDocumentHeld()) return false;
+    const host::UTF16String path = Active()->GetProjectPath();
+    return host::IsWithinCurrentZuProductionFolder(path) && !host::IsInZuProductionTrash(path, true);
 }
 
 void ProjectCommands::CloseOthers() const {

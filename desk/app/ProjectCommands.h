@@ -20,6 +20,7 @@ private:
     void AddLockCommands();
     ProjectDocumentRef Active() const;
     void Open() const;
+    bool MayMoveToTrash() const;
     void CloseOthers() const;
     void ToggleReadOnly() const;
     /// The project whose lock is to be broken: what is selected in the production or, while the keyboard is in

@@ -72,9 +72,11 @@ protected:
     void DestroySelf() override;
 };
 
-/// Announced (later) on `kStation_WindowClosing` while a panel's view is being destroyed.
+/// Announced (later) on `kStation_WindowClosing` by a panel whose view is being destroyed: the host gives the
+/// keyboard to the project in front, if the panel had it.
 class ZUHOST_API HandlerWindowClosingMessage : public MessageTemplate<HandlerWindowClosingMessage> {
 public:
+    /// `handlerID`: the panel's.
     explicit HandlerWindowClosingMessage(UTF16String handlerID);
     ~HandlerWindowClosingMessage() override;
     const UTF16String& GetHandlerID() const { return mHandlerID; }

@@ -83,8 +83,10 @@ ZUHOST_API void CopyDirectoryTree(const UTF16String& from, const UTF16String& to
 
 namespace Scripting {
 
-/// Installs the function by which scripts and the host move items of the production to its trash; an empty
-/// function takes it away. The host calls it on the UI thread only. UI thread.
+/// Installs the function by which scripts and the host move items of the production to its trash, as for an
+/// open project from the menu of its tab; an empty function takes it away. The host calls it on the UI thread
+/// only, with absolute paths. It asks what there is to ask and tells what failed; the items that may not move
+/// stay. UI thread.
 ZUHOST_API void SetTryToMoveToSharedProjectsTrashFn(std::function<void(const UTF16StringVec& paths)> fn);
 
 }  // namespace Scripting

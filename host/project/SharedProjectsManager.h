@@ -19,8 +19,10 @@ ZUHOST_API UTF16String GetSharedProjectsManagerFolderPath();
 /// Judges the normalised path only. UI thread.
 ZUHOST_API bool IsWithinCurrentZuProductionFolder(const UTF16String& path);
 
-/// Installs the function by which the host pauses (true) and resumes (false) the panel's directory
-/// updates around its own work in the production; an empty function takes it away. UI thread.
+/// Installs the function by which the host pauses (true) and resumes (false) the panel's directory updates
+/// around its own work in the production: while items move, or are copied by `CopyItems`, the panel's rows stay
+/// as they are, and change in one step after that. Calls do not nest. An empty function takes it away. UI
+/// thread.
 ZUHOST_API void SetSharedProjectsNotifyPauseFn(std::function<void(bool pause)> fn);
 
 /// The category of the production's usage events. Any thread.

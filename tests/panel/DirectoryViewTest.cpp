@@ -239,7 +239,6 @@ TEST_F(DirectoryViewTest, NothingReachesTheRowsWhileUpdatesArePaused) {
         DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kLockedColumnID);
         ASSERT_TRUE(Shows({"Closed", "Reels", "  A", "Reel 1"}));
         desk::Production::Instance().PausePanelUpdates(true);
-        desk::Production::Instance().PausePanelUpdates(true);
         Make({"Reel 2", "Reels/B", "Reels/Gone"});
         OtherUserLocks("Reel 1", u"a colleague");
         Tree()->OpenRow(RowOf("Closed").get());

@@ -100,6 +100,8 @@ ItemOperation::ItemOperation(Verb verb, Telling telling, const std::vector<host:
 std::vector<host::ItemOutcome> ItemOperation::Run() {
     if (mItems.empty()) return {};
     const ScGiveUpTogether together;
+    // All that has moved shows in one step, not row by row.
+    mPaused.emplace();
     RunLongWork(MakeTitle(), [this](WorkProgress& progress) { Work(progress); });
     return Conclude();
 }
@@ -118,6 +120,7 @@ std::vector<host::ItemOutcome> ItemOperation::Conclude() {
     TryOwnLocksAgain();
     GiveUpLeftLocks();
     LookAgain();
+    mPaused.reset();
     Announce();
     std::vector<host::ItemOutcome> outcomes;
     for (const Item& item : mItems) outcomes.push_back(item.mOutcome);

@@ -10,6 +10,7 @@
 
 #include "desk/files/copy/ItemCopier.h"
 #include "desk/project/production/MoveLocks.h"
+#include "desk/project/production/Production.h"
 #include "host/core/Export.h"
 #include "host/project/ItemOperations.h"
 
@@ -124,6 +125,8 @@ private:
     const Verb mVerb;
     const Telling mTelling;
     std::vector<Item> mItems;
+    /// While a command runs that the user waits for.
+    std::optional<ScPausePanelUpdates> mPaused;
     /// Empty when nothing moves to the trash.
     std::string mTrashFolder;
     std::string mProductionFolder;

@@ -30,7 +30,9 @@ void Production::Close() {
 }
 
 void Production::PausePanelUpdates(bool pause) {
-    if (mPauseFunction) mPauseFunction(pause);
+    const bool wasPaused = mPauses > 0;
+    mPauses += pause ? 1 : -1;
+    if (mPauseFunction && wasPaused != (mPauses > 0)) mPauseFunction(pause);
 }
 
 }  // namespace desk

@@ -21,13 +21,23 @@ public:
     bool IsOpen() const { return !mFolder.empty(); }
     const host::UTF16String& GetFolder() const { return mFolder; }
 
-    /// Pauses and resumes the panel's updates, by the function that the panel installed.
+    /// Pauses and resumes the panel's updates, by the function that the panel installed. Calls nest.
     void PausePanelUpdates(bool pause);
     void SetPauseFunction(std::function<void(bool)> function) { mPauseFunction = std::move(function); }
 
 private:
     host::UTF16String mFolder;
+    int mPauses = 0;
     std::function<void(bool)> mPauseFunction;
+};
+
+/// While it lives, the panel's rows stay as they are. UI thread.
+class ScPausePanelUpdates {
+public:
+    ScPausePanelUpdates() { Production::Instance().PausePanelUpdates(true); }
+    ~ScPausePanelUpdates() { Production::Instance().PausePanelUpdates(false); }
+    ScPausePanelUpdates(const ScPausePanelUpdates&) = delete;
+    ScPausePanelUpdates& operator=(const ScPausePanelUpdates&) = delete;
 };
 
 }  // namespace desk

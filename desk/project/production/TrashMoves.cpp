@@ -14,6 +14,10 @@ std::function<void(const host::UTF16StringVec&)> sTryToMoveToTrash;
 
 }  // namespace
 
+bool CanMoveToTrash() {
+    return static_cast<bool>(sTryToMoveToTrash);
+}
+
 bool TryToMoveToTrash(const host::UTF16StringVec& paths) {
     // It may be taken away while it runs.
     const auto function = sTryToMoveToTrash;

@@ -13,6 +13,7 @@
 #include "desk/toolkit/Theme.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "host/framework/CommandIdentifiers.h"
+#include "host/framework/TabView.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 namespace desk {
@@ -83,6 +84,11 @@ TEST_F(ProjectAreaTest, ShowsAProjectFromOpeningToClosing) {
     EXPECT_EQ(Titles(), Titled{"Reel 1"});
     EXPECT_EQ(Text(), "one\ntwo\nthree");
     EXPECT_FALSE(IsEnabled(kCommandSaveProject));
+    EXPECT_FALSE(IsEnabled(kCommandTrashProject)) << "there is no panel";
+    CommandRouter::Instance().SetOnDuty(nullptr, nullptr);
+    QApplication::focusWidget()->clearFocus();
+    host::BroadcastMessage(host::kStation_WindowClosing, host::HandlerWindowClosingMessage(u"of a panel"));
+    EXPECT_TRUE(Tabs().isAncestorOf(QApplication::focusWidget()));
 
     Type("zero ");
     EXPECT_EQ(Titles(), Titled{"Reel 1 •"});
