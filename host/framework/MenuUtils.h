@@ -18,6 +18,7 @@ public:
     static Menu Load(std::string_view menuID);
 
     bool IsValid() const { return !mID.empty(); }
+    /// Empty for no menu.
     const std::string& GetID() const { return mID; }
 
 private:

@@ -62,6 +62,7 @@ private:
 /// A view inside another view.
 class ZUHOST_API SubView : public View {
 public:
+    /// `parent` is asked for the commands that this view does not answer; null for none.
     explicit SubView(Commander* parent);
     ~SubView() override;
 

@@ -31,6 +31,7 @@ public:
     MediaBrowserDirectoryView(ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager);
     ~MediaBrowserDirectoryView() override;
 
+    /// The tree that shows the rows; lives as long as the view, never null.
     MediaBrowserMultiColumnTree* GetTree() const;
 
     /// The full path of a row's item; empty for a row that is not (or no longer) in the map.
@@ -111,17 +112,27 @@ protected:
     /// Forgets a row. Called for each row that is removed, those below it first.
     virtual void RemoveRowFromMaps(const RowRef& row);
 
+    /// True for a row that shows a triangle: a folder's. The base goes by the rows below it and by
+    /// `HasCustomChild`.
     virtual bool CanRowHaveChildren(const RowRef& row) const;
+    /// True for a row that may be opened now. The base asks `CanRowHaveChildren`.
     virtual bool CanOpenRow(const RowRef& row) const;
+    /// True for the row of a whole volume, and of what holds volumes. The base answers false.
     virtual bool RowIsVolume(const RowRef& row) const;
     virtual bool RowIsVolumeContainer(const RowRef& row) const;
 
+    // What the tree's callbacks tell (`UI_MultiColumnTree`).
+
+    /// The base opens or closes the row.
     virtual void OnRowDoubleClicked(const RowRef& row, Point point);
+    /// The base draws nothing.
     virtual void OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row, unsigned column,
                                  const RectT<float>& cell);
+    /// The base does nothing.
     virtual void OnRowSelectionChanged(const RowVec& rows);
     /// The base asks for the content of an opened row that has none, and for what changed while it was closed.
     virtual void OnRowOpenStateChanged(const RowRef& row, bool open);
+    /// The base has no menu and answers false.
     virtual bool OnRowContextMenu(const RowRef& row, Point point);
     /// Fits the columns to the view's new width. The base gives spare width to the first column.
     virtual void ResizeColumns();

@@ -46,6 +46,7 @@ public:
     /// Removes rows with everything below them, in one step.
     void RemoveRows(const RowVec& rows);
     void RemoveAllRows();
+    /// The top-level rows as they are sorted, appended ones that were not laid out yet at the end.
     const std::vector<RowRef>& GetTopLevelRows() const;
 
     /// Sorts all rows by the sort column: asks each row's sort key once, then compares. Keeps selection,
@@ -56,8 +57,12 @@ public:
 
     /// Opens a row that may have children; the row's open-state callback is called before it returns.
     void OpenRow(UI_MultiColumnTreeRow* row);
+    /// The same for closing; selected rows below it are deselected, open ones below it stay open for when it is
+    /// opened again. Nothing for a row that is closed.
     void CloseRow(UI_MultiColumnTreeRow* row);
+    /// `UI_MultiColumnTreeRow::IsOpen`; false for null.
     bool IsRowOpen(const UI_MultiColumnTreeRow* row) const;
+    /// Lets the row show a disclosure triangle although it has no child rows; false by default.
     void SetRowHasCustomChild(UI_MultiColumnTreeRow* row, bool hasCustomChild);
     /// Rows may have children at all; true by default.
     void SetAllowChildren(bool allow);
@@ -72,18 +77,23 @@ public:
     void SelectRow(UI_MultiColumnTreeRow* row, bool deselectOthers, bool scrollIntoView, bool notify);
     /// Makes `rows` the selection; large numbers of rows are selected in one step.
     void SelectRows(const RowVec& rows);
+    /// Leaves no row selected; with `notify` the selection-changed callback is called.
     void DeselectAllRows(bool notify);
     /// The selected rows in the order in which they were selected.
     RowVec GetSelectedRows() const;
     std::size_t CountSelectedRows() const;
+    /// The user may select several rows, by Ctrl, Shift and Select All; false by default.
     void SetSupportMultipleSelections(bool support);
+    /// The user may deselect the last selected row; true by default.
     void SetSupportNoneSelected(bool support);
+    /// A click beside the rows deselects all, if none may be selected; false by default.
     void SetSupportDeselectAllOnEmptyTreeClick(bool support);
 
     // Visibility and scrolling.
 
     /// The opened rows, in display order.
     RowVec GetOpenedRows() const;
+    /// How many they are, without looking at each.
     std::size_t CountOpenedRows() const;
     /// The opened row at an index; empty when there is none.
     RowRef GetOpenedRow(int index) const;
@@ -95,6 +105,7 @@ public:
     /// Scrolls as little as needed to show the row wholly, `margin` view units from the edge; opens the rows
     /// above it when `openAncestors` is set; glides there with `animate`.
     void ScrollRowIntoView(UI_MultiColumnTreeRow* row, bool animate, float margin, bool openAncestors);
+    /// What of the rows is in the visible area now.
     UI_ScrollView GetScrollView() const;
     /// The opened row at the top edge of the visible area, or where that will be when the tree is shown; empty
     /// when there are no rows.
@@ -112,6 +123,7 @@ public:
 
     /// With false the tree leaves all keys alone, as while a name is edited; true by default.
     void EnableKeyboardEvents(bool enable);
+    /// What `EnableKeyboardEvents` has set.
     bool AreKeyboardEventsEnabled() const;
     /// The tree's editor of cells; lives as long as the tree.
     UI_CellEditor& GetCellEditor() const;
@@ -127,12 +139,17 @@ public:
 
     // Appearance.
 
+    /// What `SetRowHeight` has set; 25 at first.
     float GetRowHeight() const;
     /// Row height in view units; also the measure of indentation, triangles and header text. Keeps the first
     /// visible row in place.
     void SetRowHeight(float height);
+    /// Empty until one is set.
     RefPtr<UI_MultiColumnTreeHeaderRow> GetHeaderRow() const;
+    /// Gives the tree its columns, by a header row that was made for it; the cells of the columns before are
+    /// gone.
     void SetHeaderRow(RefPtr<UI_MultiColumnTreeHeaderRow> headerRow);
+    /// Lines below rows and beside columns; at first only those below rows.
     void SetDrawGridLines(bool horizontal, bool vertical);
     /// Where the busy spinner stands: 0 in the top right corner, 1 in the centre.
     void SetSpinnerAlignment(int alignment);

@@ -22,6 +22,7 @@ class ZUHOST_API UI_MultiColumnTreeHeaderRow : public RefCounted {
 public:
     struct Impl;
 
+    /// For `tree`, whose `SetHeaderRow` it is then given to. Without columns at first.
     explicit UI_MultiColumnTreeHeaderRow(UI_MultiColumnTree& tree);
     ~UI_MultiColumnTreeHeaderRow() override;
 
@@ -50,6 +51,7 @@ public:
     /// Lets the user move columns by dragging; with `pinFirst` all but the first position.
     void SetAllowColumnMovingByUser(bool allow, bool pinFirst);
 
+    /// 0 while there is no column.
     ColumnID GetSortColumn() const;
     bool IsSortDirectionAscending() const;
     /// Set the sort column and direction and sort the tree anew, later in the same turn of the event loop.
@@ -57,6 +59,7 @@ public:
     /// the sort column as it is.
     void SetSortColumn(ColumnID column);
     void SetSortDirection(bool ascending);
+    /// Shows beside the sort column's title which way it is sorted; not shown by default.
     void ShowSortIndicator(bool show);
 
     /// The comparison of two sort keys (see `UI_MultiColumnTree::SetCellSortDataFunction`): true when the

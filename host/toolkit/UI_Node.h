@@ -31,9 +31,12 @@ public:
     /// The node's rectangle in its container, in view units. Setting it calls `UI_SizeChanged` with the
     /// rectangle at position 0,0 when the size has changed or was never set.
     void UI_SetBounds(const RectT<float>& bounds);
+    /// What `UI_SetBounds` has set; all 0 before.
     RectT<float> UI_GetBounds() const;
 
+    /// Shows or hides the node with all that is in it; shown by default.
     void UI_Show(bool show);
+    /// What `UI_Show` has set: a shown node in a hidden container is nowhere to be seen.
     bool UI_IsShown() const;
 
     /// Starts a timer of this node: `UI_DoTimerNotify` is called every `seconds` (over 0) until the timer is
@@ -71,8 +74,11 @@ public:
 
     /// Adds a node that stands in no container.
     void AddChild(RefPtr<UI_Node> child);
+    /// Takes a child out and lets go of it; nothing for a node that is no child of this one.
     void RemoveChild(UI_Node* child);
+    /// The same for all children, the front one first.
     void RemoveAllChildren();
+    /// In the order in which they were added.
     const std::vector<RefPtr<UI_Node>>& GetChildren() const;
 
 protected:

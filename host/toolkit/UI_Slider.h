@@ -18,6 +18,7 @@ public:
     void SetRange(double minimum, double maximum);
     /// Sets the value, clamped to the range; does not call the change notifications.
     void SetValue(double value);
+    /// Within the range; the range's minimum at first.
     double GetValue() const;
     /// Size of the thumb in view units.
     void SetThumbSize(float width, float height);
