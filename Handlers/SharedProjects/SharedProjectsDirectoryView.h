@@ -75,8 +75,9 @@ public:
     /// user has selected something meanwhile, selection and scroll position are left alone.
     void UpdateFromStateData(const StateData& state, bool waitForRoot);
 
-    /// True when one row is selected, and its item may get another name.
-    bool CanRenameSelection() const;
+    /// Why the selection cannot be renamed now: a sentence for the user; empty when one row is selected, and
+    /// its item may get another name.
+    UTF16String DescribeWhySelectionIsNotRenamed() const;
     /// Has the user edit the name of the first selected row in place.
     void RenameSelection();
 

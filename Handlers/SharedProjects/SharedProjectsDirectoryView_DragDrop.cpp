@@ -27,7 +27,7 @@ bool AreAllProjects(const OS_ReceiveData& received) {
 
 /// May leave its folder, as far as is known.
 bool MayMove(const UTF16String& path) {
-    return IsWithinCurrentZuProductionFolder(path) && Utils::CanBeRenamed(path);
+    return IsWithinCurrentZuProductionFolder(path) && Utils::DescribeWhyNotRenamed(path).empty();
 }
 
 void TellOnlyProjects() {

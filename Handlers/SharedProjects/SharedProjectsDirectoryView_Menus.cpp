@@ -1,6 +1,8 @@
 // Context menus, and the keys that the view itself answers.
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
+#include "host/core/Localizer.h"
+#include "host/core/UserNotice.h"
 #include "host/toolkit/UI_KeyboardEvent.h"
 
 namespace HandlerSharedProjects {
@@ -17,7 +19,9 @@ bool SharedProjectsDirectoryView::OnRowContextMenu(const RowRef& row, Point poin
     if (types & Utils::kPathTypeTrashFolder)
         HandleContextMenuTrash(point);
     else if (types & Utils::kPathTypeInTrash)
-        return true;
+        TellInStatusBar(ZString(
+            "$$$/Vantor/Handlers/ZuProductionFolder/NoMenuInTrash=There is no menu for what is in the trash. "
+            "Drag it to another folder to use it again."));
     else if (areMixed)
         HandleContextMenuMixed(point);
     else if (types & Utils::kPathTypeFile)
@@ -57,7 +61,8 @@ bool SharedProjectsDirectoryView::UI_DoKeyboardEvent(UI_Node* node, const UI_Key
     const bool isRename = (key == kKey_Return || key == kKey_Enter) && event.GetModKey() == 0;
     if (!isRename || !IsOneVisibleRowSelected())
         return MediaBrowserDirectoryView::UI_DoKeyboardEvent(node, event);
-    if (CanRenameSelection()) RenameSelection();
+    const UTF16String reason = DescribeWhySelectionIsNotRenamed();
+    reason.empty() ? RenameSelection() : TellInStatusBar(reason);
     return true;
 }
 

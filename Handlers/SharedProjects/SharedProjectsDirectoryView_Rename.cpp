@@ -49,9 +49,11 @@ UTF16String FollowFolder(const UTF16String& path, const UTF16String& from, const
 
 }  // namespace
 
-bool SharedProjectsDirectoryView::CanRenameSelection() const {
+UTF16String SharedProjectsDirectoryView::DescribeWhySelectionIsNotRenamed() const {
     const RowVec rows = GetTree()->GetSelectedRows();
-    return rows.size() == 1 && Utils::CanBeRenamed(GetRowPath(rows.front().get()));
+    if (rows.size() == 1) return Utils::DescribeWhyNotRenamed(GetRowPath(rows.front().get()));
+    return ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/RenameOne=Only one item can be renamed at a time.");
 }
 
 void SharedProjectsDirectoryView::RenameSelection() {
@@ -87,7 +89,8 @@ bool SharedProjectsDirectoryView::UI_DoTimerNotify(UI_TimerID id) {
 
 /// What was selected since is not meant.
 void SharedProjectsDirectoryView::RenameIfAlone(const RowRef& row) {
-    if (row && GetTree()->GetSelectedRows() == RowVec{row} && CanRenameSelection()) InstallNameEditText(row);
+    if (row && GetTree()->GetSelectedRows() == RowVec{row} && DescribeWhySelectionIsNotRenamed().empty())
+        InstallNameEditText(row);
 }
 
 void SharedProjectsDirectoryView::RenameLater(const RowRef& row) {

@@ -3,6 +3,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/core/UserNotice.h"
 #include "host/files/PathUtils.h"
 #include "host/project/OpenProjects.h"
 
@@ -83,7 +84,12 @@ void SharedProjectsSearchResultsView::OnRowSelectionChanged(const RowVec&) {
 bool SharedProjectsSearchResultsView::OnRowContextMenu(const RowRef& row, Point point) {
     mItems.SelectForContextMenu(row);
     const int types = row ? Utils::GetPathTypes(mItems.GetSelectedPaths()) : 0;
-    if ((types & ~Utils::kPathTypeFolder) == Utils::kPathTypeFile) HandleContextMenuProject(point);
+    if ((types & ~Utils::kPathTypeFolder) == Utils::kPathTypeFile)
+        HandleContextMenuProject(point);
+    else if (row)
+        TellInStatusBar(ZString(
+            "$$$/Vantor/Handlers/ZuProductionFolder/NoMenuForHit=Among search results only projects outside the trash "
+            "have a menu. Press Escape in the tree to see the folders again."));
     return true;
 }
 

@@ -272,7 +272,7 @@ const UTF16StringVec& SharedProjectsTabView::GetKnownSelection() const {
 
 void SharedProjectsTabView::ForgetKnownSelection() {
     mKnownSelection.reset();
-    mCanSelectionGoToTrash.reset();
+    mWhySelectionStays.reset();
 }
 
 void SharedProjectsTabView::UpdateControlEnabledStatesLater() {

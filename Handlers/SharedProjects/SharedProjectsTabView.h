@@ -84,6 +84,7 @@ public:
     ~SharedProjectsTabView() override;
 
     bool FindCommandStatus(int id, bool& enabled, bool& checked, MenuMark& mark, UTF16String& text) override;
+    UTF16String DescribeWhyDisabled(int id) override;
     bool ObeyCommand(const Command& command) override;
     void ListenToMessage(const Message& message) override;
 
@@ -107,8 +108,9 @@ public:
     UTF16StringVec GetSelectedNonRedundantPaths() const;
     /// The paths of the selection, for the status of commands: kept until the selection or a row changes.
     const UTF16StringVec& GetKnownSelection() const;
-    /// True when all of the selection may go to the trash, as far as is known; kept likewise.
-    bool CanSelectionGoToTrash() const;
+    /// Why not all of the selection may go to the trash, as far as is known: a sentence for the user; empty
+    /// when it may. Kept likewise.
+    const UTF16String& DescribeWhySelectionStays() const;
     /// Those of them that may be moved to the trash; `reasons` becomes a sentence for each of the others that
     /// says why not. May wait for the volume. Throws `FileException` when the user cancelled looking into a
     /// folder.
@@ -213,7 +215,7 @@ private:
     /// From 0 to 1.
     double mZoomAmount = 0;
     mutable std::optional<UTF16StringVec> mKnownSelection;
-    mutable std::optional<bool> mCanSelectionGoToTrash;
+    mutable std::optional<UTF16String> mWhySelectionStays;
     RefPtr<QueueOnlyOnce> mQueuedControlUpdate;
     bool mIsTreeChangeQueued = false;
     UTF16String mPreviousSearchText;

@@ -3,6 +3,7 @@
 
 #include "Handlers/SharedProjects/SharedProjectsCommands.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
+#include "host/core/Localizer.h"
 #include "host/framework/CommandIdentifiers.h"
 
 namespace HandlerSharedProjects {
@@ -18,11 +19,11 @@ const PanelCommand* FindPanelCommand(int id) {
 }
 
 CommandStatus IsAlwaysEnabled(const SharedProjectsTabView&) {
-    return true;
+    return UTF16String();
 }
 
 CommandStatus OnSelectCommandStatus(const SharedProjectsTabView& panel) {
-    return panel.IsCreated();
+    return EnabledIf(panel.IsCreated(), kNoProductionIsOpen);
 }
 
 bool OnSelectAllCommand(SharedProjectsTabView& panel) {
@@ -55,6 +56,10 @@ bool OnZoomCommand(SharedProjectsTabView& panel) {
 
 }  // namespace
 
+CommandStatus EnabledIf(bool isPossible, const char* reasonKey, std::initializer_list<UTF16String> names) {
+    return isPossible ? UTF16String() : ZString(reasonKey, names);
+}
+
 std::span<const PanelCommand> GetViewCommands() {
     using Items = SharedProjectsItemTree;
     static constexpr PanelCommand kCommands[] = {
@@ -75,11 +80,17 @@ bool SharedProjectsTabView::FindCommandStatus(int id, bool& enabled, bool& check
     const PanelCommand* command = FindPanelCommand(id);
     const CommandStatus status = command ? command->mStatus(*this) : CommandStatus();
     if (!status) return CommandHandler::FindCommandStatus(id, enabled, checked, mark, text);
-    enabled = *status;
+    enabled = status->empty();
     checked = false;
     mark = MenuMark::None;
     if (enabled && command->mText) text = command->mText(*this);
     return true;
+}
+
+UTF16String SharedProjectsTabView::DescribeWhyDisabled(int id) {
+    const PanelCommand* command = FindPanelCommand(id);
+    const CommandStatus status = command ? command->mStatus(*this) : CommandStatus();
+    return status ? *status : CommandHandler::DescribeWhyDisabled(id);
 }
 
 bool SharedProjectsTabView::ObeyCommand(const Command& command) {

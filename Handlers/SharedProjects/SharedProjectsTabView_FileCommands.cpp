@@ -149,10 +149,21 @@ void CopyBesideThemselves(const UTF16StringVec& paths, UTF16StringVec& copies) {
     }
 }
 
-bool CanCreateItems(const SharedProjectsTabView& panel) {
+CommandStatus FindCreationStatus(const SharedProjectsTabView& panel) {
     const UTF16StringVec& selected = panel.GetKnownSelection();
-    if (selected.empty()) return !SharedProjectsHandler::GetRootDirectory().empty();
-    return selected.size() == 1 && !IsInZuProductionTrash(selected.front(), true);
+    if (selected.empty())
+        return EnabledIf(!SharedProjectsHandler::GetRootDirectory().empty(), kNoProductionIsOpen);
+    if (selected.size() > 1)
+        return ZString(
+            "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/SeveralPlaces=Several items are selected. Select the one "
+            "folder or project that shows where the new item belongs.");
+    return EnabledIf(
+        !IsInZuProductionTrash(selected.front(), true),
+        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/PlaceInTrash=Nothing new can be put into the trash.");
+}
+
+bool CanCreateItems(const SharedProjectsTabView& panel) {
+    return FindCreationStatus(panel)->empty();
 }
 
 /// The selected folder, or the folder that holds the selected project; without a selection the production's.
@@ -166,7 +177,7 @@ UTF16String GetTargetFolder(const SharedProjectsTabView& panel) {
 
 CommandStatus OnNewFolderCommandStatus(const SharedProjectsTabView& panel) {
     if (!panel.IsCreated()) return {};
-    return CanCreateItems(panel);
+    return FindCreationStatus(panel);
 }
 
 bool OnNewFolderCommand(SharedProjectsTabView& panel) {
@@ -183,10 +194,6 @@ bool OnNewFolderCommand(SharedProjectsTabView& panel) {
     return true;
 }
 
-CommandStatus OnNewProjectCommandStatus(const SharedProjectsTabView& panel) {
-    return CanCreateItems(panel);
-}
-
 bool OnNewProjectCommand(SharedProjectsTabView& panel) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents || !CanCreateItems(panel)) return true;
@@ -196,10 +203,6 @@ bool OnNewProjectCommand(SharedProjectsTabView& panel) {
     panel.SetDeferredRenameRowPath(path);
     panel.ShowCreatedItems({path});
     return true;
-}
-
-CommandStatus OnAddProjectCommandStatus(const SharedProjectsTabView& panel) {
-    return CanCreateItems(panel);
 }
 
 bool OnAddProjectCommand(SharedProjectsTabView& panel) {
@@ -216,7 +219,7 @@ bool OnAddProjectCommand(SharedProjectsTabView& panel) {
 
 CommandStatus OnDeleteItemCommandStatus(const SharedProjectsTabView& panel) {
     if (!panel.IsCreated()) return {};
-    return panel.CanSelectionGoToTrash();
+    return panel.DescribeWhySelectionStays();
 }
 
 bool OnDeleteItemCommand(SharedProjectsTabView& panel) {
@@ -226,7 +229,7 @@ bool OnDeleteItemCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnRevealRootInSystemCommandStatus(const SharedProjectsTabView&) {
-    return !SharedProjectsHandler::GetRootDirectory().empty();
+    return EnabledIf(!SharedProjectsHandler::GetRootDirectory().empty(), kNoProductionIsOpen);
 }
 
 bool OnRevealRootInSystemCommand(SharedProjectsTabView&) {
@@ -235,8 +238,8 @@ bool OnRevealRootInSystemCommand(SharedProjectsTabView&) {
     return true;
 }
 
-CommandStatus OnRevealItemInSystemCommandStatus(const SharedProjectsTabView& panel) {
-    return !panel.GetKnownSelection().empty();
+CommandStatus FindSelectionStatus(const SharedProjectsTabView& panel) {
+    return EnabledIf(!panel.GetKnownSelection().empty(), kNothingIsSelected);
 }
 
 bool OnRevealItemInSystemCommand(SharedProjectsTabView& panel) {
@@ -249,18 +252,17 @@ bool OnRevealItemInSystemCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnRenameItemCommandStatus(const SharedProjectsTabView& panel) {
-    if (!panel.AreTreeViewsCreated()) return false;
-    const SharedProjectsTreeView& trees = panel.GetTreeView();
-    return trees.GetViewType() == TreeViewType::DirectoryView && trees.GetDirectoryView()->CanRenameSelection();
+    if (panel.GetKnownSelection().empty()) return ZString(kNothingIsSelected);
+    if (panel.GetTreeView().GetViewType() == TreeViewType::SearchResultsView)
+        return ZString(
+            "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/RenameHit=Nothing can be renamed among the results of a "
+            "search.");
+    return panel.GetTreeView().GetDirectoryView()->DescribeWhySelectionIsNotRenamed();
 }
 
 bool OnRenameItemCommand(SharedProjectsTabView& panel) {
     if (panel.AreTreeViewsCreated()) panel.GetTreeView().GetDirectoryView()->RenameSelection();
     return true;
-}
-
-CommandStatus OnMakeACopyCommandStatus(const SharedProjectsTabView& panel) {
-    return !panel.GetKnownSelection().empty();
 }
 
 bool OnMakeACopyCommand(SharedProjectsTabView& panel) {
@@ -280,12 +282,12 @@ bool OnMakeACopyCommand(SharedProjectsTabView& panel) {
 std::span<const PanelCommand> GetFileCommands() {
     static constexpr PanelCommand kCommands[] = {
         {CommandID::kNewFolder, OnNewFolderCommandStatus, OnNewFolderCommand},
-        {CommandID::kNewProject, OnNewProjectCommandStatus, OnNewProjectCommand},
-        {CommandID::kAddProject, OnAddProjectCommandStatus, OnAddProjectCommand},
+        {CommandID::kNewProject, FindCreationStatus, OnNewProjectCommand},
+        {CommandID::kAddProject, FindCreationStatus, OnAddProjectCommand},
         {CommandID::kRenameItem, OnRenameItemCommandStatus, OnRenameItemCommand},
         {CommandID::kRevealRootInSystem, OnRevealRootInSystemCommandStatus, OnRevealRootInSystemCommand},
-        {CommandID::kRevealItemInSystem, OnRevealItemInSystemCommandStatus, OnRevealItemInSystemCommand},
-        {CommandID::kMakeACopy, OnMakeACopyCommandStatus, OnMakeACopyCommand},
+        {CommandID::kRevealItemInSystem, FindSelectionStatus, OnRevealItemInSystemCommand},
+        {CommandID::kMakeACopy, FindSelectionStatus, OnMakeACopyCommand},
         {CommandID::kMoveToTrash, OnDeleteItemCommandStatus, OnDeleteItemCommand},
     };
     return kCommands;
@@ -298,9 +300,11 @@ void SharedProjectsTabView::ShowCreatedItems(const UTF16StringVec& paths) {
     mTreeView->GetDirectoryView()->SelectWhenShown(paths);
 }
 
-bool SharedProjectsTabView::CanSelectionGoToTrash() const {
-    if (!mCanSelectionGoToTrash) mCanSelectionGoToTrash = Utils::CanAllBeDeleted(GetKnownSelection());
-    return *mCanSelectionGoToTrash;
+const UTF16String& SharedProjectsTabView::DescribeWhySelectionStays() const {
+    if (!mWhySelectionStays)
+        mWhySelectionStays = GetKnownSelection().empty() ? ZString(kNothingIsSelected)
+                                                         : Utils::DescribeWhyNotDeleted(GetKnownSelection());
+    return *mWhySelectionStays;
 }
 
 UTF16StringVec SharedProjectsTabView::GetDeleteableSelectedPaths(UTF16StringVec& reasons) const {

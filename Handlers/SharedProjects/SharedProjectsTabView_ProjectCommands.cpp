@@ -17,6 +17,15 @@ namespace {
 
 using ProjectVec = std::vector<ProjectRef>;
 
+constexpr char kNothingToRefresh[] =
+    "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NothingToRefresh=Only a project that is open read-only, and has "
+    "changed on the volume since, can be refreshed.";
+constexpr char kNotAllAreOpen[] =
+    "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NotAllOpen=Not all that is selected is an open project.";
+constexpr char kTheyDiffer[] =
+    "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/TheyDiffer=Some of the selected projects are read-only, others are "
+    "not.";
+
 /// The open projects of the production, those too that were opened through a link from elsewhere.
 ProjectVec GetOpenProjectsOfProduction() {
     ProjectVec projects = GetOpenProjectList();
@@ -41,30 +50,39 @@ ProjectVec FindOpenAmong(const UTF16StringVec& paths) {
     return projects;
 }
 
-/// What Toggle Lock would find; of read-only projects that somebody else has locked none can be switched.
-enum class ToggleLockState { Disabled, LockedReadOnly, ReadOnly, Writable };
+/// What Toggle Lock would find.
+struct ToggleLockState {
+    CommandStatus mStatus;
+    bool mIsReadOnly = true;
+};
 
 ToggleLockState GetToggleLockState(const UTF16StringVec& paths) {
-    if (!DocumentManager::Instance() || paths.empty()) return ToggleLockState::Disabled;
-    bool isAnyLocked = false;
-    std::optional<bool> isReadOnly;
+    if (!DocumentManager::Instance() || paths.empty()) return {ZString(kNoOpenProjectIsSelected)};
+    ToggleLockState state{UTF16String()};
     for (const UTF16String& path : paths) {
         ProjectRef project;
-        if (!IsProjectOpen(path, project)) return ToggleLockState::Disabled;
-        if (isReadOnly.value_or(project->IsReadOnly()) != project->IsReadOnly())
-            return ToggleLockState::Disabled;
-        isReadOnly = project->IsReadOnly();
-        isAnyLocked |= Utils::IsALockedProject(path);
+        if (!IsProjectOpen(path, project))
+            return {ZString(paths.size() == 1 ? kNoOpenProjectIsSelected : kNotAllAreOpen)};
+        const bool isFirst = &path == &paths.front();
+        if (!isFirst && state.mIsReadOnly != project->IsReadOnly()) return {ZString(kTheyDiffer)};
+        state.mIsReadOnly = project->IsReadOnly();
+        // Of read-only projects that somebody else has locked none can be switched.
+        if (state.mStatus->empty()) state.mStatus = Utils::DescribeWhyHeld(path);
     }
-    if (!*isReadOnly) return ToggleLockState::Writable;
-    return isAnyLocked ? ToggleLockState::LockedReadOnly : ToggleLockState::ReadOnly;
+    if (!state.mIsReadOnly) state.mStatus = UTF16String();
+    return state;
 }
 
 CommandStatus OnOpenProjectCommandStatus(const SharedProjectsTabView& panel) {
-    return DocumentManager::Instance() &&
-           std::ranges::any_of(panel.GetKnownSelection(), [](const UTF16String& path) {
-               return !PathUtils::IsDirectory(path) && !IsProjectOpen(path);
-           });
+    const UTF16StringVec& selected = panel.GetKnownSelection();
+    const auto isClosed = [](const UTF16String& path) { return !IsProjectOpen(path); };
+    if (std::ranges::all_of(selected, PathUtils::IsDirectory))
+        return ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NoProject=No project is selected.");
+    const bool isAnyClosed = std::ranges::any_of(
+        selected, [&](const UTF16String& path) { return !PathUtils::IsDirectory(path) && isClosed(path); });
+    return EnabledIf(
+        DocumentManager::Instance() && isAnyClosed,
+        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/OpenAlready=What is selected is open already.");
 }
 
 bool OnOpenProjectCommand(SharedProjectsTabView& panel) {
@@ -76,7 +94,8 @@ bool OnOpenProjectCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnCloseProjectCommandStatus(const SharedProjectsTabView& panel) {
-    return DocumentManager::Instance() && IsAnyOpen(panel.GetKnownSelection());
+    return EnabledIf(DocumentManager::Instance() && IsAnyOpen(panel.GetKnownSelection()),
+                     kNoOpenProjectIsSelected);
 }
 
 bool OnCloseProjectCommand(SharedProjectsTabView& panel) {
@@ -85,7 +104,9 @@ bool OnCloseProjectCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnCloseAllOtherProjectsCommandStatus(const SharedProjectsTabView& panel) {
-    return DocumentManager::Instance() && OpenProjectCount() > 1 && IsAnyOpen(panel.GetKnownSelection());
+    if (!IsAnyOpen(panel.GetKnownSelection())) return ZString(kNoOpenProjectIsSelected);
+    return EnabledIf(DocumentManager::Instance() && OpenProjectCount() > 1,
+                     "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NoOther=No other project is open.");
 }
 
 bool OnCloseAllOtherProjectsCommand(SharedProjectsTabView& panel) {
@@ -94,7 +115,10 @@ bool OnCloseAllOtherProjectsCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnCloseAllProjectsCommandStatus(const SharedProjectsTabView&) {
-    return !GetOpenProjectsOfProduction().empty();
+    return EnabledIf(
+        !GetOpenProjectsOfProduction().empty(),
+        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NoneOfProduction=No project of this production "
+        "is open.");
 }
 
 bool OnCloseAllProjectsCommand(SharedProjectsTabView&) {
@@ -103,8 +127,9 @@ bool OnCloseAllProjectsCommand(SharedProjectsTabView&) {
 }
 
 CommandStatus OnRefreshProjectCommandStatus(const SharedProjectsTabView& panel) {
-    return DocumentManager::Instance() && OpenProjectCount() > 0 &&
-           std::ranges::any_of(panel.GetKnownSelection(), Utils::IsRefreshable);
+    return EnabledIf(DocumentManager::Instance() && OpenProjectCount() > 0 &&
+                         std::ranges::any_of(panel.GetKnownSelection(), Utils::IsRefreshable),
+                     kNothingToRefresh);
 }
 
 bool OnRefreshProjectCommand(SharedProjectsTabView& panel) {
@@ -117,9 +142,11 @@ bool OnRefreshProjectCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnRefreshAllProjectsCommandStatus(const SharedProjectsTabView&) {
-    return std::ranges::any_of(GetOpenProjectsOfProduction(), [](const ProjectRef& project) {
-        return project->IsReadOnly() && Utilities::IsProjectOutOfDate(project);
-    });
+    const bool isAnyOutOfDate =
+        std::ranges::any_of(GetOpenProjectsOfProduction(), [](const ProjectRef& project) {
+            return project->IsReadOnly() && Utilities::IsProjectOutOfDate(project);
+        });
+    return EnabledIf(isAnyOutOfDate, kNothingToRefresh);
 }
 
 bool OnRefreshAllProjectsCommand(SharedProjectsTabView&) {
@@ -134,7 +161,12 @@ bool OnRefreshAllProjectsCommand(SharedProjectsTabView&) {
 
 CommandStatus OnSaveAllProjectsCommandStatus(const SharedProjectsTabView&) {
     const ProjectVec projects = GetOpenProjectsOfProduction();
-    return !std::ranges::all_of(projects, [](const ProjectRef& project) { return project->IsReadOnly(); });
+    const bool isAnyWritable =
+        !std::ranges::all_of(projects, [](const ProjectRef& project) { return project->IsReadOnly(); });
+    return EnabledIf(
+        isAnyWritable,
+        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NoneWritable=No project of this production is "
+        "open for editing.");
 }
 
 bool OnSaveAllProjectsCommand(SharedProjectsTabView&) {
@@ -146,17 +178,15 @@ bool OnSaveAllProjectsCommand(SharedProjectsTabView&) {
 }
 
 CommandStatus OnToggleLockCommandStatus(const SharedProjectsTabView& panel) {
-    const ToggleLockState state = GetToggleLockState(panel.GetKnownSelection());
-    return state == ToggleLockState::ReadOnly || state == ToggleLockState::Writable;
+    return GetToggleLockState(panel.GetKnownSelection()).mStatus;
 }
 
 /// What Toggle Lock would do.
 UTF16String GetToggleLockCommandText(const SharedProjectsTabView& panel) {
-    const ToggleLockState state = GetToggleLockState(panel.GetKnownSelection());
     return Localizer::Get()->Localize(
-        state == ToggleLockState::Writable
-            ? "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadOnlyMode=Read-Only Mode"
-            : "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadWriteMode=Read-Write Mode");
+        GetToggleLockState(panel.GetKnownSelection()).mIsReadOnly
+            ? "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadWriteMode=Read-Write Mode"
+            : "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadOnlyMode=Read-Only Mode");
 }
 
 bool OnToggleLockCommand(SharedProjectsTabView& panel) {

@@ -45,6 +45,11 @@ bool IsRefreshable(const UTF16String& path);
 /// for the volume.
 bool IsALockedProject(const UTF16String& path);
 
+/// Why nobody here may change the item now, as far as is known: a sentence for the user; empty when one may. A
+/// project is held that somebody else has locked, and a folder that is known to hold one. For items of listed
+/// folders it does not wait for the volume.
+UTF16String DescribeWhyHeld(const UTF16String& path);
+
 // Moving, copying, trashing. All may wait for the volume and for the user; events go on being handled
 // meanwhile.
 
@@ -85,6 +90,9 @@ void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPro
 /// somebody else has locked nor a folder that is known to hold one. Of folders that no view has listed nothing
 /// is known. For items of listed folders it does not wait for the volume.
 bool CanAllBeDeleted(const UTF16StringVec& paths);
+/// Why not all of `paths` may go there: a sentence for the user about the first that may not; empty when all
+/// may.
+UTF16String DescribeWhyNotDeleted(const UTF16StringVec& paths);
 
 /// True for `folder` itself and what lies in it at any depth; both normalised. Touches no disk.
 bool IsAtOrBelow(const UTF16String& path, const UTF16String& folder);
@@ -94,10 +102,8 @@ bool IsInTrash(const UTF16String& path, bool includeTrashFolder);
 
 // Names that users give.
 
-/// True for an item that may get another name, as far as is known: not for the trash folder, nor for a project
-/// that somebody else has locked and a folder that is known to hold one. For items of listed folders it does
-/// not wait for the volume.
-bool CanBeRenamed(const UTF16String& path);
+/// Why an item may not get another name: as `DescribeWhyHeld`, and the trash folder keeps its name.
+UTF16String DescribeWhyNotRenamed(const UTF16String& path);
 
 /// `name` without the blanks around it: slips of the keyboard, which could not be seen.
 UTF16String TrimBlanks(const UTF16String& name);
@@ -122,7 +128,8 @@ void TellHiddenName(const char* titleKey, const char* textKey, const UTF16String
 UTF16StringVec AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths,
                                                    const UTF16String& destinationFolder);
 
-/// Opens the project at `path` with the host's questions; nothing for one in the trash. May wait for the volume
+/// Opens the project at `path` with the host's questions; of one in the trash the status bar says that nothing
+/// is opened from there. May wait for the volume
 /// and for the user.
 void OpenProjectOutsideTrash(const UTF16String& path);
 

@@ -1,6 +1,7 @@
 // Projects that move, with their locks.
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "Handlers/SharedProjects/SharedProjectsTraceSite.h"
-#include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ItemOperations.h"
 #include "host/project/OpenProjects.h"
@@ -82,6 +83,23 @@ void UpdatePathsOfOpenProjectsAndLockFiles(const UTF16String& oldFolder, const U
         project->SetProjectPath(PathUtils::ToNormalizedPath(newPath));
         TakeLockAnew(*project, newPath);
     }
+}
+
+UTF16String DescribeWhyHeld(const UTF16String& path) {
+    const UTF16String name = Columns::GetPathDisplayName(path);
+    if (IsALockedProject(path)) {
+        const UTF16String lock = DescribeProjectLock(path);
+        return lock.empty()
+                   ? ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/Locked=“@0” is in use.", {name})
+                   : ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/Held=“@0” is in use. @1",
+                             {name, lock});
+    }
+    if (PathUtils::IsDirectory(path) && DoesDirectoryContainLockedProjects(path, true, true))
+        return ZString(
+            "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/FolderHeld=“@0” holds a project that somebody else has "
+            "open.",
+            {name});
+    return {};
 }
 
 bool IsALockedProject(const UTF16String& path) {

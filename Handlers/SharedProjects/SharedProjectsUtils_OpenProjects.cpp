@@ -2,8 +2,10 @@
 #include <optional>
 #include <vector>
 
-#include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
+#include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/core/UserNotice.h"
 #include "host/files/FileException.h"
 #include "host/files/FileSearch.h"
 #include "host/files/PathUtils.h"
@@ -74,7 +76,13 @@ bool CloseAll(DocumentManager& documents, const ProjectVec& projects, bool close
 
 void OpenProjectOutsideTrash(const UTF16String& path) {
     DocumentManager* documents = DocumentManager::Instance();
-    if (documents && !IsInTrash(path, true)) documents->OpenProject(path);
+    if (IsInTrash(path, true))
+        TellInStatusBar(
+            ZString("$$$/Vantor/Desk/Project/InTrash=“@0” is in the trash. Nothing is opened from "
+                    "there; move it to another folder first.",
+                    {Columns::GetPathDisplayName(path)}));
+    else if (documents)
+        documents->OpenProject(path);
 }
 
 bool CloseOpenProjectsInList(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst) {

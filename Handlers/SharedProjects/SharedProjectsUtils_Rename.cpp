@@ -3,15 +3,16 @@
 #include "host/core/Localizer.h"
 #include "host/dialogs/MessageBox.h"
 #include "host/files/PathUtils.h"
-#include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
 
 namespace HandlerSharedProjects::Utils {
 
-bool CanBeRenamed(const UTF16String& path) {
-    return !IsTheZuProductionTrashDirectory(path) && !IsALockedProject(path) &&
-           !(PathUtils::IsDirectory(path) && DoesDirectoryContainLockedProjects(path, true, true));
+UTF16String DescribeWhyNotRenamed(const UTF16String& path) {
+    if (IsTheZuProductionTrashDirectory(path))
+        return ZString(
+            "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/TheTrash=The trash keeps its name and its place.");
+    return DescribeWhyHeld(path);
 }
 
 UTF16String TrimBlanks(const UTF16String& name) {

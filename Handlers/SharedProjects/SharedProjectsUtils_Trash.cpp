@@ -2,8 +2,9 @@
 #include <algorithm>
 #include <map>
 
-#include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/FoldASCII.h"
+#include "host/core/Localizer.h"
 #include "host/core/Logging.h"
 #include "host/files/Dir.h"
 #include "host/files/FileUtils.h"
@@ -74,9 +75,10 @@ UTF16StringVec MoveAll(const UTF16StringVec& paths, const UTF16String& trashFold
     return stayed;
 }
 
-bool CanBeDeleted(const UTF16String& path) {
-    return !IsInZuProductionTrash(path, true) && !IsALockedProject(path) &&
-           !(PathUtils::IsDirectory(path) && DoesDirectoryContainLockedProjects(path, true, true));
+UTF16String DescribeWhyItStays(const UTF16String& path) {
+    if (!IsInZuProductionTrash(path, true)) return DescribeWhyHeld(path);
+    return ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/InTrash=“@0” is in the trash already.",
+                   {Columns::GetPathDisplayName(path)});
 }
 
 }  // namespace
@@ -94,7 +96,13 @@ void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPro
 }
 
 bool CanAllBeDeleted(const UTF16StringVec& paths) {
-    return !paths.empty() && std::ranges::all_of(paths, CanBeDeleted);
+    return !paths.empty() && DescribeWhyNotDeleted(paths).empty();
+}
+
+UTF16String DescribeWhyNotDeleted(const UTF16StringVec& paths) {
+    for (const UTF16String& path : paths)
+        if (UTF16String reason = DescribeWhyItStays(path); !reason.empty()) return reason;
+    return {};
 }
 
 bool IsInTrash(const UTF16String& path, bool includeTrashFolder) {

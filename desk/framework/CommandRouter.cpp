@@ -101,7 +101,7 @@ CommandStatus CommandRouter::FindStatus(int commandID) const {
     }
 }
 
-host::UTF16String CommandRouter::DescribeWhyDisabled(int commandID) const {
+host::UTF16String CommandRouter::FindWhyDisabled(int commandID) const {
     try {
         for (const Step step : {Step::Editor, Step::View, Step::Handler, Step::Main}) {
             host::CommandHandler* commander = FindCommander(step, nullptr);
@@ -111,6 +111,12 @@ host::UTF16String CommandRouter::DescribeWhyDisabled(int commandID) const {
     } catch (...) {
         host::LogCurrentException(__PRETTY_FUNCTION__);
     }
+    return {};
+}
+
+host::UTF16String CommandRouter::DescribeWhyDisabled(int commandID) const {
+    host::UTF16String reason = FindWhyDisabled(commandID);
+    if (!reason.empty()) return reason;
     return host::ZString("$$$/Desk/Menus/CannotAct=This command cannot act on what is selected now.");
 }
 

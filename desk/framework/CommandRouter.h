@@ -43,8 +43,10 @@ public:
     host::TabView* GetViewOnDuty() const { return mView; }
 
     CommandStatus FindStatus(int commandID) const;
-    /// Why a command that is disabled cannot be carried out: what the commander says that decides on it, else
-    /// that it cannot act on what is selected.
+    /// Why a command that is disabled cannot be carried out: what the commander says that decides on it; empty
+    /// when none says anything.
+    host::UTF16String FindWhyDisabled(int commandID) const;
+    /// The same, or else that it cannot act on what is selected.
     host::UTF16String DescribeWhyDisabled(int commandID) const;
     /// Carries the command out; false when nobody did. Exceptions are logged. While long work is under way
     /// (`RunLongWork`) nothing is carried out.

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "desk/core/log/Log.h"
+#include "desk/core/log/UserNotice.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/core/settings/JsonFile.h"
 #include "desk/framework/CommandRouter.h"
@@ -197,10 +198,20 @@ std::vector<const DeclaredCommand*> Shortcuts::FindActiveCommands(const QKeySequ
 
 void Shortcuts::Activate(const QKeySequence& key) const {
     CommandRouter& router = CommandRouter::Instance();
-    for (const DeclaredCommand* command : FindActiveCommands(key)) {
+    const bool isHeld = mHeldKey && mHeldKey->IsHeld();
+    const std::vector<const DeclaredCommand*> commands = FindActiveCommands(key);
+    for (const DeclaredCommand* command : commands) {
         if (!router.FindStatus(command->mID).mIsEnabled) continue;
-        if (!mHeldKey || !mHeldKey->IsHeld() || IsRepeating(*command)) router.Send(command->mID);
+        if (!isHeld || IsRepeating(*command)) router.Send(command->mID);
         return;
+    }
+    if (!isHeld) TellWhyDisabled(commands);
+}
+
+void Shortcuts::TellWhyDisabled(const std::vector<const DeclaredCommand*>& commands) {
+    for (const DeclaredCommand* command : commands) {
+        const host::UTF16String reason = CommandRouter::Instance().FindWhyDisabled(command->mID);
+        if (!reason.empty()) return TellUser(reason);
     }
 }
 

@@ -83,6 +83,8 @@ private:
     std::vector<const Context*> GetActiveContexts() const;
     void Refresh();
     void Activate(const QKeySequence& key) const;
+    /// Whoever presses the key of a grey command is told what its menu entry would tell.
+    static void TellWhyDisabled(const std::vector<const DeclaredCommand*>& commands);
     void LogUnknownNames() const;
 
     std::map<std::string, std::unique_ptr<Context>, std::less<>> mContexts;

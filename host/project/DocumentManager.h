@@ -23,7 +23,8 @@ public:
     /// Opens the project at `path`, or brings it to the front when it is open. Takes its lock; when somebody
     /// else holds it, the user chooses to open it read-only, to open a copy, or not at all. False when neither
     /// it nor a copy is open afterwards; then no lock file is left. A symbolic link to a project is that
-    /// project: it needs the locks of both, is saved through, and is not opened a second time.
+    /// project: it needs the locks of both, is saved through, and is not opened a second time. Nothing is
+    /// opened from the production's trash; the status bar says so.
     virtual bool OpenProject(const UTF16String& path) = 0;
 
     /// Writes the project to its file, whole or not at all, once its lock has been read again. Where that

@@ -61,6 +61,7 @@ protected:
         EXPECT_FALSE(status.mIsKnown && (checked || mark != MenuMark::None)) << commandID;
         return status;
     }
+    std::string WhyNot(int commandID) { return UTF16to8(mTabView->DescribeWhyDisabled(commandID)); }
     bool IsEnabled(int commandID) { return StatusOf(commandID).mIsEnabled; }
 
     desk::CopyQueue mCopies;

@@ -12,7 +12,10 @@ protected:
     IDs EnabledOf(const IDs& commands) {
         IDs enabled;
         for (const int command : commands)
-            if (IsEnabled(command)) enabled.push_back(command);
+            if (IsEnabled(command))
+                enabled.push_back(command);
+            else
+                EXPECT_FALSE(WhyNot(command).empty()) << command;
         return enabled;
     }
     void NewFolder(const UTF16String& name) {
@@ -66,6 +69,7 @@ TEST_F(CommandsTest, StatusesFollowSelectionAndProjects) {
     Settle();
     EXPECT_EQ(EnabledOf({kOpen, kClose, kToggleLock, kCloseAllOthers}),
               (IDs{kClose, kToggleLock, kCloseAllOthers}));
+    EXPECT_EQ(WhyNot(kOpen), "What is selected is open already.");
     // One read-only, one not: they cannot be switched together.
     ASSERT_TRUE(mDocuments.SetProjectReadOnly(FindDocument("B"), true));
     Select({"A", "B"});
@@ -250,7 +254,13 @@ TEST_F(CommandsTest, OpensClosesAndSaves) {
     ASSERT_TRUE(Shows({"A", "B", "C", "Trash"}));
     OpenFolder("Trash");
     DoubleClick("C");
-    DoubleClick("Trash/Old");
+    {
+        const ExpectLogged told("“Old” is in the trash.");
+        DoubleClick("Trash/Old");
+        Select({"Trash/Old"});
+        Send(kOpen);
+        EXPECT_EQ(told.Count(), 2) << "one answer, whoever asks";
+    }
     EXPECT_TRUE(IsOpen("C") && OpenProjectCount() == 1);
     Send(kCloseAll);
     EXPECT_EQ(OpenProjectCount(), 0);

@@ -71,20 +71,28 @@ TEST_F(HandsTest, EachSelectionHasItsMenu) {
     EXPECT_EQ(menuAt("Reels"), "Make a Copy|Reveal in File Browser");
     Select({"A", "Trash"});
     EXPECT_EQ(menuAt("A"), "Reveal in File Browser|Reveal in File Browser");
-    EXPECT_EQ(menuAt("Trash/Old"), "");
+    {
+        const ExpectLogged told("There is no menu for what is in the trash");
+        EXPECT_EQ(menuAt("Trash/Old"), "");
+    }
     EXPECT_EQ(MenuAt(TreeWidget(), EmptyPlaceIn(TreeWidget())), "New Project|Select All");
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{});
     TypeSearch(QStringLiteral("b"));
     QTreeView& hits = SearchTreeWidget();
     EXPECT_EQ(MenuAt(hits, {60, 35}), "Open Project|Reveal in File Browser");
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{"B"});
-    EXPECT_EQ(MenuAt(hits, {60, 10}), "") << "a folder";
+    {
+        const ExpectLogged told("Among search results only projects");
+        EXPECT_EQ(MenuAt(hits, {60, 10}), "") << "a folder";
+    }
     EXPECT_EQ(MenuAt(hits, EmptyPlaceIn(hits)), "");
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{});
 }
 
 TEST_F(HandsTest, ReturnRenamesOneRowThatIsSeen) {
-    OpenProductionWith({"A", "B"});
+    Make({"A", "B", "Held"});
+    OtherUserLocks("Held");
+    OpenProduction();
     const auto isEditing = [this] {
         QTest::keyClick(&TreeWidget(), Qt::Key_Return);
         Settle();
@@ -92,6 +100,12 @@ TEST_F(HandsTest, ReturnRenamesOneRowThatIsSeen) {
     };
     Select({"A", "B"});
     EXPECT_FALSE(isEditing());
+    Select({"Held"});
+    ASSERT_TRUE(Shows([&] { return !IsEnabled(30308); }));
+    {
+        const ExpectLogged told("“Held” is in use. Locked by edit-bay-2 on machine-of-edit-bay-2 since");
+        EXPECT_FALSE(isEditing());
+    }
     Select({"A"});
     EXPECT_TRUE(isEditing());
 }

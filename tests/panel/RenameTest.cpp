@@ -103,8 +103,9 @@ TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
         Select({name});
         EXPECT_TRUE(Shows([&] { return !IsEnabled(kRename); })) << name;
     }
+    EXPECT_EQ(WhyNot(kRename), "“Day” holds a project that somebody else has open.");
     Select({"A", "B"});
-    EXPECT_FALSE(IsEnabled(kRename));
+    EXPECT_EQ(WhyNot(kRename), "Only one item can be renamed at a time.");
     Begin("A");
     Field()->clear();
     mDialogs.ExpectMessage("Invalid Name");

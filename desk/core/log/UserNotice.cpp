@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "desk/core/log/Log.h"
+#include "host/core/UserNotice.h"
 
 namespace desk {
 
@@ -16,3 +17,11 @@ void TellUser(const host::UTF16String& text) {
 }
 
 }  // namespace desk
+
+namespace host {
+
+void TellInStatusBar(const UTF16String& text) {
+    desk::TellUser(text);
+}
+
+}  // namespace host

@@ -10,6 +10,7 @@
 #include "host/core/Localizer.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
+#include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
 
 namespace desk {
@@ -35,6 +36,17 @@ void TellNotOpened(const UTF16String& path, const host::FileException& exception
         return TellNotOpened(path, host::ZString("$$$/Desk/Project/NoFile=It is not a file."), quiet);
     if (exception.SystemError() != ECANCELED) return TellNotOpened(path, ReasonOf(exception), quiet);
     if (quiet) quiet->mIsCancelled = true;
+}
+
+void TellInTrash(const UTF16String& path, ProjectDocuments::QuietOpening* quiet) {
+    const UTF16String text = host::ZString(
+        "$$$/Vantor/Desk/Project/InTrash=“@0” is in the trash. Nothing is opened from there; move it to another "
+        "folder first.",
+        {host::PathUtils::GetFilePart(path)});
+    if (quiet)
+        quiet->mReason = text;
+    else
+        TellUser(text);
 }
 
 /// The answer to `question` about the file at `filePath`; absent when it failed, which the user has been told,
@@ -75,6 +87,10 @@ bool ProjectDocuments::OpenUnlessOpen(const UTF16String& path, QuietOpening* qui
     }
     if (!host::IsVantorProjectFile(path)) {
         TellNotOpened(path, host::ZString("$$$/Desk/Project/NoProject=It is not a project."), quiet);
+        return false;
+    }
+    if (host::IsInZuProductionTrash(path, true)) {
+        TellInTrash(path, quiet);
         return false;
     }
     if (!mOpening.insert(path).second) return false;

@@ -33,6 +33,10 @@ public:
         enabled = found->second;
         return true;
     }
+    host::UTF16String DescribeWhyDisabled(int id) override {
+        const auto found = mCommands.find(id);
+        return found == mCommands.end() || found->second ? host::UTF16String() : u"not now";
+    }
     bool ObeyCommand(const host::Command& command) override {
         Note(std::to_string(command.GetID()));
         return mCommands.contains(command.GetID()) || Base::ObeyCommand(command);
