@@ -187,9 +187,17 @@ void ProjectArea::Follow(const host::Message& message) {
     else if (news->GetWhat() == What::Recovered)
         GetPage(index)->TakeRecoveredText();
     else
-        GetPage(index)->UpdateState();
+        UpdateState(index);
     mHolderLooks.LookNow(news->GetDocument());
     UpdateTab(index);
+}
+
+void ProjectArea::UpdateState(int index) {
+    ProjectPage& page = *GetPage(index);
+    const bool wasReadOnly = page.IsShownReadOnly();
+    page.UpdateState();
+    // Who has asked to write the project in front writes next.
+    if (wasReadOnly && !page.IsShownReadOnly() && index == mTabs->currentIndex()) page.setFocus();
 }
 
 /// While nothing has been announced, who holds the project that shows is all that anybody sees.

@@ -57,6 +57,7 @@ private:
     ProjectPage* GetFrontPage() const;
     /// The editor of the project in front; null when it shows no text.
     QPlainTextEdit* FindFrontEditor() const;
+    void UpdateState(int index);
     void UpdateTab(int index);
     void TabChanged();
     void CloseTab(int index);

@@ -190,10 +190,14 @@ void ProjectPage::UpdateState() {
     mOutOfDate->setVisible(mDocument->IsOutOfDate());
     mRecovered->SetText(DescribeRecovery(*mDocument));
     mRecovered->setVisible(mDocument->IsRecovered());
-    if (isReadOnly && mReadOnly->isHidden() && mLockLost->isHidden()) mIsHeld = mIsFree = false;
+    if (isReadOnly && !IsShownReadOnly()) mIsHeld = mIsFree = false;
     mLockLost->setVisible(isLost);
     mReadOnly->setVisible(isReadOnly && !isLost);
     ShowHolder();
+}
+
+bool ProjectPage::IsShownReadOnly() const {
+    return !mReadOnly->isHidden() || !mLockLost->isHidden();
 }
 
 void ProjectPage::TakeLocks(const std::vector<StandingLock>& locks) {

@@ -34,6 +34,8 @@ public:
     void TakeRecoveredText();
     /// Dirty, read-only or out of date may have changed.
     void UpdateState();
+    /// As of the last `UpdateState`.
+    bool IsShownReadOnly() const;
     /// A look at a project that is open read-only, or whose lock was lost, has found these locks.
     void TakeLocks(const std::vector<StandingLock>& locks);
     /// True when the last look has found that somebody else holds the project, which is open read-only.

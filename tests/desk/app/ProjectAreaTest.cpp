@@ -136,7 +136,9 @@ TEST_F(ProjectAreaTest, SaysWhyAProjectCannotBeEdited) {
     EXPECT_EQ(Notices(), "Read-only.");
     EXPECT_TRUE(AreButtonsLegible() && !IsEnabled(kCommandBreakLock));
     EXPECT_EQ(CommandRouter::Instance().FindStatus(kCommandToggleReadOnly).mText, u"Read-Write Mode");
+    Editor().clearFocus();
     Choose(kCommandToggleReadOnly);
+    EXPECT_EQ(mArea.focusWidget(), &Editor()) << "what comes next is text";
     EXPECT_EQ(Titles(), Titled{"Reel 1"});
     EXPECT_EQ(Notices(), "");
     Type("x");
