@@ -111,11 +111,16 @@ void SharedProjectsDirectoryView::DropRows(const UTF16StringVec& paths, const UT
     if (!std::ranges::all_of(paths, MayMove) || !IsDropValid(paths, destination)) return;
     const bool isToTrash = IsTheZuProductionTrashDirectory(destination);
     Utils::LogUsage("DirectoryTree", isToTrash ? "Trash" : "DragDrop");
-    mItems.SelectNextWhenSelectionHasGone();
-    if (isToTrash)
-        Utils::MoveToSharedProjectsTrash(paths, false, true);
-    else
-        Utils::CopyFiles(paths, destination, true, false);
+    if (isToTrash) {
+        mItems.SelectNextWhenSelectionHasGone();
+        return Utils::MoveToSharedProjectsTrash(paths, false, true);
+    }
+    Utils::CopyReport report;
+    Utils::CopyFiles(paths, destination, true, false, report);
+    Utils::TellMoved(report.mDone, destination);
+    UTF16StringVec newPlaces;
+    for (const PlannedItem& item : report.mDone) newPlaces.push_back(item.mDestination);
+    if (!newPlaces.empty()) SelectWhenShown(newPlaces);
 }
 
 }  // namespace HandlerSharedProjects

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "host/core/FoldASCII.h"
 #include "host/core/Geometry.h"
@@ -77,9 +78,20 @@ void UpdatePathsOfOpenProjectsAndLockFiles(const UTF16String& oldFolder, const U
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames);
 
-/// The same; `stayed` becomes the sources that are known to stand as they did.
+/// What has become of items that were to be copied or moved.
+struct CopyReport {
+    /// The sources that are known to stand as they did.
+    UTF16StringVec mStayed;
+    /// Those that were copied or moved, with their new places.
+    std::vector<PlannedItem> mDone;
+};
+
+/// The same; `report` becomes what has come of it.
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
-               bool makeUniqueNames, UTF16StringVec& stayed);
+               bool makeUniqueNames, CopyReport& report);
+
+/// Says in the status bar what was moved into `folder`; nothing of no items.
+void TellMoved(const std::vector<PlannedItem>& items, const UTF16String& folder);
 
 /// Moves items to the production's trash, which is made when there is none; names that are taken there get free
 /// ones. Projects among and inside them that are open are closed first (see `CloseOpenProjectsInList`, which

@@ -1,7 +1,7 @@
 // Projects from outside, copied into the production.
 #include <algorithm>
 
-#include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/Localizer.h"
 #include "host/dialogs/MessageBox.h"
 #include "host/files/PathUtils.h"
@@ -31,12 +31,16 @@ void TellTheyAreInTheProduction(bool areSeveral) {
     MessageBox(title, text, kMessageBoxOK, kMessageBoxIconInformation, 0);
 }
 
-bool AskWhetherToCopy(Workspace& workspace) {
+bool AskWhetherToCopy(Workspace& workspace, const UTF16String& folder) {
     const UTF16String title =
         ZString("$$$/Vantor/Handlers/ZuProductionFolder/AddProjectsDialog/Title=Add Projects to Production");
-    const UTF16String text = ZString(
+    const UTF16String question = ZString(
         "$$$/Vantor/Handlers/ZuProductionFolder/AddProjectsDialog/Message=A new copy of the chosen projects "
         "will be added to the selected folder inside the Production. Would you like to continue?");
+    const UTF16String place =
+        ZString("$$$/Vantor/Handlers/ZuProductionFolder/AddProjectsDialog/Folder=Folder: “@0”",
+                {Columns::GetPathDisplayName(PathUtils::AddTrailingSlash(folder))});
+    const UTF16String text = question + u"\n\n" + place;
     const UTF16String copy = ZString("$$$/Vantor/Handlers/ZuProductionFolder/AddProjectsDialog/Copy=Copy");
     const UTF16String cancel =
         ZString("$$$/Vantor/Handlers/ZuProductionFolder/AddProjectsDialog/Cancel=Cancel");
@@ -76,7 +80,7 @@ UTF16StringVec AddProjectsToZuProductionWithPrompt(const UTF16StringVec& paths,
         return {};
     }
     Workspace* workspace = Workspace::Instance().GetPtr();
-    if (!workspace || !AskWhetherToCopy(*workspace)) return {};
+    if (!workspace || !AskWhetherToCopy(*workspace, destinationFolder)) return {};
     UTF16StringVec copies = GetExpectedCopies(paths, destinationFolder);
     AddProjectsToZuProduction(paths, destinationFolder);
     ShowProgressPanel(*workspace);

@@ -1,9 +1,10 @@
 // Copies and moves of files and folders: first checked, then done.
 #include <map>
 
-#include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/core/UserNotice.h"
 #include "host/dialogs/MessageBox.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
@@ -130,23 +131,24 @@ void NoteMove(const PlannedItem& item, const ItemOutcome& outcome) {
 
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames) {
-    UTF16StringVec stayed;
-    return CopyFiles(sources, destinationFolder, move, makeUniqueNames, stayed);
+    CopyReport report;
+    return CopyFiles(sources, destinationFolder, move, makeUniqueNames, report);
 }
 
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
-               bool makeUniqueNames, UTF16StringVec& stayed) {
-    stayed = sources;
+               bool makeUniqueNames, CopyReport& report) {
+    report = {sources, {}};
     try {
         Planner planner(destinationFolder);
         planner.Add(FindCandidates(sources, destinationFolder), makeUniqueNames);
         if (!planner.HaveAllPassed()) return false;
         const std::vector<PlannedItem> plan = planner.Get();
         const std::vector<ItemOutcome> outcomes = move ? MoveItems(plan) : CopyItems(plan);
-        stayed.clear();
+        report.mStayed.clear();
         for (std::size_t i = 0; i < plan.size(); ++i) {
             if (move) NoteMove(plan[i], outcomes[i]);
-            if (outcomes[i].HasStayed()) stayed.push_back(plan[i].mSource);
+            if (outcomes[i].mResult == ItemOutcome::Result::Done) report.mDone.push_back(plan[i]);
+            if (outcomes[i].HasStayed()) report.mStayed.push_back(plan[i].mSource);
         }
         for (const ItemOutcome& outcome : outcomes)
             if (outcome.mFailure) throw FileException(*outcome.mFailure);
@@ -155,6 +157,17 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
         LogException(exception, __PRETTY_FUNCTION__);
         return false;
     }
+}
+
+void TellMoved(const std::vector<PlannedItem>& items, const UTF16String& folder) {
+    if (items.empty()) return;
+    const UTF16String place = Columns::GetPathDisplayName(PathUtils::AddTrailingSlash(folder));
+    if (items.size() == 1)
+        return TellInStatusBar(ZString("$$$/Vantor/Handlers/ZuProductionFolder/Moved=“@0” was moved to “@1”.",
+                                       {Columns::GetPathDisplayName(items.front().mSource), place}));
+    const UTF16String count = NumberToString(static_cast<long long>(items.size()));
+    TellInStatusBar(ZString("$$$/Vantor/Handlers/ZuProductionFolder/MovedSeveral=@0 items were moved to “@1”.",
+                            {count, place}));
 }
 
 }  // namespace HandlerSharedProjects::Utils

@@ -1,5 +1,6 @@
 // The production's trash: deleting is moving there.
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
@@ -63,16 +64,17 @@ std::vector<UTF16StringVec> SplitByName(const UTF16StringVec& paths) {
     return batches;
 }
 
-/// Returns the items that have stayed. What fails or is cancelled ends all.
-UTF16StringVec MoveAll(const UTF16StringVec& paths, const UTF16String& trashFolder) {
-    UTF16StringVec stayed;
+/// What fails or is cancelled ends all.
+CopyReport MoveAll(const UTF16StringVec& paths, const UTF16String& trashFolder) {
+    CopyReport all;
     bool goesOn = true;
     for (const UTF16StringVec& batch : SplitByName(paths)) {
-        UTF16StringVec left = batch;
-        if (goesOn) goesOn = CopyFiles(batch, trashFolder, true, true, left);
-        stayed.insert(stayed.end(), left.begin(), left.end());
+        CopyReport report{batch, {}};
+        if (goesOn) goesOn = CopyFiles(batch, trashFolder, true, true, report);
+        std::ranges::copy(report.mStayed, std::back_inserter(all.mStayed));
+        std::ranges::copy(report.mDone, std::back_inserter(all.mDone));
     }
-    return stayed;
+    return all;
 }
 
 UTF16String DescribeWhyItStays(const UTF16String& path) {
@@ -89,10 +91,11 @@ void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPro
     // A project is not closed for a move that cannot begin.
     if (!open.empty() && !trashFolder.empty() && !CanMoveItemsTo(paths, trashFolder)) return;
     if (!CloseOpenProjectsInList(paths, closeWithoutPrompt, saveFirst)) return;
-    UTF16StringVec stayed = paths;
+    CopyReport report{paths, {}};
     if (!trashFolder.empty() && MakeSureOfFolder(trashFolder))
-        TellTogether([&] { stayed = MoveAll(paths, trashFolder); });
-    OpenAgain(open, stayed);
+        TellTogether([&] { report = MoveAll(paths, trashFolder); });
+    TellMoved(report.mDone, trashFolder);
+    OpenAgain(open, report.mStayed);
 }
 
 bool CanAllBeDeleted(const UTF16StringVec& paths) {
