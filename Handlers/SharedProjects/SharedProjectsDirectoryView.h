@@ -1,7 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <set>
+#include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsFolderOpener.h"
 #include "Handlers/SharedProjects/SharedProjectsItemTree.h"
@@ -80,6 +83,10 @@ public:
     UTF16String DescribeWhySelectionIsNotRenamed() const;
     /// Has the user edit the name of the first selected row in place.
     void RenameSelection();
+    /// Ends an edit whose rows are about to go. Returns what gives the item the name that was typed, empty when
+    /// there is nothing to do: it works without this view, and may wait for the volume and for the user. Of a
+    /// name that cannot be given the status bar says so.
+    std::function<void()> EndEdit();
 
     /// Opens all folders below the row, listed or not yet; with `waitForOwnContent` after the row's own content
     /// has come, if that is to come. Nothing happens while folders are being opened.
@@ -92,6 +99,8 @@ public:
     /// they are in is opened. They become the selection in place of the present one; once the user has selected
     /// something else, those that are still to come are left alone. A newer call drops an older one.
     void SelectWhenShown(const UTF16StringVec& paths);
+    /// The same for a folder, which is opened too.
+    void OpenWhenShown(const UTF16String& folder);
     /// Selects all opened rows but the trash folder and what is in it.
     void SelectAll();
     void DeselectAll() { mItems.DeselectAll(); }
@@ -142,6 +151,7 @@ private:
     void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
                          const ContentDelivery& delivery);
     void OpenFoldersOfAwaitedItems();
+    void Await(const UTF16StringVec& paths);
     void SelectAwaitedRows();
     void SelectDeferredRenameRow(const UTF16String& directoryPath, const ContentDelivery& delivery);
     bool IsHoldingBack() const { return mPauseUpdates || mIsNameEdited; }
@@ -161,6 +171,10 @@ private:
     void OnEditEnds(UI_TextEdit& edit, int sessionEnd);
     void UpdateTextEditStatus();
     void OnRowRenameComplete(const RowRef& row, int sessionEnd, const UTF16String& typedText);
+    /// The name that the row's item is to get; empty when it keeps its own, `invalid` being the one that it
+    /// cannot have then.
+    UTF16String FindNewName(const RowRef& row, const UTF16String& typedText,
+                            std::optional<UTF16String>& invalid) const;
     void RenameProjectAndLockFiles(const UTF16String& oldPath, const UTF16String& newName);
     void RenameFolder(const UTF16String& oldPath, const UTF16String& newName);
 
@@ -196,6 +210,8 @@ private:
     /// From the beginning of an edit until its end has been dealt with.
     bool mIsNameEdited = false;
     RowRef mEditedRow;
+    /// A folder that is about to be renamed, and its new name.
+    std::optional<std::pair<UTF16String, UTF16String>> mFolderToRename;
     /// The one selected row, when the mouse button went down on it: a slow second click.
     RowRef mRowAwaitingRename;
     /// Of the rows that are being dragged over the tree: none is locked, or the trash.

@@ -6,6 +6,7 @@
 #include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/core/UserNotice.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ItemOperations.h"
@@ -40,6 +41,42 @@ void TellHiddenName(const UTF16String& name) {
         "$$$/Vantor/Handlers/ZuProduction/Rename/Hidden/Message=“@0” does not show here any more: its name "
         "begins with a dot.",
         name);
+}
+
+/// False when it stays where it is; the user has been told.
+bool MoveProject(const UTF16String& oldPath, const UTF16String& newPath) {
+    try {
+        return Utils::MoveProjectAndLockFiles(oldPath, newPath);
+    } catch (const FileException& exception) {
+        LogException(exception, __PRETTY_FUNCTION__);
+        return false;
+    }
+}
+
+bool MoveFolder(const UTF16String& oldPath, const UTF16String& newPath) {
+    const ItemOutcome outcome = MoveItems({{oldPath, newPath}}).front();
+    if (outcome.mFailure) LogException(*outcome.mFailure, __PRETTY_FUNCTION__);
+    if (outcome.mResult != ItemOutcome::Result::Done) return false;
+    Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathUtils::AddTrailingSlash(oldPath),
+                                                 PathUtils::AddTrailingSlash(newPath));
+    return true;
+}
+
+UTF16String FindNewPath(const UTF16String& oldPath, const UTF16String& newName) {
+    return PathUtils::CombinePaths(PathUtils::GetFullDirectoryPart(oldPath), newName);
+}
+
+/// Renames an item that no view shows any more.
+void GiveName(const UTF16String& oldPath, const UTF16String& newName, bool isProject) {
+    const UTF16String newPath = FindNewPath(oldPath, newName);
+    if (isProject ? MoveProject(oldPath, newPath) : MoveFolder(oldPath, newPath)) TellHiddenName(newName);
+}
+
+UTF16String DescribeKeptName(const UTF16String& path, const UTF16String& invalidName) {
+    return ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/NameDropped=“@0” keeps its name. “@1” was dropped: @2",
+        {Columns::GetPathDisplayName(path), invalidName,
+         PathUtils::DescribeInvalidFileName(invalidName, PathUtils::GetFullDirectoryPart(path))});
 }
 
 /// Where `path` lies once the folder `from` is called `to`.
@@ -148,37 +185,63 @@ void SharedProjectsDirectoryView::UpdateTextEditStatus() {
     UpdateHolding();
 }
 
+UTF16String SharedProjectsDirectoryView::FindNewName(const RowRef& row, const UTF16String& typedText,
+                                                     std::optional<UTF16String>& invalid) const {
+    const UTF16String path = row ? GetRowPath(row.get()) : UTF16String();
+    if (path.empty()) return {};
+    const UTF16String typedName = Utils::TrimBlanks(typedText);
+    const UTF16String name = IsFileRow(row) ? Utils::AddProjectExtension(typedName) : typedName;
+    const UTF16String folder = PathUtils::GetFullDirectoryPart(path);
+    // The extension counts. With it ".." would be a name, though none that anybody means.
+    for (const UTF16String& each : {name, typedName}) {
+        if (PathUtils::IsValidFileName(each, folder)) continue;
+        invalid = each;
+        return {};
+    }
+    return IsEqualFoldingASCII(name, PathUtils::GetFullFilePart(path)) ? UTF16String() : name;
+}
+
 void SharedProjectsDirectoryView::OnRowRenameComplete(const RowRef& row, int sessionEnd,
                                                       const UTF16String& typedText) {
+    if (sessionEnd == kEditEnd_Cancelled) return;
+    std::optional<UTF16String> invalid;
+    const UTF16String name = FindNewName(row, typedText, invalid);
     const UTF16String path = row ? GetRowPath(row.get()) : UTF16String();
-    if (path.empty() || sessionEnd == kEditEnd_Cancelled) return;
-    const bool isProject = IsFileRow(row);
-    const UTF16String typedName = Utils::TrimBlanks(typedText);
-    const UTF16String name = isProject ? Utils::AddProjectExtension(typedName) : typedName;
-    const UTF16String folder = PathUtils::GetFullDirectoryPart(path);
-    // With the extension ".." would be a name, though none that anybody means.
-    for (const UTF16String& each : {typedName, name})
-        if (!PathUtils::IsValidFileName(each, folder)) return TellInvalidName(each, folder);
-    if (IsEqualFoldingASCII(name, PathUtils::GetFullFilePart(path))) return;
-    if (isProject) return RenameProjectAndLockFiles(path, name);
+    if (invalid) return TellInvalidName(*invalid, PathUtils::GetFullDirectoryPart(path));
+    if (name.empty()) return;
+    if (IsFileRow(row)) return RenameProjectAndLockFiles(path, name);
+    mFolderToRename = {path, name};
     AsyncCallFromMainThread(
-        [this, path, name, lifetime = std::weak_ptr(mLifetime)] {
-            if (!lifetime.expired()) RenameFolder(path, name);
+        [this, lifetime = std::weak_ptr(mLifetime)] {
+            if (lifetime.expired()) return;
+            if (const auto folder = std::exchange(mFolderToRename, {}))
+                RenameFolder(folder->first, folder->second);
         },
         kFolderRenameSeconds);
 }
 
+std::function<void()> SharedProjectsDirectoryView::EndEdit() {
+    // The editor has gone already, but not for long enough.
+    if (const auto folder = std::exchange(mFolderToRename, {}))
+        return [folder] { GiveName(folder->first, folder->second, false); };
+    UI_CellEditor& editor = GetTree()->GetCellEditor();
+    if (!editor.GetTextEdit()) return {};
+    const RowRef row = std::exchange(mEditedRow, {});
+    const UTF16String typedText = editor.GetTextEdit()->GetValue();
+    editor.End();
+    std::optional<UTF16String> invalid;
+    const UTF16String name = FindNewName(row, typedText, invalid);
+    const UTF16String path = row ? GetRowPath(row.get()) : UTF16String();
+    if (invalid) TellInStatusBar(DescribeKeptName(path, *invalid));
+    if (name.empty()) return {};
+    return [path, name, isProject = IsFileRow(row)] { GiveName(path, name, isProject); };
+}
+
 void SharedProjectsDirectoryView::RenameProjectAndLockFiles(const UTF16String& oldPath,
                                                             const UTF16String& newName) {
-    const UTF16String newPath =
-        PathUtils::CombinePaths(PathUtils::GetFullDirectoryPart(oldPath), Utils::AddProjectExtension(newName));
+    const UTF16String newPath = FindNewPath(oldPath, Utils::AddProjectExtension(newName));
     StateData state = GetCurrentStateData();
-    try {
-        if (!Utils::MoveProjectAndLockFiles(oldPath, newPath)) return;
-    } catch (const FileException& exception) {
-        // The user has been told.
-        return LogException(exception, __PRETTY_FUNCTION__);
-    }
+    if (!MoveProject(oldPath, newPath)) return;
     // Who has ended the edit by a click on another row goes on there.
     std::ranges::replace(state.mSelectedRowPaths, oldPath, newPath);
     state.mTopVisibleRowPath.clear();
@@ -187,13 +250,9 @@ void SharedProjectsDirectoryView::RenameProjectAndLockFiles(const UTF16String& o
 }
 
 void SharedProjectsDirectoryView::RenameFolder(const UTF16String& oldPath, const UTF16String& newName) {
-    const UTF16String newPath = PathUtils::CombinePaths(PathUtils::GetFullDirectoryPart(oldPath), newName);
+    const UTF16String newPath = FindNewPath(oldPath, newName);
     StateData state = GetCurrentStateData();
-    const ItemOutcome outcome = MoveItems({{oldPath, newPath}}).front();
-    if (outcome.mFailure) return LogException(*outcome.mFailure, __PRETTY_FUNCTION__);
-    if (outcome.mResult != ItemOutcome::Result::Done) return;
-    Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathUtils::AddTrailingSlash(oldPath),
-                                                 PathUtils::AddTrailingSlash(newPath));
+    if (!MoveFolder(oldPath, newPath)) return;
     const auto follow = [&](UTF16String& path) { path = FollowFolder(path, oldPath, newPath); };
     std::ranges::for_each(state.mOpenFolderPaths, follow);
     std::ranges::for_each(state.mSelectedRowPaths, follow);

@@ -13,6 +13,17 @@ void SharedProjectsDirectoryView::OnRowSelectionChanged(const RowVec&) {
 }
 
 void SharedProjectsDirectoryView::SelectWhenShown(const UTF16StringVec& paths) {
+    Await(paths);
+    SelectAwaitedRows();
+}
+
+void SharedProjectsDirectoryView::OpenWhenShown(const UTF16String& folder) {
+    Await({folder});
+    mFoldersToOpen.insert(folder);
+    SelectAwaitedRows();
+}
+
+void SharedProjectsDirectoryView::Await(const UTF16StringVec& paths) {
     mAwaitedPaths = paths;
     mArrivedRows.clear();
     mSelectionBeforeArrival = GetTree()->GetSelectedRows();
@@ -21,7 +32,6 @@ void SharedProjectsDirectoryView::SelectWhenShown(const UTF16StringVec& paths) {
         mFoldersToOpen.insert(
             PathUtils::ToNormalizedPath(PathUtils::GetFullDirectoryPart(PathUtils::ToNormalizedPath(path))));
     mWereFoldersTried = false;
-    SelectAwaitedRows();
 }
 
 /// At first all, for the folders above them may be closed; then those whose rows have come since. Each is
@@ -42,6 +52,8 @@ void SharedProjectsDirectoryView::OpenFoldersOfAwaitedItems() {
 
 void SharedProjectsDirectoryView::SelectAwaitedRows() {
     if (mAwaitedPaths.empty()) return;
+    // Rows that have moved away are no choice of the user's.
+    std::erase_if(mSelectionBeforeArrival, [this](const RowRef& row) { return GetRowPath(row.get()).empty(); });
     if (GetTree()->GetSelectedRows() != mSelectionBeforeArrival) {
         mAwaitedPaths.clear();
         mFoldersToOpen.clear();

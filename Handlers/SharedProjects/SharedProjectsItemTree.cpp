@@ -7,6 +7,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/MenuUtils.h"
+#include "host/project/ProjectLockFile.h"
 #include "host/project/SharedProjectsManager.h"
 
 namespace HandlerSharedProjects {
@@ -36,6 +37,7 @@ void SharedProjectsItemTree::SetupTree() {
     mTree->SetSpinnerAlignment(kSpinnerInCentre);
     mTree->SetCellSortDataFunction(Utils::BindCallback(this, &Self::GetCellSortDataAsString, mLifetime));
     mTree->SetCellAccessibleTextFunction(Utils::BindCallback(this, &Self::GetCellAccessibleText, mLifetime));
+    mTree->SetCellToolTipFunction(Utils::BindCallback(this, &Self::GetCellToolTip, mLifetime));
     mTree->SetRowVisibilityChangedCallback(Utils::BindCallback(this, &Self::OnRowVisibilityChanged, mLifetime));
     mTree->SetColumnMovedCallback(Utils::BindCallback(this, &Self::OnColumnMoved, mLifetime));
     mTree->SetColumnResizedCallback(Utils::BindCallback(this, &Self::OnColumnResized, mLifetime));
@@ -275,6 +277,11 @@ UTF16String SharedProjectsItemTree::GetCellSortDataAsString(const RowRef& row, u
 
 UTF16String SharedProjectsItemTree::GetCellAccessibleText(const RowRef& row, unsigned column) {
     return Columns::GetCellAccessibleText(mHeaderRow, column, GetPathOfKind(row), GetMetadata(row));
+}
+
+UTF16String SharedProjectsItemTree::GetCellToolTip(const RowRef& row, unsigned column) {
+    const bool isLockOfProject = mHeaderRow->GetColumnAt(column) == Columns::kLockedColumnID && IsFileRow(row);
+    return isLockOfProject ? DescribeProjectLock(GetPath(row)) : UTF16String();
 }
 
 void SharedProjectsItemTree::OnSortChanged(ColumnID, bool) {

@@ -140,6 +140,7 @@ private:
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
     UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
+    UTF16String GetCellToolTip(const RowRef& row, unsigned column);
     void OnSortChanged(ColumnID column, bool ascending);
     void OnColumnMoved(unsigned from, unsigned to);
     void OnColumnResized(unsigned column, float width);

@@ -1,5 +1,7 @@
 #include "Handlers/SharedProjects/SharedProjectsSearchResultsView.h"
 
+#include <algorithm>
+
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
@@ -73,8 +75,22 @@ void SharedProjectsSearchResultsView::SelectAllProjects() {
     mItems.SelectOpenedRows([this](const RowRef& row) { return IsFileRow(row); });
 }
 
+void SharedProjectsSearchResultsView::SelectFirstHit() {
+    const RowVec rows = mTree->GetOpenedRows();
+    const auto hit = std::ranges::find_if(
+        rows, [this](const RowRef& row) { return FileSearch::IsMatch(GetItemPath(row), mShownText); });
+    if (hit == rows.end()) return;
+    mTree->SelectRow(hit->get(), true, true, true);
+}
+
 void SharedProjectsSearchResultsView::OnRowDoubleClicked(const RowRef& row, Point) {
-    if (row && PathUtils::ExistsOnDisk(GetItemPath(row), true)) mItems.OnRowDoubleClicked(row);
+    if (!row || !PathUtils::ExistsOnDisk(GetItemPath(row), true)) return;
+    const auto tabView = mTabView.lock();
+    // A folder without hits below it has nothing to open here.
+    if (tabView && !IsFileRow(row) && !row->HasChild())
+        tabView->ShowFolder(mItems.GetPath(row));
+    else
+        mItems.OnRowDoubleClicked(row);
 }
 
 void SharedProjectsSearchResultsView::OnRowSelectionChanged(const RowVec&) {

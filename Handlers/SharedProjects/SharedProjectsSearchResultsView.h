@@ -50,6 +50,8 @@ public:
     UTF16StringVec GetSelectedNonRedundantPaths() const { return mItems.GetSelectedNonRedundantPaths(); }
     void SelectRowsByPaths(const UTF16StringVec& paths) { mItems.SelectRowsByPaths(paths); }
     void SelectAllProjects();
+    /// Selects the first row whose own name matches: not one of a folder that only leads to hits.
+    void SelectFirstHit();
     void ToggleRow(const RowRef& row) { mItems.ToggleRow(row); }
     void DeselectAll() { mItems.DeselectAll(); }
     void MoveHome() { mItems.MoveHome(); }

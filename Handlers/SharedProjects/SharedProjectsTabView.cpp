@@ -162,6 +162,7 @@ void SharedProjectsTabView::CreateButtons(const Rect& bounds) {
 
 void SharedProjectsTabView::DestroySelf() {
     try {
+        if (const auto giveName = EndEdit()) giveName();
         SaveGlobalStateData();
     } catch (...) {
         LogCurrentException(__PRETTY_FUNCTION__);
@@ -186,11 +187,17 @@ void SharedProjectsTabView::DestroySelf() {
                                 kPanelClosedCommandDelaySeconds);
 }
 
+std::function<void()> SharedProjectsTabView::EndEdit() const {
+    return AreTreeViewsCreated() ? mTreeView->GetDirectoryView()->EndEdit() : std::function<void()>();
+}
+
 void SharedProjectsTabView::ListenToMessage(const Message& message) {
     if (MessageCast<MediaBrowserDirectoryViewRowDisclosureChanged>(message)) {
         OnTreeChanged();
     } else if (MessageCast<ValueChangedMessage>(message)) {
         OnEditTextValueChanged();
+    } else if (MessageCast<SearchBoxLeftMessage>(message)) {
+        OnSearchBoxLeft();
     } else if (MessageCast<DirectoryViewSelectionChangedMessage>(message)) {
         OnSelectionChanged();
     } else if (MessageCast<ZuProductionFolderOpenedMessage>(message)) {
@@ -239,6 +246,16 @@ void SharedProjectsTabView::OnEditTextValueChanged() {
     ForgetKnownSelection();
     UpdateControlEnabledStates();
     UpdateSelectionCount();
+}
+
+/// Where the keyboard goes on, something is selected.
+void SharedProjectsTabView::OnSearchBoxLeft() {
+    SharedProjectsItemTree* items = GetShownItems();
+    if (!items || items->CountSelectedRows() > 0) return;
+    if (mTreeView->GetViewType() == TreeViewType::SearchResultsView)
+        mTreeView->GetSearchResultsView()->SelectFirstHit();
+    else
+        items->MoveHome();
 }
 
 void SharedProjectsTabView::OnSelectionChanged() {

@@ -124,6 +124,8 @@ public:
 
     /// Shows items that are being made, selected, as soon as they are there; a search ends.
     void ShowCreatedItems(const UTF16StringVec& paths);
+    /// Shows a folder in the tree of all folders, open and selected; a search ends.
+    void ShowFolder(const UTF16String& path);
     /// The item whose row is selected, to be renamed, as soon as it is there; empty for none.
     void SetDeferredRenameRowPath(const UTF16String& path) { mDeferredRenameRowPath = path; }
     const UTF16String& GetDeferredRenameRowPath() const { return mDeferredRenameRowPath; }
@@ -196,7 +198,11 @@ private:
     static bool IsDropToDeleteButtonValid(const UI_DropData& data);
     void OnDropToDeleteButton(const UI_DropData& data);
 
+    /// See `SharedProjectsDirectoryView::EndEdit`.
+    std::function<void()> EndEdit() const;
     void OnEditTextValueChanged();
+    void OnSearchBoxLeft();
+    void LeaveSearch();
     void OnDebugDatabaseChanged();
     void OnProductionOpened();
     void OnProductionClosed();

@@ -296,8 +296,20 @@ std::span<const PanelCommand> GetFileCommands() {
 void SharedProjectsTabView::ShowCreatedItems(const UTF16StringVec& paths) {
     if (!AreTreeViewsCreated() || paths.empty()) return;
     // Among the hits of a search it would mostly not show.
-    mSearchBox.SetText({});
+    LeaveSearch();
     mTreeView->GetDirectoryView()->SelectWhenShown(paths);
+}
+
+void SharedProjectsTabView::ShowFolder(const UTF16String& path) {
+    if (!AreTreeViewsCreated()) return;
+    LeaveSearch();
+    mTreeView->GetDirectoryView()->OpenWhenShown(path);
+}
+
+void SharedProjectsTabView::LeaveSearch() {
+    if (mSearchBox.GetText().empty()) return;
+    mSearchBox.SetText({});
+    mTreeView->GetDirectoryView()->GetTree()->TakeKeyboard();
 }
 
 const UTF16String& SharedProjectsTabView::DescribeWhySelectionStays() const {

@@ -192,8 +192,12 @@ UTF16String GetToggleLockCommandText(const SharedProjectsTabView& panel) {
 bool OnToggleLockCommand(SharedProjectsTabView& panel) {
     DocumentManager* documents = DocumentManager::Instance();
     if (!documents) return true;
-    for (const ProjectRef& project : FindOpenAmong(panel.GetSelectedPaths()))
-        documents->SetProjectReadOnly(project, !project->IsReadOnly());
+    const ProjectVec projects = FindOpenAmong(panel.GetSelectedPaths());
+    bool areDone = true;
+    for (const ProjectRef& project : projects)
+        areDone &= documents->SetProjectReadOnly(project, !project->IsReadOnly());
+    // Who asks to write one project writes next.
+    if (areDone && projects.size() == 1 && !projects.front()->IsReadOnly()) SetActiveProject(projects.front());
     return true;
 }
 

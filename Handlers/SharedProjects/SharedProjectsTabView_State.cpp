@@ -54,6 +54,8 @@ void SharedProjectsTabView::LoadGlobalStateData() {
 
 void SharedProjectsTabView::LeaveClosedProduction() {
     if (mShownProduction.empty() || mShownProduction == SharedProjectsHandler::GetRootDirectory()) return;
+    // What it may wait for must not come between the production and who else hears of its end.
+    if (auto giveName = EndEdit()) AsyncCallFromMainThread(std::move(giveName), 0);
     SaveGlobalStateData();
     mShownProduction.clear();
 }

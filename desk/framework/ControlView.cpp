@@ -76,4 +76,6 @@ void ControlView::SetToolTipText(const UTF16String& text) {
 
 ValueChangedMessage::~ValueChangedMessage() = default;
 
+SearchBoxLeftMessage::~SearchBoxLeftMessage() = default;
+
 }  // namespace host

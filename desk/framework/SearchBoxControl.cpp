@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
+#include <functional>
 
 #include "desk/core/language/Localized.h"
 #include "desk/core/names/QtStrings.h"
@@ -41,6 +42,9 @@ QIcon ThemeIcon(const char* name) {
 
 class SearchField : public QLineEdit {
 public:
+    /// The user has gone down to the list.
+    std::function<void()> mLeft;
+
     explicit SearchField(QWidget* parent) : QLineEdit(parent) {
         addAction(ThemeIcon("search"), LeadingPosition);
         const QString clearText = Localized("$$$/Desk/SearchBox/Clear=Clear");
@@ -71,6 +75,8 @@ protected:
             clear();
         else if (event->key() != Qt::Key_Down || !FocusList())
             QLineEdit::keyPressEvent(event);
+        else if (mLeft)
+            mLeft();
     }
 
     /// What the parent gets has been left by its child that has the keyboard.
@@ -146,6 +152,7 @@ void SearchBoxControl::Create(View& parent, const Rect& bounds, bool liveUpdate)
     QObject::connect(field, &QLineEdit::textChanged, field, [&impl, liveUpdate](const QString& text) {
         if (liveUpdate || text.isEmpty()) impl.Announce();
     });
+    field->mLeft = [&impl] { BroadcastMessage(impl.mStationID, SearchBoxLeftMessage()); };
     QObject::connect(field, &QLineEdit::returnPressed, field, [&impl] { impl.Announce(); });
     impl.Place(*field, parent, bounds);
 }

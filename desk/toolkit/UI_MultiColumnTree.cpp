@@ -208,6 +208,10 @@ void UI_MultiColumnTree::EnableKeyboardEvents(bool enable) {
     ImplOf(*this).mHearsKeys = enable;
 }
 
+void UI_MultiColumnTree::TakeKeyboard() {
+    if (QWidget* view = ImplOf(*this).mView; view && view->isVisible()) view->setFocus(Qt::OtherFocusReason);
+}
+
 bool UI_MultiColumnTree::AreKeyboardEventsEnabled() const {
     return ImplOf(*this).mHearsKeys;
 }

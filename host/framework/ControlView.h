@@ -71,9 +71,10 @@ public:
 };
 
 /// A text field for searching, with a button that empties it. Announces `ValueChangedMessage` on its
-/// station whenever the text has changed, whether by the user or by `SetText`. Escape empties it, also when it
-/// comes from what stands beside it in the parent and is of no use there; the keyboard then goes to the list or
-/// tree that shows.
+/// station whenever the text has changed, whether by the user or by `SetText`. Down hands the keyboard to the
+/// list or tree that shows beside it in the parent, and announces `SearchBoxLeftMessage` then. Escape empties
+/// it, also when it comes from what stands beside it in the parent and is of no use there; the keyboard then
+/// goes to the list or tree that shows.
 class ZUHOST_API SearchBoxControl : public ControlView {
 public:
     SearchBoxControl();
@@ -100,6 +101,13 @@ public:
 class ZUHOST_API ValueChangedMessage : public MessageTemplate<ValueChangedMessage> {
 public:
     ~ValueChangedMessage() override;
+};
+
+/// The user has gone down from a search field to the list beside it, which has the keyboard now. Announced on
+/// the field's station.
+class ZUHOST_API SearchBoxLeftMessage : public MessageTemplate<SearchBoxLeftMessage> {
+public:
+    ~SearchBoxLeftMessage() override;
 };
 
 }  // namespace host

@@ -125,6 +125,8 @@ public:
     void EnableKeyboardEvents(bool enable);
     /// What `EnableKeyboardEvents` has set.
     bool AreKeyboardEventsEnabled() const;
+    /// Gives the tree the keyboard; nothing while it does not show.
+    void TakeKeyboard();
     /// The tree's editor of cells; lives as long as the tree.
     UI_CellEditor& GetCellEditor() const;
 

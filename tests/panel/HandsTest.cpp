@@ -111,28 +111,43 @@ TEST_F(HandsTest, ReturnRenamesOneRowThatIsSeen) {
 }
 
 TEST_F(HandsTest, RowsAreMovedWhereTheyMayGo) {
-    Make({"A", "Held", "Reels/B", "Reels/Day/C", "Trash/Old"});
+    Make({"A", "Deep/X", "Held", "Reels/B", "Reels/Day/C", "Trash/Old"});
     OtherUserLocks("Held");
     OpenProduction();
     OpenFolder("Reels");
     ASSERT_TRUE(Shows([&] { return Says("Held") == "Held, locked by edit-bay-2"; }));
+    const QString tip = TreeWidget().model()->index(2, 1).data(Qt::ToolTipRole).toString();
+    EXPECT_TRUE(tip.startsWith(QStringLiteral("Locked by edit-bay-2 on machine-of-edit-bay-2 since")))
+        << tip.toStdString();
     EXPECT_FALSE(DropRows({"Held"}, "Reels"));
     EXPECT_FALSE(DropRows({"Trash"}, "Reels"));
     EXPECT_FALSE(DropRows({"Reels"}, "Reels")) << "into itself";
     EXPECT_FALSE(DropRows({"Reels"}, "Reels/Day"));
     EXPECT_FALSE(DropRows({"Reels/B"}, "Reels")) << "it lies there";
     EXPECT_FALSE(DropRows({"A"}, ""));
-    EXPECT_TRUE(DropRows({"A"}, "Reels/B")) << "into its folder";
-    EXPECT_TRUE(Shows({"Held", "Reels", "  A", "  B", "  Day", "Trash"}));
+    {
+        const ExpectLogged one("“A” was moved to “Reels”."), several("2 items were moved to “North Shore”.");
+        EXPECT_TRUE(DropRows({"A"}, "Reels/B")) << "into its folder";
+        EXPECT_TRUE(Shows({"Deep", "Held", "Reels", "  A", "  B", "  Day", "Trash"}));
+        EXPECT_EQ(SelectedNames(), std::vector<std::string>{"A"}) << "at its new place";
+        EXPECT_TRUE(DropRows({"Reels/A", "Reels/B"}, ""));
+        EXPECT_TRUE(Shows({"A", "B", "Deep", "Held", "Reels", "  Day", "Trash"}));
+        EXPECT_EQ(SelectedNames(), (std::vector<std::string>{"A", "B"}));
+        EXPECT_TRUE(DropRows({"A", "B"}, "Deep")) << "a closed folder, never listed";
+        EXPECT_TRUE(Shows({"Deep", "  A", "  B", "  X", "Held", "Reels", "  Day", "Trash"}));
+        EXPECT_TRUE(Shows([&] { return SelectedNames() == std::vector<std::string>{"A", "B"}; }));
+        EXPECT_TRUE(DropRows({"Deep/A", "Deep/B"}, "Reels"));
+    }
     EXPECT_TRUE(DropRows({"Reels/Day"}, ""));
-    EXPECT_TRUE(Shows({"Day", "Held", "Reels", "  A", "  B", "Trash"}));
+    EXPECT_TRUE(Shows({"Day", "Deep", "  X", "Held", "Reels", "  A", "  B", "Trash"}));
+    const ExpectLogged toTrash("“A” was moved to “Trash”.");
     EXPECT_TRUE(DropRows({"Reels/A"}, "Trash"));
-    EXPECT_TRUE(Shows({"Day", "Held", "Reels", "  B", "Trash"}));
+    EXPECT_TRUE(Shows({"Day", "Deep", "  X", "Held", "Reels", "  B", "Trash"}));
     Select({"Reels/B"});
     QWidget& button = *mFrame.Window().findChild<QWidget*>(QStringLiteral("command-30325"));
     EXPECT_FALSE(Drop({OnDisk("Trash/A.zuproj")}, true, button, {5, 5}));
     EXPECT_TRUE(Drop({mFolder.Path(OnDisk("Reels/B.zuproj"))}, true, button, {5, 5}));
-    EXPECT_TRUE(Shows({"Day", "Held", "Reels", "Trash"}));
+    EXPECT_TRUE(Shows({"Day", "Deep", "  X", "Held", "Reels", "Trash"}));
 }
 
 TEST_F(HandsTest, FilesOfOtherProgramsAreAddedIfAllAreProjects) {
@@ -149,6 +164,7 @@ TEST_F(HandsTest, FilesOfOtherProgramsAreAddedIfAllAreProjects) {
     const ExpectLogged noProgress("There is no panel");
     mDialogs.ExpectQuestion("Add Projects to Production", u"Copy");
     EXPECT_TRUE(Drop({project}, false, area, PointOf("Reels")));
+    EXPECT_TRUE(mDialogs.LastText().ends_with("Folder: “Reels”")) << mDialogs.LastText();
     EXPECT_TRUE(Shows({"Reels", "  B", "  X"}));
 }
 

@@ -115,6 +115,11 @@ TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
         Rename("A", name);
         EXPECT_NE(mDialogs.LastText().find("\n/"), std::string::npos) << mDialogs.LastText();
     }
+    mDialogs.ExpectMessage("Invalid Name");
+    Rename("A", std::string(245, 'x').c_str());
+    EXPECT_NE(mDialogs.LastText().find("with the extension “.zuproj” it has 252 bytes, and 249"),
+              std::string::npos)
+        << mDialogs.LastText();
     {
         ExpectLogged refused("File exists");
         mDialogs.ExpectMessage("Not Everything Was Moved");
@@ -127,6 +132,37 @@ TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
     EXPECT_NE(mDialogs.LastText().find("edit-bay-2"), std::string::npos) << mDialogs.LastText();
     Unlock("A");
     EXPECT_EQ(OnDiskNow(), before);
+}
+
+TEST_F(RenameTest, ANameThatIsTypedWhenItsRowsGoIsGivenOrItsLossTold) {
+    Show({"A", "B", "Reels/"});
+    const auto type = [this](const char* name, const char* newName) {
+        Begin(name);
+        QTest::keyClicks(Field(), QString::fromUtf8(newName));
+    };
+    type("A", "Typed");
+    CloseProduction();
+    mMain.Advance(2s);
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Typed.zuproj")));
+    OpenProduction();
+    type("B", "a/b");
+    {
+        const ExpectLogged told("“B” keeps its name. “a/b.zuproj” was dropped: The name has a character");
+        CloseProduction();
+    }
+    mMain.Advance(2s);
+    OpenProduction();
+    type("Reels", "Rushes");
+    ClosePanel();
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Rushes")));
+    OpenPanel();
+    Settle();
+    mMain.Advance(2s);
+    type("Rushes", "Dailies");
+    QTest::keyClick(Field(), Qt::Key_Return);
+    mMain.RunUntilIdle();
+    ClosePanel();
+    EXPECT_TRUE(mFolder.Exists(OnDisk("Dailies"))) << "not yet renamed when the panel went";
 }
 
 TEST_F(RenameTest, ASlowSecondClickAndANewProjectBeginIt) {

@@ -142,6 +142,22 @@ TEST_F(SearchTest, FindsKnownNamesOfAVolumeThatCannotBeReadAndSaysWhyOthersAreMi
     EXPECT_TRUE(ShowsHits({"Gr\u00FC\u00DFe"}));
 }
 
+TEST_F(SearchTest, DownGoesToTheFirstHitAndAFolderThatLeadsNowhereIsShownInTheTree) {
+    mFrame.Window().activateWindow();
+    TypeSearch(QStringLiteral("ab d"));
+    QTest::keyClick(SearchField(), Qt::Key_Down);
+    Settle();
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"ab deep"});
+    TypeSearch(QStringLiteral("abc"));
+    QTest::keyClick(SearchField(), Qt::Key_Down);
+    Settle();
+    EXPECT_TRUE(SearchTreeWidget().hasFocus());
+    QTest::keyClick(&SearchTreeWidget(), Qt::Key_Return);
+    EXPECT_TRUE(Shows({"ab folder", "Gr\u00FC\u00DFe", "Reels", "Sound", "  abc"}));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"abc"});
+    EXPECT_TRUE(SearchField()->text().isEmpty() && RowOf("Sound/abc")->IsOpen() && TreeWidget().hasFocus());
+}
+
 TEST_F(SearchTest, EscapeLeavesTheSearchFromTheTreeOfHitsToo) {
     mFrame.Window().activateWindow();
     TypeSearch(QStringLiteral("ab"));

@@ -76,8 +76,25 @@ std::size_t CountBytes(const UTF16String& name) {
     return UTF16to8(name).size();
 }
 
+/// However long the name is.
+bool HasProjectExtension(const UTF16String& name) {
+    return HasEndingFoldingASCII(name, GetProjectFileExtension());
+}
+
 std::size_t LongestName(const UTF16String& name) {
-    return IsVantorProjectFile(name) ? kLongestName - desk::GetLockFileName({}).size() : kLongestName;
+    return HasProjectExtension(name) ? kLongestName - desk::GetLockFileName({}).size() : kLongestName;
+}
+
+UTF16String DescribeTooLong(const UTF16String& name) {
+    const auto bytes = NumberToString(static_cast<long long>(CountBytes(name)));
+    const auto possible = NumberToString(static_cast<long long>(LongestName(name)));
+    if (!HasProjectExtension(name))
+        return ZString("$$$/Desk/FileNames/TooLong=The name is too long: it has @0 bytes, and @1 are possible.",
+                       {bytes, possible});
+    return ZString(
+        "$$$/Desk/FileNames/TooLongProject=The name is too long: with the extension “@0” it has @1 bytes, and @2 are "
+        "possible.",
+        {GetProjectFileExtension(), bytes, possible});
 }
 
 NameFault FindFault(const UTF16String& name) {
@@ -136,11 +153,7 @@ UTF16String DescribeInvalidFileName(const UTF16String& name, const UTF16String& 
                 "$$$/Desk/FileNames/Device=The name is a device’s on Windows, which uses this kind of "
                 "volume.");
         case NameFault::TooLong:
-            return ZString(
-                "$$$/Desk/FileNames/TooLong=The name is too long: it has @0 bytes, and @1 are "
-                "possible.",
-                {NumberToString(static_cast<long long>(CountBytes(name))),
-                 NumberToString(static_cast<long long>(LongestName(name)))});
+            return DescribeTooLong(name);
     }
     return {};
 }
