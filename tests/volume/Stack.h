@@ -126,7 +126,12 @@ private:
     }
     void ListenToMessage(const host::Message& message) override {
         if (const auto* notice = host::MessageCast<desk::UserNoticeMessage>(message))
-            mNotices.push_back(host::UTF16to8(notice->GetText()));
+            AddNotice(host::UTF16to8(notice->GetText()));
+    }
+
+    /// What has gone well is no complaint.
+    void AddNotice(std::string text) {
+        if (!text.ends_with("” was moved to “Trash”.")) mNotices.push_back(std::move(text));
     }
 
     std::vector<std::string> mNotices;
