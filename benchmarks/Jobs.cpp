@@ -1,10 +1,12 @@
 #include "benchmarks/Jobs.h"
 
 #include <QCoreApplication>
+#include <QHash>
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QProgressDialog>
 #include <QScrollBar>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -12,10 +14,8 @@
 
 #include "benchmarks/BenchApplication.h"
 #include "benchmarks/EventLoopProbe.h"
-#include "benchmarks/HeapMeter.h"
+#include "benchmarks/JobParts.h"
 #include "benchmarks/PanelBench.h"
-#include "benchmarks/SampleFolder.h"
-#include "benchmarks/SampleTree.h"
 #include "benchmarks/slow_volume/VolumeMount.h"
 #include "desk/core/edges/Desktop.h"
 #include "desk/core/edges/Services.h"
@@ -32,61 +32,6 @@ constexpr int kManyProjects = 10'000;
 constexpr int kSlowProjects = 2'000;
 constexpr int kSlowDelay = 10;
 
-/// A sample that is made when it is first used, and shared by jobs.
-template <class Sample>
-class Lazy {
-public:
-    explicit Lazy(std::function<std::unique_ptr<Sample>()> make) : mMake(std::move(make)) {}
-    Sample& operator*() {
-        if (!mSample) mSample = mMake();
-        return *mSample;
-    }
-
-private:
-    std::function<std::unique_ptr<Sample>()> mMake;
-    std::unique_ptr<Sample> mSample;
-};
-
-using LazyFolder = Lazy<SampleFolder>;
-using SharedFolder = std::shared_ptr<LazyFolder>;
-
-template <class Sample, class... Arguments>
-std::shared_ptr<Lazy<Sample>> MakeLazy(Arguments... arguments) {
-    return std::make_shared<Lazy<Sample>>([=] { return std::make_unique<Sample>(arguments...); });
-}
-
-int CountRows(const QTreeView& view) {
-    return view.model() ? view.model()->rowCount(view.rootIndex()) : 0;
-}
-
-/// The item's name in a row, without suffix and without what is said about its state.
-QString RowName(const QModelIndex& index) {
-    QString text = index.data(Qt::DisplayRole).toString();
-    if (text.isEmpty()) text = index.data(Qt::AccessibleTextRole).toString();
-    text = text.section(QLatin1Char(','), 0, 0);
-    if (text.endsWith(QLatin1String(".zuproj"))) text.chop(7);
-    return text;
-}
-
-QString RowName(const QTreeView& view, int row) {
-    return RowName(view.model()->index(row, 0, view.rootIndex()));
-}
-
-/// True when the view has the rows of `projects` in order, told from a few of them.
-bool ShowsAll(const QTreeView& view, int projects) {
-    if (CountRows(view) != projects) return false;
-    for (const int row : {0, 1, projects / 2, projects - 2, projects - 1}) {
-        if (RowName(view, row) != SampleFolder::NameAt(row)) return false;
-    }
-    return true;
-}
-
-void CheckOrder(const QTreeView& view, int projects) {
-    for (int row = 0; row < projects; ++row) {
-        if (RowName(view, row) != SampleFolder::NameAt(row)) throw std::runtime_error("rows are out of order");
-    }
-}
-
 /// All folders are open, and what is in them is in order.
 void CheckFolders(const QTreeView& view, const QModelIndex& folder) {
     const QAbstractItemModel& model = *view.model();
@@ -101,29 +46,24 @@ void CheckFolders(const QTreeView& view, const QModelIndex& folder) {
     }
 }
 
-Clock::time_point RunUntilShown(BenchedTree& tree, int projects, std::chrono::seconds timeout = 60s) {
-    const auto isDone = [&](const QRegion&) { return ShowsAll(tree.GetView(), projects); };
-    return BenchApplication::Instance().RunUntilPainted(*tree.GetView().viewport(), isDone, timeout,
-                                                        "all rows");
-}
-
 /// Opens a folder; time to the paint of all rows and longest gap meanwhile.
-std::vector<double> MeasureOpening(BenchedTree& tree, const std::string& folder, int projects,
+std::vector<double> MeasureOpening(BenchedTree& tree, const std::string& path, const SampleFolder& folder,
                                    std::chrono::seconds timeout) {
+    const std::vector<QString>& names = NamesAsShown(tree, folder);
     tree.Prepare();
     BenchApplication::Instance().RunFor(200ms);
     EventLoopProbe probe;
     probe.Start();
     const auto start = Clock::now();
-    tree.Open(folder);
-    const auto end = RunUntilShown(tree, projects, timeout);
+    tree.Open(path);
+    const auto end = RunUntilShown(tree, names, timeout);
     const double gap = probe.Stop(end);
-    CheckOrder(tree.GetView(), projects);
+    CheckOrder(tree.GetView(), names);
     return {Milliseconds(start, end), gap};
 }
 
 std::vector<double> MeasureOpeningMany(BenchedTree& tree, LazyFolder& folder) {
-    auto values = MeasureOpening(tree, (*folder).Path(), kManyProjects, 60s);
+    auto values = MeasureOpening(tree, (*folder).Path(), *folder, 60s);
     tree.Close();
     return values;
 }
@@ -145,7 +85,7 @@ private:
 
 std::vector<double> MeasureOpeningSlow(BenchedTree& tree, LazyFolder& folder) {
     const SlowVolume volume((*folder).Path());
-    auto values = MeasureOpening(tree, volume.Path(), kSlowProjects, 300s);
+    auto values = MeasureOpening(tree, volume.Path(), *folder, 300s);
     tree.Close();
     BenchApplication::Instance().RunFor(500ms);
     return values;
@@ -173,27 +113,8 @@ std::vector<double> MeasureRestoring(BenchedTree& tree, const std::string& folde
     return {Milliseconds(start, end), gap};
 }
 
-void OpenAndSettle(BenchedTree& tree, const SampleFolder& folder) {
-    tree.Prepare();
-    tree.Open(folder.Path());
-    RunUntilShown(tree, folder.CountProjects());
-    BenchApplication::Instance().RunFor(500ms);
-    // The panel has put back how the run before has left it.
-    tree.GetView().clearSelection();
-    tree.GetView().scrollToTop();
-    BenchApplication::Instance().RunFor(200ms);
-}
-
-std::vector<double> MeasureHeap(BenchedTree& tree, LazyFolder& folder) {
-    tree.Prepare();
-    BenchApplication::Instance().RunFor(500ms);
-    const auto before = static_cast<double>(HeapInUse());
-    tree.Open((*folder).Path());
-    RunUntilShown(tree, kManyProjects);
-    BenchApplication::Instance().RunFor(1500ms);
-    const auto after = static_cast<double>(HeapInUse());
-    tree.Close();
-    return {(after - before) / kManyProjects};
+std::vector<double> MeasureHeapAgain(BenchedTree& tree, LazyFolder& folder) {
+    return {MeasureHeap(tree, *folder)};
 }
 
 /// One project created among many, to its row's paint.
@@ -204,14 +125,14 @@ std::vector<double> MeasureCreation(BenchedTree& tree, LazyFolder& lazyFolder) {
     QTreeView& view = tree.GetView();
     const QString name = QStringLiteral("Scene 0");
     const auto isDone = [&](const QRegion& painted) {
-        return CountRows(view) == kManyProjects + 1 && RowName(view, 0) == name &&
+        return CountRows(view) == folder.CountProjects() + 1 && RowName(view, 0) == name &&
                painted.intersects(view.visualRect(view.model()->index(0, 0, view.rootIndex())));
     };
     const auto start = Clock::now();
     folder.Create(name, 100);
     const auto end = application.RunUntilPainted(*view.viewport(), isDone, 30s, "the new row");
     folder.Remove(name);
-    RunUntilShown(tree, kManyProjects);
+    RunUntilShown(tree, NamesAsShown(tree, folder));
     application.RunFor(500ms);
     tree.Close();
     return {Milliseconds(start, end)};
@@ -239,14 +160,65 @@ std::vector<double> MeasureResorting(BenchedTree& tree, LazyFolder& folder) {
     QTreeView& view = tree.GetView();
     ClickHeader(view, tree.GetSizeSection());
     application.RunFor(2500ms);
-    if (ShowsAll(view, kManyProjects)) throw std::runtime_error("the rows are not sorted by size");
-    const auto isDone = [&](const QRegion&) { return ShowsAll(view, kManyProjects); };
+    const std::vector<QString>& names = NamesAsShown(tree, *folder);
+    if (ShowsAll(view, names)) throw std::runtime_error("the rows are not sorted by size");
+    const auto isDone = [&](const QRegion&) { return ShowsAll(view, names); };
     const auto start = Clock::now();
     ClickHeader(view, 0);
     const auto end = application.RunUntilPainted(*view.viewport(), isDone, 30s, "the order by name");
-    CheckOrder(view, kManyProjects);
+    CheckOrder(view, names);
     tree.Close();
     return {Milliseconds(start, end)};
+}
+
+/// The sizes of a folder's projects by their names, and in order.
+class KnownSizes {
+public:
+    explicit KnownSizes(const SampleFolder& folder) {
+        for (int i = 0; i < folder.CountProjects(); ++i) {
+            mSizes.insert(folder.Names()[static_cast<std::size_t>(i)], SampleFolder::SizeAt(i));
+            mSorted.push_back(SampleFolder::SizeAt(i));
+        }
+        std::ranges::sort(mSorted);
+    }
+    /// True when all rows are there in the order of their sizes, either way round.
+    bool AreShownSorted(const QTreeView& view) const {
+        const int count = static_cast<int>(mSorted.size());
+        if (CountRows(view) != count) return false;
+        const auto isAt = [&](int row, int place) {
+            return mSizes.value(RowName(view, row)) == mSorted[static_cast<std::size_t>(place)];
+        };
+        const bool isRising = isAt(0, 0);
+        // Probes first: this is asked for at every paint.
+        for (int step = count / 64; step > 0; step = step > 1 ? 1 : 0)
+            for (int row = 0; row < count; row += step)
+                if (!isAt(row, isRising ? row : count - 1 - row)) return false;
+        return true;
+    }
+
+private:
+    QHash<QString, int> mSizes;
+    std::vector<int> mSorted;
+};
+
+/// A click on the header of the sizes, which nobody has asked for yet, to the paint of the rows sorted by size.
+std::vector<double> MeasureFirstSorting(BenchedTree& tree, LazyFolder& folder) {
+    OpenAndSettle(tree, *folder);
+    QTreeView& view = tree.GetView();
+    const KnownSizes sizes(*folder);
+    // The baseline sorts what it has; the panel goes on sorting while sizes come.
+    const auto isDone = [&](const QRegion&) { return sizes.AreShownSorted(view); };
+    EventLoopProbe probe;
+    probe.Start();
+    const auto start = Clock::now();
+    ClickHeader(view, tree.GetSizeSection());
+    const auto end = BenchApplication::Instance().RunUntilPainted(*view.viewport(), isDone, 120s, "the sizes");
+    const double gap = probe.Stop(end);
+    // Back to the order by name, as later jobs expect it.
+    ClickHeader(view, 0);
+    BenchApplication::Instance().RunFor(1000ms);
+    tree.Close();
+    return {Milliseconds(start, end), gap};
 }
 
 /// Pages through the rows as fast as they are painted: median and longest time of a frame.
@@ -267,6 +239,7 @@ std::vector<double> MeasureScrolling(BenchedTree& tree, LazyFolder& folder) {
     return {Median(frames), *std::max_element(frames.begin(), frames.end())};
 }
 
+/// Time to the paint of the selected rows, and the longest gap in the second after it.
 std::vector<double> MeasureSelectingAll(BenchedTree& tree, LazyFolder& folder) {
     OpenAndSettle(tree, *folder);
     QTreeView& view = tree.GetView();
@@ -274,14 +247,18 @@ std::vector<double> MeasureSelectingAll(BenchedTree& tree, LazyFolder& folder) {
         const auto selection = view.selectionModel()->selection();
         int rows = 0;
         for (const auto& range : selection) rows += range.height();
-        return rows == kManyProjects;
+        return rows == (*folder).CountProjects();
     };
     const auto start = Clock::now();
     tree.SelectAll();
     const auto end =
         BenchApplication::Instance().RunUntilPainted(*view.viewport(), isDone, 30s, "the selected rows");
+    EventLoopProbe probe;
+    probe.Start();
+    BenchApplication::Instance().RunFor(1000ms);
+    const double gap = probe.Stop(Clock::now());
     tree.Close();
-    return {Milliseconds(start, end)};
+    return {Milliseconds(start, end), gap};
 }
 
 int RowHeight(const QTreeView& view) {
@@ -393,16 +370,28 @@ std::vector<double> MeasureCancellingTrash(BenchedTree& tree) {
 }  // namespace
 
 std::vector<Job> MakeJobs() {
-    const auto many = MakeLazy<SampleFolder>(kManyProjects);
-    const auto slow = MakeLazy<SampleFolder>(kSlowProjects);
-    const auto manyFolders = MakeLazy<SampleTree>(QList<int>{10, 10, 10}, 100'000);
-    const auto slowFolders = MakeLazy<SampleTree>(QList<int>{1, 10, 12}, kSlowProjects);
-    const auto with = [](std::vector<double> (*run)(BenchedTree&, LazyFolder&), SharedFolder folder) {
+    const auto many = std::make_shared<LazyFolder>(kManyProjects);
+    const auto given = std::make_shared<LazyFolder>(kManyProjects, SampleNames::AsGiven);
+    const auto tenTimesAsMany = std::make_shared<LazyFolder>(10 * kManyProjects, SampleNames::AsGiven);
+    const auto slow = std::make_shared<LazyFolder>(kSlowProjects);
+    const auto manyFolders = std::make_shared<LazyTree>(QList<int>{10, 10, 10}, 100'000);
+    const auto threeTimesAsMany = std::make_shared<LazyTree>(QList<int>{3, 10, 100}, 300'000);
+    const auto aMillion = std::make_shared<LazyTree>(QList<int>{10, 10, 100}, 1'000'000);
+    const auto slowFolders = std::make_shared<LazyTree>(QList<int>{1, 10, 12}, kSlowProjects);
+    const auto with = [](std::vector<double> (*run)(BenchedTree&, LazyFolder&),
+                         const std::shared_ptr<LazyFolder>& folder) {
         return [run, folder](BenchedTree& tree) { return run(tree, *folder); };
+    };
+    const auto restore = [](const std::shared_ptr<LazyTree>& sample) {
+        return
+            [sample](BenchedTree& tree) { return MeasureRestoring(tree, (**sample).Path(), **sample, 300s); };
     };
     std::vector<Job> jobs;
     // The heap first: later jobs would be measured against caches that are filled already.
-    jobs.push_back({"heap", {{"heap per row at 10,000 rows", "B", 0.6, {}}}, 5, with(MeasureHeap, many)});
+    jobs.push_back({"heap",
+                    {{"heap per row at 10,000 rows, opened again and again in one process", "B", 0.6, {}}},
+                    5,
+                    with(MeasureHeapAgain, many)});
     jobs.push_back({"open",
                     {{"10,000 projects in one folder, from opening to first paint with all rows there, sorted",
                       "ms",
@@ -411,11 +400,31 @@ std::vector<Job> MakeJobs() {
                      {"longest event-loop gap meanwhile", "ms", 0.5, {}}},
                     11,
                     with(MeasureOpeningMany, many)});
+    jobs.push_back({"open-given-names",
+                    {{"the same with names as people give them", "ms", 0.15, {}},
+                     {"longest event-loop gap meanwhile", "ms", 0.5, {}}},
+                    11,
+                    with(MeasureOpeningMany, given)});
+    jobs.push_back({"open-100k",
+                    {{"100,000 projects in one folder, with names as people give them", "ms", 0.15, {}},
+                     {"longest event-loop gap meanwhile", "ms", {}, 50}},
+                    3,
+                    with(MeasureOpeningMany, tenTimesAsMany)});
     jobs.push_back({"create",
                     {{"one project created among 10,000, to its row painted", "ms", 0.05, {}}},
                     7,
                     with(MeasureCreation, many)});
     jobs.push_back({"resort", {{"resort by name, painted", "ms", 0.5, {}}}, 9, with(MeasureResorting, many)});
+    jobs.push_back({"first-sort",
+                    {{"first sort by size of 10,000, to the paint of the final order", "ms", 1.0, {}},
+                     {"longest event-loop gap meanwhile", "ms", {}, 50}},
+                    5,
+                    with(MeasureFirstSorting, given)});
+    jobs.push_back({"first-sort-100k",
+                    {{"first sort by size of 100,000, to the paint of the final order", "ms", 1.0, {}},
+                     {"longest event-loop gap meanwhile", "ms", {}, 50}},
+                    3,
+                    with(MeasureFirstSorting, tenTimesAsMany)});
     jobs.push_back({"slow-volume",
                     {{"10 ms per operation, 2,000 projects in one folder: from opening to painted, sorted",
                       "ms",
@@ -424,17 +433,16 @@ std::vector<Job> MakeJobs() {
                      {"longest event-loop gap meanwhile", "ms", {}, 50}},
                     3,
                     with(MeasureOpeningSlow, slow)});
-    jobs.push_back(
-        {"restore",
-         {{"1,110 open folders with 100,000 projects, from opening to first paint with all rows there",
-           "ms",
-           0.25,
-           {}},
-          {"longest event-loop gap meanwhile", "ms", 0.4, {}}},
-         5,
-         [manyFolders](BenchedTree& tree) {
-             return MeasureRestoring(tree, (**manyFolders).Path(), **manyFolders, 120s);
-         }});
+    const Figure gap{"longest event-loop gap meanwhile", "ms", {}, 50};
+    const auto addRestoring = [&](const char* name, const std::string& what, double limit, int repetitions,
+                                  const std::shared_ptr<LazyTree>& sample) {
+        const Figure figure{what + ", from opening to first paint with all rows there", "ms", limit, {}};
+        jobs.push_back({name, {figure, gap}, repetitions, restore(sample)});
+    };
+    addRestoring("restore", "1,110 open folders with 100,000 projects", 0.2, 5, manyFolders);
+    addRestoring("restore-300k", "3,033 open folders with 300,000 projects", 0.25, 3, threeTimesAsMany);
+    addRestoring("restore-1m", "10,110 open folders with 1,000,000 projects", 0.25, 1, aMillion);
+    jobs.back().mIsLong = true;
     jobs.push_back({"restore-slow",
                     {{"10 ms per operation, 131 open folders with 2,000 projects: from opening to painted",
                       "ms",
@@ -451,20 +459,30 @@ std::vector<Job> MakeJobs() {
                      {"the longest of 100 such frames", "ms", {}, {}}},
                     7,
                     with(MeasureScrolling, many)});
-    jobs.push_back(
-        {"select-all", {{"select all of 10,000, painted", "ms", {}, {}}}, 7, with(MeasureSelectingAll, many)});
+    jobs.push_back({"select-all",
+                    {{"select all of 10,000, painted", "ms", {}, {}},
+                     {"longest event-loop gap in the second after it", "ms", {}, 50}},
+                    7,
+                    with(MeasureSelectingAll, many)});
+    jobs.push_back({"select-all-100k",
+                    {{"select all of 100,000, painted", "ms", 0.5, {}},
+                     {"longest event-loop gap in the second after it", "ms", {}, 50}},
+                    3,
+                    with(MeasureSelectingAll, tenTimesAsMany)});
     jobs.push_back(
         {"zoom", {{"zoom step over 10,000 rows, painted", "ms", {}, {}}}, 7, with(MeasureZooming, many)});
     jobs.push_back({"search",
                     {{"search keystroke over 10,000 names, to painted hits", "ms", {}, {}}},
                     7,
                     with(MeasureSearching, many)});
+    AddSearchJobs(jobs);
+    AddProgramJobs(jobs);
     jobs.push_back({"trash",
                     {{"2,000 projects to the trash, to the paint without them", "ms", {}, {}},
                      {"longest event-loop gap meanwhile", "ms", {}, 50}},
                     5,
-                    MeasureTrashing,
-                    true});
+                    MeasureTrashing});
+    jobs.back().mIsPanelOnly = true;
     jobs.push_back(
         {"trash-cancelled",
          {{"a folder of 1,000 locked projects, never opened, to the trash at 20 ms per operation: from "
@@ -474,8 +492,8 @@ std::vector<Job> MakeJobs() {
            100},
           {"longest event-loop gap meanwhile", "ms", {}, 100}},
          3,
-         MeasureCancellingTrash,
-         true});
+         MeasureCancellingTrash});
+    jobs.back().mIsPanelOnly = true;
     return jobs;
 }
 

@@ -18,6 +18,11 @@ struct Job {
     std::function<std::vector<double>(BenchedTree&)> mRun;
     /// There is nothing to compare it with: it is run with the panel (`PanelBench`) alone.
     bool mIsPanelOnly = false;
+    /// What stands beside it where that is not the other tree; also returns the values of the figures, not a
+    /// number for one that has nothing beside it.
+    std::function<std::vector<double>()> mRunBeside = {};
+    /// It takes minutes, and is run only when `--long` asks for it.
+    bool mIsLong = false;
 };
 
 /// All jobs. Their sample folders are made when a job first needs them, and removed with the jobs.

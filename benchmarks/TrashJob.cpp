@@ -115,7 +115,8 @@ private:
 class SlowTrashJob final : public VolumeJob {
 public:
     explicit SlowTrashJob(HostProcess& host)
-        : VolumeJob({"100 projects moved to the trash of a volume with 10 ms per operation", "ms", 1.1, 4000}, 3),
+        : VolumeJob({"100 projects moved to the trash of a volume with 10 ms per operation", "ms", 1.1, 4000},
+                    3),
           mHost(host) {}
 
     double RunOurs() override {

@@ -1,15 +1,22 @@
 #include <benchmark/benchmark.h>
 
 #include <QLocale>
+#include <QPixmap>
 #include <QScopeGuard>
+#include <QTimer>
+#include <QWidget>
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "benchmarks/BenchApplication.h"
+#include "benchmarks/JobParts.h"
 #include "benchmarks/Jobs.h"
 #include "benchmarks/PanelBench.h"
 #include "benchmarks/TunedFileSystemModel.h"
@@ -26,7 +33,8 @@ struct Sides {
 };
 
 void Add(const std::vector<double>& values, std::vector<Result>& results, std::vector<double> Result::*side) {
-    for (std::size_t i = 0; i < results.size(); ++i) (results[i].*side).push_back(values[i]);
+    for (std::size_t i = 0; i < results.size(); ++i)
+        if (!std::isnan(values[i])) (results[i].*side).push_back(values[i]);
 }
 
 /// Runs the baseline without the program's style sheet, which it has no use for.
@@ -39,9 +47,15 @@ void RunBaseline(const Job& job, BenchedTree& baseline, std::vector<Result>& res
 
 /// One repetition of both sides, each in turn the first. Returns the panel's milliseconds.
 double RunOnce(const Job& job, const Sides& sides, std::vector<Result>& results, bool isPanelFirst) {
-    if (sides.mBaseline && !isPanelFirst) RunBaseline(job, *sides.mBaseline, results);
+    const auto runBaseline = [&] {
+        if (sides.mBaseline && job.mRunBeside)
+            Add(job.mRunBeside(), results, &Result::mBaseline);
+        else if (sides.mBaseline)
+            RunBaseline(job, *sides.mBaseline, results);
+    };
+    if (!isPanelFirst) runBaseline();
     Add(job.mRun(sides.mPanel), results, &Result::mOurs);
-    if (sides.mBaseline && isPanelFirst) RunBaseline(job, *sides.mBaseline, results);
+    if (isPanelFirst) runBaseline();
     return results.front().mOurs.back();
 }
 
@@ -72,11 +86,16 @@ void RunJob(benchmark::State& state, const Job& job, const Sides& sides, std::ve
 struct Options {
     std::optional<int> mRepetitions;
     bool mIsPanelOnly = false;
+    bool mAreLongOnesMeant = false;
+    /// This process measures the heap of one side, "panel" or "baseline", or shows an empty window, and ends.
+    std::string mHeap;
+    bool mIsEmptyWindow = false;
 };
 
 /// Takes the own options out of the arguments.
 Options TakeOptions(int& argc, char** argv) {
     constexpr std::string_view kRepetitions = "--repetitions=";
+    constexpr std::string_view kHeap = "--heap=";
     Options options;
     int kept = 1;
     for (int i = 1; i < argc; ++i) {
@@ -85,6 +104,12 @@ Options TakeOptions(int& argc, char** argv) {
             options.mRepetitions = std::max(1, std::atoi(argv[i] + kRepetitions.size()));
         } else if (argument == "--panel-only") {
             options.mIsPanelOnly = true;
+        } else if (argument == "--long") {
+            options.mAreLongOnesMeant = true;
+        } else if (argument.starts_with(kHeap)) {
+            options.mHeap = argument.substr(kHeap.size());
+        } else if (argument == "--empty-window") {
+            options.mIsEmptyWindow = true;
         } else {
             argv[kept++] = argv[i];
         }
@@ -93,7 +118,34 @@ Options TakeOptions(int& argc, char** argv) {
     return options;
 }
 
+int RunHeap(const std::string& side) {
+    constexpr int kProjects = 10'000;
+    const SampleFolder folder(kProjects, SampleNames::AsGiven);
+    std::unique_ptr<BenchedTree> tree;
+    if (side == "panel") {
+        desk::Theme::Apply(desk::ThemeKind::Dark);
+        tree = std::make_unique<PanelBench>();
+    } else {
+        tree = std::make_unique<TunedFileSystemModel>(kWindowSize);
+    }
+    std::cout << MeasureHeap(*tree, folder) << std::endl;
+    return 0;
+}
+
+int RunEmptyWindow() {
+    QWidget window;
+    window.resize(kWindowSize);
+    window.show();
+    QTimer::singleShot(0, &window, [&window] {
+        window.grab();
+        QCoreApplication::quit();
+    });
+    return QCoreApplication::exec();
+}
+
 int Run(const Options& options) {
+    if (!options.mHeap.empty()) return RunHeap(options.mHeap);
+    if (options.mIsEmptyWindow) return RunEmptyWindow();
     desk::Theme::Apply(desk::ThemeKind::Dark);
     PanelBench panel;
     TunedFileSystemModel baseline(panel.GetView().size());
@@ -101,6 +153,7 @@ int Run(const Options& options) {
     const auto jobs = MakeJobs();
     std::vector<Result> results;
     for (const auto& job : jobs) {
+        if (job.mIsLong && !options.mAreLongOnesMeant) continue;
         benchmark::RegisterBenchmark(job.mName.c_str(),
                                      [&](benchmark::State& state) { RunJob(state, job, sides, results); })
             ->UseManualTime()

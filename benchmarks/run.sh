@@ -4,7 +4,7 @@
 set -euo pipefail
 root=$(dirname "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")")
 source "$root/scripts/prepare.sh"
-prepare "$root" release panel-benchmarks volume-benchmarks slow-volume SharedProjects
+prepare "$root" release panel-benchmarks volume-benchmarks slow-volume SharedProjects production-desk
 echo "$(date -u +%F), $(nproc) cores of $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -1), Linux $(uname -r), load $(cut -d' ' -f1 /proc/loadavg)"
 "$root/build/release/bin/panel-benchmarks" "$@"
 library=()
