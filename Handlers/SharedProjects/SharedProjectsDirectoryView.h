@@ -148,8 +148,7 @@ private:
 
     void UpdateRowsFromContent(const RowRef& row, const UTF16String& directoryPath,
                                const DirectoryContent& content, const ContentDelivery& delivery);
-    void UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
-                         const ContentDelivery& delivery);
+    void UpdateChildRows(const RowRef& row, const UTF16StringVec& paths, const ContentDelivery& delivery);
     void OpenFoldersOfAwaitedItems();
     void Await(const UTF16StringVec& paths);
     void SelectAwaitedRows();

@@ -18,15 +18,14 @@ bool IsShown(const PropertyMap& item, const UTF16String& path) {
 
 /// The items of a delivery that get rows. Those that do not are added to what a change has removed: a folder
 /// whose name now stands for some other file has no row any more.
-std::set<UTF16String> FilterContent(const DirectoryContent& content, ContentDelivery& delivery) {
-    std::set<UTF16String> paths;
-    // Contents come nearly sorted: most paths go next to the one before.
-    auto place = paths.end();
+UTF16StringVec FilterContent(const DirectoryContent& content, ContentDelivery& delivery) {
+    UTF16StringVec paths;
+    paths.reserve(content.size());
     for (const PropertyMap& item : content) {
         const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
         if (!path) continue;
         if (IsShown(item, *path))
-            place = std::next(paths.insert(place, *path));
+            paths.push_back(*path);
         else if (delivery.mExtent == ContentDelivery::Extent::Change)
             delivery.mRemovedPaths.push_back(*path);
     }
@@ -67,7 +66,7 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
                                                         const DirectoryContent& content,
                                                         const ContentDelivery& delivery) {
     ContentDelivery rowDelivery = delivery;
-    const std::set<UTF16String> paths = FilterContent(content, rowDelivery);
+    const UTF16StringVec paths = FilterContent(content, rowDelivery);
     RemoveRowsOfOtherKind(row, content);
     const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
     InsertDirectoryContent(row, paths, rowDelivery, SharedProjectsHandler::GetRootDirectory());
@@ -87,7 +86,7 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
     mItems.OnRowsRemoved();
 }
 
-void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const std::set<UTF16String>& paths,
+void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const UTF16StringVec& paths,
                                                   const ContentDelivery& delivery) {
     const bool exposed = !row || (row->IsOpen() && SharedProjectsItemTree::IsRowExposed(row));
     if (delivery.mExtent == ContentDelivery::Extent::Whole) {

@@ -1,10 +1,10 @@
 // Contents of folders, from the request to the rows.
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
-#include "desk/core/names/NaturalOrder.h"
 #include "desk/mediabrowser/ContentManagerImpl.h"
 #include "desk/mediabrowser/DirectoryViewImpl.h"
 #include "desk/toolkit/HeaderRowImpl.h"
@@ -94,11 +94,9 @@ void DirectoryImpl::TellWhyEmpty(int systemError) {
                 {PathUtils::GetFullFilePart(mRoot), DescribeSystemError(systemError)}));
 }
 
-/// In the order in which they mostly show, so that the tree finds them sorted.
 void DirectoryImpl::Create(Row* parent, const std::vector<std::u16string_view>& names) {
-    for (const std::uint32_t place : desk::OrderAsShown(names))
-        if (const RowRef row = mTree->CreateAndAppendRow(parent))
-            mView.AddRowToMaps(row, {UTF16String(names[place])});
+    for (const std::u16string_view name : names)
+        if (const RowRef row = mTree->CreateAndAppendRow(parent)) mView.AddRowToMaps(row, {UTF16String(name)});
 }
 
 void DirectoryImpl::Remove(const RowVec& rows) {
@@ -198,7 +196,7 @@ void MediaBrowserDirectoryView::OnRowOpenStateChanged(const RowRef& row, bool op
     if (row) mDirectoryImpl->OpenStateChanged(*row, open);
 }
 
-void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const std::set<UTF16String>& paths,
+void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const UTF16StringVec& paths,
                                                        const ContentDelivery& delivery,
                                                        const UTF16String& root) {
     DirectoryImpl& impl = *mDirectoryImpl;
@@ -206,13 +204,14 @@ void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const 
     if (folder.empty()) return;
     if (paths.size() > kFewItems) impl.ReserveRows(row.get(), paths.size());
     std::vector<std::u16string_view> newNames;
+    std::unordered_set<std::u16string_view> seen;
     std::vector<const Row*> kept;
     for (const UTF16String& path : paths) {
         const std::u16string_view name = NameInFolder(path, folder);
         if (name.empty()) continue;
         if (const Row* known = impl.FindChild(row.get(), name))
             kept.push_back(known);
-        else
+        else if (seen.insert(name).second)
             newNames.push_back(name);
     }
     RowVec removed;

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <set>
 
 #include "host/core/Messaging.h"
 #include "host/mediabrowser/MediaBrowserContentManager.h"
@@ -98,10 +97,11 @@ public:
 protected:
     /// Brings the rows below `row` in line with a delivery: makes rows for the paths that have none (handing
     /// each to `AddRowToMaps`), keeps those that have one, and removes rows (through `RemoveRowFromMaps`) as
-    /// the delivery's extent says. New rows show, sorted, when the delivery has been dealt with. `root` is
-    /// the folder whose items are the top-level rows.
-    void InsertDirectoryContent(const RowRef& row, const std::set<UTF16String>& paths,
-                                const ContentDelivery& delivery, const UTF16String& root);
+    /// the delivery's extent says. New rows show, sorted, when the delivery has been dealt with; that costs
+    /// least when `paths` come in the order of a delivery's items, which is the one in which they are shown.
+    /// A path that stands there twice counts once. `root` is the folder whose items are the top-level rows.
+    void InsertDirectoryContent(const RowRef& row, const UTF16StringVec& paths, const ContentDelivery& delivery,
+                                const UTF16String& root);
     /// Brings the row's own cells up to date: draws them anew.
     void UpdateRow(const RowRef& row);
     /// The row of an item below `parent` (null for the root), by its name; empty when there is none.

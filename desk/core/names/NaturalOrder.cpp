@@ -187,6 +187,21 @@ std::vector<std::uint32_t> OrderOfKeys(std::string_view bytes, const std::vector
     return places;
 }
 
+/// The order of names of which some are not ASCII: each name's key is made once, and keys are cheap to compare.
+std::vector<std::uint32_t> OrderByCollator(const NaturalOrder& order,
+                                           const std::vector<std::u16string_view>& names) {
+    std::vector<QCollatorSortKey> keys;
+    keys.reserve(names.size());
+    for (const std::u16string_view name : names) keys.push_back(order.MakeCollatorKey(ShownName(name)));
+    std::vector<std::uint32_t> places(names.size());
+    std::iota(places.begin(), places.end(), 0u);
+    std::ranges::sort(places, [&](std::uint32_t a, std::uint32_t b) {
+        const int result = keys[a].compare(keys[b]);
+        return result != 0 ? result < 0 : ShownName(names[a]) < ShownName(names[b]);
+    });
+    return places;
+}
+
 }  // namespace
 
 NaturalOrder::NaturalOrder(const QLocale& locale)
@@ -209,6 +224,14 @@ int NaturalOrder::CompareEquivalents(std::u16string_view a, std::u16string_view 
     std::u16string storageB;
     return Sign(
         mCollator.compare(ToView(PrepareForCollator(a, storageA)), ToView(PrepareForCollator(b, storageB))));
+}
+
+QCollatorSortKey NaturalOrder::MakeCollatorKey(std::u16string_view text) const {
+    std::u16string storage;
+    const std::u16string_view prepared = PrepareForCollator(text, storage);
+    // The key is made from it here and now.
+    return mCollator.sortKey(QString::fromRawData(reinterpret_cast<const QChar*>(prepared.data()),
+                                                  static_cast<qsizetype>(prepared.size())));
 }
 
 /// The letters' weights, a zero (less than any weight: the shorter text comes first), the weights of case, the
@@ -330,12 +353,7 @@ std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& 
         ends.push_back(bytes.size());
     }
     if (ends.size() == names.size()) return OrderOfKeys(bytes, ends);
-    std::vector<std::uint32_t> places(names.size());
-    std::iota(places.begin(), places.end(), 0u);
-    std::ranges::sort(places, [&](std::uint32_t a, std::uint32_t b) {
-        return order.Compare(ShownName(names[a]), ShownName(names[b])) < 0;
-    });
-    return places;
+    return OrderByCollator(order, names);
 }
 
 }  // namespace desk
