@@ -2,8 +2,9 @@
 # Sourced by run.sh and test.sh: installs what the build needs, configures once, and builds. Says nothing when
 # there is nothing to do; what it says goes to standard error, the whole story to build/PRESET.log.
 
-packages=(g++ cmake ninja-build pkg-config qt6-base-dev qt6-svg-dev libgl-dev libabsl-dev libboost-dev libgtest-dev
-          libgmock-dev libbenchmark-dev libfuse3-dev fuse3 fontconfig fonts-dejavu-core)
+packages=(g++ cmake ninja-build pkg-config qt6-base-dev qt6-base-private-dev qt6-svg-dev libgl-dev libabsl-dev
+          libboost-dev libgtest-dev libgmock-dev libbenchmark-dev libfuse3-dev fuse3 fontconfig
+          fonts-dejavu-core)
 # Installed along with those, where the distribution has them.
 niceties=(fonts-inter qt6-wayland qt6-translations-l10n)
 

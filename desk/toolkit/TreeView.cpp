@@ -6,6 +6,7 @@
 
 #include "desk/toolkit/BusySpinner.h"
 #include "desk/toolkit/CellEditorImpl.h"
+#include "desk/toolkit/RowLayout.h"
 #include "desk/toolkit/TreeImpl.h"
 
 namespace desk {
@@ -76,7 +77,10 @@ void TreeView::AnnounceRowChanged(const QModelIndex& index) {
 
 void TreeView::doItemsLayout() {
     const auto begin = Clock::now();
-    QTreeView::doItemsLayout();
+    LayOutRows(*this, mTree);
+    // What the base of the base does after it.
+    QAbstractItemView::doItemsLayout();
+    mHeader->doItemsLayout();
     mLayoutTime = Clock::now() - begin;
     mTree.RestoreScrollPosition();
     mTree.mCellEditor.GetImpl().Follow();

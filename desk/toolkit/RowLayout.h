@@ -1,0 +1,17 @@
+#pragma once
+
+#include "host/toolkit/UI_MultiColumnTree.h"
+
+class QTreeView;
+
+namespace desk {
+
+/// Lays out all opened rows of a tree in its view: what `QTreeView` does itself, from the rows instead of
+/// through the model, which is asked for each row's index, flags and children otherwise. It costs one look at
+/// each opened row. The layout alone: geometries, scroll bars and painting follow
+/// (`QAbstractItemView::doItemsLayout`). UI thread.
+///
+/// It writes the view's private list of items (Qt's `private/qtreeview_p.h`), as Qt 6.2 to 6.8 lay it out.
+void LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree);
+
+}  // namespace desk
