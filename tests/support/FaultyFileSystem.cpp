@@ -4,20 +4,13 @@
 
 #include "desk/core/durable/PosixErrors.h"
 #include "desk/core/edges/Services.h"
+#include "desk/core/names/FolderPath.h"
 
 namespace {
 
-bool IsAtOrBelow(const std::string& path, const std::string& folder) {
-    return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
-std::string FolderOf(const std::string& path) {
-    return path.substr(0, path.rfind('/'));
-}
-
-std::string NameOf(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);
-}
+using desk::FolderOf;
+using desk::IsSameOrBelow;
+using desk::NameOf;
 
 bool IsSame(const std::optional<desk::ItemStatus>& a, const std::optional<desk::ItemStatus>& b) {
     if (!a || !b) return !a && !b;
@@ -151,10 +144,10 @@ void FaultyFileSystem::ThrowIfRefused(const std::string& path) const {
 std::string FaultyFileSystem::Now(const std::string& path) const {
     std::lock_guard lock(mMutex);
     for (const auto& [absent, memory] : mMemories)
-        if (!memory.mStatus && IsAtOrBelow(path, absent))
+        if (!memory.mStatus && IsSameOrBelow(path, absent))
             desk::ThrowFileException("(remembered) use", path, ENOENT);
     for (const auto& [from, to] : mRenamed)
-        if (IsAtOrBelow(path, from)) return to + path.substr(from.size());
+        if (IsSameOrBelow(path, from)) return to + path.substr(from.size());
     return path;
 }
 
@@ -178,7 +171,7 @@ void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation op
                                 const std::string& path) {
     const auto isMeant = [&](Operation meant) { return meant == operation || meant == Operation::Any; };
     const auto isClosed = [&] {
-        return mGate && isMeant(mGate->mOperation) && IsAtOrBelow(path, mGate->mPath);
+        return mGate && isMeant(mGate->mOperation) && IsSameOrBelow(path, mGate->mPath);
     };
     if (!isClosed()) return;
     ++mWaiting;
@@ -191,7 +184,7 @@ void FaultyFileSystem::PassGate(std::unique_lock<std::mutex>& lock, Operation op
 int FaultyFileSystem::FindFault(Operation operation, const std::string& path) {
     if (mIsGone) return ESTALE;
     for (const auto& [denied, error] : mDenied)
-        if (IsAtOrBelow(path, denied)) return error;
+        if (IsSameOrBelow(path, denied)) return error;
     if (operation == Operation::Link && !mHasLinks) return EPERM;
     return TakeFault(mFaults, operation);
 }

@@ -6,9 +6,7 @@
 #include "desk/core/edges/SystemDesktop.h"
 #include "desk/core/names/LockRecord.h"
 #include "desk/files/disk/PosixFileSystem.h"
-#include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/LockProtocol.h"
-#include "desk/project/production/TrashRecords.h"
 #include "tests/volume/TestProduction.h"
 #include "tests/volume/WorkerServer.h"
 
@@ -22,13 +20,6 @@ protected:
     static std::string LockOf(const std::string& project) {
         const std::filesystem::path path(project);
         return path.parent_path().string() + "/." + path.filename().string() + ".lock";
-    }
-    /// What the next process on this machine does when it lists the folders, and when it moves something to the
-    /// trash.
-    void Sweep() {
-        std::vector<std::string> folders = testproduction::List(mProduction).mFolders;
-        folders.push_back(desk::GetTrashRecordsFolder(mProduction + "/Trash"));
-        for (const std::string& folder : folders) desk::SweepLeftovers(mDisk, mDesktop, folder);
     }
     bool HasHiddenNames() const {
         const auto isHidden = [](const auto& entry) {
@@ -96,7 +87,7 @@ TEST_F(SharedProduction, ThatFourProcessesMoveRenameAndTrashAtOnceLosesNothing) 
     EXPECT_EQ(testproduction::Examine(mProduction).DescribeLosses(kProjects), "");
     ExpectThatEachLockCanBeTaken();
     // Folders were moved with the locks of others in them.
-    Sweep();
+    testproduction::Sweep(mProduction, mDesktop);
     EXPECT_THAT(testproduction::Examine(mProduction).mHidden, testing::IsEmpty());
 }
 
@@ -139,7 +130,7 @@ TEST_P(KilledProcess, LeavesEveryProjectWholeAndNothingThatStandsInTheWay) {
         const Findings found = testproduction::Examine(mProduction);
         left += !found.mHidden.empty();
         ASSERT_EQ(found.DescribeLosses(kProjects, job.mMakesCopies), "");
-        Sweep();
+        testproduction::Sweep(mProduction, mDesktop);
         ExpectThatEachLockCanBeTaken();
         ASSERT_THAT(testproduction::Examine(mProduction).mHidden, testing::IsEmpty());
         if (!job.mMakesCopies) continue;

@@ -5,6 +5,8 @@
 #include <sstream>
 
 #include "desk/core/names/HostNames.h"
+#include "desk/files/disk/PosixFileSystem.h"
+#include "desk/project/lock/Leftovers.h"
 #include "desk/project/production/TrashRecords.h"
 
 namespace testproduction {
@@ -123,6 +125,15 @@ Items List(const std::string& folder) {
                 items.mProjects.push_back(entry.path().string());
         }
     return items;
+}
+
+void Sweep(const std::string& production, const desk::Desktop& desktop) {
+    desk::PosixFileSystem disk;
+    std::vector<std::string> folders = List(production).mFolders;
+    folders.push_back(desk::GetTrashRecordsFolder(production + "/Trash"));
+    for (const std::string& path : folders)
+        for (const desk::HollowLock& lock : desk::SweepLeftovers(disk, desktop, path))
+            desk::SweepHollowLock(disk, desktop, lock);
 }
 
 }  // namespace testproduction

@@ -5,6 +5,7 @@
 #include <optional>
 #include <random>
 
+#include "desk/core/edges/Desktop.h"
 #include "tests/support/TemporaryFolder.h"
 
 /// A production whose projects say themselves which they are and whether they are whole.
@@ -48,6 +49,10 @@ struct Items {
     std::vector<std::string> mFolders, mProjects;
 };
 Items List(const std::string& folder);
+
+/// Removes what dead processes have left, as whoever lists the folders of the production does and moves
+/// something to its trash; an empty lock at the second look.
+void Sweep(const std::string& production, const desk::Desktop& desktop);
 
 /// One of `items`, which is not empty.
 template <class Item>

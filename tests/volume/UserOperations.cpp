@@ -7,7 +7,6 @@
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
 #include "desk/core/log/Log.h"
-#include "desk/project/production/TrashRecords.h"
 #include "host/files/Dir.h"
 #include "host/files/File.h"
 #include "host/files/FileUtils.h"
@@ -139,16 +138,6 @@ void ExpectTruth(const UserOperation& operation, State state, const std::string&
     EXPECT_TRUE(isOpen || !isDenied || state == State::NotDone) << "it is not as it was told";
 }
 
-/// As whoever lists the folders of the production does; an empty lock at the second look.
-void Sweep(const std::string& production, const desk::Desktop& desktop) {
-    desk::PosixFileSystem disk;
-    std::vector<std::string> folders = testproduction::List(production).mFolders;
-    folders.push_back(desk::GetTrashRecordsFolder(production + "/Trash"));
-    for (const std::string& folder : folders)
-        for (const desk::HollowLock& lock : desk::SweepLeftovers(disk, desktop, folder))
-            desk::SweepHollowLock(disk, desktop, lock);
-}
-
 std::vector<std::string> FindHiddenNames(const std::string& production) {
     std::vector<std::string> names;
     for (const std::string& hidden : testproduction::Examine(production).mHidden)
@@ -252,12 +241,12 @@ bool CheckOutcome(const UserOperation& operation, Stack& stack, const std::vecto
 
 void CheckNothingIsLeft(const std::string& folder, const std::vector<std::string>& told, bool keepsNames) {
     RecordingDesktop desktop;
-    if (keepsNames) Sweep(folder, desktop);
+    if (keepsNames) testproduction::Sweep(folder, desktop);
     for (const std::string& name : FindHiddenNames(folder))
         EXPECT_TRUE(desk::IsTemporaryName(name) || (keepsNames && IsMoveInDoubt(told))) << "left: " << name;
     // The next start of the machine.
     desktop.mBootID.back() = 'f';
-    Sweep(folder, desktop);
+    testproduction::Sweep(folder, desktop);
     for (const std::string& name : FindHiddenNames(folder))
         EXPECT_NE(Join(told).find(name), std::string::npos) << "left for good, and nobody told: " << name;
 }

@@ -6,7 +6,6 @@
 #include "desk/app/ProgressTexts.h"
 #include "desk/core/work/TimeLeft.h"
 #include "desk/framework/DockWorkspace.h"
-#include "desk/project/production/CopyQueue.h"
 #include "desk/project/production/Production.h"
 #include "host/framework/Identifiers.h"
 #include "host/project/ProductionItems.h"

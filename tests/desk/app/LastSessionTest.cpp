@@ -10,7 +10,6 @@
 #include "desk/app/StatusLine.h"
 #include "desk/core/names/ProcessFacts.h"
 #include "desk/core/names/RecordOwner.h"
-#include "desk/core/settings/JsonFile.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/project/production/Production.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"

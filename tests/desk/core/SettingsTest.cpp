@@ -8,31 +8,20 @@ namespace {
 
 using SettingsTest = HostFixture;
 
-/// Sets an environment variable for one scope.
-class Variable {
-public:
-    Variable(const char* name, const char* value) : mName(name) {
-        if (const char* before = std::getenv(name)) mBefore = before;
-        value ? setenv(name, value, 1) : unsetenv(name);
-    }
-    ~Variable() { mBefore ? setenv(mName, mBefore->c_str(), 1) : unsetenv(mName); }
-
-private:
-    const char* mName;
-    std::optional<std::string> mBefore;
-};
-
 }  // namespace
 
 TEST_F(SettingsTest, TheProfileFollowsTheBaseDirectorySpecification) {
-    const Variable home("HOME", mFolder.Path().c_str());
-    {
-        const Variable config("XDG_CONFIG_HOME", "/somewhere");
-        const Variable data("XDG_DATA_HOME", "relative/counts/as/not/set");
-        EXPECT_EQ(desk::Profile::DefaultFolder(), "/somewhere/production-desk");
-        EXPECT_EQ(desk::Profile::UserDataFolder(), mFolder.Path(".local/share/production-desk"));
-    }
-    const Variable config("XDG_CONFIG_HOME", nullptr);
+    std::map<const char*, QByteArray> before;
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"}) before[name] = qgetenv(name);
+    const auto restore = qScopeGuard([&before] {
+        for (const auto& [name, value] : before) qputenv(name, value);
+    });
+    qputenv("HOME", mFolder.Path().c_str());
+    qputenv("XDG_CONFIG_HOME", "/somewhere");
+    qputenv("XDG_DATA_HOME", "relative/counts/as/not/set");
+    EXPECT_EQ(desk::Profile::DefaultFolder(), "/somewhere/production-desk");
+    EXPECT_EQ(desk::Profile::UserDataFolder(), mFolder.Path(".local/share/production-desk"));
+    qunsetenv("XDG_CONFIG_HOME");
     const desk::Profile profile;
     EXPECT_EQ(profile.Folder(), mFolder.Path(".config/production-desk"));
     EXPECT_EQ(std::filesystem::status(profile.Folder()).permissions(), std::filesystem::perms::owner_all);

@@ -5,8 +5,6 @@
 #include <csignal>
 
 #include "desk/core/names/ProcessFacts.h"
-#include "host/files/PathUtils.h"
-#include "host/project/ProjectFiles.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/desk/files/FollowedFolder.h"
 

@@ -1,15 +1,9 @@
-#include <sys/stat.h>
 #include <sys/syscall.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <filesystem>
 
 #include "desk/core/durable/NewFile.h"
 #include "desk/core/durable/ReplaceFile.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/HostFixture.h"
-#include "tests/support/TwoStepDisk.h"
 
 using Outcome = desk::FileReplacement::Outcome;
 namespace fs = std::filesystem;
@@ -28,6 +22,23 @@ extern "C" int fsync(int file) {
 }
 
 namespace {
+
+/// A disk that replaces a file by a removal and a rename, of which the next `mFailures` renames fail.
+class TwoStepDisk : public FaultyFileSystem {
+public:
+    void Rename(const std::string& from, const std::string& to) override {
+        if (mFailures == 0) return FaultyFileSystem::Rename(from, to);
+        --mFailures;
+        ::unlink(to.c_str());
+        desk::ThrowFileException("rename", from, mError);
+    }
+    bool WaitForCaches(const std::string& path) noexcept override {
+        return mForgetsSoon && FaultyFileSystem::WaitForCaches(path);
+    }
+
+    int mFailures = 0, mError = EEXIST;
+    bool mForgetsSoon = true;
+};
 
 class ReplaceFileTest : public HostFixture {
 protected:

@@ -104,21 +104,12 @@ TEST_F(TabOrderTest, IsThatOfReading) {
     EXPECT_EQ(names.join(QLatin1Char(' ')), QStringLiteral("command-2 command-3 command-1"));
 }
 
-struct StatusTips : QObject {
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::StatusTip) mTips << static_cast<QStatusTipEvent*>(event)->tip();
-        return false;
-    }
-    QStringList mTips;
-};
-
 TEST_F(PictureButtonTest, TellsWhatItDoesToTheMainWindowAlsoFromAFloatingPanel) {
     EXPECT_EQ(Button().accessibleName(), QStringLiteral("Move <to> Trash"));
     EXPECT_TRUE(!Qt::mightBeRichText(Button().toolTip()) ||
                 Button().toolTip().contains(QStringLiteral("&lt;to")));
     QWidget mainWindow;
-    StatusTips tips;
-    mainWindow.installEventFilter(&tips);
+    const StatusTips tips(&mainWindow);
     mFrame->Window().setParent(&mainWindow, Qt::Tool);
     QEnterEvent event({1, 1}, {1, 1}, {1, 1});
     QCoreApplication::sendEvent(&Button(), &event);

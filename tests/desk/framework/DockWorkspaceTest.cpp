@@ -3,7 +3,6 @@
 #include <QTest>
 #include <QtWidgets>
 
-#include "desk/core/names/QtStrings.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/framework/DockWorkspace.h"
 #include "desk/framework/PanelRegistry.h"

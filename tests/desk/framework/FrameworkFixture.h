@@ -88,6 +88,17 @@ public:
     host::TabView* CreateTabViewSelf(host::WorkspaceFrame*) override { return nullptr; }
 };
 
+/// The tips that a widget is to show in its status line.
+class StatusTips : public QObject {
+public:
+    explicit StatusTips(QObject* heard) { heard->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::StatusTip) mTips << static_cast<QStatusTipEvent*>(event)->tip();
+        return false;
+    }
+    QStringList mTips;
+};
+
 /// One panel in a window of its own.
 class FrameworkFixture : public HostFixture {
 protected:

@@ -63,16 +63,6 @@ TEST_F(MenuResourcesTest, AProfilesMenuGoesBeforeAndStateCanNameAndMarkAnEntry) 
     desk::MainCommander::Instance().Register(900010, {}, {});
 }
 
-class HearsTips : public QObject {
-public:
-    explicit HearsTips(QObject* heard) : QObject(heard) { heard->installEventFilter(this); }
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::StatusTip) mTip = static_cast<QStatusTipEvent*>(event)->tip();
-        return false;
-    }
-    QString mTip;
-};
-
 TEST_F(MenuResourcesTest, AContextMenuSaysWhyEntriesAreGreyAndGoesWithItsOwner) {
     mMenus.Load(mFolder.Path());
     mPanel->mCommands = {{30305, false}, {30306, true}, {60019, false}};
@@ -87,14 +77,15 @@ TEST_F(MenuResourcesTest, AContextMenuSaysWhyEntriesAreGreyAndGoesWithItsOwner) 
     EXPECT_EQ(shown->pos(), PanelWidget().mapToGlobal(QPoint(10, 20)));
     EXPECT_EQ(Shown(*shown)[1], "Close Project");
     EXPECT_FALSE(shown->findChild<QAction*>(QStringLiteral("command-60019"))->isVisible()) << "nobody holds it";
-    auto* tips = new HearsTips(PanelWidget().window());
+    const StatusTips tips(PanelWidget().window());
     Q_EMIT shown->hovered(shown->actions().at(0));
-    EXPECT_EQ(tips->mTip, QStringLiteral("not now"));
+    EXPECT_EQ(tips.mTips.back(), QStringLiteral("not now"));
     Q_EMIT shown->hovered(shown->actions().last());
-    EXPECT_EQ(tips->mTip, QStringLiteral("This command cannot act on what is selected now.")) << "nobody knows it";
+    EXPECT_EQ(tips.mTips.back(), QStringLiteral("This command cannot act on what is selected now."))
+        << "nobody knows it";
     TakeEvents();
     QTest::keyClick(shown, Qt::Key_Down);
-    EXPECT_EQ(tips->mTip, QString());
+    EXPECT_EQ(tips.mTips.back(), QString());
     QTest::keyClick(shown, Qt::Key_Return);
     EXPECT_EQ(TakeEvents(), Events{"panel 30306"});
     ASSERT_TRUE(open());

@@ -1,6 +1,5 @@
 
 
-#include "desk/core/log/UserNotice.h"
 #include "desk/core/names/HostNames.h"
 #include "desk/project/lock/Leftovers.h"
 #include "tests/support/HostFixture.h"

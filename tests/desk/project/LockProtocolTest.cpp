@@ -1,7 +1,4 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <filesystem>
 
 #include "desk/core/names/HostNames.h"
 #include "desk/project/lock/Leftovers.h"

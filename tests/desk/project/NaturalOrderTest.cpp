@@ -8,7 +8,6 @@
 
 #include "desk/core/names/NaturalOrder.h"
 #include "host/core/Strings.h"
-#include "host/project/ProjectFiles.h"
 
 using desk::NaturalOrder;
 using Names = std::vector<std::u16string>;

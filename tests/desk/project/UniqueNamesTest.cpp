@@ -1,4 +1,3 @@
-#include "desk/core/names/UniqueNames.h"
 #include "host/project/ProductionItems.h"
 #include "tests/support/HostFixture.h"
 
