@@ -1,8 +1,5 @@
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include "desk/project/lock/Leftovers.h"
-#include "desk/project/lock/LockKeeper.h"
 #include "host/files/File.h"
 #include "host/files/FileSearch.h"
 #include "host/files/FileUtils.h"
@@ -28,29 +25,9 @@ protected:
         return host::File::Move(mFolder.PathUTF16(from), mFolder.PathUTF16(to));
     }
     host::Dir DirAt(const std::string& name) const { return host::Dir(mFolder.PathUTF16(name)); }
-    host::ProjectLockFileRef TakeLock(const std::string& project) {
-        return host::CreateProjectLockFile(mFolder.PathUTF16(project), mDesktop.mUserName,
-                                           mDesktop.mMachineName);
-    }
 };
 
 }  // namespace
-
-TEST_F(FileMoveTest, LocksInAMovedFolderStayOursOnAnyVolume) {
-    for (const bool isAcross : {false, true}) {
-        mDisk.SetVolumes(isAcross);
-        {
-            const host::ProjectLockFileRef lock = TakeLock("Day 1/a.zuproj");
-            ASSERT_TRUE(lock);
-            EXPECT_EQ(Move("Day 1", "Day 2/Moved"), 0);
-            EXPECT_TRUE(desk::LockKeeper::Instance().Find(mFolder.Path("Day 2/Moved/.a.zuproj.lock")));
-            EXPECT_FALSE(lock->IsLost());
-        }
-        mMain.RunUntilIdle();
-        EXPECT_FALSE(mFolder.Exists("Day 2/Moved/.a.zuproj.lock"));
-        EXPECT_EQ(Move("Day 2/Moved", "Day 1"), 0);
-    }
-}
 
 TEST_F(FileMoveTest, AFailureIsToldInWordsAndThrown) {
     // Of the same size and time.

@@ -4,7 +4,6 @@
 #include "desk/files/search/FolderFollower.h"
 #include "desk/files/search/FolderWalk.h"
 #include "host/files/FileSearch.h"
-#include "host/files/PathUtils.h"
 #include "tests/desk/files/FollowedFolder.h"
 
 using host::FileSearch;
@@ -160,35 +159,6 @@ TEST_F(FileSearchTest, AsksTheVolumeForNothingOnceTheNamesAreKnownAndSharesAWalk
     request = Find();
     EXPECT_EQ(mHits, changed);
     EXPECT_EQ(mDisk.Count(Operation::Any), 0);
-}
-
-TEST_F(FileSearchTest, KnowsTheFoldersThatAViewHasListedAndFollowsThemWithoutListingThemAgain) {
-    UseInotify();
-    for (int i = 0; i < 30; ++i) mFolder.Write("f" + std::to_string(i) + "/Reel.zuproj");
-    Follow();
-    for (int i = 0; i < 30; ++i) List("f" + std::to_string(i));
-    mDisk.ResetCounts();
-    const auto request = Find();
-    EXPECT_EQ(mHits.size(), 30u);
-    EXPECT_EQ(mDisk.Count(Operation::Any), 0);
-    mFolder.Rename("f3/Reel.zuproj", "f3/Other.zuproj");
-    mFolder.Rename("f4/Reel.zuproj", "f4/Reel 2.zuproj");
-    EXPECT_TRUE(WaitFor([&] {
-        return !mHits.contains("f3/Reel.zuproj") && mHits.contains("f4/Reel 2.zuproj") && mHits.size() == 29;
-    }));
-}
-
-TEST_F(FileSearchTest, TellsOfFoldersThatAreMadeAndRenamed) {
-    UseInotify();
-    symlink("..", mFolder.Path("loop").c_str());
-    Monitor();
-    const auto request = Find();
-    mFolder.Write("new/deep/Reel 3.zuproj");
-    ASSERT_TRUE(Becomes({"new/deep/Reel 3.zuproj"}));
-    mFolder.Rename("new", "Reels");
-    ASSERT_TRUE(Becomes({"Reels", "Reels/deep/Reel 3.zuproj"}));
-    mFolder.Remove("Reels");
-    ASSERT_TRUE(Becomes({}));
 }
 
 TEST_F(FileSearchTest, LetsGoOfTheFoldersWhenItEnds) {

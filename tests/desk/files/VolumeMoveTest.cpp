@@ -1,6 +1,4 @@
-#include <functional>
 
-#include "desk/core/durable/PosixErrors.h"
 #include "desk/core/durable/VolumeMove.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/TreeSnapshot.h"
@@ -43,6 +41,7 @@ protected:
         mDisk.SetHasRenameFlags(volume.mHasRenameFlags);
         mDisk.SetHasLinks(volume.mHasLinks);
         mDisk.ForgetFaults();
+        mDisk.ForgetLies();
         mDisk.ResetCounts();
     }
     desk::VolumeMove Move() { return desk::MoveOnVolume(mFrom, mTo); }
@@ -100,12 +99,14 @@ TEST_P(VolumeMoveFaultTest, WhateverTwoStepsFailItStandsWhereItIsToldToBe) {
     int steps = mDisk.Count(Operation::Any);
     for (int first = 1; first <= steps; ++first)
         for (int second = first + 1; second <= first + 8; ++second)
-            for (int kind = 0; kind < 4; ++kind) {
+            for (int kind = 0; kind < 8; ++kind) {
                 SCOPED_TRACE(std::to_string(first) + (kind & 1 ? " after, " : " before, ") +
-                             std::to_string(second) + (kind & 2 ? " after" : " before"));
+                             std::to_string(second) + (kind & 2 ? " after" : " before") +
+                             (kind & 4 ? ", names kept" : ""));
                 MakeItem(GetParam());
                 Fail(first, kind & 1);
                 Fail(second, kind & 2);
+                mDisk.SetLies(kind & 4 ? FaultyFileSystem::Lies::Names : FaultyFileSystem::Lies::None);
                 MoveAndCheck();
                 steps = std::max(steps, mDisk.Count(Operation::Any));
                 if (HasFailure()) return;

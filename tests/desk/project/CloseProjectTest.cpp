@@ -24,29 +24,6 @@ protected:
 
 }  // namespace
 
-TEST_F(CloseProjectTest, AChangedProjectAsksWhetherToSave) {
-    const struct {
-        const char16_t* mAnswer;
-        bool mIsClosed;
-        const char* mContent;
-    } cases[] = {{u"Cancel", false, "old "}, {u"Save", true, "new "}, {u"Discard", true, "old "}};
-    for (const auto& c : cases) {
-        mFolder.Write(kProject, "old ");
-        const desk::ProjectDocumentRef document = OpenAndFind();
-        Edit(document, u"new ");
-        mDialogs.ExpectQuestion("Save Changes", c.mAnswer);
-        EXPECT_EQ(Manager().CloseProject(document, true), c.mIsClosed);
-        EXPECT_TRUE(!mDialogs.LastOfferedApplyToAll() && AsksFor("Reel 1"));
-        EXPECT_EQ(Find() != nullptr, !c.mIsClosed);
-        EXPECT_EQ(mFolder.Exists(kLock), !c.mIsClosed);
-        EXPECT_EQ(mFolder.Read(kProject), c.mContent);
-        EXPECT_EQ(document->IsDirty(), !c.mIsClosed || std::string("Discard") == host::UTF16to8(c.mAnswer));
-        EXPECT_TRUE(Manager().CloseProject(document, false))
-            << "without a question, and when it is closed already";
-        EXPECT_FALSE(mFolder.Exists(kLock));
-    }
-}
-
 TEST_F(CloseProjectTest, ASaveThatFailsKeepsTheProjectOpenAndACopyWillDo) {
     const desk::ProjectDocumentRef document = OpenAndFind();
     Edit(document, u"new");

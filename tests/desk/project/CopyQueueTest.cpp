@@ -10,8 +10,6 @@ using State = CopyJob::State;
 
 namespace {
 
-constexpr long kFuse = 0x65735546;
-
 /// A production in a folder, projects outside it, and a queue.
 class CopyQueueTest : public FollowedFolder {
 protected:
@@ -158,14 +156,4 @@ TEST_F(CopyQueueTest, WhatFailsIsToldLeavesNothingAndKeepsNobody) {
     EXPECT_EQ(InFolder(), (Names{"B.zuproj", "C.zuproj", "L.zuproj"}));
     EXPECT_FALSE(std::filesystem::is_symlink(mFolder.Path("Production/Day 1/L.zuproj")));
     EXPECT_EQ(mFolder.Read("Production/Day 1/L.zuproj"), "content of A");
-}
-
-TEST_F(CopyQueueTest, AFolderThatIsPolledIsLookedAtWhenACopyHasLanded) {
-    mDisk.SetVolumeType(kFuse);
-    Monitor();
-    List("Production/Day 1");
-    AddAll();
-    mMain.RunUntilIdle();
-    EXPECT_EQ(Shown("Production/Day 1"), (Names{"A.zuproj", "B.zuproj", "C.zuproj"}))
-        << "without waiting for a poll";
 }

@@ -86,15 +86,5 @@ TEST(EditedText, EditsTakeTheLineEndsOfTheirPlace) {
     for (const auto& c : cases) EXPECT_EQ(EditedText(c.mBytes).ToBytes(c.mEdited), c.mExpected) << c.mWhat;
 }
 
-TEST(EditedText, RefusesWhatWouldNotSurvive) {
-    const std::string line(EditedText::kLongestLine, 'x');
-    for (const char* bytes : {"\xFF", "a\xC3", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80"})
-        EXPECT_EQ(EditedText::FindObstacle(bytes), Obstacle::NoText) << bytes;
-    EXPECT_EQ(EditedText::FindObstacle(line + "\r\n" + line), Obstacle::None);
-    EXPECT_EQ(EditedText::FindObstacle(line + "x\n"), Obstacle::LongLine);
-    EXPECT_EQ(EditedText::FindObstacle(std::string(EditedText::kMostLines - 1, '\n')), Obstacle::None);
-    EXPECT_EQ(EditedText::FindObstacle(std::string(EditedText::kMostLines, '\n')), Obstacle::ManyLines);
-}
-
 }  // namespace
 }  // namespace desk

@@ -1,8 +1,5 @@
-#include <cerrno>
-#include <fstream>
 
 #include "desk/core/work/WorkProgress.h"
-#include "desk/project/document/OpenProjectList.h"
 #include "desk/project/lock/LockKeeper.h"
 #include "desk/project/production/Production.h"
 #include "host/project/ItemOperations.h"
@@ -110,27 +107,6 @@ TEST_F(ItemOperationTest, ALockThatSomebodyHasBrokenIsNotOursAtTheNewPlaceEither
     EXPECT_TRUE(open->mLockFile->IsLost());
     Close(open);
     EXPECT_EQ(Shown(), kAllTrashed);
-}
-
-TEST_F(ItemOperationTest, OneMessageListsWhatStayedAndWhy) {
-    Lock("A", MakeForeignRecord(mDesktop));
-    Lock("Trash/C", MakeForeignRecord(mDesktop));
-    mFolder.Remove("Production/D.zuproj");
-    mDialogs.ExpectMessage("Not Everything Was Moved");
-    EXPECT_EQ(Trash(),
-              (std::vector{Result::Refused, Result::Done, Result::NoDestinationLock, Result::Refused}));
-    EXPECT_EQ(mDialogs.LastText(),
-              "“A.zuproj” was not moved. tomas has it open on edit-bay-2.\n"
-              "“C.zuproj” was not moved. “C” is locked by tomas on edit-bay-2, since 09:30:00 (just now).\n"
-              "“D.zuproj” was not moved. It is not there any more.");
-    // The volume is to blame, not the lock.
-    mFolder.Remove("Production/.A.zuproj.lock");
-    mDisk.Deny(mFolder.Path("Production"), EROFS);
-    mDialogs.ExpectMessage("Not Everything Was Moved");
-    Trash();
-    EXPECT_NE(mDialogs.LastText().find("“A.zuproj” was not moved. Read-only file system ("), std::string::npos)
-        << mDialogs.LastText();
-    mDisk.Allow(mFolder.Path("Production"));
 }
 
 TEST_F(ItemOperationTest, AFailureAndACancelLeaveTheRestUntouched) {

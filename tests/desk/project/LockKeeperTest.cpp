@@ -1,7 +1,4 @@
-#include <gtest/gtest.h>
 
-#include <filesystem>
-#include <thread>
 
 #include "desk/files/live/ChangeSource.h"
 #include "desk/files/live/FolderStore.h"
@@ -329,18 +326,4 @@ TEST_F(LockKeeperTest, ALockThatWasMadeAndNotWrittenGoesAfterAWhileWhereverItSta
     mFolder.Remove("A/Day 3/" + other);
     const HollowDisk disk([] {});
     EXPECT_TRUE(Create("A/Day 3/Reel 1.zuproj")) << "nobody else can have made it";
-}
-
-TEST_F(LockKeeperTest, WhatDeadProcessesHaveLeftGoesWhenAFolderIsFirstListedUnderItsName) {
-    const auto store = desk::CreateFolderStore(desk::SweepInBackground);
-    for (const char* folder : {"Day 1", "Day 2"}) {
-        const std::string temporary = folder + ("/" + desk::MakeTemporaryName(MakeDeadRecord(mDesktop)));
-        const std::string lock = folder + std::string("/.Reel 1.zuproj.lock");
-        mFolder.Write(temporary);
-        mFolder.Write(lock, WriteLockRecord(MakeDeadRecord(mDesktop)));
-        store->RequestListing(mFolder.PathUTF16(folder), [](const desk::FolderStore::Delivery&) {});
-        mMain.RunUntilIdle();
-        EXPECT_EQ(NamesIn(folder), Names{"Reel 1.zuproj"});
-        if (folder == std::string("Day 1")) mFolder.Rename("Day 1", "Day 2");
-    }
 }

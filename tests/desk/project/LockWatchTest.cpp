@@ -54,17 +54,6 @@ TEST_F(LockWatchTest, ALockThatWasTakenOverOrRemovedMakesTheProjectReadOnlyWithi
     }
 }
 
-TEST_F(LockWatchTest, ALossIsSeenWhenTheFoldersChangeIsTold) {
-    const desk::ProjectDocumentRef document = OpenAndFind();
-    WriteForeignLock();
-    for (const bool isReadOnly : {false, true}) {
-        host::BroadcastMessage(host::kStation_DirectoryChanges,
-                               host::DirectoryChangedMessage(mFolder.PathUTF16("Day 1")));
-        mMain.RunUntilIdle();
-        EXPECT_EQ(document->IsReadOnly(), isReadOnly);
-    }
-}
-
 TEST_F(LockWatchTest, TheLossOfALinksTargetGivesTheLinksOwnLockUp) {
     std::filesystem::create_symlink("Reel 1.zuproj", mFolder.Path("Day 1/link.zuproj"));
     const desk::ProjectDocumentRef document = OpenAndFind("Day 1/link.zuproj");

@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "desk/project/lock/LockKeeper.h"
 #include "host/project/ProductionItems.h"
-#include "host/project/ProjectLockFile.h"
 #include "tests/desk/files/FollowedFolder.h"
 
 namespace {
@@ -18,14 +16,9 @@ protected:
     void ListAll() {
         for (const char* folder : {"", "Day 1", "Day 1/Sub", "Day 10"}) List(folder);
     }
-    /// Tells of a change of a lock file.
-    void Tell(const std::string& folder, std::uint32_t mask, const std::string& name) {
-        mSource->Tell(mFolder.Path(folder), mask, name);
-        mMain.Advance(std::chrono::seconds(1));
-    }
-    bool HasLocked(bool recursive = true, bool onlyOthers = true) {
+    bool HasLocked(bool recursive = true) {
         mDisk.ResetCounts();
-        const bool result = host::DoesDirectoryContainLockedProjects(Path("Day 1"), recursive, onlyOthers);
+        const bool result = host::DoesDirectoryContainLockedProjects(Path("Day 1"), recursive, true);
         EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "a command's status must not wait for the volume";
         return result;
     }
@@ -41,7 +34,8 @@ TEST_F(LockedFoldersTest, AnswersFromWhatIsListedWithoutTheDisk) {
     EXPECT_TRUE(HasLocked());
     EXPECT_FALSE(HasLocked(false)) << "only below";
     mFolder.Remove(LockName("Day 1/Sub", "b.zuproj"));
-    Tell("Day 1/Sub", IN_DELETE, ".b.zuproj.lock");
+    mSource->Tell(mFolder.Path("Day 1/Sub"), IN_DELETE, ".b.zuproj.lock");
+    mMain.Advance(std::chrono::seconds(1));
     EXPECT_FALSE(HasLocked()) << "Day 10 is another folder";
 }
 
@@ -58,27 +52,4 @@ TEST_F(LockedFoldersTest, TellsWhoHoldsAProjectWhereAndSinceWhen) {
     EXPECT_THAT(describe("Day 10/c.zuproj"), testing::MatchesRegex("Locked by tomas on .+ since .*[0-9].*"));
     EXPECT_THAT(describe("Day 1/a.zuproj"), testing::StartsWith("Locked by an unknown user"));
     EXPECT_EQ(describe("Day 1/Sub/b.zuproj"), "");
-}
-
-TEST_F(LockedFoldersTest, UnreadLocksCountAndAreAskedFor) {
-    mFolder.Write("Day 1/Sub/.b.zuproj.lock", WriteLockRecord(MakeDeadRecord(mDesktop)));
-    ListAll();
-    EXPECT_TRUE(HasLocked());
-    mMain.RunUntilIdle();
-    EXPECT_FALSE(HasLocked()) << "its holder is gone";
-}
-
-TEST_F(LockedFoldersTest, OwnLocksAreKnownBeforeTheDiskTells) {
-    ListAll();
-    host::ProjectLockFileRef lock =
-        host::CreateProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName);
-    ASSERT_TRUE(lock);
-    Tell("Day 1", IN_CREATE, ".a.zuproj.lock");
-    EXPECT_FALSE(HasLocked());
-    EXPECT_TRUE(HasLocked(true, false));
-    ReadFacts("Day 1/a.zuproj");
-    lock.reset();
-    EXPECT_FALSE(HasLocked(true, false)) << "given up since it was read";
-    EXPECT_FALSE(host::ReadProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName));
-    EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "a row that is painted must not wait for the volume";
 }

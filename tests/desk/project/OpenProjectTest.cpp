@@ -103,6 +103,7 @@ TEST_F(OpenProjectTest, ShowsWhatCannotBeEditedAsWhatItIs) {
                  {"a\xEF\xBF\xBC", Kind::Text},
                  {"", Kind::EditableText},
                  {std::string(desk::kEditableLimit, 'x').replace(1 << 18, 1, "\n"), Kind::Text},
+                 {std::string(desk::EditedText::kMostLines, '\n'), Kind::Text},
                  {std::string(desk::kEditableLimit + 1, '\n'), Kind::Large}};
     for (const auto& c : cases) {
         mFolder.Write(kProject, c.mBytes);

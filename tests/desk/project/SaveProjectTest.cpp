@@ -1,6 +1,5 @@
 
 #include "tests/desk/project/ProjectDocumentsFixture.h"
-#include "tests/support/TwoStepDisk.h"
 
 namespace {
 
@@ -86,19 +85,6 @@ TEST_F(SaveProjectTest, AfterASaveInDoubtEveryTextIsUnsavedUntilOneIsSaved) {
     mMain.Advance(std::chrono::seconds(10));
     EXPECT_FALSE(document->IsDirty());
     EXPECT_TRUE(document->IsOutOfDate()) << "what was discarded has been saved";
-}
-
-TEST_F(SaveProjectTest, ATextWhoseFileTheVolumeHasRemovedIsKeptUntilItIsSavedAgain) {
-    const desk::ProjectDocumentRef document = OpenAndEdit();
-    const ExpectLogged log("is kept in");
-    TwoStepDisk disk;
-    disk.mFailures = 2;
-    EXPECT_FALSE(Save(document, "The Project May Not Have Been Saved"));
-    EXPECT_TRUE(AsksFor(mFolder.Path("Day 1/.zutold-"))) << mDialogs.LastText();
-    EXPECT_EQ(CountHidden(), 2) << "the lock and the text";
-    EXPECT_TRUE(Save(document, "Project File Is Gone", u"Save It Again"));
-    EXPECT_EQ(mFolder.Read(kProject), kEdited);
-    EXPECT_EQ(CountHidden(), 1);
 }
 
 TEST_F(SaveProjectTest, NothingKeepsTheUIThreadWaitingForTheVolume) {
