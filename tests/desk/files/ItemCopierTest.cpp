@@ -80,6 +80,34 @@ protected:
 
 }  // namespace
 
+TEST_F(ItemCopierTest, AStepThatFailsLosesNothingAndLeavesNothingHalfDone) {
+    const ExpectLogged faults("(faulty) use"), lostReplies("(lost reply) use");
+    mDisk.SkipFlushes();
+    mDisk.SetLies(FaultyFileSystem::Lies::Names);
+    for (const Deed& deed : {kCopy, kMoveAcross})
+        for (const bool isCarriedOut : {false, true}) {
+            int step = 0;
+            do {
+                ++step;
+                SCOPED_TRACE(deed.mName + std::string(isCarriedOut ? " after step " : " before step ") +
+                             std::to_string(step));
+                MakeSource();
+                const TreeSnapshot before = TakeSnapshot(mFrom);
+                mDisk.ResetCounts();
+                mDisk.ForgetLies();
+                isCarriedOut ? mDisk.FailAfter(Operation::Any, step, EIO)
+                             : mDisk.Fail(Operation::Any, step, EIO);
+                const int error = Do(deed);
+                const bool isMade = error == 0 || mFolder.Exists("to/copy");
+                EXPECT_EQ(NamesIn("to"), isMade ? Names{"copy"} : Names{});
+                EXPECT_EQ(TakeSnapshot(mTo), isMade ? before : TreeSnapshot());
+                if (error != 0 || !deed.mIsMove) {
+                    EXPECT_EQ(TakeSnapshot(mFrom), before);
+                }
+            } while (mDisk.Count(Operation::Any) >= step);
+        }
+}
+
 TEST_F(ItemCopierTest, CopiesTakePermissionsTimesLinksAndEveryNameAlong) {
     MakeSource();
     const std::string longest(255, 'n');
@@ -165,18 +193,6 @@ TEST_F(ItemCopierTest, WhatChangesWhileTheSourceIsRemovedIsLeftBehindWithItsLock
     EXPECT_EQ(NamesIn("from/item/sub"), (Names{"late.zuproj", ".late.zuproj.lock"}));
     EXPECT_EQ(mFolder.Read("to/copy/sub/late.zuproj"), "");
     EXPECT_TRUE(mFolder.Exists("to/copy/sub/.late.zuproj.lock"));
-}
-
-TEST_F(ItemCopierTest, LocksAreRemovedLastOfAllFiles) {
-    MakeSource();
-    mFolder.Write("from/item/sub/a.zuproj");
-    mFolder.Write("from/item/sub/.a.zuproj.lock");
-    Names filesWithTheLock;
-    EXPECT_EQ(DoWhile(kMoveAcross, Operation::RemoveFromTree, mFrom + "/sub/.a.zuproj.lock",
-                      [&] { filesWithTheLock = NamesIn("from/item/sub"); }),
-              0);
-    EXPECT_EQ(filesWithTheLock, Names{".a.zuproj.lock"});
-    EXPECT_FALSE(mFolder.Exists("from/item"));
 }
 
 TEST_F(ItemCopierTest, WhatMayHaveItsNameIsNotTakenForItsHiddenPart) {

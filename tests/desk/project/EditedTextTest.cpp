@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QtWidgets>
-#include <random>
 
 #include "desk/core/names/QtStrings.h"
 #include "desk/project/document/EditedText.h"
@@ -35,33 +34,6 @@ TEST(EditedText, EveryCharacterComesBackFromTheEditorOrIsRefused) {
     ASSERT_EQ(EditedText::FindObstacle(bytes), Obstacle::None);
     const EditedText text(bytes);
     EXPECT_TRUE(text.ToBytes(ThroughEditor(text)) == bytes);
-}
-
-TEST(EditedText, WhatWasNotEditedComesBackByteForByte) {
-    const std::vector<std::string> parts = {
-        "\r", "\n", "\r\n", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xC2\xA0",
-        "a",  "bc", "é",    "\t",           kMark,          "\xF0\x9F\x8E\xAC"};
-    std::mt19937 random(7);
-    const auto pick = [&](std::size_t count) {
-        return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
-    };
-    for (int round = 0; round < 300; ++round) {
-        std::string bytes;
-        for (std::size_t count = pick(40); count > 0; --count) bytes += parts[pick(parts.size())];
-        const EditedText text(bytes);
-        host::UTF16String edited = ThroughEditor(text);
-        ASSERT_EQ(text.ToBytes(edited), bytes) << "round " << round;
-        for (std::size_t edits = 1 + pick(5); edits > 0; --edits) {
-            std::size_t at = pick(edited.size() + 1);
-            if (at > 0 && edited[at - 1] >= 0xD800 && edited[at - 1] <= 0xDBFF) --at;
-            edited.insert(at, 1, u'X');
-        }
-        std::string result = text.ToBytes(edited);
-        EXPECT_NE(result, bytes);
-        std::erase(result, 'X');
-        // A mark that an edit has pushed away from the beginning has become a character.
-        EXPECT_EQ(result, bytes) << "round " << round;
-    }
 }
 
 TEST(EditedText, EditsTakeTheLineEndsOfTheirPlace) {
