@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "host/project/ProductionItems.h"
+#include "host/project/ProjectLockFile.h"
 #include "tests/desk/files/FollowedFolder.h"
 
 namespace {
