@@ -19,37 +19,25 @@ public:
     /// How many questions for a new file are answered with the path that they offer; then they are cancelled.
     int mNewFiles = 0;
 
-    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
-                     desk::MessageKind) override {
+    using Text = const host::UTF16String&;
+    using Line = std::optional<host::UTF16String>;
+    void ShowMessage(Text title, Text text, desk::MessageKind) override {
         mTold.push_back(host::UTF16to8(title + u": " + text));
     }
     desk::Answer Ask(const desk::Question& question) override {
         mAsked.push_back(host::UTF16to8(question.mTitle + u": " + question.mText));
         return {0, false};
     }
-    std::optional<host::UTF16String> AskText(const host::UTF16String&, const host::UTF16String&,
-                                             const host::UTF16String& value) override {
-        return value;
-    }
-    std::optional<host::UTF16String> AskFolder(const host::UTF16String&, const host::UTF16String&) override {
-        return {};
-    }
-    std::optional<host::UTF16String> AskNewFolder(const host::UTF16String&, const host::UTF16String&) override {
-        return {};
-    }
-    host::UTF16StringVec AskFiles(const host::UTF16String&, const host::UTF16String&, const host::UTF16String&,
-                                  const host::UTF16String&) override {
-        return {};
-    }
-    std::optional<host::UTF16String> AskNewFile(const host::UTF16String&,
-                                                const host::UTF16String& path) override {
+    Line AskText(Text, Text, Text value) override { return value; }
+    Line AskFolder(Text, Text) override { return {}; }
+    Line AskNewFolder(Text, Text) override { return {}; }
+    host::UTF16StringVec AskFiles(Text, Text, Text, Text) override { return {}; }
+    Line AskNewFile(Text, Text path) override {
         if (mNewFiles == 0) return {};
         --mNewFiles;
         return path;
     }
-    void WaitFor(const host::UTF16String&, desk::WorkProgress&, const std::future<void>& done) override {
-        done.wait();
-    }
+    void WaitFor(Text, desk::WorkProgress&, const std::future<void>& done) override { done.wait(); }
 
 private:
     desk::Dialogs* mBefore;

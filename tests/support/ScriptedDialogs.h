@@ -54,17 +54,16 @@ public:
     /// The text of the last message or question, in UTF-8.
     const std::string& LastText() const { return mLastText; }
 
-    void ShowMessage(const host::UTF16String& title, const host::UTF16String& text,
-                     desk::MessageKind) override {
+    using Text = const host::UTF16String&;
+    void ShowMessage(Text title, Text text, desk::MessageKind) override {
         mLastText = host::UTF16to8(text);
         Take("message", title);
     }
-    Line AskFolder(const host::UTF16String& title, const host::UTF16String&) override {
-        return Take("folder", title).mAnswer;
-    }
-    Line AskNewFolder(const host::UTF16String& title, const host::UTF16String&) override {
-        return Take("new folder", title).mAnswer;
-    }
+    Line AskFolder(Text title, Text) override { return Take("folder", title).mAnswer; }
+    Line AskNewFolder(Text title, Text) override { return Take("new folder", title).mAnswer; }
+    Line AskText(Text title, Text, Text) override { return Take("text", title).mAnswer; }
+    Line AskNewFile(Text title, Text) override { return Take("new file", title).mAnswer; }
+    host::UTF16StringVec AskFiles(Text title, Text, Text, Text) override { return Take("files", title).mFiles; }
     desk::Answer Ask(const desk::Question& question) override {
         if (mMeanwhile) mMeanwhile();
         mLastText = host::UTF16to8(question.mText);
@@ -76,18 +75,7 @@ public:
         if (expected.mAnswer) ADD_FAILURE() << "no such button: " << host::UTF16to8(*expected.mAnswer);
         return {question.mCancel, false};
     }
-    Line AskText(const host::UTF16String& title, const host::UTF16String&, const host::UTF16String&) override {
-        return Take("text", title).mAnswer;
-    }
-    host::UTF16StringVec AskFiles(const host::UTF16String& title, const host::UTF16String&,
-                                  const host::UTF16String&, const host::UTF16String&) override {
-        return Take("files", title).mFiles;
-    }
-    Line AskNewFile(const host::UTF16String& title, const host::UTF16String&) override {
-        return Take("new file", title).mAnswer;
-    }
-    void WaitFor(const host::UTF16String&, desk::WorkProgress& progress,
-                 const std::future<void>& done) override {
+    void WaitFor(Text, desk::WorkProgress& progress, const std::future<void>& done) override {
         if (mWhileWaiting) mWhileWaiting(progress);
         done.wait();
     }
