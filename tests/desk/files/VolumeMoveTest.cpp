@@ -24,9 +24,13 @@ public:
     }
     void RemoveFile(const std::string& path) override {
         PosixFileSystem::RemoveFile(path);
+        if (std::exchange(mIsContended, true)) return;
         CreateNewFile(path, "somebody else's", 0600);
         desk::ThrowFileException("remove", path, EIO);
     }
+
+private:
+    bool mIsContended = false;
 };
 
 class VolumeMoveTest : public HostFixture {

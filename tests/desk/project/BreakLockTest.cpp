@@ -58,9 +58,7 @@ TEST_F(BreakLockTest, TellsWhatCameOfIt) {
     ExpectToldAndKept("Nobody holds a lock");
     OpenAndFind();
     ExpectToldAndKept("You hold the lock");
-}
-
-TEST_F(BreakLockTest, CanBeCancelledWhileItWaits) {
+    WriteForeignLock();
     CancelWaiting();
     mDialogs.ExpectQuestion("Break Lock", u"Break Lock");
     EXPECT_FALSE(Break({})) << "three seconds at least, if nobody says another time";

@@ -109,6 +109,19 @@ TEST_F(ItemOperationTest, ALockThatSomebodyHasBrokenIsNotOursAtTheNewPlaceEither
     EXPECT_EQ(Shown(), kAllTrashed);
 }
 
+TEST_F(ItemOperationTest, OneMessageListsWhatStayedAndWhy) {
+    Lock("A", MakeForeignRecord(mDesktop));
+    Lock("Trash/C", MakeForeignRecord(mDesktop));
+    mFolder.Remove("Production/D.zuproj");
+    mDialogs.ExpectMessage("Not Everything Was Moved");
+    EXPECT_EQ(Trash(),
+              (std::vector{Result::Refused, Result::Done, Result::NoDestinationLock, Result::Refused}));
+    EXPECT_EQ(mDialogs.LastText(),
+              "“A.zuproj” was not moved. tomas has it open on edit-bay-2.\n"
+              "“C.zuproj” was not moved. “C” is locked by tomas on edit-bay-2, since 09:30:00 (just now).\n"
+              "“D.zuproj” was not moved. It is not there any more.");
+}
+
 TEST_F(ItemOperationTest, AFailureAndACancelLeaveTheRestUntouched) {
     const auto expectFirstTwoMoved = [this] {
         DiskTree expected{"C.zuproj",          "D.zuproj",       "Trash/",
