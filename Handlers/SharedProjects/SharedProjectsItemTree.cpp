@@ -15,6 +15,11 @@ namespace HandlerSharedProjects {
 namespace {
 
 constexpr int kSpinnerInCentre = 1;
+/// A sorting that takes less may follow each batch of facts.
+constexpr std::chrono::milliseconds kQuickSort(5);
+/// So many times its duration nothing is sorted after a longer one, unless no facts have come for a while.
+constexpr int kPausePerSort = 4;
+constexpr double kQuietSeconds = 0.05;
 
 }  // namespace
 
@@ -114,7 +119,30 @@ void SharedProjectsItemTree::UpdateMetadata(MetadataRequest& request, const RowR
     const bool hasSortKeyChanged = request.mMetadata.Update(isVisible, mHeaderRow->GetSortColumn());
     request.mIsStale = false;
     // While all sort keys stay as they were, so does the order: scrolling sorts nothing.
-    if (hasSortKeyChanged) mQueuedSort->Queue();
+    if (hasSortKeyChanged) SortLater();
+}
+
+/// Facts come many at a time, and each sorting looks at all rows: the longer that takes, the rarer it is while
+/// they come.
+void SharedProjectsItemTree::SortLater() {
+    mHasSortKeyChanged = true;
+    if (std::exchange(mIsSortAwaited, true)) return;
+    const bool isQuick = mLastSortDuration < kQuickSort;
+    mSortDue = mEndOfLastSort + (isQuick ? Clock::duration() : kPausePerSort * mLastSortDuration);
+    if (mSortDue <= Clock::now())
+        mQueuedSort->Queue();
+    else
+        SortWhenDue();
+}
+
+/// Or as soon as nothing comes any more.
+void SharedProjectsItemTree::SortWhenDue() {
+    if (Clock::now() >= mSortDue || !std::exchange(mHasSortKeyChanged, false)) return SortOrOwe();
+    AsyncCallFromMainThread(
+        [this, lifetime = mLifetime] {
+            if (!lifetime.expired()) SortWhenDue();
+        },
+        kQuietSeconds);
 }
 
 void SharedProjectsItemTree::UpdateMetadataForOpenSubtree(const RowRef& row) {
@@ -159,10 +187,15 @@ void SharedProjectsItemTree::UpdateRowOfProject(const ProjectRef& project) {
 }
 
 void SharedProjectsItemTree::SortOrOwe() {
-    if (mIsHolding)
+    mIsSortAwaited = false;
+    if (mIsHolding) {
         mIsSortOwed = true;
-    else
-        mOwner.SortRows();
+        return;
+    }
+    const auto begin = Clock::now();
+    mOwner.SortRows();
+    mEndOfLastSort = Clock::now();
+    mLastSortDuration = mEndOfLastSort - begin;
 }
 
 void SharedProjectsItemTree::HoldUpdates(bool hold) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -121,6 +122,7 @@ public:
     void OnRowOpenStateChanged(const RowRef& row, bool open);
 
 private:
+    using Clock = std::chrono::steady_clock;
     struct MetadataRequest {
         Columns::FileMetadata mMetadata;
         /// A refresh was asked for while the row was hidden under a closed folder.
@@ -135,6 +137,8 @@ private:
     void UpdateStaleMarks();
     void AddNameCellView(const RowRef& row);
     void UpdateRowOfProject(const ProjectRef& project);
+    void SortLater();
+    void SortWhenDue();
     void SortOrOwe();
 
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
@@ -154,6 +158,12 @@ private:
     /// Of projects, by their rows' identity.
     std::map<RowRef, MetadataRequest> mRowToMetadata;
     RefPtr<QueueOnlyOnce> mQueuedSort;
+    /// From the first changed key until the tree has been sorted, and since that was last looked at.
+    bool mIsSortAwaited = false;
+    bool mHasSortKeyChanged = false;
+    Clock::time_point mSortDue{};
+    Clock::time_point mEndOfLastSort{};
+    Clock::duration mLastSortDuration{};
     /// The column by which the rows in closed folders have been marked stale.
     ColumnID mStaleMarksColumn = 0;
     SelectionAfterRemoval mSelectionAfterRemoval;

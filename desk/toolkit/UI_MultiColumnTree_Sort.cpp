@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <numeric>
+#include <optional>
+#include <string_view>
 #include <unordered_map>
 
 #include "desk/toolkit/Callback.h"
@@ -50,6 +52,7 @@ public:
     /// Of the rows from `countBefore` on.
     const std::vector<UTF16String>& GetKeys() const { return mKeys; }
 
+    bool IsByName() const { return mIsByName; }
     bool IsLess(std::size_t a, std::size_t b) {
         const UTF16String& keyOfA = KeyOf(a);
         const UTF16String& keyOfB = KeyOf(b);
@@ -58,20 +61,29 @@ public:
             if (mLess(keyOfA, keyOfB)) return true;
             if (mLess(keyOfB, keyOfA)) return false;
         }
-        return mNameLess(NameOf(a), NameOf(b));
+        return IsNameLess(a, b);
     }
-
-private:
+    bool IsKeyLess(std::size_t a, std::size_t b) { return mLess(KeyOf(a), KeyOf(b)); }
+    bool IsNameLess(std::size_t a, std::size_t b) { return mNameLess(NameOf(a), NameOf(b)); }
     const UTF16String& KeyOf(std::size_t i) {
         if (i >= mCountBefore) return mKeys[i - mCountBefore];
         const auto known = mKeysBefore.find(i);
         return known != mKeysBefore.end() ? known->second
                                           : mKeysBefore.emplace(i, mTree.SortKey(*mRows[i])).first->second;
     }
+
+private:
     const UTF16String& NameOf(std::size_t i) {
-        const auto known = mNames.find(i);
-        return known != mNames.end() ? known->second
-                                     : mNames.emplace(i, mTree.NameKey(*mRows[i])).first->second;
+        if (i < mCountBefore) {
+            const auto known = mNamesBefore.find(i);
+            return known != mNamesBefore.end()
+                       ? known->second
+                       : mNamesBefore.emplace(i, mTree.NameKey(*mRows[i])).first->second;
+        }
+        if (mNames.empty()) mNames.resize(mKeys.size());
+        std::optional<UTF16String>& name = mNames[i - mCountBefore];
+        if (!name) name = mTree.NameKey(*mRows[i]);
+        return *name;
     }
 
     const TreeImpl& mTree;
@@ -81,9 +93,54 @@ private:
     const Less mNameLess;
     const bool mIsByName;
     std::vector<UTF16String> mKeys;
+    std::vector<std::optional<UTF16String>> mNames;
     std::unordered_map<std::size_t, UTF16String> mKeysBefore;
-    std::unordered_map<std::size_t, UTF16String> mNames;
+    std::unordered_map<std::size_t, UTF16String> mNamesBefore;
 };
+
+/// The places of `count` rows from `first` on by their keys alone, and for each the number of its key in the
+/// order of the keys: each different key is compared once, however many rows have it. Rows with the same number
+/// stand as they stood.
+std::pair<Order, std::vector<std::uint32_t>> OrderByKeys(SortKeys& keys, std::size_t first, std::size_t count) {
+    std::unordered_map<std::u16string_view, std::uint32_t> numbers;
+    Order examples;
+    std::vector<std::uint32_t> numberOf(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const auto [known, isNew] =
+            numbers.try_emplace(keys.KeyOf(first + i), static_cast<std::uint32_t>(examples.size()));
+        if (isNew) examples.push_back(i);
+        numberOf[i] = known->second;
+    }
+    Order sorted = Identity(examples.size());
+    const auto isLess = [&](std::uint32_t a, std::uint32_t b) {
+        return keys.IsKeyLess(first + examples[a], first + examples[b]);
+    };
+    std::ranges::sort(sorted, isLess);
+    std::vector<std::uint32_t> rankOf(examples.size());
+    for (std::size_t i = 1; i < sorted.size(); ++i)
+        rankOf[sorted[i]] = rankOf[sorted[i - 1]] + (isLess(sorted[i - 1], sorted[i]) ? 1 : 0);
+    std::vector<std::uint32_t> ends(examples.size() + 1);
+    for (std::uint32_t& number : numberOf) ++ends[(number = rankOf[number]) + 1];
+    std::partial_sum(ends.begin(), ends.end(), ends.begin());
+    Order order(count);
+    for (std::uint32_t i = 0; i < count; ++i) order[ends[numberOf[i]]++] = i;
+    return {std::move(order), std::move(numberOf)};
+}
+
+/// The order of rows that are not sorted by their names. Rows with the same key mostly stand by their names
+/// already, from the order before: then each name is looked at once.
+Order OrderByKeysAndNames(SortKeys& keys, std::size_t first, std::size_t count) {
+    auto [order, numberOf] = OrderByKeys(keys, first, count);
+    const auto isLess = [&](std::uint32_t a, std::uint32_t b) { return keys.IsNameLess(first + a, first + b); };
+    for (auto begin = order.begin(); begin != order.end();) {
+        const auto end = std::find_if(begin, order.end(), [&numbers = numberOf, begin](std::uint32_t i) {
+            return numbers[i] != numbers[*begin];
+        });
+        if (!std::is_sorted(begin, end, isLess)) std::stable_sort(begin, end, isLess);
+        begin = end;
+    }
+    return order;
+}
 
 /// The order that sorts the `count` rows from `first` on, as places counted from there. Cheap for what is
 /// sorted already, either way round.
@@ -94,6 +151,8 @@ Order SortedOrder(SortKeys& keys, std::size_t first, std::size_t count) {
     const auto isNotFalling = [&](std::uint32_t a, std::uint32_t b) { return !isLess(b, a); };
     if (std::adjacent_find(order.begin(), order.end(), isNotFalling) == order.end())
         std::reverse(order.begin(), order.end());
+    else if (!keys.IsByName())
+        return OrderByKeysAndNames(keys, first, count);
     else
         std::stable_sort(order.begin(), order.end(), isLess);
     return order;
