@@ -62,15 +62,6 @@ protected:
             contents.insert((name[0] == '.' ? "kept " : "") + mFolder.Read(name));
         return contents;
     }
-    void ExpectThatWhatWasToldIsTrue(const desk::FileReplacement& told, bool wasThere) {
-        const Names contents = Contents();
-        const Names before = wasThere ? Names{"old"} : Names{};
-        if (told.mOutcome != Outcome::NotKnown) {
-            EXPECT_EQ(contents, told.mOutcome == Outcome::Done ? Names{"new"} : before);
-            return;
-        }
-        EXPECT_TRUE(contents.contains("new") || contents.contains("kept new"));
-    }
 };
 
 }  // namespace
@@ -101,29 +92,6 @@ TEST_F(ReplaceFileTest, WritesAllOrLeavesTheOldFileAndNothingElse) {
     EXPECT_EQ(ErrorOfReplace("gone/settings", "new"), ENOENT);
     EXPECT_EQ(NamesIn(), (Names{"folder", "settings"}));
     EXPECT_EQ(NamesIn("folder"), Names{"inside"});
-}
-
-TEST_F(ReplaceFileTest, TellsTheTruthWhateverStepIsTheLastThatTheVolumeAnswers) {
-    const ExpectLogged anything("");
-    for (const bool isCarriedOut : {false, true})
-        for (const bool wasThere : {true, false})
-            for (int step = 1, steps = 2; step <= steps; ++step) {
-                SCOPED_TRACE((isCarriedOut ? "after step " : "before step ") + std::to_string(step));
-                for (const std::string& name : NamesIn()) mFolder.Remove(name);
-                if (wasThere) mFolder.Write("file", "old");
-                mDisk.ResetCounts();
-                isCarriedOut ? mDisk.FailAfter(Operation::Any, step, EIO)
-                             : mDisk.Fail(Operation::Any, step, EIO);
-                for (int later = step + 1; later < step + 40; ++later)
-                    mDisk.Fail(Operation::Any, later, ESTALE);
-                const desk::FileReplacement told = Replace("file", "new");
-                steps = std::max(steps, mDisk.Count(Operation::Any));
-                mDisk.ForgetFaults();
-                // What was just made cannot be removed from a volume that is gone: it is no file's last text.
-                const bool isLeft = step == 2 && isCarriedOut;
-                if (!isLeft) ExpectThatWhatWasToldIsTrue(told, wasThere);
-                ASSERT_LT(step, 20);
-            }
 }
 
 TEST_F(ReplaceFileTest, ATextWhoseFileTheVolumeHasRemovedStaysUntilTheFileIsThere) {

@@ -17,9 +17,14 @@ protected:
     void ListAll() {
         for (const char* folder : {"", "Day 1", "Day 1/Sub", "Day 10"}) List(folder);
     }
-    bool HasLocked(bool recursive = true) {
+    /// Tells of a change of a lock file.
+    void Tell(const std::string& folder, std::uint32_t mask, const std::string& name) {
+        mSource->Tell(mFolder.Path(folder), mask, name);
+        mMain.Advance(std::chrono::seconds(1));
+    }
+    bool HasLocked(bool recursive = true, bool onlyOthers = true) {
         mDisk.ResetCounts();
-        const bool result = host::DoesDirectoryContainLockedProjects(Path("Day 1"), recursive, true);
+        const bool result = host::DoesDirectoryContainLockedProjects(Path("Day 1"), recursive, onlyOthers);
         EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "a command's status must not wait for the volume";
         return result;
     }
@@ -35,9 +40,21 @@ TEST_F(LockedFoldersTest, AnswersFromWhatIsListedWithoutTheDisk) {
     EXPECT_TRUE(HasLocked());
     EXPECT_FALSE(HasLocked(false)) << "only below";
     mFolder.Remove(LockName("Day 1/Sub", "b.zuproj"));
-    mSource->Tell(mFolder.Path("Day 1/Sub"), IN_DELETE, ".b.zuproj.lock");
-    mMain.Advance(std::chrono::seconds(1));
+    Tell("Day 1/Sub", IN_DELETE, ".b.zuproj.lock");
     EXPECT_FALSE(HasLocked()) << "Day 10 is another folder";
+}
+
+TEST_F(LockedFoldersTest, UnreadLocksCountAndOwnOnesIfTheyAreMeant) {
+    mFolder.Write("Day 1/Sub/.b.zuproj.lock", WriteLockRecord(MakeDeadRecord(mDesktop)));
+    ListAll();
+    EXPECT_TRUE(HasLocked());
+    mMain.RunUntilIdle();
+    EXPECT_FALSE(HasLocked()) << "its holder is gone";
+    const auto lock =
+        host::CreateProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName);
+    Tell("Day 1", IN_CREATE, ".a.zuproj.lock");
+    EXPECT_FALSE(HasLocked());
+    EXPECT_TRUE(HasLocked(true, false));
 }
 
 TEST_F(LockedFoldersTest, TellsWhoHoldsAProjectWhereAndSinceWhen) {

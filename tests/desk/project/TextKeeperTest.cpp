@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include "desk/core/names/ProcessFacts.h"
+#include "desk/project/document/FileSinceKept.h"
 #include "desk/project/document/TextKeeper.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
@@ -172,6 +173,17 @@ TEST_F(TextKeeperTest, WhatIsDamagedIsLoggedAndStays) {
     EXPECT_EQ(logged.Count(), 2 * number) << "once";
     EXPECT_EQ(ParseKeptText(whole)->mBytes, "new");
     EXPECT_TRUE(mProfile.Exists("texts/1.unsaved"));
+}
+
+TEST_F(TextKeeperTest, TellsWhenTheDiskDoesNotAnswerOrHoldsNothing) {
+    KeptText text;
+    text.mProject = mFolder.PathUTF16(kProject);
+    mDisk.SetGone(true);
+    EXPECT_EQ(FindFileSinceKept(mDisk, text).mSystemError, ESTALE);
+    mDisk.SetGone(false);
+    mFolder.Remove(kProject);
+    EXPECT_EQ(FindFileSinceKept(mDisk, text).mState, FileSinceKept::State::Gone);
+    mFolder.Write(kProject, kBytes);
 }
 
 }  // namespace
