@@ -34,7 +34,7 @@ protected:
         EXPECT_EQ(Utils::CanAllBeDeleted(PathsOf({project})), !isInTheWay) << "the trash";
         if (isInTheWay) {
             EXPECT_LT(File::Move(PathOf(project), PathOf(folder + "/Q.zuproj")), 0);
-            mDialogs.ExpectMessage("Not Everything Was Moved");
+            mDialogs.ExpectMessage("Not Renamed");
         }
         EXPECT_EQ(Utils::MoveProjectAndLockFiles(PathOf(project), ProjectPath(folder + "/Q")), !isInTheWay);
         Select({folder});

@@ -115,6 +115,10 @@ private:
     void LookAgain() const;
     void Announce() const;
     host::UTF16String DescribeOutcome(const Item& item) const;
+    /// One item gets another name in its folder.
+    bool IsRename() const;
+    /// Why it keeps its own; empty when it does not, or nobody knows.
+    host::UTF16String DescribeNotRenamed(const Item& item) const;
     host::UTF16String DescribeFailure(const Item& item) const;
     /// Empty when the user cancelled it.
     host::UTF16String DescribeNotCopied(const Item& item) const;
@@ -146,5 +150,7 @@ host::UTF16String DescribeHolder(const host::UTF16String& name, const LockRecord
 /// Shows one message with `texts`, one sentence for each item, and writes them to the log; nothing without any.
 /// Within `host::TellTogether` that waits for its end. UI thread.
 void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts);
+/// The same under a title of its own.
+void TellWhatWasNotDone(const char* titleKey, const host::UTF16StringVec& texts);
 
 }  // namespace desk

@@ -27,14 +27,17 @@ constexpr std::size_t kMostLines = 10;
 host::UTF16StringVec* sKept = nullptr;
 
 /// A volume that cannot be written to is to blame for that, not the lock.
+UTF16String DescribeObstacle(const UTF16String& place, const ProjectLocking& obstacle) {
+    if (obstacle.mObstacle == ProjectLocking::Obstacle::Held)
+        return ProjectQuestions::DescribeObstacle(place, obstacle);
+    return DescribeReason(
+        {"take lock of", host::PathUtils::GetFullDirectoryPart(place), obstacle.mSystemError});
+}
+
 UTF16String DescribeObstacle(const UTF16String& name, const UTF16String& place,
                              const ProjectLocking& obstacle) {
-    const UTF16String reason =
-        obstacle.mObstacle == ProjectLocking::Obstacle::Held
-            ? ProjectQuestions::DescribeObstacle(place, obstacle)
-            : DescribeReason(
-                  {"take lock of", host::PathUtils::GetFullDirectoryPart(place), obstacle.mSystemError});
-    return ZString("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1", {name, reason});
+    return ZString("$$$/Vantor/Desk/Files/NotMoved=“@0” was not moved. @1",
+                   {name, DescribeObstacle(place, obstacle)});
 }
 
 UTF16String DescribeLeftBehind(const UTF16String& name, const UTF16String& destination,
@@ -45,6 +48,11 @@ UTF16String DescribeLeftBehind(const UTF16String& name, const UTF16String& desti
             ? "$$$/Vantor/Desk/Files/LeftBehindPerhaps=“@0” was moved to “@1”, but “@2” may also still be there. @3"
             : "$$$/Vantor/Desk/Files/LeftBehind=“@0” was moved to “@1”, but “@2” is also still there. @3";
     return ZString(text, {name, destination, path, DescribeReason({"remove", path, left.mSystemError})});
+}
+
+UTF16String DescribeWhoHasItOpen(const LockRecord& holder) {
+    if (!holder.mIsReadable) return ZString("$$$/Vantor/Desk/Files/OpenBySomebody=Somebody has it open.");
+    return ZString("$$$/Vantor/Desk/Files/OpenBy=@0 has it open on @1.", {holder.mUser, holder.mMachine});
 }
 
 UTF16String ToLines(const host::UTF16StringVec& texts) {
@@ -91,6 +99,40 @@ UTF16String ItemOperation::DescribeNotCopied(const Item& item) const {
                    {host::PathUtils::GetFullFilePart(item.mSource), DescribeFailure(item)});
 }
 
+bool ItemOperation::IsRename() const {
+    if (mItems.size() != 1 || IsCopy()) return false;
+    using host::PathUtils::GetFullDirectoryPart;
+    return GetFullDirectoryPart(mItems[0].mSource) == GetFullDirectoryPart(mItems[0].mDestination);
+}
+
+UTF16String ItemOperation::DescribeNotRenamed(const Item& item) const {
+    UTF16String reason;
+    switch (item.mOutcome.mResult) {
+        case Result::NoSourceLock:
+        case Result::NoDestinationLock: {
+            const bool isSource = item.mOutcome.mResult == Result::NoSourceLock;
+            reason = DescribeObstacle(isSource ? item.mSource : item.mDestination, item.mLocks->GetObstacle());
+            break;
+        }
+        case Result::Refused:
+            reason = item.mIsThere ? DescribeWhoHasItOpen(item.mLocks->GetObstacle().mHolder)
+                                   : ZString("$$$/Vantor/Desk/Files/NotThere=It is not there any more.");
+            break;
+        case Result::Failed:
+            if (item.mOutcome.mFailure->SystemError() == ECANCELED) return {};
+            Log(LogLevel::Info, item.mOutcome.mFailure->what());
+            reason = item.mOutcome.mFailure->SystemError() == EEXIST
+                         ? ZString("$$$/Vantor/Desk/Files/NameTaken=“@0” exists already.",
+                                   {host::PathUtils::GetFullFilePart(item.mDestination)})
+                         : DescribeFailure(item);
+            break;
+        default:
+            return {};
+    }
+    return ZString("$$$/Vantor/Desk/Files/NotRenamed=“@0” could not be renamed. @1",
+                   {host::PathUtils::GetFullFilePart(item.mSource), reason});
+}
+
 /// Empty for what there is nothing to say of.
 UTF16String ItemOperation::DescribeOutcome(const Item& item) const {
     const UTF16String name = host::PathUtils::GetFullFilePart(item.mSource);
@@ -115,6 +157,11 @@ UTF16String ItemOperation::DescribeOutcome(const Item& item) const {
 }
 
 void ItemOperation::Announce() const {
+    if (mTelling == Telling::Message && IsRename()) {
+        const UTF16String text = DescribeNotRenamed(mItems[0]);
+        if (!text.empty())
+            return TellWhatWasNotDone("$$$/Vantor/Desk/Files/NotRenamedTitle=Not Renamed", {text});
+    }
     host::UTF16StringVec texts;
     for (const Item& item : mItems)
         if (UTF16String text = DescribeOutcome(item); !text.empty()) texts.push_back(std::move(text));
@@ -132,13 +179,17 @@ void ItemOperation::Announce() const {
 }
 
 void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts) {
+    TellWhatWasNotDone(verb == ItemOperation::Verb::Copy
+                           ? "$$$/Vantor/Desk/Files/NotAllCopied=Not Everything Was Copied"
+                           : "$$$/Vantor/Desk/Files/NotAllMoved=Not Everything Was Moved",
+                       texts);
+}
+
+void TellWhatWasNotDone(const char* titleKey, const host::UTF16StringVec& texts) {
     if (sKept) return static_cast<void>(sKept->insert(sKept->end(), texts.begin(), texts.end()));
     if (texts.empty()) return;
     for (const UTF16String& text : texts) Log(LogLevel::Info, host::UTF16to8(text));
-    const UTF16String title = ZString(verb == ItemOperation::Verb::Copy
-                                          ? "$$$/Vantor/Desk/Files/NotAllCopied=Not Everything Was Copied"
-                                          : "$$$/Vantor/Desk/Files/NotAllMoved=Not Everything Was Moved");
-    GetServices().mDialogs->ShowMessage(title, ToLines(texts), MessageKind::Failure);
+    GetServices().mDialogs->ShowMessage(ZString(titleKey), ToLines(texts), MessageKind::Failure);
 }
 
 }  // namespace desk
