@@ -163,6 +163,11 @@ UTF16String GetPathDisplayName(const UTF16String& path) {
     return PathUtils::GetFullFilePart(PathUtils::RemoveTrailingSlash(path));
 }
 
+UTF16String GetShownName(const UTF16String& path) {
+    return IsTheZuProductionTrashDirectory(path) ? GetZuProductionTrashDirectoryDisplayName()
+                                                 : GetPathDisplayName(path);
+}
+
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b) {
     const CodeProfilerScope profile("HandlerSharedProjects::Columns::SortStringIsLess()");
     static const UTF16String kTrashFolderName = GetZuProductionTrashDirectoryDisplayName();

@@ -67,6 +67,8 @@ private:
 
 /// The name as users see it: a project's without its extension, any other item's last component. Any thread.
 UTF16String GetPathDisplayName(const UTF16String& path);
+/// The same, but the production's trash has its name in the user's language.
+UTF16String GetShownName(const UTF16String& path);
 
 /// Natural order, but the production's trash folder sorts after everything else.
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b);

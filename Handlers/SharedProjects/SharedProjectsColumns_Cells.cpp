@@ -59,7 +59,7 @@ const char* GetDecalName(IconState state) {
 UTF16String GetLabel(const UTF16String& path) {
     ProjectRef project;
     const bool isUnsaved = IsProjectOpen(path, project) && project->IsDirty();
-    return GetPathDisplayName(path) + (isUnsaved ? u" •" : u"");
+    return GetShownName(path) + (isUnsaved ? u" •" : u"");
 }
 
 /// Icon and name of a row.
@@ -112,7 +112,7 @@ void NameCellView::UI_SizeChanged(const RectT<float>& cell) {
 }
 
 UTF16String GetAccessibleName(const UTF16String& path, const FileMetadata* metadata) {
-    UTF16String text = GetPathDisplayName(path);
+    UTF16String text = GetShownName(path);
     if (!IsVantorProjectFile(path))
         return IsTheZuProductionTrashDirectory(path)
                    ? ZString("$$$/Vantor/Handlers/ZuProductionFolder/Accessible/Trash=@0, trash", {text})

@@ -305,7 +305,10 @@ UTF16String SharedProjectsItemTree::GetCellSortDataAsString(const RowRef& row, u
     if (const Columns::FileMetadata* metadata = GetMetadata(row))
         key = metadata->GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
     const bool isNameMissing = key.empty() && Columns::IsNameColumn(mHeaderRow, column);
-    return isNameMissing ? Columns::GetPathDisplayName(GetPathOfKind(row)) : key;
+    if (!isNameMissing) return key;
+    const UTF16String path = GetPathOfKind(row);
+    // The trash is at the top.
+    return row->GetParentRow() ? Columns::GetPathDisplayName(path) : Columns::GetShownName(path);
 }
 
 UTF16String SharedProjectsItemTree::GetCellAccessibleText(const RowRef& row, unsigned column) {

@@ -161,7 +161,7 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
 
 void TellMoved(const std::vector<PlannedItem>& items, const UTF16String& folder) {
     if (items.empty()) return;
-    const UTF16String place = Columns::GetPathDisplayName(PathUtils::AddTrailingSlash(folder));
+    const UTF16String place = Columns::GetShownName(PathUtils::AddTrailingSlash(folder));
     if (items.size() == 1)
         return TellInStatusBar(ZString("$$$/Vantor/Handlers/ZuProductionFolder/Moved=“@0” was moved to “@1”.",
                                        {Columns::GetPathDisplayName(items.front().mSource), place}));

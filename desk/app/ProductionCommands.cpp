@@ -23,7 +23,6 @@
 #include "host/framework/Handler.h"
 #include "host/framework/Identifiers.h"
 #include "host/framework/Workspace.h"
-#include "host/project/ProductionTrash.h"
 
 namespace desk {
 namespace {
@@ -81,8 +80,7 @@ void ProductionCommands::OpenAtStart(const std::string& folder, ProductionOpener
 
 void ProductionCommands::OpenSample(ProductionOpener::Done done) {
     mStatusLine.SetActivity(Localized("$$$/Desk/Status/MakingSample=Making the sample production…"));
-    const std::string trashName = host::UTF16to8(host::GetZuProductionTrashDirectoryDisplayName());
-    mOpener.Open([trashName] { return EnsureSampleProduction(Profile::UserDataFolder(), trashName); },
+    mOpener.Open([] { return EnsureSampleProduction(Profile::UserDataFolder(), kTrashFolderName); },
                  ShowResultAtStart(std::move(done)));
 }
 
@@ -99,7 +97,7 @@ void ProductionCommands::New() {
     if (!folder) return;
     const std::string path = host::UTF16to8(host::PathUtils::ToNormalizedPath(*folder));
     SetOpening(path);
-    mOpener.Create(path, host::UTF16to8(host::GetZuProductionTrashDirectoryDisplayName()),
+    mOpener.Create(path, kTrashFolderName,
                    ShowResult("$$$/Desk/Production/NotMade=The Production Was Not Made"));
 }
 

@@ -5,8 +5,8 @@
 
 namespace host {
 
-/// The name of a production's trash folder, in the user's language. It is also the folder's name on
-/// disk in productions made by this user. Constant while the process lives. UI thread.
+/// The name by which users see a production's trash folder, in their language. On the disk it has one name for
+/// all of them (`GetZuProductionTrashDirectoryPath`). Constant while the process lives. UI thread.
 ZUHOST_API const UTF16String& GetZuProductionTrashDirectoryDisplayName();
 
 /// The path of the open production's trash folder, whether it exists or not; empty when no production

@@ -7,6 +7,9 @@
 
 namespace desk {
 
+/// A production's trash folder on the disk, whatever language its users speak: they share it.
+inline constexpr char kTrashFolderName[] = "Trash";
+
 /// The open production, of which there is one at most. Behind `host/project/SharedProjectsManager.h`.
 /// UI thread.
 class ZUHOST_API Production {

@@ -14,7 +14,7 @@ const UTF16String& GetZuProductionTrashDirectoryDisplayName() {
 UTF16String GetZuProductionTrashDirectoryPath() {
     const UTF16String& folder = desk::Production::Instance().GetFolder();
     if (folder.empty()) return {};
-    return PathUtils::CombinePaths(folder, GetZuProductionTrashDirectoryDisplayName());
+    return PathUtils::CombinePaths(folder, UTF8to16(desk::kTrashFolderName));
 }
 
 bool IsTheZuProductionTrashDirectory(const UTF16String& path) {
