@@ -163,12 +163,14 @@ void SharedProjectsDirectoryView::InstallNameEditText(const RowRef& row) {
     edit->NotifyWhenEditEnds(Utils::BindCallback(this, &SharedProjectsDirectoryView::OnEditEnds, mLifetime));
     if (!GetTree()->GetCellEditor().Begin(row.get(), GetNameColumn(), edit, text)) return;
     mEditedRow = row;
+    mEdit = edit;
     mIsNameEdited = true;
     UpdateHolding();
     EnableKeyboardEvents(false);
 }
 
 void SharedProjectsDirectoryView::OnEditEnds(UI_TextEdit& edit, int sessionEnd) {
+    mEdit.reset();
     EnableKeyboardEvents(true);
     GetRegisteredMainThread()->Queue([this, lifetime = std::weak_ptr(mLifetime)] {
         if (!lifetime.expired()) UpdateTextEditStatus();
@@ -224,11 +226,12 @@ std::function<void()> SharedProjectsDirectoryView::EndEdit() {
     // The editor has gone already, but not for long enough.
     if (const auto folder = std::exchange(mFolderToRename, {}))
         return [folder] { GiveName(folder->first, folder->second, false); };
-    UI_CellEditor& editor = GetTree()->GetCellEditor();
-    if (!editor.GetTextEdit()) return {};
+    // It may have ended, without anybody having been told.
+    const RefPtr<UI_TextEdit> edit = std::exchange(mEdit, {});
     const RowRef row = std::exchange(mEditedRow, {});
-    const UTF16String typedText = editor.GetTextEdit()->GetValue();
-    editor.End();
+    if (!edit) return {};
+    GetTree()->GetCellEditor().End();
+    const UTF16String typedText = edit->GetValue();
     std::optional<UTF16String> invalid;
     const UTF16String name = FindNewName(row, typedText, invalid);
     const UTF16String path = row ? GetRowPath(row.get()) : UTF16String();

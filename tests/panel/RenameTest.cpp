@@ -122,14 +122,16 @@ TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
         << mDialogs.LastText();
     {
         ExpectLogged refused("File exists");
-        mDialogs.ExpectMessage("Not Everything Was Moved");
+        mDialogs.ExpectMessage("Not Renamed");
         Rename("A", "B");
+        EXPECT_EQ(mDialogs.LastText(), "“A.zuproj” could not be renamed. “B.zuproj” exists already.");
     }
     Begin("A");
     OtherUserLocks("A");
-    mDialogs.ExpectMessage("Not Everything Was Moved");
+    mDialogs.ExpectMessage("Not Renamed");
     TypeName("C");
-    EXPECT_NE(mDialogs.LastText().find("edit-bay-2"), std::string::npos) << mDialogs.LastText();
+    EXPECT_EQ(mDialogs.LastText(),
+              "“A.zuproj” could not be renamed. edit-bay-2 has it open on machine-of-edit-bay-2.");
     Unlock("A");
     EXPECT_EQ(OnDiskNow(), before);
 }
@@ -153,6 +155,7 @@ TEST_F(RenameTest, ANameThatIsTypedWhenItsRowsGoIsGivenOrItsLossTold) {
     mMain.Advance(2s);
     OpenProduction();
     type("Reels", "Rushes");
+    TreeWidget().setFocus();
     ClosePanel();
     EXPECT_TRUE(mFolder.Exists(OnDisk("Rushes")));
     OpenPanel();
