@@ -11,10 +11,19 @@
 #include "host/files/DirectoryChangeMonitor.h"
 #include "host/files/File.h"
 #include "host/files/PathUtils.h"
+#include "host/framework/CommandIdentifiers.h"
+#include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
 #include "host/project/SharedProjectsManager.h"
 
 namespace HandlerSharedProjects {
+
+namespace {
+
+constexpr char kOpenProductionLabel[] =
+    "$$$/Vantor/Handlers/ZuProductionFolder/EmptyArea/OpenProduction=Open Production…";
+
+}  // namespace
 
 SharedProjectsDirectoryView::SharedProjectsDirectoryView(
     ProjectRef project, std::shared_ptr<MediaBrowserContentManager> contentManager, const UTF16String& rootPath,
@@ -70,19 +79,41 @@ bool SharedProjectsDirectoryView::IsRootThere(const UTF16String& rootPath) {
 void SharedProjectsDirectoryView::ShowRoot(const UTF16String& rootPath) {
     const bool exists = IsRootThere(rootPath);
     if (rootPath.empty())
-        SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/NoProductionOpen=No production is open");
+        SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/NoProductionOpen=No production is open",
+                     {{kOpenProductionLabel, CommandID::kOpenProduction}});
     else if (!exists)
         SetEmptyText(
             "$$$/Vantor/Handlers/ZuProductionFolder/ProductionNotFound=The folder of this production "
-            "cannot be found");
+            "cannot be found",
+            {{kOpenProductionLabel, CommandID::kOpenProduction}});
     else
-        SetEmptyText("");
+        SetEmptyText("", {});
     if (exists) RequestRootContent();
     MonitorRoot(exists ? rootPath : UTF16String());
 }
 
-void SharedProjectsDirectoryView::SetEmptyText(std::string_view key) {
-    GetTree()->SetEmptyText(Localizer::Get()->Localize(key));
+void SharedProjectsDirectoryView::SetEmptyText(std::string_view key,
+                                               std::initializer_list<EmptyCommand> commands) {
+    const Localizer& localizer = *Localizer::Get();
+    GetTree()->SetEmptyText(localizer.Localize(key));
+    // Listings come often: buttons that show stay.
+    if (std::exchange(mEmptyTextKey, key) == key) return;
+    std::vector<UI_EmptyButton> buttons;
+    for (const EmptyCommand& command : commands)
+        buttons.push_back(
+            {localizer.Localize(command.mLabelKey),
+             std::make_shared<std::function<void()>>([tabView = mTabView, id = command.mCommandID] {
+                 if (const auto panel = tabView.lock()) panel->ObeyCommand(Command(id));
+             })});
+    GetTree()->SetEmptyButtons(buttons);
+}
+
+/// A production that has only a trash is empty.
+void SharedProjectsDirectoryView::SetRowsOfEmptyTree() {
+    const bool hasTrash = std::ranges::any_of(GetTree()->GetTopLevelRows(), [this](const RowRef& row) {
+        return IsTheZuProductionTrashDirectory(GetRowPath(row.get()));
+    });
+    GetTree()->SetRowsOfEmptyTree(hasTrash ? 1 : 0);
 }
 
 bool SharedProjectsDirectoryView::IsProject(const UTF16String& path) const {

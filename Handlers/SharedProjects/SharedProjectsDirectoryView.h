@@ -1,9 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsFolderOpener.h"
@@ -141,7 +143,13 @@ private:
     static bool IsRootThere(const UTF16String& rootPath);
     void MonitorRoot(const UTF16String& rootPath);
     void ShowRoot(const UTF16String& rootPath);
-    void SetEmptyText(std::string_view key);
+    struct EmptyCommand {
+        const char* mLabelKey;
+        int mCommandID;
+    };
+    /// What shows while there are no rows but the trash: a text, and buttons for what can be done then.
+    void SetEmptyText(std::string_view key, std::initializer_list<EmptyCommand> commands);
+    void SetRowsOfEmptyTree();
     void LeaveRoot();
     void CloseSubTreeRecursion(const RowRef& row);
     void GoOnWithWhatWaits();
@@ -208,7 +216,9 @@ private:
     bool mPauseUpdates = false;
     /// From the beginning of an edit until its end has been dealt with.
     bool mIsNameEdited = false;
+    /// Both are set until the end of the edit has been told.
     RowRef mEditedRow;
+    RefPtr<UI_TextEdit> mEdit;
     /// A folder that is about to be renamed, and its new name.
     std::optional<std::pair<UTF16String, UTF16String>> mFolderToRename;
     /// The one selected row, when the mouse button went down on it: a slow second click.
@@ -227,6 +237,8 @@ private:
     RowVec mSelectionBeforeArrival;
     /// The folder that the change monitor watches for this view; empty when none.
     UTF16String mMonitoredRoot;
+    /// The text that shows while there are no rows.
+    std::string mEmptyTextKey;
 };
 
 }  // namespace HandlerSharedProjects

@@ -5,6 +5,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
+#include "host/framework/CommandIdentifiers.h"
 #include "host/project/ProjectFiles.h"
 
 namespace HandlerSharedProjects {
@@ -75,9 +76,14 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
     if (!areAllNew) UpdateChildRows(row, paths, delivery);
     // New rows count, and can be selected, from here on.
     GetTree()->LayoutAfterAppendRow(row.get());
+    if (!row) SetRowsOfEmptyTree();
     if (!row && delivery.mIsLast) {
         mRestorer->OnRootListed();
-        SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/ProductionIsEmpty=This production is empty");
+        SetEmptyText("$$$/Vantor/Handlers/ZuProductionFolder/ProductionIsEmpty=This production is empty",
+                     {{"$$$/Vantor/Handlers/ZuProductionFolder/NewProjectButtonToolTip=New Project",
+                       CommandID::kNewProject},
+                      {"$$$/Vantor/Handlers/ZuProductionFolder/EmptyArea/AddProject=Add Project…",
+                       CommandID::kAddProject}});
     }
     const auto tabView = mTabView.lock();
     if (!tabView || !tabView->IsCreated()) return;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "host/framework/CommandIdentifiers.h"
+
 namespace desk {
 
 /// The program's own commands. Their entries stand in resources/main_menu.json, their keys in
 /// resources/shortcuts.json.
 inline constexpr int kCommandNewProduction = 60001;
-inline constexpr int kCommandOpenProduction = 60002;
+inline constexpr int kCommandOpenProduction = host::CommandID::kOpenProduction;
 inline constexpr int kCommandCloseProduction = 60003;
 inline constexpr int kCommandQuit = 60004;
 inline constexpr int kCommandAbout = 60005;

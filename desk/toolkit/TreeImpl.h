@@ -109,6 +109,9 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     // those above it, never at all rows.
 
     std::size_t CountOfOpened() const { return CountOfShownBelow(nullptr); }
+    bool ShowsEmptyText() const {
+        return CountOfOpened() <= mRowsOfEmptyTree && mBusy == 0 && !mEmptyText.isEmpty();
+    }
     /// The rows that show below `row` when it is open; all opened rows for null.
     std::size_t CountOfShownBelow(const Row* row) const;
     /// The rows that show or go with a laid-out row: itself and those below it.
@@ -245,6 +248,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     bool mDrawsHorizontalLines = true;
     bool mDrawsVerticalLines = false;
     QString mEmptyText;
+    std::size_t mRowsOfEmptyTree = 0;
     QString mAccessibleName;
     int mSpinnerAlignment = 0;
     int mBusy = 0;

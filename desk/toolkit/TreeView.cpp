@@ -29,7 +29,11 @@ private:
 }  // namespace
 
 TreeView::TreeView(host::UI_MultiColumnTree::TreeImpl& tree)
-    : mTree(tree), mHeader(new TreeHeader(tree, this)), mSpinner(new BusySpinner(*this)), mDrop(tree) {
+    : mTree(tree),
+      mHeader(new TreeHeader(tree, this)),
+      mSpinner(new BusySpinner(*this)),
+      mEmptyButtons(new EmptyButtons(*viewport())),
+      mDrop(tree) {
     setItemDelegate(new RowHeightDelegate(tree, this));
     setHeader(mHeader);
     // Qt's own sorting is off, and takes clicks on the header away.

@@ -5,6 +5,7 @@
 #include <QTreeView>
 #include <chrono>
 
+#include "desk/toolkit/EmptyButtons.h"
 #include "desk/toolkit/TreeDrop.h"
 #include "desk/toolkit/TreeHeader.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
@@ -20,6 +21,7 @@ public:
     ~TreeView() override;
 
     BusySpinner& GetSpinner() { return *mSpinner; }
+    EmptyButtons& GetEmptyButtons() { return *mEmptyButtons; }
     void FlushLayout();
     void RowHeightChanged();
     void SetExpanded(const QModelIndex& index, bool expanded);
@@ -110,6 +112,7 @@ private:
     host::UI_MultiColumnTree::TreeImpl& mTree;
     TreeHeader* mHeader;
     BusySpinner* mSpinner;
+    EmptyButtons* mEmptyButtons;
     const Row* mHovered = nullptr;
     /// On while nothing is painted.
     QBasicTimer mPause;

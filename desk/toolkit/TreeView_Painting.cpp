@@ -21,6 +21,8 @@ namespace {
 constexpr int kPanelRowColor = 277;
 /// A cell narrower than this many row heights may be too narrow for its nodes, and is cut.
 constexpr int kRoomyCell = 4;
+/// Around the text of an empty tree.
+constexpr int kEmptyMargin = 16;
 /// From here on the time that a layout took counts: when nothing more is awaited, and when it is.
 constexpr std::chrono::milliseconds kLongLayout(12);
 constexpr std::chrono::milliseconds kLongLayoutWhileBusy(2);
@@ -49,7 +51,7 @@ void TreeView::paintEvent(QPaintEvent* event) {
     const bool wasPainting = std::exchange(mIsPainting, true);
     QTreeView::paintEvent(event);
     mIsPainting = wasPainting;
-    if (mTree.CountOfOpened() == 0) PaintEmptyText();
+    PaintEmptyText();
     if (mDrop.IsFeedbackShown() && !mDrop.GetDestination()) {
         QPainter painter(viewport());
         PaintDropTarget(painter, viewport()->rect());
@@ -78,12 +80,16 @@ void TreeView::EndPause() {
 }
 
 void TreeView::PaintEmptyText() {
-    if (mTree.mEmptyText.isEmpty() || mTree.mBusy > 0) return;
+    if (!mTree.ShowsEmptyText()) return mEmptyButtons->FollowLater(false, 0);
+    const int rows = int(mTree.CountOfOpened()) * mTree.mRowPixels;
     QPainter painter(viewport());
     painter.setPen(Theme::Color(ThemeColor::SecondaryText));
     painter.setFont(font());
-    painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap,
-                     mTree.mEmptyText);
+    QRect text;
+    painter.drawText(
+        viewport()->rect().adjusted(kEmptyMargin, rows + kEmptyMargin, -kEmptyMargin, -kEmptyMargin),
+        Qt::AlignCenter | Qt::TextWordWrap, mTree.mEmptyText, &text);
+    mEmptyButtons->FollowLater(true, text.bottom() + kEmptyMargin);
 }
 
 void TreeView::PaintDropTarget(QPainter& painter, const QRect& rect) const {

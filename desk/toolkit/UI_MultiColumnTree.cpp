@@ -265,6 +265,15 @@ void UI_MultiColumnTree::SetEmptyText(const UTF16String& text) {
     ImplOf(*this).mView->viewport()->update();
 }
 
+void UI_MultiColumnTree::SetEmptyButtons(const std::vector<UI_EmptyButton>& buttons) {
+    ImplOf(*this).mView->GetEmptyButtons().Set(buttons);
+}
+
+void UI_MultiColumnTree::SetRowsOfEmptyTree(std::size_t count) {
+    ImplOf(*this).mRowsOfEmptyTree = count;
+    ImplOf(*this).mView->viewport()->update();
+}
+
 void UI_MultiColumnTree::SetAccessibleName(const UTF16String& name) {
     ImplOf(*this).mAccessibleName = desk::ToDisplayText(name);
     ImplOf(*this).mView->setAccessibleName(ImplOf(*this).mAccessibleName);

@@ -42,6 +42,9 @@ inline constexpr int kPreviousPanel = 11917;
 
 // The host's own, which panels send.
 
+/// Has the user choose the production to work in.
+inline constexpr int kOpenProduction = 60002;
+
 /// The Production panel has been closed while no project is open: the host has the user back, and gives the
 /// keyboard to where work can go on.
 inline constexpr int kPanelClosedWithoutProjects = 30392;

@@ -21,6 +21,13 @@ struct UI_ScrollView {
     RectT<float> mVisibleRect;
 };
 
+/// A button under the text of an empty tree.
+struct UI_EmptyButton {
+    /// Plain, localised.
+    UTF16String mText;
+    SharedFunction<void()> mPressed;
+};
+
 /// A tree with columns: rows that can be opened, selected, sorted and scrolled.
 ///
 /// "Opened rows" are the rows that show because all rows above them are open, in display order, whether
@@ -159,8 +166,12 @@ public:
     /// time under 150 ms shows none.
     void BeginBusy();
     void EndBusy();
-    /// Text in the middle of a tree without rows; plain, localised.
+    /// Text in the middle of an empty tree; plain, localised. It does not show while the tree is busy.
     void SetEmptyText(const UTF16String& text);
+    /// Buttons under that text, which show while it does, from the top down.
+    void SetEmptyButtons(const std::vector<UI_EmptyButton>& buttons);
+    /// With `count` opened rows or fewer the tree counts as empty; 0 by default.
+    void SetRowsOfEmptyTree(std::size_t count);
     /// The name of the tree for assistive technology.
     void SetAccessibleName(const UTF16String& name);
     /// Draws the visible cells of a row anew.

@@ -296,4 +296,34 @@ TEST_F(DirectoryViewTest, SelectAllLeavesTheTrashOut) {
     EXPECT_EQ(SelectionCount(), "6 items");
 }
 
+TEST_F(DirectoryViewTest, RowsOfAClosedFolderFollowAnotherSortColumnWhenItOpens) {
+    for (int i = 10; i < 99; ++i) MakeProject("Reels/P " + std::to_string(i), std::string(i, 'x'));
+    OpenProduction();
+    OpenFolder("Reels");
+    Tree()->CloseRow(RowOf("Reels").get());
+    DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kSizeColumnID);
+    DirectoryView().GetHeaderRow()->SetSortDirection(false);
+    DirectoryView().UpdateOpenRows();
+    OpenFolder("Reels");
+    EXPECT_TRUE(Shows([&] { return ShownRows()[1] == "  P 98"; })) << "the largest, which nobody has seen";
+}
+
+TEST_F(DirectoryViewTest, AnEmptyPlaceOffersWhatCanBeDoneThere) {
+    const auto offered = [this] {
+        mFrame.Window().grab();
+        Settle();
+        std::string labels;
+        for (const auto* button : TreeWidget().findChildren<QPushButton*>())
+            if (button->isVisible()) labels += button->text().toStdString() + '|';
+        return labels;
+    };
+    OpenPanel();
+    EXPECT_EQ(offered(), "Open Production…|");
+    OpenProductionWith({"Trash/Old"});
+    EXPECT_EQ(offered(), "New Project|Add Project…|");
+    MakeProject("A");
+    ASSERT_TRUE(Shows({"A", "Trash"}));
+    EXPECT_EQ(offered(), "");
+}
+
 }  // namespace HandlerSharedProjects
