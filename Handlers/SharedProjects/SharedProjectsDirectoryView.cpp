@@ -8,6 +8,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/core/UserNotice.h"
 #include "host/files/DirectoryChangeMonitor.h"
 #include "host/files/File.h"
 #include "host/files/PathUtils.h"
@@ -103,7 +104,10 @@ void SharedProjectsDirectoryView::SetEmptyText(std::string_view key,
         buttons.push_back(
             {localizer.Localize(command.mLabelKey),
              std::make_shared<std::function<void()>>([tabView = mTabView, id = command.mCommandID] {
-                 if (const auto panel = tabView.lock()) panel->ObeyCommand(Command(id));
+                 const auto panel = tabView.lock();
+                 if (!panel) return;
+                 const UTF16String reason = panel->DescribeWhyDisabled(id);
+                 reason.empty() ? static_cast<void>(panel->ObeyCommand(Command(id))) : TellInStatusBar(reason);
              })});
     GetTree()->SetEmptyButtons(buttons);
 }
