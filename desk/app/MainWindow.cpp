@@ -15,6 +15,7 @@
 #include "desk/app/ProjectArea.h"
 #include "desk/app/ProjectCommands.h"
 #include "desk/app/RecentProductions.h"
+#include "desk/app/RowEditing.h"
 #include "desk/app/StatusLine.h"
 #include "desk/app/WindowTitle.h"
 #include "desk/core/edges/Dialogs.h"
@@ -53,7 +54,8 @@ MainWindow::MainWindow(const Profile& profile, RecentProductions* recent, QSize 
       mProjects(new ProjectArea(this)),
       mProjectCommands(std::make_unique<ProjectCommands>(*mProjects)),
       mCopies(std::make_unique<CopiesUnderWay>()),
-      mKeyChoice(std::make_unique<KeyChoice>(profile)) {
+      mKeyChoice(std::make_unique<KeyChoice>(profile)),
+      mRowEditing(std::make_unique<RowEditing>()) {
     setCentralWidget(mProjects);
     mTitle = std::make_unique<WindowTitle>(*this, *mProjects);
     RegisterCommands();
@@ -69,6 +71,7 @@ MainWindow::~MainWindow() {
         MainCommander::Instance().Register(command, {}, {});
     mProjects->disconnect(this);
     mTitle.reset();
+    mRowEditing.reset();
     mKeyChoice.reset();
     mCopies.reset();
     mProjectCommands.reset();

@@ -10,6 +10,7 @@ namespace desk {
 
 class CopiesUnderWay;
 class KeyChoice;
+class RowEditing;
 class WindowTitle;
 class Profile;
 class ProjectArea;
@@ -62,6 +63,7 @@ private:
     std::unique_ptr<ProjectCommands> mProjectCommands;
     std::unique_ptr<CopiesUnderWay> mCopies;
     std::unique_ptr<KeyChoice> mKeyChoice;
+    std::unique_ptr<RowEditing> mRowEditing;
     std::unique_ptr<WindowTitle> mTitle;
     bool mIsClosing = false;
 };

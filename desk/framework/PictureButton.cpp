@@ -82,7 +82,6 @@ void PictureToolButton::Forget() {
 void PictureToolButton::dragEnterEvent(QDragEnterEvent* event) {
     mData = Receive(*event->mimeData(), event->source() != nullptr);
     mRest.Restart();
-    // A disabled one has nothing selected; what is dragged may come from elsewhere.
     mIsWelcome = Ask(host::kDropAction_Entered, event->position().toPoint());
     event->setAccepted(mIsWelcome);
     update();

@@ -46,10 +46,10 @@ public:
     std::function<void()> mLeft;
 
     explicit SearchField(QWidget* parent) : QLineEdit(parent) {
-        addAction(ThemeIcon("search"), LeadingPosition);
+        addAction(ThemeIcon("search"), LeadingPosition)->setText(Localized("$$$/Desk/Commands/Find=Find"));
         const QString clearText = Localized("$$$/Desk/SearchBox/Clear=Clear");
         QAction* clearAction = addAction(ThemeIcon("clear"), TrailingPosition);
-        clearAction->setToolTip(clearText);
+        clearAction->setText(clearText);
         clearAction->setVisible(false);
         connect(clearAction, &QAction::triggered, this, [this] {
             clear();

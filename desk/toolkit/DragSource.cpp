@@ -1,7 +1,9 @@
 #include "desk/toolkit/DragSource.h"
 
+#include <QClipboard>
 #include <QCoreApplication>
 #include <QDrag>
+#include <QGuiApplication>
 #include <QMimeData>
 #include <QPainter>
 #include <algorithm>
@@ -11,9 +13,11 @@
 #include "desk/core/edges/FileURI.h"
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
+#include "desk/core/log/UserNotice.h"
 #include "desk/core/names/QtStrings.h"
 #include "desk/toolkit/ShapedText.h"
 #include "desk/toolkit/Theme.h"
+#include "host/core/Localizer.h"
 
 namespace desk {
 
@@ -83,10 +87,25 @@ QPixmap DrawDragPicture(const QString& name, std::size_t count, qreal devicePixe
     return picture;
 }
 
+namespace {
+
+void TellCut(const QString& name, std::size_t count) {
+    TellUser(count == 1
+                 ? host::ZString("$$$/Desk/Tree/CutOne=“@0” was cut. Pasting it moves it into the folder that "
+                                 "is selected then.",
+                                 {ToUTF16(name)})
+                 : host::ZString("$$$/Desk/Tree/CutSeveral=@0 items were cut. Pasting them moves them into the "
+                                 "folder that is selected then.",
+                                 {host::NumberToString(static_cast<long long>(count))}));
+}
+
+}  // namespace
+
 }  // namespace desk
 
 struct host::OS_SendData::Impl {
     QPointer<QWidget> mSource;
+    bool mIsCut = false;
     std::unique_ptr<QMimeData> mData = std::make_unique<QMimeData>();
     QByteArray mFiles;
     QString mName;
@@ -97,6 +116,7 @@ namespace host {
 
 OS_SendData::OS_SendData(const OS_Event& event) : mImpl(std::make_unique<Impl>()) {
     mImpl->mSource = event.GetImpl().mWidget;
+    mImpl->mIsCut = event.GetImpl().mIsCut;
 }
 
 OS_SendData::~OS_SendData() = default;
@@ -123,6 +143,11 @@ bool OS_SendData::DoDragAndDrop(unsigned actions, unsigned& result) {
     if (!mImpl->mSource || !mImpl->mData || running.mIsRunning) return false;
     if ((actions & kDragAction_Copy) && !mImpl->mFiles.isEmpty())
         mImpl->mData->setData(QStringLiteral("text/uri-list"), mImpl->mFiles);
+    if (mImpl->mIsCut) {
+        QGuiApplication::clipboard()->setMimeData(mImpl->mData.release());
+        desk::TellCut(mImpl->mName, mImpl->mCount);
+        return true;
+    }
     // Qt deletes it. The widget may go during the drag, and would take it along.
     auto* drag = new QDrag(QCoreApplication::instance());
     drag->setMimeData(mImpl->mData.release());

@@ -8,9 +8,10 @@
 
 #include "host/toolkit/DataTransfer.h"
 
-/// The widget out of which is dragged.
+/// The widget out of which is dragged, or cut.
 struct host::OS_Event::Impl {
     QPointer<QWidget> mWidget;
+    bool mIsCut = false;
 };
 
 namespace desk {

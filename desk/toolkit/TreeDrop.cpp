@@ -87,7 +87,27 @@ bool TreeDrop::Drop(QPoint point) {
         return false;
     }
     NoteDropInThisProcess();
-    auto drop = [this, data = mData, row = mRow, point = mTree.mView->ToTreePoint(point)] {
+    DropLater();
+    CloseOpened(mDestination.get());
+    Forget();
+    return true;
+}
+
+bool TreeDrop::Paste(const QMimeData& data, bool isFromThisProcess, const host::RowRef& row) {
+    if (!IsSet(mTree.mCallbacks.mDropSupport)) return false;
+    Forget();
+    mData = Receive(data, isFromThisProcess);
+    mRow = row;
+    mPoint = mTree.mView->RectOf(row.get()).center();
+    const bool isWelcome = Ask(host::kDropAction_Entered);
+    isWelcome ? DropLater() : void(Ask(host::kDropAction_Left));
+    Forget();
+    return isWelcome;
+}
+
+/// Whoever drags waits for the end of the drag, and a drop may take long.
+void TreeDrop::DropLater() {
+    auto drop = [this, data = mData, row = mRow, point = mTree.mView->ToTreePoint(mPoint)] {
         if (row && !mTree.IsMine(row.get()))
             return TellUser(
                 host::ZString("$$$/Desk/Tree/DropTargetWent=Nothing was dropped: the target is no "
@@ -95,11 +115,7 @@ bool TreeDrop::Drop(QPoint point) {
         host::UI_DropData dropped{data.get(), row, point};
         Call(mTree.mCallbacks.mDropSupport, host::kDropAction_Dropped, &dropped);
     };
-    // Whoever drags waits for the end of this, and a drop may take long.
     RunAfterDrag(mLifetime.Guard(std::move(drop)));
-    CloseOpened(mDestination.get());
-    Forget();
-    return true;
 }
 
 bool TreeDrop::Ask(int action) {

@@ -24,6 +24,8 @@ public:
     bool Move(QPoint point);
     void Leave();
     bool Drop(QPoint point);
+    /// What is on the clipboard, dropped on `row` (empty for none) at once; false when it is not welcome there.
+    bool Paste(const QMimeData& data, bool isFromThisProcess, const host::RowRef& row);
     /// The rows have been laid out anew. What has come under a pointer that rests is nothing the user meant.
     void RowsLaidOut();
 
@@ -34,6 +36,7 @@ public:
 
 private:
     bool Ask(int action);
+    void DropLater();
     bool IsOpeningWelcome() const;
     void OpenLater();
     /// Closes what the drag has opened, but for `keep` and the folders that it lies in.

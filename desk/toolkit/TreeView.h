@@ -33,6 +33,11 @@ public:
     /// Paints what there is by now. Whoever does something sees at once what comes of it.
     void EndPause();
     TreeDrop& GetDrop() { return mDrop; }
+    // The clipboard (TreeClipboard.cpp).
+    bool CanCut() const;
+    void Cut();
+    bool CanPaste() const;
+    void Paste();
     /// The opened row at a point of the viewport; null for none.
     host::UI_MultiColumnTreeRow* RowAt(const QPoint& point) const;
     host::Point ToTreePoint(const QPoint& point) const;
@@ -102,6 +107,7 @@ private:
     bool HandleMenuKey(const QKeyEvent& event);
     bool HandleByOwner(const QKeyEvent& event);
     bool HandleOpenKey(const QKeyEvent& event);
+    bool HandleClipboardKey(const QKeyEvent& event);
     void TellDoubleClicked();
     bool HandleTreeKey(int key, Row& current);
     /// The row that Return and the menu key mean: the current one if it is selected, else the one that was

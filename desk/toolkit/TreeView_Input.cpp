@@ -224,6 +224,17 @@ bool TreeView::HandleOpenKey(const QKeyEvent& event) {
     return true;
 }
 
+bool TreeView::HandleClipboardKey(const QKeyEvent& event) {
+    if (event.modifiers() != Qt::ControlModifier) return false;
+    if (event.key() == Qt::Key_X)
+        Cut();
+    else if (event.key() == Qt::Key_V)
+        Paste();
+    else
+        return false;
+    return true;
+}
+
 void TreeView::TellDoubleClicked() {
     if (const host::RowRef row{RowForKeyboard()})
         Call(mTree.mCallbacks.mDoubleClicked, row, ToTreePoint(RectOf(row.get()).center()));
@@ -234,7 +245,8 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
     EndPause();
     FlushLayout();
     const host::RefPtr<host::UI_Node> keptAlive(mTree.mNode);
-    if (HandleMenuKey(*event) || HandleOpenKey(*event) || HandleByOwner(*event)) return event->accept();
+    if (HandleMenuKey(*event) || HandleOpenKey(*event) || HandleClipboardKey(*event) || HandleByOwner(*event))
+        return event->accept();
     const host::RowRef current(mTree.CurrentRow());
     const bool isPlain = !(event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier));
     if (current && isPlain && HandleTreeKey(event->key(), *current)) return event->accept();

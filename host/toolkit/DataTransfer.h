@@ -75,6 +75,9 @@ public:
     /// with `kDragAction_Copy`. `result` is what was done: `kDragAction_Move` when a window of this process
     /// took it (which does its part later), `kDragAction_Copy` when another process did. Returns false when
     /// nobody took it. Once only.
+    ///
+    /// When the event is the command to cut, the data goes to the clipboard, nobody drags, and `result` is
+    /// `kDragAction_None` with true: who pastes it is told of a drop.
     bool DoDragAndDrop(unsigned actions, unsigned& result);
 
 private:

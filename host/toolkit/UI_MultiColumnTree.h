@@ -222,7 +222,7 @@ public:
 
     /// The user drags the selected rows: the left button went down on one of them without ending on a triangle,
     /// 150 ms ago or more, and the pointer has gone the system's drag distance. Returns what the drag returned
-    /// (`OS_SendData::DoDragAndDrop`), during which this tree may go.
+    /// (`OS_SendData::DoDragAndDrop`), during which this tree may go. Called as well when the user cuts them.
     void SetSelectedRowsDraggedCallback(SharedFunction<bool(const UI_MouseEvent& event)> callback);
     /// A drag is over the tree (`kDropAction_...`): once when it comes, then whenever the row under the pointer
     /// is another one, when it leaves, and when it is dropped. Returns true when the action is one that it
@@ -231,6 +231,7 @@ public:
     /// - a drop on a destination that has been so for less than 200 ms does nothing, and the status bar says
     /// so;
     ///   one whose row has gone meanwhile neither;
+    /// - rows and files that the user pastes are dropped on the selected row, or on none;
     /// - the drop itself is told later, when the drag has ended, and may take its time. Feedback is gone by
     /// then.
     void SetDropSupportCallback(SharedFunction<bool(int action, UI_DropData* data)> callback);

@@ -7,11 +7,14 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QSocketNotifier>
 #include <QTabBar>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 #include <functional>
 
 #include "desk/framework/CommandRouter.h"
@@ -27,6 +30,21 @@ QList<Widget*> FindShown() {
     return shown;
 }
 
+/// Of the tree's rows and of the field that has the keyboard.
+QStringList TextsOfRows() {
+    QStringList texts;
+    for (const auto* tree : FindShown<QTreeView>())
+        for (QModelIndex row = tree->model()->index(0, 0); row.isValid(); row = tree->indexBelow(row))
+            texts << (tree->selectionModel()->isSelected(row) ? QStringLiteral("selected ")
+                                                              : QStringLiteral("row ")) +
+                         row.data(Qt::AccessibleTextRole).toString();
+    if (const auto* field = qobject_cast<QLineEdit*>(QApplication::focusWidget()))
+        texts << QStringLiteral("field ") + field->accessibleName();
+    if (const auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget()))
+        for (const QAction* entry : menu->actions()) texts << QStringLiteral("menu ") + entry->text();
+    return texts;
+}
+
 /// All that can be read on the screen, but for editors.
 QStringList Texts() {
     QStringList texts;
@@ -36,6 +54,7 @@ QStringList Texts() {
     for (const auto* button : FindShown<QAbstractButton>()) texts << button->text();
     for (const auto* bar : FindShown<QTabBar>())
         for (int i = 0; i < bar->count(); ++i) texts << bar->tabText(i);
+    texts << TextsOfRows();
     texts.removeAll(QString());
     return texts;
 }
@@ -71,11 +90,41 @@ QString Type(const QString& text) {
     return QStringLiteral("ok");
 }
 
+QString PressKeys(const QString& keys) {
+    const QKeyCombination key = QKeySequence::fromString(keys, QKeySequence::PortableText)[0];
+    Later([key] {
+        QWidget* popup = QApplication::activePopupWidget();
+        if (QWidget* target = popup ? popup : QApplication::focusWidget())
+            QTest::keyClick(target, key.key(), key.keyboardModifiers());
+    });
+    return QStringLiteral("ok");
+}
+
+QString Write(const QString& text) {
+    QTest::keyClicks(QApplication::focusWidget(), text);
+    return QStringLiteral("ok");
+}
+
+QString Click(const QString& name) {
+    for (auto* tree : FindShown<QTreeView>()) {
+        const QModelIndexList rows = tree->model()->match(tree->model()->index(0, 0), Qt::AccessibleTextRole,
+                                                          name, 1, Qt::MatchStartsWith);
+        if (rows.isEmpty()) continue;
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
+                          tree->visualRect(rows[0]).topLeft() + QPoint(70, 12));
+        return QStringLiteral("ok");
+    }
+    return QStringLiteral("no such row");
+}
+
 QString Answer(const QString& request) {
     const QString verb = request.section(QLatin1Char(' '), 0, 0);
     const QString rest = request.section(QLatin1Char(' '), 1);
     if (verb == QLatin1String("type")) return Type(rest);
     if (verb == QLatin1String("press")) return Press(rest);
+    if (verb == QLatin1String("keys")) return PressKeys(rest);
+    if (verb == QLatin1String("write")) return Write(rest);
+    if (verb == QLatin1String("click")) return Click(rest);
     if (verb == QLatin1String("texts")) return ToLine(Texts());
     if (verb == QLatin1String("editor"))
         return ToLine(FindEditor() ? QStringList(FindEditor()->toPlainText()) : QStringList());
