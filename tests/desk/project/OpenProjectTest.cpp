@@ -146,13 +146,17 @@ TEST_F(OpenProjectTest, ALinkHoldsBothLocksAndIsSavedThrough) {
 TEST_F(OpenProjectTest, AProjectThatWasOpenedThroughALinkIsKnownAsTheFileThatItIs) {
     std::filesystem::create_symlink("Day 1/Reel 1.zuproj", mFolder.Path("link.zuproj"));
     std::filesystem::create_directory_symlink("Day 1", mFolder.Path("today"));
+    mFolder.Write("Day 10/Reel 1.zuproj");
     for (const char* name : {"link.zuproj", "today/Reel 1.zuproj"}) {
         SCOPED_TRACE(name);
         const desk::ProjectDocumentRef document = OpenAndFind(name);
         EXPECT_TRUE(Find() == document && Open() && Open("today/Reel 1.zuproj"));
         EXPECT_EQ(host::OpenProjectCount(), 1);
+        const desk::ProjectDocumentRef neighbour = OpenAndFind("Day 10/Reel 1.zuproj");
         EXPECT_EQ(host::File::Move(mFolder.PathUTF16("Day 1"), mFolder.PathUTF16("Day 2")), 0);
         EXPECT_TRUE(Find("Day 2/Reel 1.zuproj") == document && !Find());
+        EXPECT_TRUE(Find("Day 10/Reel 1.zuproj") == neighbour) << "it lay in another folder";
+        EXPECT_TRUE(Manager().CloseProject(neighbour, true));
         Edit(document, u"x");
         EXPECT_TRUE(Save(document));
         EXPECT_EQ(mFolder.Read("Day 2/Reel 1.zuproj"), "x");
