@@ -26,6 +26,7 @@ AnswerWatch::Call::Call(std::shared_ptr<AnswerWatch> watch, std::shared_ptr<cons
         mWaiting = mWatch->mWaiting.insert(mWatch->mWaiting.end(),
                                            {std::move(folder), GetServices().mMainThread->Now()});
         isFirst = !std::exchange(mWatch->mIsCheckDue, true);
+        mWatch->mHasHadCalls = true;
     }
     if (isFirst) mWatch->CheckIn(kVolumePatience);
 }
@@ -74,14 +75,17 @@ void AnswerWatch::CheckIn(std::chrono::milliseconds delay) {
 
 void AnswerWatch::CheckAgain() {
     Check();
-    std::chrono::milliseconds delay = kPace;
+    std::chrono::milliseconds delay = kVolumePatience;
     {
         const std::lock_guard lock(mMutex);
-        mIsCheckDue = !mWaiting.empty() && mCounts;
+        // While calls come again and again, a worker need not wake the main thread for each.
+        mIsCheckDue = mCounts && (std::exchange(mHasHadCalls, false) || !mWaiting.empty());
         if (!mIsCheckDue) return;
-        const auto oldest = std::ranges::min_element(mWaiting, {}, &Waiting::mSince);
-        const auto left = oldest->mSince + kVolumePatience - GetServices().mMainThread->Now();
-        delay = std::max(delay, std::chrono::ceil<std::chrono::milliseconds>(left));
+        if (const auto oldest = std::ranges::min_element(mWaiting, {}, &Waiting::mSince);
+            oldest != mWaiting.end()) {
+            const auto left = oldest->mSince + kVolumePatience - GetServices().mMainThread->Now();
+            delay = std::max(kPace, std::chrono::ceil<std::chrono::milliseconds>(left));
+        }
     }
     CheckIn(delay);
 }

@@ -62,6 +62,8 @@ private:
     std::mutex mMutex;
     std::list<Waiting> mWaiting;
     bool mIsCheckDue = false;
+    /// Calls have begun since the last check.
+    bool mHasHadCalls = false;
     bool mIsSilent = false;
 };
 

@@ -71,6 +71,32 @@ TEST(WorkerPoolTest, SurvivesExceptionsAndEndsAfterTheRunningTask) {
     EXPECT_TRUE(isDone);
 }
 
+TEST(WorkerPoolTest, HasAsManyThreadsAsWaitAndLetsIdleOnesGo) {
+    constexpr int kTasks = 12;
+    desk::WorkerPool pool(kTasks, 1ms);
+    EXPECT_EQ(pool.CountRunningThreads(), 0u);
+    std::vector<HeldTask> held(kTasks + 8);
+    const auto submit = [&](int first, int last) {
+        for (int i = first; i < last; ++i) pool.SubmitLast([&task = held[i]] { task(); });
+        for (int i = first; i < last; ++i) held[i].mStarted.get_future().wait();
+    };
+    submit(0, 1);
+    EXPECT_EQ(pool.CountRunningThreads(), 1u);
+    submit(1, kTasks);
+    EXPECT_EQ(pool.CountRunningThreads(), kTasks);
+    // All of them hang: others stand in.
+    pool.StandInFor(8);
+    submit(kTasks, kTasks + 8);
+    EXPECT_EQ(pool.CountRunningThreads(), kTasks + 8);
+    for (HeldTask& task : held) task.mGate.set_value();
+    const auto end = std::chrono::steady_clock::now() + 20s;
+    while (pool.CountRunningThreads() > 1 && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    EXPECT_EQ(pool.CountRunningThreads(), 1u);
+    std::promise<void> done;
+    pool.Submit([&] { done.set_value(); });
+    done.get_future().wait();
+}
+
 TEST(QtMainThreadTest, KeepsTheOrderAcrossThreadsAndNestedLoopsAndLeavesRoomForOthers) {
     const ExpectLogged log("spilt");
     desk::QtMainThread main;
