@@ -3,6 +3,7 @@
 #include <QBuffer>
 #include <QPixmap>
 #include <QWidget>
+#include <utility>
 
 #include "desk/core/durable/NewFile.h"
 #include "desk/core/durable/ReplaceFile.h"
@@ -15,17 +16,23 @@ namespace desk {
 namespace {
 
 constexpr int kDeadline = 30'000;
-/// Longer than any pause between a row's coming into view and the question for its facts.
-constexpr int kQuietTime = 300;
+constexpr int kPace = 4;
+/// From one look to the next the event loop lays out, paints, and asks for the facts of rows that came into
+/// view: after so many nothing is left that one leads to after another.
+constexpr int kQuietLooks = 5;
 
 }  // namespace
 
-Screenshot::Screenshot(QWidget& window, std::string path, std::function<bool()> isOpening, Done done)
-    : mWindow(window), mPath(std::move(path)), mIsOpening(std::move(isOpening)), mDone(std::move(done)) {
+Screenshot::Screenshot(QWidget& window, std::string path, std::function<bool()> isOpening,
+                       std::function<bool()> isIdle, Done done)
+    : mWindow(window),
+      mPath(std::move(path)),
+      mIsOpening(std::move(isOpening)),
+      mIsIdle(std::move(isIdle)),
+      mDone(std::move(done)) {
     mSinceStart.start();
-    mSinceBusy.start();
     QObject::connect(&mTimer, &QTimer::timeout, &mTimer, [this] { Look(); });
-    mTimer.start(20);
+    mTimer.start(kPace);
 }
 
 bool Screenshot::AreRowsShown() const {
@@ -34,16 +41,24 @@ bool Screenshot::AreRowsShown() const {
     return folder.empty() || GetServices().mFolderStore->IsListed(folder);
 }
 
+/// What began and ended between two looks counts too: something may have come of it.
+bool Screenshot::IsQuiet() {
+    const WorkerPool& pool = *GetServices().mWorkerPool;
+    const std::size_t tasks = pool.CountTasks();
+    return std::exchange(mTasks, tasks) == tasks && !pool.IsBusy() && mIsIdle();
+}
+
 void Screenshot::Look() {
     const bool isLate = mSinceStart.elapsed() > kDeadline;
+    const bool isQuiet = IsQuiet();
+    mQuietLooks = isQuiet ? mQuietLooks + 1 : 0;
     if (!AreRowsShown()) {
-        mSinceBusy.restart();
+        mQuietLooks = 0;
         if (!isLate) return;
         mTimer.stop();
         return mDone("the production did not show within 30 seconds; no picture was written");
     }
-    if (GetServices().mWorkerPool->IsBusy()) mSinceBusy.restart();
-    if (mSinceBusy.elapsed() < kQuietTime && !isLate) return;
+    if (mQuietLooks < kQuietLooks && !isLate) return;
     mTimer.stop();
     mDone(Write());
 }

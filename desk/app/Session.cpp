@@ -53,6 +53,8 @@ namespace {
 
 /// Many, since they mostly wait for the volume.
 constexpr unsigned kWorkers = 24;
+/// Longer than any pace at which changes and facts are handed on.
+constexpr std::chrono::milliseconds kLongestPause(60);
 constexpr std::chrono::seconds kClosingPatience(3);
 /// While a copy ends and what it has made is removed.
 constexpr std::chrono::seconds kClosingPatienceWithCopies(10);
@@ -283,12 +285,13 @@ void Session::OpenProjects() {
 
 void Session::TakeScreenshot() {
     const auto isOpening = [this] { return mParts->mWindow->Productions().IsOpening(); };
+    const auto isIdle = [this] { return mParts->mMainThread.IsIdleFor(kLongestPause); };
     const auto done = [](const std::string& error) {
         if (!error.empty()) std::fprintf(stderr, "production-desk: %s\n", error.c_str());
         QCoreApplication::exit(error.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
     };
     mParts->mScreenshot =
-        std::make_unique<Screenshot>(*mParts->mWindow, mCommandLine.mScreenshot, isOpening, done);
+        std::make_unique<Screenshot>(*mParts->mWindow, mCommandLine.mScreenshot, isOpening, isIdle, done);
 }
 
 /// Copies end at their next step, and remove what they have made, while the panels go, which use everything

@@ -8,6 +8,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <set>
 #include <utility>
 
 namespace desk {
@@ -29,6 +30,7 @@ public:
     void StartDelayed(Task task, Clock::time_point due);
     TimerID StartTimer(milliseconds interval, Task task);
     void StopTimer(TimerID timer);
+    bool IsIdleFor(milliseconds time) const;
 
 protected:
     void customEvent(QEvent*) override { RunBatch(); }
@@ -38,8 +40,10 @@ private:
     void RunBatch();
     Task TakeTask();
 
-    std::mutex mMutex;
+    mutable std::mutex mMutex;
     std::deque<Task> mTasks;
+    /// When the delayed tasks fall due. UI thread.
+    std::multiset<Clock::time_point> mDue;
     /// True while an event or `mContinue` will run the queue.
     bool mIsScheduled = false;
     /// Runs what is left when Qt has nothing more urgent. On during a batch too: a task may enter an event
@@ -91,7 +95,10 @@ void QtMainThread::Receiver::RunBatch() {
 void QtMainThread::Receiver::StartDelayed(Task task, Clock::time_point due) {
     const auto left = std::chrono::ceil<milliseconds>(due - Clock::now());
     QTimer::singleShot(std::max(left, milliseconds(0)), Qt::PreciseTimer, this,
-                       [task = std::move(task)] { RunTask(task, "main thread: delayed task"); });
+                       [this, task = std::move(task), place = mDue.insert(due)] {
+                           mDue.erase(place);
+                           RunTask(task, "main thread: delayed task");
+                       });
 }
 
 MainThread::TimerID QtMainThread::Receiver::StartTimer(milliseconds interval, Task task) {
@@ -109,6 +116,11 @@ void QtMainThread::Receiver::StopTimer(TimerID timer) {
     found->second->stop();
     found->second->deleteLater();  // It may be its own task that stops it.
     mTimers.erase(found);
+}
+
+bool QtMainThread::Receiver::IsIdleFor(milliseconds time) const {
+    const std::lock_guard lock(mMutex);
+    return mTasks.empty() && (mDue.empty() || *mDue.begin() > Clock::now() + time);
 }
 
 QtMainThread::QtMainThread() : mReceiver(std::make_unique<Receiver>()) {}
@@ -130,6 +142,10 @@ MainThread::TimerID QtMainThread::StartTimer(milliseconds interval, Task task) {
 
 void QtMainThread::StopTimer(TimerID timer) {
     mReceiver->StopTimer(timer);
+}
+
+bool QtMainThread::IsIdleFor(milliseconds time) const {
+    return mReceiver->IsIdleFor(time);
 }
 
 Clock::time_point QtMainThread::Now() const {

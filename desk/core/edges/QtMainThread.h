@@ -20,6 +20,10 @@ public:
     void StopTimer(TimerID timer) override;
     std::chrono::steady_clock::time_point Now() const override;
 
+    /// True when no task waits, and none that was delayed falls due within `time`; timers do not count. UI
+    /// thread.
+    bool IsIdleFor(std::chrono::milliseconds time) const;
+
 private:
     class Receiver;
     std::unique_ptr<Receiver> mReceiver;

@@ -88,16 +88,20 @@ TEST_F(MainWindowTest, ALayoutThatCouldNotBeReadIsNotOverwritten) {
     EXPECT_EQ(mFolder.Read("profile/Window Layout.json"), "{}");
 }
 
-TEST_F(MainWindowTest, APictureWaitsForTheWorkers) {
+TEST_F(MainWindowTest, APictureWaitsForTheWorkersAndForWhatIsExpected) {
     QWidget window;
     std::optional<std::string> problem;
     std::promise<void> end;
+    bool isIdle = true;
     mPool.Submit([&] { end.get_future().wait(); });
     const Screenshot picture(
-        window, mFolder.Path("picture.png"), [] { return false; },
+        window, mFolder.Path("picture.png"), [] { return false; }, [&] { return isIdle; },
         [&](const std::string& error) { problem = error; });
-    EXPECT_FALSE(QTest::qWaitFor([&] { return problem.has_value(); }, 500));
+    EXPECT_FALSE(QTest::qWaitFor([&] { return problem.has_value(); }, 200));
+    isIdle = false;
     end.set_value();
+    EXPECT_FALSE(QTest::qWaitFor([&] { return problem.has_value(); }, 200));
+    isIdle = true;
     EXPECT_TRUE(QTest::qWaitFor([&] { return problem.has_value(); }));
     EXPECT_EQ(problem, "");
     EXPECT_TRUE(mFolder.Exists("picture.png"));
