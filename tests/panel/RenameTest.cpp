@@ -168,7 +168,7 @@ TEST_F(RenameTest, ANameThatIsTypedWhenItsRowsGoIsGivenOrItsLossTold) {
     EXPECT_TRUE(mFolder.Exists(OnDisk("Dailies"))) << "not yet renamed when the panel went";
 }
 
-TEST_F(RenameTest, ASlowSecondClickAndANewProjectBeginIt) {
+TEST_F(RenameTest, ASlowSecondClickBeginsIt) {
     Show({"A", "B"});
     Click("A");
     mMain.Advance(2s);
@@ -181,14 +181,7 @@ TEST_F(RenameTest, ASlowSecondClickAndANewProjectBeginIt) {
     mMain.Advance(300ms);
     EXPECT_FALSE(Field());
     mMain.Advance(300ms);
-    TypeName("C");
-    EXPECT_TRUE(Shows({"A", "C"}));
-    Send(CommandID::kDeselectAll);
-    Send(kNewProject);
-    ASSERT_TRUE(Shows([&] { return Field() != nullptr; }));
-    TypeName("New");
-    EXPECT_TRUE(Shows({"A", "C", "New"}));
-    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"New"});
+    EXPECT_TRUE(Field());
 }
 
 }  // namespace HandlerSharedProjects
