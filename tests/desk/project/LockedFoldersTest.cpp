@@ -50,11 +50,14 @@ TEST_F(LockedFoldersTest, UnreadLocksCountAndOwnOnesIfTheyAreMeant) {
     EXPECT_TRUE(HasLocked());
     mMain.RunUntilIdle();
     EXPECT_FALSE(HasLocked()) << "its holder is gone";
-    const auto lock =
-        host::CreateProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName);
+    auto lock = host::CreateProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName);
     Tell("Day 1", IN_CREATE, ".a.zuproj.lock");
     EXPECT_FALSE(HasLocked());
     EXPECT_TRUE(HasLocked(true, false));
+    ReadFacts("Day 1/a.zuproj");
+    lock.reset();
+    EXPECT_FALSE(HasLocked(true, false)) << "given up since it was read";
+    EXPECT_FALSE(host::ReadProjectLockFile(Path("Day 1/a.zuproj"), mDesktop.mUserName, mDesktop.mMachineName));
 }
 
 TEST_F(LockedFoldersTest, TellsWhoHoldsAProjectWhereAndSinceWhen) {
