@@ -8,6 +8,7 @@
 // After the public headers that it leans on.
 #include <private/qtreeview_p.h>
 
+#include <string_view>
 #include <utility>
 
 #include "desk/toolkit/TreeImpl.h"
@@ -59,7 +60,9 @@ private:
 
 }  // namespace
 
-void LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree) {
+bool LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree) {
+    static const bool isVersionCompiledWith = std::string_view(qVersion()) == QT_VERSION_STR;
+    if (!isVersionCompiledWith) return false;
     auto& data = static_cast<QTreeViewPrivate&>(*QObjectPrivate::get(&view));
     if (!data.customIndent) data.updateIndentationFromStyle();
     if (std::exchange(data.hasRemovedItems, false)) {
@@ -72,6 +75,7 @@ void LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree)
     data.viewItems.resize(static_cast<qsizetype>(tree.CountOfOpened()));
     if (const Access::Children* top = Access::FindChildren(*tree.mRoot))
         Layout(tree, data.viewItems.data()).Write(*top, -1, 0, 0);
+    return true;
 }
 
 }  // namespace desk

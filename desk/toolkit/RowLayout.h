@@ -11,7 +11,8 @@ namespace desk {
 /// each opened row. The layout alone: geometries, scroll bars and painting follow
 /// (`QAbstractItemView::doItemsLayout`). UI thread.
 ///
-/// It writes the view's private list of items (Qt's `private/qtreeview_p.h`), as Qt 6.2 to 6.8 lay it out.
-void LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree);
+/// It writes the view's private list of items (Qt's `private/qtreeview_p.h`), as it was when this was compiled.
+/// False with any other version of Qt: nothing was laid out then, and the view does it itself.
+bool LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree);
 
 }  // namespace desk

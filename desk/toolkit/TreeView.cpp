@@ -81,10 +81,13 @@ void TreeView::AnnounceRowChanged(const QModelIndex& index) {
 
 void TreeView::doItemsLayout() {
     const auto begin = Clock::now();
-    LayOutRows(*this, mTree);
-    // What the base of the base does after it.
-    QAbstractItemView::doItemsLayout();
-    mHeader->doItemsLayout();
+    if (LayOutRows(*this, mTree)) {
+        // What the base of the base does after it.
+        QAbstractItemView::doItemsLayout();
+        mHeader->doItemsLayout();
+    } else {
+        QTreeView::doItemsLayout();
+    }
     mLayoutTime = Clock::now() - begin;
     mTree.RestoreScrollPosition();
     mTree.mCellEditor.GetImpl().Follow();
