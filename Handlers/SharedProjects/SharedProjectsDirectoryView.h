@@ -195,6 +195,7 @@ private:
     // Dragging; paths are normalised.
     bool OnSelectedRowsDragged(const UI_MouseEvent& event);
     bool DropSupport(int action, UI_DropData* data);
+    void OnDragEnter(const OS_ReceiveData& received);
     void OnDragEnterOrMove(const UI_DropData& data);
     void OnDragDrop(const UI_DropData& data);
     void DropRows(const UTF16StringVec& paths, const UTF16String& destination);

@@ -4,6 +4,7 @@
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "host/core/Localizer.h"
+#include "host/core/UserNotice.h"
 #include "host/dialogs/MessageBox.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ProductionItems.h"
@@ -62,10 +63,19 @@ bool SharedProjectsDirectoryView::DropSupport(int action, UI_DropData* data) {
     }
     if (action != kDropAction_Entered && action != kDropAction_Moved) return false;
     // Of ten thousand rows it is asked once.
-    if (action == kDropAction_Entered)
-        mMayDraggedRowsMove = std::ranges::all_of(data->mReceived->GetFilePaths(), MayMove);
+    if (action == kDropAction_Entered) OnDragEnter(*data->mReceived);
     OnDragEnterOrMove(*data);
     return true;
+}
+
+void SharedProjectsDirectoryView::OnDragEnter(const OS_ReceiveData& received) {
+    const UTF16StringVec& paths = received.GetFilePaths();
+    const auto held = std::ranges::find_if_not(paths, MayMove);
+    mMayDraggedRowsMove = held == paths.end();
+    if (mMayDraggedRowsMove || !received.HasType(kDirectoryRowDragType)) return;
+    // Nothing lights up, and the rows may be many.
+    const UTF16String reason = Utils::DescribeWhyNotRenamed(*held);
+    if (!reason.empty()) TellInStatusBar(reason);
 }
 
 UTF16String SharedProjectsDirectoryView::GetDropDestinationPathFromDropData(const UI_DropData& data) const {

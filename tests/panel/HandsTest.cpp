@@ -119,7 +119,10 @@ TEST_F(HandsTest, RowsAreMovedWhereTheyMayGo) {
     const QString tip = TreeWidget().model()->index(2, 1).data(Qt::ToolTipRole).toString();
     EXPECT_TRUE(tip.startsWith(QStringLiteral("Locked by edit-bay-2 on machine-of-edit-bay-2 since")))
         << tip.toStdString();
-    EXPECT_FALSE(DropRows({"Held"}, "Reels"));
+    {
+        const ExpectLogged told("“Held” is in use. Locked by edit-bay-2");
+        EXPECT_FALSE(DropRows({"A", "Held"}, "Reels"));
+    }
     EXPECT_FALSE(DropRows({"Trash"}, "Reels"));
     EXPECT_FALSE(DropRows({"Reels"}, "Reels")) << "into itself";
     EXPECT_FALSE(DropRows({"Reels"}, "Reels/Day"));
