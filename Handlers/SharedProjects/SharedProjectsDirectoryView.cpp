@@ -114,9 +114,8 @@ void SharedProjectsDirectoryView::SetEmptyText(std::string_view key,
 
 /// A production that has only a trash is empty.
 void SharedProjectsDirectoryView::SetRowsOfEmptyTree() {
-    const bool hasTrash = std::ranges::any_of(GetTree()->GetTopLevelRows(), [this](const RowRef& row) {
-        return IsTheZuProductionTrashDirectory(GetRowPath(row.get()));
-    });
+    const auto& rows = GetTree()->GetTopLevelRows();
+    const bool hasTrash = rows.size() == 1 && IsTheZuProductionTrashDirectory(GetRowPath(rows.front().get()));
     GetTree()->SetRowsOfEmptyTree(hasTrash ? 1 : 0);
 }
 

@@ -270,7 +270,7 @@ void UI_MultiColumnTree::SetEmptyButtons(const std::vector<UI_EmptyButton>& butt
 }
 
 void UI_MultiColumnTree::SetRowsOfEmptyTree(std::size_t count) {
-    ImplOf(*this).mRowsOfEmptyTree = count;
+    if (std::exchange(ImplOf(*this).mRowsOfEmptyTree, count) == count) return;
     ImplOf(*this).mView->viewport()->update();
 }
 
