@@ -1,4 +1,6 @@
 // What the volume says: deliveries of folder contents and reports of changes.
+#include <algorithm>
+
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
@@ -115,9 +117,10 @@ void SharedProjectsDirectoryView::SelectDeferredRenameRow(const UTF16String& dir
         GetTree()->SelectRow(row.get(), true, true, true);
         RenameLater(row);
     }
-    // When all of its folder has been told and it was not there, it will not come.
-    const bool isMissing =
-        delivery.mIsLast && PathUtils::AddTrailingSlash(directoryPath) == PathUtils::GetFullDirectoryPart(path);
+    // When all of its folder has been told and it was not there, it will not come. A listing under way may be
+    // older than what has just been made, which is awaited.
+    const bool isMissing = delivery.mIsLast && std::ranges::count(mAwaitedPaths, path) == 0 &&
+                           PathUtils::AddTrailingSlash(directoryPath) == PathUtils::GetFullDirectoryPart(path);
     if (row || isMissing) tabView->SetDeferredRenameRowPath({});
 }
 

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QKeyEvent>
 #include <QShortcut>
 #include <algorithm>
 
@@ -54,6 +55,30 @@ constexpr std::string_view kRepeating[] = {"cmd.projects.undo",
 bool IsRepeating(const DeclaredCommand& command) {
     return std::ranges::find(kRepeating, command.mName) != std::end(kRepeating);
 }
+
+/// Commands that no field keeps from the user, whatever is typed in it.
+constexpr std::string_view kGoPastFields[] = {"cmd.file.quit"};
+
+/// Lets keys past the widget that has the keyboard: it is not asked whether it wants them for itself.
+class PassingKeys : public QObject {
+public:
+    using Test = std::function<bool(const QKeySequence&)>;
+
+    PassingKeys(QObject* parent, Test passes) : QObject(parent), mPasses(std::move(passes)) {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() != QEvent::ShortcutOverride) return false;
+        if (!mPasses(QKeySequence(static_cast<QKeyEvent*>(event)->keyCombination()))) return false;
+        event->ignore();
+        return true;
+    }
+
+private:
+    const Test mPasses;
+};
 
 void DeclareGlobalCommands(host::CommandContext& context) {
     const auto declare = [&context](std::string_view name, int id, std::string_view label) {
@@ -116,7 +141,11 @@ void Shortcuts::InstallOn(QWidget& mainWindow) {
     for (const auto& [key, shortcut] : mShortcuts) delete shortcut.data();
     mShortcuts.clear();
     mWindow = &mainWindow;
+    delete mPassingKeys.data();
     delete mHeldKey.data();
+    mPassingKeys =
+        new PassingKeys(&mainWindow, [this](const QKeySequence& key) { return GoesPastFields(key); });
+    // The filter that comes last hears of a key first.
     mHeldKey = new HeldKey(&mainWindow);
     LogUnknownNames();
     Refresh();
@@ -194,6 +223,12 @@ std::vector<const DeclaredCommand*> Shortcuts::FindActiveCommands(const QKeySequ
     for (const Context* context : GetActiveContexts())
         if (const DeclaredCommand* command = FindCommand(*context, key)) commands.push_back(command);
     return commands;
+}
+
+bool Shortcuts::GoesPastFields(const QKeySequence& key) const {
+    return std::ranges::any_of(FindActiveCommands(key), [](const DeclaredCommand* command) {
+        return std::ranges::find(kGoPastFields, command->mName) != std::end(kGoPastFields);
+    });
 }
 
 void Shortcuts::Activate(const QKeySequence& key) const {

@@ -79,6 +79,7 @@ private:
     const DeclaredCommand* FindCommand(const Context& context, const QKeySequence& key) const;
     /// The commands that the key may send now, the first to be asked first.
     std::vector<const DeclaredCommand*> FindActiveCommands(const QKeySequence& key) const;
+    bool GoesPastFields(const QKeySequence& key) const;
     /// The contexts whose shortcuts act now, the first to be asked first.
     std::vector<const Context*> GetActiveContexts() const;
     void Refresh();
@@ -97,6 +98,7 @@ private:
     bool mIsExclusive = false;
     QPointer<QWidget> mWindow;
     /// The window's child.
+    QPointer<QObject> mPassingKeys;
     QPointer<HeldKey> mHeldKey;
     std::map<QKeySequence, QPointer<QShortcut>> mShortcuts;
 };

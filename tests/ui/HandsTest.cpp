@@ -39,13 +39,17 @@ TEST_F(Hands, RenameByKeyAndByASlowSecondClick) {
     Write("First");
     Keys("Return");
     Expect("selected First");
-    std::this_thread::sleep_for(std::chrono::seconds(1));
     mProgram.Do("click First");
     Expect("field New name of");
     Write("Second");
     Keys("Return");
     Expect("selected Second");
     ExpectOnDisk("Second.zuproj");
+    Keys("F2");
+    Expect("field New name of");
+    Write("Third");
+    Keys("Ctrl+Q");
+    EXPECT_TRUE(mProcess.waitForFinished() && mHome.Exists("Harbour/Third.zuproj"));
 }
 
 TEST_F(Hands, ADayWithoutAMouse) {
@@ -62,6 +66,8 @@ TEST_F(Hands, ADayWithoutAMouse) {
     Write("filmed");
     Keys("Ctrl+S");
     EXPECT_TRUE(WaitFor([&] { return mHome.Read("Harbour/Day 1.zuproj").starts_with("filmed"); }));
+    // Nothing is closed while it is being saved.
+    EXPECT_TRUE(WaitFor([&] { return !mProgram.Shows("•"); }));
     Keys("Ctrl+W");
     Expect("No project is open");
     Keys("Ctrl+F");
@@ -78,12 +84,11 @@ TEST_F(Hands, ADayWithoutAMouse) {
     Expect("selected Day 1");
     Keys("Ctrl+X");
     Expect("was cut");
-    // What is typed soon after is part of the same name.
-    std::this_thread::sleep_for(std::chrono::seconds(1));
-    Write("night");
+    Keys("Down");
     Expect("selected Night");
     Keys("Ctrl+V");
     ExpectOnDisk("Night/Day 1.zuproj");
+    Expect("selected Day 1");
     Keys("End");
     Expect("selected Reel 2");
     Keys("Del");
