@@ -26,9 +26,14 @@ bool AreAllProjects(const OS_ReceiveData& received) {
     return received.CountOfForeignFiles() == 0 && AllFilesAreProjects(received.GetFilePaths());
 }
 
-/// May leave its folder, as far as is known.
+/// Why it may not leave its folder, as far as is known.
+UTF16String DescribeWhyItStays(const UTF16String& path) {
+    const UTF16String reason = Utils::DescribeWhyForeign(path);
+    return reason.empty() ? Utils::DescribeWhyNotRenamed(path) : reason;
+}
+
 bool MayMove(const UTF16String& path) {
-    return IsWithinCurrentZuProductionFolder(path) && Utils::DescribeWhyNotRenamed(path).empty();
+    return DescribeWhyItStays(path).empty();
 }
 
 void TellOnlyProjects() {
@@ -74,8 +79,7 @@ void SharedProjectsDirectoryView::OnDragEnter(const OS_ReceiveData& received) {
     mMayDraggedRowsMove = held == paths.end();
     if (mMayDraggedRowsMove || !received.HasType(kDirectoryRowDragType)) return;
     // Nothing lights up, and the rows may be many.
-    const UTF16String reason = Utils::DescribeWhyNotRenamed(*held);
-    if (!reason.empty()) TellInStatusBar(reason);
+    TellInStatusBar(DescribeWhyItStays(*held));
 }
 
 UTF16String SharedProjectsDirectoryView::GetDropDestinationPathFromDropData(const UI_DropData& data) const {

@@ -7,6 +7,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
+#include "host/core/UserNotice.h"
 #include "host/dialogs/AskOpenFile.h"
 #include "host/dialogs/MessageBox.h"
 #include "host/dialogs/SimpleInputBox.h"
@@ -22,6 +23,7 @@
 #include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
+#include "host/toolkit/DataTransfer.h"
 
 namespace HandlerSharedProjects {
 
@@ -109,6 +111,19 @@ UTF16String CreateNamedFolder(const UTF16String& targetFolder) {
 }
 
 // Move to Trash.
+
+/// Why rows, perhaps of another window, cannot be dropped onto the button.
+UTF16String DescribeWhyNotDropped(const UTF16StringVec& paths) {
+    for (const UTF16String& path : paths)
+        if (UTF16String reason = Utils::DescribeWhyForeign(path); !reason.empty()) return reason;
+    return Utils::DescribeWhyNotDeleted(paths);
+}
+
+void TellWhyNotDropped(const OS_ReceiveData& received) {
+    if (!received.HasType(kDirectoryRowDragType)) return;
+    const UTF16String reason = DescribeWhyNotDropped(received.GetFilePaths());
+    if (!reason.empty()) TellInStatusBar(reason);
+}
 
 /// Leaves in `paths` what may go to the trash; returns for each of the others a sentence that says why not.
 UTF16StringVec TakeOutWhatStays(UTF16StringVec& paths) {
@@ -347,17 +362,18 @@ void SharedProjectsTabView::TryToMoveToSharedProjectsTrash(const UTF16StringVec&
 bool SharedProjectsTabView::DropToDeleteButtonSupport(int action, UI_DropData* data) {
     if (!data || !data->mReceived || !AreTreeViewsCreated()) return false;
     if (action == kDropAction_Dropped) OnDropToDeleteButton(*data);
+    if (action == kDropAction_Entered) TellWhyNotDropped(*data->mReceived);
     return action == kDropAction_Dropped ||
            ((action == kDropAction_Entered || action == kDropAction_Moved) && IsDropToDeleteButtonValid(*data));
 }
 
 bool SharedProjectsTabView::IsDropToDeleteButtonValid(const UI_DropData& data) {
-    return data.mReceived->HasType(kDirectoryRowDragType) &&
-           Utils::CanAllBeDeleted(data.mReceived->GetFilePaths());
+    return data.mReceived->HasType(kDirectoryRowDragType) && !data.mReceived->GetFilePaths().empty() &&
+           DescribeWhyNotDropped(data.mReceived->GetFilePaths()).empty();
 }
 
 void SharedProjectsTabView::OnDropToDeleteButton(const UI_DropData& data) {
-    if (!data.mReceived->HasType(kDirectoryRowDragType)) return;
+    if (!IsDropToDeleteButtonValid(data)) return;
     // The selection may have followed rows that went meanwhile; of another window's rows none is here.
     if (data.mReceived->GetFilePaths() == GetSelectedNonRedundantPaths())
         return MoveSelectionToTrash("DropOntoTrash");

@@ -51,6 +51,10 @@ bool IsALockedProject(const UTF16String& path);
 /// folders it does not wait for the volume.
 UTF16String DescribeWhyHeld(const UTF16String& path);
 
+/// Why the item cannot be moved here from where it is: a sentence for the user about one that does not lie in
+/// the open production; empty for one that does.
+UTF16String DescribeWhyForeign(const UTF16String& path);
+
 // Moving, copying, trashing. All may wait for the volume and for the user; events go on being handled
 // meanwhile.
 

@@ -8,6 +8,7 @@
 #include "host/project/ProductionItems.h"
 #include "host/project/ProjectFiles.h"
 #include "host/project/ProjectLockFile.h"
+#include "host/project/SharedProjectsManager.h"
 
 namespace HandlerSharedProjects::Utils {
 
@@ -100,6 +101,14 @@ UTF16String DescribeWhyHeld(const UTF16String& path) {
             "open.",
             {name});
     return {};
+}
+
+UTF16String DescribeWhyForeign(const UTF16String& path) {
+    if (IsWithinCurrentZuProductionFolder(path)) return {};
+    return ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/OtherProduction=“@0” lies in another production, and is not moved "
+        "from there. Add Project brings a copy.",
+        {Columns::GetPathDisplayName(path)});
 }
 
 bool IsALockedProject(const UTF16String& path) {

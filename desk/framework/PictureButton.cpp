@@ -37,9 +37,13 @@ public:
     void SetDragSupport(DragSupport function) {
         setAcceptDrops(IsSet(function));
         mDragSupport = std::move(function);
+        // What is dragged over a disabled button is its parent's.
+        parentWidget()->setAcceptDrops(acceptDrops());
+        parentWidget()->installEventFilter(this);
     }
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -85,6 +89,21 @@ void PictureToolButton::dragEnterEvent(QDragEnterEvent* event) {
     mIsWelcome = Ask(host::kDropAction_Entered, event->position().toPoint());
     event->setAccepted(mIsWelcome);
     update();
+}
+
+/// A disabled one has nothing selected; what is dragged may come from elsewhere.
+bool PictureToolButton::eventFilter(QObject*, QEvent* event) {
+    if (isEnabled()) return false;
+    if (event->type() == QEvent::DragEnter) {
+        auto* enter = static_cast<QDragEnterEvent*>(event);
+        if (!geometry().contains(enter->position().toPoint())) return false;
+        dragEnterEvent(enter);
+        return true;
+    }
+    if (!mData) return false;
+    if (event->type() == QEvent::DragLeave) dragLeaveEvent(nullptr);
+    if (event->type() == QEvent::Drop) dropEvent(static_cast<QDropEvent*>(event));
+    return event->type() == QEvent::DragLeave || event->type() == QEvent::Drop;
 }
 
 void PictureToolButton::dragLeaveEvent(QDragLeaveEvent*) {

@@ -149,7 +149,14 @@ TEST_F(HandsTest, RowsAreMovedWhereTheyMayGo) {
     Select({"Reels/B"});
     QWidget& button = *mFrame.Window().findChild<QWidget*>(QStringLiteral("command-30325"));
     EXPECT_FALSE(Drop({OnDisk("Trash/A.zuproj")}, true, button, {5, 5}));
-    EXPECT_TRUE(Drop({mFolder.Path(OnDisk("Reels/B.zuproj"))}, true, button, {5, 5}));
+    {
+        const ExpectLogged told("“X” lies in another production");
+        EXPECT_FALSE(Drop({"/elsewhere/X.zuproj"}, true, button, {5, 5}));
+        EXPECT_FALSE(Drop({"/elsewhere/X.zuproj"}, true, *TreeWidget().viewport(), PointOf("Day")));
+    }
+    Select({});
+    ASSERT_FALSE(button.isEnabled());
+    EXPECT_TRUE(Drop({mFolder.Path(OnDisk("Reels/B.zuproj"))}, true, button, {5, 5})) << "of another window";
     EXPECT_TRUE(Shows({"Day", "Deep", "  X", "Held", "Reels", "Trash"}));
 }
 
