@@ -254,8 +254,12 @@ void SharedProjectsItemTree::TrackContextMenu(const char* menuID, Point point) {
 }
 
 void SharedProjectsItemTree::SelectNextWhenSelectionHasGone() {
-    mSelectionAfterRemoval.Expect(*mTree,
-                                  [this](const RowRef& row) { return !Utils::IsInTrash(GetPath(row), true); });
+    using Order = SelectionAfterRemoval::Order;
+    const auto isHit = mOwner.GetHitTest();
+    const auto mayBeSelected = [&](const RowRef& row) {
+        return !Utils::IsInTrash(GetPath(row), true) && (!isHit || isHit(row));
+    };
+    mSelectionAfterRemoval.Expect(*mTree, mayBeSelected, isHit ? Order::AsShown : Order::FolderFirst);
 }
 
 void SharedProjectsItemTree::OnRowsRemoved() {

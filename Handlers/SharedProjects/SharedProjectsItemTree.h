@@ -32,6 +32,9 @@ public:
         virtual void SortRows() = 0;
         /// The user has chosen the sort column or its direction.
         virtual void OnSortChosen() = 0;
+        /// In a view of hits: says of a row whether it is one, or only leads there. Empty in a view of all
+        /// there is.
+        virtual std::function<bool(const RowRef& row)> GetHitTest() const { return {}; }
 
     protected:
         ~Owner() = default;

@@ -75,10 +75,13 @@ void SharedProjectsSearchResultsView::SelectAllProjects() {
     mItems.SelectOpenedRows([this](const RowRef& row) { return IsFileRow(row); });
 }
 
+std::function<bool(const RowRef&)> SharedProjectsSearchResultsView::GetHitTest() const {
+    return [this](const RowRef& row) { return FileSearch::IsMatch(GetItemPath(row), mShownText); };
+}
+
 void SharedProjectsSearchResultsView::SelectFirstHit() {
     const RowVec rows = mTree->GetOpenedRows();
-    const auto hit = std::ranges::find_if(
-        rows, [this](const RowRef& row) { return FileSearch::IsMatch(GetItemPath(row), mShownText); });
+    const auto hit = std::ranges::find_if(rows, GetHitTest());
     if (hit == rows.end()) return;
     mTree->SelectRow(hit->get(), true, true, true);
 }

@@ -75,6 +75,7 @@ private:
     UTF16String GetItemPath(const RowRef& row) const override;
     void SortRows() override { mTree->SortTree(); }
     void OnSortChosen() override {}
+    std::function<bool(const RowRef&)> GetHitTest() const override;
 
     void SetupTree();
     void ClearResults();

@@ -20,7 +20,7 @@ auto RankBeside(const RowRef& leaving) {
 
 }  // namespace
 
-void SelectionAfterRemoval::Expect(const UI_MultiColumnTree& tree, const RowTest& mayBeSelected) {
+void SelectionAfterRemoval::Expect(const UI_MultiColumnTree& tree, const RowTest& mayBeSelected, Order order) {
     const RowVec selected = tree.GetSelectedRows();
     mLeaving = {selected.begin(), selected.end()};
     const auto findLeaving = [this](RowRef row) {
@@ -33,7 +33,7 @@ void SelectionAfterRemoval::Expect(const UI_MultiColumnTree& tree, const RowTest
     RowVec candidates(lastLeaving.base(), rows.end());
     std::copy_if(lastLeaving, rows.rend(), std::back_inserter(candidates), std::not_fn(isLeaving));
     std::erase_if(candidates, std::not_fn(mayBeSelected));
-    if (lastLeaving != rows.rend())
+    if (order == Order::FolderFirst && lastLeaving != rows.rend())
         std::ranges::stable_sort(candidates, {}, RankBeside(findLeaving(*lastLeaving)));
     mCandidates = std::move(candidates);
 }
