@@ -25,8 +25,12 @@ void EmptyButtons::Set(const std::vector<host::UI_EmptyButton>& buttons) {
         layout()->removeWidget(button);
         button->deleteLater();
     }
+    QWidget* before = parentWidget()->parentWidget();
     for (const host::UI_EmptyButton& button : buttons) {
         auto* widget = new QPushButton(ToDisplayText(button.mText), this);
+        // Return presses it too, and Tab comes to it from the tree.
+        widget->setAutoDefault(true);
+        setTabOrder(std::exchange(before, widget), widget);
         connect(widget, &QPushButton::clicked, this,
                 [pressed = button.mPressed] { GetServices().mMainThread->Post([pressed] { Call(pressed); }); });
         layout()->addWidget(widget);
