@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QSpacerItem>
 #include <QStringList>
+#include <QTextBoundaryFinder>
 #include <QWidget>
 #include <string>
 
@@ -25,13 +26,29 @@ QWidget* FindParentWindow() {
 
 namespace {
 
-/// Lines break at blanks only; one path would make the dialog as wide as the screen.
+/// Lines break at blanks only; one path or name would make the dialog as wide as the screen.
 constexpr qsizetype kLongWord = 60;
 
-QString WithPlacesToBreak(const QString& line) {
+/// Behind each separator, and within what is still too long.
+QString WithPlacesToBreak(const QString& word) {
+    constexpr QChar kPlace(0x200B);
+    QString text;
+    qsizetype size = 0;
+    QTextBoundaryFinder letters(QTextBoundaryFinder::Grapheme, word);
+    for (qsizetype begin = 0, end; (end = letters.toNextBoundary()) > begin; begin = end) {
+        text += QStringView(word).mid(begin, end - begin);
+        size += end - begin;
+        if (word[begin] != QLatin1Char('/') && size < kLongWord) continue;
+        text += kPlace;
+        size = 0;
+    }
+    return text;
+}
+
+QString BreakLongWords(const QString& line) {
     QStringList words = line.split(QLatin1Char(' '));
     for (QString& word : words)
-        if (word.size() > kLongWord) word.replace(QLatin1Char('/'), QStringLiteral("/\u200B"));
+        if (word.size() > kLongWord) word = WithPlacesToBreak(word);
     return words.join(QLatin1Char(' '));
 }
 
@@ -41,7 +58,7 @@ QString ToDisplayLines(std::u16string_view text) {
     QStringList lines;
     for (;;) {
         std::size_t end = text.find(u'\n');
-        lines << WithPlacesToBreak(ToDisplayText(text.substr(0, end)));
+        lines << BreakLongWords(ToDisplayText(text.substr(0, end)));
         if (end == std::u16string_view::npos) return lines.join(QLatin1Char('\n'));
         text.remove_prefix(end + 1);
     }

@@ -117,8 +117,9 @@ TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
     }
     mDialogs.ExpectMessage("Invalid Name");
     Rename("A", std::string(245, 'x').c_str());
-    EXPECT_NE(mDialogs.LastText().find("with the extension “.zuproj” it has 252 bytes, and 249"),
-              std::string::npos)
+    EXPECT_NE(
+        mDialogs.LastText().find("with “.zuproj” at its end it has 252 letters, and a project’s may have 249"),
+        std::string::npos)
         << mDialogs.LastText();
     {
         ExpectLogged refused("File exists");

@@ -39,8 +39,13 @@ host::UTF16String DescribeReason(const host::FileException& exception) {
     switch (exception.SystemError()) {
         case EEXIST:
             return host::ZString("$$$/Vantor/Desk/Copies/Exists=Something with that name is there already.");
-        case ENAMETOOLONG:
-            return host::ZString("$$$/Vantor/Desk/Copies/LongName=The name is too long.");
+        case ENAMETOOLONG: {
+            // How long it may be, where it is known which name is meant.
+            const host::UTF16String name = host::PathUtils::GetFullFilePart(exception.Path());
+            const host::UTF16String reason = host::PathUtils::DescribeInvalidFileName(name);
+            return reason.empty() ? host::ZString("$$$/Vantor/Desk/Copies/LongName=The name is too long.")
+                                  : reason;
+        }
         case ENOSPC:
         case EDQUOT:
             return host::ZString("$$$/Vantor/Desk/Copies/NoRoom=There is no room left on the volume.");

@@ -89,11 +89,13 @@ UTF16String DescribeTooLong(const UTF16String& name) {
     const auto bytes = NumberToString(static_cast<long long>(CountBytes(name)));
     const auto possible = NumberToString(static_cast<long long>(LongestName(name)));
     if (!HasProjectExtension(name))
-        return ZString("$$$/Desk/FileNames/TooLong=The name is too long: it has @0 bytes, and @1 are possible.",
-                       {bytes, possible});
+        return ZString(
+            "$$$/Desk/FileNames/TooLong=The name is too long: it has @0 letters, and @1 are possible. Accented letters "
+            "count as two, those of most other scripts as three.",
+            {bytes, possible});
     return ZString(
-        "$$$/Desk/FileNames/TooLongProject=The name is too long: with the extension “@0” it has @1 bytes, and @2 are "
-        "possible.",
+        "$$$/Desk/FileNames/TooLongProject=The name is too long: with “@0” at its end it has @1 letters, and a "
+        "project’s may have @2. Accented letters count as two, those of most other scripts as three.",
         {GetProjectFileExtension(), bytes, possible});
 }
 

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QLocale>
+#include <cerrno>
 #include <utility>
 
 #include "desk/core/durable/VolumeMove.h"
@@ -100,6 +101,9 @@ UTF16String DescribeObstacle(const UTF16String& path, const ProjectLocking& lock
         case ProjectLocking::Obstacle::Refused:
             break;
     }
+    if (locking.mSystemError == ENAMETOOLONG)
+        return ZString("$$$/Desk/Project/LockNameTooLong=“@0” cannot be locked. @1",
+                       {name, DescribeReason({"take lock of", path, ENAMETOOLONG})});
     return ZString("$$$/Desk/Project/LockRefused=“@0” cannot be locked: @1.",
                    {name, DescribeError(locking.mSystemError)});
 }

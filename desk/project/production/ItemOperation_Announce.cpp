@@ -30,8 +30,9 @@ host::UTF16StringVec* sKept = nullptr;
 UTF16String DescribeObstacle(const UTF16String& place, const ProjectLocking& obstacle) {
     if (obstacle.mObstacle == ProjectLocking::Obstacle::Held)
         return ProjectQuestions::DescribeObstacle(place, obstacle);
-    return DescribeReason(
-        {"take lock of", host::PathUtils::GetFullDirectoryPart(place), obstacle.mSystemError});
+    const bool isNameToBlame = obstacle.mSystemError == ENAMETOOLONG;
+    return DescribeReason({"take lock of", isNameToBlame ? place : host::PathUtils::GetFullDirectoryPart(place),
+                           obstacle.mSystemError});
 }
 
 UTF16String DescribeObstacle(const UTF16String& name, const UTF16String& place,

@@ -49,7 +49,7 @@ TEST(QtDialogsTest, TheTextIsSelectedSoThatTypingReplacesItAndEnterAccepts) {
 TEST(QtDialogsTest, QuestionsHaveTheirButtonsAndClosingIsCancelling) {
     QtDialogs dialogs;
     Question question{.mTitle = u"Save Changes of the Project x[*] Before It Is Closed for Good?",
-                      .mText = u"/a" + host::UTF16String(80, u'x') + u"/b\nSecond",
+                      .mText = u"/a" + host::UTF16String(300, u'x') + u"/b\nSecond",
                       .mButtons = {u"Save & Close", u"Discard", u"Cancel"},
                       .mCancel = 2,
                       .mOffersApplyToAll = true};
@@ -58,7 +58,7 @@ TEST(QtDialogsTest, QuestionsHaveTheirButtonsAndClosingIsCancelling) {
         const QString title = box.windowHandle()->title();
         EXPECT_NE(title.indexOf(QStringLiteral("Project x[*] Before")), -1) << title.toStdString();
         EXPECT_EQ(box.defaultButton()->text(), QStringLiteral("Save && Close"));
-        EXPECT_EQ(box.text().count(QChar(0x200B)), 2) << "a long path can be broken";
+        EXPECT_LT(box.width(), 900) << "a long name is broken";
         EXPECT_TRUE(box.text().endsWith(QStringLiteral("\nSecond")));
         box.checkBox()->setChecked(true);
         QTest::keyClick(&dialog, Qt::Key_Escape);
