@@ -43,6 +43,18 @@ UTF16String ReplaceAll(UTF16String text, const UTF16String& from, const UTF16Str
     return text;
 }
 
+/// There may be projects of one name in many folders.
+UTF16String DescribeHeldProject(const UTF16String& path) {
+    const UTF16String name = Columns::GetPathDisplayName(path);
+    const UTF16String folder = Columns::GetShownName(PathUtils::GetFullDirectoryPart(path));
+    const UTF16String lock = DescribeProjectLock(path);
+    if (lock.empty())
+        return ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/Locked=“@0” in “@1” is in use.",
+                       {name, folder});
+    return ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/Held=“@0” in “@1” is in use. @2",
+                   {name, folder, lock});
+}
+
 /// Gives the project a lock at `path`, if one can be had.
 void TakeLockAnew(IProject& project, const UTF16String& path) {
     const LockingPrefs prefs;
@@ -87,20 +99,14 @@ void UpdatePathsOfOpenProjectsAndLockFiles(const UTF16String& oldFolder, const U
 }
 
 UTF16String DescribeWhyHeld(const UTF16String& path) {
-    const UTF16String name = Columns::GetPathDisplayName(path);
-    if (IsALockedProject(path)) {
-        const UTF16String lock = DescribeProjectLock(path);
-        return lock.empty()
-                   ? ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/Locked=“@0” is in use.", {name})
-                   : ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/Held=“@0” is in use. @1",
-                             {name, lock});
-    }
-    if (PathUtils::IsDirectory(path) && DoesDirectoryContainLockedProjects(path, true, true))
-        return ZString(
-            "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/FolderHeld=“@0” holds a project that somebody else has "
-            "open.",
-            {name});
-    return {};
+    if (IsALockedProject(path)) return DescribeHeldProject(path);
+    const UTF16String held =
+        PathUtils::IsDirectory(path) ? FindLockedProjectInDirectory(path, true, true) : UTF16String();
+    if (held.empty()) return {};
+    return ZString(
+        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/FolderHeld=“@0” holds a project that somebody else has "
+        "open. @1",
+        {Columns::GetPathDisplayName(path), DescribeHeldProject(held)});
 }
 
 UTF16String DescribeWhyForeign(const UTF16String& path) {

@@ -41,6 +41,10 @@ ZUHOST_API UTF16StringVec GetZuProductionItemCopyPaths(const UTF16StringVec& pat
 /// it moves a project. Never waits for the volume. UI thread.
 ZUHOST_API bool DoesDirectoryContainLockedProjects(const UTF16String& folder, bool recursive, bool onlyOthers);
 
+/// The path of such a project, one that is known to be locked before one whose lock has not been read yet;
+/// empty when there is none. UI thread.
+ZUHOST_API UTF16String FindLockedProjectInDirectory(const UTF16String& folder, bool recursive, bool onlyOthers);
+
 /// Why items must not move: for each of `items` a sentence for the user, empty when nothing keeps it. An item
 /// stays that is in the trash, a project that somebody else has locked (stale locks do not count, those that
 /// cannot be read do), and a folder that holds such a project at any depth (neither can be told of a folder

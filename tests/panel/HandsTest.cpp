@@ -103,7 +103,8 @@ TEST_F(HandsTest, ReturnRenamesOneRowThatIsSeen) {
     Select({"Held"});
     ASSERT_TRUE(Shows([&] { return !IsEnabled(30308); }));
     {
-        const ExpectLogged told("“Held” is in use. Locked by edit-bay-2 on machine-of-edit-bay-2 since");
+        const ExpectLogged told(
+            "“Held” in “North Shore” is in use. Locked by edit-bay-2 on machine-of-edit-bay-2 since");
         EXPECT_FALSE(isEditing());
     }
     Select({"A"});
@@ -120,7 +121,7 @@ TEST_F(HandsTest, RowsAreMovedWhereTheyMayGo) {
     EXPECT_TRUE(tip.startsWith(QStringLiteral("Locked by edit-bay-2 on machine-of-edit-bay-2 since")))
         << tip.toStdString();
     {
-        const ExpectLogged told("“Held” is in use. Locked by edit-bay-2");
+        const ExpectLogged told("“Held” in “North Shore” is in use. Locked by edit-bay-2");
         EXPECT_FALSE(DropRows({"A", "Held"}, "Reels"));
     }
     EXPECT_FALSE(DropRows({"Trash"}, "Reels"));
