@@ -131,7 +131,7 @@ void SharedProjectsDirectoryView::DropRows(const UTF16StringVec& paths, const UT
     }
     Utils::CopyReport report;
     Utils::CopyFiles(paths, destination, true, false, report);
-    Utils::TellMoved(report.mDone, destination);
+    Utils::TellMoved(report, destination);
     UTF16StringVec newPlaces;
     for (const PlannedItem& item : report.mDone) newPlaces.push_back(item.mDestination);
     if (!newPlaces.empty()) SelectWhenShown(newPlaces);

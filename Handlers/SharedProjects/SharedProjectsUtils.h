@@ -88,14 +88,17 @@ struct CopyReport {
     UTF16StringVec mStayed;
     /// Those that were copied or moved, with their new places.
     std::vector<PlannedItem> mDone;
+    /// The user has ended it before its end.
+    bool mIsCancelled = false;
 };
 
 /// The same; `report` becomes what has come of it.
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames, CopyReport& report);
 
-/// Says in the status bar what was moved into `folder`; nothing of no items.
-void TellMoved(const std::vector<PlannedItem>& items, const UTF16String& folder);
+/// Says in the status bar what was moved into `folder`, and when that was cancelled how much has stayed;
+/// nothing of no items.
+void TellMoved(const CopyReport& report, const UTF16String& folder);
 
 /// Moves items to the production's trash, which is made when there is none; names that are taken there get free
 /// ones. Projects among and inside them that are open are closed first (see `CloseOpenProjectsInList`, which

@@ -1,4 +1,5 @@
 // Copies and moves of files and folders: first checked, then done.
+#include <cerrno>
 #include <map>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
@@ -119,6 +120,10 @@ private:
     std::map<UTF16String, UTF16String> mPlan;
 };
 
+bool IsCancelled(const ItemOutcome& outcome) {
+    return outcome.mFailure && outcome.mFailure->SystemError() == ECANCELED;
+}
+
 /// Traces, and has open projects follow their folder.
 void NoteMove(const PlannedItem& item, const ItemOutcome& outcome) {
     if (outcome.mIsFolder && outcome.mResult == ItemOutcome::Result::Done)
@@ -137,7 +142,7 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
 
 bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFolder, bool move,
                bool makeUniqueNames, CopyReport& report) {
-    report = {sources, {}};
+    report = {.mStayed = sources, .mDone = {}};
     try {
         Planner planner(destinationFolder);
         planner.Add(FindCandidates(sources, destinationFolder), makeUniqueNames);
@@ -149,6 +154,7 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
             if (move) NoteMove(plan[i], outcomes[i]);
             if (outcomes[i].mResult == ItemOutcome::Result::Done) report.mDone.push_back(plan[i]);
             if (outcomes[i].HasStayed()) report.mStayed.push_back(plan[i].mSource);
+            if (IsCancelled(outcomes[i])) report.mIsCancelled = true;
         }
         for (const ItemOutcome& outcome : outcomes)
             if (outcome.mFailure) throw FileException(*outcome.mFailure);
@@ -159,15 +165,21 @@ bool CopyFiles(const UTF16StringVec& sources, const UTF16String& destinationFold
     }
 }
 
-void TellMoved(const std::vector<PlannedItem>& items, const UTF16String& folder) {
-    if (items.empty()) return;
+void TellMoved(const CopyReport& report, const UTF16String& folder) {
+    const std::vector<PlannedItem>& items = report.mDone;
+    const auto number = [](std::size_t n) { return NumberToString(static_cast<long long>(n)); };
     const UTF16String place = Columns::GetShownName(PathUtils::AddTrailingSlash(folder));
+    if (report.mIsCancelled)
+        return TellInStatusBar(ZString(
+            "$$$/Vantor/Handlers/ZuProductionFolder/MoveCancelled=Cancelled: moved to “@0”: @1, left where "
+            "they were: @2.",
+            {place, number(items.size()), number(report.mStayed.size())}));
+    if (items.empty()) return;
     if (items.size() == 1)
         return TellInStatusBar(ZString("$$$/Vantor/Handlers/ZuProductionFolder/Moved=“@0” was moved to “@1”.",
                                        {Columns::GetPathDisplayName(items.front().mSource), place}));
-    const UTF16String count = NumberToString(static_cast<long long>(items.size()));
     TellInStatusBar(ZString("$$$/Vantor/Handlers/ZuProductionFolder/MovedSeveral=@0 items were moved to “@1”.",
-                            {count, place}));
+                            {number(items.size()), place}));
 }
 
 }  // namespace HandlerSharedProjects::Utils

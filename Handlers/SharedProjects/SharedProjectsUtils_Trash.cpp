@@ -69,10 +69,11 @@ CopyReport MoveAll(const UTF16StringVec& paths, const UTF16String& trashFolder) 
     CopyReport all;
     bool goesOn = true;
     for (const UTF16StringVec& batch : SplitByName(paths)) {
-        CopyReport report{batch, {}};
+        CopyReport report{.mStayed = batch, .mDone = {}};
         if (goesOn) goesOn = CopyFiles(batch, trashFolder, true, true, report);
         std::ranges::copy(report.mStayed, std::back_inserter(all.mStayed));
         std::ranges::copy(report.mDone, std::back_inserter(all.mDone));
+        all.mIsCancelled = all.mIsCancelled || report.mIsCancelled;
     }
     return all;
 }
@@ -91,10 +92,10 @@ void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPro
     // A project is not closed for a move that cannot begin.
     if (!open.empty() && !trashFolder.empty() && !CanMoveItemsTo(paths, trashFolder)) return;
     if (!CloseOpenProjectsInList(paths, closeWithoutPrompt, saveFirst)) return;
-    CopyReport report{paths, {}};
+    CopyReport report{.mStayed = paths, .mDone = {}};
     if (!trashFolder.empty() && MakeSureOfFolder(trashFolder))
         TellTogether([&] { report = MoveAll(paths, trashFolder); });
-    TellMoved(report.mDone, trashFolder);
+    TellMoved(report, trashFolder);
     OpenAgain(open, report.mStayed);
 }
 

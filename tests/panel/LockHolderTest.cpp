@@ -38,7 +38,7 @@ protected:
         }
         EXPECT_EQ(Utils::MoveProjectAndLockFiles(PathOf(project), ProjectPath(folder + "/Q")), !isInTheWay);
         Select({folder});
-        if (isInTheWay) mDialogs.ExpectMessage("Not Everything Was Moved");
+        if (isInTheWay) mDialogs.ExpectMessage("Nothing Was Moved");
         Send(kMoveToTrash);
         EXPECT_EQ(mFolder.Exists(OnDisk(folder)), isInTheWay) << "the folder";
     }

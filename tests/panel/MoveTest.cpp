@@ -55,14 +55,14 @@ TEST_F(MoveTest, ADestinationThatSomebodyHasLockedStopsBothKinds) {
     const DiskTree before = OnDiskNow();
     {
         ExpectLogged trace(NoLockTrace("To/B.zuproj"));
-        mDialogs.ExpectMessage("Not Everything Was Moved");
+        mDialogs.ExpectMessage("Nothing Was Moved");
         EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
         EXPECT_EQ(trace.Count(), 1);
     }
     EXPECT_EQ(OnDiskNow(), before) << "the source's lock is given up again";
     const auto open = OpenDocument("A");
     ExpectLogged trace(NoLockTrace("To/B.zuproj"));
-    mDialogs.ExpectMessage("Not Everything Was Moved");
+    mDialogs.ExpectMessage("Nothing Was Moved");
     EXPECT_FALSE(Move("A.zuproj", "To/B.zuproj"));
     EXPECT_EQ(open->GetProjectPath(), ProjectPath("A"));
     EXPECT_FALSE(open->IsReadOnly() || open->GetLock()->IsLost());

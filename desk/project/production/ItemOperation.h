@@ -148,8 +148,9 @@ private:
 host::UTF16String DescribeHolder(const host::UTF16String& name, const LockRecord& holder);
 
 /// Shows one message with `texts`, one sentence for each item, and writes them to the log; nothing without any.
-/// Within `host::TellTogether` that waits for its end. UI thread.
-void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts);
+/// Its title tells whether something else was done. Within `host::TellTogether` that waits for its end. UI
+/// thread.
+void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts, bool isSomethingDone);
 /// The same under a title of its own.
 void TellWhatWasNotDone(const char* titleKey, const host::UTF16StringVec& texts);
 

@@ -23,8 +23,13 @@ using Result = host::ItemOutcome::Result;
 
 constexpr std::size_t kMostLines = 10;
 
+struct Kept {
+    host::UTF16StringVec mTexts;
+    bool mIsSomethingDone = false;
+};
+
 /// While `TellTogether` runs.
-host::UTF16StringVec* sKept = nullptr;
+Kept* sKept = nullptr;
 
 /// A volume that cannot be written to is to blame for that, not the lock.
 UTF16String DescribeObstacle(const UTF16String& place, const ProjectLocking& obstacle) {
@@ -175,19 +180,30 @@ void ItemOperation::Announce() const {
         texts.push_back(
             ZString("$$$/Vantor/Desk/Files/NotReached=@0 more stayed as they were, for that reason.",
                     {host::NumberToString(static_cast<long long>(notReached))}));
-    if (mTelling == Telling::Message) return TellWhatWasNotDone(mVerb, texts);
+    const bool isSomethingDone = std::ranges::any_of(mItems, &Item::IsDone);
+    if (mTelling == Telling::Message) return TellWhatWasNotDone(mVerb, texts, isSomethingDone);
     std::ranges::for_each(texts, TellUser);
 }
 
-void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts) {
-    TellWhatWasNotDone(verb == ItemOperation::Verb::Copy
-                           ? "$$$/Vantor/Desk/Files/NotAllCopied=Not Everything Was Copied"
-                           : "$$$/Vantor/Desk/Files/NotAllMoved=Not Everything Was Moved",
-                       texts);
+namespace {
+
+const char* FindTitleKey(ItemOperation::Verb verb, bool isSomethingDone) {
+    if (verb == ItemOperation::Verb::Copy)
+        return isSomethingDone ? "$$$/Vantor/Desk/Files/NotAllCopied=Not Everything Was Copied"
+                               : "$$$/Vantor/Desk/Files/NothingCopied=Nothing Was Copied";
+    return isSomethingDone ? "$$$/Vantor/Desk/Files/NotAllMoved=Not Everything Was Moved"
+                           : "$$$/Vantor/Desk/Files/NothingMoved=Nothing Was Moved";
+}
+
+}  // namespace
+
+void TellWhatWasNotDone(ItemOperation::Verb verb, const host::UTF16StringVec& texts, bool isSomethingDone) {
+    if (sKept) sKept->mIsSomethingDone = sKept->mIsSomethingDone || isSomethingDone;
+    TellWhatWasNotDone(FindTitleKey(verb, isSomethingDone), texts);
 }
 
 void TellWhatWasNotDone(const char* titleKey, const host::UTF16StringVec& texts) {
-    if (sKept) return static_cast<void>(sKept->insert(sKept->end(), texts.begin(), texts.end()));
+    if (sKept) return static_cast<void>(sKept->mTexts.insert(sKept->mTexts.end(), texts.begin(), texts.end()));
     if (texts.empty()) return;
     for (const UTF16String& text : texts) Log(LogLevel::Info, host::UTF16to8(text));
     GetServices().mDialogs->ShowMessage(ZString(titleKey), ToLines(texts), MessageKind::Failure);
@@ -198,15 +214,15 @@ void TellWhatWasNotDone(const char* titleKey, const host::UTF16StringVec& texts)
 namespace host {
 
 void TellNotMoved(const UTF16StringVec& sentences) {
-    desk::TellWhatWasNotDone(desk::ItemOperation::Verb::Move, sentences);
+    desk::TellWhatWasNotDone(desk::ItemOperation::Verb::Move, sentences, false);
 }
 
 void TellTogether(const std::function<void()>& work) {
     if (desk::sKept) return work();
-    UTF16StringVec kept;
+    desk::Kept kept;
     const auto tell = [&kept] {
         desk::sKept = nullptr;
-        TellNotMoved(kept);
+        desk::TellWhatWasNotDone(desk::ItemOperation::Verb::Move, kept.mTexts, kept.mIsSomethingDone);
     };
     desk::sKept = &kept;
     try {

@@ -63,7 +63,7 @@ bool CanMoveItemsTo(const UTF16StringVec& sources, const UTF16String& folder) {
         const auto& refusal = atSource ? atSource : refusals.at(destination);
         if (refusal) texts.push_back(desk::DescribeNotMoved(PathUtils::ToNormalizedPath(sources[i]), *refusal));
     }
-    desk::TellWhatWasNotDone(desk::ItemOperation::Verb::Move, texts);
+    desk::TellWhatWasNotDone(desk::ItemOperation::Verb::Move, texts, false);
     return texts.empty();
 }
 
