@@ -172,6 +172,7 @@ private:
     void CancelSlowSecondClick();
     /// Begins half a second later.
     void RenameLater(const RowRef& row);
+    void OfferAgain(const UTF16String& path, const UTF16String& typedName);
     void RenameIfAlone(const RowRef& row);
     unsigned GetNameColumn() const;
     void InstallNameEditText(const RowRef& row);

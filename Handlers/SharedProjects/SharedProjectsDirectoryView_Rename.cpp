@@ -1,5 +1,6 @@
 // Names that are changed in place.
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsDirectoryView.h"
@@ -43,23 +44,33 @@ void TellHiddenName(const UTF16String& name) {
         name);
 }
 
-/// False when it stays where it is; the user has been told.
-bool MoveProject(const UTF16String& oldPath, const UTF16String& newPath) {
+enum class Outcome {
+    Done,
+    /// The user has been told why.
+    Refused,
+    Cancelled
+};
+
+Outcome NoteFailure(const FileException& exception) {
+    LogException(exception, __PRETTY_FUNCTION__);
+    return exception.SystemError() == ECANCELED ? Outcome::Cancelled : Outcome::Refused;
+}
+
+Outcome MoveProject(const UTF16String& oldPath, const UTF16String& newPath) {
     try {
-        return Utils::MoveProjectAndLockFiles(oldPath, newPath);
+        return Utils::MoveProjectAndLockFiles(oldPath, newPath) ? Outcome::Done : Outcome::Refused;
     } catch (const FileException& exception) {
-        LogException(exception, __PRETTY_FUNCTION__);
-        return false;
+        return NoteFailure(exception);
     }
 }
 
-bool MoveFolder(const UTF16String& oldPath, const UTF16String& newPath) {
+Outcome MoveFolder(const UTF16String& oldPath, const UTF16String& newPath) {
     const ItemOutcome outcome = MoveItems({{oldPath, newPath}}).front();
-    if (outcome.mFailure) LogException(*outcome.mFailure, __PRETTY_FUNCTION__);
-    if (outcome.mResult != ItemOutcome::Result::Done) return false;
+    if (outcome.mFailure) return NoteFailure(*outcome.mFailure);
+    if (outcome.mResult != ItemOutcome::Result::Done) return Outcome::Refused;
     Utils::UpdatePathsOfOpenProjectsAndLockFiles(PathUtils::AddTrailingSlash(oldPath),
                                                  PathUtils::AddTrailingSlash(newPath));
-    return true;
+    return Outcome::Done;
 }
 
 UTF16String FindNewPath(const UTF16String& oldPath, const UTF16String& newName) {
@@ -69,7 +80,8 @@ UTF16String FindNewPath(const UTF16String& oldPath, const UTF16String& newName) 
 /// Renames an item that no view shows any more.
 void GiveName(const UTF16String& oldPath, const UTF16String& newName, bool isProject) {
     const UTF16String newPath = FindNewPath(oldPath, newName);
-    if (isProject ? MoveProject(oldPath, newPath) : MoveFolder(oldPath, newPath)) TellHiddenName(newName);
+    const Outcome outcome = isProject ? MoveProject(oldPath, newPath) : MoveFolder(oldPath, newPath);
+    if (outcome == Outcome::Done) TellHiddenName(newName);
 }
 
 UTF16String DescribeKeptName(const UTF16String& path, const UTF16String& invalidName) {
@@ -145,6 +157,15 @@ void SharedProjectsDirectoryView::CancelSlowSecondClick() {
 
 unsigned SharedProjectsDirectoryView::GetNameColumn() const {
     return static_cast<unsigned>(std::max(GetHeaderRow()->GetIndexOfColumn(Columns::kNameColumnID), 0));
+}
+
+/// The name was not taken: it can be changed without being typed anew, as soon as the editor has gone.
+void SharedProjectsDirectoryView::OfferAgain(const UTF16String& path, const UTF16String& typedName) {
+    GetRegisteredMainThread()->Queue([this, path, typedName, lifetime = std::weak_ptr(mLifetime)] {
+        if (lifetime.expired()) return;
+        RenameIfAlone(GetRowFromPath(path));
+        if (mEdit) mEdit->SetValue(typedName);
+    });
 }
 
 void SharedProjectsDirectoryView::InstallNameEditText(const RowRef& row) {
@@ -244,7 +265,9 @@ void SharedProjectsDirectoryView::RenameProjectAndLockFiles(const UTF16String& o
                                                             const UTF16String& newName) {
     const UTF16String newPath = FindNewPath(oldPath, Utils::AddProjectExtension(newName));
     StateData state = GetCurrentStateData();
-    if (!MoveProject(oldPath, newPath)) return;
+    const Outcome outcome = MoveProject(oldPath, newPath);
+    if (outcome == Outcome::Refused) OfferAgain(oldPath, PathUtils::GetFilePart(newPath));
+    if (outcome != Outcome::Done) return;
     // Who has ended the edit by a click on another row goes on there.
     std::ranges::replace(state.mSelectedRowPaths, oldPath, newPath);
     state.mTopVisibleRowPath.clear();
@@ -255,7 +278,9 @@ void SharedProjectsDirectoryView::RenameProjectAndLockFiles(const UTF16String& o
 void SharedProjectsDirectoryView::RenameFolder(const UTF16String& oldPath, const UTF16String& newName) {
     const UTF16String newPath = FindNewPath(oldPath, newName);
     StateData state = GetCurrentStateData();
-    if (!MoveFolder(oldPath, newPath)) return;
+    const Outcome outcome = MoveFolder(oldPath, newPath);
+    if (outcome == Outcome::Refused) OfferAgain(oldPath, newName);
+    if (outcome != Outcome::Done) return;
     const auto follow = [&](UTF16String& path) { path = FollowFolder(path, oldPath, newPath); };
     std::ranges::for_each(state.mOpenFolderPaths, follow);
     std::ranges::for_each(state.mSelectedRowPaths, follow);

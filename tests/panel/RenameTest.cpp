@@ -129,6 +129,8 @@ TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
         mDialogs.ExpectMessage("Not Renamed");
         Rename("A", "B");
         EXPECT_EQ(mDialogs.LastText(), "“A.zuproj” could not be renamed. “B.zuproj” exists already.");
+        EXPECT_EQ(Field()->selectedText(), "B") << "need not be typed anew";
+        TypeName("", Qt::Key_Escape);
     }
     Begin("A");
     OtherUserLocks("A");
