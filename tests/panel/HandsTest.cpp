@@ -26,11 +26,12 @@ protected:
         auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         if (!menu) return {};
         const QList<QAction*> entries = menu->actions();
-        const std::string shown =
-            (entries.first()->text() + QLatin1Char('|') + entries.last()->text()).toStdString();
+        // Behind a tab stands the key, in a process that has loaded some.
+        const auto text = [](const QAction* entry) { return entry->text().section(QLatin1Char('\t'), 0, 0); };
+        const QString shown = text(entries.first()) + QLatin1Char('|') + text(entries.last());
         menu->close();
         Settle();
-        return shown;
+        return shown.toStdString();
     }
 
     /// Drags rows, or files of another program, over a point, and drops them there.
