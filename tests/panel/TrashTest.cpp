@@ -177,6 +177,16 @@ TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
     EXPECT_EQ(trashed({"Y"}, [this] { Select({"B"}); }), Names{"B"}) << "the user was quicker";
     EXPECT_EQ(trashed({"X"}), Names{"B"}) << "nothing follows";
     EXPECT_EQ(trashed({"B"}), Names{});
+    // Among hits it is the next one, or the one before, never a folder that only leads to one.
+    for (const char* name : {"Day/Deep/Take 1", "Day/Take 2", "Take 3"}) MakeProject(name);
+    TypeSearch(QStringLiteral("take"));
+    ASSERT_TRUE(Shows([&] { return ShownHits() == Rows{"Day", "  Deep", "    Take 1", "  Take 2", "Take 3"}; }));
+    for (const auto& [name, next] : {std::pair("Day/Take 2", "Take 3"), {"Take 3", "Take 1"}}) {
+        SearchView().SelectRowsByPaths({ProjectPath(name)});
+        Settle();
+        Send(kMoveToTrash);
+        EXPECT_TRUE(Shows([&, next = next] { return SelectedNames() == Names{next}; })) << name;
+    }
 }
 
 TEST_F(TrashTest, ScriptsMoveToTheTrashWhileThePanelIsThere) {
