@@ -51,6 +51,12 @@ void TakeFact(std::optional<T>& fact, const std::optional<T>& value) {
 
 FileMetadata::FileMetadata(UTF16String path) : mPath(std::move(path)) {}
 
+FileMetadata::FileMetadata(UTF16String path, const KnownProject& known)
+    : mPath(std::move(path)), mModified(known.mModified), mCreated(known.mCreated), mSize(known.mSize) {
+    mDisplayName = GetPathDisplayName(mPath);
+    SetLock(known.mLock.get());
+}
+
 bool FileMetadata::Update(bool updateAll, ColumnID column) {
     const CodeProfilerScope profile("HandlerSharedProjects::Columns::FileMetadata::FileMetadata()");
     const auto previousModified = mModified;
@@ -89,7 +95,10 @@ void FileMetadata::UpdateLock() {
     UTF16String userName;
     UTF16String machineName;
     GetProjectLockingPrefs(userName, machineName);
-    const ProjectLockFileRef lock = ReadProjectLockFile(mPath, userName, machineName);
+    SetLock(ReadProjectLockFile(mPath, userName, machineName).get());
+}
+
+void FileMetadata::SetLock(const IProjectLockFile* lock) {
     // A lock whose holder is known to be gone is no lock to the user.
     mLocked = lock && lock->IsLocked();
     if (mLocked) {

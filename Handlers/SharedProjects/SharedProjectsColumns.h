@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Handlers/SharedProjects/SharedProjectsUtils.h"
+#include "host/project/KnownProjects.h"
 #include "host/toolkit/Drawbot.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
 
@@ -30,6 +31,8 @@ using ColumnWidths = std::map<ColumnID, float>;
 struct FileMetadata {
     FileMetadata() = default;
     explicit FileMetadata(UTF16String path);
+    /// With all that is known already.
+    FileMetadata(UTF16String path, const KnownProject& known);
 
     /// Reads all facts, or only that of `column`, from what the host knows of the file. A fact that is not
     /// known yet, or no longer because the file is gone, keeps its value. Failures are logged. Returns true
@@ -58,6 +61,7 @@ struct FileMetadata {
     std::optional<std::uint64_t> mSize;
 
 private:
+    void SetLock(const IProjectLockFile* lock);
     void UpdateLock();
     void UpdateFileFacts(bool updateAll, ColumnID column);
 };

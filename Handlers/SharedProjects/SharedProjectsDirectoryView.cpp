@@ -139,6 +139,10 @@ void SharedProjectsDirectoryView::RemoveRowsOfOtherKind(const RowRef& row, const
         InsertDirectoryContent(row, {}, removal, SharedProjectsHandler::GetRootDirectory());
 }
 
+UTF16String SharedProjectsDirectoryView::GetRootPath() const {
+    return PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
+}
+
 RowRef SharedProjectsDirectoryView::GetRowFromPath(const UTF16String& path) const {
     const UTF16String root = PathUtils::AddTrailingSlash(SharedProjectsHandler::GetRootDirectory());
     const UTF16String normalized = PathUtils::ToNormalizedPath(path);
@@ -158,7 +162,7 @@ void SharedProjectsDirectoryView::AddRowToMaps(const RowRef& row, const Director
     if (!row) return;
     MediaBrowserDirectoryView::AddRowToMaps(row, data);
     const bool isProject = IsProject(GetRowPath(row.get()));
-    mItems.AddRow(row, isProject, SharedProjectsItemTree::IsRowExposed(row));
+    SharedProjectsItemTree::AddRow(row, isProject);
     // Nobody knows what is in a folder before it has been listed, and an empty one can be opened too.
     if (!isProject) GetTree()->SetRowHasCustomChild(row.get(), true);
 }

@@ -7,6 +7,7 @@
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/MenuUtils.h"
+#include "host/project/KnownProjects.h"
 #include "host/project/ProjectLockFile.h"
 #include "host/project/SharedProjectsManager.h"
 
@@ -41,6 +42,7 @@ void SharedProjectsItemTree::SetupTree() {
     mTree->SetSupportDeselectAllOnEmptyTreeClick(true);
     mTree->SetSpinnerAlignment(kSpinnerInCentre);
     mTree->SetCellSortDataFunction(Utils::BindCallback(this, &Self::GetCellSortDataAsString, mLifetime));
+    mTree->SetRowsSortDataFunction(Utils::BindCallback(this, &Self::GetRowsSortData, mLifetime));
     mTree->SetCellAccessibleTextFunction(Utils::BindCallback(this, &Self::GetCellAccessibleText, mLifetime));
     mTree->SetCellToolTipFunction(Utils::BindCallback(this, &Self::GetCellToolTip, mLifetime));
     mTree->SetRowVisibilityChangedCallback(Utils::BindCallback(this, &Self::OnRowVisibilityChanged, mLifetime));
@@ -62,13 +64,16 @@ bool SharedProjectsItemTree::IsRowExposed(const RowRef& row) {
     return true;
 }
 
-void SharedProjectsItemTree::AddRow(const RowRef& row, bool isProject, bool exposed) {
+void SharedProjectsItemTree::AddRow(const RowRef& row, bool isProject) {
     row->SetBackgroundColorID(kRowBackgroundColorID);
-    if (!isProject) return;
-    const auto entry = mRowToMetadata.insert_or_assign(
-        mRowToMetadata.end(), row, MetadataRequest{Columns::FileMetadata(GetPath(row)), !exposed});
-    // The row is sorted when it is laid out; nothing else needs to be.
-    if (exposed) entry->second.mMetadata.Update(mTree->IsRowVisible(row.get()), mHeaderRow->GetSortColumn());
+    row->SetMarks(isProject ? kIsProject : 0);
+}
+
+bool SharedProjectsItemTree::RemoveRow(const RowRef& row) {
+    const bool isProject = IsFileRow(row);
+    row->SetMarks(0);
+    mRowToMetadata.erase(row);
+    return isProject;
 }
 
 UTF16String SharedProjectsItemTree::GetPath(const RowRef& row) const {
@@ -82,42 +87,36 @@ UTF16String SharedProjectsItemTree::GetPathOfKind(const RowRef& row) const {
 
 const Columns::FileMetadata* SharedProjectsItemTree::GetMetadata(const RowRef& row) const {
     const auto entry = mRowToMetadata.find(row);
-    return entry == mRowToMetadata.end() ? nullptr : &entry->second.mMetadata;
+    return entry == mRowToMetadata.end() ? nullptr : &entry->second;
 }
 
 void SharedProjectsItemTree::UpdateRow(const RowRef& row, bool exposed) {
     mTree->RedrawRow(row.get());
-    UpdateMetadataForRow(row, false, exposed);
+    UpdateMetadataForRow(row, exposed);
     AddNameCellView(row);
 }
 
+/// Those that are not visible are told of by their sort keys alone.
 void SharedProjectsItemTree::UpdateOpenRows() {
-    UpdateStaleMarks();
-    for (const RowRef& row : mTree->GetOpenedRows()) UpdateRow(row, true);
+    const int last = mTree->GetLastVisibleOpenedRowIndex();
+    for (int i = std::max(mTree->GetFirstVisibleOpenedRowIndex(), 0); i <= last; ++i)
+        if (const RowRef row = mTree->GetOpenedRow(i)) UpdateRow(row, true);
+    if (IsSortedByFacts()) SortLater();
 }
 
-/// Rows in closed folders need the sort column's fact when they come to be seen, whoever has chosen the column.
-void SharedProjectsItemTree::UpdateStaleMarks() {
+bool SharedProjectsItemTree::IsSortedByFacts() const {
     const ColumnID column = mHeaderRow->GetSortColumn();
-    if (std::exchange(mStaleMarksColumn, column) == column) return;
-    for (auto& [row, request] : mRowToMetadata)
-        if (!IsRowExposed(row)) request.mIsStale = true;
+    return column != 0 && column != Columns::kNameColumnID;
 }
 
-void SharedProjectsItemTree::UpdateMetadataForRow(const RowRef& row, bool onlyIfStale, bool exposed) {
-    const auto entry = mRowToMetadata.find(row);
-    if (entry == mRowToMetadata.end()) return;
-    if (exposed) {
-        if (!onlyIfStale || entry->second.mIsStale) UpdateMetadata(entry->second, row);
-    } else if (!onlyIfStale) {
-        entry->second.mIsStale = true;
+void SharedProjectsItemTree::UpdateMetadataForRow(const RowRef& row, bool exposed) {
+    if (!IsFileRow(row)) return;
+    bool hasSortKeyChanged = exposed && IsSortedByFacts();
+    if (mTree->IsRowVisible(row.get())) {
+        const auto [entry, isNew] = mRowToMetadata.try_emplace(row);
+        if (isNew) entry->second = Columns::FileMetadata(GetPath(row));
+        hasSortKeyChanged = entry->second.Update(true, mHeaderRow->GetSortColumn()) && !isNew;
     }
-}
-
-void SharedProjectsItemTree::UpdateMetadata(MetadataRequest& request, const RowRef& row) {
-    const bool isVisible = mTree->IsRowVisible(row.get());
-    const bool hasSortKeyChanged = request.mMetadata.Update(isVisible, mHeaderRow->GetSortColumn());
-    request.mIsStale = false;
     // While all sort keys stay as they were, so does the order: scrolling sorts nothing.
     if (hasSortKeyChanged) SortLater();
 }
@@ -143,15 +142,6 @@ void SharedProjectsItemTree::SortWhenDue() {
             if (!lifetime.expired()) SortWhenDue();
         },
         kQuietSeconds);
-}
-
-void SharedProjectsItemTree::UpdateMetadataForOpenSubtree(const RowRef& row) {
-    for (const RowRef& child : row->GetChildRows()) {
-        if (!child->HasChild())
-            UpdateMetadataForRow(child, true, true);
-        else if (child->IsOpen())
-            UpdateMetadataForOpenSubtree(child);
-    }
 }
 
 void SharedProjectsItemTree::AddNameCellView(const RowRef& row) {
@@ -287,14 +277,18 @@ void SharedProjectsItemTree::OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row
         Columns::DrawMetadataCellOfRow(drawbot, *metadata, column, cell, mHeaderRow);
 }
 
-void SharedProjectsItemTree::OnRowOpenStateChanged(const RowRef& row, bool open) {
-    if (open && IsRowExposed(row)) UpdateMetadataForOpenSubtree(row);
+void SharedProjectsItemTree::OnRowOpenStateChanged(const RowRef&, bool open) {
+    // Facts of the rows below it were of no interest so far.
+    if (open && IsSortedByFacts()) SortLater();
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
 }
 
 void SharedProjectsItemTree::OnRowVisibilityChanged(const RowRef& row) {
-    if (!mTree->IsRowVisible(row.get())) return;
-    UpdateMetadataForRow(row, false, IsRowExposed(row));
+    if (!mTree->IsRowVisible(row.get())) {
+        mRowToMetadata.erase(row);
+        return;
+    }
+    UpdateMetadataForRow(row, true);
     AddNameCellView(row);
 }
 
@@ -302,21 +296,55 @@ bool SharedProjectsItemTree::ColumnSortStringIsLess(const UTF16String& a, const 
     return Columns::SortStringIsLess(a, b);
 }
 
-/// Rows whose keys are equal stand by their names, also those that nobody has seen, whose facts have no name
-/// yet.
 UTF16String SharedProjectsItemTree::GetCellSortDataAsString(const RowRef& row, unsigned column) {
-    UTF16String key;
-    if (const Columns::FileMetadata* metadata = GetMetadata(row))
-        key = metadata->GetColumnDataAsSortableString(mHeaderRow->GetColumnAt(column));
-    const bool isNameMissing = key.empty() && Columns::IsNameColumn(mHeaderRow, column);
-    if (!isNameMissing) return key;
-    const UTF16String path = GetPathOfKind(row);
+    if (Columns::IsNameColumn(mHeaderRow, column)) return GetNameKey(row);
+    return GetRowsSortData(std::span(&row, 1), column).front();
+}
+
+UTF16String SharedProjectsItemTree::GetNameKey(const RowRef& row) const {
+    const UTF16String name = mOwner.GetItemName(row);
+    if (IsFileRow(row)) return Columns::GetPathDisplayName(name);
     // The trash is at the top.
-    return row->GetParentRow() ? Columns::GetPathDisplayName(path) : Columns::GetShownName(path);
+    return row->GetParentRow() ? name : Columns::GetShownName(GetPathOfKind(row));
+}
+
+/// All keys of one folder from one question to the host. Rows in closed folders have the facts that are known:
+/// those that are not are asked for when the folder is opened.
+UTF16StringVec SharedProjectsItemTree::GetRowsSortData(std::span<const RowRef> rows, unsigned column) {
+    UTF16StringVec keys;
+    if (rows.empty()) return keys;
+    keys.reserve(rows.size());
+    if (Columns::IsNameColumn(mHeaderRow, column)) {
+        for (const RowRef& row : rows) keys.push_back(GetNameKey(row));
+        return keys;
+    }
+    UTF16StringVec names;
+    names.reserve(rows.size());
+    for (const RowRef& row : rows) names.push_back(IsFileRow(row) ? mOwner.GetItemName(row) : UTF16String());
+    const RowRef parent = rows.front()->GetParentRow();
+    const bool areExposed = !parent || (parent->IsOpen() && IsRowExposed(parent));
+    const std::vector<KnownProject> projects =
+        GetKnownProjects(parent ? GetPath(parent) : mOwner.GetRootPath(), names,
+                         areExposed ? MissingFacts::Request : MissingFacts::Leave);
+    const ColumnID columnID = mHeaderRow->GetColumnAt(column);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const bool isProject = !names[i].empty();
+        keys.push_back(isProject ? Columns::FileMetadata(std::move(names[i]), projects[i])
+                                       .GetColumnDataAsSortableString(columnID)
+                                 : UTF16String());
+    }
+    return keys;
 }
 
 UTF16String SharedProjectsItemTree::GetCellAccessibleText(const RowRef& row, unsigned column) {
-    return Columns::GetCellAccessibleText(mHeaderRow, column, GetPathOfKind(row), GetMetadata(row));
+    const UTF16String path = GetPathOfKind(row);
+    if (const Columns::FileMetadata* metadata = GetMetadata(row); metadata || !IsFileRow(row))
+        return Columns::GetCellAccessibleText(mHeaderRow, column, path, metadata);
+    const Columns::FileMetadata known(
+        path, GetKnownProjects(PathUtils::GetFullDirectoryPart(path), {PathUtils::GetFullFilePart(path)},
+                               MissingFacts::Leave)
+                  .front());
+    return Columns::GetCellAccessibleText(mHeaderRow, column, path, &known);
 }
 
 UTF16String SharedProjectsItemTree::GetCellToolTip(const RowRef& row, unsigned column) {

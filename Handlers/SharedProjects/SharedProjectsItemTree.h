@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <span>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
@@ -26,6 +27,10 @@ public:
         /// The normalised path of a row's item; a folder's may have a separator at its end. Empty for a row
         /// that is not in the view.
         virtual UTF16String GetItemPath(const RowRef& row) const = 0;
+        /// The last component of that path, without a separator.
+        virtual UTF16String GetItemName(const RowRef& row) const = 0;
+        /// The normalised path of the folder whose items are the top-level rows.
+        virtual UTF16String GetRootPath() const = 0;
         /// The row of a path in any spelling; empty when there is none.
         virtual RowRef GetRowFromPath(const UTF16String& path) const = 0;
         /// A sort key has changed: sorts the tree.
@@ -57,28 +62,24 @@ public:
     // Rows. A row is exposed when all rows above it are open.
 
     static bool IsRowExposed(const RowRef& row);
-    /// Takes on a new row: a project's, whose facts are then kept, or a folder's. Rows that will be exposed
-    /// when they are laid out count as exposed.
-    void AddRow(const RowRef& row, bool isProject, bool exposed);
+    /// Takes on a new row: a project's, whose facts are kept while it is visible, or a folder's.
+    static void AddRow(const RowRef& row, bool isProject);
     /// Forgets a row. True when it was a project's.
-    bool RemoveRow(const RowRef& row) { return mRowToMetadata.erase(row) > 0; }
+    bool RemoveRow(const RowRef& row);
     void RemoveAllRows() { mRowToMetadata.clear(); }
     /// True for a project's row, false for a folder's.
-    bool IsFileRow(const RowRef& row) const { return GetMetadata(row) != nullptr; }
+    static bool IsFileRow(const RowRef& row) { return (row->GetMarks() & kIsProject) != 0; }
     /// The normalised path of a row's item; empty for a row that is not in the view.
     UTF16String GetPath(const RowRef& row) const;
     /// The same as `Columns` takes it: a folder's with a separator at the end.
     UTF16String GetPathOfKind(const RowRef& row) const;
 
-    /// Brings a row's cells and facts up to date: at once when it is exposed, otherwise the facts when it comes
-    /// to be exposed.
+    /// Brings a row's cells and facts up to date when it is visible; other rows need nothing until they are. If
+    /// the order may hang on it, an exposed row has the tree sorted later.
     void UpdateRow(const RowRef& row) { UpdateRow(row, IsRowExposed(row)); }
     void UpdateRow(const RowRef& row, bool exposed);
     /// Brings all opened rows up to date.
     void UpdateOpenRows();
-    /// Reads the facts of a project's row anew, with `onlyIfStale` only where that is owed: all facts of a
-    /// visible row, else that of the sort column. Sorts later if the order hangs on it. See `UpdateRow`.
-    void UpdateMetadataForRow(const RowRef& row, bool onlyIfStale, bool exposed);
     /// Opens a closed folder's row, closes an open one.
     void ToggleRow(const RowRef& row);
     /// True for messages about open projects; their rows are then up to date.
@@ -126,18 +127,17 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    struct MetadataRequest {
-        Columns::FileMetadata mMetadata;
-        /// A refresh was asked for while the row was hidden under a closed folder.
-        bool mIsStale = false;
-    };
+    /// Marks of rows.
+    static constexpr unsigned kIsProject = 1;
 
     void SetupTree();
     void SetupHeaderRow();
+    /// Null for a row that is not visible.
     const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
-    void UpdateMetadata(MetadataRequest& request, const RowRef& row);
-    void UpdateMetadataForOpenSubtree(const RowRef& row);
-    void UpdateStaleMarks();
+    void UpdateMetadataForRow(const RowRef& row, bool exposed);
+    /// True when rows are sorted by what the volume tells of projects.
+    bool IsSortedByFacts() const;
+    UTF16String GetNameKey(const RowRef& row) const;
     void AddNameCellView(const RowRef& row);
     void UpdateRowOfProject(const ProjectRef& project);
     void SortLater();
@@ -146,6 +146,7 @@ private:
 
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
+    UTF16StringVec GetRowsSortData(std::span<const RowRef> rows, unsigned column);
     UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
     UTF16String GetCellToolTip(const RowRef& row, unsigned column);
     void OnSortChanged(ColumnID column, bool ascending);
@@ -158,8 +159,9 @@ private:
     const std::weak_ptr<SharedProjectsTabView> mTabView;
     const std::weak_ptr<const void> mLifetime;
     Columns::HeaderRowRef mHeaderRow;
-    /// Of projects, by their rows' identity.
-    std::map<RowRef, MetadataRequest> mRowToMetadata;
+    /// Of projects whose rows are visible, by their rows' identity. What is known of the others is the host's
+    /// to keep.
+    std::map<RowRef, Columns::FileMetadata> mRowToMetadata;
     RefPtr<QueueOnlyOnce> mQueuedSort;
     /// From the first changed key until the tree has been sorted, and since that was last looked at.
     bool mIsSortAwaited = false;
@@ -167,8 +169,6 @@ private:
     Clock::time_point mSortDue{};
     Clock::time_point mEndOfLastSort{};
     Clock::duration mLastSortDuration{};
-    /// The column by which the rows in closed folders have been marked stale.
-    ColumnID mStaleMarksColumn = 0;
     SelectionAfterRemoval mSelectionAfterRemoval;
     bool mIsHeaderChanged = false;
     bool mIsHolding = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
@@ -62,6 +63,14 @@ void SharedProjectsSearchResultsView::UI_SizeChanged(const RectT<float>& localBo
 UTF16String SharedProjectsSearchResultsView::GetItemPath(const RowRef& row) const {
     const auto entry = mRowToPath.left.find(row);
     return entry == mRowToPath.left.end() ? UTF16String() : entry->second;
+}
+
+UTF16String SharedProjectsSearchResultsView::GetItemName(const RowRef& row) const {
+    return PathUtils::GetFullFilePart(PathUtils::RemoveTrailingSlash(GetItemPath(row)));
+}
+
+UTF16String SharedProjectsSearchResultsView::GetRootPath() const {
+    return PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
 }
 
 UTF16StringVec SharedProjectsSearchResultsView::GetSelectedPaths(bool includeAll) const {

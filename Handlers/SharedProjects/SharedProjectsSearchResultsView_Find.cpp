@@ -182,8 +182,7 @@ RowRef SharedProjectsSearchResultsView::AddRow(const RowRef& parent, const UTF16
     newRows.Note(parent);
     RowRef row = mTree->CreateAndAppendRow(parent.get());
     mRowToPath.insert({row, key});
-    // The folders above it are opened when all are laid out.
-    mItems.AddRow(row, IsVantorProjectFile(key), true);
+    SharedProjectsItemTree::AddRow(row, IsVantorProjectFile(key));
     return row;
 }
 

@@ -86,6 +86,7 @@ void MediaBrowserDirectoryView::DirectoryImpl::ClearCallbacks() {
     mTree->SetRowDisclosureChangedCallback({});
     mTree->SetRowVisibilityChangedCallback({});
     mTree->SetCellSortDataFunction({});
+    mTree->SetRowsSortDataFunction({});
     mTree->SetCellAccessibleTextFunction({});
     mTree->SetCellToolTipFunction({});
     mTree->SetColumnMovedCallback({});

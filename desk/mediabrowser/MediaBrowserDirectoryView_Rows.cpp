@@ -35,7 +35,7 @@ UTF16String DirectoryImpl::PathOf(const Row* row) const {
     for (const Row* each = row; each; each = Row::Access::Parent(*each)) {
         const desk::NameText name = desk::NameOfRow(each);
         size -= name.size();
-        for (std::size_t i = 0; i < name.size(); ++i) path[size + i] = name[i];
+        name.CopyTo(path.data() + size);
         path[--size] = u'/';
     }
     return path;
@@ -113,6 +113,10 @@ bool DirectoryImpl::IsShown(const Row* row) {
 
 UTF16String MediaBrowserDirectoryView::GetRowPath(const UI_MultiColumnTreeRow* row) const {
     return mDirectoryImpl->PathOf(row);
+}
+
+UTF16String MediaBrowserDirectoryView::GetRowName(const UI_MultiColumnTreeRow* row) const {
+    return row ? desk::NameOfRow(row).ToString() : UTF16String();
 }
 
 RowVec MediaBrowserDirectoryView::GetAllRows() const {

@@ -24,6 +24,18 @@ public:
         return mIsNarrow ? static_cast<const unsigned char*>(mUnits)[i]
                          : static_cast<const char16_t*>(mUnits)[i];
     }
+    host::UTF16String ToString() const {
+        host::UTF16String text(mSize, u'\0');
+        CopyTo(text.data());
+        return text;
+    }
+    /// Writes the units from `to` on.
+    void CopyTo(char16_t* to) const {
+        if (mIsNarrow)
+            std::copy_n(static_cast<const unsigned char*>(mUnits), mSize, to);
+        else
+            std::copy_n(static_cast<const char16_t*>(mUnits), mSize, to);
+    }
     friend bool operator==(const NameText& a, std::u16string_view b) {
         if (a.mSize != b.size()) return false;
         return a.mIsNarrow ? std::equal(b.begin(), b.end(), static_cast<const unsigned char*>(a.mUnits))

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -31,6 +32,7 @@ struct TreeCallbacks {
     Shared<host::UTF16String(const Row&, unsigned)> mAccessibleText;
     Shared<host::UTF16String(const Row&, unsigned)> mToolTip;
     Shared<host::UTF16String(const Row&, unsigned)> mSortData;
+    Shared<host::UTF16StringVec(std::span<const Row>, unsigned)> mRowsSortData;
     Shared<void(unsigned, unsigned)> mColumnMoved;
     Shared<void(unsigned, float)> mColumnResized;
     Shared<bool(const Row&, host::Point)> mContextMenu;
@@ -136,6 +138,8 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     /// The less-than of two sort keys. Only while something is sorted.
     Less SortOrder(bool isAscending) const;
     UTF16String SortKey(const Row& row) const;
+    /// Of rows that stand under one row.
+    UTF16StringVec SortKeysOf(std::span<const RowRef> rows) const;
     /// The key of the first column, by which rows with equal keys are sorted.
     UTF16String NameKey(const Row& row) const;
     /// Puts rows that have just been appended into the model, sorted in.

@@ -303,6 +303,11 @@ void UI_MultiColumnTree::SetCellSortDataFunction(
     ImplOf(*this).mCallbacks.mSortData = std::move(function);
 }
 
+void UI_MultiColumnTree::SetRowsSortDataFunction(
+    SharedFunction<UTF16StringVec(std::span<const RowRef> rows, unsigned column)> function) {
+    ImplOf(*this).mCallbacks.mRowsSortData = std::move(function);
+}
+
 void UI_MultiColumnTree::SetColumnMovedCallback(SharedFunction<void(unsigned from, unsigned to)> callback) {
     ImplOf(*this).mCallbacks.mColumnMoved = std::move(callback);
 }

@@ -45,8 +45,7 @@ public:
           mLess(tree.SortOrder(tree.mHeader->IsSortDirectionAscending())),
           mNameLess(tree.SortOrder(true)),
           mIsByName(tree.mHeader->GetImpl().Find(tree.mHeader->GetSortColumn()) == 0) {
-        mKeys.reserve(count - countBefore);
-        for (std::size_t i = countBefore; i < count; ++i) mKeys.push_back(tree.SortKey(*rows[i]));
+        mKeys = tree.SortKeysOf(std::span(rows).subspan(countBefore, count - countBefore));
     }
 
     /// Of the rows from `countBefore` on.
@@ -234,6 +233,16 @@ Less TreeImpl::SortOrder(bool isAscending) const {
 UTF16String TreeImpl::SortKey(const Row& row) const {
     return desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)),
                       unsigned(mHeader->GetIndexOfColumn(mHeader->GetSortColumn())));
+}
+
+UTF16StringVec TreeImpl::SortKeysOf(std::span<const RowRef> rows) const {
+    const auto position = unsigned(mHeader->GetIndexOfColumn(mHeader->GetSortColumn()));
+    UTF16StringVec keys;
+    if (desk::IsSet(mCallbacks.mRowsSortData)) keys = desk::Call(mCallbacks.mRowsSortData, rows, position);
+    keys.reserve(rows.size());
+    // None, or too few from a call that failed.
+    while (keys.size() < rows.size()) keys.push_back(SortKey(*rows[keys.size()]));
+    return keys;
 }
 
 UTF16String TreeImpl::NameKey(const Row& row) const {

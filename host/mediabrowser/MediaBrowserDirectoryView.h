@@ -35,6 +35,8 @@ public:
 
     /// The full path of a row's item; empty for a row that is not (or no longer) in the map.
     UTF16String GetRowPath(const UI_MultiColumnTreeRow* row) const;
+    /// The name of a row's item in its folder; empty likewise. Cheaper than its path.
+    UTF16String GetRowName(const UI_MultiColumnTreeRow* row) const;
     /// All rows of the map: a row before the rows below it.
     RowVec GetAllRows() const;
     /// The paths of the selected rows, in the order in which they were selected.

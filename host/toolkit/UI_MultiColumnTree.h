@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "host/core/Geometry.h"
@@ -190,6 +191,10 @@ public:
     /// A cell's sort key. Called once for each row when the tree sorts, and for rows whose keys are equal once
     /// more: they stand in the order of their keys in the first column that was appended, ascending.
     void SetCellSortDataFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
+    /// The same for rows that stand under one row, in one call: a key for each, in their order. With it the
+    /// other function is asked only for single rows that new ones are compared with.
+    void SetRowsSortDataFunction(
+        SharedFunction<UTF16StringVec(std::span<const RowRef> rows, unsigned column)> function);
     /// The user has moved a column.
     void SetColumnMovedCallback(SharedFunction<void(unsigned from, unsigned to)> callback);
     /// The user has changed a column's width.

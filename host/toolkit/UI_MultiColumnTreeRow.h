@@ -51,6 +51,9 @@ public:
     /// The row's background, by the host's colour table; 277 is the panel rows' own, 0 none.
     void SetBackgroundColorID(int id) { mBackgroundColorID = static_cast<std::int16_t>(id); }
     int GetBackgroundColorID() const { return mBackgroundColorID; }
+    /// What the tree's owner marks the row with, a bit each: 0 at first, and nothing to the tree.
+    void SetMarks(unsigned marks) { mMarks = static_cast<std::uint8_t>(marks); }
+    unsigned GetMarks() const { return mMarks; }
 
 private:
     friend struct Access;
@@ -72,6 +75,7 @@ private:
     std::unique_ptr<Cells> mCells;
     std::uint32_t mPosition = 0;
     std::int16_t mBackgroundColorID = 0;
+    std::uint8_t mMarks = 0;
     bool mIsOpen = false;
     bool mHasCustomChild = false;
     bool mIsVisible = false;

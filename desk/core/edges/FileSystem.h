@@ -32,6 +32,13 @@ struct ItemStatus {
     std::uint64_t mInode = 0;
 };
 
+/// A time of a status in whole seconds since the epoch.
+inline std::int64_t ToSeconds(std::int64_t nanoseconds) {
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    const std::int64_t seconds = nanoseconds / kSecond;
+    return nanoseconds % kSecond < 0 ? seconds - 1 : seconds;
+}
+
 /// True when both are of one kind, size and time of modification.
 inline bool IsUnchanged(const ItemStatus& before, const ItemStatus& now) {
     // A folder's size tells nothing that its time does not, and differs from volume to volume.

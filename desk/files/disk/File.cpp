@@ -11,23 +11,13 @@
 
 namespace host {
 
-namespace {
-
-std::time_t ToSeconds(std::int64_t nanoseconds) {
-    constexpr std::int64_t kSecond = 1'000'000'000;
-    std::int64_t seconds = nanoseconds / kSecond;
-    return nanoseconds % kSecond < 0 ? seconds - 1 : seconds;
-}
-
-}  // namespace
-
 File::File(const UTF16String& path) {
     const desk::KnownItem known = desk::FindKnownItemAndRequest(path);
     mExists = !known.mIsAbsent;
     if (known.mIsAbsent || known.mIsAwaited) return;
     auto keep = [this](const desk::ItemStatus& status) {
-        mModified = ToSeconds(status.mModified);
-        if (status.mCreated) mCreated = ToSeconds(*status.mCreated);
+        mModified = desk::ToSeconds(status.mModified);
+        if (status.mCreated) mCreated = desk::ToSeconds(*status.mCreated);
         mSize = status.mSize;
     };
     if (known.mFacts) {

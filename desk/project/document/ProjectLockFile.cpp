@@ -5,12 +5,14 @@
 #include "desk/core/log/Log.h"
 #include "desk/core/log/UserNotice.h"
 #include "desk/core/names/RecordTexts.h"
+#include "desk/files/live/FolderStore.h"
 #include "desk/project/document/ProjectLocking.h"
 #include "desk/project/document/ProjectQuestions.h"
 #include "desk/project/lock/LockHolder.h"
 #include "host/core/Localizer.h"
 #include "host/files/FileException.h"
 #include "host/files/PathUtils.h"
+#include "host/project/KnownProjects.h"
 
 namespace host {
 
@@ -47,6 +49,12 @@ private:
     UTF16String mOwner;
     bool mIsHeldByReader = false;
 };
+
+ProjectLockFileRef MakeReadLock(const desk::ProjectHolder& holder, const UTF16String& userName,
+                                const UTF16String& machineName) {
+    if (holder.mWho == desk::LockHolder::Nobody && !holder.mRecord.mIsReadable) return {};
+    return new ReadLockFile(holder, userName, machineName);
+}
 
 void LogRefusal(const UTF16String& projectPath, const desk::ProjectLocking& locking) {
     const desk::LockRecord& holder = locking.mHolder;
@@ -86,8 +94,31 @@ ProjectLockFileRef CreateProjectLockFile(const UTF16String& projectPath, const U
 ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF16String& userName,
                                        const UTF16String& machineName) {
     const desk::ProjectHolder holder = desk::FindProjectHolder(PathUtils::ToNormalizedPath(projectPath));
-    if (holder.mWho == desk::LockHolder::Nobody && !holder.mRecord.mIsReadable) return {};
-    return new ReadLockFile(holder, userName, machineName);
+    return MakeReadLock(holder, userName, machineName);
+}
+
+std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF16StringVec& names,
+                                           MissingFacts missing) {
+    std::vector<KnownProject> projects(names.size());
+    desk::FolderStore* store = desk::GetServices().mFolderStore;
+    if (!store) return projects;
+    UTF16String userName;
+    UTF16String machineName;
+    GetProjectLockingPrefs(userName, machineName);
+    UTF16String path = PathUtils::AddTrailingSlash(folder);
+    const std::size_t folderSize = path.size();
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        path.replace(folderSize, UTF16String::npos, names[i]);
+        const desk::ItemFacts* facts =
+            missing == MissingFacts::Request ? store->FindAndRequest(path) : store->Find(path);
+        if (!facts) continue;
+        projects[i].mLock = MakeReadLock(desk::FindProjectHolder(path, *facts), userName, machineName);
+        if (!facts->mStatus) continue;
+        projects[i].mModified = desk::ToSeconds(facts->mStatus->mModified);
+        if (facts->mStatus->mCreated) projects[i].mCreated = desk::ToSeconds(*facts->mStatus->mCreated);
+        projects[i].mSize = facts->mStatus->mSize;
+    }
+    return projects;
 }
 
 }  // namespace host

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <vector>
+
+#include "host/core/Export.h"
+#include "host/core/Strings.h"
+#include "host/project/ProjectLockFile.h"
+
+namespace host {
+
+/// What the host knows of a project's file. What no volume has told yet is absent.
+struct KnownProject {
+    /// Seconds since the epoch.
+    std::optional<std::time_t> mModified;
+    std::optional<std::time_t> mCreated;
+    /// In bytes.
+    std::optional<std::uint64_t> mSize;
+    /// As `ReadProjectLockFile` reads it; empty for a project that is not locked.
+    ProjectLockFileRef mLock;
+};
+
+enum class MissingFacts {
+    Leave,
+    /// Those of listed folders are asked for in the background; whoever shows the folder is told of them.
+    Request,
+};
+
+/// What is known of the projects `names` of `folder` (normalised), one by one in the same order. Costs a look-up
+/// in memory each; asks no disk and waits for nothing. UI thread.
+ZUHOST_API std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF16StringVec& names,
+                                                      MissingFacts missing);
+
+}  // namespace host
