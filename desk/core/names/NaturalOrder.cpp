@@ -7,9 +7,11 @@
 #include <map>
 #include <mutex>
 #include <numeric>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "desk/core/work/ParallelWork.h"
 #include "host/core/FoldASCII.h"
 #include "host/project/ProjectFiles.h"
 
@@ -25,6 +27,10 @@ constexpr std::size_t kCollatorDigits = 254;
 
 /// A number's length is one byte of a sort key; file names are not longer.
 constexpr std::size_t kLongestSortKeyText = 255;
+
+/// So many names are worth a thread.
+constexpr std::size_t kNamesPerThread = 1000;
+constexpr std::size_t kMostChunks = 8;
 
 bool IsAsciiDigit(char16_t unit) {
     return unit >= u'0' && unit <= u'9';
@@ -188,17 +194,28 @@ std::vector<std::uint32_t> OrderOfKeys(std::string_view bytes, const std::vector
 }
 
 /// The order of names of which some are not ASCII: each name's key is made once, and keys are cheap to compare.
-std::vector<std::uint32_t> OrderByCollator(const NaturalOrder& order,
-                                           const std::vector<std::u16string_view>& names) {
-    std::vector<QCollatorSortKey> keys;
-    keys.reserve(names.size());
-    for (const std::u16string_view name : names) keys.push_back(order.MakeCollatorKey(ShownName(name)));
+/// The keys take most of the time of a listing: of many names, several threads make and sort some each.
+std::vector<std::uint32_t> OrderByCollator(const std::vector<std::u16string_view>& names) {
+    std::vector<std::optional<QCollatorSortKey>> keys(names.size());
     std::vector<std::uint32_t> places(names.size());
     std::iota(places.begin(), places.end(), 0u);
-    std::ranges::sort(places, [&](std::uint32_t a, std::uint32_t b) {
-        const int result = keys[a].compare(keys[b]);
+    const auto isLess = [&](std::uint32_t a, std::uint32_t b) {
+        const int result = keys[a]->compare(*keys[b]);
         return result != 0 ? result < 0 : ShownName(names[a]) < ShownName(names[b]);
+    };
+    const std::size_t chunks = std::clamp<std::size_t>(names.size() / kNamesPerThread, 1, kMostChunks);
+    const auto beginOf = [&](std::size_t chunk) {
+        return places.begin() + static_cast<std::ptrdiff_t>(names.size() * std::min(chunk, chunks) / chunks);
+    };
+    RunShared(chunks, [&](std::size_t chunk) {
+        const NaturalOrder& order = UserNaturalOrder();
+        for (auto place = beginOf(chunk); place != beginOf(chunk + 1); ++place)
+            keys[*place].emplace(order.MakeCollatorKey(ShownName(names[*place])));
+        std::sort(beginOf(chunk), beginOf(chunk + 1), isLess);
     });
+    for (std::size_t width = 1; width < chunks; width *= 2)
+        for (std::size_t chunk = 0; chunk + width < chunks; chunk += 2 * width)
+            std::inplace_merge(beginOf(chunk), beginOf(chunk + width), beginOf(chunk + 2 * width), isLess);
     return places;
 }
 
@@ -353,7 +370,7 @@ std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& 
         ends.push_back(bytes.size());
     }
     if (ends.size() == names.size()) return OrderOfKeys(bytes, ends);
-    return OrderByCollator(order, names);
+    return OrderByCollator(names);
 }
 
 }  // namespace desk
