@@ -4,6 +4,7 @@
 #include "Handlers/SharedProjects/SharedProjectsStateRestorer.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
+#include "host/project/ProductionTrash.h"
 
 namespace HandlerSharedProjects {
 
@@ -78,8 +79,9 @@ void SharedProjectsDirectoryView::SelectAwaitedRows() {
 }
 
 void SharedProjectsDirectoryView::SelectAll() {
+    const RowRef trash = GetRowFromPath(GetZuProductionTrashDirectoryPath());
     mItems.SelectOpenedRows(
-        [this](const RowRef& row) { return !Utils::IsInTrash(GetRowPath(row.get()), true); });
+        [&trash](const RowRef& row) { return !trash || (row != trash && !row->IsADescendent(*trash)); });
 }
 
 void SharedProjectsDirectoryView::OnRowDoubleClicked(const RowRef& row, Point) {

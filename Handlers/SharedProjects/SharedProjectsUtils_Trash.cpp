@@ -2,6 +2,9 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <span>
+#include <string_view>
+#include <vector>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "host/core/FoldASCII.h"
@@ -11,6 +14,7 @@
 #include "host/files/FileUtils.h"
 #include "host/files/PathUtils.h"
 #include "host/project/ItemOperations.h"
+#include "host/project/KnownProjects.h"
 #include "host/project/OpenProjects.h"
 #include "host/project/ProductionItems.h"
 #include "host/project/ProductionTrash.h"
@@ -84,6 +88,31 @@ UTF16String DescribeWhyItStays(const UTF16String& path) {
                    {Columns::GetPathDisplayName(path)});
 }
 
+std::u16string_view FolderOf(std::u16string_view path) {
+    return path.substr(0, path.rfind(PathUtils::GetPathSeparator()) + 1);
+}
+
+/// The end of the paths that stand in the same folder as the first one, one after another.
+UTF16StringVec::const_iterator FindEndOfFolder(UTF16StringVec::const_iterator begin,
+                                               UTF16StringVec::const_iterator end) {
+    return std::find_if(begin, end,
+                        [&](const UTF16String& path) { return FolderOf(path) != FolderOf(*begin); });
+}
+
+/// Which of these items of one folder are known to be projects that nobody holds, outside the trash: there may
+/// be a hundred thousand, and one question tells.
+std::vector<bool> FindFreeProjects(std::span<const UTF16String> paths) {
+    std::vector<bool> areFree(paths.size());
+    const UTF16String folder = PathUtils::ToNormalizedPath(UTF16String(FolderOf(paths.front())));
+    if (IsInZuProductionTrash(folder, true)) return areFree;
+    UTF16StringVec names;
+    names.reserve(paths.size());
+    for (const UTF16String& path : paths) names.push_back(path.substr(FolderOf(path).size()));
+    const std::vector<KnownProject> projects = GetKnownProjects(folder, names, MissingFacts::Leave);
+    for (std::size_t i = 0; i < paths.size(); ++i) areFree[i] = projects[i].mIsListed && !projects[i].mLock;
+    return areFree;
+}
+
 }  // namespace
 
 void MoveToSharedProjectsTrash(const UTF16StringVec& paths, bool closeWithoutPrompt, bool saveFirst) {
@@ -104,8 +133,14 @@ bool CanAllBeDeleted(const UTF16StringVec& paths) {
 }
 
 UTF16String DescribeWhyNotDeleted(const UTF16StringVec& paths) {
-    for (const UTF16String& path : paths)
-        if (UTF16String reason = DescribeWhyItStays(path); !reason.empty()) return reason;
+    for (auto begin = paths.begin(); begin != paths.end();) {
+        const auto end = FindEndOfFolder(begin, paths.end());
+        const std::vector<bool> areFree = FindFreeProjects({begin, end});
+        for (std::size_t i = 0; begin != end; ++begin, ++i) {
+            if (areFree[i]) continue;
+            if (UTF16String reason = DescribeWhyItStays(*begin); !reason.empty()) return reason;
+        }
+    }
     return {};
 }
 

@@ -13,6 +13,8 @@ namespace host {
 
 /// What the host knows of a project's file. What no volume has told yet is absent.
 struct KnownProject {
+    /// A listing tells of it, and of no folder called like it.
+    bool mIsListed = false;
     /// Seconds since the epoch.
     std::optional<std::time_t> mModified;
     std::optional<std::time_t> mCreated;

@@ -112,6 +112,7 @@ std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF1
         const desk::ItemFacts* facts =
             missing == MissingFacts::Request ? store->FindAndRequest(path) : store->Find(path);
         if (!facts) continue;
+        projects[i].mIsListed = facts->mKind != desk::ItemKind::Folder;
         projects[i].mLock = MakeReadLock(desk::FindProjectHolder(path, *facts), userName, machineName);
         if (!facts->mStatus) continue;
         projects[i].mModified = desk::ToSeconds(facts->mStatus->mModified);
