@@ -177,11 +177,20 @@ UTF16String GetShownName(const UTF16String& path) {
                                                  : GetPathDisplayName(path);
 }
 
+std::u16string_view GetDisplayName(std::u16string_view projectFileName) {
+    const std::size_t extension = GetProjectFileExtension().size();
+    return projectFileName.substr(0, projectFileName.size() - std::min(extension, projectFileName.size()));
+}
+
+bool IsSortedLast(std::u16string_view sortString) {
+    static const UTF16String kTrashFolderName = GetZuProductionTrashDirectoryDisplayName();
+    return sortString.size() == kTrashFolderName.size() && IsEqualFoldingASCII(sortString, kTrashFolderName);
+}
+
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b) {
     const CodeProfilerScope profile("HandlerSharedProjects::Columns::SortStringIsLess()");
-    static const UTF16String kTrashFolderName = GetZuProductionTrashDirectoryDisplayName();
-    if (IsEqualFoldingASCII(a, kTrashFolderName)) return false;
-    if (IsEqualFoldingASCII(b, kTrashFolderName)) return true;
+    if (IsSortedLast(a)) return false;
+    if (IsSortedLast(b)) return true;
     return CompareStringsIncludingNumericValues(a, b) < 0;
 }
 

@@ -74,6 +74,11 @@ UTF16String GetPathDisplayName(const UTF16String& path);
 /// The same, but the production's trash has its name in the user's language.
 UTF16String GetShownName(const UTF16String& path);
 
+/// The name of a project's file as users see it: without its extension. Any thread.
+std::u16string_view GetDisplayName(std::u16string_view projectFileName);
+/// True for a sort string that stands behind all others: the display name of the production's trash, ASCII
+/// letter case ignored.
+bool IsSortedLast(std::u16string_view sortString);
 /// Natural order, but the production's trash folder sorts after everything else.
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b);
 

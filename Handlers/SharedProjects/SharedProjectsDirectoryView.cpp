@@ -114,29 +114,25 @@ void SharedProjectsDirectoryView::SetEmptyText(std::string_view key,
 
 /// A production that has only a trash is empty.
 void SharedProjectsDirectoryView::SetRowsOfEmptyTree() {
-    const auto& rows = GetTree()->GetTopLevelRows();
-    const bool hasTrash = rows.size() == 1 && IsTheZuProductionTrashDirectory(GetRowPath(rows.front().get()));
-    GetTree()->SetRowsOfEmptyTree(hasTrash ? 1 : 0);
-}
-
-bool SharedProjectsDirectoryView::IsProject(const UTF16String& path) const {
-    return IsVantorProjectFile(path) && !mFoldersCalledLikeProjects.contains(path);
+    const std::vector<RowRef>& rows = GetTree()->GetTopLevelRows();
+    const bool isTrashAlone =
+        rows.size() == 1 && IsTheZuProductionTrashDirectory(GetRowPath(rows.front().get()));
+    GetTree()->SetRowsOfEmptyTree(isTrashAlone ? 1 : 0);
 }
 
 void SharedProjectsDirectoryView::RemoveRowsOfOtherKind(const RowRef& row, const DirectoryContent& content) {
     ContentDelivery removal{ContentDelivery::Extent::Change, {}};
-    for (const PropertyMap& item : content) {
-        const bool isFolder = item.Find<bool>(MediaBrowserContentManager::kIsDirectoryField);
-        if (!isFolder && mFoldersCalledLikeProjects.empty()) continue;
-        const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
-        if (!path || !IsVantorProjectFile(*path)) continue;
-        const bool isNew = isFolder ? mFoldersCalledLikeProjects.insert(*path).second
-                                    : mFoldersCalledLikeProjects.erase(*path) > 0;
-        if (isNew && FindChildRow(row.get(), PathUtils::GetFullFilePart(*path)))
-            removal.mRemovedPaths.push_back(*path);
+    for (const auto item : content) {
+        if ((!item.mIsFolder && mFoldersCalledLikeProjects.empty()) || !IsVantorProjectFile(item.mName))
+            continue;
+        const UTF16String path = content.PathOf(item);
+        const bool isNew = item.mIsFolder ? mFoldersCalledLikeProjects.insert(path).second
+                                          : mFoldersCalledLikeProjects.erase(path) > 0;
+        if (isNew && FindChildRow(row.get(), item.mName)) removal.mRemovedPaths.push_back(path);
     }
     if (!removal.mRemovedPaths.empty())
-        InsertDirectoryContent(row, {}, removal, SharedProjectsHandler::GetRootDirectory());
+        InsertDirectoryContent(row, DirectoryContent(content.GetFolder()), removal,
+                               SharedProjectsHandler::GetRootDirectory());
 }
 
 UTF16String SharedProjectsDirectoryView::GetRootPath() const {
@@ -161,7 +157,7 @@ RowRef SharedProjectsDirectoryView::GetRowFromPath(const UTF16String& path) cons
 void SharedProjectsDirectoryView::AddRowToMaps(const RowRef& row, const DirectoryRowData& data) {
     if (!row) return;
     MediaBrowserDirectoryView::AddRowToMaps(row, data);
-    const bool isProject = IsProject(GetRowPath(row.get()));
+    const bool isProject = !data.mIsFolder && IsVantorProjectFile(data.mName);
     SharedProjectsItemTree::AddRow(row, isProject);
     // Nobody knows what is in a folder before it has been listed, and an empty one can be opened too.
     if (!isProject) GetTree()->SetRowHasCustomChild(row.get(), true);

@@ -135,8 +135,6 @@ private:
     void SortRows() override;
     void OnSortChosen() override;
 
-    /// By the name, unless it is known to be a folder's.
-    bool IsProject(const UTF16String& path) const;
     /// Removes rows that were made for another kind of item than `content` tells: `x.zuproj` may be a folder.
     void RemoveRowsOfOtherKind(const RowRef& row, const DirectoryContent& content);
 
@@ -158,7 +156,7 @@ private:
 
     void UpdateRowsFromContent(const RowRef& row, const UTF16String& directoryPath,
                                const DirectoryContent& content, const ContentDelivery& delivery);
-    void UpdateChildRows(const RowRef& row, const UTF16StringVec& paths, const ContentDelivery& delivery);
+    void UpdateChildRows(const RowRef& row, const DirectoryContent& content, const ContentDelivery& delivery);
     void OpenFoldersOfAwaitedItems();
     void Await(const UTF16StringVec& paths);
     void SelectAwaitedRows();

@@ -8,31 +8,52 @@
 #include "host/core/Logging.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/CommandIdentifiers.h"
+#include "host/project/ProductionTrash.h"
 #include "host/project/ProjectFiles.h"
 
 namespace HandlerSharedProjects {
 
 namespace {
 
-bool IsShown(const PropertyMap& item, const UTF16String& path) {
-    return IsVantorProjectFile(path) || item.Find<bool>(MediaBrowserContentManager::kIsDirectoryField) ||
-           PathUtils::IsDirectory(path);
+using Extent = ContentDelivery::Extent;
+
+/// What a delivery says of the rows.
+struct ShownContent {
+    /// The items that get rows, in the delivery's order.
+    DirectoryContent mFiltered;
+    /// All items do, as they mostly do: then `mFiltered` is empty.
+    bool mIsAll = true;
+    /// Their natural order is that of their name keys.
+    bool mIsInNameOrder = true;
+};
+
+bool IsShown(const DirectoryContent& content, const DirectoryContent::Item& item) {
+    return item.mIsFolder || IsVantorProjectFile(item.mName) || PathUtils::IsDirectory(content.PathOf(item));
 }
 
-/// The items of a delivery that get rows. Those that do not are added to what a change has removed: a folder
-/// whose name now stands for some other file has no row any more.
-UTF16StringVec FilterContent(const DirectoryContent& content, ContentDelivery& delivery) {
-    UTF16StringVec paths;
-    paths.reserve(content.size());
-    for (const PropertyMap& item : content) {
-        const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
-        if (!path) continue;
-        if (IsShown(item, *path))
-            paths.push_back(*path);
-        else if (delivery.mExtent == ContentDelivery::Extent::Change)
-            delivery.mRemovedPaths.push_back(*path);
+/// Whatever is called like the trash stands last, and so does the trash itself; a folder shows its whole name.
+bool IsKeyShownName(const DirectoryContent& content, const DirectoryContent::Item& item, bool isTop) {
+    if (!item.mIsFolder) return !Columns::IsSortedLast(Columns::GetDisplayName(item.mName));
+    if (IsVantorProjectFile(item.mName) || Columns::IsSortedLast(item.mName)) return false;
+    return !isTop || !IsTheZuProductionTrashDirectory(content.PathOf(item));
+}
+
+/// What gets no row is added to what a change has removed: a folder whose name now stands for some other file
+/// has no row any more.
+ShownContent FilterContent(const DirectoryContent& content, ContentDelivery& delivery, bool isTop) {
+    ShownContent shown{DirectoryContent(content.GetFolder())};
+    shown.mIsAll = std::ranges::all_of(content, [&](const auto& item) { return IsShown(content, item); });
+    shown.mIsInNameOrder =
+        delivery.mExtent != Extent::Change &&
+        std::ranges::all_of(content, [&](const auto& item) { return IsKeyShownName(content, item, isTop); });
+    if (shown.mIsAll) return shown;
+    for (const auto item : content) {
+        if (IsShown(content, item))
+            shown.mFiltered.Add(item.mName, item.mIsFolder);
+        else if (delivery.mExtent == Extent::Change)
+            delivery.mRemovedPaths.push_back(content.PathOf(item));
     }
-    return paths;
+    return shown;
 }
 
 }  // namespace
@@ -69,15 +90,16 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
                                                         const DirectoryContent& content,
                                                         const ContentDelivery& delivery) {
     ContentDelivery rowDelivery = delivery;
-    const UTF16StringVec paths = FilterContent(content, rowDelivery);
+    const ShownContent filtered = FilterContent(content, rowDelivery, !row);
+    const DirectoryContent& shown = filtered.mIsAll ? content : filtered.mFiltered;
     RemoveRowsOfOtherKind(row, content);
     const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
-    InsertDirectoryContent(row, paths, rowDelivery, SharedProjectsHandler::GetRootDirectory());
+    InsertDirectoryContent(row, shown, rowDelivery, SharedProjectsHandler::GetRootDirectory());
     // Rows that have just been made are up to date.
-    const bool areAllNew = GetTree()->GetChildRowsOf(row.get()).size() == countBefore + paths.size();
-    if (!areAllNew) UpdateChildRows(row, paths, delivery);
+    const bool areAllNew = GetTree()->GetChildRowsOf(row.get()).size() == countBefore + shown.size();
+    if (!areAllNew) UpdateChildRows(row, shown, delivery);
     // New rows count, and can be selected, from here on.
-    GetTree()->LayoutAfterAppendRow(row.get());
+    GetTree()->LayoutAfterAppendRow(row.get(), filtered.mIsInNameOrder);
     if (!row) SetRowsOfEmptyTree();
     if (!row && delivery.mIsLast) {
         mRestorer->OnRootListed();
@@ -94,7 +116,7 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
     mItems.OnRowsRemoved();
 }
 
-void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const UTF16StringVec& paths,
+void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const DirectoryContent& content,
                                                   const ContentDelivery& delivery) {
     const bool exposed = !row || (row->IsOpen() && SharedProjectsItemTree::IsRowExposed(row));
     if (delivery.mExtent == ContentDelivery::Extent::Whole) {
@@ -102,9 +124,8 @@ void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const UTF16
         return;
     }
     // The delivery says nothing of the other rows, and there may be ten thousand of them.
-    for (const UTF16String& path : paths)
-        if (const RowRef child = FindChildRow(row.get(), PathUtils::GetFullFilePart(path)))
-            UpdateRow(child, exposed);
+    for (const auto item : content)
+        if (const RowRef child = FindChildRow(row.get(), item.mName)) UpdateRow(child, exposed);
 }
 
 void SharedProjectsDirectoryView::SelectDeferredRenameRow(const UTF16String& directoryPath,

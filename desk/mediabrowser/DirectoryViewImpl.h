@@ -73,7 +73,8 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     void Hold(bool hold);
     void TellWhyEmpty(int systemError);
     void SetBusy(Folder& folder, bool busy);
-    void Create(Row* parent, const std::vector<std::u16string_view>& names);
+    /// Makes rows for the items at these places of `content`.
+    void Create(Row* parent, const DirectoryContent& content, const std::vector<std::uint32_t>& places);
     void Remove(const RowVec& rows);
     void ListAgainOrMark(const UTF16String& path);
     void OpenStateChanged(Row& row, bool open);

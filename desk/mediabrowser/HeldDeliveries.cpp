@@ -12,21 +12,15 @@ namespace {
 using Delivery = FolderStore::Delivery;
 using Extent = host::ContentDelivery::Extent;
 
-const host::UTF16String* PathOf(const host::PropertyMap& item) {
-    return item.Find<host::UTF16String>(host::MediaBrowserContentManager::kPathField);
-}
-
 bool IsChange(const Delivery& delivery) {
     return delivery.mContent && delivery.mDelivery.mExtent == Extent::Change;
 }
 
 /// Takes out of `delivery` the items that are `named` already, and adds its own to these.
 void LeaveOutNamed(Delivery& delivery, std::set<host::UTF16String>& named) {
-    auto content = std::make_shared<host::DirectoryContent>(*delivery.mContent);
-    std::erase_if(*content, [&](const host::PropertyMap& item) {
-        const host::UTF16String* path = PathOf(item);
-        return path && !named.insert(*path).second;
-    });
+    auto content = std::make_shared<host::DirectoryContent>(delivery.mFolder);
+    for (const auto item : *delivery.mContent)
+        if (named.insert(content->PathOf(item)).second) content->Add(item.mName, item.mIsFolder);
     std::erase_if(delivery.mDelivery.mRemovedPaths,
                   [&](const host::UTF16String& path) { return !named.insert(path).second; });
     delivery.mContent = std::move(content);
@@ -35,7 +29,7 @@ void LeaveOutNamed(Delivery& delivery, std::set<host::UTF16String>& named) {
 Delivery Join(const Delivery& earlier, const Delivery& later) {
     Delivery joined = later;
     auto content = std::make_shared<host::DirectoryContent>(*earlier.mContent);
-    content->insert(content->end(), later.mContent->begin(), later.mContent->end());
+    for (const auto item : *later.mContent) content->Add(item.mName, item.mIsFolder);
     joined.mContent = std::move(content);
     const host::UTF16StringVec& removed = earlier.mDelivery.mRemovedPaths;
     joined.mDelivery.mRemovedPaths.insert(joined.mDelivery.mRemovedPaths.begin(), removed.begin(),

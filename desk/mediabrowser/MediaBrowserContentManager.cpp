@@ -9,9 +9,6 @@
 
 namespace host {
 
-const ImmutableString MediaBrowserContentManager::kPathField{"path"};
-const ImmutableString MediaBrowserContentManager::kIsDirectoryField{"isDirectory"};
-
 MediaBrowserContentManager::MediaBrowserContentManager() : mImpl(std::make_unique<Impl>()) {}
 
 MediaBrowserContentManager::~MediaBrowserContentManager() = default;

@@ -94,9 +94,13 @@ void DirectoryImpl::TellWhyEmpty(int systemError) {
                 {PathUtils::GetFullFilePart(mRoot), DescribeSystemError(systemError)}));
 }
 
-void DirectoryImpl::Create(Row* parent, const std::vector<std::u16string_view>& names) {
-    for (const std::u16string_view name : names)
-        if (const RowRef row = mTree->CreateAndAppendRow(parent)) mView.AddRowToMaps(row, {UTF16String(name)});
+void DirectoryImpl::Create(Row* parent, const DirectoryContent& content,
+                           const std::vector<std::uint32_t>& places) {
+    for (const std::uint32_t place : places) {
+        const DirectoryContent::Item item = content[place];
+        if (const RowRef row = mTree->CreateAndAppendRow(parent))
+            mView.AddRowToMaps(row, {item.mName, item.mIsFolder});
+    }
 }
 
 void DirectoryImpl::Remove(const RowVec& rows) {
@@ -196,26 +200,29 @@ void MediaBrowserDirectoryView::OnRowOpenStateChanged(const RowRef& row, bool op
     if (row) mDirectoryImpl->OpenStateChanged(*row, open);
 }
 
-void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const UTF16StringVec& paths,
+void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const DirectoryContent& content,
                                                        const ContentDelivery& delivery,
                                                        const UTF16String& root) {
     DirectoryImpl& impl = *mDirectoryImpl;
     const UTF16String folder = row ? GetRowPath(row.get()) : PathUtils::ToNormalizedPath(root);
     if (folder.empty()) return;
-    if (paths.size() > kFewItems) impl.ReserveRows(row.get(), paths.size());
-    std::vector<std::u16string_view> newNames;
+    if (content.size() > kFewItems) impl.ReserveRows(row.get(), content.size());
+    const std::vector<RowRef>& rows = impl.mTree->GetChildRowsOf(row.get());
+    // Only what changes may be told twice.
+    const bool isChange = delivery.mExtent == ContentDelivery::Extent::Change;
+    const bool isEachNew = rows.empty() && !isChange;
+    std::vector<std::uint32_t> newItems;
+    newItems.reserve(content.size());
     std::unordered_set<std::u16string_view> seen;
     std::vector<const Row*> kept;
-    for (const UTF16String& path : paths) {
-        const std::u16string_view name = NameInFolder(path, folder);
-        if (name.empty()) continue;
-        if (const Row* known = impl.FindChild(row.get(), name))
+    for (std::uint32_t i = 0; i < content.size(); ++i) {
+        const std::u16string_view name = content[i].mName;
+        if (const Row* known = isEachNew ? nullptr : impl.FindChild(row.get(), name))
             kept.push_back(known);
-        else if (seen.insert(name).second)
-            newNames.push_back(name);
+        else if (!isChange || seen.insert(name).second)
+            newItems.push_back(i);
     }
     RowVec removed;
-    const std::vector<RowRef>& rows = impl.mTree->GetChildRowsOf(row.get());
     if (delivery.mExtent == ContentDelivery::Extent::Whole && kept.size() < rows.size()) {
         std::ranges::sort(kept);
         std::ranges::copy_if(rows, std::back_inserter(removed),
@@ -224,7 +231,7 @@ void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const 
     for (const UTF16String& path : delivery.mRemovedPaths)
         if (Row* gone = impl.FindChild(row.get(), NameInFolder(path, folder))) removed.emplace_back(gone);
     impl.Remove(removed);
-    impl.Create(row.get(), newNames);
+    impl.Create(row.get(), content, newItems);
 }
 
 }  // namespace host

@@ -126,7 +126,7 @@ RowVec MediaBrowserDirectoryView::GetAllRows() const {
 }
 
 RowRef MediaBrowserDirectoryView::FindChildRow(const UI_MultiColumnTreeRow* parent,
-                                               const UTF16String& name) const {
+                                               std::u16string_view name) const {
     return RowRef(mDirectoryImpl->FindChild(parent, name));
 }
 

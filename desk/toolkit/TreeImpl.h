@@ -76,7 +76,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     // Rows (UI_MultiColumnTree_Rows.cpp).
 
     RowRef Append(Row* parent);
-    void LayOutAppended(Row* parent);
+    void LayOutAppended(Row* parent, bool areInNameOrder);
     void Remove(const RowVec& rows);
     void RemoveAll();
     /// Removes the rows at these positions (ascending) from under `parent`.
@@ -134,6 +134,8 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void SortLater();
     void ForgetSortedKeys() { mSortedKeys.clear(); }
     bool IsSorted() const;
+    /// By the first column.
+    bool IsSortedByName() const;
     using Less = std::function<bool(const UTF16String&, const UTF16String&)>;
     /// The less-than of two sort keys. Only while something is sorted.
     Less SortOrder(bool isAscending) const;
@@ -143,7 +145,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     /// The key of the first column, by which rows with equal keys are sorted.
     UTF16String NameKey(const Row& row) const;
     /// Puts rows that have just been appended into the model, sorted in.
-    void InsertSorted(Row* parent, std::size_t countBefore);
+    void InsertSorted(Row* parent, std::size_t countBefore, bool areInNameOrder);
     /// Gives `parent`'s first rows the order that `order` names (old positions); within a layout change.
     void Reorder(const Row* parent, const std::vector<std::uint32_t>& order);
     void BeginLayoutChange();

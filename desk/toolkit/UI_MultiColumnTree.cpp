@@ -82,8 +82,8 @@ TreeImpl& ImplOf(const UI_MultiColumnTree& tree) {
 RowRef UI_MultiColumnTree::CreateAndAppendRow(Row* parent) {
     return ImplOf(*this).Append(parent);
 }
-void UI_MultiColumnTree::LayoutAfterAppendRow(Row* parent) {
-    ImplOf(*this).LayOutAppended(parent);
+void UI_MultiColumnTree::LayoutAfterAppendRow(Row* parent, bool areInNameOrder) {
+    ImplOf(*this).LayOutAppended(parent, areInNameOrder);
 }
 void UI_MultiColumnTree::RemoveRows(const RowVec& rows) {
     ImplOf(*this).Remove(rows);

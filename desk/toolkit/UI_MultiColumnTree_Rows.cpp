@@ -118,7 +118,7 @@ RowRef TreeImpl::Append(Row* parent) {
     return row;
 }
 
-void TreeImpl::LayOutAppended(Row* parent) {
+void TreeImpl::LayOutAppended(Row* parent, bool areInNameOrder) {
     if (parent && !IsMine(parent)) return;
     const std::size_t before = CountOfLaidOutChildren(parent);
     const std::vector<RowRef>& rows = ChildrenOf(parent);
@@ -126,7 +126,7 @@ void TreeImpl::LayOutAppended(Row* parent) {
     for (std::size_t i = before; i < rows.size(); ++i) UpdateMayHaveChildren(*rows[i]);
     if (parent) UpdateMayHaveChildren(*parent);
     const RowVec added(rows.begin() + std::ptrdiff_t(before), rows.end());
-    InsertSorted(parent, before);
+    InsertSorted(parent, before, areInNameOrder);
     if (parent && !IsInModel(*parent)) return;
     if (parent && parent->IsOpen()) mView->SetExpanded(mModel.IndexOf(parent), true);
     for (const RowRef& row : added) ExpandInView(*row);

@@ -44,7 +44,7 @@ public:
           mCountBefore(countBefore),
           mLess(tree.SortOrder(tree.mHeader->IsSortDirectionAscending())),
           mNameLess(tree.SortOrder(true)),
-          mIsByName(tree.mHeader->GetImpl().Find(tree.mHeader->GetSortColumn()) == 0) {
+          mIsByName(tree.IsSortedByName()) {
         mKeys = tree.SortKeysOf(std::span(rows).subspan(countBefore, count - countBefore));
     }
 
@@ -174,21 +174,28 @@ struct Insertion {
     }
 };
 
-Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std::size_t countBefore) {
+Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std::size_t countBefore,
+                     bool areInNameOrder) {
     Insertion insertion;
-    const RowVec added(rows.begin() + std::ptrdiff_t(countBefore), rows.end());
-    if (!tree.IsSorted()) {
-        insertion.mSorted = added;
-        insertion.mPlaces.assign(added.size(), countBefore);
+    const std::size_t count = rows.size() - countBefore;
+    const bool isOrderKnown = areInNameOrder && tree.IsSorted() && tree.IsSortedByName();
+    Order order = Identity(count);
+    if (isOrderKnown && !tree.mHeader->IsSortDirectionAscending()) std::ranges::reverse(order);
+    if (!tree.IsSorted() || (isOrderKnown && countBefore == 0)) {
+        for (const std::uint32_t i : order) insertion.mSorted.push_back(rows[countBefore + i]);
+        insertion.mPlaces.assign(count, countBefore);
         return insertion;
     }
     // Of the rows that stand already only those are asked that the search meets.
-    SortKeys keys(tree, rows, countBefore, rows.size());
+    SortKeys keys(tree, rows, isOrderKnown ? rows.size() : countBefore, rows.size());
+    if (!isOrderKnown) order = SortedOrder(keys, countBefore, count);
     std::size_t first = 0;
-    for (const std::uint32_t i : SortedOrder(keys, countBefore, added.size())) {
+    // The next part of a list mostly stands behind, or before, all that has come.
+    const bool areAllBefore = isOrderKnown && keys.IsLess(countBefore + order.back(), 0);
+    for (const std::uint32_t i : order) {
         const std::size_t row = countBefore + i;
-        if (first < countBefore && !keys.IsLess(row, countBefore - 1)) first = countBefore;
-        std::size_t last = countBefore;
+        std::size_t last = areAllBefore ? 0 : countBefore;
+        if (first < last && !keys.IsLess(row, countBefore - 1)) first = countBefore;
         while (first < last) {
             const std::size_t middle = (first + last) / 2;
             if (keys.IsLess(row, middle))
@@ -196,7 +203,7 @@ Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std:
             else
                 first = middle + 1;
         }
-        insertion.mSorted.push_back(added[i]);
+        insertion.mSorted.push_back(rows[row]);
         insertion.mPlaces.push_back(first);
     }
     return insertion;
@@ -220,6 +227,10 @@ bool TreeImpl::IsSorted() const {
     return mHeader && desk::IsSet(mCallbacks.mSortData) && mHeader->GetSortColumn() != 0;
 }
 
+bool TreeImpl::IsSortedByName() const {
+    return mHeader->GetImpl().Find(mHeader->GetSortColumn()) == 0;
+}
+
 Less TreeImpl::SortOrder(bool isAscending) const {
     const auto& custom = UI_MultiColumnTreeHeaderRow::Impl::Of(*mHeader).mLess;
     if (!desk::IsSet(custom)) {
@@ -238,7 +249,8 @@ UTF16String TreeImpl::SortKey(const Row& row) const {
 UTF16StringVec TreeImpl::SortKeysOf(std::span<const RowRef> rows) const {
     const auto position = unsigned(mHeader->GetIndexOfColumn(mHeader->GetSortColumn()));
     UTF16StringVec keys;
-    if (desk::IsSet(mCallbacks.mRowsSortData)) keys = desk::Call(mCallbacks.mRowsSortData, rows, position);
+    if (!rows.empty() && desk::IsSet(mCallbacks.mRowsSortData))
+        keys = desk::Call(mCallbacks.mRowsSortData, rows, position);
     keys.reserve(rows.size());
     // None, or too few from a call that failed.
     while (keys.size() < rows.size()) keys.push_back(SortKey(*rows[keys.size()]));
@@ -249,11 +261,11 @@ UTF16String TreeImpl::NameKey(const Row& row) const {
     return desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)), unsigned(PositionOfColumn(0)));
 }
 
-void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore) {
+void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore, bool areInNameOrder) {
     // Those that have gone in may have found their places by keys that have changed since the last sorting.
     mSortedKeys.erase(parent);
     std::vector<RowRef>& rows = ChildrenOf(parent);
-    const Insertion insertion = FindPlaces(*this, rows, countBefore);
+    const Insertion insertion = FindPlaces(*this, rows, countBefore, areInNameOrder);
     const bool isInModel = !parent || IsInModel(*parent);
     if (isInModel) BeginChange();
     rows.resize(countBefore);

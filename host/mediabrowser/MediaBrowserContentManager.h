@@ -1,25 +1,24 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include "host/core/Export.h"
-#include "host/core/PropertyMap.h"
 #include "host/core/Strings.h"
+#include "host/mediabrowser/DirectoryContent.h"
 
 namespace host {
-
-/// The content of a folder, or part of it: one property map an item.
-using DirectoryContent = std::vector<PropertyMap>;
 
 /// How much of a folder a delivery tells, and what it answers.
 struct ContentDelivery {
     enum class Extent {
-        /// All of the folder: rows of items that are not named go.
+        /// All of the folder, each item once, in the natural order of the names as users see them (a project's
+        /// without its extension): rows of items that are not named go.
         Whole,
-        /// Some of the folder, the first time it is listed; other rows stay. The parts together tell all of it.
+        /// Some of the folder, the first time it is listed; other rows stay. The parts together tell all of it,
+        /// each item once and in that order.
         Part,
-        /// What has changed: items that are new or have changed; other rows stay, but for `mRemovedPaths`.
+        /// What has changed, in no order: items that are new or have changed; other rows stay, but for
+        /// `mRemovedPaths`.
         Change,
     };
     Extent mExtent = Extent::Whole;
@@ -43,11 +42,6 @@ public:
 
     MediaBrowserContentManager();
     ~MediaBrowserContentManager();
-
-    /// The property under which an item's path (a `UTF16String`) stands.
-    static const ImmutableString kPathField;
-    /// The property that is `true` (a `bool`) for an item that is known to be a folder. Other items have none.
-    static const ImmutableString kIsDirectoryField;
 
     Impl& GetImpl() const { return *mImpl; }
 

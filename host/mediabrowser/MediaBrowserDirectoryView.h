@@ -12,8 +12,10 @@ namespace host {
 
 /// What the directory view keeps of a row: which item it stands for.
 struct DirectoryRowData {
-    /// The item's name in the folder of the parent row.
-    UTF16String mName;
+    /// The item's name in the folder of the parent row. Not owned: valid during the call.
+    std::u16string_view mName;
+    /// As the delivery said.
+    bool mIsFolder = false;
 };
 
 /// Base of views that show folders as a tree. It owns the tree control, asks the content manager for
@@ -97,17 +99,18 @@ public:
     virtual void ListenToMessage(const Message& message) override;
 
 protected:
-    /// Brings the rows below `row` in line with a delivery: makes rows for the paths that have none (handing
+    /// Brings the rows below `row` in line with a delivery: makes rows for the items that have none (handing
     /// each to `AddRowToMaps`), keeps those that have one, and removes rows (through `RemoveRowFromMaps`) as
-    /// the delivery's extent says. New rows show, sorted, when the delivery has been dealt with; that costs
-    /// least when `paths` come in the order of a delivery's items, which is the one in which they are shown.
-    /// A path that stands there twice counts once. `root` is the folder whose items are the top-level rows.
-    void InsertDirectoryContent(const RowRef& row, const UTF16StringVec& paths, const ContentDelivery& delivery,
-                                const UTF16String& root);
+    /// the delivery's extent says. `content` is the delivery's, or what is to be shown of it in the same order;
+    /// an item that stands there twice counts once. New rows show, sorted, when the delivery has been dealt
+    /// with. `root` is the folder whose items are the top-level rows. Costs the items, not the rows, and no
+    /// path is composed.
+    void InsertDirectoryContent(const RowRef& row, const DirectoryContent& content,
+                                const ContentDelivery& delivery, const UTF16String& root);
     /// Brings the row's own cells up to date: draws them anew.
     void UpdateRow(const RowRef& row);
     /// The row of an item below `parent` (null for the root), by its name; empty when there is none.
-    RowRef FindChildRow(const UI_MultiColumnTreeRow* parent, const UTF16String& name) const;
+    RowRef FindChildRow(const UI_MultiColumnTreeRow* parent, std::u16string_view name) const;
 
     /// Records a row that was made; after it `GetRowPath` answers.
     virtual void AddRowToMaps(const RowRef& row, const DirectoryRowData& data);

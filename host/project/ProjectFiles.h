@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "host/core/Export.h"
 #include "host/core/Strings.h"
 
@@ -12,7 +14,7 @@ ZUHOST_API const UTF16String& GetProjectFileExtension();
 /// behind at least one other character, no separator at the end, at most 255 bytes long on the disk.
 /// Judges the name only: a folder can be called so too, and who knows what stands there asks that first. Where
 /// only the path is handed on, a folder's has a separator at its end. Any thread.
-ZUHOST_API bool IsVantorProjectFile(const UTF16String& path);
+ZUHOST_API bool IsVantorProjectFile(std::u16string_view path);
 
 /// Natural order of names: runs of digits by their numeric value (of any length), the rest by the
 /// order of the user's language, letter case ignored unless nothing else differs. Negative, zero or

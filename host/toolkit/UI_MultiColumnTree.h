@@ -49,8 +49,10 @@ public:
     /// row, until `LayoutAfterAppendRow`.
     RowRef CreateAndAppendRow(UI_MultiColumnTreeRow* parent);
     /// Shows the rows that were appended under `parent` since the last call, each in its sorted place, in
-    /// one step; rows that showed already keep selection, position and open state.
-    void LayoutAfterAppendRow(UI_MultiColumnTreeRow* parent);
+    /// one step; rows that showed already keep selection, position and open state. With `areInNameOrder` those
+    /// that were appended stand in the ascending order of their keys in the first column, and only the ends
+    /// of that list are compared with others where that is the order of the tree or its reverse.
+    void LayoutAfterAppendRow(UI_MultiColumnTreeRow* parent, bool areInNameOrder = false);
     /// Removes rows with everything below them, in one step.
     void RemoveRows(const RowVec& rows);
     void RemoveAllRows();

@@ -299,11 +299,18 @@ TEST_F(DirectoryViewTest, SelectAllLeavesTheTrashOut) {
 TEST_F(DirectoryViewTest, RowsOfAClosedFolderFollowAnotherSortColumnWhenItOpens) {
     for (int i = 10; i < 99; ++i) MakeProject("Reels/P " + std::to_string(i), std::string(i, 'x'));
     OpenProduction();
+    mDisk.ResetCounts();
     OpenFolder("Reels");
+    DirectoryView().SelectAll();
+    Settle();
+    EXPECT_LT(mDisk.Count(Operation::Status), 60) << "whether they may be deleted is asked of none";
     Tree()->CloseRow(RowOf("Reels").get());
+    mDisk.ResetCounts();
     DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kSizeColumnID);
     DirectoryView().GetHeaderRow()->SetSortDirection(false);
     DirectoryView().UpdateOpenRows();
+    Settle();
+    EXPECT_EQ(mDisk.Count(Operation::Status), 0) << "nobody sees them";
     OpenFolder("Reels");
     EXPECT_TRUE(Shows([&] { return ShownRows()[1] == "  P 98"; })) << "the largest, which nobody has seen";
 }

@@ -1,10 +1,11 @@
 #include "desk/files/live/FolderListing.h"
 
+#include <absl/container/flat_hash_set.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <exception>
 #include <string_view>
-#include <unordered_set>
 
 #include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
@@ -42,7 +43,7 @@ void FolderListing::List() {
             GetServices().mFileSystem->ListFolder(mRequest.mFolder->mBytes);
         mFound.reserve(entries.size());
         // A volume may name an entry twice while its folder changes.
-        std::unordered_set<std::string_view> names(entries.size());
+        absl::flat_hash_set<std::string_view> names(entries.size());
         for (const FolderEntry& entry : entries)
             if (names.insert(entry.mName).second) TakeEntry(entry);
         if (!mRequest.mKnown) SweepIfNeeded(entries);
@@ -269,11 +270,12 @@ FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder,
     std::size_t begin = 0;
     std::size_t end = order.size() > kLongestWhole ? kFirstPartSize : order.size();
     do {
-        host::DirectoryContent content;
-        content.reserve(end - begin);
-        for (; begin < end; ++begin)
-            content.push_back(MakeProperties(folder, names[order[begin]], kinds[order[begin]]));
-        contents.push_back(ShareContent(std::move(content)));
+        const auto content = std::make_shared<host::DirectoryContent>(folder.mText);
+        std::size_t units = 0;
+        for (std::size_t i = begin; i < end; ++i) units += names[order[i]].size();
+        content->Reserve(end - begin, units);
+        for (; begin < end; ++begin) content->Add(names[order[begin]], kinds[order[begin]] == ItemKind::Folder);
+        contents.push_back(content);
         end = std::min(end + kPartSize, order.size());
     } while (begin < order.size());
     return contents;
@@ -291,7 +293,6 @@ std::vector<ItemUpdate> FolderListing::Compare() const {
             if (!MergeFacts(facts, found.mFacts, true)) continue;
         }
         ItemUpdate& update = updates.emplace_back();
-        update.mProperties = MakeProperties(*mRequest.mFolder, found.mName, found.GetKind());
         update.mName = found.mName;
         update.mFacts = found.mFacts;
         update.mIsLockKnown = true;

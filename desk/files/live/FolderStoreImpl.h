@@ -95,6 +95,8 @@ private:
     using FolderPtr = std::shared_ptr<Folder>;
     /// What came of updates: deliveries of the extent `Change`.
     struct Changes {
+        explicit Changes(const Folder& folder) : mContent(folder.mPath->mText) {}
+
         host::DirectoryContent mContent;
         host::UTF16StringVec mRemovedPaths;
         bool IsEmpty() const { return mContent.empty() && mRemovedPaths.empty(); }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 #include "desk/files/live/FolderStoreImpl.h"
 #include "host/core/Logging.h"
@@ -10,12 +11,12 @@ namespace {
 /// So many items are delivered in one turn of the event loop.
 constexpr std::size_t kMostAtOnce = 1000;
 
-/// Takes the last `kMostAtOnce` items.
-host::DirectoryContent TakeSome(host::DirectoryContent& content) {
-    const std::size_t count = std::min(kMostAtOnce, content.size());
-    const auto begin = content.end() - static_cast<std::ptrdiff_t>(count);
-    host::DirectoryContent some(std::make_move_iterator(begin), std::make_move_iterator(content.end()));
-    content.erase(begin, content.end());
+/// Some items from the `begin`-th on; counts them there.
+std::shared_ptr<const host::DirectoryContent> TakeSome(const host::DirectoryContent& content,
+                                                       std::size_t& begin) {
+    const auto some = std::make_shared<host::DirectoryContent>(content.GetFolder());
+    for (const std::size_t end = std::min(begin + kMostAtOnce, content.size()); begin < end; ++begin)
+        some->Add(content[begin].mName, content[begin].mIsFolder);
     return some;
 }
 
@@ -38,7 +39,7 @@ void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subsc
         subscriber.mHasContent = true;
         Delivery delivery;
         delivery.mDelivery.mExtent = Extent::Change;
-        delivery.mContent = ShareContent({});
+        delivery.mContent = std::make_shared<const host::DirectoryContent>(folder->mPath->mText);
         delivery.mDelivery.mIsLast = true;
         return Deliver(folder, subscriber, std::move(delivery));
     }
@@ -58,12 +59,13 @@ void FolderStoreImpl::DeliverChanges(const FolderPtr& folder, Changes&& changes)
     std::vector<Subscriber> subscribers;
     std::ranges::copy_if(folder->mSubscribers, std::back_inserter(subscribers), &Subscriber::mHasContent);
     const bool isAwaited = std::ranges::any_of(subscribers, &Subscriber::mIsBeingServed);
+    std::size_t begin = 0;
     for (bool isMore = isAwaited || !changes.IsEmpty(); isMore;) {
         Delivery delivery;
         delivery.mDelivery.mExtent = host::ContentDelivery::Extent::Change;
         delivery.mDelivery.mRemovedPaths = std::exchange(changes.mRemovedPaths, {});
-        delivery.mContent = ShareContent(TakeSome(changes.mContent));
-        isMore = !changes.IsEmpty();
+        delivery.mContent = TakeSome(changes.mContent, begin);
+        isMore = begin < changes.mContent.size();
         for (const Subscriber& subscriber : subscribers) {
             Delivery copy = delivery;
             copy.mDelivery.mIsLast = !isMore && subscriber.mIsBeingServed;

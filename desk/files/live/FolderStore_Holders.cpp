@@ -38,9 +38,8 @@ void FolderStoreImpl::LookForHolders() {
         if (isOfAnotherProcess && !IsLockStale(*item->mFacts.mLock, *GetServices().mDesktop)) continue;
         mHolders.erase(path);
         if (!isOfAnotherProcess) continue;
-        Changes changes;
-        changes.mContent.push_back(
-            MakeProperties(*folder->mPath, folder->mItems->NameOf(*item), item->mFacts.mKind));
+        Changes changes(*folder);
+        changes.mContent.Add(folder->mItems->NameOf(*item), item->mFacts.mKind == ItemKind::Folder);
         const FolderPtr kept = FindFolderPtr(folder->mPath->mText);
         DeliverChanges(kept, std::move(changes));
         DeliverNext(kept);

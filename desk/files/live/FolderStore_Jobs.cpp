@@ -100,7 +100,7 @@ void FolderStoreImpl::FinishContents(const FolderPtr& folder, FolderListing::Res
     folder->mJob = Job::None;
     if (result.mKnown == folder->mItems) folder->mIsShared = false;
     if (!IsCurrent(folder)) return;
-    Serve(folder, result, {});
+    Serve(folder, result, Changes(*folder));
     StartNext(folder);
 }
 
@@ -198,7 +198,7 @@ void FolderStoreImpl::TakeListing(const FolderPtr& folder, FolderListing::Result
     folder->mSystemError = 0;
     folder->mHasLoggedFacts = false;
     folder->mFound.reset();
-    Changes changes;
+    Changes changes(*folder);
     if (folder->mItems) {
         changes = Apply(*folder, std::move(result.mUpdates));
     } else {
@@ -231,7 +231,7 @@ void FolderStoreImpl::FinishNames(const FolderPtr& folder, std::vector<ItemUpdat
 }
 
 FolderStoreImpl::Changes FolderStoreImpl::Apply(Folder& folder, std::vector<ItemUpdate>&& updates) {
-    Changes changes;
+    Changes changes(folder);
     FolderItems& items = Writable(folder);
     for (ItemUpdate& update : updates) {
         FolderItems::Item* item = items.Find(update.mName);
@@ -252,7 +252,8 @@ FolderStoreImpl::Changes FolderStoreImpl::Apply(Folder& folder, std::vector<Item
         item->Set(FolderItems::kIsOutrun,
                   item->Has(FolderItems::kIsAsked) && update.mFacts.mStatus.has_value());
         item->Set(FolderItems::kIsUnreadable, false);
-        if (Merge(folder, *item, update) || isNew) changes.mContent.push_back(std::move(update.mProperties));
+        if (Merge(folder, *item, update) || isNew)
+            changes.mContent.Add(update.mName, item->mFacts.mKind == ItemKind::Folder);
     }
     for (const host::UTF16String& removed : changes.mRemovedPaths) ForgetFoldersBelow(removed);
     return changes;
@@ -265,11 +266,14 @@ void FolderStoreImpl::TakeFacts(std::vector<FactReader::Answer>&& answers) {
         const auto end = std::find_if(begin, answers.end(),
                                       [&](const auto& answer) { return answer.mFolder != begin->mFolder; });
         const FolderPtr folder = FindFolderPtr(begin->mFolder->mText);
-        Changes changes;
+        if (!folder || !folder->mItems) {
+            begin = end;
+            continue;
+        }
+        Changes changes(*folder);
         for (; begin != end; ++begin)
-            if (folder && folder->mItems && TakeAnswer(*folder, begin->mUpdate))
-                changes.mContent.push_back(std::move(begin->mUpdate.mProperties));
-        if (!folder) continue;
+            if (TakeAnswer(*folder, begin->mUpdate))
+                changes.mContent.Add(begin->mUpdate.mName, begin->mUpdate.mFacts.mKind == ItemKind::Folder);
         DeliverChanges(folder, std::move(changes));
         DeliverNext(folder);
     }

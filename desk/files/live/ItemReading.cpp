@@ -14,9 +14,6 @@
 namespace desk {
 namespace {
 
-/// Contents below this are destroyed where they stand: handing them over would cost as much.
-constexpr std::size_t kSmallContent = 64;
-
 /// What stands at `path`: a link's target, or the link itself when it leads nowhere. `isLink` is true for what
 /// is known to be a link, and becomes true for what is.
 ItemStatus ReadStatus(FileSystem& fileSystem, const std::string& path, bool& isLink) {
@@ -89,7 +86,6 @@ ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, boo
             update.mFacts.mLock = std::make_shared<const LockRecord>(*std::move(lock));
         }
     }
-    if (!update.mIsGone) update.mProperties = MakeProperties(folder, name, update.mFacts.mKind);
     return update;
 }
 
@@ -122,22 +118,6 @@ bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown) {
         hasChanged = true;
     }
     return (isLockKnown && MergeLock(known, read)) || hasChanged;
-}
-
-host::PropertyMap MakeProperties(const FolderPath& folder, std::u16string_view name, ItemKind kind) {
-    host::PropertyMap properties;
-    properties.Set(host::MediaBrowserContentManager::kPathField, JoinPath(folder.mText, name));
-    if (kind == ItemKind::Folder) properties.Set(host::MediaBrowserContentManager::kIsDirectoryField, true);
-    return properties;
-}
-
-std::shared_ptr<const host::DirectoryContent> ShareContent(host::DirectoryContent&& content) {
-    const auto destroy = [](host::DirectoryContent* shared) {
-        std::shared_ptr<host::DirectoryContent> owned(shared);
-        WorkerPool* pool = GetServices().mWorkerPool;
-        if (pool && owned->size() > kSmallContent) pool->SubmitLast([owned = std::move(owned)] {});
-    };
-    return {new host::DirectoryContent(std::move(content)), destroy};
 }
 
 }  // namespace desk

@@ -7,7 +7,6 @@
 #include "desk/core/names/FolderPath.h"
 #include "desk/files/live/AnswerWatch.h"
 #include "desk/files/live/FolderStore.h"
-#include "host/core/PropertyMap.h"
 
 namespace desk {
 
@@ -22,8 +21,6 @@ struct ItemUpdate {
     bool mIsGone = false;
     /// The item could not be read; it counts as unchanged.
     int mSystemError = 0;
-    /// The item as it is delivered; not filled in for what is gone.
-    host::PropertyMap mProperties;
 };
 
 /// True for what the store keeps by its name alone, unless it is known to be a folder.
@@ -44,11 +41,5 @@ std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<hos
 
 /// Brings `known` in line with what was read; false when nothing was new.
 bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown);
-
-/// An item as it is delivered. `kind` is `ItemKind::Unknown` when nobody has asked yet.
-host::PropertyMap MakeProperties(const FolderPath& folder, std::u16string_view name, ItemKind kind);
-
-/// Hands the content over for sharing; in the end it is destroyed on a worker. Any thread.
-std::shared_ptr<const host::DirectoryContent> ShareContent(host::DirectoryContent&& content);
 
 }  // namespace desk

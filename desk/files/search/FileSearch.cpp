@@ -167,9 +167,9 @@ void Search::Receive(const desk::SearchIndex::News& news) {
     for (const UTF16String& path : news.mRemovedPaths) Remove(path);
     if (news.mNow) TakeRenewed(news);
     if (news.mContent)
-        for (const PropertyMap& item : *news.mContent) {
-            const auto* path = item.Find<UTF16String>(MediaBrowserContentManager::kPathField);
-            if (path && IsAccepted(*path)) mChanged.insert(ToldByPath(*path));
+        for (const auto item : *news.mContent) {
+            const UTF16String path = news.mContent->PathOf(item);
+            if (IsAccepted(path)) mChanged.insert(ToldByPath(path));
         }
     if (mState == State::Completed && (!mChanged.empty() || !mRemoved.empty())) TellLater({});
 }

@@ -138,10 +138,11 @@ void FolderFollower::Drop(const host::UTF16String& path) {
 
 void FolderFollower::FollowNew(const host::DirectoryContent& content) {
     const FolderStore& store = *GetServices().mFolderStore;
-    for (const host::PropertyMap& item : content) {
-        const auto* path = item.Find<host::UTF16String>(host::MediaBrowserContentManager::kPathField);
-        const ItemFacts* facts = path ? store.Find(*path) : nullptr;
-        if (facts && facts->mKind == ItemKind::Folder && !facts->mIsLink) Add(*path, false);
+    for (const auto item : content) {
+        if (!item.mIsFolder) continue;
+        const host::UTF16String path = content.PathOf(item);
+        const ItemFacts* facts = store.Find(path);
+        if (facts && facts->mKind == ItemKind::Folder && !facts->mIsLink) Add(path, false);
     }
 }
 

@@ -34,8 +34,8 @@ const UTF16String& GetProjectFileExtension() {
     return kProjectFileExtension;
 }
 
-bool IsVantorProjectFile(const UTF16String& path) {
-    const std::u16string_view name = std::u16string_view(path).substr(path.rfind(u'/') + 1);
+bool IsVantorProjectFile(std::u16string_view path) {
+    const std::u16string_view name = path.substr(path.rfind(u'/') + 1);
     if (!HasEndingFoldingASCII(name, kExtension)) return false;
     return name.size() * 3 <= kLongestName || CountBytes(name) <= kLongestName;
 }

@@ -134,8 +134,7 @@ private:
         Names& shown = mShown[folder];
         if (delivery.mDelivery.mExtent == Extent::Whole) shown.clear();
         for (const host::UTF16String& removed : delivery.mDelivery.mRemovedPaths) shown.erase(NameOf(removed));
-        for (const host::PropertyMap& item : *delivery.mContent)
-            shown.insert(NameOf(*item.Find<host::UTF16String>(host::MediaBrowserContentManager::kPathField)));
+        for (const auto item : *delivery.mContent) shown.insert(host::UTF16to8(host::UTF16String(item.mName)));
     }
 
     std::map<std::string, Names> mShown;

@@ -66,6 +66,33 @@ TEST_F(TreeCostTest, FollowsWhatComesAndWhatIsSeenNotWhatIsThere) {
     EXPECT_LE(many.mScrolling, few.mScrolling + 4);
 }
 
+TEST_F(TreeCostTest, KeysOfManyRowsAreOneQuestionAndOfRowsInOrderNone) {
+    int questions = 0;
+    mTree->SetRowsSortDataFunction(Shared([&](std::span<const host::RowRef> rows, unsigned) {
+        ++questions;
+        host::UTF16StringVec keys;
+        for (const host::RowRef& row : rows) keys.push_back(host::AsciiToUTF16(DataOf(*row).mName));
+        return keys;
+    }));
+    for (const bool isAscending : {true, false}) {
+        mTree->RemoveAllRows();
+        mHeader->SetSortDirection(isAscending);
+        for (int part = 0; part < 3; ++part) {
+            TakeCalls();
+            for (const std::string& name : Names("p", 100 * part, 100)) Append(nullptr, name);
+            mTree->LayoutAfterAppendRow(nullptr, true);
+            // Whether each may have children, which come to be seen, and the keys that the first one met.
+            EXPECT_LE(TakeCalls(), 100 + 45 + 20);
+        }
+        EXPECT_TRUE(std::ranges::is_sorted(mTree->GetOpenedRows(), [&](const auto& a, const auto& b) {
+            return (DataOf(*a).mName < DataOf(*b).mName) == isAscending && a != b;
+        }));
+    }
+    EXPECT_EQ(std::exchange(questions, 0), 0);
+    mTree->SortTree();
+    EXPECT_EQ(questions, 1);
+}
+
 TEST_F(TreeCostTest, EqualKeysAreSortedByNameAfterAnyOrder) {
     const host::RowVec rows = Add(nullptr, Names("p", 0, 300));
     for (std::size_t i = 0; i < rows.size(); ++i) DataOf(*rows[i]).mSize = std::to_string(i * 7 % 10);
