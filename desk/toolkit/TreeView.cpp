@@ -7,6 +7,7 @@
 #include "desk/toolkit/BusySpinner.h"
 #include "desk/toolkit/CellEditorImpl.h"
 #include "desk/toolkit/RowLayout.h"
+#include "desk/toolkit/TreeAccessible.h"
 #include "desk/toolkit/TreeImpl.h"
 
 namespace desk {
@@ -34,6 +35,7 @@ TreeView::TreeView(host::UI_MultiColumnTree::TreeImpl& tree)
       mSpinner(new BusySpinner(*this)),
       mEmptyButtons(new EmptyButtons(*viewport())),
       mDrop(tree) {
+    InstallTreeAccessible();
     setItemDelegate(new RowHeightDelegate(tree, this));
     setHeader(mHeader);
     // Qt's own sorting is off, and takes clicks on the header away.

@@ -20,6 +20,7 @@ public:
     explicit TreeView(host::UI_MultiColumnTree::TreeImpl& tree);
     ~TreeView() override;
 
+    host::UI_MultiColumnTree::TreeImpl& GetTree() const { return mTree; }
     BusySpinner& GetSpinner() { return *mSpinner; }
     EmptyButtons& GetEmptyButtons() { return *mEmptyButtons; }
     void FlushLayout();
@@ -43,6 +44,13 @@ public:
     host::Point ToTreePoint(const QPoint& point) const;
     /// Where an opened row stands in the viewport; empty for any other.
     QRect RectOf(const host::UI_MultiColumnTreeRow* row) const;
+
+    // What the user does, with whatever hand or program.
+
+    /// Opens or closes a row; with Alt all below it too, which is up to who listens to disclosures.
+    void ToggleByUser(host::UI_MultiColumnTreeRow& row, bool open);
+    /// Selects a row alone.
+    void SelectByUser(host::UI_MultiColumnTreeRow& row);
 
     using QTreeView::scheduleDelayedItemsLayout;
 
@@ -101,8 +109,6 @@ private:
     void PrepareDrag(const QMouseEvent& event);
     bool MayDragNow(const QMouseEvent& event) const;
     void Drag(const QMouseEvent& event);
-    /// Opens or closes a row; with Alt all below it too, which is up to who listens to disclosures.
-    void ToggleByUser(Row& row, bool open);
     void SetAllBelowOpen(Row& row, bool open);
     bool HandleMenuKey(const QKeyEvent& event);
     bool HandleByOwner(const QKeyEvent& event);
@@ -113,7 +119,6 @@ private:
     /// The row that Return and the menu key mean: the current one if it is selected, else the one that was
     /// selected last; null when none is.
     Row* RowForKeyboard() const;
-    void SelectByUser(Row& row);
 
     host::UI_MultiColumnTree::TreeImpl& mTree;
     TreeHeader* mHeader;

@@ -79,7 +79,14 @@ TEST_F(TreeCellsTest, AssistiveTechnologyReadsTheTreeWhileItChanges) {
     EXPECT_EQ(tree->role(), QAccessible::Tree);
     EXPECT_EQ(tree->tableInterface()->cellAt(0, 0)->text(QAccessible::Name), "a/, locked 0");
     Add(folder.get(), Names("p", 0, 50));
-    mTree->OpenRow(folder.get());
+    QAccessibleInterface* cell = tree->child(3);
+    ASSERT_TRUE(cell && cell->actionInterface() && tree->indexOfChild(cell) == 3) << "below the headings";
+    EXPECT_TRUE(cell->state().collapsed && !cell->state().selected);
+    for (const QString& action : cell->actionInterface()->actionNames())
+        cell->actionInterface()->doAction(action);
+    Settle();
+    EXPECT_TRUE(cell->state().expanded && cell->state().selected);
+    EXPECT_EQ(tree->tableInterface()->cellAt(51, 0)->actionInterface()->actionNames().size(), 1) << "a project";
     mTree->SelectRows(mTree->GetOpenedRows());
     mWindow.grab();
     Settle();
@@ -87,6 +94,7 @@ TEST_F(TreeCellsTest, AssistiveTechnologyReadsTheTreeWhileItChanges) {
     mTree->RemoveRows({folder});
     Settle();
     EXPECT_EQ(tree->tableInterface()->rowCount(), 1);
+    EXPECT_EQ(tree->child(3)->text(QAccessible::Name), "b, locked 0");
     QAccessible::setActive(false);
 }
 
