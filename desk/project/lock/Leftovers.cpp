@@ -1,5 +1,6 @@
 #include "desk/project/lock/Leftovers.h"
 
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -40,15 +41,24 @@ void SweepStray(LockProtocol& protocol, const std::string& path, const std::stri
     if (isRemoved) Log(LogLevel::Info, "removed a lock that was given up when it stood elsewhere: " + path);
 }
 
+/// What was left by processes that are gone. By nonce: the locks of a batch share one.
+using DeadRecords = std::map<std::string, std::vector<std::string>>;
+
 /// A lock or a guard.
-void SweepRecord(FileSystem& fileSystem, const Desktop& desktop, const std::string& path) {
+void SweepRecord(FileSystem& fileSystem, const Desktop& desktop, const std::string& path, DeadRecords& dead) {
     const auto record = ReadLockRecord(fileSystem, path);
     if (!record) return;
     LockProtocol protocol(fileSystem, desktop);
     SweepStray(protocol, path, record->mNonce);
-    if (!IsLockStale(*record, desktop)) return;
+    protocol.DropRemains();
+    if (IsLockStale(*record, desktop)) dead[record->mNonce].push_back(path);
+}
+
+void SweepDead(FileSystem& fileSystem, const Desktop& desktop, const DeadRecords& dead) {
     const LockRecord mine = MakeLockRecord(desktop, desktop.UserName(), desktop.MachineName());
-    if (protocol.RemoveDead(path, record->mNonce, mine)) LogRemovalOfLeftover(path);
+    LockProtocol protocol(fileSystem, desktop);
+    for (const auto& [nonce, paths] : dead)
+        for (const std::string& path : protocol.RemoveDead(paths, nonce, mine)) LogRemovalOfLeftover(path);
     protocol.DropRemains();
 }
 
@@ -88,10 +98,11 @@ void LogRemovalOfLeftover(const std::string& path) {
 std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const Desktop& desktop,
                                        const std::string& folder, const std::vector<std::string>& names) {
     std::vector<HollowLock> hollow;
+    DeadRecords dead;
     for (const std::string& name : names) {
         const std::string path = JoinPath<std::string>(folder, name);
         if (IsTemporaryOfDead(name, desktop)) SweepTemporary(fileSystem, path);
-        if (IsGuardName(name) || IsLockFileName(name)) SweepRecord(fileSystem, desktop, path);
+        if (IsGuardName(name) || IsLockFileName(name)) SweepRecord(fileSystem, desktop, path, dead);
         const auto targeted = ParseTargetedTemporary(name);
         if (!targeted) continue;
         if (targeted->mPurpose != TemporaryPurpose::Lock) {
@@ -100,6 +111,7 @@ std::vector<HollowLock> SweepLeftovers(FileSystem& fileSystem, const Desktop& de
             hollow.push_back(*std::move(lock));
         }
     }
+    SweepDead(fileSystem, desktop, dead);
     return hollow;
 }
 

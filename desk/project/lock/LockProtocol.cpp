@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -14,6 +15,7 @@
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/HostNames.h"
 #include "desk/core/names/ProcessFacts.h"
+#include "desk/core/work/ParallelWork.h"
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/StrayLocks.h"
 
@@ -95,7 +97,7 @@ LockTaking LockProtocol::Take(const std::string& lockPath, const LockRecord& min
     LockTaking taking = TakeForSure(lockPath, mine);
     for (int round = 0; round < kMostRounds && IsWorthAnother(taking); ++round) {
         const bool isStale = taking.mOutcome == LockTaking::Outcome::Held;
-        if (isStale && !RemoveDead(lockPath, taking.mRecord.mNonce, mine))
+        if (isStale && RemoveDead({lockPath}, taking.mRecord.mNonce, mine).empty())
             std::this_thread::sleep_for(kBetweenRounds);
         taking = TakeForSure(lockPath, mine);
     }
@@ -110,6 +112,8 @@ LockTaking LockProtocol::TakeShared(const std::string& temporary, const std::str
     const int error = ErrorOf([&] { mFileSystem.Link(temporary, lockPath); });
     const LockTaking taking = Judge(lockPath, mine, error);
     if (taking.mOutcome == LockTaking::Outcome::Ours) return taking;
+    // The locks of a batch have one guard: their takers would only wait for each other.
+    if (error == EEXIST && IsDead(taking)) return taking;
     // It may come to light yet.
     if (error != EEXIST && !HasNoLinks(error)) mRemains.push_back({lockPath, mine.mNonce, {}});
     return Take(lockPath, mine);
@@ -124,10 +128,14 @@ void LockProtocol::RemoveShared(const std::string& temporary) {
     if (!temporary.empty()) RemoveOwnOrKeep(temporary, {});
 }
 
+bool LockProtocol::IsDead(const LockTaking& taking) const {
+    return taking.mOutcome == LockTaking::Outcome::Held && IsLockStale(taking.mRecord, mDesktop);
+}
+
 /// The holder is gone, or has given the lock up between our attempt and our look.
 bool LockProtocol::IsWorthAnother(const LockTaking& taking) const {
     if (taking.mOutcome == LockTaking::Outcome::Failed) return taking.mSystemError == EEXIST;
-    return taking.mOutcome == LockTaking::Outcome::Held && IsLockStale(taking.mRecord, mDesktop);
+    return IsDead(taking);
 }
 
 /// After a lost reply the lock may be ours although nothing, or an empty file, seems to stand there: that is
@@ -298,31 +306,41 @@ bool LockProtocol::IsGuarded(const std::string& lockPath, const std::string& non
 
 LockTaking LockProtocol::TakeGuard(const std::string& guardPath, const LockRecord& guard, int depth) {
     LockTaking taking = TakeOnce(guardPath, guard);
-    if (taking.mOutcome == LockTaking::Outcome::Held && IsLockStale(taking.mRecord, mDesktop) &&
-        depth < kDeepestGuard && RemoveDead(guardPath, taking.mRecord.mNonce, guard, depth + 1))
+    if (IsDead(taking) && depth < kDeepestGuard &&
+        !RemoveDead({guardPath}, taking.mRecord.mNonce, guard, depth + 1).empty())
         taking = TakeOnce(guardPath, guard);
     return taking;
 }
 
-bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine) {
-    return RemoveDead(path, nonce, mine, 0);
+std::vector<std::string> LockProtocol::RemoveDead(const std::vector<std::string>& paths,
+                                                  const std::string& nonce, const LockRecord& mine) {
+    return RemoveDead(paths, nonce, mine, 0);
 }
 
-/// While we hold the guard and the nonce stands there, nobody else may remove it: what is removed is that.
-bool LockProtocol::RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine,
-                              int depth) {
+/// While we hold the guard, nobody else may remove what bears the nonce.
+std::vector<std::string> LockProtocol::RemoveDead(const std::vector<std::string>& paths,
+                                                  const std::string& nonce, const LockRecord& mine, int depth) {
     LockRecord guard = mine;
     guard.mNonce = MakeNonce();
-    const std::string guardPath = GetGuardPath(path, nonce);
-    if (TakeGuard(guardPath, guard, depth).mOutcome != LockTaking::Outcome::Ours) return false;
-    const Content found = Read(path);
-    bool isRemoved = !found.mIsThere || found.IsForeign(nonce);
-    if (found.Bears(nonce)) {
-        const int error = RemoveOwn(path, nonce);
-        isRemoved = error == 0 || error == ENOENT;
-    }
+    const std::string guardPath = GetGuardPath(paths.front(), nonce);
+    if (TakeGuard(guardPath, guard, depth).mOutcome != LockTaking::Outcome::Ours) return {};
+    std::vector<std::string> removed;
+    std::mutex mutex;
+    RunShared(paths.size(), [&](std::size_t index) {
+        if (!RemoveGuarded(paths[index], nonce)) return;
+        const std::lock_guard lock(mutex);
+        removed.push_back(paths[index]);
+    });
     RemoveOwnOrKeep(guardPath, guard.mNonce);
-    return isRemoved;
+    return removed;
+}
+
+/// Several at once. True when it is gone.
+bool LockProtocol::RemoveGuarded(const std::string& path, const std::string& nonce) {
+    const Content found = Read(path);
+    if (!found.Bears(nonce)) return !found.mIsThere || found.IsForeign(nonce);
+    const int error = RemoveOwn(path, nonce);
+    return error == 0 || error == ENOENT;
 }
 
 std::optional<LockSnapshot> LockProtocol::Look(const std::string& lockPath) {

@@ -133,7 +133,7 @@ public:
 
     /// The same for many locks of one folder that are given up together, before any of them counts as stray:
     /// each is a second name of `temporary`, which holds `mine` (`WriteShared`). Where that does not work, as
-    /// `Take`.
+    /// `Take`. The lock of a holder that is gone is left as it is: `RemoveDead` removes all of that holder's.
     LockTaking TakeShared(const std::string& temporary, const std::string& lockPath, const LockRecord& mine);
     /// Writes `mine` to a hidden file of `folder` and returns its path; empty when that cannot be done.
     std::string WriteShared(const std::string& folder, const LockRecord& mine);
@@ -164,9 +164,11 @@ public:
     /// Where the guard of a lock stands that was seen so.
     static std::string FindGuardPath(const std::string& lockPath, const LockSnapshot& seen);
 
-    /// Removes the lock, guard or temporary file at `path` that bears `nonce`, whose holder is gone (the caller
-    /// has made sure), in its holder's place. False when somebody else is about to, or when it cannot be.
-    bool RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine);
+    /// Removes the locks, guards or temporary files at `paths` that bear `nonce`, whose holder is gone (the
+    /// caller has made sure), in its holder's place: all of one folder, several at once, under one guard.
+    /// Returns those that are gone: none when somebody else is about to remove them.
+    std::vector<std::string> RemoveDead(const std::vector<std::string>& paths, const std::string& nonce,
+                                        const LockRecord& mine);
 
     /// The files that earlier operations have left or may have left, against their will: temporary files,
     /// guards, locks. To be removed by `RemoveRemains` when the volume has recovered.
@@ -183,6 +185,7 @@ private:
     Content Read(const std::string& path);
     LockReport LookAtOwn(const std::string& lockPath, const std::string& nonce);
     LockReport FindOutAboutAbsence(const std::string& lockPath);
+    bool IsDead(const LockTaking& taking) const;
     bool IsWorthAnother(const LockTaking& taking) const;
     LockTaking TakeForSure(const std::string& lockPath, const LockRecord& mine);
     bool RemoveOwnHollow(const std::string& lockPath, const LockRecord& mine);
@@ -191,7 +194,9 @@ private:
     void Settle(const LockTaking& taking, int systemError, bool isWritten, LockRemains attempt);
     int WriteTemporary(const std::string& path, const std::string& bytes);
     LockTaking TakeGuard(const std::string& guardPath, const LockRecord& guard, int depth);
-    bool RemoveDead(const std::string& path, const std::string& nonce, const LockRecord& mine, int depth);
+    std::vector<std::string> RemoveDead(const std::vector<std::string>& paths, const std::string& nonce,
+                                        const LockRecord& mine, int depth);
+    bool RemoveGuarded(const std::string& path, const std::string& nonce);
     bool IsGuarded(const std::string& lockPath, const std::string& nonce);
     int RemoveOwn(const std::string& path, const std::string& nonce);
     void RemoveOwnOrKeep(const std::string& path, const std::string& nonce);

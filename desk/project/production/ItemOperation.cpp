@@ -208,7 +208,7 @@ void ItemOperation::LookUp(std::span<const Item> items) const {
     });
 }
 
-void ItemOperation::CheckAll(std::span<Item> items, const WorkProgress& progress) {
+void ItemOperation::CheckAll(std::span<Item> items, WorkProgress& progress) {
     SharedLocks locks;
     const LockRecord* owner = nullptr;
     for (const Item& item : items) {
@@ -219,13 +219,32 @@ void ItemOperation::CheckAll(std::span<Item> items, const WorkProgress& progress
     }
     if (owner) locks.Write(*owner);
     RunShared(items.size(), [&](std::size_t index) {
-        if (!progress.IsCancelled()) Check(items[index], locks);
+        if (progress.IsCancelled()) return;
+        progress.SetItem(host::PathUtils::GetFullFilePart(items[index].mSource));
+        Check(items[index], locks);
     });
+    if (owner) TakeOver(items, locks, *owner, progress);
     std::ranges::move(locks.Remove(), std::back_inserter(mRemains));
 }
 
+/// Locks of processes that are gone: of the sources, then of the destinations. What is left after that, each
+/// item tries for itself.
+void ItemOperation::TakeOver(std::span<Item> items, SharedLocks& locks, const LockRecord& owner,
+                             WorkProgress& progress) {
+    for (int round = 0; round < 3 && locks.RemoveDead(owner); ++round)
+        RunShared(items.size(), [&](std::size_t index) {
+            Item& item = items[index];
+            if (item.mLocking != Taking::Dead || progress.IsCancelled()) return;
+            progress.SetItem(host::PathUtils::GetFullFilePart(item.mSource));
+            if (round < 2)
+                TakeLocks(item, locks);
+            else
+                item.mLocking = item.mLocks->Take();
+        });
+}
+
 /// Looks at the source, and takes the locks of a project. What it finds is judged when the item's turn comes.
-void ItemOperation::Check(Item& item, const SharedLocks& locks) const {
+void ItemOperation::Check(Item& item, SharedLocks& locks) const {
     if (IsCopy()) return;
     try {
         const ItemKind kind = Disk().Status(item.mFrom, false).mKind;
@@ -234,11 +253,17 @@ void ItemOperation::Check(Item& item, const SharedLocks& locks) const {
         item.mIsThere = !IsAbsence(exception.SystemError());
         if (item.mIsThere) item.Fail(exception);
     }
-    if (!item.IsProject() || !item.mIsThere || item.mOutcome.mFailure) return;
+    if (item.IsProject() && item.mIsThere && !item.mOutcome.mFailure) TakeLocks(item, locks);
+}
+
+void ItemOperation::TakeLocks(Item& item, SharedLocks& locks) const {
+    MoveLocks& taken = *item.mLocks;
     item.mLocking = mVerb == Verb::Move
-                        ? item.mLocks->Take(locks.In(FolderOf(item.mFrom)), locks.In(FolderOf(item.mTo)))
-                        : item.mLocks->CheckSource();
-    item.mOutcome.mWasHeld = item.mLocks->WasHeld();
+                        ? taken.Take(locks.In(FolderOf(item.mFrom)), locks.In(FolderOf(item.mTo)))
+                        : taken.CheckSource();
+    if (item.mLocking == Taking::Dead)
+        locks.NoteDead(taken.GetDeadLockPath(), taken.GetObstacle().mHolder.mNonce);
+    item.mOutcome.mWasHeld = taken.WasHeld();
 }
 
 bool ItemOperation::Do(Item& item, WorkProgress& progress) {

@@ -93,8 +93,10 @@ private:
     bool CheckTrash();
     std::size_t FindBatchEnd(std::size_t begin) const;
     bool DoBatch(std::span<Item> items, WorkProgress& progress);
-    void CheckAll(std::span<Item> items, const WorkProgress& progress);
-    void Check(Item& item, const SharedLocks& locks) const;
+    void CheckAll(std::span<Item> items, WorkProgress& progress);
+    void TakeOver(std::span<Item> items, SharedLocks& locks, const LockRecord& owner, WorkProgress& progress);
+    void Check(Item& item, SharedLocks& locks) const;
+    void TakeLocks(Item& item, SharedLocks& locks) const;
     /// False when the operation ends here.
     bool Do(Item& item, WorkProgress& progress);
     void Copy(Item& item, WorkProgress& progress) const;

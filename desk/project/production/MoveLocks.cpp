@@ -21,6 +21,17 @@ void SharedLocks::Write(const LockRecord& owner) {
     }
 }
 
+void SharedLocks::NoteDead(const std::string& path, const std::string& nonce) {
+    const std::lock_guard lock(mMutex);
+    mDead[{FolderOf(path), nonce}].push_back(path);
+}
+
+bool SharedLocks::RemoveDead(const LockRecord& owner) {
+    const auto dead = std::exchange(mDead, {});
+    for (const auto& [key, paths] : dead) mProtocol.RemoveDead(paths, key.second, owner);
+    return !dead.empty();
+}
+
 std::vector<LockRemains> SharedLocks::Remove() {
     for (const auto& [path, folder] : mFolders) mProtocol.RemoveShared(folder.mLock.mTemporary);
     return mProtocol.TakeRemains();
@@ -63,12 +74,18 @@ MoveLocks::Taking MoveLocks::CheckSource() {
 }
 
 MoveLocks::Taking MoveLocks::TakeAt(Place& place, const SharedLock& shared, Taking failure) {
+    if (place.mIsTaken) return Taking::Taken;
     if (!shared.mTemporary.empty()) place.mRecord = shared.mRecord;
     const LockTaking taking = mProtocol.TakeShared(shared.mTemporary, place.mPath, place.mRecord);
     place.mIsTaken = taking.mOutcome == LockTaking::Outcome::Ours;
     if (place.mIsTaken) return Taking::Taken;
     if (AreOfOneProcess(taking.mRecord, place.mRecord)) return Taking::Own;
-    return Fail(taking, failure);
+    const bool isHeld = taking.mOutcome == LockTaking::Outcome::Held;
+    if (shared.mTemporary.empty() || !isHeld || !IsLockStale(taking.mRecord, *GetServices().mDesktop))
+        return Fail(taking, failure);
+    mDeadLockPath = place.mPath;
+    mObstacle.mHolder = taking.mRecord;
+    return Taking::Dead;
 }
 
 MoveLocks::Taking MoveLocks::Fail(const LockTaking& taking, Taking failure) {

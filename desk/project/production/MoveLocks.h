@@ -1,7 +1,9 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desk/core/edges/Services.h"
@@ -29,6 +31,11 @@ public:
     /// Writes the files of the folders with several locks. Waits for the volume.
     void Write(const LockRecord& owner);
     const SharedLock& In(const std::string& folder) const { return mFolders.at(folder).mLock; }
+    /// The lock at `path` is that of a process that is gone. Several threads at once.
+    void NoteDead(const std::string& path, const std::string& nonce);
+    /// Removes the locks noted since it was last called, all of one process at once. False when there were
+    /// none. Waits for the volume.
+    bool RemoveDead(const LockRecord& owner);
     /// Removes the files again; the locks stay. Returns what is left, for `LockKeeper::GiveUpInBackground`.
     /// Waits for the volume.
     std::vector<LockRemains> Remove();
@@ -41,6 +48,9 @@ private:
 
     LockProtocol mProtocol;
     std::map<std::string, Folder> mFolders;
+    std::mutex mMutex;
+    /// Paths by folder and nonce.
+    std::map<std::pair<std::string, std::string>, std::vector<std::string>> mDead;
 };
 
 /// The locks of one project at both places between which it moves. Made and destroyed on the UI thread; between
@@ -59,11 +69,17 @@ public:
         NoDestinationLock,
         /// One of the locks is this process's own: `TakeByKeeper` decides.
         Own,
+        /// One of the locks is that of a process that is gone: for `SharedLocks::NoteDead`, and to be tried
+        /// again.
+        Dead,
     };
     /// Takes the lock at the source, unless this process holds it already, then the one at the destination:
     /// from what the locks of these folders share, unless the lock is kept after the move. Waits for the
     /// volume: for a worker.
+    /// `Dead` only where something is shared.
     Taking Take(const SharedLock& source = {}, const SharedLock& destination = {});
+    /// Which lock was `Dead`.
+    const std::string& GetDeadLockPath() const { return mDeadLockPath; }
     /// By a look at the disk: `Held` when somebody else holds the project, `NoSourceLock` when the volume does
     /// not tell whether this process holds it still. Takes nothing, but a lock that this process has lost to
     /// nobody: with that the project moves, and stays lost to who has it open. Waits for the volume: for a
@@ -108,6 +124,7 @@ private:
     /// What this process held at the source is not its any more.
     bool mIsLost = false;
     ProjectLocking mObstacle;
+    std::string mDeadLockPath;
     std::vector<LockRemains> mLeft;
 };
 

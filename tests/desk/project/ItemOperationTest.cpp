@@ -167,6 +167,15 @@ TEST_F(ItemOperationTest, ALockOfThisProcessThatIsStillBeingGivenUpDoesNotKeepIt
     EXPECT_EQ(Shown(), kAllTrashed);
 }
 
+TEST_F(ItemOperationTest, LocksOfABatchWhoseProcessIsGoneAreRemovedUnderOneGuardInEachFolder) {
+    const desk::LockRecord dead = MakeDeadRecord(mDesktop);
+    for (const char* name : {"A", "B", "C", "D", "Trash/A", "Trash/B", "Trash/C"}) Lock(name, dead);
+    mDisk.ResetCounts();
+    EXPECT_EQ(Trash(), std::vector(4, Result::Done));
+    EXPECT_EQ(mDisk.Count(Operation::CreateNewFile), 5) << "what locks share, two guards, a trash record";
+    EXPECT_EQ(Shown(), kAllTrashed);
+}
+
 TEST_F(ItemOperationTest, FoldersThatHoldALockedProjectAreFoundWithOneListingEachAndNoWaitForAVolumeThatHangs) {
     for (int i = 0; i < 50; ++i) mFolder.Write("Production/Reels/Day 1/" + File(std::to_string(i)));
     mFolder.MakeFolder("Production/Empty");
