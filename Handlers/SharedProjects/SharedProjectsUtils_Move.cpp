@@ -103,10 +103,8 @@ UTF16String DescribeWhyHeld(const UTF16String& path) {
     const UTF16String held =
         PathUtils::IsDirectory(path) ? FindLockedProjectInDirectory(path, true, true) : UTF16String();
     if (held.empty()) return {};
-    return ZString(
-        "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/FolderHeld=“@0” holds a project that somebody else has "
-        "open. @1",
-        {Columns::GetPathDisplayName(path), DescribeHeldProject(held)});
+    return ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/FolderHeld=“@0” is held: @1",
+                   {Columns::GetPathDisplayName(path), DescribeHeldProject(held)});
 }
 
 UTF16String DescribeWhyForeign(const UTF16String& path) {

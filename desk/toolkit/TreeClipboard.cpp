@@ -65,11 +65,13 @@ void TreeView::Paste() {
     if (!CanPaste()) return;
     FlushLayout();
     QClipboard& clipboard = *QApplication::clipboard();
-    if (!mDrop.Paste(*clipboard.mimeData(), clipboard.ownsClipboard(), host::RowRef(RowForKeyboard())))
+    const std::uint64_t notices = CountNotices();
+    if (mDrop.Paste(*clipboard.mimeData(), clipboard.ownsClipboard(), host::RowRef(RowForKeyboard()))) {
+        if (clipboard.ownsClipboard()) clipboard.clear();
+    } else if (CountNotices() == notices) {
         TellUser(host::ZString(
             "$$$/Desk/Tree/CannotPaste=Nothing was pasted: what was cut or copied cannot go there."));
-    else if (clipboard.ownsClipboard())
-        clipboard.clear();
+    }
 }
 
 }  // namespace desk

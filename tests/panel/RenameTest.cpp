@@ -104,8 +104,7 @@ TEST_F(RenameTest, WhatCannotBeIsRefusedAndSaysWhy) {
         EXPECT_TRUE(Shows([&] { return !IsEnabled(kRename); })) << name;
     }
     EXPECT_TRUE(
-        WhyNot(kRename).starts_with("“Day” holds a project that somebody else has open. “Held too” in “Day” is "
-                                    "in use. Locked by edit-bay-2"))
+        WhyNot(kRename).starts_with("“Day” is held: “Held too” in “Day” is in use. Locked by edit-bay-2"))
         << WhyNot(kRename);
     Select({"A", "B"});
     EXPECT_EQ(WhyNot(kRename), "Only one item can be renamed at a time.");

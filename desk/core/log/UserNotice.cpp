@@ -1,5 +1,6 @@
 #include "desk/core/log/UserNotice.h"
 
+#include <atomic>
 #include <utility>
 
 #include "desk/core/log/Log.h"
@@ -11,9 +12,18 @@ UserNoticeMessage::UserNoticeMessage(host::UTF16String text) : mText(std::move(t
 
 UserNoticeMessage::~UserNoticeMessage() = default;
 
+namespace {
+std::atomic<std::uint64_t> sNotices = 0;
+}  // namespace
+
 void TellUser(const host::UTF16String& text) {
+    ++sNotices;
     Log(LogLevel::Info, host::UTF16to8(text));
     host::PostMessageToUIThread(kStation_UserNotices, std::make_shared<UserNoticeMessage>(text), false);
+}
+
+std::uint64_t CountNotices() {
+    return sNotices;
 }
 
 }  // namespace desk

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "host/core/Export.h"
 #include "host/core/Messaging.h"
 #include "host/core/Strings.h"
@@ -23,5 +25,9 @@ inline const host::StationID kStation_UserNotices{"desk.usernotices"};
 
 /// Tells the user `text` (localised), and writes it to the log. Any thread.
 ZUHOST_API void TellUser(const host::UTF16String& text);
+
+/// How often the user has been told something: who has only a general sentence can see whether somebody has
+/// told a better one. Any thread.
+ZUHOST_API std::uint64_t CountNotices();
 
 }  // namespace desk
