@@ -54,6 +54,8 @@ struct host::UI_MultiColumnTreeRow::Access {
     static std::unique_ptr<Data>& DataOf(Row& row) { return row.mData; }
     static std::unique_ptr<Cells>& CellsOf(Row& row) { return row.mCells; }
     static std::uint32_t& Position(Row& row) { return row.mPosition; }
+    using NameOrder = Row::NameOrder;
+    static std::uint32_t& NameRank(Row& row) { return row.mNameRank; }
     static bool& IsOpen(Row& row) { return row.mIsOpen; }
     static bool& HasCustomChild(Row& row) { return row.mHasCustomChild; }
     static bool& IsVisible(Row& row) { return row.mIsVisible; }

@@ -145,6 +145,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     /// The key of the first column, by which rows with equal keys are sorted.
     UTF16String NameKey(const Row& row) const;
     /// Puts rows that have just been appended into the model, sorted in.
+    void UpdateNameOrder(Access::Children& children, std::size_t countBefore, bool areInNameOrder) const;
     void InsertSorted(Row* parent, std::size_t countBefore, bool areInNameOrder);
     /// Gives `parent`'s first rows the order that `order` names (old positions); within a layout change.
     void Reorder(const Row* parent, const std::vector<std::uint32_t>& order);

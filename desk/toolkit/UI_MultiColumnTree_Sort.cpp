@@ -16,6 +16,7 @@ using Row = UI_MultiColumnTreeRow;
 using Access = Row::Access;
 using Less = TreeImpl::Less;
 using Order = std::vector<std::uint32_t>;
+using NameOrder = Access::NameOrder;
 
 namespace {
 
@@ -38,14 +39,15 @@ Order Identity(std::size_t count) {
 /// asked for once, those of the first `countBefore` rows and names only when they are needed.
 class SortKeys {
 public:
-    SortKeys(const TreeImpl& tree, const std::vector<RowRef>& rows, std::size_t countBefore, std::size_t count)
+    SortKeys(const TreeImpl& tree, const Access::Children& children, std::size_t countBefore, std::size_t count)
         : mTree(tree),
-          mRows(rows),
+          mRows(children.mRows),
+          mAreRanked(children.mNameOrder == NameOrder::Ranked),
           mCountBefore(countBefore),
           mLess(tree.SortOrder(tree.mHeader->IsSortDirectionAscending())),
           mNameLess(tree.SortOrder(true)),
           mIsByName(tree.IsSortedByName()) {
-        mKeys = tree.SortKeysOf(std::span(rows).subspan(countBefore, count - countBefore));
+        mKeys = tree.SortKeysOf(std::span(mRows).subspan(countBefore, count - countBefore));
     }
 
     /// Of the rows from `countBefore` on.
@@ -63,7 +65,10 @@ public:
         return IsNameLess(a, b);
     }
     bool IsKeyLess(std::size_t a, std::size_t b) { return mLess(KeyOf(a), KeyOf(b)); }
-    bool IsNameLess(std::size_t a, std::size_t b) { return mNameLess(NameOf(a), NameOf(b)); }
+    bool IsNameLess(std::size_t a, std::size_t b) {
+        if (mAreRanked) return Access::NameRank(*mRows[a]) < Access::NameRank(*mRows[b]);
+        return mNameLess(NameOf(a), NameOf(b));
+    }
     const UTF16String& KeyOf(std::size_t i) {
         if (i >= mCountBefore) return mKeys[i - mCountBefore];
         const auto known = mKeysBefore.find(i);
@@ -87,6 +92,7 @@ private:
 
     const TreeImpl& mTree;
     const std::vector<RowRef>& mRows;
+    const bool mAreRanked;
     const std::size_t mCountBefore;
     const Less mLess;
     const Less mNameLess;
@@ -174,9 +180,10 @@ struct Insertion {
     }
 };
 
-Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std::size_t countBefore,
+Insertion FindPlaces(const TreeImpl& tree, const Access::Children& children, std::size_t countBefore,
                      bool areInNameOrder) {
     Insertion insertion;
+    const std::vector<RowRef>& rows = children.mRows;
     const std::size_t count = rows.size() - countBefore;
     const bool isOrderKnown = areInNameOrder && tree.IsSorted() && tree.IsSortedByName();
     Order order = Identity(count);
@@ -187,7 +194,7 @@ Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std:
         return insertion;
     }
     // Of the rows that stand already only those are asked that the search meets.
-    SortKeys keys(tree, rows, isOrderKnown ? rows.size() : countBefore, rows.size());
+    SortKeys keys(tree, children, isOrderKnown ? rows.size() : countBefore, rows.size());
     if (!isOrderKnown) order = SortedOrder(keys, countBefore, count);
     std::size_t first = 0;
     // The next part of a list mostly stands behind, or before, all that has come.
@@ -207,6 +214,35 @@ Insertion FindPlaces(const TreeImpl& tree, const std::vector<RowRef>& rows, std:
         insertion.mPlaces.push_back(first);
     }
     return insertion;
+}
+
+/// Each row notes its place by name, before rows that stand by name are put into another order.
+void NoteNameRanks(Access::Children& children) {
+    if (children.mNameOrder != NameOrder::Rising && children.mNameOrder != NameOrder::Falling) return;
+    const std::uint32_t count = children.mCountOfLaidOut;
+    const bool isRising = children.mNameOrder == NameOrder::Rising;
+    for (std::uint32_t i = 0; i < count; ++i)
+        Access::NameRank(*children.mRows[i]) = isRising ? i : count - 1 - i;
+    children.mNameOrder = NameOrder::Ranked;
+}
+
+NameOrder ByName(bool isAscending) {
+    return isAscending ? NameOrder::Rising : NameOrder::Falling;
+}
+
+/// The order by name of rows of which it is known, without asking for their keys.
+Order KnownNameOrder(const Access::Children& children, bool isAscending) {
+    Order order = Identity(children.mCountOfLaidOut);
+    if (children.mNameOrder == NameOrder::Ranked) {
+        std::vector<std::uint32_t> ranks(order.size());
+        for (std::size_t i = 0; i < ranks.size(); ++i) ranks[i] = Access::NameRank(*children.mRows[i]);
+        std::ranges::sort(order, [&](std::uint32_t a, std::uint32_t b) {
+            return isAscending ? ranks[a] < ranks[b] : ranks[b] < ranks[a];
+        });
+    } else if (children.mNameOrder != ByName(isAscending)) {
+        std::ranges::reverse(order);
+    }
+    return order;
 }
 
 /// The order of old and new rows together, the new ones standing at the end so far.
@@ -261,11 +297,25 @@ UTF16String TreeImpl::NameKey(const Row& row) const {
     return desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)), unsigned(PositionOfColumn(0)));
 }
 
+/// New rows go among rows that stand by name, or are the first.
+void TreeImpl::UpdateNameOrder(Access::Children& children, std::size_t countBefore, bool areInNameOrder) const {
+    const bool isByName = IsSorted() && IsSortedByName();
+    const NameOrder wanted = isByName ? ByName(mHeader->IsSortDirectionAscending()) : NameOrder::Ranked;
+    const bool isKept = isByName && children.mNameOrder == wanted;
+    const bool isFound = countBefore == 0 && IsSorted() && (isByName || areInNameOrder);
+    children.mNameOrder =
+        desk::IsSet(mCallbacks.mRowsSortData) && (isKept || isFound) ? wanted : NameOrder::Unknown;
+    if (children.mNameOrder != NameOrder::Ranked) return;
+    for (std::uint32_t i = 0; i < children.mRows.size(); ++i) Access::NameRank(*children.mRows[i]) = i;
+}
+
 void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore, bool areInNameOrder) {
     // Those that have gone in may have found their places by keys that have changed since the last sorting.
     mSortedKeys.erase(parent);
-    std::vector<RowRef>& rows = ChildrenOf(parent);
-    const Insertion insertion = FindPlaces(*this, rows, countBefore, areInNameOrder);
+    Access::Children& children = Access::ChildrenOf(parent ? *parent : *mRoot);
+    std::vector<RowRef>& rows = children.mRows;
+    UpdateNameOrder(children, countBefore, areInNameOrder);
+    const Insertion insertion = FindPlaces(*this, children, countBefore, areInNameOrder);
     const bool isInModel = !parent || IsInModel(*parent);
     if (isInModel) BeginChange();
     rows.resize(countBefore);
@@ -300,16 +350,27 @@ void TreeImpl::Sort() {
     while (!folders.empty()) {
         const Row* folder = folders.back();
         folders.pop_back();
-        const std::vector<RowRef>& rows = ChildrenOf(folder);
-        const std::size_t count = CountOfLaidOutChildren(folder);
+        Access::Children& children = Access::ChildrenOf(folder ? const_cast<Row&>(*folder) : *mRoot);
+        const std::vector<RowRef>& rows = children.mRows;
+        const std::size_t count = children.mCountOfLaidOut;
         for (std::size_t i = 0; i < count; ++i)
             if (rows[i]->HasChild()) folders.push_back(rows[i].get());
-        SortKeys keys(*this, rows, 0, count);
+        if (IsSortedByName() && children.mNameOrder != NameOrder::Unknown) {
+            const bool isAscending = mHeader->IsSortDirectionAscending();
+            Order order = KnownNameOrder(children, isAscending);
+            children.mNameOrder = ByName(isAscending);
+            if (!IsIdentity(order)) changes.emplace_back(folder, std::move(order));
+            continue;
+        }
+        NoteNameRanks(children);
+        SortKeys keys(*this, children, 0, count);
         const auto known = mSortedKeys.find(folder);
         if (known != mSortedKeys.end() && known->second == HashOf(keys.GetKeys(), Identity(count), seed))
             continue;
         Order order = SortedOrder(keys, 0, count);
         mSortedKeys[folder] = HashOf(keys.GetKeys(), order, seed);
+        if (IsSortedByName() && desk::IsSet(mCallbacks.mRowsSortData))
+            children.mNameOrder = ByName(mHeader->IsSortDirectionAscending());
         if (!IsIdentity(order)) changes.emplace_back(folder, std::move(order));
     }
     if (changes.empty()) return;

@@ -58,12 +58,22 @@ public:
 private:
     friend struct Access;
     struct Cells;
+    /// What is known of the order of the rows below a row by their keys in the first column.
+    enum class NameOrder : std::uint8_t {
+        Unknown,
+        /// They stand in it, or in its reverse.
+        Rising,
+        Falling,
+        /// `mNameRank` of each tells it.
+        Ranked
+    };
     struct Children {
         std::vector<RowRef> mRows;
         /// The first ones; the others have been appended since.
         std::uint32_t mCountOfLaidOut = 0;
         /// The rows that show below this one when it shows and is open.
         std::uint32_t mCountOfShown = 0;
+        NameOrder mNameOrder = NameOrder::Unknown;
     };
     UI_MultiColumnTreeRow();
 
@@ -74,6 +84,7 @@ private:
     std::unique_ptr<Data> mData;
     std::unique_ptr<Cells> mCells;
     std::uint32_t mPosition = 0;
+    std::uint32_t mNameRank = 0;
     std::int16_t mBackgroundColorID = 0;
     std::uint8_t mMarks = 0;
     bool mIsOpen = false;
