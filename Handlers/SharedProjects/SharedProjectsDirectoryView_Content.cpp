@@ -98,6 +98,7 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
     // Rows that have just been made are up to date.
     const bool areAllNew = GetTree()->GetChildRowsOf(row.get()).size() == countBefore + shown.size();
     if (!areAllNew) UpdateChildRows(row, shown, delivery);
+    if (delivery.mAreFactsComplete) mItems.OnFactsComplete();
     // New rows count, and can be selected, from here on.
     GetTree()->LayoutAfterAppendRow(row.get(), filtered.mIsInNameOrder);
     if (!row) SetRowsOfEmptyTree();

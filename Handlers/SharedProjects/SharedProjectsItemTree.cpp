@@ -101,7 +101,6 @@ void SharedProjectsItemTree::UpdateOpenRows() {
     const int last = mTree->GetLastVisibleOpenedRowIndex();
     for (int i = std::max(mTree->GetFirstVisibleOpenedRowIndex(), 0); i <= last; ++i)
         if (const RowRef row = mTree->GetOpenedRow(i)) UpdateRow(row, true);
-    if (IsSortedByFacts()) SortLater();
 }
 
 bool SharedProjectsItemTree::IsSortedByFacts() const {
@@ -134,8 +133,13 @@ void SharedProjectsItemTree::SortLater() {
         SortWhenDue();
 }
 
+void SharedProjectsItemTree::OnFactsComplete() {
+    if (mIsSortAwaited) mQueuedSort->Queue();
+}
+
 /// Or as soon as nothing comes any more.
 void SharedProjectsItemTree::SortWhenDue() {
+    if (!mIsSortAwaited) return;
     if (Clock::now() >= mSortDue || !std::exchange(mHasSortKeyChanged, false)) return SortOrOwe();
     AsyncCallFromMainThread(
         [this, lifetime = mLifetime] {

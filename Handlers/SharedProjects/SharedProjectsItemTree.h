@@ -80,6 +80,8 @@ public:
     void UpdateRow(const RowRef& row, bool exposed);
     /// Brings all opened rows up to date.
     void UpdateOpenRows();
+    /// The facts that were asked for have come: a sorting that waits for more need not wait.
+    void OnFactsComplete();
     /// Opens a closed folder's row, closes an open one.
     void ToggleRow(const RowRef& row);
     /// True for messages about open projects; their rows are then up to date.

@@ -35,6 +35,7 @@ Delivery Join(const Delivery& earlier, const Delivery& later) {
     joined.mDelivery.mRemovedPaths.insert(joined.mDelivery.mRemovedPaths.begin(), removed.begin(),
                                           removed.end());
     joined.mDelivery.mIsLast |= earlier.mDelivery.mIsLast;
+    joined.mDelivery.mAreFactsComplete |= earlier.mDelivery.mAreFactsComplete;
     return joined;
 }
 

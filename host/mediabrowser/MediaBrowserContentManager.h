@@ -30,6 +30,9 @@ struct ContentDelivery {
     /// Not 0: the listing that was asked for failed with this errno. The delivery then tells nothing (`Change`,
     /// without items) and is the last one that answers the request.
     int mSystemError = 0;
+    /// All facts of items that were asked for have been delivered, this one being the last: an order that hangs
+    /// on them can be made now.
+    bool mAreFactsComplete = false;
 };
 
 /// Delivers the contents of folders to the browser's views: lists them on worker threads and hands the

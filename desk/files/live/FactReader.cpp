@@ -95,12 +95,14 @@ void FactReader::Finish(std::vector<Answer> answers) {
 
 void FactReader::Flush() {
     std::vector<Answer> answers;
+    bool areAll = false;
     {
         const std::lock_guard lock(mMutex);
         answers.swap(mAnswers);
         mIsFlushQueued = false;
+        areAll = mUnderWay == 0 && mWaiting.empty();
     }
-    if (!answers.empty()) mReceiver(std::move(answers));
+    if (!answers.empty()) mReceiver(std::move(answers), areAll);
 }
 
 }  // namespace desk

@@ -26,7 +26,8 @@ public:
         std::shared_ptr<const FolderPath> mFolder;
         ItemUpdate mUpdate;
     };
-    using Receiver = std::function<void(std::vector<Answer>)>;
+    /// `areAll`: nothing that was asked for is left.
+    using Receiver = std::function<void(std::vector<Answer> answers, bool areAll)>;
 
     FactReader(std::shared_ptr<VolumeSpeed> speed, std::shared_ptr<ReadingLane> lane,
                std::shared_ptr<AnswerWatch> answerWatch, Receiver receiver);

@@ -29,7 +29,9 @@ void FolderStoreImpl::MakeLane() {
     mLane = std::make_shared<ReadingLane>();
     mFactReader = std::make_shared<FactReader>(
         mSpeed, mLane, mMonitor.GetAnswerWatch(),
-        mLifetime.Guard([this](std::vector<FactReader::Answer> answers) { TakeFacts(std::move(answers)); }));
+        mLifetime.Guard([this](std::vector<FactReader::Answer> answers, bool areAll) {
+            TakeFacts(std::move(answers), areAll);
+        }));
 }
 
 void FolderStoreImpl::RequestListing(const host::UTF16String& path, Receiver receiver, const void* owner) {

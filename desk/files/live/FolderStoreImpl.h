@@ -99,6 +99,7 @@ private:
 
         host::DirectoryContent mContent;
         host::UTF16StringVec mRemovedPaths;
+        bool mAreFactsComplete = false;
         bool IsEmpty() const { return mContent.empty() && mRemovedPaths.empty(); }
     };
 
@@ -143,7 +144,7 @@ private:
     bool TakeFound(const FolderPtr& folder);
     void TakePoll(const FolderPtr& folder, FolderListing::Result&& result);
     void TakeListing(const FolderPtr& folder, FolderListing::Result&& result);
-    void TakeFacts(std::vector<FactReader::Answer>&& answers);
+    void TakeFacts(std::vector<FactReader::Answer>&& answers, bool areAll);
     bool TakeAnswer(Folder& folder, ItemUpdate& update);
     Changes Apply(Folder& folder, std::vector<ItemUpdate>&& updates);
 

@@ -259,7 +259,7 @@ FolderStoreImpl::Changes FolderStoreImpl::Apply(Folder& folder, std::vector<Item
     return changes;
 }
 
-void FolderStoreImpl::TakeFacts(std::vector<FactReader::Answer>&& answers) {
+void FolderStoreImpl::TakeFacts(std::vector<FactReader::Answer>&& answers, bool areAll) {
     if (!std::ranges::is_sorted(answers, {}, &FactReader::Answer::mFolder))
         std::ranges::sort(answers, {}, &FactReader::Answer::mFolder);
     for (auto begin = answers.begin(); begin != answers.end();) {
@@ -274,6 +274,7 @@ void FolderStoreImpl::TakeFacts(std::vector<FactReader::Answer>&& answers) {
         for (; begin != end; ++begin)
             if (TakeAnswer(*folder, begin->mUpdate))
                 changes.mContent.Add(begin->mUpdate.mName, begin->mUpdate.mFacts.mKind == ItemKind::Folder);
+        changes.mAreFactsComplete = areAll && begin == answers.end();
         DeliverChanges(folder, std::move(changes));
         DeliverNext(folder);
     }
