@@ -59,7 +59,7 @@ TEST_F(Session, UnsavedTextOutlivesKillsUntilItIsSaved) {
     Program first;
     StartDriven(first, {mReel});
     ASSERT_TRUE(first->WaitToShow("Reel 1"));
-    first->Do("type zero ");
+    first->Do("write zero ");
     EXPECT_TRUE(WaitFor([&] { return CountKept() == 1; }));
 
     Program meanwhile;
@@ -139,14 +139,22 @@ TEST_F(Session, TheViewIsAsItWasLeft) {
     }
 }
 
-TEST_F(Session, ASignalEndsItWhateverIsBeingAsked) {
-    Program program;
-    StartDriven(program, {mReel});
-    ASSERT_TRUE(program->WaitToShow("Reel 1"));
-    program->Do(Send(desk::kCommandSaveProjectAsCopy));
-    ASSERT_TRUE(program->WaitToShow("Save as Copy"));
-    program.mProcess.terminate();
-    EXPECT_EQ(Finish(program.mProcess).mExitCode, 0);
+TEST_F(Session, ASignalEndsItWhateverIsBeingAskedAndGivesItsLocksUp) {
+    constexpr char kLock[] = "Harbour/.Reel 1.zuproj.lock";
+    const std::pair<const char*, const char*> asked[] = {{"Harbour/Reel 2.zuproj", "Save as Copy"},
+                                                         {"Harbour/none.zuproj", "“none” was not opened"}};
+    for (const auto& [project, shown] : asked) {
+        Program program;
+        StartDriven(program, {mReel, project});
+        ASSERT_TRUE(program->WaitToShow("Reel 1"));
+        if (mHome.Exists(project)) program->Do(Send(desk::kCommandSaveProjectAsCopy));
+        ASSERT_TRUE(program->WaitToShow(shown));
+        EXPECT_NE(mHome.Read(kLock).find("\"user\":\"ines\""), std::string::npos) << mHome.Read(kLock);
+        program.mProcess.terminate();
+        EXPECT_EQ(Finish(program.mProcess).mExitCode, 0);
+        EXPECT_FALSE(mHome.Exists(kLock)) << "given up";
+        EXPECT_EQ(mHome.Read(mReel), "one\r\ntwo\r\n");
+    }
 }
 
 }  // namespace

@@ -83,13 +83,6 @@ QString Press(const QString& text) {
     return QStringLiteral("no such button");
 }
 
-QString Type(const QString& text) {
-    QPlainTextEdit* editor = FindEditor();
-    if (!editor) return QStringLiteral("no editor");
-    QTest::keyClicks(editor, text);
-    return QStringLiteral("ok");
-}
-
 QString PressKeys(const QString& keys) {
     const QKeyCombination key = QKeySequence::fromString(keys, QKeySequence::PortableText)[0];
     Later([key] {
@@ -120,7 +113,6 @@ QString Click(const QString& name) {
 QString Answer(const QString& request) {
     const QString verb = request.section(QLatin1Char(' '), 0, 0);
     const QString rest = request.section(QLatin1Char(' '), 1);
-    if (verb == QLatin1String("type")) return Type(rest);
     if (verb == QLatin1String("press")) return Press(rest);
     if (verb == QLatin1String("keys")) return PressKeys(rest);
     if (verb == QLatin1String("write")) return Write(rest);
