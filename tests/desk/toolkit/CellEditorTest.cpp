@@ -1,21 +1,15 @@
-#include "desk/core/log/UserNotice.h"
 #include "host/toolkit/UI_NodeManager.h"
 #include "host/toolkit/UI_TextEdit.h"
 #include "tests/desk/toolkit/TreeFixture.h"
+#include "tests/support/LogExpectation.h"
 
 namespace {
 
-class CellEditorTest : public TreeFixture, public host::Listener {
+class CellEditorTest : public TreeFixture {
 protected:
     CellEditorTest() {
         mWindow.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&mWindow));
-        host::AddListener(desk::kStation_UserNotices, this);
-    }
-    ~CellEditorTest() override { host::RemoveListener(desk::kStation_UserNotices, this); }
-    void ListenToMessage(const host::Message& message) override {
-        if (const auto* notice = host::MessageCast<desk::UserNoticeMessage>(message))
-            mHeard.push_back("notice: " + host::UTF16to8(notice->GetText()));
     }
 
     QLineEdit& Edit(const host::RowRef& row, const char16_t* name = u"Reel 1") {
@@ -35,12 +29,6 @@ protected:
         QTest::keyClick(&field, key, modifiers);
     }
     bool IsOpen() const { return mTree->GetCellEditor().GetRow().get() != nullptr; }
-    Rows TakeHeard() {
-        Settle();
-        return std::exchange(mHeard, {});
-    }
-
-    Rows mHeard;
 };
 
 TEST_F(CellEditorTest, CommitsAndCancelsAsTheUserEnds) {
@@ -131,10 +119,9 @@ TEST_F(CellEditorTest, EndsByItselfWhenItsRowGoesAndLetsNoKeyThrough) {
         mTree->OpenRow(folder.get());
         Settle();
         Edit(row);
+        const ExpectLogged told("“p” went away while its name was edited. The name was not changed.");
         takeAway();
-        EXPECT_EQ(TakeHeard(),
-                  (Rows{"notice: “p” went away while its name was edited. The name was not changed.",
-                        "cancelled: Reel 1"}));
+        EXPECT_EQ(TakeHeard(), (Rows{"notice", "cancelled: Reel 1"}));
         EXPECT_FALSE(IsOpen());
         mTree->RemoveRows(folder->GetChildRows());
     };

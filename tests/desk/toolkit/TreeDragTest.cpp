@@ -1,4 +1,3 @@
-#include "desk/core/log/UserNotice.h"
 #include "desk/toolkit/ReceivedData.h"
 #include "tests/desk/toolkit/TreeFixture.h"
 
@@ -8,7 +7,7 @@ using std::chrono::milliseconds;
 
 constexpr char kRowType[] = "Test/RowType";
 
-class TreeDragTest : public TreeFixture, public host::Listener {
+class TreeDragTest : public TreeFixture {
 protected:
     TreeDragTest() {
         host::RegisterCustomDataType(kRowType, host::kUTTypeData);
@@ -20,11 +19,6 @@ protected:
         }));
         mTree->SetDropSupportCallback(
             Shared([this](int action, host::UI_DropData* data) { return Answer(action, *data); }));
-        host::AddListener(desk::kStation_UserNotices, this);
-    }
-    ~TreeDragTest() override { host::RemoveListener(desk::kStation_UserNotices, this); }
-    void ListenToMessage(const host::Message& message) override {
-        if (host::MessageCast<desk::UserNoticeMessage>(message)) mHeard.push_back("notice");
     }
 
     /// Welcome on folders.
@@ -47,13 +41,8 @@ protected:
     bool Move(QPoint point) { return Send<QDragMoveEvent>(point); }
     bool Drop(QPoint point) { return Send<QDropEvent>(point); }
     QPoint Middle(const host::RowRef& row) { return RectOf(row).center(); }
-    Rows TakeHeard() {
-        Settle();
-        return std::exchange(mHeard, {});
-    }
 
     QMimeData mMime;
-    Rows mHeard;
 };
 
 TEST_F(TreeDragTest, ADragBeginsFarEnoughAndLateEnough) {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "desk/core/log/UserNotice.h"
 #include "desk/toolkit/TreeAccess.h"
 #include "desk/toolkit/WidgetContainer.h"
 #include "host/mediabrowser/MediaBrowserMultiColumnTree.h"
@@ -37,7 +38,7 @@ inline NamedRow& DataOf(const host::UI_MultiColumnTreeRow& row) {
 }
 
 /// A tree of named rows in a window, with Qt's model tester on it.
-class TreeFixture : public testing::Test {
+class TreeFixture : public testing::Test, public host::Listener {
 protected:
     TreeFixture() {
         mWindow.resize(600, 20 * 25 + 28);
@@ -64,6 +65,11 @@ protected:
             View().model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
         mWindow.show();
         Settle();
+        host::AddListener(desk::kStation_UserNotices, this);
+    }
+    ~TreeFixture() override { host::RemoveListener(desk::kStation_UserNotices, this); }
+    void ListenToMessage(const host::Message& message) override {
+        if (host::MessageCast<desk::UserNoticeMessage>(message)) mHeard.push_back("notice");
     }
 
     QTreeView& View() { return *desk::GetTreeWidget(*mTree); }
@@ -156,6 +162,14 @@ protected:
         return int(std::find(rows.begin(), rows.end(), row) - rows.begin());
     }
 
+    /// What has been heard since the last call.
+    Rows TakeHeard() {
+        Settle();
+        return std::exchange(mHeard, {});
+    }
+
+    /// What the test notes, and "notice" for what the user is told.
+    Rows mHeard;
     ManualMainThread mMainThread;
     QWidget mWindow;
     host::RefPtr<host::UI_Container> mContainer;

@@ -25,8 +25,6 @@ protected:
         QTest::mouseRelease(header, Qt::LeftButton, {}, to);
         Settle();
     }
-
-    Rows mHeard;
 };
 
 TEST_F(TreeHeaderTest, TheUserMovesAndResizesWithinLimits) {

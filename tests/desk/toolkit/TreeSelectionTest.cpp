@@ -8,7 +8,7 @@ class TreeSelectionTest : public TreeFixture {
 protected:
     TreeSelectionTest() {
         mTree->SetRowsSelectionChangedCallback(
-            Shared([this](const host::RowVec& rows) { mHeard.push_back(NamesOf(rows)); }));
+            Shared([this](const host::RowVec& rows) { mSelections.push_back(NamesOf(rows)); }));
     }
     Rows Selected() { return NamesOf(mTree->GetSelectedRows()); }
     void ClickBelowRows() {
@@ -16,7 +16,7 @@ protected:
         Settle();
     }
 
-    std::vector<Rows> mHeard;
+    std::vector<Rows> mSelections;
 };
 
 TEST_F(TreeSelectionTest, TellsOnceATurnAndKeepsTheOrderOfSelecting) {
@@ -25,14 +25,14 @@ TEST_F(TreeSelectionTest, TellsOnceATurnAndKeepsTheOrderOfSelecting) {
     mTree->OpenRow(rows[0].get());
     mTree->SelectRow(rows[2].get(), true, false, true);
     mTree->SelectRow(inside.get(), false, false, true);
-    EXPECT_TRUE(mHeard.empty()) << "not from within the operation";
+    EXPECT_TRUE(mSelections.empty()) << "not from within the operation";
     Settle();
     mTree->SelectRow(rows[3].get(), false, false, false);
     Settle();
-    EXPECT_EQ(mHeard, (std::vector<Rows>{{"c", "inside"}})) << "without notify nothing is told";
+    EXPECT_EQ(mSelections, (std::vector<Rows>{{"c", "inside"}})) << "without notify nothing is told";
     mTree->CloseRow(rows[0].get());
     Settle();
-    EXPECT_EQ(mHeard.back(), (Rows{"c", "d"})) << "a folder that closes deselects what it hides";
+    EXPECT_EQ(mSelections.back(), (Rows{"c", "d"})) << "a folder that closes deselects what it hides";
     mTree->SelectRows({rows[3], rows[1], rows[3]});
     EXPECT_EQ(Selected(), (Rows{"d", "b"}));
     Settle();
@@ -41,14 +41,14 @@ TEST_F(TreeSelectionTest, TellsOnceATurnAndKeepsTheOrderOfSelecting) {
     EXPECT_EQ(Selected(), Rows{"c"}) << "keys go on from what was selected last";
     mTree->SelectRows({rows[3], rows[1]});
     Settle();
-    mHeard.resize(3);
+    mSelections.resize(3);
     mTree->SelectRows({rows[3], rows[1]});
     mTree->SelectRow(rows[1].get(), false, false, true);
     Settle();
-    EXPECT_EQ(mHeard.size(), 3u) << "what changes nothing is not told";
+    EXPECT_EQ(mSelections.size(), 3u) << "what changes nothing is not told";
     mTree->RemoveAllRows();
     Settle();
-    EXPECT_EQ(mHeard.back(), Rows{});
+    EXPECT_EQ(mSelections.back(), Rows{});
 }
 
 TEST_F(TreeSelectionTest, MouseAndKeysSelectAsUsersExpect) {
@@ -61,7 +61,7 @@ TEST_F(TreeSelectionTest, MouseAndKeysSelectAsUsersExpect) {
     Click(rows[2], Qt::ShiftModifier);
     EXPECT_EQ(mTree->CountSelectedRows(), 3u);
     ClickBelowRows();
-    EXPECT_EQ(mHeard.back(), Rows{});
+    EXPECT_EQ(mSelections.back(), Rows{});
     Add(nullptr, Names("p", 0, 10000));
     Press(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(mTree->CountSelectedRows(), 10004u);
