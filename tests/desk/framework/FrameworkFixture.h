@@ -68,7 +68,6 @@ protected:
         Base::FinishCreateSelf(bounds);
         if (mWhenCreated) mWhenCreated();
     }
-    void SetBoundsSelf(const host::Rect& bounds) override { this->Note("laid out " + ToText(bounds)); }
     void NowOnDuty() override {
         this->Note("on duty");
         if (mWhenOnDuty) mWhenOnDuty();

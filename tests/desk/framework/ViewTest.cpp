@@ -5,21 +5,6 @@ namespace {
 
 using ViewTest = FrameworkFixture;
 
-TEST_F(ViewTest, IsCreatedLaidOutAndDestroyedOnceWithTheViewsInIt) {
-    NotingSubView sub("sub", mEvents, mPanel.get());
-    mPanel->mWhenCreated = [&] { sub.Create(*mPanel, {10, 20, 100, 50}); };
-    OpenPanel();
-    mFrame->Resize({500, 200});
-    sub.SetBounds({10, 20, 200, 60});
-    EXPECT_EQ(sub.GetImpl().mWidget->geometry(), QRect(10, 20, 200, 60));
-    mPanel->Destroy();
-    mPanel->Destroy();
-    EXPECT_EQ(mEvents,
-              (Events{"panel created 0,0 400x300", "sub created 10,20 100x50", "panel laid out 0,0 500x200",
-                      "sub laid out 10,20 200x60", "panel destroyed", "sub destroyed"}));
-    EXPECT_FALSE(mPanel->IsCreated() || sub.IsCreated() || mFrame->GetView());
-}
-
 TEST_F(ViewTest, SurvivesEveryOrderOfDestruction) {
     // The window goes before the view: the view still gets its DestroySelf.
     auto sub = std::make_unique<NotingSubView>("sub", mEvents, mPanel.get());
