@@ -64,16 +64,4 @@ TEST_F(CopyFilesTest, TheSecondOfOneNameFailsAndTheFirstStays) {
     EXPECT_EQ(Bytes("To/A"), "first");
 }
 
-TEST_F(CopyFilesTest, AProjectThatSomebodyHoldsStaysAndIsNamed) {
-    Make({"A", "B", "C", "To/"});
-    OtherUserLocks("B");
-    OpenProduction();
-    ExpectLogged trace("Move Project Result: -1");
-    mDialogs.ExpectMessage("Not Everything Was Moved");
-    EXPECT_TRUE(Move({"A.zuproj", "B.zuproj", "C.zuproj"}, "To"));
-    EXPECT_EQ(mDialogs.LastText(),
-              "“B.zuproj” was not moved. edit-bay-2 has it open on machine-of-edit-bay-2.");
-    EXPECT_EQ(OnDiskNow(), (DiskTree{".B.zuproj.lock", "B.zuproj", "To/", "To/A.zuproj", "To/C.zuproj"}));
-}
-
 }  // namespace HandlerSharedProjects

@@ -45,7 +45,7 @@ protected:
 };
 
 TEST_F(LockHolderTest, AllWhoAskGetOneAnswer) {
-    const ExpectLogged anything("");
+    const ExpectLogged anything(""), notMoved("Move Project Result: -1");
     const std::string ours = WriteLockRecord(OurRecord());
     const std::string others = WriteLockRecord(MakeForeignRecord(mDesktop));
     const struct {

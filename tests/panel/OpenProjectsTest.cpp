@@ -32,22 +32,6 @@ TEST_F(OpenProjectsTest, ClosesThoseInTheListAndInItsFolders) {
     EXPECT_EQ(OpenNames(), (Names{"B"}));
 }
 
-TEST_F(OpenProjectsTest, ACancelKeepsTheRestOpen) {
-    OpenAll();
-    for (const char* name : {"B", "Reels/C", "Reels/Day 1/D"}) Edit(name, u"changed");
-    mDialogs.ExpectQuestion("Save Changes", u"Save");
-    mDialogs.ExpectQuestion("Save Changes", u"Cancel");
-    EXPECT_FALSE(Utils::CloseOpenProjectsNotInList(PathsOf({"A.zuproj"}), false, true));
-    EXPECT_TRUE(mDialogs.LastOfferedApplyToAll());
-    EXPECT_EQ(OpenNames(), (Names{"A", "C", "D"}));
-    EXPECT_EQ(Bytes("B"), "changed");
-    // One alone has nobody to apply the answer to.
-    mDialogs.ExpectQuestion("Save Changes", u"Discard");
-    EXPECT_TRUE(Utils::CloseOpenProjectsInList(PathsOf({"Reels/C.zuproj"}), false, true));
-    EXPECT_FALSE(mDialogs.LastOfferedApplyToAll());
-    EXPECT_EQ(Bytes("Reels/C"), "text");
-}
-
 TEST_F(OpenProjectsTest, WithoutPromptChangesAreSavedFirstOrNothingIsClosed) {
     OpenAll();
     Edit("A", u"changed");

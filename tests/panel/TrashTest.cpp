@@ -40,13 +40,17 @@ TEST_F(TrashTest, OpenProjectsAreClosedFirstAndACancelStopsAll) {
     for (const char* name : {"A", "Reels/Day 1/B", "Kept"}) OpenDocument(name);
     Edit("Reels/Day 1/B", u"unsaved");
     mDialogs.ExpectQuestion("Save Changes", u"Cancel");
-    Trash({"A.zuproj", "Reels"});
+    Trash({"A.zuproj", "Reels", "Kept.zuproj"});
+    EXPECT_FALSE(mDialogs.LastOfferedApplyToAll()) << "it is one alone";
     EXPECT_FALSE(IsOpen("A")) << "it was closed before";
-    EXPECT_TRUE(IsOpen("Reels/Day 1/B"));
+    EXPECT_TRUE(IsOpen("Reels/Day 1/B") && IsOpen("Kept"));
     EXPECT_TRUE(mFolder.Exists(OnDisk("A.zuproj")));
     EXPECT_FALSE(mFolder.Exists(OnDisk("Trash")));
-    mDialogs.ExpectQuestion("Save Changes", u"Save");
+    OpenDocument("A");
+    Edit("A", u"unsaved too");
+    for (int i = 0; i < 2; ++i) mDialogs.ExpectQuestion("Save Changes", u"Save");
     Trash({"A.zuproj", "Reels"});
+    EXPECT_TRUE(mDialogs.LastOfferedApplyToAll());
     EXPECT_EQ(Bytes("Trash/Reels/Day 1/B"), "unsaved");
     EXPECT_TRUE(IsOpen("Kept"));
     EXPECT_FALSE(mFolder.Exists(OnDisk("Trash/Reels/Day 1/.B.zuproj.lock")));
@@ -180,7 +184,9 @@ TEST_F(TrashTest, TheRowThatFollowsIsSelected) {
     // Among hits it is the next one, or the one before, never a folder that only leads to one.
     for (const char* name : {"Day/Deep/Take 1", "Day/Take 2", "Take 3"}) MakeProject(name);
     TypeSearch(QStringLiteral("take"));
-    ASSERT_TRUE(Shows([&] { return ShownHits() == Rows{"Day", "  Deep", "    Take 1", "  Take 2", "Take 3"}; }));
+    ASSERT_TRUE(Shows([&] {
+        return ShownHits() == Rows{"Day", "  Deep", "    Take 1", "  Take 2", "Take 3"};
+    }));
     for (const auto& [name, next] : {std::pair("Day/Take 2", "Take 3"), {"Take 3", "Take 1"}}) {
         SearchView().SelectRowsByPaths({ProjectPath(name)});
         Settle();
