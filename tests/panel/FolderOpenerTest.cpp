@@ -161,6 +161,7 @@ TEST_F(FolderOpenerTest, EscapeAndClosingStopItAndAFailedListingDoesNot) {
     Settle();
     EXPECT_EQ(OpenerState(), State::Idle);
     EXPECT_TRUE(RowOf("A/Day 2")->IsOpen() && RowOf("A/Day 1/Evening")->IsOpen());
+    EXPECT_TRUE(RowOf("A/Day 1/Morning")->IsOpen()) << "it holds none that is known";
     EXPECT_FALSE(FindRow("A/Day 1/Morning/Take 1"));
 }
 

@@ -48,32 +48,9 @@ protected:
         return false;
     }
 
-    Names FindLeaves() {
-        Names leaves;
-        const auto request =
-            FileSearch::FindLeafFolders(mFolder.PathUTF16(), [&](host::UTF16StringVec folders) {
-                EXPECT_TRUE(std::ranges::is_sorted(folders));
-                for (const host::UTF16String& folder : folders) leaves.insert(Relative(folder));
-            });
-        mMain.RunUntilIdle();
-        return leaves;
-    }
-
     Names mHits;
     int mCompletions = 0;
 };
-
-TEST_F(FileSearchTest, FindsTheFoldersThatHoldNone) {
-    EXPECT_EQ(FindLeaves(), Names{});
-    for (const char* name : {"A/Day 1/x.zuproj", "A/Day 1/Late/x", "A/Day 2/notes.txt", "A b/x",
-                             "Denied/Inner/x", ".hidden/B/x", "C.zuproj"})
-        mFolder.Write(name);
-    std::filesystem::create_symlink("..", mFolder.Path("A b/Up"));
-    EXPECT_EQ(FindLeaves(), (Names{"A/Day 1/Late", "A/Day 2", "A b", "Denied/Inner"}));
-    const ExpectLogged log("(faulty)");
-    mDisk.Deny(mFolder.Path("Denied"));
-    EXPECT_EQ(FindLeaves(), (Names{"A/Day 1/Late", "A/Day 2", "A b", "Denied"}));
-}
 
 TEST_F(FileSearchTest, AWalkEndsWhateverHappensInAFolder) {
     desk::FolderWalk::Parameters parameters;
