@@ -43,9 +43,6 @@ protected:
         document->SetDirty(true);
     }
     bool IsOpen(const std::string& name) { return IsProjectOpen(ProjectPath(name)); }
-    ProjectLockFileRef TakeLock(const std::string& name) {
-        return CreateProjectLockFile(ProjectPath(name), mDesktop.mUserName, mDesktop.mMachineName);
-    }
 
     struct Status {
         bool mIsKnown = false, mIsEnabled = false;

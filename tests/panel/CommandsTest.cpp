@@ -79,27 +79,6 @@ TEST_F(CommandsTest, StatusesFollowSelectionAndProjects) {
     EXPECT_EQ(EnabledOf(kAll), IDs{});
 }
 
-TEST_F(CommandsTest, ANewFolderGoesIntoTheSelectedFolderOrBesideTheSelectedProject) {
-    OpenProductionWith({"Reels/Day 1/A"});
-    const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
-    mDisk.ResetCounts();
-    NewFolder(u"Top");
-    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
-    EXPECT_TRUE(Shows({"Reels", "Top"}));
-    EXPECT_EQ(SelectedNames(), Names{"Top"});
-    // A closed folder that was never read is opened to show what was made in it.
-    Select({"Reels"});
-    NewFolder(u"In it");
-    EXPECT_TRUE(Shows({"Reels", "  Day 1", "  In it", "Top"}));
-    EXPECT_EQ(SelectedNames(), Names{"In it"});
-    OpenFolder("Reels/Day 1");
-    Select({"Reels/Day 1/A"});
-    NewFolder(u"Beside");
-    EXPECT_TRUE(mFolder.Exists(OnDisk("Reels/Day 1/Beside")));
-    mMain.RunUntilIdle();
-    EXPECT_NE(mFolder.Read("usage.jsonl").find("NewFolder"), std::string::npos);
-}
-
 TEST_F(CommandsTest, AFolderThatIsCalledLikeAProjectIsAFolder) {
     for (const bool areKindsHidden : {false, true}) {
         mDisk.HideKinds(areKindsHidden);
@@ -163,13 +142,16 @@ TEST_F(CommandsTest, NamesThatCannotBe) {
     EXPECT_TRUE(mFolder.Exists(OnDisk("a b/.cache"))) << "it is told that it does not show";
 }
 
-TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {
+TEST_F(CommandsTest, WhatIsMadeGoesIntoTheSelectedFolderOrBesideTheSelectedProjectAndIsScrolledTo) {
     MakeProject("Reels/Day 1/A");
     for (int i = 100; i < 200; ++i) MakeProject("Reels/R " + std::to_string(i));
     OpenProduction();
     const desk::UsageLogFile usage(mFolder.Path("usage.jsonl"));
+    // A closed folder that was never read is opened to show what was made in it.
     Select({"Reels"});
+    mDisk.ResetCounts();
     NewFolder(u"Zero");
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0);
     EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Zero"}; }));
     EXPECT_TRUE(Tree()->IsRowVisible(RowOf("Reels/Zero").get()));
     QTest::keyClick(&TreeWidget(), Qt::Key_Up);
@@ -179,7 +161,8 @@ TEST_F(CommandsTest, WhatIsMadeIsSelectedAndScrolledTo) {
     Send(kNewProject);
     EXPECT_TRUE(Shows([&] { return SelectedNames() == Names{"Untitled"}; }));
     EXPECT_TRUE(mFolder.Exists(OnDisk("Reels/Untitled.zuproj")));
-    EXPECT_NE(mFolder.Read("usage.jsonl").find("NewProject"), std::string::npos);
+    for (const char* made : {"NewFolder", "NewProject"})
+        EXPECT_NE(mFolder.Read("usage.jsonl").find(made), std::string::npos) << made;
     EXPECT_TRUE(!IsOpen("Reels/Untitled") && Tree()->IsRowVisible(RowOf("Reels/Untitled").get()));
     // Who selects something else meanwhile is left alone.
     DirectoryView().SelectWhenShown({PathOf("Reels/Later")});

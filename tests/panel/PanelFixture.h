@@ -15,7 +15,6 @@
 #include "desk/toolkit/TreeAccess.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/Identifiers.h"
-#include "host/project/ProjectFiles.h"
 #include "host/project/ProjectLockFile.h"
 #include "tests/support/HostFixture.h"
 #include "tests/support/LockRecords.h"

@@ -1,6 +1,5 @@
 #include <QTest>
 
-#include "host/framework/CommandIdentifiers.h"
 #include "tests/panel/CommandsFixture.h"
 
 namespace HandlerSharedProjects {

@@ -142,12 +142,16 @@ TEST_F(SearchTest, FindsKnownNamesOfAVolumeThatCannotBeReadAndSaysWhyOthersAreMi
     EXPECT_TRUE(ShowsHits({"Gr\u00FC\u00DFe"}));
 }
 
-TEST_F(SearchTest, DownGoesToTheFirstHitAndAFolderThatLeadsNowhereIsShownInTheTree) {
+TEST_F(SearchTest, DownGoesToTheFirstHitEscapeBackAndAFolderThatLeadsNowhereIsShownInTheTree) {
     mFrame.Window().activateWindow();
     TypeSearch(QStringLiteral("ab d"));
     QTest::keyClick(SearchField(), Qt::Key_Down);
     Settle();
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{"ab deep"});
+    QTest::keyClick(&SearchTreeWidget(), Qt::Key_Escape);
+    Settle();
+    EXPECT_EQ(SearchField()->text(), QString());
+    EXPECT_TRUE(TreeWidget().isVisible() && TreeWidget().hasFocus());
     TypeSearch(QStringLiteral("abc"));
     QTest::keyClick(SearchField(), Qt::Key_Down);
     Settle();
@@ -156,16 +160,6 @@ TEST_F(SearchTest, DownGoesToTheFirstHitAndAFolderThatLeadsNowhereIsShownInTheTr
     EXPECT_TRUE(Shows({"ab folder", "Gr\u00FC\u00DFe", "Reels", "Sound", "  abc"}));
     EXPECT_EQ(SelectedNames(), std::vector<std::string>{"abc"});
     EXPECT_TRUE(SearchField()->text().isEmpty() && RowOf("Sound/abc")->IsOpen() && TreeWidget().hasFocus());
-}
-
-TEST_F(SearchTest, EscapeLeavesTheSearchFromTheTreeOfHitsToo) {
-    mFrame.Window().activateWindow();
-    TypeSearch(QStringLiteral("ab"));
-    SearchTreeWidget().setFocus();
-    QTest::keyClick(&SearchTreeWidget(), Qt::Key_Escape);
-    Settle();
-    EXPECT_EQ(SearchField()->text(), QString());
-    EXPECT_TRUE(TreeWidget().isVisible() && TreeWidget().hasFocus());
 }
 
 }  // namespace HandlerSharedProjects

@@ -9,7 +9,6 @@
 #include "desk/files/live/WatchStatus.h"
 #include "desk/framework/CommandRouter.h"
 #include "desk/project/production/Production.h"
-#include "host/project/SharedProjectsManager.h"
 #include "tests/support/HostFixture.h"
 
 namespace desk {

@@ -1,7 +1,5 @@
 #include "desk/core/log/UserNotice.h"
-#include "desk/project/lock/LockKeeper.h"
 #include "host/core/Messaging.h"
-#include "host/files/DirectoryChangeMonitor.h"
 #include "tests/desk/project/ProjectDocumentsFixture.h"
 
 using namespace std::chrono_literals;
