@@ -139,17 +139,6 @@ TEST_F(DirectoryViewTest, ShowsLocksSizesAndSavesAsTheyHappen) {
     EXPECT_EQ(signals.mInserted + signals.mRemoved + signals.mResets, 0);
 }
 
-TEST_F(DirectoryViewTest, SortsByAColumnWhoseFactsComeLater) {
-    OpenProductionWith(
-        {{"A", std::string(3000, 'x')}, {"B", std::string(1000, 'x')}, {"C", std::string(200, 'x')}});
-    DirectoryView().GetHeaderRow()->SetSortColumn(Columns::kSizeColumnID);
-    ASSERT_TRUE(Shows({"C", "B", "A"}));
-    MakeProject("C", std::string(5000, 'x'));
-    ASSERT_TRUE(Shows({"B", "A", "C"}));
-    DirectoryView().GetHeaderRow()->SetSortDirection(false);
-    ASSERT_TRUE(Shows({"C", "A", "B"}));
-}
-
 TEST_F(DirectoryViewTest, AFolderThatClosedBeforeItsContentCameIsSortedWhenItOpens) {
     OpenProductionWith({"Reels/B 10", "Reels/B 9", "Reels/A"});
     Tree()->OpenRow(RowOf("Reels").get());
