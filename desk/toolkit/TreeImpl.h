@@ -144,8 +144,12 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     UTF16StringVec SortKeysOf(std::span<const RowRef> rows) const;
     /// The key of the first column, by which rows with equal keys are sorted.
     UTF16String NameKey(const Row& row) const;
-    /// Puts rows that have just been appended into the model, sorted in.
+    /// Notes whether the order by name is known once the rows after the first `countBefore` have gone in.
     void UpdateNameOrder(Access::Children& children, std::size_t countBefore, bool areInNameOrder) const;
+    /// Old positions, in the new order. `children` are those of `folder`.
+    std::vector<std::uint32_t> OrderByKnownNames(const Row* folder, Access::Children& children);
+    std::vector<std::uint32_t> OrderByKeys(const Row* folder, Access::Children& children);
+    /// Puts rows that have just been appended into the model, sorted in.
     void InsertSorted(Row* parent, std::size_t countBefore, bool areInNameOrder);
     /// Gives `parent`'s first rows the order that `order` names (old positions); within a layout change.
     void Reorder(const Row* parent, const std::vector<std::uint32_t>& order);

@@ -342,9 +342,33 @@ void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore, bool areInName
     if (isInModel) EndLayoutChange();
 }
 
+/// Without a question.
+Order TreeImpl::OrderByKnownNames(const Row* folder, Access::Children& children) {
+    // What they were sorted by before is not their order any more.
+    mSortedKeys.erase(folder);
+    const bool isAscending = mHeader->IsSortDirectionAscending();
+    Order order = KnownNameOrder(children, isAscending);
+    children.mNameOrder = ByName(isAscending);
+    return order;
+}
+
+Order TreeImpl::OrderByKeys(const Row* folder, Access::Children& children) {
+    const std::uint64_t seed = mHeader->GetSortColumn() * 2ull + mHeader->IsSortDirectionAscending();
+    const std::size_t count = children.mCountOfLaidOut;
+    NoteNameRanks(children);
+    SortKeys keys(*this, children, 0, count);
+    const auto known = mSortedKeys.find(folder);
+    if (known != mSortedKeys.end() && known->second == HashOf(keys.GetKeys(), Identity(count), seed))
+        return Identity(count);
+    Order order = SortedOrder(keys, 0, count);
+    mSortedKeys[folder] = HashOf(keys.GetKeys(), order, seed);
+    if (IsSortedByName() && desk::IsSet(mCallbacks.mRowsSortData))
+        children.mNameOrder = ByName(mHeader->IsSortDirectionAscending());
+    return order;
+}
+
 void TreeImpl::Sort() {
     if (!IsSorted()) return;
-    const std::uint64_t seed = mHeader->GetSortColumn() * 2ull + mHeader->IsSortDirectionAscending();
     std::vector<std::pair<const Row*, Order>> changes;
     std::vector<const Row*> folders{nullptr};
     while (!folders.empty()) {
@@ -355,22 +379,9 @@ void TreeImpl::Sort() {
         const std::size_t count = children.mCountOfLaidOut;
         for (std::size_t i = 0; i < count; ++i)
             if (rows[i]->HasChild()) folders.push_back(rows[i].get());
-        if (IsSortedByName() && children.mNameOrder != NameOrder::Unknown) {
-            const bool isAscending = mHeader->IsSortDirectionAscending();
-            Order order = KnownNameOrder(children, isAscending);
-            children.mNameOrder = ByName(isAscending);
-            if (!IsIdentity(order)) changes.emplace_back(folder, std::move(order));
-            continue;
-        }
-        NoteNameRanks(children);
-        SortKeys keys(*this, children, 0, count);
-        const auto known = mSortedKeys.find(folder);
-        if (known != mSortedKeys.end() && known->second == HashOf(keys.GetKeys(), Identity(count), seed))
-            continue;
-        Order order = SortedOrder(keys, 0, count);
-        mSortedKeys[folder] = HashOf(keys.GetKeys(), order, seed);
-        if (IsSortedByName() && desk::IsSet(mCallbacks.mRowsSortData))
-            children.mNameOrder = ByName(mHeader->IsSortDirectionAscending());
+        Order order = IsSortedByName() && children.mNameOrder != NameOrder::Unknown
+                          ? OrderByKnownNames(folder, children)
+                          : OrderByKeys(folder, children);
         if (!IsIdentity(order)) changes.emplace_back(folder, std::move(order));
     }
     if (changes.empty()) return;

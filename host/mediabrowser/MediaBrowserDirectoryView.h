@@ -102,9 +102,9 @@ protected:
     /// Brings the rows below `row` in line with a delivery: makes rows for the items that have none (handing
     /// each to `AddRowToMaps`), keeps those that have one, and removes rows (through `RemoveRowFromMaps`) as
     /// the delivery's extent says. `content` is the delivery's, or what is to be shown of it in the same order;
-    /// an item that stands there twice counts once. New rows show, sorted, when the delivery has been dealt
-    /// with. `root` is the folder whose items are the top-level rows. Costs the items, not the rows, and no
-    /// path is composed.
+    /// only in a change may an item stand twice, and it counts once. New rows show, sorted, when the delivery
+    /// has been dealt with. `root` is the folder whose items are the top-level rows. Costs the items, not the
+    /// rows, and no path is composed.
     void InsertDirectoryContent(const RowRef& row, const DirectoryContent& content,
                                 const ContentDelivery& delivery, const UTF16String& root);
     /// Brings the row's own cells up to date: draws them anew.

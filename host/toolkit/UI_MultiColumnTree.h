@@ -194,8 +194,9 @@ public:
     /// more: they stand in the order of their keys in the first column that was appended, ascending.
     void SetCellSortDataFunction(SharedFunction<UTF16String(const RowRef&, unsigned column)> function);
     /// The same for rows that stand under one row, in one call: a key for each, in their order. With it the
-    /// other function is asked only for single rows that new ones are compared with, and a row's key in the
-    /// first column must never change: the tree keeps the order by it.
+    /// other function is asked only for single rows: those with which new ones are compared, and those with
+    /// equal keys while the order by the first column is not known. A row's key in the first column must never
+    /// change: the tree keeps the order by it.
     void SetRowsSortDataFunction(
         SharedFunction<UTF16StringVec(std::span<const RowRef> rows, unsigned column)> function);
     /// The user has moved a column.
