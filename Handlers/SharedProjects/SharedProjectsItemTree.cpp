@@ -96,7 +96,6 @@ void SharedProjectsItemTree::UpdateRow(const RowRef& row, bool exposed) {
     AddNameCellView(row);
 }
 
-/// Those that are not visible are told of by their sort keys alone.
 void SharedProjectsItemTree::UpdateOpenRows() {
     const int last = mTree->GetLastVisibleOpenedRowIndex();
     for (int i = std::max(mTree->GetFirstVisibleOpenedRowIndex(), 0); i <= last; ++i)
@@ -133,8 +132,9 @@ void SharedProjectsItemTree::SortLater() {
         SortWhenDue();
 }
 
+/// However often that is, sorting leaves half of the time.
 void SharedProjectsItemTree::OnFactsComplete() {
-    if (mIsSortAwaited) mQueuedSort->Queue();
+    if (mIsSortAwaited && Clock::now() >= mEndOfLastSort + mLastSortDuration) mQueuedSort->Queue();
 }
 
 /// Or as soon as nothing comes any more.

@@ -78,7 +78,7 @@ public:
     /// the order may hang on it, an exposed row has the tree sorted later.
     void UpdateRow(const RowRef& row) { UpdateRow(row, IsRowExposed(row)); }
     void UpdateRow(const RowRef& row, bool exposed);
-    /// Brings all opened rows up to date.
+    /// Brings the opened rows in view up to date.
     void UpdateOpenRows();
     /// The facts that were asked for have come: a sorting that waits for more need not wait.
     void OnFactsComplete();

@@ -30,8 +30,8 @@ enum class MissingFacts {
     Request,
 };
 
-/// What is known of the projects `names` of `folder` (normalised), one by one in the same order. Costs a look-up
-/// in memory each; asks no disk and waits for nothing. UI thread.
+/// What is known of the projects `names` of `folder` (normalised), one by one in the same order; nothing of an
+/// empty name. Costs a look-up in memory each; asks no disk and waits for nothing. UI thread.
 ZUHOST_API std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF16StringVec& names,
                                                       MissingFacts missing);
 

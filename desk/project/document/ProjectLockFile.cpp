@@ -108,12 +108,14 @@ std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF1
     UTF16String path = PathUtils::AddTrailingSlash(folder);
     const std::size_t folderSize = path.size();
     for (std::size_t i = 0; i < names.size(); ++i) {
+        if (names[i].empty()) continue;
         path.replace(folderSize, UTF16String::npos, names[i]);
         const desk::ItemFacts* facts =
             missing == MissingFacts::Request ? store->FindAndRequest(path) : store->Find(path);
+        const desk::ProjectHolder holder = desk::FindProjectHolder(path, facts ? *facts : desk::ItemFacts());
+        projects[i].mLock = MakeReadLock(holder, userName, machineName);
         if (!facts) continue;
         projects[i].mIsListed = facts->mKind != desk::ItemKind::Folder;
-        projects[i].mLock = MakeReadLock(desk::FindProjectHolder(path, *facts), userName, machineName);
         if (!facts->mStatus) continue;
         projects[i].mModified = desk::ToSeconds(facts->mStatus->mModified);
         if (facts->mStatus->mCreated) projects[i].mCreated = desk::ToSeconds(*facts->mStatus->mCreated);
