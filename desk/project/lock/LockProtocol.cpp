@@ -335,7 +335,7 @@ std::vector<std::string> LockProtocol::RemoveDead(const std::vector<std::string>
     return removed;
 }
 
-/// Several at once. True when it is gone.
+/// On several threads at once. True when the file is gone.
 bool LockProtocol::RemoveGuarded(const std::string& path, const std::string& nonce) {
     const Content found = Read(path);
     if (!found.Bears(nonce)) return !found.mIsThere || found.IsForeign(nonce);

@@ -231,15 +231,13 @@ void ItemOperation::CheckAll(std::span<Item> items, WorkProgress& progress) {
 /// item tries for itself.
 void ItemOperation::TakeOver(std::span<Item> items, SharedLocks& locks, const LockRecord& owner,
                              WorkProgress& progress) {
-    for (int round = 0; round < 3 && locks.RemoveDead(owner); ++round)
+    constexpr int kRoundsTogether = 2;
+    for (int round = 0; round <= kRoundsTogether && !progress.IsCancelled() && locks.RemoveDead(owner); ++round)
         RunShared(items.size(), [&](std::size_t index) {
             Item& item = items[index];
             if (item.mLocking != Taking::Dead || progress.IsCancelled()) return;
             progress.SetItem(host::PathUtils::GetFullFilePart(item.mSource));
-            if (round < 2)
-                TakeLocks(item, locks);
-            else
-                item.mLocking = item.mLocks->Take();
+            TakeLocks(item, round < kRoundsTogether ? &locks : nullptr);
         });
 }
 
@@ -253,16 +251,20 @@ void ItemOperation::Check(Item& item, SharedLocks& locks) const {
         item.mIsThere = !IsAbsence(exception.SystemError());
         if (item.mIsThere) item.Fail(exception);
     }
-    if (item.IsProject() && item.mIsThere && !item.mOutcome.mFailure) TakeLocks(item, locks);
+    if (item.IsProject() && item.mIsThere && !item.mOutcome.mFailure) TakeLocks(item, &locks);
 }
 
-void ItemOperation::TakeLocks(Item& item, SharedLocks& locks) const {
+/// Without `locks` it shares none.
+void ItemOperation::TakeLocks(Item& item, SharedLocks* locks) const {
     MoveLocks& taken = *item.mLocks;
-    item.mLocking = mVerb == Verb::Move
-                        ? taken.Take(locks.In(FolderOf(item.mFrom)), locks.In(FolderOf(item.mTo)))
-                        : taken.CheckSource();
-    if (item.mLocking == Taking::Dead)
-        locks.NoteDead(taken.GetDeadLockPath(), taken.GetObstacle().mHolder.mNonce);
+    if (mVerb != Verb::Move)
+        item.mLocking = taken.CheckSource();
+    else if (locks)
+        item.mLocking = taken.Take(locks->In(FolderOf(item.mFrom)), locks->In(FolderOf(item.mTo)));
+    else
+        item.mLocking = taken.Take();
+    if (locks && item.mLocking == Taking::Dead)
+        locks->NoteDead(taken.GetDeadLockPath(), taken.GetObstacle().mHolder.mNonce);
     item.mOutcome.mWasHeld = taken.WasHeld();
 }
 

@@ -96,7 +96,7 @@ private:
     void CheckAll(std::span<Item> items, WorkProgress& progress);
     void TakeOver(std::span<Item> items, SharedLocks& locks, const LockRecord& owner, WorkProgress& progress);
     void Check(Item& item, SharedLocks& locks) const;
-    void TakeLocks(Item& item, SharedLocks& locks) const;
+    void TakeLocks(Item& item, SharedLocks* locks) const;
     /// False when the operation ends here.
     bool Do(Item& item, WorkProgress& progress);
     void Copy(Item& item, WorkProgress& progress) const;

@@ -180,8 +180,9 @@ void ItemOperation::Announce() const {
         texts.push_back(
             ZString("$$$/Vantor/Desk/Files/NotReached=@0 more stayed as they were, for that reason.",
                     {host::NumberToString(static_cast<long long>(notReached))}));
-    const bool isSomethingDone = std::ranges::any_of(mItems, &Item::IsDone);
-    if (mTelling == Telling::Message) return TellWhatWasNotDone(mVerb, texts, isSomethingDone);
+    const bool mayBeDone = std::ranges::any_of(
+        mItems, [](const Item& item) { return item.IsDone() || item.mOutcome.mResult == Result::InDoubt; });
+    if (mTelling == Telling::Message) return TellWhatWasNotDone(mVerb, texts, mayBeDone);
     std::ranges::for_each(texts, TellUser);
 }
 

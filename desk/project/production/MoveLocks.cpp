@@ -1,12 +1,15 @@
 #include "desk/project/production/MoveLocks.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <optional>
 #include <utility>
 
 #include "desk/core/edges/Services.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/core/names/LockRecord.h"
+#include "desk/core/work/ParallelWork.h"
 #include "desk/project/lock/Leftovers.h"
 #include "desk/project/lock/LockHolder.h"
 #include "host/project/ProjectLockFile.h"
@@ -27,14 +30,21 @@ void SharedLocks::NoteDead(const std::string& path, const std::string& nonce) {
 }
 
 bool SharedLocks::RemoveDead(const LockRecord& owner) {
-    const auto dead = std::exchange(mDead, {});
-    for (const auto& [key, paths] : dead) mProtocol.RemoveDead(paths, key.second, owner);
+    const auto noted = std::exchange(mDead, {});
+    const std::vector dead(noted.begin(), noted.end());
+    RunShared(dead.size(), [&](std::size_t index) {
+        LockProtocol protocol(*GetServices().mFileSystem, *GetServices().mDesktop);
+        protocol.RemoveDead(dead[index].second, dead[index].first.second, owner);
+        const std::lock_guard lock(mMutex);
+        std::ranges::move(protocol.TakeRemains(), std::back_inserter(mRemains));
+    });
     return !dead.empty();
 }
 
 std::vector<LockRemains> SharedLocks::Remove() {
     for (const auto& [path, folder] : mFolders) mProtocol.RemoveShared(folder.mLock.mTemporary);
-    return mProtocol.TakeRemains();
+    std::ranges::move(mProtocol.TakeRemains(), std::back_inserter(mRemains));
+    return std::exchange(mRemains, {});
 }
 
 MoveLocks::MoveLocks(const host::UTF16String& source, const host::UTF16String& destination)

@@ -33,8 +33,8 @@ public:
     const SharedLock& In(const std::string& folder) const { return mFolders.at(folder).mLock; }
     /// The lock at `path` is that of a process that is gone. Several threads at once.
     void NoteDead(const std::string& path, const std::string& nonce);
-    /// Removes the locks noted since it was last called, all of one process at once. False when there were
-    /// none. Waits for the volume.
+    /// Removes the locks noted since it was last called, several at once. False when there were none. Waits for
+    /// the volume.
     bool RemoveDead(const LockRecord& owner);
     /// Removes the files again; the locks stay. Returns what is left, for `LockKeeper::GiveUpInBackground`.
     /// Waits for the volume.
@@ -51,6 +51,7 @@ private:
     std::mutex mMutex;
     /// Paths by folder and nonce.
     std::map<std::pair<std::string, std::string>, std::vector<std::string>> mDead;
+    std::vector<LockRemains> mRemains;
 };
 
 /// The locks of one project at both places between which it moves. Made and destroyed on the UI thread; between
