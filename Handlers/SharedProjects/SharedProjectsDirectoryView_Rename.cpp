@@ -163,8 +163,10 @@ unsigned SharedProjectsDirectoryView::GetNameColumn() const {
 void SharedProjectsDirectoryView::OfferAgain(const UTF16String& path, const UTF16String& typedName) {
     GetRegisteredMainThread()->Queue([this, path, typedName, lifetime = std::weak_ptr(mLifetime)] {
         if (lifetime.expired()) return;
-        RenameIfAlone(GetRowFromPath(path));
-        if (mEdit) mEdit->SetValue(typedName);
+        const RowRef row = GetRowFromPath(path);
+        RenameIfAlone(row);
+        // Another row's name may be edited by now.
+        if (mEdit && row && mEditedRow == row) mEdit->SetValue(typedName);
     });
 }
 
