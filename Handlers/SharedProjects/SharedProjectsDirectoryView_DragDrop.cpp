@@ -27,13 +27,13 @@ bool AreAllProjects(const OS_ReceiveData& received) {
 }
 
 /// Why it may not leave its folder, as far as is known.
-UTF16String DescribeWhyItStays(const UTF16String& path) {
+UTF16String DescribeWhyNotMoved(const UTF16String& path) {
     const UTF16String reason = Utils::DescribeWhyForeign(path);
     return reason.empty() ? Utils::DescribeWhyNotRenamed(path) : reason;
 }
 
 bool MayMove(const UTF16String& path) {
-    return DescribeWhyItStays(path).empty();
+    return DescribeWhyNotMoved(path).empty();
 }
 
 void TellOnlyProjects() {
@@ -79,7 +79,7 @@ void SharedProjectsDirectoryView::OnDragEnter(const OS_ReceiveData& received) {
     mMayDraggedRowsMove = held == paths.end();
     if (mMayDraggedRowsMove || !received.HasType(kDirectoryRowDragType)) return;
     // Nothing lights up, and the rows may be many.
-    TellInStatusBar(DescribeWhyItStays(*held));
+    TellInStatusBar(DescribeWhyNotMoved(*held));
 }
 
 UTF16String SharedProjectsDirectoryView::GetDropDestinationPathFromDropData(const UI_DropData& data) const {
@@ -125,10 +125,8 @@ void SharedProjectsDirectoryView::DropRows(const UTF16StringVec& paths, const UT
     if (!std::ranges::all_of(paths, MayMove) || !IsDropValid(paths, destination)) return;
     const bool isToTrash = IsTheZuProductionTrashDirectory(destination);
     Utils::LogUsage("DirectoryTree", isToTrash ? "Trash" : "DragDrop");
-    if (isToTrash) {
-        mItems.SelectNextWhenSelectionHasGone();
-        return Utils::MoveToSharedProjectsTrash(paths, false, true);
-    }
+    // Nobody who drags goes on from there by keyboard: no other row is selected in their place.
+    if (isToTrash) return Utils::MoveToSharedProjectsTrash(paths, false, true);
     Utils::CopyReport report;
     Utils::CopyFiles(paths, destination, true, false, report);
     Utils::TellMoved(report, destination);

@@ -239,6 +239,7 @@ CommandStatus OnDeleteItemCommandStatus(const SharedProjectsTabView& panel) {
 
 bool OnDeleteItemCommand(SharedProjectsTabView& panel) {
     if (!panel.IsCreated()) return false;
+    if (SharedProjectsItemTree* items = panel.GetShownItems()) items->SelectNextWhenSelectionHasGone();
     panel.MoveSelectionToTrash("DeleteCommand");
     return true;
 }
@@ -347,7 +348,6 @@ void SharedProjectsTabView::MoveSelectionToTrash(const char* usageAction) {
             const UTF16StringVec paths = GetDeleteableSelectedPaths(reasons);
             TellNotMoved(reasons);
             Utils::LogUsage("Trash", usageAction);
-            if (SharedProjectsItemTree* items = GetShownItems()) items->SelectNextWhenSelectionHasGone();
             TryToMoveToSharedProjectsTrash(paths);
         });
     } catch (...) {

@@ -82,7 +82,7 @@ CopyReport MoveAll(const UTF16StringVec& paths, const UTF16String& trashFolder) 
     return all;
 }
 
-UTF16String DescribeWhyItStays(const UTF16String& path) {
+UTF16String DescribeWhyNotTrashed(const UTF16String& path) {
     if (!IsInZuProductionTrash(path, true)) return DescribeWhyHeld(path);
     return ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/InTrash=“@0” is in the trash already.",
                    {Columns::GetPathDisplayName(path)});
@@ -138,7 +138,7 @@ UTF16String DescribeWhyNotDeleted(const UTF16StringVec& paths) {
         const std::vector<bool> areFree = FindFreeProjects({begin, end});
         for (std::size_t i = 0; begin != end; ++begin, ++i) {
             if (areFree[i]) continue;
-            if (UTF16String reason = DescribeWhyItStays(*begin); !reason.empty()) return reason;
+            if (UTF16String reason = DescribeWhyNotTrashed(*begin); !reason.empty()) return reason;
         }
     }
     return {};

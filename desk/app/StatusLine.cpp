@@ -101,6 +101,8 @@ void StatusLine::ShowNotice(const QString& text) {
     mInterrupted.removeAll(text);
     if (mInterrupted.size() > kMostInterrupted) mInterrupted.removeFirst();
     mNotice = text;
+    // The pointer may rest long on what told the tip.
+    mTip.clear();
     mNoticeTimer.stop();
     TimeNotice();
     Update();

@@ -72,6 +72,12 @@ void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, 
     auto* item = new QLabel;
     item->setTextFormat(Qt::PlainText);
     dialog.setLabel(item);
+    const QString cancelling = Localized("$$$/Desk/Dialogs/Cancelling=Cancelling…");
+    // The dialog gives the button room once only.
+    const QString text = cancel->text();
+    cancel->setText(cancelling);
+    cancel->setMinimumWidth(cancel->sizeHint().width());
+    cancel->setText(text);
     QEventLoop loop;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
@@ -81,7 +87,7 @@ void QtDialogs::WaitFor(const host::UTF16String& title, WorkProgress& progress, 
     // The work ends at its own next step; until then the dialog stays.
     QObject::connect(&dialog, &QProgressDialog::canceled, &dialog, [&] {
         progress.Cancel();
-        cancel->setText(Localized("$$$/Desk/Dialogs/Cancelling=Cancelling…"));
+        cancel->setText(cancelling);
         cancel->setEnabled(false);
         dialog.show();
     });
