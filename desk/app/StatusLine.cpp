@@ -27,6 +27,8 @@ namespace {
 constexpr std::chrono::seconds kNoticeTime(15);
 /// Nobody has read one that was shown for less.
 constexpr std::chrono::seconds kReadingTime(5);
+/// A tip that comes so soon after a notice does not hide it.
+constexpr std::chrono::seconds kUnaskedTime(1);
 constexpr int kMostInterrupted = 10;
 
 host::UTF16String IntervalText(double seconds) {
@@ -116,7 +118,10 @@ void StatusLine::TimeNotice() {
 }
 
 void StatusLine::SetTip(const QString& tip) {
-    mTip = tip;
+    // After a drop the pointer comes to rest on something, whose tip nobody has asked for.
+    const bool isJustTold =
+        mNoticeTimer.isActive() && mNoticeTimer.remainingTimeAsDuration() > kNoticeTime - kUnaskedTime;
+    mTip = isJustTold ? QString() : tip;
     Update();
 }
 
