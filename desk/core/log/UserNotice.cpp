@@ -1,6 +1,5 @@
 #include "desk/core/log/UserNotice.h"
 
-#include <atomic>
 #include <utility>
 
 #include "desk/core/log/Log.h"
@@ -13,7 +12,7 @@ UserNoticeMessage::UserNoticeMessage(host::UTF16String text) : mText(std::move(t
 UserNoticeMessage::~UserNoticeMessage() = default;
 
 namespace {
-std::atomic<std::uint64_t> sNotices = 0;
+thread_local std::uint64_t sNotices = 0;
 }  // namespace
 
 void TellUser(const host::UTF16String& text) {

@@ -26,8 +26,8 @@ inline const host::StationID kStation_UserNotices{"desk.usernotices"};
 /// Tells the user `text` (localised), and writes it to the log. Any thread.
 ZUHOST_API void TellUser(const host::UTF16String& text);
 
-/// How often the user has been told something: who has only a general sentence can see whether somebody has
-/// told a better one. Any thread.
+/// How often this thread has told the user something: who has only a general sentence can see whether what it
+/// called has told a better one. Any thread.
 ZUHOST_API std::uint64_t CountNotices();
 
 }  // namespace desk
