@@ -135,10 +135,6 @@ void SharedProjectsDirectoryView::RemoveRowsOfOtherKind(const RowRef& row, const
                                SharedProjectsHandler::GetRootDirectory());
 }
 
-UTF16String SharedProjectsDirectoryView::GetRootPath() const {
-    return PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
-}
-
 RowRef SharedProjectsDirectoryView::GetRowFromPath(const UTF16String& path) const {
     const UTF16String root = PathUtils::AddTrailingSlash(SharedProjectsHandler::GetRootDirectory());
     const UTF16String normalized = PathUtils::ToNormalizedPath(path);

@@ -131,7 +131,6 @@ protected:
 private:
     UTF16String GetItemPath(const RowRef& row) const override { return GetRowPath(row.get()); }
     UTF16String GetItemName(const RowRef& row) const override { return GetRowName(row.get()); }
-    UTF16String GetRootPath() const override;
     void SortRows() override;
     void OnSortChosen() override;
 

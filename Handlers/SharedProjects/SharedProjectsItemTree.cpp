@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
 #include "host/framework/MenuUtils.h"
@@ -327,9 +328,9 @@ UTF16StringVec SharedProjectsItemTree::GetRowsSortData(std::span<const RowRef> r
     for (const RowRef& row : rows) names.push_back(IsFileRow(row) ? mOwner.GetItemName(row) : UTF16String());
     const RowRef parent = rows.front()->GetParentRow();
     const bool areExposed = !parent || (parent->IsOpen() && IsRowExposed(parent));
-    const std::vector<KnownProject> projects =
-        GetKnownProjects(parent ? GetPath(parent) : mOwner.GetRootPath(), names,
-                         areExposed ? MissingFacts::Request : MissingFacts::Leave);
+    const std::vector<KnownProject> projects = GetKnownProjects(
+        parent ? GetPath(parent) : PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory()),
+        names, areExposed ? MissingFacts::Request : MissingFacts::Leave);
     const ColumnID columnID = mHeaderRow->GetColumnAt(column);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const bool isProject = !names[i].empty();

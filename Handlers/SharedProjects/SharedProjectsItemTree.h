@@ -29,8 +29,6 @@ public:
         virtual UTF16String GetItemPath(const RowRef& row) const = 0;
         /// The last component of that path, without a separator.
         virtual UTF16String GetItemName(const RowRef& row) const = 0;
-        /// The normalised path of the folder whose items are the top-level rows.
-        virtual UTF16String GetRootPath() const = 0;
         /// The row of a path in any spelling; empty when there is none.
         virtual RowRef GetRowFromPath(const UTF16String& path) const = 0;
         /// A sort key has changed: sorts the tree.

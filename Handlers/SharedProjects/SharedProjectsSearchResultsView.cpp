@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/core/Localizer.h"
 #include "host/core/Logging.h"
@@ -67,10 +66,6 @@ UTF16String SharedProjectsSearchResultsView::GetItemPath(const RowRef& row) cons
 
 UTF16String SharedProjectsSearchResultsView::GetItemName(const RowRef& row) const {
     return PathUtils::GetFullFilePart(PathUtils::RemoveTrailingSlash(GetItemPath(row)));
-}
-
-UTF16String SharedProjectsSearchResultsView::GetRootPath() const {
-    return PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory());
 }
 
 UTF16StringVec SharedProjectsSearchResultsView::GetSelectedPaths(bool includeAll) const {

@@ -74,7 +74,6 @@ private:
 
     UTF16String GetItemPath(const RowRef& row) const override;
     UTF16String GetItemName(const RowRef& row) const override;
-    UTF16String GetRootPath() const override;
     void SortRows() override { mTree->SortTree(); }
     void OnSortChosen() override {}
     std::function<bool(const RowRef&)> GetHitTest() const override;
