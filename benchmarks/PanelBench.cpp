@@ -47,7 +47,7 @@ struct PanelBench::Program {
     desk::SystemDesktop mDesktop;
     desk::PosixFileSystem mFileSystem;
     desk::QtMainThread mMainThread;
-    desk::WorkerPool mWorkerPool{24};
+    desk::WorkerPool mWorkerPool{desk::WorkerPool::kThreads};
     desk::QtDialogs mDialogs;
     desk::Services mServices;
     desk::Profile mProfile;

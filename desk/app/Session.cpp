@@ -51,8 +51,6 @@
 namespace desk {
 namespace {
 
-/// Many, since they mostly wait for the volume.
-constexpr unsigned kWorkers = 24;
 /// Longer than any pace at which changes and facts are handed on.
 constexpr std::chrono::milliseconds kLongestPause(60);
 constexpr std::chrono::seconds kClosingPatience(3);
@@ -142,7 +140,7 @@ struct Session::Parts {
 
     SystemDesktop mDesktop;
     QtMainThread mMainThread;
-    WorkerPool mWorkerPool{kWorkers};
+    WorkerPool mWorkerPool{WorkerPool::kThreads};
     QtDialogs mDialogs;
     std::unique_ptr<FolderStore> mFolderStore;
     std::unique_ptr<CopyQueue> mCopyQueue;

@@ -23,6 +23,8 @@ class ZUHOST_API WorkerPool {
 public:
     using Task = std::function<void()>;
 
+    /// So many threads at most suit a program, since they mostly wait for the volume.
+    static constexpr unsigned kThreads = 32;
     /// A thread that has had no work for so long ends, unless it is the last one.
     static constexpr std::chrono::milliseconds kIdleTime{10'000};
 

@@ -20,7 +20,7 @@ namespace desk {
 void FolderWalk::Start(const host::UTF16StringVec& folders) {
     // Not done before all have been submitted.
     mFoldersLeft = 1;
-    for (const host::UTF16String& folder : folders) SubmitFolder(folder);
+    SubmitFolders(folders);
     if (--mFoldersLeft == 0) Finish();
 }
 
@@ -34,9 +34,10 @@ FolderWalk::Result FolderWalk::Run(const WorkProgress& progress) {
         progress.ThrowIfCancelled("search", host::UTF16to8(mParameters.mRoot));
     };
     mIsRun = true;
-    mNextFolders.push_back(mParameters.mRoot);
-    while (!mNextFolders.empty()) {
-        const host::UTF16StringVec folders = std::exchange(mNextFolders, {});
+    SubmitFolders({mParameters.mRoot});
+    while (!mWaiting.empty()) {
+        host::UTF16StringVec folders;
+        while (!mWaiting.empty()) folders.push_back(TakeNext());
         RunShared(folders.size(), [&](std::size_t index) {
             throwIfCancelled();
             EnterFolder(folders[index]);
@@ -46,24 +47,41 @@ FolderWalk::Result FolderWalk::Run(const WorkProgress& progress) {
     return std::move(mResult);
 }
 
-void FolderWalk::SubmitFolder(const host::UTF16String& path) {
-    if (mIsRun) {
+void FolderWalk::SubmitFolders(host::UTF16StringVec siblings) {
+    if (siblings.empty()) return;
+    const std::size_t count = siblings.size();
+    {
         const std::lock_guard lock(mMutex);
-        return mNextFolders.push_back(path);
+        mWaiting.push_back(std::move(siblings));
     }
-    ++mFoldersLeft;
+    if (mIsRun) return;
+    mFoldersLeft += count;
     // Behind what waits already: a long walk must not hold up listings and polls.
-    mLane->SubmitLast([self = shared_from_this(), path] {
-        // Whoever waits for the walk hears of its end, whatever happens in one folder.
-        if (!self->mIsCancelled) RunTask([&] { self->EnterFolder(path); }, "walk");
-        if (--self->mFoldersLeft == 0) self->Finish();
-    });
+    for (std::size_t i = 0; i < count; ++i)
+        mLane->SubmitLast([self = shared_from_this()] {
+            // Whoever waits for the walk hears of its end, whatever happens in one folder.
+            if (!self->mIsCancelled) RunTask([&] { self->EnterFolder(self->TakeNext()); }, "walk");
+            if (--self->mFoldersLeft == 0) self->Finish();
+        });
+}
+
+host::UTF16String FolderWalk::TakeNext() {
+    const std::lock_guard lock(mMutex);
+    host::UTF16StringVec siblings = std::move(mWaiting.front());
+    mWaiting.pop_front();
+    host::UTF16String next = std::move(siblings.back());
+    siblings.pop_back();
+    if (!siblings.empty()) mWaiting.push_back(std::move(siblings));
+    return next;
 }
 
 void FolderWalk::EnterFolder(const host::UTF16String& folder) {
     std::vector<FolderEntry> entries;
     if (!ListFolder(folder, entries)) return;
-    std::erase_if(entries, [&](FolderEntry& entry) { return mIsCancelled || !TakeEntry(folder, entry); });
+    host::UTF16StringVec below;
+    std::erase_if(entries,
+                  [&](FolderEntry& entry) { return mIsCancelled || !TakeEntry(folder, entry, below); });
+    SubmitFolders(std::move(below));
     if (!mIsCancelled) mParameters.mVisitor(folder, entries);
 }
 
@@ -83,18 +101,18 @@ bool FolderWalk::ListFolder(const host::UTF16String& folder, std::vector<FolderE
     }
 }
 
-/// False for what is left out. What a folder has in it comes later.
-bool FolderWalk::TakeEntry(const host::UTF16String& folder, FolderEntry& entry) {
+/// False for what is left out. A folder that is to be entered is added to `below`.
+bool FolderWalk::TakeEntry(const host::UTF16String& folder, FolderEntry& entry, host::UTF16StringVec& below) {
     if (mParameters.mHasLockFiles && IsLockFileName(entry.mName)) return true;
     if (IsHiddenName(entry.mName, entry.mKind) || entry.mKind == ItemKind::Other) return false;
     if (entry.mKind != ItemKind::Unknown && entry.mKind != ItemKind::Folder) return true;
-    const host::UTF16String path = JoinPath<host::UTF16String>(folder, host::UTF8to16(entry.mName));
+    host::UTF16String path = JoinPath<host::UTF16String>(folder, host::UTF8to16(entry.mName));
     if (entry.mKind == ItemKind::Unknown) {
         entry.mKind = ResolveKind(host::UTF16to8(path), entry.mKind);
         if (IsHiddenName(entry.mName, entry.mKind)) return false;
     }
     if (entry.mKind == ItemKind::Folder && (!mParameters.mIsEntered || mParameters.mIsEntered(path)))
-        SubmitFolder(path);
+        below.push_back(std::move(path));
     return entry.mKind != ItemKind::Other;
 }
 

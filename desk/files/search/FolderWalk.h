@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -17,10 +18,11 @@ namespace desk {
 
 class WorkProgress;
 
-/// Lists folders and all folders below them: one task for each folder, the nearest first, behind what waits
-/// already, in a lane of its own, so that a volume that stands still never gets all workers. Symbolic links to
-/// folders are not entered; hidden folders and the host's own files are left out. UI thread, but for what its
-/// workers do inside.
+/// Lists folders and all folders below them: one task for each folder, behind what waits already, in a lane of
+/// its own, so that a volume that stands still never gets all workers. What comes first is entered first, but
+/// the folders that stand in one folder take turns with those of others: many volumes look up the names of one
+/// folder one after another. Symbolic links to folders are not entered; hidden folders and the host's own files
+/// are left out. UI thread, but for what its workers do inside.
 class FolderWalk : public std::enable_shared_from_this<FolderWalk> {
 public:
     struct Parameters {
@@ -59,10 +61,11 @@ public:
     void Cancel();
 
 private:
-    void SubmitFolder(const host::UTF16String& path);
+    void SubmitFolders(host::UTF16StringVec siblings);
+    host::UTF16String TakeNext();
     void EnterFolder(const host::UTF16String& folder);
     bool ListFolder(const host::UTF16String& folder, std::vector<FolderEntry>& entries);
-    bool TakeEntry(const host::UTF16String& folder, FolderEntry& entry);
+    bool TakeEntry(const host::UTF16String& folder, FolderEntry& entry, host::UTF16StringVec& below);
     void Finish();
 
     const Parameters mParameters;
@@ -72,9 +75,9 @@ private:
     std::atomic<std::size_t> mFoldersLeft = 0;
     std::mutex mMutex;
     Result mResult;
-    /// In `Run`: the folders to be entered next.
     bool mIsRun = false;
-    host::UTF16StringVec mNextFolders;
+    /// The folders to be entered; none of the lists is empty.
+    std::deque<host::UTF16StringVec> mWaiting;
 };
 
 /// What stands at `path` where a folder's entry alone does not tell: behind a link, or of unknown kind; `Other`
