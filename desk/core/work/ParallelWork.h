@@ -21,10 +21,10 @@ public:
         const long long before = mNanoseconds.load(std::memory_order_relaxed);
         mNanoseconds.store(before == 0 ? each : (before * 3 + each) / 4, std::memory_order_relaxed);
     }
-    std::size_t ChunkSize() const {
-        constexpr long long kTaskNanoseconds = 500'000;
+    /// For a task that takes about `time`; while nothing is known of the volume, few.
+    std::size_t ChunkSize(std::chrono::nanoseconds time = std::chrono::microseconds(500)) const {
         const long long each = mNanoseconds.load(std::memory_order_relaxed);
-        return each == 0 ? 4 : static_cast<std::size_t>(std::clamp<long long>(kTaskNanoseconds / each, 1, 64));
+        return each == 0 ? 4 : static_cast<std::size_t>(std::clamp<long long>(time.count() / each, 1, 64));
     }
 
 private:

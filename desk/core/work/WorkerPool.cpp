@@ -19,7 +19,8 @@ constexpr std::chrono::milliseconds kPace{2};
 
 /// What computes needs no more threads than this.
 std::size_t CountProcessors() {
-    return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8);
+    static const std::size_t sProcessors = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8);
+    return sProcessors;
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ namespace desk {
 
 namespace {
 
-constexpr std::size_t kListingBuffer = 64 * 1024;
+constexpr std::size_t kListingBuffer = 256 * 1024;
 constexpr std::chrono::seconds kLongestWait(5);
 
 ItemKind KindOfEntry(unsigned char type) {
@@ -83,13 +83,13 @@ FileDescriptor OpenFolder(const std::string& path) {
 std::vector<FolderEntry> PosixFileSystem::ListFolder(const std::string& path) {
     const FileDescriptor folder = OpenFolder(path);
     std::vector<FolderEntry> entries;
-    alignas(dirent64) char records[kListingBuffer];
+    const auto records = std::make_unique_for_overwrite<char[]>(kListingBuffer);
     for (;;) {
-        long size =
-            RetryInterrupted([&] { return ::syscall(SYS_getdents64, folder.Get(), records, sizeof records); });
+        long size = RetryInterrupted(
+            [&] { return ::syscall(SYS_getdents64, folder.Get(), records.get(), kListingBuffer); });
         if (size < 0) ThrowFileException("list folder", path, errno);
         if (size == 0) return entries;
-        AddEntries(records, size, entries);
+        AddEntries(records.get(), size, entries);
     }
 }
 

@@ -22,6 +22,8 @@ using Clock = std::chrono::steady_clock;
 
 /// So many new items of a known folder are read at once, so that their rows come complete.
 constexpr std::size_t kMostNewToRead = 64;
+/// Nobody waits for a poll: it wakes other workers only for what takes longer than this.
+constexpr std::chrono::milliseconds kPollTask{10};
 
 }  // namespace
 
@@ -120,7 +122,7 @@ void FolderListing::ReadChosen(void (FolderListing::*then)()) {
         [lane = mRequest.mLane, isPoll = mRequest.mIsPoll](ReadingLane::Task task) {
             isPoll ? lane->SubmitLast(std::move(task)) : lane->Submit(std::move(task));
         },
-        mToRead.size(), mRequest.mSpeed->ChunkSize(),
+        mToRead.size(), mRequest.mIsPoll ? mRequest.mSpeed->ChunkSize(kPollTask) : mRequest.mSpeed->ChunkSize(),
         [self = shared_from_this()](std::size_t begin, std::size_t end) {
             const auto start = Clock::now();
             AnswerWatch::Call call(self->mRequest.mAnswerWatch, self->mRequest.mFolder);
