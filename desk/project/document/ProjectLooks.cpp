@@ -21,17 +21,12 @@ bool LiesIn(const ProjectDocument& document, const host::UTF16String& folder) {
 
 }  // namespace
 
-ProjectLooks::ProjectLooks(Prepare prepare) : mPrepare(std::move(prepare)) {
+ProjectLooks::ProjectLooks(Prepare prepare)
+    : mPrepare(std::move(prepare)), mTimer(kInterval, [this] { LookAtAll(); }) {
     host::AddListener(host::kStation_DirectoryChanges, this);
-    mTimer = GetServices().mMainThread->StartTimer(kInterval, [this] {
-        const auto open = OpenProjectList::Instance().Get();
-        for (const OpenProjectRef& project : open)
-            if (const ProjectDocumentRef document = ToDocument(project)) LookAt(document, false);
-    });
 }
 
 ProjectLooks::~ProjectLooks() {
-    GetServices().mMainThread->StopTimer(mTimer);
     host::RemoveListener(host::kStation_DirectoryChanges, this);
 }
 
@@ -43,6 +38,12 @@ void ProjectLooks::ListenToMessage(const host::Message& message) {
         if (const ProjectDocumentRef document = ToDocument(project);
             document && LiesIn(*document, changed->GetPath()))
             LookNow(document);
+}
+
+void ProjectLooks::LookAtAll() {
+    const auto open = OpenProjectList::Instance().Get();
+    for (const OpenProjectRef& project : open)
+        if (const ProjectDocumentRef document = ToDocument(project)) LookAt(document, false);
 }
 
 void ProjectLooks::LookAt(const ProjectDocumentRef& document, bool isAnnounced) {

@@ -4,9 +4,9 @@
 #include <map>
 #include <memory>
 
-#include "desk/core/edges/MainThread.h"
 #include "desk/core/work/Lifetime.h"
 #include "desk/files/live/ReadingLane.h"
+#include "desk/project/document/OpenProjectTimer.h"
 #include "desk/project/document/ProjectDocument.h"
 #include "host/core/Export.h"
 #include "host/core/Messaging.h"
@@ -34,11 +34,12 @@ public:
     void ListenToMessage(const host::Message& message) override;
 
 private:
+    void LookAtAll();
     void LookAt(const ProjectDocumentRef& document, bool isAnnounced);
     void Finish(const ProjectDocument* document, const Answer& answer);
 
     const Prepare mPrepare;
-    MainThread::TimerID mTimer;
+    OpenProjectTimer mTimer;
     /// So that a volume that stands still never gets all workers.
     const std::shared_ptr<ReadingLane> mLane = std::make_shared<ReadingLane>();
     /// Documents at which a worker is looking; true when it is to look again.

@@ -54,9 +54,9 @@ void ClaimFile(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-TextKeeper::TextKeeper(std::string folder) : mFolder(std::move(folder)), mOwner(MakeRecordOwner()) {
+TextKeeper::TextKeeper(std::string folder)
+    : mFolder(std::move(folder)), mOwner(MakeRecordOwner()), mTimer(kInterval, [this] { KeepAll(); }) {
     mTasks.Submit([folder = mFolder] { KeptTexts::Sweep(folder); });
-    mTimer = GetServices().mMainThread->StartTimer(kInterval, [this] { KeepAll(); });
     host::AddListener(kStation_ProjectDocuments, this);
     host::AddListener(host::kBackendProjectActivationStationID, this);
 }
@@ -65,7 +65,6 @@ TextKeeper::~TextKeeper() {
     KeepAll();
     host::RemoveListener(host::kBackendProjectActivationStationID, this);
     host::RemoveListener(kStation_ProjectDocuments, this);
-    GetServices().mMainThread->StopTimer(mTimer);
 }
 
 void TextKeeper::ListenToMessage(const host::Message& message) {

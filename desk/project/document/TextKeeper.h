@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "desk/core/edges/MainThread.h"
 #include "desk/core/work/Lifetime.h"
 #include "desk/core/work/OrderedTasks.h"
 #include "desk/project/document/KeptText.h"
+#include "desk/project/document/OpenProjectTimer.h"
 #include "desk/project/document/ProjectDocument.h"
 #include "host/core/Export.h"
 #include "host/core/Messaging.h"
@@ -87,7 +87,7 @@ private:
     const LockRecord mOwner;
     std::map<const ProjectDocument*, Kept> mKept;
     OrderedTasks mTasks;
-    MainThread::TimerID mTimer = 0;
+    OpenProjectTimer mTimer;
     Lifetime mLifetime;
 };
 
