@@ -39,6 +39,9 @@ public:
     TimerID StartTimer(std::chrono::milliseconds interval, Task task) override;
     void StopTimer(TimerID timer) override;
     std::chrono::steady_clock::time_point Now() const override;
+    std::chrono::milliseconds GetTimeUnused() const override { return mTimeUnused; }
+    /// The program counts as used, unless the test says for how long it has not been.
+    std::chrono::milliseconds mTimeUnused{0};
 
 private:
     using Time = std::chrono::steady_clock::time_point;

@@ -7,7 +7,7 @@
 
 namespace desk {
 
-/// The edge to the event loop of the UI thread: its queue, delays, timers and clock.
+/// The edge to the event loop of the UI thread: its queue, delays, timers, clock and user.
 class ZUHOST_API MainThread {
 public:
     using Task = std::function<void()>;
@@ -24,6 +24,9 @@ public:
     virtual void StopTimer(TimerID timer) = 0;
     /// A clock that only moves forward; delays and timers follow it. Any thread.
     virtual std::chrono::steady_clock::time_point Now() const = 0;
+    /// How long nobody has used the program: no key, pointer, wheel or touch, and none of its windows became
+    /// active. UI thread.
+    virtual std::chrono::milliseconds GetTimeUnused() const = 0;
 };
 
 /// Runs a task as every main thread does: what it throws is logged, with `where` as the place that caught it.

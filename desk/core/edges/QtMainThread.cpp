@@ -22,6 +22,26 @@ using std::chrono::milliseconds;
 constexpr milliseconds kShortestBatch{8};
 constexpr milliseconds kLongestBatch{24};
 
+bool IsOfUser(QEvent::Type type) {
+    switch (type) {
+        case QEvent::KeyPress:
+        case QEvent::InputMethod:
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseMove:
+        case QEvent::Wheel:
+        case QEvent::TouchBegin:
+        case QEvent::TouchUpdate:
+        case QEvent::TabletPress:
+        case QEvent::TabletMove:
+        case QEvent::DragMove:
+        case QEvent::Drop:
+        case QEvent::WindowActivate:
+            return true;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 class QtMainThread::Receiver : public QObject {
@@ -31,6 +51,10 @@ public:
     TimerID StartTimer(milliseconds interval, Task task);
     void StopTimer(TimerID timer);
     bool IsIdleFor(milliseconds time) const;
+    /// When somebody last used the program; it begins as used.
+    Clock::time_point GetLastUse() const { return mLastUse; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected:
     void customEvent(QEvent*) override { RunBatch(); }
@@ -51,6 +75,7 @@ private:
     QBasicTimer mContinue;
     /// When the last batch that left tasks ended; else in the future.
     Clock::time_point mEndOfBatch = Clock::time_point::max();
+    Clock::time_point mLastUse = Clock::now();
     std::map<TimerID, QTimer*> mTimers;
     TimerID mLastTimer = 0;
 };
@@ -123,7 +148,14 @@ bool QtMainThread::Receiver::IsIdleFor(milliseconds time) const {
     return mTasks.empty() && (mDue.empty() || *mDue.begin() > Clock::now() + time);
 }
 
-QtMainThread::QtMainThread() : mReceiver(std::make_unique<Receiver>()) {}
+bool QtMainThread::Receiver::eventFilter(QObject*, QEvent* event) {
+    if (IsOfUser(event->type())) mLastUse = Clock::now();
+    return false;
+}
+
+QtMainThread::QtMainThread() : mReceiver(std::make_unique<Receiver>()) {
+    QCoreApplication::instance()->installEventFilter(mReceiver.get());
+}
 QtMainThread::~QtMainThread() = default;
 
 void QtMainThread::Post(Task task) {
@@ -150,6 +182,10 @@ bool QtMainThread::IsIdleFor(milliseconds time) const {
 
 Clock::time_point QtMainThread::Now() const {
     return Clock::now();
+}
+
+milliseconds QtMainThread::GetTimeUnused() const {
+    return std::chrono::duration_cast<milliseconds>(Clock::now() - mReceiver->GetLastUse());
 }
 
 }  // namespace desk

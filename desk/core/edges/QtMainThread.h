@@ -19,6 +19,7 @@ public:
     TimerID StartTimer(std::chrono::milliseconds interval, Task task) override;
     void StopTimer(TimerID timer) override;
     std::chrono::steady_clock::time_point Now() const override;
+    std::chrono::milliseconds GetTimeUnused() const override;
 
     /// True when no task waits, and none that was delayed falls due within `time`; timers do not count. UI
     /// thread.

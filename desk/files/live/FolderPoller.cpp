@@ -13,6 +13,14 @@ constexpr int kShareOfTime = 3;
 /// But after a hang it is asked again this soon.
 constexpr std::chrono::seconds kLongestInterval(30);
 
+/// So often at most while nobody uses the program: the volume and the processor are left alone, and who comes
+/// back sees what is new within two seconds.
+FolderPoller::Milliseconds ShortestInterval() {
+    const auto unused = GetServices().mMainThread->GetTimeUnused();
+    if (unused >= std::chrono::minutes(1)) return std::chrono::seconds(30);
+    return unused >= std::chrono::seconds(20) ? std::chrono::seconds(10) : FolderPoller::kInterval;
+}
+
 }  // namespace
 
 FolderPoller::~FolderPoller() {
@@ -37,22 +45,24 @@ void FolderPoller::Finished(const host::UTF16String& folder, Milliseconds durati
     if (found == mFolders.end() || !found->second.mIsUnderWay) return;
     found->second.mIsUnderWay = false;
     found->second.mInterval = std::clamp<Milliseconds>(kShareOfTime * duration, kInterval, kLongestInterval);
-    found->second.mDue = GetServices().mMainThread->Now() + found->second.mInterval - kInterval;
+    found->second.mFinished = GetServices().mMainThread->Now();
     --mUnderWay;
     StartWaiting();
 }
 
 FolderPoller::Milliseconds FolderPoller::GetInterval() const {
-    Milliseconds longest = kInterval;
+    Milliseconds longest = ShortestInterval();
     for (const auto& [folder, poll] : mFolders) longest = std::max(longest, poll.mInterval);
     return longest;
 }
 
 void FolderPoller::Tick() {
     const auto now = GetServices().mMainThread->Now();
+    const Milliseconds shortest = ShortestInterval();
     mWaiting.clear();
     for (const auto& [folder, poll] : mFolders)
-        if (!poll.mIsUnderWay && poll.mDue <= now) mWaiting.push_back(folder);
+        if (!poll.mIsUnderWay && poll.mFinished + std::max(shortest, poll.mInterval) - kInterval <= now)
+            mWaiting.push_back(folder);
     StartWaiting();
 }
 

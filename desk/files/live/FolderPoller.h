@@ -11,7 +11,8 @@
 namespace desk {
 
 /// Says when a folder is to be polled: every two seconds, few folders at a time, one that takes long less
-/// often, and none again before its last poll has finished. UI thread.
+/// often, all less often while nobody uses the program, and none again before its last poll has finished. UI
+/// thread.
 class FolderPoller {
 public:
     using Milliseconds = std::chrono::milliseconds;
@@ -26,12 +27,12 @@ public:
     void Add(const host::UTF16String& folder);
     void Remove(const host::UTF16String& folder);
     void Finished(const host::UTF16String& folder, Milliseconds duration);
-    /// The longest time between two polls of a folder.
+    /// The longest time between two polls of a folder at present.
     Milliseconds GetInterval() const;
 
 private:
     struct Poll {
-        std::chrono::steady_clock::time_point mDue;
+        std::chrono::steady_clock::time_point mFinished;
         Milliseconds mInterval = kInterval;
         bool mIsUnderWay = false;
     };

@@ -141,6 +141,10 @@ TEST(QtMainThreadTest, DelaysAndTimers) {
     });
     Exec(loop);
     EXPECT_EQ(order, "atbtt") << "a timer that its own task stopped ends";
+    EXPECT_GE(main.GetTimeUnused(), 50ms);
+    QEvent key(QEvent::KeyPress);
+    QCoreApplication::sendEvent(&loop, &key);
+    EXPECT_LT(main.GetTimeUnused(), 50ms);
 }
 
 TEST(MainThreadTest, QueueOnlyOnceRunsOnceAndMayQueueItselfAgain) {

@@ -312,6 +312,14 @@ TEST(FolderPollerTest, PollsFewFoldersAtATimeAndSlowOnesLessOften) {
     EXPECT_EQ(begun.size(), 0u);
     main.Advance(2s);
     EXPECT_EQ(finishAll(0ms), 20u);
+
+    main.mTimeUnused = 60s;
+    EXPECT_EQ(poller.GetInterval(), 30s) << "nobody uses the program";
+    main.Advance(26s);
+    EXPECT_EQ(begun.size(), 0u);
+    main.mTimeUnused = 0s;
+    main.Advance(2s);
+    EXPECT_EQ(begun.size(), 8u) << "somebody is back";
 }
 
 TEST_F(DirectoryMonitorTest, FollowsWhatLiesBelowMonitoredRootsOnly) {
