@@ -244,7 +244,7 @@ QList<QAccessibleInterface*> TreeAccessible::selectedCells() const {
 
 QList<int> TreeAccessible::selectedRows() const {
     QList<int> rows;
-    for (const host::RowRef& row : Tree().mSelected)
+    for (const host::RowRef& row : Tree().SelectedRowVec())
         if (const int index = Tree().IndexOfOpened(row.get()); index >= 0) rows << index;
     return rows;
 }

@@ -46,7 +46,7 @@ void PasteOnRows(const QWidget* view) {
 }
 
 bool TreeView::CanCut() const {
-    return IsSet(mTree.mCallbacks.mRowsDragged) && !mTree.mSelected.empty();
+    return IsSet(mTree.mCallbacks.mRowsDragged) && !mTree.mSelected.IsEmpty();
 }
 
 void TreeView::Cut() {

@@ -13,6 +13,7 @@
 #include "desk/core/work/Lifetime.h"
 #include "desk/toolkit/NodeImpl.h"
 #include "desk/toolkit/RowAccess.h"
+#include "desk/toolkit/SelectedRows.h"
 #include "desk/toolkit/TreeModel.h"
 #include "host/toolkit/UI_MultiColumnTree.h"
 
@@ -160,13 +161,24 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
 
     void Select(Row* row, bool deselectOthers, bool scrollIntoView, bool notify);
     void SelectRows(const RowVec& rows);
+    /// Makes those of the opened rows the selection for which `isMeant` holds.
+    void SelectOpened(const std::function<bool(const RowRef& row)>& isMeant);
     /// Keys go on from the selection: unless the current row is selected, the one that was selected last
     /// becomes it.
     void TakeKeyboardToSelection();
     void DeselectAll(bool notify);
     void SelectionChanged(const QItemSelection& selected, const QItemSelection& deselected);
     void NotifySelectionChanged();
-    QItemSelection RangesOf(const std::vector<Row*>& rows);
+    QItemSelection RangesOf(const std::vector<desk::SelectedRows::Run>& runs);
+    std::span<const RowRef> RowsOf(const desk::SelectedRows::Run& run) {
+        return std::span(ChildrenOf(run.mParent.get())).subspan(run.mFirst, run.mCount);
+    }
+    RowVec SelectedRowVec();
+    /// The row that was selected last; null when none is.
+    Row* LastSelected();
+    desk::SelectedRows::Run RunOfRow(const Row& row);
+    void SetSelection(desk::SelectedRows wanted);
+    void MarkSelected(bool isSelected);
     /// Makes `row` the current one (the one the keyboard starts from) without selecting or scrolling.
     void SetCurrentRow(Row* row);
     Row* CurrentRow() const;
@@ -229,7 +241,8 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     QPointer<desk::TreeView> mView;
     host::UI_CellEditor mCellEditor;
 
-    RowVec mSelected;
+    /// Each of them is marked, too.
+    desk::SelectedRows mSelected;
     bool mNotifiesSelection = true;
     bool mIsSettingSelection = false;
 

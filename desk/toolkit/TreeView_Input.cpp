@@ -157,7 +157,7 @@ void TreeView::contextMenuEvent(QContextMenuEvent* event) {
 Row* TreeView::RowForKeyboard() const {
     Row* current = mTree.CurrentRow();
     if (current && Access::IsSelected(*current)) return current;
-    return mTree.mSelected.empty() ? nullptr : mTree.mSelected.back().get();
+    return mTree.LastSelected();
 }
 
 void TreeView::SelectByUser(Row& row) {
@@ -259,16 +259,15 @@ QItemSelectionModel::SelectionFlags TreeView::selectionCommand(const QModelIndex
     if (!index.isValid() && !(mTree.mDeselectsOnEmptyClick && mTree.mSupportsNoneSelected))
         return QItemSelectionModel::NoUpdate;
     const bool couldEmpty = command & (QItemSelectionModel::Toggle | QItemSelectionModel::Deselect);
-    if (!mTree.mSupportsNoneSelected && couldEmpty && mTree.mSelected.size() == 1 &&
-        mTree.mSelected.front() == TreeModel::RowOf(index))
+    if (!mTree.mSupportsNoneSelected && couldEmpty && mTree.mSelected.Count() == 1 &&
+        mTree.LastSelected() == TreeModel::RowOf(index))
         return QItemSelectionModel::NoUpdate;
     return command;
 }
 
 void TreeView::selectAll() {
     if (selectionMode() != ExtendedSelection) return;
-    const std::vector<Row*> rows = mTree.AllOpened();
-    mTree.SelectRows(host::RowVec(rows.begin(), rows.end()));
+    mTree.SelectOpened([](const host::RowRef&) { return true; });
 }
 
 void TreeView::keyboardSearch(const QString& typed) {

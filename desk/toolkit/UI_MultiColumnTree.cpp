@@ -135,14 +135,24 @@ void UI_MultiColumnTree::SelectRows(const RowVec& rows) {
     ImplOf(*this).SelectRows(rows);
     ImplOf(*this).TakeKeyboardToSelection();
 }
+void UI_MultiColumnTree::SelectOpenedRows(const std::function<bool(const RowRef& row)>& isMeant) {
+    ImplOf(*this).SelectOpened(isMeant);
+    ImplOf(*this).TakeKeyboardToSelection();
+}
 void UI_MultiColumnTree::DeselectAllRows(bool notify) {
     ImplOf(*this).DeselectAll(notify);
 }
 RowVec UI_MultiColumnTree::GetSelectedRows() const {
-    return ImplOf(*this).mSelected;
+    return ImplOf(*this).SelectedRowVec();
 }
 std::size_t UI_MultiColumnTree::CountSelectedRows() const {
-    return ImplOf(*this).mSelected.size();
+    return ImplOf(*this).mSelected.Count();
+}
+void UI_MultiColumnTree::VisitSelectedRows(
+    const std::function<bool(std::span<const RowRef> rows)>& visitor) const {
+    TreeImpl& impl = ImplOf(*this);
+    for (const desk::SelectedRows::Run& run : impl.mSelected.Runs())
+        if (!visitor(impl.RowsOf(run))) return;
 }
 
 void UI_MultiColumnTree::SetSupportMultipleSelections(bool support) {

@@ -35,16 +35,17 @@ void TreeImpl::ExpandInView(Row& row) {
 void TreeImpl::DeselectBelow(Row& row) {
     if (Row* current = CurrentRow(); current && current->IsADescendent(row)) SetCurrentRow(&row);
     if (!IsAnySelectedBelow(row)) return;
-    RowVec kept = mSelected;
-    std::erase_if(kept, [&row](const RowRef& each) { return each->IsADescendent(row); });
-    SelectRows(kept);
+    desk::SelectedRows kept = mSelected;
+    kept.TakeBelow([&row](const RowRef& parent) { return parent == &row || parent->IsADescendent(row); });
+    SetSelection(std::move(kept));
 }
 
-/// Looks at the rows below or at the selected ones, whichever are fewer.
+/// Looks at the rows below or at the runs of selected ones, whichever are fewer.
 bool TreeImpl::IsAnySelectedBelow(const Row& row) const {
-    if (mSelected.size() <= CountOfShownBelow(&row))
-        return std::ranges::any_of(mSelected,
-                                   [&row](const RowRef& selected) { return selected->IsADescendent(row); });
+    if (mSelected.Runs().size() <= CountOfShownBelow(&row))
+        return std::ranges::any_of(mSelected.Runs(), [&row](const auto& run) {
+            return run.mParent && (run.mParent == &row || run.mParent->IsADescendent(row));
+        });
     return std::ranges::any_of(row.GetChildRows(), [this](const RowRef& child) {
         return Access::IsSelected(*child) || IsAnySelectedBelow(*child);
     });

@@ -155,7 +155,7 @@ void TreeImpl::Remove(const RowVec& rows) {
         RemoveChildren(parent, positions);
         if (parent) UpdateMayHaveChildren(*parent);
     }
-    std::erase_if(mSelected, [this](const RowRef& row) { return !IsMine(row.get()); });
+    mSelected.TakeBelow([this](const RowRef& parent) { return !IsMine(parent.get()); });
 }
 
 Row* TreeImpl::FindSuccessor(const Row& row, const std::function<bool(const Row*)>& isDoomed) {
@@ -217,6 +217,7 @@ void TreeImpl::TakeOut(Row* parent, std::size_t first, std::size_t last, bool te
         std::ptrdiff_t shown = 0;
         for (const RowRef& row : removed) shown += static_cast<std::ptrdiff_t>(CountOfShown(*row));
         AddShown(parent, -shown);
+        mSelected.RowsRemoved({RowRef(parent), std::uint32_t(first), std::uint32_t(last - first + 1)});
     }
     Renumber(parent, first);
     for (const RowRef& row : removed) Detach(*this, *row);
@@ -226,14 +227,14 @@ void TreeImpl::TakeOut(Row* parent, std::size_t first, std::size_t last, bool te
 
 void TreeImpl::RemoveAll() {
     if (ChildrenOf(nullptr).empty()) return;
-    const bool hadSelection = !mSelected.empty();
+    const bool hadSelection = !mSelected.IsEmpty();
     mView->ForgetHover();
     mModel.beginResetModel();
     const RowVec removed = std::move(ChildrenOf(nullptr));
     Access::ForgetChildren(*mRoot);
     for (const RowRef& row : removed) Detach(*this, *row);
     mVisible.clear();
-    mSelected.clear();
+    mSelected.Clear();
     mSortedKeys.clear();
     mHeldRow.reset();
     mHoldsScrollPosition = false;

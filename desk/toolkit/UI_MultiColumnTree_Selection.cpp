@@ -13,88 +13,120 @@ using Access = Row::Access;
 
 namespace {
 
-constexpr auto kClearAndSelect = QItemSelectionModel::ClearAndSelect;
+using desk::SelectedRows;
 
-/// The row at a position of a selection range.
-Row& RowOfRange(TreeImpl& tree, const QItemSelectionRange& range, int position) {
-    const Row* parent = Access::Parent(*desk::TreeModel::RowOf(range.topLeft()));
-    return *tree.ChildrenOf(parent)[std::size_t(position)];
+constexpr auto kClearAndSelect = QItemSelectionModel::ClearAndSelect;
+/// So many rows further on memory is asked for what will be looked at: rows lie anywhere in it.
+constexpr std::uint32_t kRowsAhead = 8;
+
+SelectedRows::Run RunOf(const QItemSelectionRange& range) {
+    return {RowRef(Access::Parent(*desk::TreeModel::RowOf(range.topLeft()))), std::uint32_t(range.top()),
+            std::uint32_t(range.height())};
+}
+
+std::vector<SelectedRows::Run> RunsOf(const QItemSelection& ranges) {
+    std::vector<SelectedRows::Run> runs;
+    for (const QItemSelectionRange& range : ranges)
+        if (range.isValid()) runs.push_back(RunOf(range));
+    return runs;
+}
+
+/// Appends the opened rows below `parent` for which `isMeant` holds to `selected`.
+void AppendOpened(TreeImpl& tree, const RowRef& parent, const std::function<bool(const RowRef&)>& isMeant,
+                  SelectedRows& selected) {
+    const std::vector<RowRef>& rows = tree.ChildrenOf(parent.get());
+    const std::uint32_t count = tree.CountOfLaidOutChildren(parent.get());
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (i + kRowsAhead < count) __builtin_prefetch(&Access::IsSelected(*rows[i + kRowsAhead]));
+        if (isMeant(rows[i])) selected.Append({parent, i, 1});
+        if (rows[i]->IsOpen()) AppendOpened(tree, rows[i], isMeant, selected);
+    }
 }
 
 }  // namespace
 
-QItemSelection TreeImpl::RangesOf(const std::vector<Row*>& rows) {
-    struct Place {
-        const Row* mParent;
-        int mPosition;
-        auto operator<=>(const Place&) const = default;
-    };
-    std::vector<Place> places;
-    places.reserve(rows.size());
-    for (const Row* row : rows) places.push_back({Access::Parent(*row), PositionOf(*row)});
-    if (!std::is_sorted(places.begin(), places.end())) std::sort(places.begin(), places.end());
+QItemSelection TreeImpl::RangesOf(const std::vector<SelectedRows::Run>& runs) {
     const int lastColumn = mModel.columnCount() - 1;
     QItemSelection selection;
-    for (std::size_t i = 0; i < places.size();) {
-        std::size_t end = i + 1;
-        while (end < places.size() && places[end].mParent == places[i].mParent &&
-               places[end].mPosition <= places[end - 1].mPosition + 1)
-            ++end;
-        const std::vector<RowRef>& beside = ChildrenOf(places[i].mParent);
-        const QModelIndex first = mModel.IndexOf(beside[std::size_t(places[i].mPosition)].get());
-        const QModelIndex last =
-            mModel.IndexOf(beside[std::size_t(places[end - 1].mPosition)].get(), lastColumn);
-        selection.append(QItemSelectionRange(first, last));
-        i = end;
+    for (const SelectedRows::Run& run : runs) {
+        const std::span<const RowRef> rows = RowsOf(run);
+        selection.append(QItemSelectionRange(mModel.IndexOf(rows.front().get()),
+                                             mModel.IndexOf(rows.back().get(), lastColumn)));
     }
     return selection;
+}
+
+RowVec TreeImpl::SelectedRowVec() {
+    RowVec rows;
+    rows.reserve(mSelected.Count());
+    for (const SelectedRows::Run& run : mSelected.Runs())
+        std::ranges::copy(RowsOf(run), std::back_inserter(rows));
+    return rows;
+}
+
+Row* TreeImpl::LastSelected() {
+    return mSelected.IsEmpty() ? nullptr : RowsOf(mSelected.Runs().back()).back().get();
 }
 
 void TreeImpl::Select(Row* row, bool deselectOthers, bool scrollIntoView, bool notify) {
     if (!row || !IsInModel(*row)) return;
     const bool notifiedBefore = std::exchange(mNotifiesSelection, notify);
-    const bool isAlone = mSelected.size() == 1 && Access::IsSelected(*row);
+    const bool isAlone = mSelected.Count() == 1 && Access::IsSelected(*row);
     const bool isMultiple = mView->selectionMode() == QAbstractItemView::ExtendedSelection;
     if (!isAlone)
-        mView->selectionModel()->select(
-            RangesOf({row}), deselectOthers || !isMultiple ? kClearAndSelect : QItemSelectionModel::Select);
+        mView->selectionModel()->select(RangesOf({RunOfRow(*row)}), deselectOthers || !isMultiple
+                                                                        ? kClearAndSelect
+                                                                        : QItemSelectionModel::Select);
     SetCurrentRow(row);
     mNotifiesSelection = notifiedBefore;
     if (scrollIntoView) ScrollIntoView(*row, false, 0, false);
 }
 
+SelectedRows::Run TreeImpl::RunOfRow(const Row& row) {
+    return {RowRef(const_cast<Row*>(Access::Parent(row))), std::uint32_t(PositionOf(row)), 1};
+}
+
+void TreeImpl::MarkSelected(bool isSelected) {
+    for (const SelectedRows::Run& run : mSelected.Runs())
+        for (const RowRef& row : RowsOf(run)) Access::IsSelected(*row) = isSelected;
+}
+
 void TreeImpl::SelectRows(const RowVec& rows) {
-    std::vector<Row*> wanted;
-    RowVec inOrder;
+    MarkSelected(false);
+    SelectedRows wanted;
+    for (const RowRef& row : rows)
+        if (row && IsInModel(*row) && !std::exchange(Access::IsSelected(*row), true))
+            wanted.Append(RunOfRow(*row));
     for (const RowRef& row : rows)
         if (row) Access::IsSelected(*row) = false;
-    for (const RowRef& row : rows) {
-        if (!row || !IsInModel(*row) || Access::IsSelected(*row)) continue;
-        Access::IsSelected(*row) = true;
-        wanted.push_back(row.get());
-        inOrder.push_back(row);
-    }
-    for (const RowRef& row : inOrder) Access::IsSelected(*row) = false;
-    if (mView->selectionMode() == QAbstractItemView::SingleSelection && wanted.size() > 1) {
-        wanted.resize(1);
-        inOrder.resize(1);
-    }
+    SetSelection(std::move(wanted));
+}
+
+void TreeImpl::SelectOpened(const std::function<bool(const RowRef& row)>& isMeant) {
+    SelectedRows wanted;
+    AppendOpened(*this, {}, isMeant, wanted);
+    SetSelection(std::move(wanted));
+}
+
+void TreeImpl::SetSelection(SelectedRows wanted) {
+    if (mView->selectionMode() == QAbstractItemView::SingleSelection) wanted.KeepFirst();
     mIsSettingSelection = true;
     // Emptied first: Qt compares each old range with each new one.
     mView->selectionModel()->clearSelection();
-    if (!wanted.empty()) mView->selectionModel()->select(RangesOf(wanted), QItemSelectionModel::Select);
+    if (!wanted.IsEmpty())
+        mView->selectionModel()->select(RangesOf(wanted.RunsByPlace()), QItemSelectionModel::Select);
     mIsSettingSelection = false;
-    const bool changed = inOrder != mSelected;
-    for (const RowRef& row : mSelected) Access::IsSelected(*row) = false;
-    for (const RowRef& row : inOrder) Access::IsSelected(*row) = true;
-    mSelected = std::move(inOrder);
+    const bool changed = wanted != mSelected;
+    MarkSelected(false);
+    mSelected = std::move(wanted);
+    MarkSelected(true);
     if (changed && mNotifiesSelection) RunLater(mNotifyLater, &TreeImpl::NotifySelectionChanged);
 }
 
 void TreeImpl::TakeKeyboardToSelection() {
     Row* current = CurrentRow();
     const bool isThere = current && Access::IsSelected(*current);
-    if (!isThere && !mSelected.empty()) SetCurrentRow(mSelected.back().get());
+    if (!isThere && !mSelected.IsEmpty()) SetCurrentRow(LastSelected());
 }
 
 void TreeImpl::DeselectAll(bool notify) {
@@ -105,26 +137,19 @@ void TreeImpl::DeselectAll(bool notify) {
 
 void TreeImpl::SelectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
     if (mIsSettingSelection) return;
-    for (const QItemSelectionRange& range : deselected)
-        if (range.isValid())
-            for (int i = range.top(); i <= range.bottom(); ++i)
-                Access::IsSelected(RowOfRange(*this, range, i)) = false;
-    if (!deselected.isEmpty())
-        std::erase_if(mSelected, [](const RowRef& row) { return !Access::IsSelected(*row); });
-    for (const QItemSelectionRange& range : selected) {
-        if (!range.isValid()) continue;
-        for (int i = range.top(); i <= range.bottom(); ++i) {
-            Row& row = RowOfRange(*this, range, i);
-            if (std::exchange(Access::IsSelected(row), true)) continue;
-            mSelected.emplace_back(&row);
-        }
-    }
+    std::vector<SelectedRows::Run> gone = RunsOf(deselected);
+    for (const SelectedRows::Run& run : gone)
+        for (const RowRef& row : RowsOf(run)) Access::IsSelected(*row) = false;
+    if (!gone.empty()) mSelected.Take(std::move(gone));
+    for (const SelectedRows::Run& run : RunsOf(selected))
+        for (std::uint32_t i = run.mFirst; i < run.End(); ++i)
+            if (!std::exchange(Access::IsSelected(*ChildrenOf(run.mParent.get())[i]), true))
+                mSelected.Append({run.mParent, i, 1});
     if (mNotifiesSelection) RunLater(mNotifyLater, &TreeImpl::NotifySelectionChanged);
 }
 
 void TreeImpl::NotifySelectionChanged() {
-    const RowVec selected = mSelected;
-    desk::Call(mCallbacks.mSelectionChanged, selected);
+    desk::Call(mCallbacks.mSelectionChanged, SelectedRowVec());
 }
 
 void TreeImpl::SetCurrentRow(Row* row) {

@@ -329,6 +329,7 @@ void TreeImpl::InsertSorted(Row* parent, std::size_t countBefore, bool areInName
                     insertion.mSorted.begin() + std::ptrdiff_t(end));
         Access::ChildrenOf(parent ? *parent : *mRoot).mCountOfLaidOut += std::uint32_t(end - begin);
         Renumber(parent, place);
+        mSelected.RowsInserted({RowRef(parent), std::uint32_t(place), std::uint32_t(end - begin)});
         std::ptrdiff_t shown = 0;
         for (std::size_t i = begin; i < end; ++i)
             shown += static_cast<std::ptrdiff_t>(CountOfShown(*insertion.mSorted[i]));
@@ -402,6 +403,7 @@ void TreeImpl::Reorder(const Row* parent, const Order& order) {
     std::move(rows.begin() + std::ptrdiff_t(order.size()), rows.end(), std::back_inserter(reordered));
     rows = std::move(reordered);
     Renumber(parent, 0);
+    mSelected.RowsReordered(parent, order);
 }
 
 void TreeImpl::BeginLayoutChange() {

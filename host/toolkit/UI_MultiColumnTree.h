@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -87,11 +88,19 @@ public:
     void SelectRow(UI_MultiColumnTreeRow* row, bool deselectOthers, bool scrollIntoView, bool notify);
     /// Makes `rows` the selection; large numbers of rows are selected in one step.
     void SelectRows(const RowVec& rows);
+    /// Makes those of the opened rows the selection for which `isMeant` holds; each is asked for once.
+    void SelectOpenedRows(const std::function<bool(const RowRef& row)>& isMeant);
     /// Leaves no row selected; with `notify` the selection-changed callback is called.
     void DeselectAllRows(bool notify);
-    /// The selected rows in the order in which they were selected.
+    /// The selected rows in the order in which they were selected. Makes a list of them: a hundred thousand
+    /// take a millisecond or two.
     RowVec GetSelectedRows() const;
+    /// How many they are, without looking at each.
     std::size_t CountSelectedRows() const;
+    /// Hands the selected rows to `visitor` in that order, until it answers false: at a time all those that
+    /// stand one after another under one row. Makes no list: costs what `visitor` does, which changes nothing
+    /// in the tree.
+    void VisitSelectedRows(const std::function<bool(std::span<const RowRef> rows)>& visitor) const;
     /// The user may select several rows, by Ctrl, Shift and Select All; false by default.
     void SetSupportMultipleSelections(bool support);
     /// The user may deselect the last selected row; true by default.

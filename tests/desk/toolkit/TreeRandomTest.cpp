@@ -95,6 +95,30 @@ protected:
         mSelected = NamesOf(chosen);
     }
 
+    void SelectMost() {
+        const auto isMeant = [](const host::RowRef& row) {
+            return DataOf(*row).mName.find('7') == std::string::npos;
+        };
+        mTree->SelectOpenedRows(isMeant);
+        host::RowVec meant = mTree->GetOpenedRows();
+        std::erase_if(meant, std::not_fn(isMeant));
+        mSelected = NamesOf(meant);
+    }
+
+    /// As with Ctrl and the mouse, one after another.
+    void ToggleSelected() {
+        for (int count = Pick(4); count > 0; --count) {
+            const int all = int(mTree->CountOpenedRows());
+            QModelIndex index = View().model()->index(0, 0);
+            for (int i = all > 0 ? Pick(all) : 0; i > 0; --i) index = View().indexBelow(index);
+            View().selectionModel()->select(index, QItemSelectionModel::Toggle | QItemSelectionModel::Rows);
+            if (!index.isValid()) return;
+            const std::string name =
+                DataOf(*static_cast<host::UI_MultiColumnTreeRow*>(index.internalPointer())).mName;
+            if (std::erase(mSelected, name) == 0) mSelected.push_back(name);
+        }
+    }
+
     void TurnSorting() {
         mIsAscending = !mIsAscending;
         mHeader->SetSortDirection(mIsAscending);
@@ -105,7 +129,8 @@ protected:
         constexpr void (TreeRandomTest::*kSteps[])() = {
             &TreeRandomTest::AddRows,    &TreeRandomTest::AddRows,    &TreeRandomTest::AddRows,
             &TreeRandomTest::RemoveRows, &TreeRandomTest::ToggleRow,  &TreeRandomTest::ToggleRow,
-            &TreeRandomTest::SelectSome, &TreeRandomTest::TurnSorting};
+            &TreeRandomTest::SelectSome, &TreeRandomTest::SelectMost, &TreeRandomTest::ToggleSelected,
+            &TreeRandomTest::TurnSorting};
         (this->*kSteps[Pick(int(std::size(kSteps)))])();
     }
 
@@ -117,6 +142,7 @@ protected:
         for (std::string& name : expected) name.erase(0, name.find_first_not_of(' '));
         ASSERT_EQ(ShownByView(), expected);
         ASSERT_EQ(NamesOf(mTree->GetSelectedRows()), mSelected);
+        ASSERT_EQ(mTree->CountSelectedRows(), mSelected.size());
         const auto asSet = [](const Rows& rows) { return std::multiset(rows.begin(), rows.end()); };
         ASSERT_EQ(asSet(ShownByView(true)), asSet(mSelected));
     }
