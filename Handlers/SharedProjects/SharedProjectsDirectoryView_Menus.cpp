@@ -14,7 +14,7 @@ bool SharedProjectsDirectoryView::OnRowContextMenu(const RowRef& row, Point poin
         HandleContextMenuNoSelection(point);
         return true;
     }
-    const int types = Utils::GetPathTypes(mItems.GetSelectedPaths());
+    const int types = mItems.GetSelectedTypes();
     const bool areMixed = (types & Utils::kPathTypeFile) && (types & Utils::kPathTypeFolder);
     if (types & Utils::kPathTypeTrashFolder)
         HandleContextMenuTrash(point);
@@ -67,8 +67,7 @@ bool SharedProjectsDirectoryView::UI_DoKeyboardEvent(UI_Node* node, const UI_Key
 }
 
 bool SharedProjectsDirectoryView::IsOneVisibleRowSelected() const {
-    const RowVec rows = GetTree()->GetSelectedRows();
-    return rows.size() == 1 && GetTree()->IsRowVisible(rows.front().get());
+    return GetTree()->IsRowVisible(GetTree()->GetOnlySelectedRow().get());
 }
 
 }  // namespace HandlerSharedProjects

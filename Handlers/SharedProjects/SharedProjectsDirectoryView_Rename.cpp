@@ -99,8 +99,8 @@ UTF16String FollowFolder(const UTF16String& path, const UTF16String& from, const
 }  // namespace
 
 UTF16String SharedProjectsDirectoryView::DescribeWhySelectionIsNotRenamed() const {
-    const RowVec rows = GetTree()->GetSelectedRows();
-    if (rows.size() == 1) return Utils::DescribeWhyNotRenamed(GetRowPath(rows.front().get()));
+    const RowRef row = GetTree()->GetOnlySelectedRow();
+    if (row) return Utils::DescribeWhyNotRenamed(GetRowPath(row.get()));
     return ZString(
         "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/RenameOne=Only one item can be renamed at a time.");
 }
@@ -113,8 +113,7 @@ void SharedProjectsDirectoryView::RenameSelection() {
 }
 
 void SharedProjectsDirectoryView::OnRowSingleClickDown(const RowRef&, Point) {
-    const RowVec rows = GetTree()->GetSelectedRows();
-    mRowAwaitingRename = rows.size() == 1 ? rows.front() : RowRef();
+    mRowAwaitingRename = GetTree()->GetOnlySelectedRow();
 }
 
 void SharedProjectsDirectoryView::OnRowSingleClickUp(const RowRef& row, Point point) {
@@ -138,7 +137,7 @@ bool SharedProjectsDirectoryView::UI_DoTimerNotify(UI_TimerID id) {
 
 /// What was selected since is not meant.
 void SharedProjectsDirectoryView::RenameIfAlone(const RowRef& row) {
-    if (row && GetTree()->GetSelectedRows() == RowVec{row} && DescribeWhySelectionIsNotRenamed().empty())
+    if (row && GetTree()->GetOnlySelectedRow() == row && DescribeWhySelectionIsNotRenamed().empty())
         InstallNameEditText(row);
 }
 

@@ -7,7 +7,6 @@
 #include "Handlers/SharedProjects/SharedProjectsHandler.h"
 #include "Handlers/SharedProjects/SharedProjectsTabView.h"
 #include "host/files/PathUtils.h"
-#include "host/framework/MenuUtils.h"
 #include "host/project/KnownProjects.h"
 #include "host/project/ProjectLockFile.h"
 #include "host/project/SharedProjectsManager.h"
@@ -202,63 +201,6 @@ void SharedProjectsItemTree::HoldUpdates(bool hold) {
         if (const RowRef row = mOwner.GetRowFromPath(path)) UpdateRow(row);
     }
     if (std::exchange(mIsSortOwed, false)) mQueuedSort->Queue();
-}
-
-UTF16StringVec SharedProjectsItemTree::GetSelectedPaths() const {
-    UTF16StringVec paths;
-    for (const RowRef& row : mTree->GetSelectedRows())
-        if (UTF16String path = GetPath(row); !path.empty()) paths.push_back(std::move(path));
-    return paths;
-}
-
-UTF16StringVec SharedProjectsItemTree::GetSelectedNonRedundantPaths() const {
-    UTF16StringVec paths;
-    for (const RowRef& row : Utils::GetNonRedundantRows(mTree->GetSelectedRows()))
-        paths.push_back(GetPath(row));
-    return paths;
-}
-
-void SharedProjectsItemTree::SelectRowsByPaths(const UTF16StringVec& paths) {
-    RowVec rows;
-    for (const UTF16String& path : paths)
-        if (RowRef row = mOwner.GetRowFromPath(path)) rows.push_back(std::move(row));
-    // One alone is also where the arrow keys go on.
-    if (rows.size() == 1)
-        mTree->SelectRow(rows.front().get(), true, false, true);
-    else
-        mTree->SelectRows(rows);
-}
-
-void SharedProjectsItemTree::SelectOpenedRows(const std::function<bool(const RowRef& row)>& isMeant) {
-    RowVec rows = mTree->GetOpenedRows();
-    std::erase_if(rows, std::not_fn(isMeant));
-    mTree->SelectRows(rows);
-}
-
-void SharedProjectsItemTree::SelectForContextMenu(const RowRef& row) {
-    if (!row)
-        mTree->DeselectAllRows(true);
-    else if (std::ranges::count(mTree->GetSelectedRows(), row) == 0)
-        mTree->SelectRow(row.get(), true, false, true);
-    // The menu asks for the status of commands before the tree tells of its selection.
-    if (const auto tabView = mTabView.lock()) tabView->OnSelectionChanged();
-}
-
-void SharedProjectsItemTree::TrackContextMenu(const char* menuID, Point point) {
-    MenuUtils::TrackContextMenu(Menu::Load(menuID), *mTree, point);
-}
-
-void SharedProjectsItemTree::SelectNextWhenSelectionHasGone() {
-    using Order = SelectionAfterRemoval::Order;
-    const auto isHit = mOwner.GetHitTest();
-    const auto mayBeSelected = [&](const RowRef& row) {
-        return !Utils::IsInTrash(GetPath(row), true) && (!isHit || isHit(row));
-    };
-    mSelectionAfterRemoval.Expect(*mTree, mayBeSelected, isHit ? Order::AsShown : Order::FolderFirst);
-}
-
-void SharedProjectsItemTree::OnRowsRemoved() {
-    mSelectionAfterRemoval.OnRowsRemoved(*mTree, [this](const RowRef& row) { return !GetPath(row).empty(); });
 }
 
 void SharedProjectsItemTree::OnRowDoubleClicked(const RowRef& row) {

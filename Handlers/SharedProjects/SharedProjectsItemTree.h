@@ -4,7 +4,10 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
+#include <unordered_set>
+#include <vector>
 
 #include "Handlers/SharedProjects/SharedProjectsColumns.h"
 #include "Handlers/SharedProjects/SharedProjectsSelectionAfterRemoval.h"
@@ -93,6 +96,15 @@ public:
     /// Those but what lies inside another selected row's folder.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
     std::size_t CountSelectedRows() const { return mTree->CountSelectedRows(); }
+    /// True when one of those paths is the one that is sought. No path behind it is composed.
+    bool IsAnySelected(const std::function<bool(const UTF16String& path)>& isSought) const;
+    /// The kinds of the selected items, as `Utils::GetPathTypes` tells them.
+    int GetSelectedTypes() const;
+    /// The open projects whose rows are selected, in no order.
+    std::vector<ProjectRef> FindSelectedOpenProjects() const;
+    /// `Utils::DescribeWhyNotDeleted` of the selected items. Asks only of those that anything is known of which
+    /// could keep them: folders, and projects with a lock.
+    UTF16String DescribeWhySelectionStays() const;
     /// Makes the rows of `paths` the selection; paths without a row are passed over.
     void SelectRowsByPaths(const UTF16StringVec& paths);
     /// Makes those of the opened rows the selection for which `isMeant` holds.
@@ -133,6 +145,10 @@ private:
     void SetupTree();
     void SetupHeaderRow();
     /// Null for a row that is not visible.
+    using RowSet = std::unordered_set<const UI_MultiColumnTreeRow*>;
+    std::optional<RowSet> FindLockedRowsBeside(const RowRef& row) const;
+    /// In their order, until `visitor` answers false; false then.
+    bool VisitSelected(const std::function<bool(const RowRef& row)>& visitor) const;
     const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
     void UpdateMetadataForRow(const RowRef& row, bool exposed);
     /// True when rows are sorted by what the volume tells of projects.

@@ -106,7 +106,7 @@ void SharedProjectsSearchResultsView::OnRowSelectionChanged(const RowVec&) {
 
 bool SharedProjectsSearchResultsView::OnRowContextMenu(const RowRef& row, Point point) {
     mItems.SelectForContextMenu(row);
-    const int types = row ? Utils::GetPathTypes(mItems.GetSelectedPaths()) : 0;
+    const int types = row ? mItems.GetSelectedTypes() : 0;
     if ((types & ~Utils::kPathTypeFolder) == Utils::kPathTypeFile)
         HandleContextMenuProject(point);
     else if (row)

@@ -243,7 +243,7 @@ void SharedProjectsTabView::OnEditTextValueChanged() {
     mTreeView->GetSearchResultsView()->Find(text);
     mPreviousSearchText = text;
     mTreeView->SetView(text.empty() ? TreeViewType::DirectoryView : TreeViewType::SearchResultsView);
-    ForgetKnownSelection();
+    ForgetWhySelectionStays();
     UpdateControlEnabledStates();
     UpdateSelectionCount();
 }
@@ -259,13 +259,13 @@ void SharedProjectsTabView::OnSearchBoxLeft() {
 }
 
 void SharedProjectsTabView::OnSelectionChanged() {
-    ForgetKnownSelection();
+    ForgetWhySelectionStays();
     UpdateControlEnabledStates();
     UpdateSelectionCount();
 }
 
 void SharedProjectsTabView::OnTreeChanged() {
-    ForgetKnownSelection();
+    ForgetWhySelectionStays();
     if (std::exchange(mIsTreeChangeQueued, true)) return;
     AsyncCallFromMainThread(
         [weakSelf = weak_from_this()] {
@@ -282,18 +282,8 @@ void SharedProjectsTabView::FollowTreeChange() {
     UpdateControlEnabledStates();
 }
 
-const UTF16StringVec& SharedProjectsTabView::GetKnownSelection() const {
-    if (!mKnownSelection) mKnownSelection = GetSelectedPaths();
-    return *mKnownSelection;
-}
-
-void SharedProjectsTabView::ForgetKnownSelection() {
-    mKnownSelection.reset();
-    mWhySelectionStays.reset();
-}
-
 void SharedProjectsTabView::UpdateControlEnabledStatesLater() {
-    ForgetKnownSelection();
+    ForgetWhySelectionStays();
     if (mQueuedControlUpdate) mQueuedControlUpdate->Queue();
 }
 
@@ -304,6 +294,11 @@ bool SharedProjectsTabView::AreTreeViewsCreated() const {
 
 SharedProjectsItemTree* SharedProjectsTabView::GetShownItems() const {
     return AreTreeViewsCreated() ? &mTreeView->GetShownItems() : nullptr;
+}
+
+std::size_t SharedProjectsTabView::CountSelectedRows() const {
+    const SharedProjectsItemTree* items = GetShownItems();
+    return items ? items->CountSelectedRows() : 0;
 }
 
 UTF16StringVec SharedProjectsTabView::GetSelectedPaths() const {

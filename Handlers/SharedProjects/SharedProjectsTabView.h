@@ -106,10 +106,10 @@ public:
     UTF16StringVec GetSelectedPaths() const;
     /// The same without those inside another selected row's folder.
     UTF16StringVec GetSelectedNonRedundantPaths() const;
-    /// The paths of the selection, for the status of commands: kept until the selection or a row changes.
-    const UTF16StringVec& GetKnownSelection() const;
+    /// How many rows of the tree that is shown are selected; 0 while there is none.
+    std::size_t CountSelectedRows() const;
     /// Why not all of the selection may go to the trash, as far as is known: a sentence for the user; empty
-    /// when it may. Kept likewise.
+    /// when it may. Kept until the selection or a row changes.
     const UTF16String& DescribeWhySelectionStays() const;
     /// Those of them that may be moved to the trash; `reasons` becomes a sentence for each of the others that
     /// says why not. May wait for the volume. Throws `FileException` when the user cancelled looking into a
@@ -190,7 +190,7 @@ private:
     static Rect GetNewFolderButtonBounds(const Rect& bounds);
     static Rect GetTrashButtonBounds(const Rect& bounds);
 
-    void ForgetKnownSelection();
+    void ForgetWhySelectionStays() { mWhySelectionStays.reset(); }
     void UpdateControlEnabledStatesLater();
     void FollowTreeChange();
 
@@ -220,7 +220,6 @@ private:
     Columns::ColumnWidths mColumnIDToBaseWidth;
     /// From 0 to 1.
     double mZoomAmount = 0;
-    mutable std::optional<UTF16StringVec> mKnownSelection;
     mutable std::optional<UTF16String> mWhySelectionStays;
     RefPtr<QueueOnlyOnce> mQueuedControlUpdate;
     bool mIsTreeChangeQueued = false;

@@ -165,15 +165,15 @@ void CopyBesideThemselves(const UTF16StringVec& paths, UTF16StringVec& copies) {
 }
 
 CommandStatus FindCreationStatus(const SharedProjectsTabView& panel) {
-    const UTF16StringVec& selected = panel.GetKnownSelection();
-    if (selected.empty())
-        return EnabledIf(!SharedProjectsHandler::GetRootDirectory().empty(), kNoProductionIsOpen);
-    if (selected.size() > 1)
+    const std::size_t count = panel.CountSelectedRows();
+    if (count == 0) return EnabledIf(!SharedProjectsHandler::GetRootDirectory().empty(), kNoProductionIsOpen);
+    if (count > 1)
         return ZString(
             "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/SeveralPlaces=Several items are selected. Select the one "
             "folder or project that shows where the new item belongs.");
     return EnabledIf(
-        !IsInZuProductionTrash(selected.front(), true),
+        !panel.GetShownItems()->IsAnySelected(
+            [](const auto& path) { return IsInZuProductionTrash(path, true); }),
         "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/PlaceInTrash=Nothing new can be put into the trash.");
 }
 
@@ -255,7 +255,7 @@ bool OnRevealRootInSystemCommand(SharedProjectsTabView&) {
 }
 
 CommandStatus FindSelectionStatus(const SharedProjectsTabView& panel) {
-    return EnabledIf(!panel.GetKnownSelection().empty(), kNothingIsSelected);
+    return EnabledIf(panel.CountSelectedRows() > 0, kNothingIsSelected);
 }
 
 bool OnRevealItemInSystemCommand(SharedProjectsTabView& panel) {
@@ -268,7 +268,7 @@ bool OnRevealItemInSystemCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnRenameItemCommandStatus(const SharedProjectsTabView& panel) {
-    if (panel.GetKnownSelection().empty()) return ZString(kNothingIsSelected);
+    if (panel.CountSelectedRows() == 0) return ZString(kNothingIsSelected);
     if (panel.GetTreeView().GetViewType() == TreeViewType::SearchResultsView)
         return ZString(
             "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/RenameHit=Nothing can be renamed among the results of a "
@@ -330,8 +330,8 @@ void SharedProjectsTabView::LeaveSearch() {
 
 const UTF16String& SharedProjectsTabView::DescribeWhySelectionStays() const {
     if (!mWhySelectionStays)
-        mWhySelectionStays = GetKnownSelection().empty() ? ZString(kNothingIsSelected)
-                                                         : Utils::DescribeWhyNotDeleted(GetKnownSelection());
+        mWhySelectionStays = CountSelectedRows() == 0 ? ZString(kNothingIsSelected)
+                                                      : GetShownItems()->DescribeWhySelectionStays();
     return *mWhySelectionStays;
 }
 

@@ -36,9 +36,9 @@ ProjectVec GetOpenProjectsOfProduction() {
     return projects;
 }
 
-bool IsAnyOpen(const UTF16StringVec& paths) {
-    return OpenProjectCount() > 0 &&
-           std::ranges::any_of(paths, [](const UTF16String& path) { return IsProjectOpen(path); });
+ProjectVec FindSelectedOpenProjects(const SharedProjectsTabView& panel) {
+    const SharedProjectsItemTree* items = panel.GetShownItems();
+    return items ? items->FindSelectedOpenProjects() : ProjectVec();
 }
 
 /// The projects that are open among `paths`, in their order.
@@ -56,8 +56,13 @@ struct ToggleLockState {
     bool mIsReadOnly = true;
 };
 
-ToggleLockState GetToggleLockState(const UTF16StringVec& paths) {
-    if (!DocumentManager::Instance() || paths.empty()) return {ZString(kNoOpenProjectIsSelected)};
+ToggleLockState GetToggleLockState(const SharedProjectsTabView& panel) {
+    const std::size_t count = panel.CountSelectedRows();
+    if (!DocumentManager::Instance() || count == 0) return {ZString(kNoOpenProjectIsSelected)};
+    // Each of these is asked for: they are few.
+    if (count > static_cast<std::size_t>(OpenProjectCount()))
+        return {ZString(count == 1 ? kNoOpenProjectIsSelected : kNotAllAreOpen)};
+    const UTF16StringVec paths = panel.GetSelectedPaths();
     ToggleLockState state{UTF16String()};
     for (const UTF16String& path : paths) {
         ProjectRef project;
@@ -74,12 +79,15 @@ ToggleLockState GetToggleLockState(const UTF16StringVec& paths) {
 }
 
 CommandStatus OnOpenProjectCommandStatus(const SharedProjectsTabView& panel) {
-    const UTF16StringVec& selected = panel.GetKnownSelection();
-    const auto isClosed = [](const UTF16String& path) { return !IsProjectOpen(path); };
-    if (std::ranges::all_of(selected, PathUtils::IsDirectory))
+    const SharedProjectsItemTree* items = panel.GetShownItems();
+    bool isAnyProject = false;
+    const bool isAnyClosed = items && items->IsAnySelected([&isAnyProject](const UTF16String& path) {
+        const bool isProject = !PathUtils::IsDirectory(path);
+        isAnyProject = isAnyProject || isProject;
+        return isProject && !IsProjectOpen(path);
+    });
+    if (!isAnyProject)
         return ZString("$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NoProject=No project is selected.");
-    const bool isAnyClosed = std::ranges::any_of(
-        selected, [&](const UTF16String& path) { return !PathUtils::IsDirectory(path) && isClosed(path); });
     return EnabledIf(
         DocumentManager::Instance() && isAnyClosed,
         "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/OpenAlready=What is selected is open already.");
@@ -94,7 +102,7 @@ bool OnOpenProjectCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnCloseProjectCommandStatus(const SharedProjectsTabView& panel) {
-    return EnabledIf(DocumentManager::Instance() && IsAnyOpen(panel.GetKnownSelection()),
+    return EnabledIf(DocumentManager::Instance() && !FindSelectedOpenProjects(panel).empty(),
                      kNoOpenProjectIsSelected);
 }
 
@@ -104,7 +112,7 @@ bool OnCloseProjectCommand(SharedProjectsTabView& panel) {
 }
 
 CommandStatus OnCloseAllOtherProjectsCommandStatus(const SharedProjectsTabView& panel) {
-    if (!IsAnyOpen(panel.GetKnownSelection())) return ZString(kNoOpenProjectIsSelected);
+    if (FindSelectedOpenProjects(panel).empty()) return ZString(kNoOpenProjectIsSelected);
     return EnabledIf(DocumentManager::Instance() && OpenProjectCount() > 1,
                      "$$$/Vantor/Handlers/ZuProductionFolder/WhyNot/NoOther=No other project is open.");
 }
@@ -127,9 +135,12 @@ bool OnCloseAllProjectsCommand(SharedProjectsTabView&) {
 }
 
 CommandStatus OnRefreshProjectCommandStatus(const SharedProjectsTabView& panel) {
-    return EnabledIf(DocumentManager::Instance() && OpenProjectCount() > 0 &&
-                         std::ranges::any_of(panel.GetKnownSelection(), Utils::IsRefreshable),
-                     kNothingToRefresh);
+    const auto isRefreshable = [](const ProjectRef& project) {
+        return Utils::IsRefreshable(project->GetProjectPath());
+    };
+    return EnabledIf(
+        DocumentManager::Instance() && std::ranges::any_of(FindSelectedOpenProjects(panel), isRefreshable),
+        kNothingToRefresh);
 }
 
 bool OnRefreshProjectCommand(SharedProjectsTabView& panel) {
@@ -178,13 +189,13 @@ bool OnSaveAllProjectsCommand(SharedProjectsTabView&) {
 }
 
 CommandStatus OnToggleLockCommandStatus(const SharedProjectsTabView& panel) {
-    return GetToggleLockState(panel.GetKnownSelection()).mStatus;
+    return GetToggleLockState(panel).mStatus;
 }
 
 /// What Toggle Lock would do.
 UTF16String GetToggleLockCommandText(const SharedProjectsTabView& panel) {
     return Localizer::Get()->Localize(
-        GetToggleLockState(panel.GetKnownSelection()).mIsReadOnly
+        GetToggleLockState(panel).mIsReadOnly
             ? "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadWriteMode=Read-Write Mode"
             : "$$$/Vantor/Handlers/ZuProductionFolder/ProjectContextMenu/ReadOnlyMode=Read-Only Mode");
 }

@@ -38,7 +38,7 @@ int CountRowsPerPage(const TreeRef& tree) {
 }
 
 bool IsTheOnlySelectedRow(const TreeRef& tree, const RowRef& row) {
-    return tree->CountSelectedRows() == 1 && tree->GetSelectedRows().front() == row;
+    return tree->GetOnlySelectedRow() == row;
 }
 
 }  // namespace

@@ -169,12 +169,11 @@ void ProjectCommands::ToggleReadOnly() const {
 
 host::UTF16String ProjectCommands::FindLockedProject() const {
     const bool isInFront = CommandRouter::Instance().GetEditorOnDuty() != nullptr;
-    const host::UTF16StringVec selected =
-        isInFront ? host::UTF16StringVec() : GetPathsSelectedInDirectoryView();
-    if (selected.empty())
+    const DirectorySelection selected = isInFront ? DirectorySelection() : GetDirectorySelection();
+    if (selected.mCount == 0)
         return mArea.IsActiveDocumentHeld() ? Active()->GetProjectPath() : host::UTF16String();
-    const bool isMeant = selected.size() == 1 && IsKnownToBeLockedBySomebodyElse(selected.front());
-    return isMeant ? selected.front() : host::UTF16String();
+    const bool isMeant = selected.mCount == 1 && IsKnownToBeLockedBySomebodyElse(selected.mPath);
+    return isMeant ? selected.mPath : host::UTF16String();
 }
 
 void ProjectCommands::BreakLock() const {

@@ -22,9 +22,12 @@ void RemoveDirectoryView(const host::MediaBrowserDirectoryView& view) {
     std::erase(Views(), &view);
 }
 
-host::UTF16StringVec GetPathsSelectedInDirectoryView() {
-    for (const host::MediaBrowserDirectoryView* view : Views())
-        if (view->UI_IsShown()) return view->GetSelectedPaths();
+DirectorySelection GetDirectorySelection() {
+    for (const host::MediaBrowserDirectoryView* view : Views()) {
+        if (!view->UI_IsShown()) continue;
+        const host::RowRef alone = view->GetTree()->GetOnlySelectedRow();
+        return {view->GetTree()->CountSelectedRows(), view->GetRowPath(alone.get())};
+    }
     return {};
 }
 

@@ -148,6 +148,12 @@ RowVec UI_MultiColumnTree::GetSelectedRows() const {
 std::size_t UI_MultiColumnTree::CountSelectedRows() const {
     return ImplOf(*this).mSelected.Count();
 }
+bool UI_MultiColumnTree::IsRowSelected(const Row* row) const {
+    return ImplOf(*this).IsMine(row) && Row::Access::IsSelected(const_cast<Row&>(*row));
+}
+RowRef UI_MultiColumnTree::GetOnlySelectedRow() const {
+    return RowRef(CountSelectedRows() == 1 ? ImplOf(*this).LastSelected() : nullptr);
+}
 void UI_MultiColumnTree::VisitSelectedRows(
     const std::function<bool(std::span<const RowRef> rows)>& visitor) const {
     TreeImpl& impl = ImplOf(*this);

@@ -35,4 +35,9 @@ enum class MissingFacts {
 ZUHOST_API std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF16StringVec& names,
                                                       MissingFacts missing);
 
+/// The names of the projects of `folder` (normalised) beside which a lock file is known to stand, whoever has
+/// locked them, in no order; absent for a folder that is not listed. Costs a look in memory at each item of the
+/// folder, one after another; asks no disk and waits for nothing. UI thread.
+ZUHOST_API std::optional<UTF16StringVec> GetKnownLockedNames(const UTF16String& folder);
+
 }  // namespace host

@@ -97,6 +97,9 @@ public:
     RowVec GetSelectedRows() const;
     /// How many they are, without looking at each.
     std::size_t CountSelectedRows() const;
+    bool IsRowSelected(const UI_MultiColumnTreeRow* row) const;
+    /// The selected row when there is exactly one; empty otherwise.
+    RowRef GetOnlySelectedRow() const;
     /// Hands the selected rows to `visitor` in that order, until it answers false: at a time all those that
     /// stand one after another under one row. Makes no list: costs what `visitor` does, which changes nothing
     /// in the tree.

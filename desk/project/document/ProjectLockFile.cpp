@@ -124,4 +124,15 @@ std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF1
     return projects;
 }
 
+std::optional<UTF16StringVec> GetKnownLockedNames(const UTF16String& folder) {
+    const desk::FolderStore* store = desk::GetServices().mFolderStore;
+    if (!store || !store->IsListed(folder)) return std::nullopt;
+    UTF16StringVec names;
+    store->VisitLocks(folder, false, [&names](const UTF16String& path, const desk::ItemFacts&) {
+        names.push_back(PathUtils::GetFullFilePart(path));
+        return true;
+    });
+    return names;
+}
+
 }  // namespace host
