@@ -77,8 +77,8 @@ TEST_F(TrashTest, AMoveThatFailsLeavesTheTabOpen) {
 }
 
 TEST_F(TrashTest, WhatMayGo) {
-    Make({"A", "Reels/B", "Locked/Day 1/C", "Trash/Old"});
-    OtherUserLocks("Locked/Day 1/C");
+    Make({"A", "Held", "Reels/B", "Locked/Day 1/C", "Trash/Old"});
+    for (const char* name : {"Held", "Locked/Day 1/C"}) OtherUserLocks(name);
     OpenProduction();
     EXPECT_FALSE(CanGo({}));
     EXPECT_TRUE(CanGo({"A.zuproj", "Reels"}));
@@ -90,8 +90,17 @@ TEST_F(TrashTest, WhatMayGo) {
     EXPECT_TRUE(Shows([&] { return CanGo({"Locked"}); }));
     EXPECT_TRUE(Utils::IsInTrash(PathOf("Trash"), true));
     EXPECT_FALSE(Utils::IsInTrash(PathOf("Trash"), false));
-    EXPECT_EQ(Utils::GetPathTypes(PathsOf({"A.zuproj", "Trash/"})), 5);
-    EXPECT_EQ(Utils::GetPathTypes(PathsOf({"Reels", "Trash/Old.zuproj"})), 10);
+    OpenFolder("Trash");
+    const auto typesOf = [this](const std::vector<std::string>& names) {
+        Select(names);
+        return DirectoryView().GetItems().GetSelectedTypes();
+    };
+    EXPECT_EQ(typesOf({"Held", "A", "Trash"}), 5);
+    EXPECT_TRUE(WhyNot(kMoveToTrash).starts_with("“Held” in “North Shore” is in use.")) << "the first one";
+    EXPECT_EQ(typesOf({"Reels", "Trash/Old"}), 10);
+    EXPECT_EQ(WhyNot(kMoveToTrash), "“Old” is in the trash already.");
+    Select({"A", "Held", "Locked"});
+    EXPECT_TRUE(WhyNot(kMoveToTrash).starts_with("“Held”")) << WhyNot(kMoveToTrash);
 }
 
 TEST_F(TrashTest, TheCommandTakesWhatMayGoAndNamesTheRest) {
