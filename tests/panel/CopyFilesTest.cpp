@@ -12,24 +12,6 @@ protected:
     }
 };
 
-TEST_F(CopyFilesTest, CopiesAndMovesFilesAndFolders) {
-    Make({{"A", "a"}, {"Reels/B", "b"}, {"Reels/Day 1/C", "c"}});
-    mFolder.Write(OnDisk("Reels/notes.txt"), "notes");
-    OpenProductionWith({"To/"});
-    EXPECT_TRUE(Copy({}, "To"));
-    EXPECT_TRUE(Copy({"A.zuproj", "Reels/", "A.zuproj"}, "To"));
-    const DiskTree copied{"A.zuproj",       "Reels/", "Reels/B.zuproj", "Reels/Day 1/", "Reels/Day 1/C.zuproj",
-                          "Reels/notes.txt"};
-    EXPECT_EQ(ReadTree(mFolder.Path(OnDisk("To"))), copied);
-    EXPECT_EQ(Bytes("To/Reels/Day 1/C"), "c");
-    EXPECT_EQ(Bytes("A"), "a");
-
-    MakeFolder("There");
-    EXPECT_TRUE(Move({"To/A.zuproj", "To/Reels"}, "There"));
-    EXPECT_EQ(ReadTree(mFolder.Path(OnDisk("There"))), copied);
-    EXPECT_EQ(ReadTree(mFolder.Path(OnDisk("To"))), DiskTree{});
-}
-
 TEST_F(CopyFilesTest, OneRefusedItemRefusesAll) {
     OpenProductionWith({"A", {"B", "new"}, {"To/B", "old"}, {"To/C", "old"}, {"C", "new"}, "Reels/Day 1/D"});
     const DiskTree before = OnDiskNow();

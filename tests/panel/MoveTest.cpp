@@ -18,15 +18,6 @@ protected:
     }
 };
 
-TEST_F(MoveTest, AFreeProjectIsLockedAtBothPlacesOnlyWhileItMoves) {
-    OpenProduction();
-    const auto open = OpenProject("A", true);
-    ASSERT_TRUE(Move("A.zuproj", "To/B.zuproj"));
-    EXPECT_EQ(OnDiskNow(), (DiskTree{"To/", "To/B.zuproj"}));
-    EXPECT_EQ(open->GetProjectPath(), ProjectPath("To/B"));
-    EXPECT_FALSE(dynamic_cast<TestProject&>(*open).mLockFile) << "it was not held before";
-}
-
 TEST_F(MoveTest, AnOpenProjectGoesOnWithTheLockAtItsNewPlace) {
     OpenProduction();
     std::filesystem::create_symlink(OnDisk("A.zuproj"), mFolder.Path("link.zuproj"));

@@ -14,23 +14,8 @@ protected:
         OpenProduction();
         for (const char* name : {"A", "B", "Reels/C", "Reels/Day 1/D"}) OpenDocument(name);
     }
-    std::vector<std::string> OpenNames() {
-        std::vector<std::string> names;
-        for (const ProjectRef& project : GetOpenProjectList())
-            names.push_back(UTF16to8(PathUtils::GetFilePart(project->GetProjectPath())));
-        return names;
-    }
     using Names = std::vector<std::string>;
 };
-
-TEST_F(OpenProjectsTest, ClosesThoseInTheListAndInItsFolders) {
-    OpenAll();
-    EXPECT_TRUE(Utils::CloseOpenProjectsInList({}, false, true));
-    EXPECT_TRUE(Utils::CloseOpenProjectsInList(PathsOf({"Reels/", "Reels/C.zuproj"}), false, true));
-    EXPECT_EQ(OpenNames(), (Names{"A", "B"}));
-    EXPECT_TRUE(Utils::CloseOpenProjectsNotInList(PathsOf({"B.zuproj", "Reels"}), false, true));
-    EXPECT_EQ(OpenNames(), (Names{"B"}));
-}
 
 TEST_F(OpenProjectsTest, WithoutPromptChangesAreSavedFirstOrNothingIsClosed) {
     OpenAll();

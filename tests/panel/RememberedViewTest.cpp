@@ -96,20 +96,6 @@ TEST_F(RememberedViewTest, EachProductionHasItsOwn) {
     ExpectFreshView();
 }
 
-TEST_F(RememberedViewTest, OpenFoldersAndTheSelectionAreBack) {
-    OpenFolder("Reels");
-    Select({"Reels/Reel 2"});
-    const Rows rows = ShownRows();
-    OpenProduction("South Shore");
-    OpenProduction(kProduction);
-    EXPECT_EQ(ShownRows(), rows);
-    EXPECT_EQ(SelectedNames(), (std::vector<std::string>{"Reel 2"}));
-    RemoveProject("Reels/Reel 2");
-    ClosePanel();
-    OpenPanel();
-    EXPECT_TRUE(RowOf("Reels")->IsOpen() && SelectedNames().empty());
-}
-
 TEST_F(RememberedViewTest, ASaveLeavesWhatOtherProgramsHaveWritten) {
     ClosePanel();
     JSONMemberTexts layouts = Layouts();

@@ -17,17 +17,6 @@ protected:
     }
 };
 
-TEST_F(SearchTest, ShowsHitsUnderTheirFoldersEachFolderOnce) {
-    TypeSearch(QStringLiteral("AB"));
-    EXPECT_EQ(ShownHits(),
-              (Rows{"ab folder", "  Day 1", "    ab deep", "Reels", "  ab 2", "  xAB", "Sound", "  abc"}));
-    EXPECT_EQ(SelectionCount(), "8 items");
-    EXPECT_FALSE(Tree()->IsRowVisible(RowOf("Reels").get()));
-    // More of the text, fewer hits.
-    TypeSearch(QStringLiteral("ab d"));
-    EXPECT_EQ(ShownHits(), (Rows{"ab folder", "  Day 1", "    ab deep"}));
-}
-
 TEST_F(SearchTest, DeletingTheTextReturnsToTheTreeWithTheColumnsAsSetMeanwhile) {
     const Columns::HeaderRowRef directory = DirectoryView().GetHeaderRow();
     const Columns::HeaderRowRef hits = SearchView().GetHeaderRow();

@@ -14,23 +14,11 @@ protected:
     bool CanGo(const std::vector<std::string>& names) { return Utils::CanAllBeDeleted(PathsOf(names)); }
 };
 
-TEST_F(TrashTest, NothingIsDeletedAndNoNameIsInTheWay) {
-    OpenProductionWith({{"A", "first"}, "Reels/B"});
-    mDisk.ResetCounts();
-    Trash({"A.zuproj", "Reels"});
-    EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "the first time, too";
-    Make({{"A", "second"}, "Reels/"});
-    Trash({"A.zuproj", "Reels"});
-    const DiskTree tree = ReadTree(mFolder.Path(OnDisk("Trash")));
-    for (const char* name : {"A.zuproj", "A_1.zuproj", "Reels/", "Reels/B.zuproj", "Reels_1/"})
-        EXPECT_TRUE(std::ranges::count(tree, name)) << name;
-    EXPECT_EQ(Bytes("Trash/A"), "first");
-    EXPECT_EQ(Bytes("Trash/A_1"), "second");
-}
-
-TEST_F(TrashTest, ItemsOfOneNameGoTogether) {
+TEST_F(TrashTest, ItemsOfOneNameGoTogetherAndNoneIsReplaced) {
     OpenProductionWith({{"One/A", "1"}, {"Two/A", "2"}, {"Three/a", "3"}, "Three/B"});
+    mDisk.ResetCounts();
     Trash({"One/A.zuproj", "Two/A.zuproj", "Three/a.zuproj", "Three/B.zuproj"});
+    EXPECT_EQ(mDisk.CountOnUIThread(), 0) << "the first time, too";
     EXPECT_EQ(Bytes("Trash/A") + Bytes("Trash/A_1") + Bytes("Trash/a"), "123");
     EXPECT_TRUE(mFolder.Exists(OnDisk("Trash/B.zuproj")));
 }

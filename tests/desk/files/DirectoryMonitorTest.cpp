@@ -267,24 +267,6 @@ TEST_F(DirectoryMonitorTest, ShowsNamesAndLocksThatAPollFindsBeforeItsFacts) {
     EXPECT_EQ(SizeOf("A.zuproj"), 5u);
 }
 
-TEST_F(DirectoryMonitorTest, WhatPollsFindWhileAViewHoldsChangesBackIsNotLost) {
-    UseFakeSource();
-    mDisk.SetVolumeType(kNfs);
-    mFolder.Write("A.zuproj");
-    Follow();
-    mAppliesChanges = false;
-    mFolder.Write("B.zuproj");
-    Poll();
-    mFolder.Write("C.zuproj");
-    mFolder.Remove("A.zuproj");
-    Poll();
-    EXPECT_EQ(Shown(), Names{"A.zuproj"});
-    EXPECT_EQ(mAnnouncements, 2);
-    mStore->RequestChanges(Path(""));
-    mMain.RunUntilIdle();
-    EXPECT_EQ(Shown(), (Names{"B.zuproj", "C.zuproj"}));
-}
-
 TEST_F(DirectoryMonitorTest, HearsWhatAWatchTellsBeforeItIsKnown) {
     UseFakeSource();
     mSource->mDuringAdd = [&] { mSource->Tell(mFolder.Path(), IN_CREATE, "A.zuproj"); };

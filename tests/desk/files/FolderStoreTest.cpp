@@ -106,38 +106,6 @@ TEST_F(FolderStoreTest, ReadsFactsOnceAndDeliversThemTogether) {
     EXPECT_TRUE(WaitFor([&] { return SizeOf("A.zuproj") == 7; }));
 }
 
-TEST_F(FolderStoreTest, SpendsAHandfulOfListingsOnABurst) {
-    mFolder.Write("A.zuproj");
-    Follow();
-    mDisk.ResetCounts();
-    for (int i = 0; i < 1000; ++i) mFolder.Write("Reel " + std::to_string(i) + ".zuproj");
-    ASSERT_TRUE(WaitFor([&] { return Shown().size() == 1001; }));
-    EXPECT_LE(CountLists(), 8);
-    EXPECT_LE(mDisk.Count(Operation::Status), 64 * 8);
-}
-
-TEST_F(FolderStoreTest, TellsWhoHasTheContentWhatChangedAndOthersTheWhole) {
-    mFolder.Write("A.zuproj");
-    Follow();
-    ASSERT_EQ(mDeliveries.back().mDelivery.mExtent, Extent::Whole);
-    List();
-    EXPECT_EQ(mDeliveries.back().mDelivery.mExtent, Extent::Change);
-    EXPECT_TRUE(mDeliveries.back().mContent->empty() && mDeliveries.back().mDelivery.mIsLast);
-    int other = 0;
-    std::vector<Extent> extents;
-    mStore->RequestListing(
-        Path(""), [&](const auto& delivery) { extents.push_back(delivery.mDelivery.mExtent); }, &other);
-    mMain.RunUntilIdle();
-    EXPECT_EQ(extents, std::vector{Extent::Whole});
-    EXPECT_EQ(CountLists(), 2) << "what is known and watched answers the other";
-
-    mStore->Forget(Path(""), this);
-    EXPECT_TRUE(mStore->IsListed(Path(""))) << "the other still wants it";
-    mStore->Forget(Path(""), &other);
-    EXPECT_FALSE(mStore->IsListed(Path("")));
-    EXPECT_EQ(desk::GetWatchStatus().mWatchedFolders, 0u);
-}
-
 TEST_F(FolderStoreTest, ListsAheadOfThoseWhoWillAsk) {
     mFolder.Write("A.zuproj");
     for (const bool isPolled : {false, true}) {
