@@ -187,6 +187,19 @@ bool IsSortedLast(std::u16string_view sortString) {
     return sortString.size() == kTrashFolderName.size() && IsEqualFoldingASCII(sortString, kTrashFolderName);
 }
 
+bool IsNumberColumn(ColumnID column) {
+    return column == kModifiedDateColumnID || column == kCreationDateColumnID || column == kSizeColumnID;
+}
+
+std::uint64_t GetSortNumber(const KnownProject& project, ColumnID column) {
+    if (column == kSizeColumnID) return project.mSize ? *project.mSize + 1 : 0;
+    const std::optional<std::time_t>& time =
+        column == kModifiedDateColumnID ? project.mModified : project.mCreated;
+    // Times before the epoch are negative.
+    constexpr std::uint64_t kEpoch = std::uint64_t{1} << 63;
+    return time ? kEpoch + static_cast<std::uint64_t>(*time) : 0;
+}
+
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b) {
     const CodeProfilerScope profile("HandlerSharedProjects::Columns::SortStringIsLess()");
     if (IsSortedLast(a)) return false;

@@ -82,6 +82,11 @@ bool IsSortedLast(std::u16string_view sortString);
 /// Natural order, but the production's trash folder sorts after everything else.
 bool SortStringIsLess(const UTF16String& a, const UTF16String& b);
 
+/// True for the columns whose keys are numbers: dates and sizes.
+bool IsNumberColumn(ColumnID column);
+/// What orders projects in such a column as their keys do. What is not known yet comes first.
+std::uint64_t GetSortNumber(const KnownProject& project, ColumnID column);
+
 /// The layout of a header row: columns from left to right, their widths at zoom 0, and the sorting.
 struct ColumnData {
     ColumnID mColumnID = 0;

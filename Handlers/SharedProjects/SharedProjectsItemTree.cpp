@@ -21,6 +21,8 @@ constexpr std::chrono::milliseconds kQuickSort(5);
 /// So many times its duration nothing is sorted after a longer one, unless no facts have come for a while.
 constexpr int kPausePerSort = 4;
 constexpr double kQuietSeconds = 0.05;
+/// The host is asked for so many projects at a time: many more would not stay in the processor's caches.
+constexpr std::size_t kProjectsPerQuestion = 512;
 
 }  // namespace
 
@@ -43,6 +45,7 @@ void SharedProjectsItemTree::SetupTree() {
     mTree->SetSpinnerAlignment(kSpinnerInCentre);
     mTree->SetCellSortDataFunction(Utils::BindCallback(this, &Self::GetCellSortDataAsString, mLifetime));
     mTree->SetRowsSortDataFunction(Utils::BindCallback(this, &Self::GetRowsSortData, mLifetime));
+    mTree->SetRowsSortNumbersFunction(Utils::BindCallback(this, &Self::GetRowsSortNumbers, mLifetime));
     mTree->SetCellAccessibleTextFunction(Utils::BindCallback(this, &Self::GetCellAccessibleText, mLifetime));
     mTree->SetCellToolTipFunction(Utils::BindCallback(this, &Self::GetCellToolTip, mLifetime));
     mTree->SetRowVisibilityChangedCallback(Utils::BindCallback(this, &Self::OnRowVisibilityChanged, mLifetime));
@@ -255,8 +258,6 @@ UTF16String SharedProjectsItemTree::GetNameKey(const RowRef& row) const {
     return row->GetParentRow() ? name : Columns::GetShownName(GetPathOfKind(row));
 }
 
-/// All keys of one folder from one question to the host. Rows in closed folders have the facts that are known:
-/// those that are not are asked for when the folder is opened.
 UTF16StringVec SharedProjectsItemTree::GetRowsSortData(std::span<const RowRef> rows, unsigned column) {
     UTF16StringVec keys;
     if (rows.empty()) return keys;
@@ -265,22 +266,42 @@ UTF16StringVec SharedProjectsItemTree::GetRowsSortData(std::span<const RowRef> r
         for (const RowRef& row : rows) keys.push_back(GetNameKey(row));
         return keys;
     }
+    const std::vector<KnownProject> projects = GetKnownProjectsOf(rows, KnownLocks::Find);
+    const ColumnID columnID = mHeaderRow->GetColumnAt(column);
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        keys.push_back(IsFileRow(rows[i]) ? Columns::FileMetadata(mOwner.GetItemName(rows[i]), projects[i])
+                                                .GetColumnDataAsSortableString(columnID)
+                                          : UTF16String());
+    return keys;
+}
+
+std::vector<std::uint64_t> SharedProjectsItemTree::GetRowsSortNumbers(std::span<const RowRef> rows,
+                                                                      unsigned column) {
+    const ColumnID columnID = mHeaderRow->GetColumnAt(column);
+    std::vector<std::uint64_t> numbers;
+    if (!Columns::IsNumberColumn(columnID)) return numbers;
+    numbers.reserve(rows.size());
+    while (!rows.empty()) {
+        const std::span some = rows.first(std::min(rows.size(), kProjectsPerQuestion));
+        for (const KnownProject& project : GetKnownProjectsOf(some, KnownLocks::Omit))
+            numbers.push_back(Columns::GetSortNumber(project, columnID));
+        rows = rows.subspan(some.size());
+    }
+    return numbers;
+}
+
+/// Rows in closed folders have the facts that are known: those that are not are asked for when the folder is
+/// opened.
+std::vector<KnownProject> SharedProjectsItemTree::GetKnownProjectsOf(std::span<const RowRef> rows,
+                                                                     KnownLocks locks) const {
     UTF16StringVec names;
     names.reserve(rows.size());
     for (const RowRef& row : rows) names.push_back(IsFileRow(row) ? mOwner.GetItemName(row) : UTF16String());
     const RowRef parent = rows.front()->GetParentRow();
     const bool areExposed = !parent || (parent->IsOpen() && IsRowExposed(parent));
-    const std::vector<KnownProject> projects = GetKnownProjects(
+    return GetKnownProjects(
         parent ? GetPath(parent) : PathUtils::ToNormalizedPath(SharedProjectsHandler::GetRootDirectory()),
-        names, areExposed ? MissingFacts::Request : MissingFacts::Leave);
-    const ColumnID columnID = mHeaderRow->GetColumnAt(column);
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        const bool isProject = !names[i].empty();
-        keys.push_back(isProject ? Columns::FileMetadata(std::move(names[i]), projects[i])
-                                       .GetColumnDataAsSortableString(columnID)
-                                 : UTF16String());
-    }
-    return keys;
+        names, areExposed ? MissingFacts::Request : MissingFacts::Leave, locks);
 }
 
 UTF16String SharedProjectsItemTree::GetCellAccessibleText(const RowRef& row, unsigned column) {

@@ -163,6 +163,9 @@ private:
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
     UTF16StringVec GetRowsSortData(std::span<const RowRef> rows, unsigned column);
+    std::vector<std::uint64_t> GetRowsSortNumbers(std::span<const RowRef> rows, unsigned column);
+    /// What is known of the projects of rows that stand under one row; nothing of folders.
+    std::vector<KnownProject> GetKnownProjectsOf(std::span<const RowRef> rows, KnownLocks locks) const;
     UTF16String GetCellAccessibleText(const RowRef& row, unsigned column);
     UTF16String GetCellToolTip(const RowRef& row, unsigned column);
     void OnSortChanged(ColumnID column, bool ascending);

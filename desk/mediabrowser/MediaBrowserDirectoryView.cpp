@@ -87,6 +87,7 @@ void MediaBrowserDirectoryView::DirectoryImpl::ClearCallbacks() {
     mTree->SetRowVisibilityChangedCallback({});
     mTree->SetCellSortDataFunction({});
     mTree->SetRowsSortDataFunction({});
+    mTree->SetRowsSortNumbersFunction({});
     mTree->SetCellAccessibleTextFunction({});
     mTree->SetCellToolTipFunction({});
     mTree->SetColumnMovedCallback({});

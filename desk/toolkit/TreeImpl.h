@@ -34,6 +34,7 @@ struct TreeCallbacks {
     Shared<host::UTF16String(const Row&, unsigned)> mToolTip;
     Shared<host::UTF16String(const Row&, unsigned)> mSortData;
     Shared<host::UTF16StringVec(std::span<const Row>, unsigned)> mRowsSortData;
+    Shared<std::vector<std::uint64_t>(std::span<const Row>, unsigned)> mRowsSortNumbers;
     Shared<void(unsigned, unsigned)> mColumnMoved;
     Shared<void(unsigned, float)> mColumnResized;
     Shared<bool(const Row&, host::Point)> mContextMenu;
@@ -143,6 +144,8 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     UTF16String SortKey(const Row& row) const;
     /// Of rows that stand under one row.
     UTF16StringVec SortKeysOf(std::span<const RowRef> rows) const;
+    /// Likewise as numbers; none where the keys are not the like.
+    std::vector<std::uint64_t> SortNumbersOf(std::span<const RowRef> rows) const;
     /// The key of the first column, by which rows with equal keys are sorted.
     UTF16String NameKey(const Row& row) const;
     /// Notes whether the order by name is known once the rows after the first `countBefore` have gone in.

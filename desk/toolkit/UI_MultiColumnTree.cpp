@@ -324,6 +324,11 @@ void UI_MultiColumnTree::SetRowsSortDataFunction(
     ImplOf(*this).mCallbacks.mRowsSortData = std::move(function);
 }
 
+void UI_MultiColumnTree::SetRowsSortNumbersFunction(
+    SharedFunction<std::vector<std::uint64_t>(std::span<const RowRef> rows, unsigned column)> function) {
+    ImplOf(*this).mCallbacks.mRowsSortNumbers = std::move(function);
+}
+
 void UI_MultiColumnTree::SetColumnMovedCallback(SharedFunction<void(unsigned from, unsigned to)> callback) {
     ImplOf(*this).mCallbacks.mColumnMoved = std::move(callback);
 }

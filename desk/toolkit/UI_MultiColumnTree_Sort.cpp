@@ -23,9 +23,9 @@ namespace {
 /// Rows that come into more places than this are appended and sorted in by one change of the layout instead.
 constexpr std::size_t kMaximumRuns = 8;
 
-std::uint64_t HashOf(const std::vector<UTF16String>& keys, const Order& order, std::uint64_t seed) {
-    for (const std::uint32_t i : order)
-        seed = (seed ^ std::hash<UTF16String>()(keys[i])) * 0x9E3779B97F4A7C15ull + 1;
+template <class Key>
+std::uint64_t HashOf(const std::vector<Key>& keys, const Order& order, std::uint64_t seed) {
+    for (const std::uint32_t i : order) seed = (seed ^ std::hash<Key>()(keys[i])) * 0x9E3779B97F4A7C15ull + 1;
     return seed;
 }
 
@@ -47,14 +47,23 @@ public:
           mLess(tree.SortOrder(tree.mHeader->IsSortDirectionAscending())),
           mNameLess(tree.SortOrder(true)),
           mIsByName(tree.IsSortedByName()) {
-        mKeys = tree.SortKeysOf(std::span(mRows).subspan(countBefore, count - countBefore));
+        const std::span rows = std::span(mRows).subspan(countBefore, count - countBefore);
+        if (countBefore == 0) mNumbers = tree.SortNumbersOf(rows);
+        if (mNumbers.empty()) mKeys = tree.SortKeysOf(rows);
+        if (!tree.mHeader->IsSortDirectionAscending())
+            for (std::uint64_t& number : mNumbers) number = ~number;
     }
 
-    /// Of the rows from `countBefore` on.
-    const std::vector<UTF16String>& GetKeys() const { return mKeys; }
+    /// Of the rows from `countBefore` on, in an order.
+    std::uint64_t Hash(const Order& order, std::uint64_t seed) const {
+        return mNumbers.empty() ? HashOf(mKeys, order, seed) : HashOf(mNumbers, order, seed);
+    }
+    /// In place of all keys, rising as the rows do; empty where the keys are not the like.
+    const std::vector<std::uint64_t>& GetNumbers() const { return mNumbers; }
 
     bool IsByName() const { return mIsByName; }
     bool IsLess(std::size_t a, std::size_t b) {
+        if (!mNumbers.empty()) return mNumbers[a] != mNumbers[b] ? mNumbers[a] < mNumbers[b] : IsNameLess(a, b);
         const UTF16String& keyOfA = KeyOf(a);
         const UTF16String& keyOfB = KeyOf(b);
         if (mIsByName) return mLess(keyOfA, keyOfB);
@@ -84,7 +93,7 @@ private:
                        ? known->second
                        : mNamesBefore.emplace(i, mTree.NameKey(*mRows[i])).first->second;
         }
-        if (mNames.empty()) mNames.resize(mKeys.size());
+        if (mNames.empty()) mNames.resize(std::max(mKeys.size(), mNumbers.size()));
         std::optional<UTF16String>& name = mNames[i - mCountBefore];
         if (!name) name = mTree.NameKey(*mRows[i]);
         return *name;
@@ -98,6 +107,7 @@ private:
     const Less mNameLess;
     const bool mIsByName;
     std::vector<UTF16String> mKeys;
+    std::vector<std::uint64_t> mNumbers;
     std::vector<std::optional<UTF16String>> mNames;
     std::unordered_map<std::size_t, UTF16String> mKeysBefore;
     std::unordered_map<std::size_t, UTF16String> mNamesBefore;
@@ -132,19 +142,39 @@ std::pair<Order, std::vector<std::uint32_t>> OrderByKeys(SortKeys& keys, std::si
     return {std::move(order), std::move(numberOf)};
 }
 
-/// The order of rows that are not sorted by their names. Rows with the same key mostly stand by their names
-/// already, from the order before: then each name is looked at once.
-Order OrderByKeysAndNames(SortKeys& keys, std::size_t first, std::size_t count) {
-    auto [order, numberOf] = OrderByKeys(keys, first, count);
+/// The places of all rows by their numbers; rows with the same number stand as they stood.
+Order OrderByNumbers(const std::vector<std::uint64_t>& numbers) {
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> pairs(numbers.size());
+    for (std::uint32_t i = 0; i < pairs.size(); ++i) pairs[i] = {numbers[i], i};
+    std::ranges::sort(pairs);
+    Order order(numbers.size());
+    std::ranges::transform(pairs, order.begin(), [](const auto& pair) { return pair.second; });
+    return order;
+}
+
+/// Of an order by numbers: rows with the same number by their names. They mostly stand so already, from the
+/// order before: then each name is looked at once.
+template <class Number>
+void OrderEqualByNames(Order& order, const std::vector<Number>& numbers, SortKeys& keys, std::size_t first) {
     const auto isLess = [&](std::uint32_t a, std::uint32_t b) { return keys.IsNameLess(first + a, first + b); };
     for (auto begin = order.begin(); begin != order.end();) {
-        const auto end = std::find_if(begin, order.end(), [&numbers = numberOf, begin](std::uint32_t i) {
-            return numbers[i] != numbers[*begin];
-        });
+        const auto end = std::find_if(
+            begin, order.end(), [&numbers, begin](std::uint32_t i) { return numbers[i] != numbers[*begin]; });
         if (!std::is_sorted(begin, end, isLess)) std::stable_sort(begin, end, isLess);
         begin = end;
     }
-    return order;
+}
+
+/// The order of rows that are not sorted by their names.
+Order OrderByKeysAndNames(SortKeys& keys, std::size_t first, std::size_t count) {
+    if (const std::vector<std::uint64_t>& numbers = keys.GetNumbers(); !numbers.empty()) {
+        Order order = OrderByNumbers(numbers);
+        OrderEqualByNames(order, numbers, keys, first);
+        return order;
+    }
+    auto [order, numberOf] = OrderByKeys(keys, first, count);
+    OrderEqualByNames(order, numberOf, keys, first);
+    return std::move(order);
 }
 
 /// The order that sorts the `count` rows from `first` on, as places counted from there. Cheap for what is
@@ -293,6 +323,14 @@ UTF16StringVec TreeImpl::SortKeysOf(std::span<const RowRef> rows) const {
     return keys;
 }
 
+std::vector<std::uint64_t> TreeImpl::SortNumbersOf(std::span<const RowRef> rows) const {
+    if (rows.empty() || !desk::IsSet(mCallbacks.mRowsSortNumbers)) return {};
+    std::vector<std::uint64_t> numbers = desk::Call(
+        mCallbacks.mRowsSortNumbers, rows, unsigned(mHeader->GetIndexOfColumn(mHeader->GetSortColumn())));
+    if (numbers.size() != rows.size()) numbers.clear();
+    return numbers;
+}
+
 UTF16String TreeImpl::NameKey(const Row& row) const {
     return desk::Call(mCallbacks.mSortData, RowRef(const_cast<Row*>(&row)), unsigned(PositionOfColumn(0)));
 }
@@ -359,10 +397,9 @@ Order TreeImpl::OrderByKeys(const Row* folder, Access::Children& children) {
     NoteNameRanks(children);
     SortKeys keys(*this, children, 0, count);
     const auto known = mSortedKeys.find(folder);
-    if (known != mSortedKeys.end() && known->second == HashOf(keys.GetKeys(), Identity(count), seed))
-        return Identity(count);
+    if (known != mSortedKeys.end() && known->second == keys.Hash(Identity(count), seed)) return Identity(count);
     Order order = SortedOrder(keys, 0, count);
-    mSortedKeys[folder] = HashOf(keys.GetKeys(), order, seed);
+    mSortedKeys[folder] = keys.Hash(order, seed);
     if (IsSortedByName() && desk::IsSet(mCallbacks.mRowsSortData))
         children.mNameOrder = ByName(mHeader->IsSortDirectionAscending());
     return order;

@@ -30,10 +30,18 @@ enum class MissingFacts {
     Request,
 };
 
+enum class KnownLocks {
+    Find,
+    /// `mLock` stays empty: who holds a project costs most of the answer.
+    Omit,
+};
+
 /// What is known of the projects `names` of `folder` (normalised), one by one in the same order; nothing of an
-/// empty name. Costs a look-up in memory each; asks no disk and waits for nothing. UI thread.
+/// empty name. Costs a comparison in memory for names that are asked for in the order in which they are shown,
+/// a look-up for others; asks no disk and waits for nothing. UI thread.
 ZUHOST_API std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF16StringVec& names,
-                                                      MissingFacts missing);
+                                                      MissingFacts missing,
+                                                      KnownLocks locks = KnownLocks::Find);
 
 /// The names of the projects of `folder` (normalised) beside which a lock file is known to stand, whoever has
 /// locked them, in no order; absent for a folder that is not listed. Costs a look in memory at each item of the

@@ -13,6 +13,18 @@ using Clock = std::chrono::steady_clock;
 
 /// Answers that come one after another are brought to the UI thread at this pace.
 constexpr std::chrono::milliseconds kPace{16};
+/// No more of them in one turn of the event loop.
+constexpr std::size_t kMostAtOnce = 10'000;
+
+/// Takes so many at most from the back of `all`.
+template <class Item>
+std::vector<Item> TakeLast(std::vector<Item>& all, std::size_t most) {
+    if (all.size() <= most) return std::exchange(all, {});
+    const auto begin = all.end() - static_cast<std::ptrdiff_t>(most);
+    std::vector<Item> last(std::make_move_iterator(begin), std::make_move_iterator(all.end()));
+    all.erase(begin, all.end());
+    return last;
+}
 
 }  // namespace
 
@@ -73,11 +85,8 @@ std::vector<FactReader::Question> FactReader::TakeChunk() {
         --mWorkers;
         return {};
     }
-    const std::size_t count = std::min(mSpeed->ChunkSize(), mWaiting.size());
-    mUnderWay += count;
-    const auto begin = mWaiting.end() - static_cast<std::ptrdiff_t>(count);
-    std::vector<Question> chunk(std::make_move_iterator(begin), std::make_move_iterator(mWaiting.end()));
-    mWaiting.erase(begin, mWaiting.end());
+    std::vector<Question> chunk = TakeLast(mWaiting, mSpeed->ChunkSize());
+    mUnderWay += chunk.size();
     return chunk;
 }
 
@@ -98,9 +107,10 @@ void FactReader::Flush() {
     bool areAll = false;
     {
         const std::lock_guard lock(mMutex);
-        answers.swap(mAnswers);
-        mIsFlushQueued = false;
-        areAll = mUnderWay == 0 && mWaiting.empty();
+        answers = TakeLast(mAnswers, kMostAtOnce);
+        mIsFlushQueued = !mAnswers.empty();
+        areAll = mUnderWay == 0 && mWaiting.empty() && mAnswers.empty();
+        if (mIsFlushQueued) GetServices().mMainThread->Post([self = shared_from_this()] { self->Flush(); });
     }
     if (!answers.empty()) mReceiver(std::move(answers), areAll);
 }

@@ -21,6 +21,12 @@ const FolderItems::Item* FolderItems::Find(std::u16string_view name) const {
     return found == mIndex.end() ? nullptr : &mItems[*found];
 }
 
+FolderItems::Item* FolderItems::Find(std::u16string_view name, std::size_t& next) {
+    Item* item = next < mItems.size() && NameOf(mItems[next]) == name ? &mItems[next] : Find(name);
+    if (item) next = static_cast<std::size_t>(item - mItems.data()) + 1;
+    return item;
+}
+
 FolderItems::Item& FolderItems::Add(std::u16string_view name) {
     // A few new files in a large folder must not double its memory.
     if (mItems.size() == mItems.capacity()) mItems.reserve(mItems.size() + mItems.size() / 8 + 8);

@@ -49,6 +49,9 @@ public:
     /// Null when there is none. Valid until items are added or removed.
     const Item* Find(std::u16string_view name) const;
     Item* Find(std::u16string_view name) { return const_cast<Item*>(std::as_const(*this).Find(name)); }
+    /// The same for one who asks for many: `next` is where he looks first, and then the place behind what was
+    /// found. Items that are asked for in the order in which they were added cost a comparison each.
+    Item* Find(std::u16string_view name, std::size_t& next);
     /// Adds an item whose name is not there yet.
     Item& Add(std::u16string_view name);
     void Remove(std::u16string_view name);

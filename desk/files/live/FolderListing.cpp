@@ -176,15 +176,11 @@ void FolderListing::CompleteNames() {
         std::erase_if(mFound, [](const Found& found) { return !found.mIsKept; });
         if (IsVolumeGone()) throw host::FileException("list folder", mRequest.mFolder->mText, ENODEV);
         if (mRequest.mIsContentWanted) {
-            std::vector<std::u16string_view> names;
-            std::vector<ItemKind> kinds;
-            names.reserve(mFound.size());
-            kinds.reserve(mFound.size());
-            for (const Found& found : mFound) {
-                names.push_back(found.mName);
-                kinds.push_back(found.GetKind());
-            }
-            mResult.mContents = MakeContents(*mRequest.mFolder, names, kinds);
+            SortFound();
+            std::vector<Named> items;
+            items.reserve(mFound.size());
+            for (const Found& found : mFound) items.push_back({found.mName, found.GetKind()});
+            mResult.mContents = MakeContents(*mRequest.mFolder, items);
         }
         ChooseKnown();
         if (mToRead.empty()) return Complete();
@@ -243,6 +239,17 @@ bool FolderListing::IsVolumeGone() {
     return false;
 }
 
+/// As they are shown: then the items that the store keeps stand in the order in which most ask for them.
+void FolderListing::SortFound() {
+    std::vector<std::u16string_view> names;
+    names.reserve(mFound.size());
+    for (const Found& found : mFound) names.push_back(found.mName);
+    std::vector<Found> sorted;
+    sorted.reserve(mFound.size());
+    for (const std::uint32_t place : OrderAsShown(names)) sorted.push_back(std::move(mFound[place]));
+    mFound = std::move(sorted);
+}
+
 void FolderListing::BuildItems() {
     std::size_t units = 0;
     for (const Found& found : mFound) units += found.mName.size();
@@ -253,33 +260,28 @@ void FolderListing::BuildItems() {
 
 FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder, const FolderItems& items) {
     std::vector<std::u16string_view> names;
-    std::vector<ItemKind> kinds;
     names.reserve(items.Count());
-    kinds.reserve(items.Count());
-    for (const FolderItems::Item& item : items.Get()) {
-        names.push_back(items.NameOf(item));
-        kinds.push_back(item.mFacts.mKind);
-    }
-    return MakeContents(folder, names, kinds);
+    for (const FolderItems::Item& item : items.Get()) names.push_back(items.NameOf(item));
+    std::vector<Named> sorted;
+    sorted.reserve(names.size());
+    for (const std::uint32_t place : OrderAsShown(names))
+        sorted.push_back({names[place], items.Get()[place].mFacts.mKind});
+    return MakeContents(folder, sorted);
 }
 
-/// Sorted, so that parts come in the order in which they show.
-FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder,
-                                                    const std::vector<std::u16string_view>& names,
-                                                    const std::vector<ItemKind>& kinds) {
+FolderListing::Contents FolderListing::MakeContents(const FolderPath& folder, const std::vector<Named>& items) {
     Contents contents;
-    const std::vector<std::uint32_t> order = OrderAsShown(names);
     std::size_t begin = 0;
-    std::size_t end = order.size() > kLongestWhole ? kFirstPartSize : order.size();
+    std::size_t end = items.size() > kLongestWhole ? kFirstPartSize : items.size();
     do {
         const auto content = std::make_shared<host::DirectoryContent>(folder.mText);
         std::size_t units = 0;
-        for (std::size_t i = begin; i < end; ++i) units += names[order[i]].size();
+        for (std::size_t i = begin; i < end; ++i) units += items[i].mName.size();
         content->Reserve(end - begin, units);
-        for (; begin < end; ++begin) content->Add(names[order[begin]], kinds[order[begin]] == ItemKind::Folder);
+        for (; begin < end; ++begin) content->Add(items[begin].mName, items[begin].mKind == ItemKind::Folder);
         contents.push_back(content);
-        end = std::min(end + kPartSize, order.size());
-    } while (begin < order.size());
+        end = std::min(end + kPartSize, items.size());
+    } while (begin < items.size());
     return contents;
 }
 
@@ -291,8 +293,7 @@ std::vector<ItemUpdate> FolderListing::Compare() const {
     for (const Found& found : mFound) {
         if (found.mKnown) {
             isStillThere[static_cast<std::size_t>(found.mKnown - known.Get().data())] = true;
-            ItemFacts facts = found.mKnown->mFacts;
-            if (!MergeFacts(facts, found.mFacts, true)) continue;
+            if (!IsNews(found.mKnown->mFacts, found.mFacts, true)) continue;
         }
         ItemUpdate& update = updates.emplace_back();
         update.mName = found.mName;

@@ -113,9 +113,13 @@ private:
     void DropStamps();
     bool IsVolumeGone();
     void BuildItems();
-    /// `kinds` has one kind for each name.
-    static Contents MakeContents(const FolderPath& folder, const std::vector<std::u16string_view>& names,
-                                 const std::vector<ItemKind>& kinds);
+    void SortFound();
+    struct Named {
+        std::u16string_view mName;
+        ItemKind mKind;
+    };
+    /// Of items that stand in their order.
+    static Contents MakeContents(const FolderPath& folder, const std::vector<Named>& items);
     std::vector<ItemUpdate> Compare() const;
     void Fail(int systemError, std::string text);
     static void Post(Completion completion, Result&& result, std::chrono::steady_clock::time_point begin);

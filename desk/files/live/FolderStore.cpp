@@ -101,7 +101,7 @@ void FolderStoreImpl::RequestFacts(const host::UTF16String& path, const host::UT
     Folder* folder = FindFolder(host::PathUtils::ToNormalizedPath(path));
     if (!folder || !folder->mItems) return;
     for (const host::UTF16String& name : names)
-        if (FolderItems::Item* item = folder->mItems->Find(name)) Ask(*folder, *item);
+        if (FolderItems::Item* item = folder->mItems->Find(name, folder->mNextItem)) Ask(*folder, *item);
 }
 
 void FolderStoreImpl::DropWaitingFacts() {
@@ -206,7 +206,7 @@ FolderItems::Item* FolderStoreImpl::FindItem(std::u16string_view path, Folder*& 
         folder = nullptr;
         return nullptr;
     }
-    return folder->mItems->Find(path.substr(slash + 1));
+    return folder->mItems->Find(path.substr(slash + 1), folder->mNextItem);
 }
 
 FolderItems& FolderStoreImpl::Writable(Folder& folder) {

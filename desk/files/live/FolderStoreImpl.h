@@ -68,6 +68,8 @@ private:
         std::shared_ptr<const FolderPath> mPath;
         /// Null until the folder has been listed.
         std::shared_ptr<FolderItems> mItems;
+        /// Where the item that is asked for next is looked for first.
+        std::size_t mNextItem = 0;
         /// The items' names; null until somebody asks, and again when they change.
         std::shared_ptr<const FolderNames> mNames;
         /// A job reads the items: they are copied before they are changed.
@@ -121,7 +123,7 @@ private:
     static bool VisitLocksIn(const Folder& folder, const LockVisitor& visitor);
     static FolderItems& Writable(Folder& folder);
     static std::shared_ptr<const FolderNames> NamesOf(Folder& folder);
-    static bool Merge(Folder& folder, FolderItems::Item& item, const ItemUpdate& update);
+    static bool Merge(Folder& folder, FolderItems::Item& item, ItemUpdate& update);
     void ForgetFoldersBelow(const host::UTF16String& path);
     void Ask(Folder& folder, FolderItems::Item& item);
     void SendQuestions();

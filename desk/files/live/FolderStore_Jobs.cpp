@@ -282,7 +282,7 @@ void FolderStoreImpl::TakeFacts(std::vector<FactReader::Answer>&& answers, bool 
 
 /// False when nothing is new.
 bool FolderStoreImpl::TakeAnswer(Folder& folder, ItemUpdate& update) {
-    FolderItems::Item* item = Writable(folder).Find(update.mName);
+    FolderItems::Item* item = Writable(folder).Find(update.mName, folder.mNextItem);
     if (!item) return false;
     item->Set(FolderItems::kIsAsked, false);
     if (item->Has(FolderItems::kIsOutrun)) {

@@ -60,12 +60,13 @@ std::shared_ptr<const FolderNames> FolderStoreImpl::NamesOf(Folder& folder) {
     return folder.mNames = std::move(maker).Make();
 }
 
-/// Brings an item in line with what was read of it; false when nothing was new.
-bool FolderStoreImpl::Merge(Folder& folder, FolderItems::Item& item, const ItemUpdate& update) {
-    const std::u16string_view name = folder.mItems->NameOf(item);
-    const auto kind = KindOf(name, item.mFacts);
-    const bool hasChanged = MergeFacts(item.mFacts, update.mFacts, update.mIsLockKnown);
-    if (KindOf(name, item.mFacts) != kind) folder.mNames.reset();
+/// Brings an item in line with what was read of it, which it takes; false when nothing was new.
+bool FolderStoreImpl::Merge(Folder& folder, FolderItems::Item& item, ItemUpdate& update) {
+    const auto findKind = [&] { return KindOf(folder.mItems->NameOf(item), item.mFacts); };
+    if (!folder.mNames) return MergeFacts(item.mFacts, std::move(update.mFacts), update.mIsLockKnown);
+    const auto kind = findKind();
+    const bool hasChanged = MergeFacts(item.mFacts, std::move(update.mFacts), update.mIsLockKnown);
+    if (findKind() != kind) folder.mNames.reset();
     return hasChanged;
 }
 

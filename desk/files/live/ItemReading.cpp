@@ -39,15 +39,9 @@ bool IsSame(const LockRecord& a, const LockRecord& b) {
            a.mMachine == b.mMachine && a.mTakenAt == b.mTakenAt && a.mPid == b.mPid;
 }
 
-bool MergeLock(ItemFacts& known, const ItemFacts& read) {
-    if (read.mHasLockFile == known.mHasLockFile) {
-        if (!read.mLock || (known.mLock && IsSame(*known.mLock, *read.mLock))) return false;
-        known.mLock = read.mLock;
-        return true;
-    }
-    known.mHasLockFile = read.mHasLockFile;
-    known.mLock = read.mLock;
-    return true;
+bool IsLockNews(const ItemFacts& known, const ItemFacts& read) {
+    if (read.mHasLockFile != known.mHasLockFile) return true;
+    return read.mLock && !(known.mLock && IsSame(*known.mLock, *read.mLock));
 }
 
 }  // namespace
@@ -106,18 +100,24 @@ std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<hos
     return updates;
 }
 
-bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown) {
-    bool hasChanged = false;
-    if (read.mKind != ItemKind::Unknown && read.mKind != known.mKind) {
+bool IsNews(const ItemFacts& known, const ItemFacts& read, bool isLockKnown) {
+    if (read.mKind != ItemKind::Unknown && read.mKind != known.mKind) return true;
+    if (read.mStatus && !(known.mStatus && IsSame(*known.mStatus, *read.mStatus))) return true;
+    return isLockKnown && IsLockNews(known, read);
+}
+
+bool MergeFacts(ItemFacts& known, ItemFacts&& read, bool isLockKnown) {
+    const bool isNews = IsNews(known, read, isLockKnown);
+    if (isLockKnown && IsLockNews(known, read)) {
+        known.mHasLockFile = read.mHasLockFile;
+        known.mLock = std::move(read.mLock);
+    }
+    if (read.mKind != ItemKind::Unknown) {
         known.mKind = read.mKind;
-        hasChanged = true;
+        known.mIsLink = read.mIsLink;
     }
-    if (read.mKind != ItemKind::Unknown) known.mIsLink = read.mIsLink;
-    if (read.mStatus && (!known.mStatus || !IsSame(*known.mStatus, *read.mStatus))) {
-        known.mStatus = read.mStatus;
-        hasChanged = true;
-    }
-    return (isLockKnown && MergeLock(known, read)) || hasChanged;
+    if (read.mStatus) known.mStatus = std::move(read.mStatus);
+    return isNews;
 }
 
 }  // namespace desk

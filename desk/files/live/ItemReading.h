@@ -39,7 +39,10 @@ ItemUpdate ReadItem(const FolderPath& folder, const host::UTF16String& name, boo
 std::vector<ItemUpdate> ReadChanged(const FolderPath& folder, const std::set<host::UTF16String>& names,
                                     AnswerWatch::Call& call);
 
+/// True when something of what was read is not known.
+bool IsNews(const ItemFacts& known, const ItemFacts& read, bool isLockKnown);
+
 /// Brings `known` in line with what was read; false when nothing was new.
-bool MergeFacts(ItemFacts& known, const ItemFacts& read, bool isLockKnown);
+bool MergeFacts(ItemFacts& known, ItemFacts&& read, bool isLockKnown);
 
 }  // namespace desk

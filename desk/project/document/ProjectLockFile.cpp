@@ -98,7 +98,7 @@ ProjectLockFileRef ReadProjectLockFile(const UTF16String& projectPath, const UTF
 }
 
 std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF16StringVec& names,
-                                           MissingFacts missing) {
+                                           MissingFacts missing, KnownLocks locks) {
     std::vector<KnownProject> projects(names.size());
     desk::FolderStore* store = desk::GetServices().mFolderStore;
     if (!store) return projects;
@@ -112,8 +112,11 @@ std::vector<KnownProject> GetKnownProjects(const UTF16String& folder, const UTF1
         path.replace(folderSize, UTF16String::npos, names[i]);
         const desk::ItemFacts* facts =
             missing == MissingFacts::Request ? store->FindAndRequest(path) : store->Find(path);
-        const desk::ProjectHolder holder = desk::FindProjectHolder(path, facts ? *facts : desk::ItemFacts());
-        projects[i].mLock = MakeReadLock(holder, userName, machineName);
+        if (locks == KnownLocks::Find) {
+            const desk::ProjectHolder holder =
+                desk::FindProjectHolder(path, facts ? *facts : desk::ItemFacts());
+            projects[i].mLock = MakeReadLock(holder, userName, machineName);
+        }
         if (!facts) continue;
         projects[i].mIsListed = facts->mKind != desk::ItemKind::Folder;
         if (!facts->mStatus) continue;
