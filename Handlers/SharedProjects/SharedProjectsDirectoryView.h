@@ -155,6 +155,9 @@ private:
 
     void UpdateRowsFromContent(const RowRef& row, const UTF16String& directoryPath,
                                const DirectoryContent& content, const ContentDelivery& delivery);
+    void InsertRowsFromContent(const RowRef& row, const DirectoryContent& content,
+                               const ContentDelivery& delivery);
+    void UpdateFactsOfRows(const RowRef& row, const DirectoryContent& content, const ContentDelivery& delivery);
     void UpdateChildRows(const RowRef& row, const DirectoryContent& content, const ContentDelivery& delivery);
     void OpenFoldersOfAwaitedItems();
     void Await(const UTF16StringVec& paths);

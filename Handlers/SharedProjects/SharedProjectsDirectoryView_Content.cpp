@@ -89,18 +89,11 @@ void SharedProjectsDirectoryView::UpdateTreeFromContent(const RowRef& row, const
 void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const UTF16String& directoryPath,
                                                         const DirectoryContent& content,
                                                         const ContentDelivery& delivery) {
-    ContentDelivery rowDelivery = delivery;
-    const ShownContent filtered = FilterContent(content, rowDelivery, !row);
-    const DirectoryContent& shown = filtered.mIsAll ? content : filtered.mFiltered;
-    RemoveRowsOfOtherKind(row, content);
-    const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
-    InsertDirectoryContent(row, shown, rowDelivery, SharedProjectsHandler::GetRootDirectory());
-    // Rows that have just been made are up to date.
-    const bool areAllNew = GetTree()->GetChildRowsOf(row.get()).size() == countBefore + shown.size();
-    if (!areAllNew) UpdateChildRows(row, shown, delivery);
+    if (delivery.mIsFactsOnly)
+        UpdateFactsOfRows(row, content, delivery);
+    else
+        InsertRowsFromContent(row, content, delivery);
     if (delivery.mAreFactsComplete) mItems.OnFactsComplete();
-    // New rows count, and can be selected, from here on.
-    GetTree()->LayoutAfterAppendRow(row.get(), filtered.mIsInNameOrder);
     if (!row) SetRowsOfEmptyTree();
     if (!row && delivery.mIsLast) {
         mRestorer->OnRootListed();
@@ -115,6 +108,28 @@ void SharedProjectsDirectoryView::UpdateRowsFromContent(const RowRef& row, const
     tabView->OnTreeChanged();
     SelectDeferredRenameRow(directoryPath, delivery);
     mItems.OnRowsRemoved();
+}
+
+void SharedProjectsDirectoryView::InsertRowsFromContent(const RowRef& row, const DirectoryContent& content,
+                                                        const ContentDelivery& delivery) {
+    ContentDelivery rowDelivery = delivery;
+    const ShownContent filtered = FilterContent(content, rowDelivery, !row);
+    const DirectoryContent& shown = filtered.mIsAll ? content : filtered.mFiltered;
+    RemoveRowsOfOtherKind(row, content);
+    const std::size_t countBefore = GetTree()->GetChildRowsOf(row.get()).size();
+    InsertDirectoryContent(row, shown, rowDelivery, SharedProjectsHandler::GetRootDirectory());
+    // Rows that have just been made are up to date.
+    const bool areAllNew = GetTree()->GetChildRowsOf(row.get()).size() == countBefore + shown.size();
+    if (!areAllNew) UpdateChildRows(row, shown, delivery);
+    // New rows count, and can be selected, from here on.
+    GetTree()->LayoutAfterAppendRow(row.get(), filtered.mIsInNameOrder);
+}
+
+/// Of more items than are in view most are not: looking for their rows would be the larger part of the work.
+void SharedProjectsDirectoryView::UpdateFactsOfRows(const RowRef& row, const DirectoryContent& content,
+                                                    const ContentDelivery& delivery) {
+    if (content.size() <= mItems.CountRowsInView()) return UpdateChildRows(row, content, delivery);
+    if (!row || (row->IsOpen() && SharedProjectsItemTree::IsRowExposed(row))) mItems.OnFactsChanged();
 }
 
 void SharedProjectsDirectoryView::UpdateChildRows(const RowRef& row, const DirectoryContent& content,

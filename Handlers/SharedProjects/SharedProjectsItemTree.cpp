@@ -21,6 +21,8 @@ constexpr std::chrono::milliseconds kQuickSort(5);
 /// So many times its duration nothing is sorted after a longer one, unless no facts have come for a while.
 constexpr int kPausePerSort = 4;
 constexpr double kQuietSeconds = 0.05;
+/// The facts by which the user has just chosen to sort mostly come within this time.
+constexpr std::chrono::milliseconds kFirstFacts(100);
 /// The host is asked for so many projects at a time: many more would not stay in the processor's caches.
 constexpr std::size_t kProjectsPerQuestion = 512;
 
@@ -99,6 +101,11 @@ void SharedProjectsItemTree::UpdateRow(const RowRef& row, bool exposed) {
     AddNameCellView(row);
 }
 
+std::size_t SharedProjectsItemTree::CountRowsInView() const {
+    const int first = mTree->GetFirstVisibleOpenedRowIndex();
+    return first < 0 ? 0 : static_cast<std::size_t>(mTree->GetLastVisibleOpenedRowIndex() - first + 1);
+}
+
 void SharedProjectsItemTree::UpdateOpenRows() {
     const int last = mTree->GetLastVisibleOpenedRowIndex();
     for (int i = std::max(mTree->GetFirstVisibleOpenedRowIndex(), 0); i <= last; ++i)
@@ -128,11 +135,17 @@ void SharedProjectsItemTree::SortLater() {
     mHasSortKeyChanged = true;
     if (std::exchange(mIsSortAwaited, true)) return;
     const bool isQuick = mLastSortDuration < kQuickSort;
-    mSortDue = mEndOfLastSort + (isQuick ? Clock::duration() : kPausePerSort * mLastSortDuration);
+    mSortDue = std::max(mEarliestSort,
+                        mEndOfLastSort + (isQuick ? Clock::duration() : kPausePerSort * mLastSortDuration));
     if (mSortDue <= Clock::now())
         mQueuedSort->Queue();
     else
         SortWhenDue();
+}
+
+void SharedProjectsItemTree::OnFactsChanged() {
+    UpdateOpenRows();
+    if (IsSortedByFacts()) SortLater();
 }
 
 /// However often that is, sorting leaves half of the time.
@@ -322,6 +335,7 @@ UTF16String SharedProjectsItemTree::GetCellToolTip(const RowRef& row, unsigned c
 
 void SharedProjectsItemTree::OnSortChanged(ColumnID, bool) {
     mIsHeaderChanged = true;
+    mEarliestSort = Clock::now() + kFirstFacts;
     mOwner.OnSortChosen();
     UpdateOpenRows();
 }

@@ -81,6 +81,10 @@ public:
     void UpdateRow(const RowRef& row, bool exposed);
     /// Brings the opened rows in view up to date.
     void UpdateOpenRows();
+    std::size_t CountRowsInView() const;
+    /// Facts of many projects under open rows have changed: brings what is in view up to date, and has the tree
+    /// sorted later if the order may hang on them.
+    void OnFactsChanged();
     /// The facts that were asked for have come: a sorting that waits for more need not wait.
     void OnFactsComplete();
     /// Opens a closed folder's row, closes an open one.
@@ -186,6 +190,8 @@ private:
     bool mIsSortAwaited = false;
     bool mHasSortKeyChanged = false;
     Clock::time_point mSortDue{};
+    /// No sooner, unless all facts have come.
+    Clock::time_point mEarliestSort{};
     Clock::time_point mEndOfLastSort{};
     Clock::duration mLastSortDuration{};
     SelectionAfterRemoval mSelectionAfterRemoval;

@@ -36,6 +36,7 @@ Delivery Join(const Delivery& earlier, const Delivery& later) {
                                           removed.end());
     joined.mDelivery.mIsLast |= earlier.mDelivery.mIsLast;
     joined.mDelivery.mAreFactsComplete |= earlier.mDelivery.mAreFactsComplete;
+    joined.mDelivery.mIsFactsOnly &= earlier.mDelivery.mIsFactsOnly;
     return joined;
 }
 

@@ -33,6 +33,8 @@ struct ContentDelivery {
     /// All facts of items that were asked for have been delivered, this one being the last: an order that hangs
     /// on them can be made now.
     bool mAreFactsComplete = false;
+    /// With `Change`: nothing but facts of items that are known has changed; neither names nor kinds.
+    bool mIsFactsOnly = false;
 };
 
 /// Delivers the contents of folders to the browser's views: lists them on worker threads and hands the

@@ -32,6 +32,18 @@ TEST_F(ColumnsTest, UpdateReadsAllFactsOrThatOfOneColumn) {
     EXPECT_TRUE(record.mModified);
 }
 
+TEST_F(ColumnsTest, NumbersOrderProjectsAsTheirKeysDo) {
+    std::vector<KnownProject> projects(1);
+    for (const std::uint64_t fact : {0ull, 9ull, 10ull, 1'700'000'000ull})
+        projects.push_back({true, std::time_t(fact), std::time_t(fact) + 1, fact, {}});
+    for (const ColumnID column : {kModifiedDateColumnID, kCreationDateColumnID, kSizeColumnID})
+        for (const KnownProject& a : projects)
+            for (const KnownProject& b : projects)
+                EXPECT_EQ(GetSortNumber(a, column) < GetSortNumber(b, column),
+                          SortStringIsLess(FileMetadata(u"/a", a).GetColumnDataAsSortableString(column),
+                                           FileMetadata(u"/b", b).GetColumnDataAsSortableString(column)));
+}
+
 /// Cells of a shown production.
 class CellsTest : public PanelFixture {
 protected:

@@ -102,6 +102,7 @@ private:
         host::DirectoryContent mContent;
         host::UTF16StringVec mRemovedPaths;
         bool mAreFactsComplete = false;
+        bool mIsFactsOnly = false;
         bool IsEmpty() const { return mContent.empty() && mRemovedPaths.empty(); }
     };
 
@@ -147,7 +148,8 @@ private:
     void TakePoll(const FolderPtr& folder, FolderListing::Result&& result);
     void TakeListing(const FolderPtr& folder, FolderListing::Result&& result);
     void TakeFacts(std::vector<FactReader::Answer>&& answers, bool areAll);
-    bool TakeAnswer(Folder& folder, ItemUpdate& update);
+    void TakeAnswer(Folder& folder, ItemUpdate& update, Changes& changes);
+    void TakeFailure(Folder& folder, FolderItems::Item& item, const ItemUpdate& update);
     Changes Apply(Folder& folder, std::vector<ItemUpdate>&& updates);
 
     // Deliveries.

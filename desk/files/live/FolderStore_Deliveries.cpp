@@ -66,6 +66,7 @@ void FolderStoreImpl::DeliverChanges(const FolderPtr& folder, Changes&& changes)
         delivery.mDelivery.mRemovedPaths = std::exchange(changes.mRemovedPaths, {});
         delivery.mContent = TakeSome(changes.mContent, begin);
         isMore = begin < changes.mContent.size();
+        delivery.mDelivery.mIsFactsOnly = changes.mIsFactsOnly;
         delivery.mDelivery.mAreFactsComplete = changes.mAreFactsComplete && !isMore;
         for (const Subscriber& subscriber : subscribers) {
             Delivery copy = delivery;

@@ -271,30 +271,33 @@ void FolderStoreImpl::TakeFacts(std::vector<FactReader::Answer>&& answers, bool 
             continue;
         }
         Changes changes(*folder);
-        for (; begin != end; ++begin)
-            if (TakeAnswer(*folder, begin->mUpdate))
-                changes.mContent.Add(begin->mUpdate.mName, begin->mUpdate.mFacts.mKind == ItemKind::Folder);
+        changes.mIsFactsOnly = true;
+        for (; begin != end; ++begin) TakeAnswer(*folder, begin->mUpdate, changes);
         changes.mAreFactsComplete = areAll && begin == answers.end();
         DeliverChanges(folder, std::move(changes));
         DeliverNext(folder);
     }
 }
 
-/// False when nothing is new.
-bool FolderStoreImpl::TakeAnswer(Folder& folder, ItemUpdate& update) {
+void FolderStoreImpl::TakeAnswer(Folder& folder, ItemUpdate& update, Changes& changes) {
     FolderItems::Item* item = Writable(folder).Find(update.mName, folder.mNextItem);
-    if (!item) return false;
+    if (!item) return;
     item->Set(FolderItems::kIsAsked, false);
-    if (item->Has(FolderItems::kIsOutrun)) {
-        item->Set(FolderItems::kIsOutrun, false);
-        return false;
-    }
-    if (!update.mIsGone && update.mSystemError == 0) return Merge(folder, *item, update);
-    item->Set(FolderItems::kIsUnreadable, true);
+    if (item->Has(FolderItems::kIsOutrun)) return item->Set(FolderItems::kIsOutrun, false);
+    if (update.mIsGone || update.mSystemError != 0) return TakeFailure(folder, *item, update);
+    const bool wasFolder = item->mFacts.mKind == ItemKind::Folder;
+    if (!Merge(folder, *item, update)) return;
+    const bool isFolder = item->mFacts.mKind == ItemKind::Folder;
+    changes.mContent.Add(update.mName, isFolder);
+    changes.mIsFactsOnly &= isFolder == wasFolder;
+}
+
+/// The facts of an item could not be read.
+void FolderStoreImpl::TakeFailure(Folder& folder, FolderItems::Item& item, const ItemUpdate& update) {
+    item.Set(FolderItems::kIsUnreadable, true);
     if (update.mIsGone) {
         folder.mPending.Add(update.mName);
-        Post([this, path = folder.mPath] { mMonitor.Announce(path->mText); });
-        return false;
+        return Post([this, path = folder.mPath] { mMonitor.Announce(path->mText); });
     }
     RetryLater(folder, update.mName);
     if (!std::exchange(folder.mHasLoggedFacts, true))
@@ -302,7 +305,6 @@ bool FolderStoreImpl::TakeAnswer(Folder& folder, ItemUpdate& update) {
             host::FileException("read status of", JoinPath(folder.mPath->mText, update.mName),
                                 update.mSystemError)
                 .what());
-    return false;
 }
 
 /// A volume that failed a call may answer the next one: the item counts as changed again after a while.

@@ -97,6 +97,7 @@ TEST_F(FolderStoreTest, ReadsFactsOnceAndDeliversThemTogether) {
     ASSERT_EQ(mDeliveries.size(), 1u);
     EXPECT_EQ(mDeliveries[0].mDelivery.mExtent, Extent::Change);
     EXPECT_EQ(mDeliveries[0].mContent->size(), 2u);
+    EXPECT_TRUE(mDeliveries[0].mDelivery.mIsFactsOnly && mDeliveries[0].mDelivery.mAreFactsComplete);
     EXPECT_EQ(SizeOf("A.zuproj"), 5u);
     ASSERT_TRUE(Facts("B.zuproj")->mLock);
     EXPECT_EQ(Facts("B.zuproj")->mLock->mUser, u"Ada");

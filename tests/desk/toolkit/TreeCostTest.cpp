@@ -19,6 +19,7 @@ protected:
         }));
         mTree->SetCellSortDataFunction(Shared([this](const host::RowRef& row, unsigned column) {
             ++mCalls;
+            mSizeKeys += mHeader->GetColumnAt(column) == kSizeColumn;
             const NamedRow& data = DataOf(*row);
             return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize : data.mName);
         }));
@@ -54,6 +55,7 @@ protected:
     }
 
     int mCalls = 0;
+    int mSizeKeys = 0;
 };
 
 TEST_F(TreeCostTest, FollowsWhatComesAndWhatIsSeenNotWhatIsThere) {
@@ -126,7 +128,15 @@ TEST_F(TreeCostTest, EqualKeysAreSortedByNameAfterAnyOrder) {
         mTree->SortTree();
         return mTree->GetOpenedRows();
     };
-    for (const bool isAscending : {true, false}) {
+    const auto sizesOf = [&](std::span<const host::RowRef> asked, unsigned column) {
+        std::vector<std::uint64_t> sizes;
+        if (mHeader->GetColumnAt(column) != kSizeColumn) return sizes;
+        for (const host::RowRef& row : asked) sizes.push_back(std::stoul(DataOf(*row).mSize));
+        return sizes;
+    };
+    for (const auto& [isAscending, areNumbers] :
+         {std::pair{true, false}, {false, false}, {true, true}, {false, true}}) {
+        if (areNumbers) mTree->SetRowsSortNumbersFunction(Shared(sizesOf));
         // Names fall: rows of one size do not stand by their names before.
         for (const bool isAfterFallingNames : {false, true}) {
             sort(kNameColumn, !isAfterFallingNames);
@@ -136,6 +146,7 @@ TEST_F(TreeCostTest, EqualKeysAreSortedByNameAfterAnyOrder) {
                 if (x.mSize != y.mSize) return (x.mSize < y.mSize) == isAscending;
                 return x.mName < y.mName;
             }));
+            EXPECT_EQ(std::exchange(mSizeKeys, 0) == 0, areNumbers) << "numbers stand in for keys";
         }
     }
 }
