@@ -84,6 +84,8 @@ public:
 
     /// The folder's path.
     const host::UTF16String& Folder() const { return mFolder; }
+    /// True when both hold the same names, in the same order.
+    bool operator==(const FolderNames&) const = default;
     std::size_t CountBytes() const { return mBytes.size(); }
     /// Appends the items whose names contain `text`, in no order.
     void Find(const FoldedText& text, std::vector<Item>& found) const;

@@ -138,7 +138,7 @@ void Search::Complete(desk::NameScanResult&& found) {
     completion(std::move(result));
     if (alive.expired()) return;
     if (!mChanged.empty() || !mRemoved.empty()) TellLater({});
-    mIndex->ReadUnfollowedAgain();
+    mIndex->ReadUnfollowedAgainSoon();
 }
 
 /// Looks again as soon as the root can be read.

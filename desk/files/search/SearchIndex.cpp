@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <iterator>
 #include <mutex>
 #include <unordered_set>
 #include <utility>
 
+#include "desk/core/edges/MainThread.h"
 #include "desk/core/edges/Services.h"
 #include "desk/core/names/FolderPath.h"
 #include "desk/files/live/DirectoryMonitor.h"
@@ -14,6 +16,9 @@
 
 namespace desk {
 namespace {
+
+/// Who types has paused by then.
+constexpr std::chrono::milliseconds kPauseOfKeys{1000};
 
 FolderNames::Kind ToKind(ItemKind kind) {
     switch (kind) {
@@ -105,6 +110,14 @@ void SearchIndex::Read(const host::UTF16StringVec& folders, std::function<void()
     });
 }
 
+void SearchIndex::ReadUnfollowedAgainSoon() {
+    const auto read = [weak = weak_from_this(), asked = ++mReadingsAgainAskedFor] {
+        const auto self = weak.lock();
+        if (self && self->mReadingsAgainAskedFor == asked) self->ReadUnfollowedAgain();
+    };
+    if (mFollower && !mRead.empty()) GetServices().mMainThread->PostDelayed(read, kPauseOfKeys);
+}
+
 void SearchIndex::ReadUnfollowedAgain() {
     if (mReadingAgain) mIsReadingAgainWanted = true;
     if (!mFollower || mReadingAgain) return;
@@ -152,7 +165,9 @@ void SearchIndex::TakeRead(std::vector<Names>&& names, FolderWalk::Result&& fail
         mFailures.erase(now->Folder());
         // What the store has listed meanwhile is newer.
         if (store && store->IsListed(now->Folder())) continue;
-        const Names before = std::exchange(mRead[now->Folder()], now);
+        Names& known = mRead[now->Folder()];
+        if (known && *known == *now) continue;
+        const Names before = std::exchange(known, now);
         if (mFollower) Renew(before, now, false);
     }
 }

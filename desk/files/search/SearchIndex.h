@@ -62,13 +62,15 @@ public:
     /// Follows what a search has looked through and nobody follows yet, folders with hits first, and what could
     /// not be read, until it can. Nothing when the index follows nothing.
     void Follow(const NameScanResult& result);
-    /// Reads the folders again that are not followed, and tells what has changed in them.
-    void ReadUnfollowedAgain();
+    /// Soon reads the folders again that are not followed, and tells what has changed in them; later, when it
+    /// is called again meanwhile: keys that follow each other are not to wait for the disk.
+    void ReadUnfollowedAgainSoon();
 
 private:
     using Names = std::shared_ptr<const FolderNames>;
     struct Reading;
 
+    void ReadUnfollowedAgain();
     std::shared_ptr<FolderWalk> StartWalk(const host::UTF16StringVec& folders,
                                           std::function<bool(const host::UTF16String&)> isEntered,
                                           std::function<void()> done);
@@ -89,6 +91,7 @@ private:
     unsigned mReadings = 0;
     std::shared_ptr<FolderWalk> mReadingAgain;
     bool mIsReadingAgainWanted = false;
+    unsigned mReadingsAgainAskedFor = 0;
     std::vector<std::pair<const void*, Receiver>> mReceivers;
 };
 

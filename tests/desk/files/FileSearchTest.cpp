@@ -172,11 +172,14 @@ TEST_F(FileSearchTest, ReadsTheFoldersAgainThatAreTooManyToFollow) {
     mFolder.Write(unfollowed.front() + "/Reels/Reel 2.zuproj");
     mDisk.ResetCounts();
     request = Find();
+    EXPECT_EQ(mHits, Names()) << "keys do not wait for the disk";
+    mMain.Advance(std::chrono::seconds(1));
     const Names hits{folder + "/Reel 1.zuproj", unfollowed.front() + "/Reels",
                      unfollowed.front() + "/Reels/Reel 2.zuproj"};
     EXPECT_EQ(mHits, hits);
     EXPECT_LE(CountLists(), static_cast<int>(unfollowed.size()) + 1) << "the others are known";
     mFolder.Remove(unfollowed.front() + "/Reels");
     request = Find();
+    mMain.Advance(std::chrono::seconds(1));
     EXPECT_EQ(mHits, Names{folder + "/Reel 1.zuproj"});
 }
