@@ -87,8 +87,9 @@ struct Options {
     std::optional<int> mRepetitions;
     bool mIsPanelOnly = false;
     bool mAreLongOnesMeant = false;
-    /// This process measures the heap of one side, "panel" or "baseline", or shows an empty window, and ends.
+    /// This process measures the memory of one side, "panel" or "baseline", or shows an empty window, and ends.
     std::string mHeap;
+    std::string mResident;
     bool mIsEmptyWindow = false;
 };
 
@@ -96,6 +97,7 @@ struct Options {
 Options TakeOptions(int& argc, char** argv) {
     constexpr std::string_view kRepetitions = "--repetitions=";
     constexpr std::string_view kHeap = "--heap=";
+    constexpr std::string_view kResident = "--resident=";
     Options options;
     int kept = 1;
     for (int i = 1; i < argc; ++i) {
@@ -108,6 +110,8 @@ Options TakeOptions(int& argc, char** argv) {
             options.mAreLongOnesMeant = true;
         } else if (argument.starts_with(kHeap)) {
             options.mHeap = argument.substr(kHeap.size());
+        } else if (argument.starts_with(kResident)) {
+            options.mResident = argument.substr(kResident.size());
         } else if (argument == "--empty-window") {
             options.mIsEmptyWindow = true;
         } else {
@@ -118,17 +122,23 @@ Options TakeOptions(int& argc, char** argv) {
     return options;
 }
 
+std::unique_ptr<BenchedTree> MakeSide(const std::string& side) {
+    if (side != "panel") return std::make_unique<TunedFileSystemModel>(kWindowSize);
+    desk::Theme::Apply(desk::ThemeKind::Dark);
+    return std::make_unique<PanelBench>();
+}
+
 int RunHeap(const std::string& side) {
     constexpr int kProjects = 10'000;
     const SampleFolder folder(kProjects, SampleNames::AsGiven);
-    std::unique_ptr<BenchedTree> tree;
-    if (side == "panel") {
-        desk::Theme::Apply(desk::ThemeKind::Dark);
-        tree = std::make_unique<PanelBench>();
-    } else {
-        tree = std::make_unique<TunedFileSystemModel>(kWindowSize);
-    }
+    const auto tree = MakeSide(side);
     std::cout << MeasureHeap(*tree, folder) << std::endl;
+    return 0;
+}
+
+int RunResident(const std::string& side) {
+    const auto tree = MakeSide(side);
+    std::cout << MeasureResidentMemory(*tree) << std::endl;
     return 0;
 }
 
@@ -145,6 +155,7 @@ int RunEmptyWindow() {
 
 int Run(const Options& options) {
     if (!options.mHeap.empty()) return RunHeap(options.mHeap);
+    if (!options.mResident.empty()) return RunResident(options.mResident);
     if (options.mIsEmptyWindow) return RunEmptyWindow();
     desk::Theme::Apply(desk::ThemeKind::Dark);
     PanelBench panel;
