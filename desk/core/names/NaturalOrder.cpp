@@ -1,14 +1,17 @@
 #include "desk/core/names/NaturalOrder.h"
 
+#include <unicode/ucol.h>
+
 #include <QLocale>
 #include <QStringView>
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <map>
 #include <mutex>
-#include <numeric>
-#include <optional>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desk/core/work/ParallelWork.h"
@@ -46,6 +49,18 @@ QCollator MakeCollator(const QLocale& locale, Qt::CaseSensitivity caseSensitivit
     collator.setNumericMode(true);
     collator.setIgnorePunctuation(false);
     collator.setCaseSensitivity(caseSensitivity);
+    return collator;
+}
+
+/// With the same options.
+UCollator* OpenKeyMaker(const QLocale& locale) {
+    UErrorCode error = U_ZERO_ERROR;
+    UCollator* collator = ucol_open(locale.bcp47Name().toLatin1().constData(), &error);
+    if (U_FAILURE(error)) throw std::runtime_error("There is no collation of names.");
+    ucol_setAttribute(collator, UCOL_NORMALIZATION_MODE, UCOL_ON, &error);
+    ucol_setAttribute(collator, UCOL_STRENGTH, UCOL_DEFAULT_STRENGTH, &error);
+    ucol_setAttribute(collator, UCOL_NUMERIC_COLLATION, UCOL_ON, &error);
+    ucol_setAttribute(collator, UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &error);
     return collator;
 }
 
@@ -162,67 +177,131 @@ std::u16string_view ShownName(std::u16string_view name) {
     return isProject ? name.substr(0, name.size() - extension.size()) : name;
 }
 
-/// The order of keys that stand one behind the other in `bytes`. Names of one folder often begin alike: what
-/// they share is left out, and the next eight bytes decide most comparisons.
-std::vector<std::uint32_t> OrderOfKeys(std::string_view bytes, const std::vector<std::size_t>& ends) {
+/// Orders names by keys, each of which is made once. That takes most of the time of a listing: of many names,
+/// several threads make and sort some each.
+class KeySort {
+public:
+    explicit KeySort(const std::vector<std::u16string_view>& names)
+        : mNames(names),
+          mKeys(names.size()),
+          mChunks(std::clamp<std::size_t>(names.size() / kNamesPerThread, 1, kMostChunks)) {}
+
+    /// `append` writes a name's key behind others, or answers false if it cannot; then so does this.
+    template <class Append>
+    bool MakeKeys(Append append) {
+        std::atomic<bool> areMade = true;
+        RunShared(mChunks.size(), [&](std::size_t chunk) {
+            if (!MakeKeysOf(chunk, append)) areMade = false;
+        });
+        return areMade;
+    }
+
+    /// The names' places, by the keys.
+    std::vector<std::uint32_t> Order() {
+        const std::size_t shared = CountShared();
+        RunShared(mChunks.size(), [&](std::size_t chunk) {
+            for (auto key = BeginOf(chunk); key != BeginOf(chunk + 1); ++key) TakeHead(*key, shared);
+            std::sort(BeginOf(chunk), BeginOf(chunk + 1), IsLess{mNames});
+        });
+        for (std::size_t width = 1; width < mChunks.size(); width *= 2)
+            RunShared((mChunks.size() - 1) / (2 * width) + 1, [&](std::size_t pair) {
+                const std::size_t chunk = 2 * width * pair;
+                std::inplace_merge(BeginOf(chunk), BeginOf(chunk + width), BeginOf(chunk + 2 * width),
+                                   IsLess{mNames});
+            });
+        std::vector<std::uint32_t> places(mKeys.size());
+        std::ranges::transform(mKeys, places.begin(), &Key::mPlace);
+        return places;
+    }
+
+private:
     struct Key {
+        /// The next eight bytes decide most comparisons.
         std::uint64_t mHead = 0;
         std::string_view mBytes;
         std::uint32_t mPlace = 0;
     };
-    std::vector<Key> keys(ends.size());
-    std::size_t shared = ends.empty() ? 0 : ends[0];
-    for (std::uint32_t i = 0; i < keys.size(); ++i) {
-        const std::size_t begin = i == 0 ? 0 : ends[i - 1];
-        keys[i].mBytes = bytes.substr(begin, ends[i] - begin);
-        keys[i].mPlace = i;
-        const auto [end, unused] = std::ranges::mismatch(keys[i].mBytes, keys[0].mBytes.substr(0, shared));
-        shared = static_cast<std::size_t>(end - keys[i].mBytes.begin());
+    struct IsLess {
+        bool operator()(const Key& a, const Key& b) const {
+            if (a.mHead != b.mHead) return a.mHead < b.mHead;
+            const int result = a.mBytes.compare(b.mBytes);
+            return result != 0 ? result < 0 : ShownName(mNames[a.mPlace]) < ShownName(mNames[b.mPlace]);
+        }
+        const std::vector<std::u16string_view>& mNames;
+    };
+    struct Chunk {
+        /// Its keys, one behind the other.
+        std::string mBytes;
+        /// So many bytes at their beginning are the same.
+        std::size_t mShared = 0;
+    };
+
+    std::vector<Key>::iterator BeginOf(std::size_t chunk) {
+        const std::size_t count = mChunks.size();
+        return mKeys.begin() + static_cast<std::ptrdiff_t>(mKeys.size() * std::min(chunk, count) / count);
     }
-    for (Key& key : keys) {
+
+    template <class Append>
+    bool MakeKeysOf(std::size_t number, Append append) {
+        constexpr std::size_t kUsualKey = 48;
+        const NaturalOrder& order = UserNaturalOrder();
+        Chunk& chunk = mChunks[number];
+        const auto begin = BeginOf(number);
+        const auto end = BeginOf(number + 1);
+        chunk.mBytes.clear();
+        chunk.mBytes.reserve(static_cast<std::size_t>(end - begin) * kUsualKey);
+        std::vector<std::size_t> ends;
+        ends.reserve(static_cast<std::size_t>(end - begin));
+        for (auto key = begin; key != end; ++key) {
+            key->mPlace = static_cast<std::uint32_t>(key - mKeys.begin());
+            if (!append(order, ShownName(mNames[key->mPlace]), chunk.mBytes)) return false;
+            ends.push_back(chunk.mBytes.size());
+        }
+        std::size_t at = 0;
+        for (auto key = begin; key != end; at = ends[static_cast<std::size_t>(key++ - begin)])
+            key->mBytes =
+                std::string_view(chunk.mBytes).substr(at, ends[static_cast<std::size_t>(key - begin)] - at);
+        chunk.mShared = begin == end ? 0 : begin->mBytes.size();
+        for (auto key = begin; key != end; ++key)
+            chunk.mShared = CountSharedOf(key->mBytes, begin->mBytes.substr(0, chunk.mShared));
+        return true;
+    }
+
+    static std::size_t CountSharedOf(std::string_view a, std::string_view b) {
+        return static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
+    }
+    /// Names of one folder often begin alike: what all keys share is left out.
+    std::size_t CountShared() {
+        if (mKeys.empty()) return 0;
+        std::size_t shared = mKeys.front().mBytes.size();
+        for (std::size_t chunk = 0; chunk < mChunks.size(); ++chunk)
+            shared = std::min(
+                {shared, mChunks[chunk].mShared, CountSharedOf(mKeys.front().mBytes, BeginOf(chunk)->mBytes)});
+        return shared;
+    }
+
+    static void TakeHead(Key& key, std::size_t shared) {
         key.mBytes.remove_prefix(shared);
         for (std::size_t i = 0; i < sizeof key.mHead; ++i)
             key.mHead =
                 key.mHead << 8 | (i < key.mBytes.size() ? static_cast<unsigned char>(key.mBytes[i]) : 0);
     }
-    std::ranges::sort(keys, [](const Key& a, const Key& b) {
-        return a.mHead != b.mHead ? a.mHead < b.mHead : a.mBytes < b.mBytes;
-    });
-    std::vector<std::uint32_t> places(keys.size());
-    std::ranges::transform(keys, places.begin(), &Key::mPlace);
-    return places;
-}
 
-/// The order of names of which some are not ASCII: each name's key is made once, and keys are cheap to compare.
-/// The keys take most of the time of a listing: of many names, several threads make and sort some each.
-std::vector<std::uint32_t> OrderByCollator(const std::vector<std::u16string_view>& names) {
-    std::vector<std::optional<QCollatorSortKey>> keys(names.size());
-    std::vector<std::uint32_t> places(names.size());
-    std::iota(places.begin(), places.end(), 0u);
-    const auto isLess = [&](std::uint32_t a, std::uint32_t b) {
-        const int result = keys[a]->compare(*keys[b]);
-        return result != 0 ? result < 0 : ShownName(names[a]) < ShownName(names[b]);
-    };
-    const std::size_t chunks = std::clamp<std::size_t>(names.size() / kNamesPerThread, 1, kMostChunks);
-    const auto beginOf = [&](std::size_t chunk) {
-        return places.begin() + static_cast<std::ptrdiff_t>(names.size() * std::min(chunk, chunks) / chunks);
-    };
-    RunShared(chunks, [&](std::size_t chunk) {
-        const NaturalOrder& order = UserNaturalOrder();
-        for (auto place = beginOf(chunk); place != beginOf(chunk + 1); ++place)
-            keys[*place].emplace(order.MakeCollatorKey(ShownName(names[*place])));
-        std::sort(beginOf(chunk), beginOf(chunk + 1), isLess);
-    });
-    for (std::size_t width = 1; width < chunks; width *= 2)
-        for (std::size_t chunk = 0; chunk + width < chunks; chunk += 2 * width)
-            std::inplace_merge(beginOf(chunk), beginOf(chunk + width), beginOf(chunk + 2 * width), isLess);
-    return places;
-}
+    const std::vector<std::u16string_view>& mNames;
+    std::vector<Key> mKeys;
+    std::vector<Chunk> mChunks;
+};
 
 }  // namespace
 
 NaturalOrder::NaturalOrder(const QLocale& locale)
-    : mCollator(MakeCollator(locale, Qt::CaseSensitive)), mTable(FindTable()) {}
+    : mCollator(MakeCollator(locale, Qt::CaseSensitive)),
+      mKeyMaker(OpenKeyMaker(mCollator.locale())),
+      mTable(FindTable()) {}
+
+void NaturalOrder::CloseCollator::operator()(UCollator* collator) const {
+    ucol_close(collator);
+}
 
 int NaturalOrder::Compare(std::u16string_view a, std::u16string_view b) const {
     if (IsUsingTable() && IsPrintableAscii(a) && IsPrintableAscii(b)) return CompareByTable(*mTable, a, b);
@@ -243,12 +322,19 @@ int NaturalOrder::CompareEquivalents(std::u16string_view a, std::u16string_view 
         mCollator.compare(ToView(PrepareForCollator(a, storageA)), ToView(PrepareForCollator(b, storageB))));
 }
 
-QCollatorSortKey NaturalOrder::MakeCollatorKey(std::u16string_view text) const {
+void NaturalOrder::AppendCollatorKey(std::u16string_view text, std::string& key) const {
     std::u16string storage;
     const std::u16string_view prepared = PrepareForCollator(text, storage);
-    // The key is made from it here and now.
-    return mCollator.sortKey(QString::fromRawData(reinterpret_cast<const QChar*>(prepared.data()),
-                                                  static_cast<qsizetype>(prepared.size())));
+    const std::size_t before = key.size();
+    std::size_t size = prepared.size() * 2 + 32;
+    for (std::size_t room = 0; size > room;) {
+        room = size;
+        key.resize(before + room);
+        size = static_cast<std::size_t>(ucol_getSortKey(
+            mKeyMaker.get(), prepared.data(), static_cast<std::int32_t>(prepared.size()),
+            reinterpret_cast<std::uint8_t*>(key.data() + before), static_cast<std::int32_t>(room)));
+    }
+    key.resize(before + size);
 }
 
 /// The letters' weights, a zero (less than any weight: the shorter text comes first), the weights of case, the
@@ -361,16 +447,16 @@ const NaturalOrder& UserNaturalOrder() {
 }
 
 std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& names) {
-    const NaturalOrder& order = UserNaturalOrder();
-    std::string bytes;
-    std::vector<std::size_t> ends;
-    ends.reserve(names.size());
-    for (const std::u16string_view name : names) {
-        if (!order.AppendSortKey(ShownName(name), bytes)) break;
-        ends.push_back(bytes.size());
-    }
-    if (ends.size() == names.size()) return OrderOfKeys(bytes, ends);
-    return OrderByCollator(names);
+    KeySort sort(names);
+    const auto appendByTable = [](const NaturalOrder& order, std::u16string_view name, std::string& keys) {
+        return order.AppendSortKey(name, keys);
+    };
+    const auto appendByCollator = [](const NaturalOrder& order, std::u16string_view name, std::string& keys) {
+        order.AppendCollatorKey(name, keys);
+        return true;
+    };
+    if (!sort.MakeKeys(appendByTable)) sort.MakeKeys(appendByCollator);
+    return sort.Order();
 }
 
 }  // namespace desk

@@ -10,6 +10,8 @@
 
 #include "host/core/Export.h"
 
+struct UCollator;
+
 namespace desk {
 
 /// Natural order of names in one language: the Unicode collation of the language (UTS #10, punctuation not
@@ -36,9 +38,9 @@ public:
     /// length) as `Compare` orders the texts. False, with `key` as it was, when the table cannot order `text`.
     bool AppendSortKey(std::u16string_view text, std::string& key) const;
 
-    /// A key by which `text` is ordered among other such keys as `Compare` orders the texts, but for what the
-    /// collator takes for the same. Dearer than one comparison, and much cheaper than those of a sort.
-    QCollatorSortKey MakeCollatorKey(std::u16string_view text) const;
+    /// The same for any text, by other keys, which are the collator's: equal for what it takes for the same.
+    /// Dearer than one comparison, and much cheaper than those of a sort.
+    void AppendCollatorKey(std::u16string_view text, std::string& key) const;
 
     bool IsUsingTable() const { return mTable->mIsLikeCollator; }
 
@@ -59,7 +61,13 @@ private:
     static int CompareByTable(const Table& table, std::u16string_view a, std::u16string_view b);
     int CompareEquivalents(std::u16string_view a, std::u16string_view b) const;
 
+    struct CloseCollator {
+        void operator()(UCollator* collator) const;
+    };
+
     QCollator mCollator;
+    /// The one that is inside the other, for the sake of keys: the other makes two objects on the heap of each.
+    std::unique_ptr<UCollator, CloseCollator> mKeyMaker;
     std::shared_ptr<const Table> mTable;
 };
 
