@@ -24,6 +24,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kMostNewToRead = 64;
 /// Nobody waits for a poll: it wakes other workers only for what takes longer than this.
 constexpr std::chrono::milliseconds kPollTask{10};
+/// So many entries are worth a thread.
+constexpr std::size_t kEntriesPerThread = 1000;
 
 }  // namespace
 
@@ -43,11 +45,7 @@ void FolderListing::List() {
         call.Next();
         const std::vector<FolderEntry> entries =
             GetServices().mFileSystem->ListFolder(mRequest.mFolder->mBytes);
-        mFound.reserve(entries.size());
-        // A volume may name an entry twice while its folder changes.
-        absl::flat_hash_set<std::string_view> names(entries.size());
-        for (const FolderEntry& entry : entries)
-            if (names.insert(entry.mName).second) TakeEntry(entry);
+        TakeEntries(entries);
         if (!mRequest.mKnown) SweepIfNeeded(entries);
     } catch (const host::FileException& exception) {
         return Fail(exception.SystemError(), exception.what());
@@ -69,12 +67,33 @@ ItemKind FolderListing::Found::GetKind() const {
     return mFacts.mKind == ItemKind::Unknown && mKnown ? mKnown->mFacts.mKind : mFacts.mKind;
 }
 
-void FolderListing::TakeEntry(const FolderEntry& entry) {
+void FolderListing::TakeEntries(const std::vector<FolderEntry>& entries) {
+    // A volume may name an entry twice while its folder changes.
+    absl::flat_hash_set<std::string_view> names(entries.size());
+    std::vector<char> areNew(entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) areNew[i] = names.insert(entries[i].mName).second;
+    // Who polls a known folder wakes nobody up.
+    std::vector<Taken> parts(mRequest.mKnown ? 1 : entries.size() / kEntriesPerThread + 1);
+    const auto beginOf = [&](std::size_t part) { return entries.size() * part / parts.size(); };
+    RunShared(parts.size(), [&](std::size_t part) {
+        parts[part].mFound.reserve(beginOf(part + 1) - beginOf(part));
+        for (std::size_t i = beginOf(part); i < beginOf(part + 1); ++i)
+            if (areNew[i]) TakeEntry(entries[i], parts[part]);
+    });
+    mFound = std::move(parts.front().mFound);
+    mFound.reserve(entries.size());
+    for (Taken& part : parts) {
+        if (&part != &parts.front()) std::ranges::move(part.mFound, std::back_inserter(mFound));
+        std::ranges::move(part.mLocked, std::back_inserter(mLocked));
+    }
+}
+
+void FolderListing::TakeEntry(const FolderEntry& entry, Taken& taken) const {
     Found found;
     found.mName = host::UTF8to16(entry.mName);
     if (entry.mName.starts_with('.')) {
         if (host::UTF16String project = GetProjectNameOfLockFile(found.mName); !project.empty())
-            mLocked.push_back(std::move(project));
+            taken.mLocked.push_back(std::move(project));
         if (IsHiddenName(entry.mName, entry.mKind)) return;
     }
     found.mIsProject = entry.mKind != ItemKind::Folder && IsProjectName(found.mName);
@@ -83,7 +102,7 @@ void FolderListing::TakeEntry(const FolderEntry& entry) {
     found.mFacts.mKind = isKindOpen ? ItemKind::Unknown : entry.mKind;
     found.mFacts.mIsLink = entry.mKind == ItemKind::Link;
     if (mRequest.mKnown) found.mKnown = mRequest.mKnown->Find(found.mName);
-    mFound.push_back(std::move(found));
+    taken.mFound.push_back(std::move(found));
 }
 
 void FolderListing::MarkLocked() {
@@ -177,10 +196,7 @@ void FolderListing::CompleteNames() {
         if (IsVolumeGone()) throw host::FileException("list folder", mRequest.mFolder->mText, ENODEV);
         if (mRequest.mIsContentWanted) {
             SortFound();
-            std::vector<Named> items;
-            items.reserve(mFound.size());
-            for (const Found& found : mFound) items.push_back({found.mName, found.GetKind()});
-            mResult.mContents = MakeContents(*mRequest.mFolder, items);
+            MakeContentsAndItems();
         }
         ChooseKnown();
         if (mToRead.empty()) return Complete();
@@ -194,7 +210,7 @@ void FolderListing::Complete() {
         std::erase_if(mFound, [](const Found& found) { return !found.mIsKept; });
         if (mRequest.mKnown)
             mResult.mUpdates = Compare();
-        else
+        else if (!mResult.mItems)
             BuildItems();
         DropStamps();
         Post(std::move(mCompletion), std::move(mResult), mBegin);
@@ -248,6 +264,21 @@ void FolderListing::SortFound() {
     sorted.reserve(mFound.size());
     for (const std::uint32_t place : OrderAsShown(names)) sorted.push_back(std::move(mFound[place]));
     mFound = std::move(sorted);
+}
+
+/// At the same time; the items the first time only.
+void FolderListing::MakeContentsAndItems() {
+    std::vector<Named> items;
+    items.reserve(mFound.size());
+    for (const Found& found : mFound) items.push_back({found.mName, found.GetKind()});
+    const auto make = [&](std::size_t which) {
+        which == 0 ? static_cast<void>(mResult.mContents = MakeContents(*mRequest.mFolder, items))
+                   : BuildItems();
+    };
+    const bool isFirst = !mRequest.mKnown;
+    if (isFirst && mFound.size() >= kEntriesPerThread) return RunShared(2, make);
+    make(0);
+    if (isFirst) make(1);
 }
 
 void FolderListing::BuildItems() {

@@ -99,7 +99,13 @@ private:
 
     void List();
     void SweepIfNeeded(const std::vector<FolderEntry>& entries);
-    void TakeEntry(const FolderEntry& entry);
+    /// Items, and projects beside which a lock file stands.
+    struct Taken {
+        std::vector<Found> mFound;
+        std::vector<host::UTF16String> mLocked;
+    };
+    void TakeEntries(const std::vector<FolderEntry>& entries);
+    void TakeEntry(const FolderEntry& entry, Taken& taken) const;
     void MarkLocked();
     void ChooseUnknown();
     void ChooseKnown();
@@ -114,6 +120,7 @@ private:
     bool IsVolumeGone();
     void BuildItems();
     void SortFound();
+    void MakeContentsAndItems();
     struct Named {
         std::u16string_view mName;
         ItemKind mKind;
