@@ -22,6 +22,8 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     struct Folder {
         bool mIsBusy = false;
         bool mHasContent = false;
+        /// All its rows come from parts of one content, each of which names other items.
+        bool mIsComingInParts = false;
         /// Child rows are found by the index: there are many.
         bool mHasIndex = false;
         absl::flat_hash_set<Row*, desk::RowByName, desk::RowByName> mIndex;
@@ -41,8 +43,10 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     /// The row of a folder, by its path below the root; false when there is none. The root's row is null.
     bool FindRow(std::u16string_view path, Row*& row) const;
     Row* FindChild(const Row* parent, std::u16string_view name) const;
-    /// From now on child rows are found by the index, if there are many or are going to be.
-    void ReserveRows(const Row* parent, std::size_t more);
+    /// From now on child rows are found by the index, if there are going to be many: `count` in all.
+    void ReserveRows(const Row* parent, std::size_t count);
+    /// True when no item of a delivery of this extent, which has just come, can have a row yet.
+    bool IsEachNew(const Row* parent, ContentDelivery::Extent extent);
     void Record(Row& row, std::u16string_view name);
     void ForgetRow(Row& row);
     /// Takes the rows, and those below them, out of the maps.

@@ -206,11 +206,12 @@ void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const 
     DirectoryImpl& impl = *mDirectoryImpl;
     const UTF16String folder = row ? GetRowPath(row.get()) : PathUtils::ToNormalizedPath(root);
     if (folder.empty()) return;
-    if (content.size() > kFewItems) impl.ReserveRows(row.get(), content.size());
     const std::vector<RowRef>& rows = impl.mTree->GetChildRowsOf(row.get());
+    if (content.size() > kFewItems)
+        impl.ReserveRows(row.get(), std::max(rows.size() + content.size(), delivery.mCountOfAllParts));
     // Only what changes may be told twice.
     const bool isChange = delivery.mExtent == ContentDelivery::Extent::Change;
-    const bool isEachNew = rows.empty() && !isChange;
+    const bool isEachNew = impl.IsEachNew(row.get(), delivery.mExtent);
     std::vector<std::uint32_t> newItems;
     newItems.reserve(content.size());
     std::unordered_set<std::u16string_view> seen;

@@ -68,15 +68,24 @@ Row* DirectoryImpl::FindChild(const Row* parent, std::u16string_view name) const
     return found == rows.end() ? nullptr : found->get();
 }
 
-void DirectoryImpl::ReserveRows(const Row* parent, std::size_t more) {
+void DirectoryImpl::ReserveRows(const Row* parent, std::size_t count) {
     const auto found = mFolders.find(parent);
     if (found == mFolders.end()) return;
     Folder& folder = found->second;
-    const std::vector<RowRef>& rows = mTree->GetChildRowsOf(parent);
-    if (rows.size() + more < kManyRows) return;
-    folder.mIndex.reserve(rows.size() + more);
+    if (count < kManyRows) return;
+    folder.mIndex.reserve(count);
     if (std::exchange(folder.mHasIndex, true)) return;
-    for (const RowRef& row : rows) folder.mIndex.insert(row.get());
+    for (const RowRef& row : mTree->GetChildRowsOf(parent)) folder.mIndex.insert(row.get());
+}
+
+bool DirectoryImpl::IsEachNew(const Row* parent, ContentDelivery::Extent extent) {
+    using Extent = ContentDelivery::Extent;
+    const bool isEmpty = mTree->GetChildRowsOf(parent).empty();
+    const auto folder = mFolders.find(parent);
+    if (folder == mFolders.end()) return isEmpty && extent != Extent::Change;
+    bool& isComingInParts = folder->second.mIsComingInParts;
+    isComingInParts = extent == Extent::Part && (isEmpty || isComingInParts);
+    return isComingInParts || (isEmpty && extent == Extent::Whole);
 }
 
 void DirectoryImpl::Record(Row& row, std::u16string_view name) {

@@ -35,6 +35,8 @@ struct ContentDelivery {
     bool mAreFactsComplete = false;
     /// With `Change`: nothing but facts of items that are known has changed; neither names nor kinds.
     bool mIsFactsOnly = false;
+    /// With `Part`: how many items all parts have together.
+    std::size_t mCountOfAllParts = 0;
 };
 
 /// Delivers the contents of folders to the browser's views: lists them on worker threads and hands the

@@ -45,8 +45,11 @@ void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subsc
     }
     if (result.mContents.empty()) return;
     subscriber.mHasContent = true;
+    std::size_t count = 0;
+    for (const auto& content : result.mContents) count += content->size();
     for (const auto& content : result.mContents) {
         Delivery delivery;
+        delivery.mDelivery.mCountOfAllParts = count;
         delivery.mDelivery.mExtent = result.mContents.size() == 1 ? Extent::Whole : Extent::Part;
         delivery.mContent = content;
         delivery.mDelivery.mIsLast = content == result.mContents.back();
