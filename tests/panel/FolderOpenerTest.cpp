@@ -33,71 +33,20 @@ protected:
                          "  Day 2", "  Take 2", "B",           "C",           "Empty"};
 };
 
-TEST_F(FolderOpenerTest, GoesThroughItsStates) {
+TEST_F(FolderOpenerTest, DoesOneJobAtATimeAndWaitsForNoFolderThatHasGone) {
     MakeProduction();
-    struct Case {
-        const char* mName;
-        std::vector<std::string> mFolders, mAwaited;
-        /// "run" lets the host go on, "again" begins another job, "stop" stops; others: content that has come,
-        /// "-A" a folder that has gone.
-        std::vector<std::string> mSteps;
-        State mExpected;
-        int mCompletions;
-    };
-    const std::string root;
-    const Case cases[] = {
-        {"nothing to do", {}, {}, {}, State::Idle, 1},
-        {"waits for all of it", {"A"}, {root, "B"}, {root, "run"}, State::Waiting, 0},
-        {"then opens", {"A"}, {root}, {root}, State::Expanding, 0},
-        {"waited for nothing but the content", {}, {root}, {root}, State::Idle, 1},
-        {"is told of them", {"A", "B"}, {}, {"run", "A", "B"}, State::Idle, 1},
-        {"is told of others too",
-         {"A", "B"},
-         {},
-         {"run", root, "Empty", "B"},
-         State::WaitingForLastContents,
-         0},
-        {"one of them has gone", {"A", "B"}, {}, {"run", "A", "-B", root}, State::Idle, 1},
-        {"what turns out not to be there", {"A/Gone"}, {}, {"run"}, State::Idle, 1},
-        {"one job at a time: waiting", {"A"}, {root}, {"again", root}, State::Expanding, 0},
-        {"expanding", {"A"}, {}, {"again", "run", "A"}, State::Idle, 1},
-        {"waiting for the last", {"A"}, {}, {"run", "again", "A"}, State::Idle, 1},
-        {"stopped while waiting", {"A"}, {root}, {"stop", root, "run"}, State::Idle, 0},
-        {"stopped while waiting for the last", {"A"}, {}, {"run", "stop", "A"}, State::Idle, 0},
-    };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.mName);
-        CloseProduction();
-        OpenProduction();
-        FolderOpener opener(DirectoryView());
-        int completions = 0, others = 0;
-        const UTF16StringVec awaited = PathsOf(each.mAwaited);
-        opener.OpenFolders(PathsOf(each.mFolders), {awaited.begin(), awaited.end()}, [&] {
-            ++completions;
-            EXPECT_TRUE(opener.IsIdle());
-            opener.OpenFolders({}, {}, [&] { ++others; });
-        });
-        for (const std::string& step : each.mSteps) {
-            if (step == "run")
-                mMain.RunUntilIdle();
-            else if (step == "again")
-                opener.OpenFolders(PathsOf({"Empty"}), {},
-                                   [] { ADD_FAILURE() << "a running job was replaced"; });
-            else if (step == "stop")
-                opener.Stop();
-            else if (step.starts_with('-'))
-                opener.OnFolderRemoved(PathOf(step.substr(1)));
-            else
-                opener.OnContentUpdated(PathsOf({step}).front(), true);
-        }
-        EXPECT_EQ(opener.GetState(), each.mExpected);
-        EXPECT_EQ(completions, each.mCompletions);
-        EXPECT_EQ(others, each.mCompletions) << "the completion may begin another job";
-        EXPECT_FALSE(RowOf("Empty")->IsOpen());
-        opener.Stop();
-        // What is open would come back with the production.
-        for (const char* folder : {"A", "B"}) DirectoryView().CloseSubTree(RowOf(folder));
-    }
+    OpenProduction();
+    FolderOpener opener(DirectoryView());
+    int completions = 0;
+    opener.OpenFolders(PathsOf({"A", "B"}), {}, [&] { ++completions; });
+    opener.OpenFolders(PathsOf({"Empty"}), {}, [] { ADD_FAILURE() << "a running job was replaced"; });
+    mMain.RunUntilIdle();
+    opener.OnContentUpdated(PathsOf({"A"}).front(), true);
+    opener.OnFolderRemoved(PathsOf({"B"}).front());
+    EXPECT_EQ(completions, 0);
+    opener.OnContentUpdated(PathsOf({""}).front(), true);
+    EXPECT_EQ(completions, 1);
+    EXPECT_TRUE(opener.IsIdle() && !RowOf("Empty")->IsOpen());
 }
 
 TEST_F(FolderOpenerTest, AltAndTheStarOpenAndCloseAllBelow) {
