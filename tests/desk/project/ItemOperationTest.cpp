@@ -202,17 +202,3 @@ TEST_F(ItemOperationTest, FoldersThatHoldALockedProjectAreFoundWithOneListingEac
     EXPECT_EQ(ErrorOf([&] { host::FindReasonsToStay(folders); }), ECANCELED);
     mDisk.OpenGate();
 }
-
-TEST_F(ItemOperationTest, EachItemOfAPlanComesAfterThoseBeforeIt) {
-    const auto move = [this](const std::string& from, const std::string& to) {
-        return host::PlannedItem{mFolder.PathUTF16("Production/" + from),
-                                 mFolder.PathUTF16("Production/" + to)};
-    };
-    const std::vector<host::PlannedItem> plan{
-        move(File("A"), File("other")),        move(File("B"), File("A")),
-        move(File("other"), File("B")),        move("Trash", "Reels"),
-        move(File("B"), "Reels/" + File("B")), move("Reels/" + File("B"), File("E"))};
-    for (const host::ItemOutcome& outcome : host::MoveItems(plan)) EXPECT_EQ(outcome.mResult, Result::Done);
-    EXPECT_EQ(mFolder.Read("Production/A.zuproj"), "B");
-    EXPECT_EQ(mFolder.Read("Production/E.zuproj"), "A");
-}
