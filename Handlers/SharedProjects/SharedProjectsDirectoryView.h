@@ -131,7 +131,7 @@ protected:
 private:
     UTF16String GetItemPath(const RowRef& row) const override { return GetRowPath(row.get()); }
     UTF16String GetItemName(const RowRef& row) const override { return GetRowName(row.get()); }
-    void SortRows() override;
+    void SortRows(const std::optional<RowVec>& changed) override;
     void OnSortChosen() override;
 
     /// Removes rows that were made for another kind of item than `content` tells: `x.zuproj` may be a folder.

@@ -43,9 +43,9 @@ void SharedProjectsDirectoryView::UpdateFromStateData(const StateData& state, bo
     mRestorer->Restore(state, waitForRoot);
 }
 
-void SharedProjectsDirectoryView::SortRows() {
+void SharedProjectsDirectoryView::SortRows(const std::optional<RowVec>& changed) {
     const RowRef top = mRestorer->FindTopRow();
-    GetTree()->SortTree();
+    changed ? GetTree()->SortRows(*changed) : GetTree()->SortTree();
     if (top) GetTree()->ScrollRowToTop(top.get());
 }
 

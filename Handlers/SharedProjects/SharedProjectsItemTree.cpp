@@ -25,6 +25,9 @@ constexpr double kQuietSeconds = 0.05;
 constexpr std::chrono::milliseconds kFirstFacts(100);
 /// The host is asked for so many projects at a time: many more would not stay in the processor's caches.
 constexpr std::size_t kProjectsPerQuestion = 512;
+/// Where more rows have changed than these and one of so many, it counts as all.
+constexpr std::size_t kFewRows = 256;
+constexpr std::size_t kRowsPerChange = 32;
 
 }  // namespace
 
@@ -126,12 +129,30 @@ void SharedProjectsItemTree::UpdateMetadataForRow(const RowRef& row, bool expose
         hasSortKeyChanged = entry->second.Update(true, mHeaderRow->GetSortColumn()) && !isNew;
     }
     // While all sort keys stay as they were, so does the order: scrolling sorts nothing.
-    if (hasSortKeyChanged) SortLater();
+    if (hasSortKeyChanged) SortLater({row});
+}
+
+void SharedProjectsItemTree::SortLater() {
+    mChangedRows.reset();
+    BeginSortLater();
+}
+
+void SharedProjectsItemTree::SortLater(const std::vector<RowRef>& changed) {
+    if (mChangedRows) mChangedRows->insert(mChangedRows->end(), changed.begin(), changed.end());
+    if (mChangedRows && mChangedRows->size() > kFewRows + GetOpenedRowsCount() / kRowsPerChange)
+        mChangedRows.reset();
+    BeginSortLater();
+}
+
+void SharedProjectsItemTree::SortBelowLater(const RowRef& row) {
+    SortLater(row->GetChildRows());
+    for (const RowRef& child : row->GetChildRows())
+        if (child->IsOpen()) SortBelowLater(child);
 }
 
 /// Facts come many at a time, and each sorting looks at all rows: the longer that takes, the rarer it is while
 /// they come.
-void SharedProjectsItemTree::SortLater() {
+void SharedProjectsItemTree::BeginSortLater() {
     mHasSortKeyChanged = true;
     if (std::exchange(mIsSortAwaited, true)) return;
     const bool isQuick = mLastSortDuration < kQuickSort;
@@ -203,7 +224,7 @@ void SharedProjectsItemTree::SortOrOwe() {
         return;
     }
     const auto begin = Clock::now();
-    mOwner.SortRows();
+    mOwner.SortRows(std::exchange(mChangedRows, RowVec()));
     mEndOfLastSort = Clock::now();
     mLastSortDuration = mEndOfLastSort - begin;
 }
@@ -240,9 +261,9 @@ void SharedProjectsItemTree::OnDrawCellOfRow(Drawbot& drawbot, const RowRef& row
         Columns::DrawMetadataCellOfRow(drawbot, *metadata, column, cell, mHeaderRow);
 }
 
-void SharedProjectsItemTree::OnRowOpenStateChanged(const RowRef&, bool open) {
+void SharedProjectsItemTree::OnRowOpenStateChanged(const RowRef& row, bool open) {
     // Facts of the rows below it were of no interest so far.
-    if (open && IsSortedByFacts()) SortLater();
+    if (open && IsSortedByFacts()) SortBelowLater(row);
     if (const auto tabView = mTabView.lock()) tabView->OnTreeChanged();
 }
 

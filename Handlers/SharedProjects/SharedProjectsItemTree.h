@@ -34,8 +34,8 @@ public:
         virtual UTF16String GetItemName(const RowRef& row) const = 0;
         /// The row of a path in any spelling; empty when there is none.
         virtual RowRef GetRowFromPath(const UTF16String& path) const = 0;
-        /// A sort key has changed: sorts the tree.
-        virtual void SortRows() = 0;
+        /// Sort keys have changed, those of `changed` alone where these are named: sorts the tree.
+        virtual void SortRows(const std::optional<RowVec>& changed) = 0;
         /// The user has chosen the sort column or its direction.
         virtual void OnSortChosen() = 0;
         /// In a view of hits: says of a row whether it is one, or only leads there. Empty in a view of all
@@ -160,7 +160,11 @@ private:
     UTF16String GetNameKey(const RowRef& row) const;
     void AddNameCellView(const RowRef& row);
     void UpdateRowOfProject(const ProjectRef& project);
+    /// The keys of all rows may have changed, or those of these rows alone.
     void SortLater();
+    void SortLater(const std::vector<RowRef>& changed);
+    void SortBelowLater(const RowRef& row);
+    void BeginSortLater();
     void SortWhenDue();
     void SortOrOwe();
 
@@ -189,6 +193,8 @@ private:
     /// From the first changed key until the tree has been sorted, and since that was last looked at.
     bool mIsSortAwaited = false;
     bool mHasSortKeyChanged = false;
+    /// The rows whose keys have, unless it may be those of all.
+    std::optional<RowVec> mChangedRows = RowVec();
     Clock::time_point mSortDue{};
     /// No sooner, unless all facts have come.
     Clock::time_point mEarliestSort{};

@@ -74,7 +74,9 @@ private:
 
     UTF16String GetItemPath(const RowRef& row) const override;
     UTF16String GetItemName(const RowRef& row) const override;
-    void SortRows() override { mTree->SortTree(); }
+    void SortRows(const std::optional<RowVec>& changed) override {
+        changed ? mTree->SortRows(*changed) : mTree->SortTree();
+    }
     void OnSortChosen() override {}
     std::function<bool(const RowRef&)> GetHitTest() const override;
 

@@ -133,6 +133,8 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     // Sorting (UI_MultiColumnTree_Sort.cpp).
 
     void Sort();
+    /// The same after the keys of these rows alone have changed: each goes to its place.
+    void SortRows(const RowVec& changed);
     void SortLater();
     void ForgetSortedKeys() { mSortedKeys.clear(); }
     bool IsSorted() const;
@@ -153,6 +155,10 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     /// Old positions, in the new order. `children` are those of `folder`.
     std::vector<std::uint32_t> OrderByKnownNames(const Row* folder, Access::Children& children);
     std::vector<std::uint32_t> OrderByKeys(const Row* folder, Access::Children& children);
+    /// Of a folder's rows: by their keys, or by what is known of their names.
+    std::vector<std::uint32_t> OrderOf(const Row* folder);
+    /// Gives each folder's rows the order beside it, in one change of the layout.
+    void ReorderAll(std::vector<std::pair<const Row*, std::vector<std::uint32_t>>>& changes);
     /// Puts rows that have just been appended into the model, sorted in.
     void InsertSorted(Row* parent, std::size_t countBefore, bool areInNameOrder);
     /// Gives `parent`'s first rows the order that `order` names (old positions); within a layout change.

@@ -97,6 +97,9 @@ const std::vector<RowRef>& UI_MultiColumnTree::GetTopLevelRows() const {
 void UI_MultiColumnTree::SortTree() {
     ImplOf(*this).Sort();
 }
+void UI_MultiColumnTree::SortRows(const RowVec& changed) {
+    ImplOf(*this).SortRows(changed);
+}
 
 void UI_MultiColumnTree::OpenRow(Row* row) {
     if (row) ImplOf(*this).SetOpen(*row, true);

@@ -412,16 +412,23 @@ void TreeImpl::Sort() {
     while (!folders.empty()) {
         const Row* folder = folders.back();
         folders.pop_back();
-        Access::Children& children = Access::ChildrenOf(folder ? const_cast<Row&>(*folder) : *mRoot);
-        const std::vector<RowRef>& rows = children.mRows;
-        const std::size_t count = children.mCountOfLaidOut;
+        const std::vector<RowRef>& rows = ChildrenOf(folder);
+        const std::size_t count = CountOfLaidOutChildren(folder);
         for (std::size_t i = 0; i < count; ++i)
             if (rows[i]->HasChild()) folders.push_back(rows[i].get());
-        Order order = IsSortedByName() && children.mNameOrder != NameOrder::Unknown
-                          ? OrderByKnownNames(folder, children)
-                          : OrderByKeys(folder, children);
-        if (!IsIdentity(order)) changes.emplace_back(folder, std::move(order));
+        changes.emplace_back(folder, OrderOf(folder));
     }
+    ReorderAll(changes);
+}
+
+Order TreeImpl::OrderOf(const Row* folder) {
+    Access::Children& children = Access::ChildrenOf(folder ? const_cast<Row&>(*folder) : *mRoot);
+    return IsSortedByName() && children.mNameOrder != NameOrder::Unknown ? OrderByKnownNames(folder, children)
+                                                                         : OrderByKeys(folder, children);
+}
+
+void TreeImpl::ReorderAll(std::vector<std::pair<const Row*, Order>>& changes) {
+    std::erase_if(changes, [](const auto& change) { return IsIdentity(change.second); });
     if (changes.empty()) return;
     BeginLayoutChange();
     for (const auto& [folder, order] : changes) Reorder(folder, order);

@@ -64,6 +64,11 @@ public:
     /// Sorts all rows by the sort column: asks each row's sort key once, then compares. Keeps selection,
     /// open rows and scroll position. Costs little when the order already holds.
     void SortTree();
+    /// The same when only the sort keys of `changed` may be others than they were when the rows were last
+    /// sorted: a few rows of a folder go to their places, asking for their keys and those of the rows with
+    /// which they are compared, some for each; of other folders nothing is asked. Rows that are not in the tree
+    /// any more are passed over.
+    void SortRows(const RowVec& changed);
 
     // Opening and closing.
 
