@@ -31,8 +31,9 @@ constexpr std::size_t kCollatorDigits = 254;
 /// A number's length is one byte of a sort key; file names are not longer.
 constexpr std::size_t kLongestSortKeyText = 255;
 
-/// So many names are worth a thread.
-constexpr std::size_t kNamesPerThread = 1000;
+/// So many names are worth a thread: waiting for one costs some of what it spares.
+constexpr std::size_t kNamesPerThread = 2500;
+constexpr std::size_t kNamesPerThreadByTable = 20'000;
 constexpr std::size_t kMostChunks = 8;
 
 bool IsAsciiDigit(char16_t unit) {
@@ -181,10 +182,10 @@ std::u16string_view ShownName(std::u16string_view name) {
 /// several threads make and sort some each.
 class KeySort {
 public:
-    explicit KeySort(const std::vector<std::u16string_view>& names)
+    KeySort(const std::vector<std::u16string_view>& names, std::size_t namesPerThread)
         : mNames(names),
           mKeys(names.size()),
-          mChunks(std::clamp<std::size_t>(names.size() / kNamesPerThread, 1, kMostChunks)) {}
+          mChunks(std::clamp<std::size_t>(names.size() / namesPerThread, 1, kMostChunks)) {}
 
     /// `append` writes a name's key behind others, or answers false if it cannot; then so does this.
     template <class Append>
@@ -447,7 +448,6 @@ const NaturalOrder& UserNaturalOrder() {
 }
 
 std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& names) {
-    KeySort sort(names);
     const auto appendByTable = [](const NaturalOrder& order, std::u16string_view name, std::string& keys) {
         return order.AppendSortKey(name, keys);
     };
@@ -455,7 +455,9 @@ std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& 
         order.AppendCollatorKey(name, keys);
         return true;
     };
-    if (!sort.MakeKeys(appendByTable)) sort.MakeKeys(appendByCollator);
+    if (KeySort sort(names, kNamesPerThreadByTable); sort.MakeKeys(appendByTable)) return sort.Order();
+    KeySort sort(names, kNamesPerThread);
+    sort.MakeKeys(appendByCollator);
     return sort.Order();
 }
 

@@ -25,7 +25,7 @@ constexpr std::size_t kMostNewToRead = 64;
 /// Nobody waits for a poll: it wakes other workers only for what takes longer than this.
 constexpr std::chrono::milliseconds kPollTask{10};
 /// So many entries are worth a thread.
-constexpr std::size_t kEntriesPerThread = 1000;
+constexpr std::size_t kEntriesPerThread = 5000;
 
 }  // namespace
 
