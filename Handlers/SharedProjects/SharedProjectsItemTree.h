@@ -148,11 +148,11 @@ private:
 
     void SetupTree();
     void SetupHeaderRow();
-    /// Null for a row that is not visible.
     using RowSet = std::unordered_set<const UI_MultiColumnTreeRow*>;
     std::optional<RowSet> FindLockedRowsBeside(const RowRef& row) const;
     /// In their order, until `visitor` answers false; false then.
     bool VisitSelected(const std::function<bool(const RowRef& row)>& visitor) const;
+    /// Null for a row that is not visible.
     const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
     void UpdateMetadataForRow(const RowRef& row, bool exposed);
     /// True when rows are sorted by what the volume tells of projects.

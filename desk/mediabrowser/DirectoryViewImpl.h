@@ -45,8 +45,8 @@ struct host::MediaBrowserDirectoryView::DirectoryImpl {
     Row* FindChild(const Row* parent, std::u16string_view name) const;
     /// From now on child rows are found by the index, if there are going to be many: `count` in all.
     void ReserveRows(const Row* parent, std::size_t count);
-    /// True when no item of a delivery of this extent, which has just come, can have a row yet.
-    bool IsEachNew(const Row* parent, ContentDelivery::Extent extent);
+    /// True when no item of a delivery that has just come can have a row yet.
+    bool IsEachNew(const Row* parent, const ContentDelivery& delivery);
     void Record(Row& row, std::u16string_view name);
     void ForgetRow(Row& row);
     /// Takes the rows, and those below them, out of the maps.

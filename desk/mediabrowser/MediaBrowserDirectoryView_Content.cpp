@@ -211,7 +211,7 @@ void MediaBrowserDirectoryView::InsertDirectoryContent(const RowRef& row, const 
         impl.ReserveRows(row.get(), std::max(rows.size() + content.size(), delivery.mCountOfAllParts));
     // Only what changes may be told twice.
     const bool isChange = delivery.mExtent == ContentDelivery::Extent::Change;
-    const bool isEachNew = impl.IsEachNew(row.get(), delivery.mExtent);
+    const bool isEachNew = impl.IsEachNew(row.get(), delivery);
     std::vector<std::uint32_t> newItems;
     newItems.reserve(content.size());
     std::unordered_set<std::u16string_view> seen;

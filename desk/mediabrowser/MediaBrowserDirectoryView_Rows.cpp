@@ -78,14 +78,15 @@ void DirectoryImpl::ReserveRows(const Row* parent, std::size_t count) {
     for (const RowRef& row : mTree->GetChildRowsOf(parent)) folder.mIndex.insert(row.get());
 }
 
-bool DirectoryImpl::IsEachNew(const Row* parent, ContentDelivery::Extent extent) {
+bool DirectoryImpl::IsEachNew(const Row* parent, const ContentDelivery& delivery) {
     using Extent = ContentDelivery::Extent;
     const bool isEmpty = mTree->GetChildRowsOf(parent).empty();
     const auto folder = mFolders.find(parent);
-    if (folder == mFolders.end()) return isEmpty && extent != Extent::Change;
+    if (folder == mFolders.end()) return isEmpty && delivery.mExtent != Extent::Change;
     bool& isComingInParts = folder->second.mIsComingInParts;
-    isComingInParts = extent == Extent::Part && (isEmpty || isComingInParts);
-    return isComingInParts || (isEmpty && extent == Extent::Whole);
+    const bool isFirstPart = delivery.mCountOfAllParts > 0;
+    isComingInParts = delivery.mExtent == Extent::Part && (isFirstPart ? isEmpty : isComingInParts);
+    return isComingInParts || (isEmpty && delivery.mExtent == Extent::Whole);
 }
 
 void DirectoryImpl::Record(Row& row, std::u16string_view name) {

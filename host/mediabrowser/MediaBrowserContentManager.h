@@ -35,7 +35,7 @@ struct ContentDelivery {
     bool mAreFactsComplete = false;
     /// With `Change`: nothing but facts of items that are known has changed; neither names nor kinds.
     bool mIsFactsOnly = false;
-    /// With `Part`: how many items all parts have together.
+    /// With the first `Part` of a content: how many items all parts have together. Else 0.
     std::size_t mCountOfAllParts = 0;
 };
 

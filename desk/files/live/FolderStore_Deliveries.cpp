@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <utility>
 
 #include "desk/files/live/FolderStoreImpl.h"
 #include "host/core/Logging.h"
@@ -45,12 +46,13 @@ void FolderStoreImpl::DeliverContents(const FolderPtr& folder, Subscriber& subsc
     }
     if (result.mContents.empty()) return;
     subscriber.mHasContent = true;
+    const bool areParts = result.mContents.size() > 1;
     std::size_t count = 0;
     for (const auto& content : result.mContents) count += content->size();
     for (const auto& content : result.mContents) {
         Delivery delivery;
-        delivery.mDelivery.mCountOfAllParts = count;
-        delivery.mDelivery.mExtent = result.mContents.size() == 1 ? Extent::Whole : Extent::Part;
+        delivery.mDelivery.mExtent = areParts ? Extent::Part : Extent::Whole;
+        if (areParts) delivery.mDelivery.mCountOfAllParts = std::exchange(count, 0);
         delivery.mContent = content;
         delivery.mDelivery.mIsLast = content == result.mContents.back();
         Deliver(folder, subscriber, std::move(delivery));

@@ -76,7 +76,7 @@ TEST_F(FolderStoreTest, DeliversALongFirstListingInPartsEachInATurnOfItsOwn) {
     for (const auto& delivery : mDeliveries) {
         EXPECT_EQ(delivery.mDelivery.mExtent, Extent::Part);
         EXPECT_LE(delivery.mContent->size(), 3000u);
-        EXPECT_EQ(delivery.mDelivery.mCountOfAllParts, 5001u);
+        EXPECT_EQ(delivery.mDelivery.mCountOfAllParts, &delivery == &mDeliveries[0] ? 5001u : 0u);
     }
     EXPECT_EQ(Shown().size(), 5001u);
 }
