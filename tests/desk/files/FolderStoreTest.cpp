@@ -108,6 +108,16 @@ TEST_F(FolderStoreTest, ReadsFactsOnceAndDeliversThemTogether) {
     EXPECT_TRUE(WaitFor([&] { return SizeOf("A.zuproj") == 7; }));
 }
 
+TEST_F(FolderStoreTest, SpendsAHandfulOfListingsOnABurst) {
+    mFolder.Write("A.zuproj");
+    Follow();
+    mDisk.ResetCounts();
+    for (int i = 0; i < 1000; ++i) mFolder.Write("Reel " + std::to_string(i) + ".zuproj");
+    ASSERT_TRUE(WaitFor([&] { return Shown().size() == 1001; }));
+    EXPECT_LE(CountLists(), 8);
+    EXPECT_LE(mDisk.Count(Operation::Status), 64 * 8);
+}
+
 TEST_F(FolderStoreTest, ListsAheadOfThoseWhoWillAsk) {
     mFolder.Write("A.zuproj");
     for (const bool isPolled : {false, true}) {
