@@ -416,7 +416,9 @@ std::vector<Job> MakeJobs() {
     const auto given = std::make_shared<LazyFolder>(kManyProjects, SampleNames::AsGiven);
     const auto tenTimesAsMany = std::make_shared<LazyFolder>(10 * kManyProjects, SampleNames::AsGiven);
     const auto slow = std::make_shared<LazyFolder>(kSlowProjects);
-    const auto manyFolders = std::make_shared<LazyTree>(QList<int>{10, 10, 10}, 100'000, SampleNames::AsGiven);
+    const auto manyFolders = std::make_shared<LazyTree>(QList<int>{10, 10, 10}, 100'000);
+    const auto foldersOfGiven =
+        std::make_shared<LazyTree>(QList<int>{10, 10, 10}, 100'000, SampleNames::AsGiven);
     const auto threeTimesAsMany =
         std::make_shared<LazyTree>(QList<int>{3, 10, 100}, 300'000, SampleNames::AsGiven);
     const auto aMillion = std::make_shared<LazyTree>(MakeMillion());
@@ -483,6 +485,7 @@ std::vector<Job> MakeJobs() {
         jobs.push_back({name, {figure, gap}, repetitions, restore(sample)});
     };
     addRestoring("restore", "1,110 open folders with 100,000 projects", 0.2, 5, manyFolders);
+    addRestoring("restore-given-names", "the same with names as people give them", 0.2, 5, foldersOfGiven);
     addRestoring("restore-300k", "3,033 open folders with 300,000 projects", 0.25, 3, threeTimesAsMany);
     addRestoring("restore-1m", "10,110 open folders with 1,000,000 projects", 0.25, 1, aMillion);
     jobs.back().mIsLong = true;

@@ -87,9 +87,10 @@ struct Options {
     std::optional<int> mRepetitions;
     bool mIsPanelOnly = false;
     bool mAreLongOnesMeant = false;
-    /// This process measures the memory of one side, "panel" or "baseline", or shows an empty window, and ends.
+    /// This process measures the heap of one side, "panel" or "baseline", or the panel's resident memory, or
+    /// shows an empty window, and ends.
     std::string mHeap;
-    std::string mResident;
+    bool mIsResident = false;
     bool mIsEmptyWindow = false;
 };
 
@@ -97,7 +98,6 @@ struct Options {
 Options TakeOptions(int& argc, char** argv) {
     constexpr std::string_view kRepetitions = "--repetitions=";
     constexpr std::string_view kHeap = "--heap=";
-    constexpr std::string_view kResident = "--resident=";
     Options options;
     int kept = 1;
     for (int i = 1; i < argc; ++i) {
@@ -110,8 +110,8 @@ Options TakeOptions(int& argc, char** argv) {
             options.mAreLongOnesMeant = true;
         } else if (argument.starts_with(kHeap)) {
             options.mHeap = argument.substr(kHeap.size());
-        } else if (argument.starts_with(kResident)) {
-            options.mResident = argument.substr(kResident.size());
+        } else if (argument == "--resident") {
+            options.mIsResident = true;
         } else if (argument == "--empty-window") {
             options.mIsEmptyWindow = true;
         } else {
@@ -136,8 +136,8 @@ int RunHeap(const std::string& side) {
     return 0;
 }
 
-int RunResident(const std::string& side) {
-    const auto tree = MakeSide(side);
+int RunResident() {
+    const auto tree = MakeSide("panel");
     std::cout << MeasureResidentMemory(*tree) << std::endl;
     return 0;
 }
@@ -155,7 +155,7 @@ int RunEmptyWindow() {
 
 int Run(const Options& options) {
     if (!options.mHeap.empty()) return RunHeap(options.mHeap);
-    if (!options.mResident.empty()) return RunResident(options.mResident);
+    if (options.mIsResident) return RunResident();
     if (options.mIsEmptyWindow) return RunEmptyWindow();
     desk::Theme::Apply(desk::ThemeKind::Dark);
     PanelBench panel;
