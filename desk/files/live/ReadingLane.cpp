@@ -10,7 +10,7 @@
 namespace desk {
 
 std::size_t ReadingLane::CountWorkers() {
-    return std::max<std::size_t>(1, GetServices().mWorkerPool->CountThreads() * 2 / 3);
+    return std::max<std::size_t>(1, GetServices().mWorkerPool->CountThreads() * 3 / 4);
 }
 
 void ReadingLane::Add(Task task, bool isFirst) {
