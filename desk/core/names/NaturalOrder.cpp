@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "desk/core/names/AsciiNumbers.h"
+#include "desk/core/names/PrimaryWeights.h"
 #include "desk/core/work/ParallelWork.h"
 #include "host/core/FoldASCII.h"
 #include "host/project/ProjectFiles.h"
@@ -28,17 +30,14 @@ constexpr char16_t kLastPrintable = u'~';
 /// The collator takes runs of more digits for several numbers (ICU's limit).
 constexpr std::size_t kCollatorDigits = 254;
 
-/// A number's length is one byte of a sort key; file names are not longer.
-constexpr std::size_t kLongestSortKeyText = 255;
-
 /// So many names are worth a thread: waiting for one costs some of what it spares.
 constexpr std::size_t kNamesPerThread = 2500;
 constexpr std::size_t kNamesPerThreadByTable = 20'000;
+constexpr std::size_t kNamesPerThreadByPrimaries = 5000;
+/// The table of primary weights is made when the collator has been asked for so many names: fewer take less
+/// time than the table does.
+constexpr std::size_t kNamesWorthPrimaries = 5000;
 constexpr std::size_t kMostChunks = 8;
-
-bool IsAsciiDigit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
 
 QStringView ToView(std::u16string_view text) {
     return {text.data(), static_cast<qsizetype>(text.size())};
@@ -63,14 +62,6 @@ UCollator* OpenKeyMaker(const QLocale& locale) {
     ucol_setAttribute(collator, UCOL_NUMERIC_COLLATION, UCOL_ON, &error);
     ucol_setAttribute(collator, UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &error);
     return collator;
-}
-
-/// The run of digits from `at` on, without its leading zeros; `at` moves behind it.
-std::u16string_view TakeNumber(const char16_t*& at, const char16_t* end) {
-    while (at != end && *at == u'0') ++at;
-    const char16_t* begin = at;
-    while (at != end && IsAsciiDigit(*at)) ++at;
-    return {begin, static_cast<std::size_t>(at - begin)};
 }
 
 int Sign(int value) {
@@ -226,7 +217,9 @@ private:
         bool operator()(const Key& a, const Key& b) const {
             if (a.mHead != b.mHead) return a.mHead < b.mHead;
             const int result = a.mBytes.compare(b.mBytes);
-            return result != 0 ? result < 0 : ShownName(mNames[a.mPlace]) < ShownName(mNames[b.mPlace]);
+            if (result != 0) return result < 0;
+            return UserNaturalOrder().CompareByCollator(ShownName(mNames[a.mPlace]),
+                                                        ShownName(mNames[b.mPlace])) < 0;
         }
         const std::vector<std::u16string_view>& mNames;
     };
@@ -338,6 +331,13 @@ void NaturalOrder::AppendCollatorKey(std::u16string_view text, std::string& key)
     key.resize(before + size);
 }
 
+bool NaturalOrder::AppendPrimaryKey(std::u16string_view text, std::string& key) const {
+    std::call_once(mTable->mArePrimariesMade, [this] {
+        mTable->mPrimaries = std::make_unique<const PrimaryWeights>(OpenKeyMaker(mCollator.locale()));
+    });
+    return mTable->mPrimaries->AppendKey(text, key);
+}
+
 /// The letters' weights, a zero (less than any weight: the shorter text comes first), the weights of case, the
 /// text. A number begins with the weight of a digit, followed by its length and its digits.
 bool NaturalOrder::AppendSortKey(std::u16string_view text, std::string& key) const {
@@ -392,17 +392,23 @@ int NaturalOrder::CompareByTable(const Table& table, std::u16string_view a, std:
     return caseResult != 0 ? Sign(caseResult) : Sign(a.compare(b));
 }
 
+NaturalOrder::Table::Table() = default;
+NaturalOrder::Table::~Table() = default;
+
 std::shared_ptr<const NaturalOrder::Table> NaturalOrder::FindTable() const {
     static std::mutex mutex;
     static std::map<QString, std::shared_ptr<const Table>> tables;
     const std::lock_guard lock(mutex);
     auto& table = tables[mCollator.locale().name()];
-    if (!table) table = std::make_shared<const Table>(DeriveTable());
+    if (!table) {
+        const auto made = std::make_shared<Table>();
+        DeriveTable(*made);
+        table = made;
+    }
     return table;
 }
 
-NaturalOrder::Table NaturalOrder::DeriveTable() const {
-    Table table;
+void NaturalOrder::DeriveTable(Table& table) const {
     QCollator ignoringCase = MakeCollator(mCollator.locale(), Qt::CaseInsensitive);
     std::vector<char16_t> units;
     for (char16_t unit = kFirstPrintable; unit <= kLastPrintable; ++unit) units.push_back(unit);
@@ -420,7 +426,6 @@ NaturalOrder::Table NaturalOrder::DeriveTable() const {
         weight.mCase = static_cast<std::uint8_t>(isNewLetter ? 0 : before.mCase + 1);
     }
     table.mIsLikeCollator = IsLikeCollator(table);
-    return table;
 }
 
 /// Sorts all pairs of characters by the table and asks the collator whether each stands before the next.
@@ -451,11 +456,18 @@ std::vector<std::uint32_t> OrderAsShown(const std::vector<std::u16string_view>& 
     const auto appendByTable = [](const NaturalOrder& order, std::u16string_view name, std::string& keys) {
         return order.AppendSortKey(name, keys);
     };
+    const auto appendByPrimaries = [](const NaturalOrder& order, std::u16string_view name, std::string& keys) {
+        return order.AppendPrimaryKey(name, keys);
+    };
     const auto appendByCollator = [](const NaturalOrder& order, std::u16string_view name, std::string& keys) {
         order.AppendCollatorKey(name, keys);
         return true;
     };
     if (KeySort sort(names, kNamesPerThreadByTable); sort.MakeKeys(appendByTable)) return sort.Order();
+    static std::atomic<std::size_t> sOthers = 0;
+    if ((sOthers += names.size()) >= kNamesWorthPrimaries)
+        if (KeySort sort(names, kNamesPerThreadByPrimaries); sort.MakeKeys(appendByPrimaries))
+            return sort.Order();
     KeySort sort(names, kNamesPerThread);
     sort.MakeKeys(appendByCollator);
     return sort.Order();

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,8 @@
 struct UCollator;
 
 namespace desk {
+
+class PrimaryWeights;
 
 /// Natural order of names in one language: the Unicode collation of the language (UTS #10, punctuation not
 /// ignored) with runs of digits by their value; of what it takes for the same (case counts there already),
@@ -42,6 +45,10 @@ public:
     /// Dearer than one comparison, and much cheaper than those of a sort.
     void AppendCollatorKey(std::u16string_view text, std::string& key) const;
 
+    /// The same for nearly any text, by keys that are made much faster, but only order what differs in more
+    /// than accents and case: of two texts with the same key `Compare` must be asked.
+    bool AppendPrimaryKey(std::u16string_view text, std::string& key) const;
+
     bool IsUsingTable() const { return mTable->mIsLikeCollator; }
 
 private:
@@ -51,12 +58,17 @@ private:
         std::uint8_t mCase = 0;
     };
     struct Table {
+        Table();
+        ~Table();
         std::array<Weight, 128> mWeights;
         bool mIsLikeCollator = false;
+        /// Made when they are first needed.
+        mutable std::once_flag mArePrimariesMade;
+        mutable std::unique_ptr<const PrimaryWeights> mPrimaries;
     };
 
     std::shared_ptr<const Table> FindTable() const;
-    Table DeriveTable() const;
+    void DeriveTable(Table& table) const;
     bool IsLikeCollator(const Table& table) const;
     static int CompareByTable(const Table& table, std::u16string_view a, std::u16string_view b);
     int CompareEquivalents(std::u16string_view a, std::u16string_view b) const;

@@ -97,6 +97,27 @@ TEST(NaturalOrder, TableKeysAndCollatorAreOneOrder) {
     }
 }
 
+TEST(NaturalOrder, PrimaryKeysOrderWhatTheCollatorOrders) {
+    auto name = RandomNames(Split(
+        u"a|B|\u00E6|\u00DF|\u00C5|a\u030A|\u0323|\u0301|\u0E38|\u094D|\u0438|\u0306|\u0416|\u03B1|\u6771|\u4EAC|\uD55C|\u0E40|"
+        u"\u0E01|\u3042|\u30FC|\u2026|\u00BD|\u00B2|\u00B7|\u00AD|\u0001|\u0661|\uFFFE|\xD83C|l|L|c|h|y|1|0|10|-| "));
+    for (const char* locale :
+         {"en_US", "de_DE", "sv_SE", "da_DK", "cs_CZ", "ca_ES", "ru_RU", "ja_JP", "zh_CN", "th_TH", "fr_CA"}) {
+        const NaturalOrder order = OrderOf(locale);
+        int ordered = 0;
+        for (int i = 0; i < 20'000; ++i) {
+            const std::u16string a = name(), b = name();
+            std::string keyA, keyB;
+            if (!order.AppendPrimaryKey(a, keyA) || !order.AppendPrimaryKey(b, keyB)) continue;
+            if (keyA == keyB) continue;
+            ++ordered;
+            ASSERT_EQ(Sign(keyA.compare(keyB)), order.CompareByCollator(a, b))
+                << locale << ": " << host::UTF16to8(a) << " | " << host::UTF16to8(b);
+        }
+        EXPECT_GT(ordered, 5'000) << locale;
+    }
+}
+
 TEST(NaturalOrder, IsATotalOrderOfAllStrings) {
     Names pieces = Split(
         u"a|A|b|1|01|2|10|-| "
@@ -127,12 +148,15 @@ TEST(NaturalOrder, OrdersItemsAsShownByKeysOrByTheCollator) {
               (Places{1, 3, 0, 2}));
     const std::u16string longName(300, u'1');
     EXPECT_EQ(desk::OrderAsShown({longName, u"9"}), (Places{1, 0}));
-    auto name = RandomNames(Split(u"a|A|1|01|10|-| |\u00E4|a\u0308|\u0661|\u00AD|\u4E2D|\u0323\u0301|\xDCE9"));
-    std::set<std::u16string> made;
-    while (made.size() < 2'000) made.insert(name());
-    const std::vector<std::u16string_view> names(made.begin(), made.end());
-    const Places order = desk::OrderAsShown(names);
-    EXPECT_TRUE(std::ranges::is_sorted(order, [&](std::uint32_t a, std::uint32_t b) {
-        return desk::UserNaturalOrder().Compare(names[a], names[b]) < 0;
-    }));
+    // Enough for the table of primary weights; the last pieces only the collator can order.
+    for (const char16_t* more : {u"", u"|\u0661|\u0323\u0301|\xDCE9"}) {
+        auto name = RandomNames(Split(u"a|A|1|01|10|-| |\u00E4|a\u0308|\u00AD|\u4E2D" + std::u16string(more)));
+        std::set<std::u16string> made;
+        while (made.size() < 6'000) made.insert(name());
+        const std::vector<std::u16string_view> names(made.begin(), made.end());
+        const Places order = desk::OrderAsShown(names);
+        EXPECT_TRUE(std::ranges::is_sorted(order, [&](std::uint32_t a, std::uint32_t b) {
+            return desk::UserNaturalOrder().Compare(names[a], names[b]) < 0;
+        }));
+    }
 }
