@@ -98,10 +98,16 @@ const Columns::FileMetadata* SharedProjectsItemTree::GetMetadata(const RowRef& r
     return entry == mRowToMetadata.end() ? nullptr : &entry->second;
 }
 
-void SharedProjectsItemTree::UpdateRow(const RowRef& row, bool exposed) {
+void SharedProjectsItemTree::UpdateCellsOfRow(const RowRef& row) {
     mTree->RedrawRow(row.get());
-    UpdateMetadataForRow(row, exposed);
+    UpdateMetadataForRow(row);
     AddNameCellView(row);
+}
+
+void SharedProjectsItemTree::UpdateRow(const RowRef& row, bool exposed) {
+    UpdateCellsOfRow(row);
+    // What has come to be seen since the volume told its news has them already, and shows no difference.
+    if (exposed && IsFileRow(row) && IsSortedByFacts()) SortLater({row});
 }
 
 std::size_t SharedProjectsItemTree::CountRowsInView() const {
@@ -112,7 +118,7 @@ std::size_t SharedProjectsItemTree::CountRowsInView() const {
 void SharedProjectsItemTree::UpdateOpenRows() {
     const int last = mTree->GetLastVisibleOpenedRowIndex();
     for (int i = std::max(mTree->GetFirstVisibleOpenedRowIndex(), 0); i <= last; ++i)
-        if (const RowRef row = mTree->GetOpenedRow(i)) UpdateRow(row, true);
+        if (const RowRef row = mTree->GetOpenedRow(i)) UpdateCellsOfRow(row);
 }
 
 bool SharedProjectsItemTree::IsSortedByFacts() const {
@@ -120,16 +126,12 @@ bool SharedProjectsItemTree::IsSortedByFacts() const {
     return column != 0 && column != Columns::kNameColumnID;
 }
 
-void SharedProjectsItemTree::UpdateMetadataForRow(const RowRef& row, bool exposed) {
-    if (!IsFileRow(row)) return;
-    bool hasSortKeyChanged = exposed && IsSortedByFacts();
-    if (mTree->IsRowVisible(row.get())) {
-        const auto [entry, isNew] = mRowToMetadata.try_emplace(row);
-        if (isNew) entry->second = Columns::FileMetadata(GetPath(row));
-        hasSortKeyChanged = entry->second.Update(true, mHeaderRow->GetSortColumn()) && !isNew;
-    }
+void SharedProjectsItemTree::UpdateMetadataForRow(const RowRef& row) {
+    if (!IsFileRow(row) || !mTree->IsRowVisible(row.get())) return;
+    const auto [entry, isNew] = mRowToMetadata.try_emplace(row);
+    if (isNew) entry->second = Columns::FileMetadata(GetPath(row));
     // While all sort keys stay as they were, so does the order: scrolling sorts nothing.
-    if (hasSortKeyChanged) SortLater({row});
+    if (entry->second.Update(true, mHeaderRow->GetSortColumn()) && !isNew) SortLater({row});
 }
 
 void SharedProjectsItemTree::SortLater() {
@@ -272,7 +274,7 @@ void SharedProjectsItemTree::OnRowVisibilityChanged(const RowRef& row) {
         mRowToMetadata.erase(row);
         return;
     }
-    UpdateMetadataForRow(row, true);
+    UpdateMetadataForRow(row);
     AddNameCellView(row);
 }
 

@@ -75,8 +75,8 @@ public:
     /// The same as `Columns` takes it: a folder's with a separator at the end.
     UTF16String GetPathOfKind(const RowRef& row) const;
 
-    /// Brings a row's cells and facts up to date when it is visible; other rows need nothing until they are. If
-    /// the order may hang on it, an exposed row has the tree sorted later.
+    /// There is news of a row: brings its cells and facts up to date when it is visible; other rows need nothing
+    /// until they are. If the order may hang on it, an exposed row goes to its place later.
     void UpdateRow(const RowRef& row) { UpdateRow(row, IsRowExposed(row)); }
     void UpdateRow(const RowRef& row, bool exposed);
     /// Brings the opened rows in view up to date.
@@ -154,7 +154,8 @@ private:
     bool VisitSelected(const std::function<bool(const RowRef& row)>& visitor) const;
     /// Null for a row that is not visible.
     const Columns::FileMetadata* GetMetadata(const RowRef& row) const;
-    void UpdateMetadataForRow(const RowRef& row, bool exposed);
+    void UpdateCellsOfRow(const RowRef& row);
+    void UpdateMetadataForRow(const RowRef& row);
     /// True when rows are sorted by what the volume tells of projects.
     bool IsSortedByFacts() const;
     UTF16String GetNameKey(const RowRef& row) const;

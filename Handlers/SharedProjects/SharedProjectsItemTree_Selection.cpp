@@ -1,6 +1,7 @@
 // What is selected, for commands and menus.
 #include <algorithm>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include "Handlers/SharedProjects/SharedProjectsItemTree.h"
@@ -76,15 +77,18 @@ UTF16String SharedProjectsItemTree::DescribeWhySelectionStays() const {
         if (const UTF16String path = GetPath(row); !path.empty()) reason = Utils::DescribeWhyNotDeleted({path});
         return reason.empty();
     };
+    // Many parts of a selection may stand under one row.
+    std::unordered_map<const UI_MultiColumnTreeRow*, std::optional<RowSet>> lockedBelow;
     mTree->VisitSelectedRows([&](std::span<const RowRef> rows) {
-        const std::optional<RowSet> locked = FindLockedRowsBeside(rows.front());
-        const bool isAnyLocked = !locked || !locked->empty();
+        const auto [below, isNew] = lockedBelow.try_emplace(rows.front()->GetParentRow().get());
+        std::optional<RowSet>& locked = below->second;
+        if (isNew) locked = FindLockedRowsBeside(rows.front());
         // What stands beside each other is in the trash together.
-        return mayGo(rows.front()) && std::ranges::all_of(rows, [&](const RowRef& row) {
-                   const bool isFree =
-                       IsFileRow(row) && (!isAnyLocked || (locked && !locked->contains(row.get())));
-                   return isFree || mayGo(row);
-               });
+        if (isNew && !mayGo(rows.front())) return false;
+        const auto isFree = [&](const RowRef& row) {
+            return IsFileRow(row) && locked && (locked->empty() || !locked->contains(row.get()));
+        };
+        return std::ranges::all_of(rows, [&](const RowRef& row) { return isFree(row) || mayGo(row); });
     });
     return reason;
 }

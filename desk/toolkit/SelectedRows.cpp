@@ -68,7 +68,13 @@ void SelectedRows::TakeBelow(const std::function<bool(const host::RowRef& parent
     });
 }
 
+bool SelectedRows::HasAnyBehind(const Run& place) const {
+    return std::ranges::any_of(
+        mRuns, [&](const Run& run) { return run.mParent == place.mParent && run.End() > place.mFirst; });
+}
+
 void SelectedRows::RowsInserted(const Run& inserted) {
+    if (!HasAnyBehind(inserted)) return;
     Replace([&inserted](const Run& run, SelectedRows& moved) {
         if (run.mParent != inserted.mParent || run.End() <= inserted.mFirst) return moved.Append(run);
         const std::uint32_t before = inserted.mFirst - std::min(inserted.mFirst, run.mFirst);
@@ -78,6 +84,7 @@ void SelectedRows::RowsInserted(const Run& inserted) {
 }
 
 void SelectedRows::RowsRemoved(const Run& removed) {
+    if (!HasAnyBehind(removed)) return;
     Take({removed});
     Replace([&removed](Run run, SelectedRows& moved) {
         if (run.mParent == removed.mParent && run.mFirst >= removed.End()) run.mFirst -= removed.mCount;

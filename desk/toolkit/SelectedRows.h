@@ -11,7 +11,8 @@ namespace desk {
 
 /// Which rows of a tree are selected, in the order in which they were: as runs of rows that stand one after
 /// another under one row, so that a hundred thousand selected at once are one. It knows positions only; the
-/// tree tells it what moves. Every operation costs by the runs, not by the rows. UI thread.
+/// tree tells it what moves. Every operation costs by the runs, not by the rows; only rows that change places
+/// cost by all that stand beside them, and may leave as many runs as rows. UI thread.
 class SelectedRows {
 public:
     struct Run {
@@ -48,6 +49,8 @@ public:
     bool operator==(const SelectedRows& other) const { return mRuns == other.mRuns; }
 
 private:
+    /// Whether what comes or goes at `place` concerns any.
+    bool HasAnyBehind(const Run& place) const;
     /// Exchanges each run for those that `replace` appends.
     void Replace(const std::function<void(const Run& run, SelectedRows& replaced)>& replace);
 

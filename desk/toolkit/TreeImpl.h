@@ -83,7 +83,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void RemoveAll();
     /// Removes the rows at these positions (ascending) from under `parent`.
     void RemoveChildren(Row* parent, std::vector<std::size_t> positions);
-    void MoveToEnd(Row* parent, const std::vector<std::size_t>& positions);
+    void MoveToEnd(Row* parent, const std::vector<std::size_t>& positions, bool tellModel);
     void TakeOut(Row* parent, std::size_t first, std::size_t last, bool tellModel);
     /// The row that becomes the current one when `row` goes; null when none is left.
     Row* FindSuccessor(const Row& row, const std::function<bool(const Row*)>& isDoomed);

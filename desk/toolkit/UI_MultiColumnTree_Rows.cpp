@@ -176,8 +176,8 @@ void TreeImpl::RemoveChildren(Row* parent, std::vector<std::size_t> positions) {
     const bool isInModel = !parent || IsInModel(*parent);
     const auto firstHidden = std::lower_bound(positions.begin(), positions.end(), laidOut);
     std::vector<Run> runs = RunsOf({positions.begin(), firstHidden});
-    if (isInModel && runs.size() > kMaximumRuns) {
-        MoveToEnd(parent, {positions.begin(), firstHidden});
+    if (runs.size() > kMaximumRuns) {
+        MoveToEnd(parent, {positions.begin(), firstHidden}, isInModel);
         runs = {{laidOut - std::size_t(firstHidden - positions.begin()), laidOut - 1}};
     }
     // Rows that were not laid out yet go first, so that the positions before them hold.
@@ -188,7 +188,7 @@ void TreeImpl::RemoveChildren(Row* parent, std::vector<std::size_t> positions) {
         TakeOut(parent, run->mFirst, run->mLast, isInModel);
 }
 
-void TreeImpl::MoveToEnd(Row* parent, const std::vector<std::size_t>& positions) {
+void TreeImpl::MoveToEnd(Row* parent, const std::vector<std::size_t>& positions, bool tellModel) {
     std::vector<std::uint32_t> order;
     std::vector<std::uint32_t> last(positions.begin(), positions.end());
     std::size_t next = 0;
@@ -199,9 +199,9 @@ void TreeImpl::MoveToEnd(Row* parent, const std::vector<std::size_t>& positions)
             order.push_back(i);
     }
     order.insert(order.end(), last.begin(), last.end());
-    BeginLayoutChange();
+    if (tellModel) BeginLayoutChange();
     Reorder(parent, order);
-    EndLayoutChange();
+    if (tellModel) EndLayoutChange();
 }
 
 void TreeImpl::TakeOut(Row* parent, std::size_t first, std::size_t last, bool tellModel) {

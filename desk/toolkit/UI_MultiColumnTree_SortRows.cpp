@@ -50,7 +50,17 @@ private:
     std::unordered_map<const Row*, UTF16String> mKeys;
 };
 
-/// The order, by old places, of rows that stand in order but for those at `places`, which rise.
+/// Nobody may have named a row yet whose key has changed. One such row can lead the search for a place astray,
+/// which then ends beside it: there, something is out of order.
+template <class Less>
+bool IsInOrderAround(const Order& rows, std::size_t place, const Less& isLess) {
+    const auto begin = rows.begin() + static_cast<std::ptrdiff_t>(place - std::min<std::size_t>(place, 2));
+    const auto end = rows.begin() + static_cast<std::ptrdiff_t>(std::min(place + 3, rows.size()));
+    return std::is_sorted(begin, end, isLess);
+}
+
+/// The order, by old places, of rows that stand in order but for those at `places`, which rise; empty when
+/// others are found that do not.
 Order OrderWithMoved(const Access::Children& children, const Order& places, RowOrder& order) {
     const std::vector<RowRef>& rows = children.mRows;
     const auto isLess = [&](std::uint32_t a, std::uint32_t b) { return order.IsLess(*rows[a], *rows[b]); };
@@ -63,15 +73,18 @@ Order OrderWithMoved(const Access::Children& children, const Order& places, RowO
     std::ranges::stable_sort(moved, isLess);
     Order merged;
     merged.reserve(all.size());
+    std::vector<std::size_t> newPlaces;
     auto next = others.begin();
     for (const std::uint32_t place : moved) {
         const auto end = std::upper_bound(next, others.end(), place, isLess);
         merged.insert(merged.end(), next, end);
+        newPlaces.push_back(merged.size());
         merged.push_back(place);
         next = end;
     }
     merged.insert(merged.end(), next, others.end());
-    return merged;
+    const auto isInOrder = [&](std::size_t place) { return IsInOrderAround(merged, place, isLess); };
+    return std::ranges::all_of(newPlaces, isInOrder) ? merged : Order();
 }
 
 }  // namespace
@@ -97,7 +110,8 @@ void TreeImpl::SortRows(const RowVec& changed) {
         mSortedKeys.erase(folder);
         const Access::Children& children = Access::ChildrenOf(folder ? const_cast<Row&>(*folder) : *mRoot);
         RowOrder order(*this, children.mNameOrder == Access::NameOrder::Ranked);
-        changes.emplace_back(folder, OrderWithMoved(children, places, order));
+        Order moved = OrderWithMoved(children, places, order);
+        changes.emplace_back(folder, moved.empty() ? OrderOf(folder) : std::move(moved));
     }
     ReorderAll(changes);
 }

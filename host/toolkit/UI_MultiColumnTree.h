@@ -66,8 +66,8 @@ public:
     void SortTree();
     /// The same when only the sort keys of `changed` may be others than they were when the rows were last
     /// sorted: a few rows of a folder go to their places, asking for their keys and those of the rows with
-    /// which they are compared, some for each; of other folders nothing is asked. Rows that are not in the tree
-    /// any more are passed over.
+    /// which they are compared, some for each; of other folders nothing is asked. Where another is found out of
+    /// order beside them, their folder is sorted whole. Rows that are not in the tree any more are passed over.
     void SortRows(const RowVec& changed);
 
     // Opening and closing.

@@ -161,6 +161,12 @@ TEST_F(TreeCostTest, EqualKeysAreSortedByNameAfterAnyOrder) {
             mSizeKeys = 0;
         }
     }
+    // One that nobody has named has changed too, and leads astray whoever looks for a place.
+    const auto opened = mTree->GetOpenedRows();
+    DataOf(*opened[149]).mSize = "9";
+    DataOf(*opened[298]).mSize = "8";
+    mTree->SortRows({opened[298]});
+    EXPECT_TRUE(IsSortedBySize(false)) << "with the other";
     DataOf(*rows[7]).mSize = "3";
     mTree->SortRows(rows);
     EXPECT_TRUE(IsSortedBySize(false)) << "all at once";
