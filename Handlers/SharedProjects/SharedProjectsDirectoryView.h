@@ -132,6 +132,7 @@ private:
     UTF16String GetItemPath(const RowRef& row) const override { return GetRowPath(row.get()); }
     UTF16String GetItemName(const RowRef& row) const override { return GetRowName(row.get()); }
     void SortRows(const std::optional<RowVec>& changed) override;
+    void OnRowsSorted() override;
     void OnSortChosen() override;
 
     /// Removes rows that were made for another kind of item than `content` tells: `x.zuproj` may be a folder.
@@ -231,6 +232,8 @@ private:
     bool mMayDraggedRowsMove = false;
     FolderOpener mFolderOpener{*this};
     const std::unique_ptr<StateRestorer> mRestorer;
+    /// Stands at the top again when the rows have been sorted.
+    RowRef mTopWhileSorting;
     /// Items that are to be selected when their rows come.
     UTF16StringVec mAwaitedPaths;
     /// The folders that hold them, until they have been opened.

@@ -95,6 +95,7 @@ void SharedProjectsDirectoryView::OnDrawCellOfRow(Drawbot& drawbot, const RowRef
 }
 
 void SharedProjectsDirectoryView::OnSortChosen() {
+    mTopWhileSorting = {};
     mRestorer->ForgetTopRow();
 }
 

@@ -44,9 +44,13 @@ void SharedProjectsDirectoryView::UpdateFromStateData(const StateData& state, bo
 }
 
 void SharedProjectsDirectoryView::SortRows(const std::optional<RowVec>& changed) {
-    const RowRef top = mRestorer->FindTopRow();
+    mTopWhileSorting = mRestorer->FindTopRow();
     changed ? GetTree()->SortRows(*changed) : GetTree()->SortTree();
-    if (top) GetTree()->ScrollRowToTop(top.get());
+    if (!GetTree()->IsSorting()) OnRowsSorted();
+}
+
+void SharedProjectsDirectoryView::OnRowsSorted() {
+    if (const RowRef top = std::exchange(mTopWhileSorting, {})) GetTree()->ScrollRowToTop(top.get());
 }
 
 /// What has waited for the opener, or for content, goes on.

@@ -51,6 +51,7 @@ void SharedProjectsItemTree::SetupTree() {
     mTree->SetCellSortDataFunction(Utils::BindCallback(this, &Self::GetCellSortDataAsString, mLifetime));
     mTree->SetRowsSortDataFunction(Utils::BindCallback(this, &Self::GetRowsSortData, mLifetime));
     mTree->SetRowsSortNumbersFunction(Utils::BindCallback(this, &Self::GetRowsSortNumbers, mLifetime));
+    mTree->SetRowsSortedCallback(Utils::BindCallback(this, &Self::OnRowsSorted, mLifetime));
     mTree->SetCellAccessibleTextFunction(Utils::BindCallback(this, &Self::GetCellAccessibleText, mLifetime));
     mTree->SetCellToolTipFunction(Utils::BindCallback(this, &Self::GetCellToolTip, mLifetime));
     mTree->SetRowVisibilityChangedCallback(Utils::BindCallback(this, &Self::OnRowVisibilityChanged, mLifetime));
@@ -221,14 +222,25 @@ void SharedProjectsItemTree::UpdateRowOfProject(const ProjectRef& project) {
 
 void SharedProjectsItemTree::SortOrOwe() {
     mIsSortAwaited = false;
-    if (mIsHolding) {
+    if (mIsHolding || mTree->IsSorting()) {
         mIsSortOwed = true;
         return;
     }
-    const auto begin = Clock::now();
+    mBeginOfSort = Clock::now();
     mOwner.SortRows(std::exchange(mChangedRows, RowVec()));
+    if (!mTree->IsSorting()) NoteEndOfSort();
+}
+
+void SharedProjectsItemTree::NoteEndOfSort() {
+    if (!mBeginOfSort) return;
     mEndOfLastSort = Clock::now();
-    mLastSortDuration = mEndOfLastSort - begin;
+    mLastSortDuration = mEndOfLastSort - *std::exchange(mBeginOfSort, std::nullopt);
+}
+
+void SharedProjectsItemTree::OnRowsSorted() {
+    NoteEndOfSort();
+    mOwner.OnRowsSorted();
+    if (!mIsHolding && std::exchange(mIsSortOwed, false)) mQueuedSort->Queue();
 }
 
 void SharedProjectsItemTree::HoldUpdates(bool hold) {

@@ -36,6 +36,8 @@ public:
         virtual RowRef GetRowFromPath(const UTF16String& path) const = 0;
         /// Sort keys have changed, those of `changed` alone where these are named: sorts the tree.
         virtual void SortRows(const std::optional<RowVec>& changed) = 0;
+        /// A sorting that took a while has ended.
+        virtual void OnRowsSorted() = 0;
         /// The user has chosen the sort column or its direction.
         virtual void OnSortChosen() = 0;
         /// In a view of hits: says of a row whether it is one, or only leads there. Empty in a view of all
@@ -168,6 +170,8 @@ private:
     void BeginSortLater();
     void SortWhenDue();
     void SortOrOwe();
+    void NoteEndOfSort();
+    void OnRowsSorted();
 
     bool ColumnSortStringIsLess(const UTF16String& a, const UTF16String& b);
     UTF16String GetCellSortDataAsString(const RowRef& row, unsigned column);
@@ -199,6 +203,7 @@ private:
     Clock::time_point mSortDue{};
     /// No sooner, unless all facts have come.
     Clock::time_point mEarliestSort{};
+    std::optional<Clock::time_point> mBeginOfSort;
     Clock::time_point mEndOfLastSort{};
     Clock::duration mLastSortDuration{};
     SelectionAfterRemoval mSelectionAfterRemoval;

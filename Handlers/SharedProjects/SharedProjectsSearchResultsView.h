@@ -77,6 +77,7 @@ private:
     void SortRows(const std::optional<RowVec>& changed) override {
         changed ? mTree->SortRows(*changed) : mTree->SortTree();
     }
+    void OnRowsSorted() override {}
     void OnSortChosen() override {}
     std::function<bool(const RowRef&)> GetHitTest() const override;
 

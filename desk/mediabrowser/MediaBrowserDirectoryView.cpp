@@ -88,6 +88,7 @@ void MediaBrowserDirectoryView::DirectoryImpl::ClearCallbacks() {
     mTree->SetCellSortDataFunction({});
     mTree->SetRowsSortDataFunction({});
     mTree->SetRowsSortNumbersFunction({});
+    mTree->SetRowsSortedCallback({});
     mTree->SetCellAccessibleTextFunction({});
     mTree->SetCellToolTipFunction({});
     mTree->SetColumnMovedCallback({});

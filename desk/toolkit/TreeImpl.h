@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "desk/core/work/Lifetime.h"
@@ -35,6 +37,7 @@ struct TreeCallbacks {
     Shared<host::UTF16String(const Row&, unsigned)> mSortData;
     Shared<host::UTF16StringVec(std::span<const Row>, unsigned)> mRowsSortData;
     Shared<std::vector<std::uint64_t>(std::span<const Row>, unsigned)> mRowsSortNumbers;
+    Shared<void()> mRowsSorted;
     Shared<void(unsigned, unsigned)> mColumnMoved;
     Shared<void(unsigned, float)> mColumnResized;
     Shared<bool(const Row&, host::Point)> mContextMenu;
@@ -152,11 +155,22 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     UTF16String NameKey(const Row& row) const;
     /// Notes whether the order by name is known once the rows after the first `countBefore` have gone in.
     void UpdateNameOrder(Access::Children& children, std::size_t countBefore, bool areInNameOrder) const;
+    /// The keys of rows in their order, if known: numbers, or else texts.
+    struct KeysOfRows {
+        std::vector<std::uint64_t> mNumbers;
+        UTF16StringVec mKeys;
+    };
+    /// All under which rows stand, null first.
+    std::vector<RowRef> FoldersToSort();
+    /// Ends what is being sorted in parts, too.
+    void SortAtOnce(const std::vector<RowRef>& folders, std::vector<KeysOfRows> keys = {});
+    /// True when no key is needed to sort the folder's rows.
+    bool IsOrderKnown(const Row* folder);
     /// Old positions, in the new order. `children` are those of `folder`.
     std::vector<std::uint32_t> OrderByKnownNames(const Row* folder, Access::Children& children);
-    std::vector<std::uint32_t> OrderByKeys(const Row* folder, Access::Children& children);
+    std::vector<std::uint32_t> OrderByKeys(const Row* folder, Access::Children& children, KeysOfRows known);
     /// Of a folder's rows: by their keys, or by what is known of their names.
-    std::vector<std::uint32_t> OrderOf(const Row* folder);
+    std::vector<std::uint32_t> OrderOf(const Row* folder, KeysOfRows keys = {});
     /// Gives each folder's rows the order beside it, in one change of the layout.
     void ReorderAll(std::vector<std::pair<const Row*, std::vector<std::uint32_t>>>& changes);
     /// Puts rows that have just been appended into the model, sorted in.
@@ -165,6 +179,26 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     void Reorder(const Row* parent, const std::vector<std::uint32_t>& order);
     void BeginLayoutChange();
     void EndLayoutChange();
+
+    // Sorting of very many rows (UI_MultiColumnTree_SortInParts.cpp). The rows keep their order until all keys
+    // have been fetched.
+
+    /// So many keys are fetched in one turn.
+    static constexpr std::size_t kRowsPerTurn = 16'384;
+    struct Sorting {
+        std::pair<ColumnID, bool> mSortedBy;
+        int mAttempts = 1;
+        std::vector<RowRef> mFolders;
+        std::vector<KeysOfRows> mKeys;
+        /// The folder whose keys are being fetched.
+        std::size_t mNext = 0;
+        std::uint64_t mRowChanges = 0;
+    };
+    /// Drops what has been fetched before.
+    void BeginSortInParts(std::vector<RowRef> folders);
+    void SortNextPart();
+    /// False when there is none left.
+    bool FetchNextKeys();
 
     // Selection (UI_MultiColumnTree_Selection.cpp).
 
@@ -270,6 +304,10 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     /// What the keys of a folder's rows were when their order was last found right, hashed.
     std::unordered_map<const Row*, std::uint64_t> mSortedKeys;
 
+    std::optional<Sorting> mSorting;
+    /// Grows when rows come, go or change places.
+    std::uint64_t mCountOfRowChanges = 0;
+
     float mRowHeight = 25;
     int mRowPixels = 25;
     float mIndentation = 0.62f;
@@ -288,6 +326,7 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     unsigned mBusyPeriod = 0;
 
     Later mSortLater;
+    Later mSortPartLater;
     Later mNotifyLater;
     Later mVisibleLater;
     /// Gone when the tree is: what was queued for it then does nothing.

@@ -97,6 +97,9 @@ const std::vector<RowRef>& UI_MultiColumnTree::GetTopLevelRows() const {
 void UI_MultiColumnTree::SortTree() {
     ImplOf(*this).Sort();
 }
+bool UI_MultiColumnTree::IsSorting() const {
+    return ImplOf(*this).mSorting.has_value();
+}
 void UI_MultiColumnTree::SortRows(const RowVec& changed) {
     ImplOf(*this).SortRows(changed);
 }
@@ -327,6 +330,9 @@ void UI_MultiColumnTree::SetRowsSortDataFunction(
     ImplOf(*this).mCallbacks.mRowsSortData = std::move(function);
 }
 
+void UI_MultiColumnTree::SetRowsSortedCallback(SharedFunction<void()> callback) {
+    ImplOf(*this).mCallbacks.mRowsSorted = std::move(callback);
+}
 void UI_MultiColumnTree::SetRowsSortNumbersFunction(
     SharedFunction<std::vector<std::uint64_t>(std::span<const RowRef> rows, unsigned column)> function) {
     ImplOf(*this).mCallbacks.mRowsSortNumbers = std::move(function);

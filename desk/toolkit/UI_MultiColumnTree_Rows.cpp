@@ -65,6 +65,7 @@ int TreeImpl::PositionOf(const Row& row) {
 }
 
 void TreeImpl::Renumber(const Row* parent, std::size_t first) {
+    ++mCountOfRowChanges;
     const std::vector<RowRef>& rows = ChildrenOf(parent);
     for (std::size_t i = first; i < rows.size(); ++i) Access::Position(*rows[i]) = std::uint32_t(i);
 }
@@ -236,6 +237,7 @@ void TreeImpl::RemoveAll() {
     mVisible.clear();
     mSelected.Clear();
     mSortedKeys.clear();
+    ++mCountOfRowChanges;
     mHeldRow.reset();
     mHoldsScrollPosition = false;
     mScrollWhenShown.reset();

@@ -39,17 +39,21 @@ Order Identity(std::size_t count) {
 /// asked for once, those of the first `countBefore` rows and names only when they are needed.
 class SortKeys {
 public:
-    SortKeys(const TreeImpl& tree, const Access::Children& children, std::size_t countBefore, std::size_t count)
+    /// `known` may hold the keys already.
+    SortKeys(const TreeImpl& tree, const Access::Children& children, std::size_t countBefore, std::size_t count,
+             TreeImpl::KeysOfRows known = {})
         : mTree(tree),
           mRows(children.mRows),
           mAreRanked(children.mNameOrder == NameOrder::Ranked),
           mCountBefore(countBefore),
           mLess(tree.SortOrder(tree.mHeader->IsSortDirectionAscending())),
           mNameLess(tree.SortOrder(true)),
-          mIsByName(tree.IsSortedByName()) {
+          mIsByName(tree.IsSortedByName()),
+          mKeys(std::move(known.mKeys)),
+          mNumbers(std::move(known.mNumbers)) {
         const std::span rows = std::span(mRows).subspan(countBefore, count - countBefore);
-        if (countBefore == 0) mNumbers = tree.SortNumbersOf(rows);
-        if (mNumbers.empty()) mKeys = tree.SortKeysOf(rows);
+        if (mNumbers.size() != rows.size()) mNumbers = tree.SortNumbersOf(rows);
+        if (mNumbers.empty() && mKeys.size() != rows.size()) mKeys = tree.SortKeysOf(rows);
         if (!tree.mHeader->IsSortDirectionAscending())
             for (std::uint64_t& number : mNumbers) number = ~number;
     }
@@ -63,7 +67,11 @@ public:
 
     bool IsByName() const { return mIsByName; }
     bool IsLess(std::size_t a, std::size_t b) {
-        if (!mNumbers.empty()) return mNumbers[a] != mNumbers[b] ? mNumbers[a] < mNumbers[b] : IsNameLess(a, b);
+        if (!mNumbers.empty()) {
+            const std::uint64_t numberOfA = NumberOf(a);
+            const std::uint64_t numberOfB = NumberOf(b);
+            return numberOfA != numberOfB ? numberOfA < numberOfB : IsNameLess(a, b);
+        }
         const UTF16String& keyOfA = KeyOf(a);
         const UTF16String& keyOfB = KeyOf(b);
         if (mIsByName) return mLess(keyOfA, keyOfB);
@@ -86,6 +94,15 @@ public:
     }
 
 private:
+    std::uint64_t NumberOf(std::size_t i) {
+        if (i >= mCountBefore) return mNumbers[i - mCountBefore];
+        const auto [known, isNew] = mNumbersBefore.try_emplace(i);
+        if (!isNew) return known->second;
+        const std::vector<std::uint64_t> numbers = mTree.SortNumbersOf(std::span(mRows).subspan(i, 1));
+        if (!numbers.empty())
+            known->second = mTree.mHeader->IsSortDirectionAscending() ? numbers.front() : ~numbers.front();
+        return known->second;
+    }
     const UTF16String& NameOf(std::size_t i) {
         if (i < mCountBefore) {
             const auto known = mNamesBefore.find(i);
@@ -109,6 +126,7 @@ private:
     std::vector<UTF16String> mKeys;
     std::vector<std::uint64_t> mNumbers;
     std::vector<std::optional<UTF16String>> mNames;
+    std::unordered_map<std::size_t, std::uint64_t> mNumbersBefore;
     std::unordered_map<std::size_t, UTF16String> mKeysBefore;
     std::unordered_map<std::size_t, UTF16String> mNamesBefore;
 };
@@ -391,13 +409,14 @@ Order TreeImpl::OrderByKnownNames(const Row* folder, Access::Children& children)
     return order;
 }
 
-Order TreeImpl::OrderByKeys(const Row* folder, Access::Children& children) {
+Order TreeImpl::OrderByKeys(const Row* folder, Access::Children& children, KeysOfRows known) {
     const std::uint64_t seed = mHeader->GetSortColumn() * 2ull + mHeader->IsSortDirectionAscending();
     const std::size_t count = children.mCountOfLaidOut;
     NoteNameRanks(children);
-    SortKeys keys(*this, children, 0, count);
-    const auto known = mSortedKeys.find(folder);
-    if (known != mSortedKeys.end() && known->second == keys.Hash(Identity(count), seed)) return Identity(count);
+    SortKeys keys(*this, children, 0, count, std::move(known));
+    const auto before = mSortedKeys.find(folder);
+    if (before != mSortedKeys.end() && before->second == keys.Hash(Identity(count), seed))
+        return Identity(count);
     Order order = SortedOrder(keys, 0, count);
     mSortedKeys[folder] = keys.Hash(order, seed);
     if (IsSortedByName() && desk::IsSet(mCallbacks.mRowsSortData))
@@ -405,26 +424,50 @@ Order TreeImpl::OrderByKeys(const Row* folder, Access::Children& children) {
     return order;
 }
 
-void TreeImpl::Sort() {
-    if (!IsSorted()) return;
-    std::vector<std::pair<const Row*, Order>> changes;
-    std::vector<const Row*> folders{nullptr};
-    while (!folders.empty()) {
-        const Row* folder = folders.back();
-        folders.pop_back();
-        const std::vector<RowRef>& rows = ChildrenOf(folder);
-        const std::size_t count = CountOfLaidOutChildren(folder);
+std::vector<RowRef> TreeImpl::FoldersToSort() {
+    std::vector<RowRef> folders{nullptr};
+    for (std::size_t next = 0; next < folders.size(); ++next) {
+        const RowRef folder = folders[next];
+        const std::vector<RowRef>& rows = ChildrenOf(folder.get());
+        const std::size_t count = CountOfLaidOutChildren(folder.get());
         for (std::size_t i = 0; i < count; ++i)
-            if (rows[i]->HasChild()) folders.push_back(rows[i].get());
-        changes.emplace_back(folder, OrderOf(folder));
+            if (rows[i]->HasChild()) folders.push_back(rows[i]);
     }
-    ReorderAll(changes);
+    return folders;
 }
 
-Order TreeImpl::OrderOf(const Row* folder) {
+void TreeImpl::Sort() {
+    if (!IsSorted()) return SortAtOnce({});
+    std::vector<RowRef> folders = FoldersToSort();
+    std::size_t count = 0;
+    for (const RowRef& folder : folders)
+        if (!IsOrderKnown(folder.get())) count += CountOfLaidOutChildren(folder.get());
+    if (count > kRowsPerTurn) return BeginSortInParts(std::move(folders));
+    SortAtOnce(folders);
+}
+
+void TreeImpl::SortAtOnce(const std::vector<RowRef>& folders, std::vector<KeysOfRows> keys) {
+    const bool endsSorting = mSorting.has_value();
+    mSorting.reset();
+    keys.resize(folders.size());
+    std::vector<std::pair<const Row*, Order>> changes;
+    for (std::size_t i = 0; i < folders.size(); ++i)
+        changes.emplace_back(folders[i].get(), OrderOf(folders[i].get(), std::move(keys[i])));
+    ReorderAll(changes);
+    if (!endsSorting) return;
+    Tree().EndBusy();
+    desk::Call(mCallbacks.mRowsSorted);
+}
+
+bool TreeImpl::IsOrderKnown(const Row* folder) {
+    const Access::Children& children = Access::ChildrenOf(folder ? const_cast<Row&>(*folder) : *mRoot);
+    return IsSortedByName() && children.mNameOrder != NameOrder::Unknown;
+}
+
+Order TreeImpl::OrderOf(const Row* folder, KeysOfRows keys) {
     Access::Children& children = Access::ChildrenOf(folder ? const_cast<Row&>(*folder) : *mRoot);
-    return IsSortedByName() && children.mNameOrder != NameOrder::Unknown ? OrderByKnownNames(folder, children)
-                                                                         : OrderByKeys(folder, children);
+    return IsOrderKnown(folder) ? OrderByKnownNames(folder, children)
+                                : OrderByKeys(folder, children, std::move(keys));
 }
 
 void TreeImpl::ReorderAll(std::vector<std::pair<const Row*, Order>>& changes) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <map>
 #include <numeric>
+#include <optional>
 #include <unordered_map>
 
 #include "desk/toolkit/HeaderRowImpl.h"
@@ -25,19 +26,35 @@ public:
     RowOrder(const TreeImpl& tree, bool areRanked)
         : mTree(tree),
           mAreRanked(areRanked),
-          mLess(tree.SortOrder(tree.mHeader->IsSortDirectionAscending())),
+          mIsAscending(tree.mHeader->IsSortDirectionAscending()),
+          mLess(tree.SortOrder(mIsAscending)),
           mNameLess(tree.SortOrder(true)) {}
 
     bool IsLess(Row& a, Row& b) {
+        const auto numberOfA = NumberOf(a);
+        const auto numberOfB = NumberOf(b);
+        if (numberOfA && numberOfB)
+            return *numberOfA != *numberOfB ? (*numberOfA < *numberOfB) == mIsAscending : IsNameLess(a, b);
         const UTF16String& keyOfA = KeyOf(a);
         const UTF16String& keyOfB = KeyOf(b);
         if (mLess(keyOfA, keyOfB)) return true;
         if (mTree.IsSortedByName() || mLess(keyOfB, keyOfA)) return false;
-        if (mAreRanked) return Access::NameRank(a) < Access::NameRank(b);
-        return mNameLess(mTree.NameKey(a), mTree.NameKey(b));
+        return IsNameLess(a, b);
     }
 
 private:
+    bool IsNameLess(Row& a, Row& b) const {
+        if (mAreRanked) return Access::NameRank(a) < Access::NameRank(b);
+        return mNameLess(mTree.NameKey(a), mTree.NameKey(b));
+    }
+    std::optional<std::uint64_t> NumberOf(Row& row) {
+        const auto [known, isNew] = mNumbers.try_emplace(&row);
+        if (!isNew) return known->second;
+        const RowRef asked(&row);
+        const std::vector<std::uint64_t> numbers = mTree.SortNumbersOf(std::span(&asked, 1));
+        if (!numbers.empty()) known->second = numbers.front();
+        return known->second;
+    }
     const UTF16String& KeyOf(const Row& row) {
         const auto known = mKeys.find(&row);
         return known != mKeys.end() ? known->second : mKeys.emplace(&row, mTree.SortKey(row)).first->second;
@@ -45,8 +62,10 @@ private:
 
     const TreeImpl& mTree;
     const bool mAreRanked;
+    const bool mIsAscending;
     const TreeImpl::Less mLess;
     const TreeImpl::Less mNameLess;
+    std::unordered_map<const Row*, std::optional<std::uint64_t>> mNumbers;
     std::unordered_map<const Row*, UTF16String> mKeys;
 };
 
@@ -91,6 +110,7 @@ Order OrderWithMoved(const Access::Children& children, const Order& places, RowO
 
 void TreeImpl::SortRows(const RowVec& changed) {
     if (!IsSorted()) return;
+    if (mSorting) return Sort();
     std::map<const Row*, Order> byFolder;
     for (const RowRef& row : changed) {
         if (!IsMine(row.get())) continue;
@@ -103,6 +123,7 @@ void TreeImpl::SortRows(const RowVec& changed) {
         std::ranges::sort(places);
         places.erase(std::ranges::unique(places).begin(), places.end());
         if (places.size() * kRowsPerChange > CountOfLaidOutChildren(folder)) {
+            if (CountOfLaidOutChildren(folder) > kRowsPerTurn) return Sort();
             changes.emplace_back(folder, OrderOf(folder));
             continue;
         }

@@ -62,8 +62,12 @@ public:
     const std::vector<RowRef>& GetTopLevelRows() const;
 
     /// Sorts all rows by the sort column: asks each row's sort key once, then compares. Keeps selection,
-    /// open rows and scroll position. Costs little when the order already holds.
+    /// open rows and scroll position. Costs little when the order already holds. The keys of more than 16,384
+    /// rows are asked for in parts over several turns of the event loop, anew when rows come or go or this is
+    /// called again; the rows keep their order until all keys are there. Another sort column drops it.
     void SortTree();
+    /// True while it is under way.
+    bool IsSorting() const;
     /// The same when only the sort keys of `changed` may be others than they were when the rows were last
     /// sorted: a few rows of a folder go to their places, asking for their keys and those of the rows with
     /// which they are compared, some for each; of other folders nothing is asked. Where another is found out of
@@ -217,10 +221,12 @@ public:
     /// change: the tree keeps the order by it.
     void SetRowsSortDataFunction(
         SharedFunction<UTF16StringVec(std::span<const RowRef> rows, unsigned column)> function);
-    /// Likewise as numbers, in the order of which the column's keys stand: asked first where all rows under a
-    /// row are sorted, since numbers cost a tenth of keys. Empty where the keys are not the like.
+    /// Likewise as numbers, for each row of such a column: where there are numbers they alone decide, and no
+    /// key is asked for, which would cost ten times as much. Empty where the column's keys are not the like.
     void SetRowsSortNumbersFunction(
         SharedFunction<std::vector<std::uint64_t>(std::span<const RowRef> rows, unsigned column)> function);
+    /// A sorting that took several turns has ended.
+    void SetRowsSortedCallback(SharedFunction<void()> callback);
     /// The user has moved a column.
     void SetColumnMovedCallback(SharedFunction<void(unsigned from, unsigned to)> callback);
     /// The user has changed a column's width.
