@@ -53,18 +53,6 @@ TEST_F(SearchTest, SelectAllTakesProjectsOnlyAndClosingTheProductionEmptiesField
     EXPECT_TRUE(TreeWidget().isVisible());
 }
 
-TEST_F(SearchTest, ANewerSearchDropsAnOlderOne) {
-    TypeSearch(QStringLiteral("ab"));
-    SearchField()->setText(QStringLiteral("Other"));
-    SearchField()->setText(QStringLiteral("Sound"));
-    Settle();
-    EXPECT_EQ(ShownHits(), (Rows{"Sound"}));
-    SearchField()->setText(QStringLiteral("Other"));
-    SearchField()->clear();
-    Settle();
-    EXPECT_EQ(ShownHits(), Rows{});
-}
-
 TEST_F(SearchTest, HitsFollowTheVolumeAndOpenProjectsInFoldersThatNobodyOpened) {
     TypeSearch(QStringLiteral("ab"));
     EXPECT_TRUE(

@@ -4,12 +4,6 @@ namespace {
 
 class TreeCostTest : public TreeFixture {
 protected:
-    struct Cost {
-        int mOpening = 0;
-        int mChange = 0;
-        int mScrolling = 0;
-    };
-
     TreeCostTest() {
         // It asks for everything itself.
         mTester.reset();
@@ -24,34 +18,12 @@ protected:
             return host::AsciiToUTF16(mHeader->GetColumnAt(column) == kSizeColumn ? data.mSize : data.mName);
         }));
         mTree->SetRowVisibilityChangedCallback(Shared([this](const host::RowRef&) { ++mCalls; }));
-        mTree->SetRowOpenStateChangedCallback(Shared([this](const host::RowRef&, bool) { ++mCalls; }));
     }
 
     int TakeCalls() {
         Settle();
         mWindow.grab();
         return std::exchange(mCalls, 0);
-    }
-
-    /// Folders of 50 rows come one after another and are opened; then a row comes into the middle one.
-    Cost Measure(int folders) {
-        mTree->RemoveAllRows();
-        TakeCalls();
-        Cost cost;
-        const host::RowVec rows = Add(nullptr, Names("f", 0, folders));
-        for (const host::RowRef& row : rows) DataOf(*row).mName += '/';
-        for (const host::RowRef& row : rows) {
-            mTree->SetRowHasCustomChild(row.get(), true);
-            mTree->OpenRow(row.get());
-            Add(row.get(), Names("p", 0, 50));
-        }
-        cost.mOpening = TakeCalls();
-        Add(rows[std::size_t(folders / 2)].get(), {"p00020x"});
-        cost.mChange = TakeCalls();
-        ScrollBar().setValue(ScrollBar().maximum() / 2);
-        cost.mScrolling = TakeCalls();
-        EXPECT_EQ(mTree->CountOpenedRows(), std::size_t(folders) * 51 + 1);
-        return cost;
     }
 
     bool IsSortedBySize(bool isAscending) {
@@ -65,16 +37,6 @@ protected:
     int mCalls = 0;
     int mSizeKeys = 0;
 };
-
-TEST_F(TreeCostTest, FollowsWhatComesAndWhatIsSeenNotWhatIsThere) {
-    const Cost few = Measure(20);
-    const Cost many = Measure(200);
-    EXPECT_LE(many.mOpening, 11 * few.mOpening);
-    EXPECT_LE(many.mOpening, 200 * 51 * 4);
-    EXPECT_LE(many.mChange, few.mChange + 4);
-    EXPECT_LE(many.mChange, 20);
-    EXPECT_LE(many.mScrolling, few.mScrolling + 4);
-}
 
 TEST_F(TreeCostTest, KeysOfManyRowsAreOneQuestionAndOfRowsInOrderNone) {
     int questions = 0;
