@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QTimer>
+#include <algorithm>
+#include <vector>
 
 #include "benchmarks/BenchApplication.h"
 
@@ -12,29 +14,26 @@ class EventLoopProbe {
 public:
     EventLoopProbe() {
         mTimer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&mTimer, &QTimer::timeout, &mTimer, [this] { Beat(Clock::now()); });
+        QObject::connect(&mTimer, &QTimer::timeout, &mTimer, [this] { mShots.push_back(Clock::now()); });
     }
     void Start() {
-        mLongest = 0;
-        mLast = Clock::now();
+        mShots = {Clock::now()};
         mTimer.start(1);
     }
-    /// Returns the longest gap from the start until `end`, in milliseconds.
+    /// Returns the longest gap from the start until `end`, in milliseconds. What comes after it does not count:
+    /// whoever looks whether all is done may have taken long.
     double Stop(Clock::time_point end) {
-        Beat(end);
         mTimer.stop();
-        return mLongest;
+        mShots.push_back(end);
+        double longest = 0;
+        for (std::size_t i = 1; i < mShots.size() && mShots[i - 1] < end; ++i)
+            longest = std::max(longest, Milliseconds(mShots[i - 1], std::min(mShots[i], end)));
+        return longest;
     }
 
 private:
-    void Beat(Clock::time_point now) {
-        mLongest = std::max(mLongest, Milliseconds(mLast, now));
-        mLast = now;
-    }
-
     QTimer mTimer;
-    Clock::time_point mLast{};
-    double mLongest = 0;
+    std::vector<Clock::time_point> mShots;
 };
 
 }  // namespace bench
