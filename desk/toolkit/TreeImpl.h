@@ -183,8 +183,10 @@ struct host::UI_MultiColumnTree::TreeImpl final : desk::ContainerImpl {
     // Sorting of very many rows (UI_MultiColumnTree_SortInParts.cpp). The rows keep their order until all keys
     // have been fetched.
 
-    /// So many keys are fetched in one turn.
-    static constexpr std::size_t kRowsPerTurn = 16'384;
+    /// So many rows are sorted in one turn.
+    static constexpr std::size_t kMostRowsAtOnce = 16'384;
+    /// Of more, so many keys are fetched in one turn, in which facts of others may be delivered too.
+    static constexpr std::size_t kRowsPerTurn = 8192;
     struct Sorting {
         std::pair<ColumnID, bool> mSortedBy;
         int mAttempts = 1;

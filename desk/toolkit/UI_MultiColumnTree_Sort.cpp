@@ -442,7 +442,7 @@ void TreeImpl::Sort() {
     std::size_t count = 0;
     for (const RowRef& folder : folders)
         if (!IsOrderKnown(folder.get())) count += CountOfLaidOutChildren(folder.get());
-    if (count > kRowsPerTurn) return BeginSortInParts(std::move(folders));
+    if (count > kMostRowsAtOnce) return BeginSortInParts(std::move(folders));
     SortAtOnce(folders);
 }
 

@@ -123,7 +123,7 @@ void TreeImpl::SortRows(const RowVec& changed) {
         std::ranges::sort(places);
         places.erase(std::ranges::unique(places).begin(), places.end());
         if (places.size() * kRowsPerChange > CountOfLaidOutChildren(folder)) {
-            if (CountOfLaidOutChildren(folder) > kRowsPerTurn) return Sort();
+            if (CountOfLaidOutChildren(folder) > kMostRowsAtOnce) return Sort();
             changes.emplace_back(folder, OrderOf(folder));
             continue;
         }
