@@ -94,7 +94,7 @@ TEST(QtDialogsTest, WaitingNamesTheItemAsItStandsAndCanBeCancelled) {
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, [&] {
         const QWidget* dialog = QApplication::activeModalWidget();
-        if (progress.IsCancelled()) return done.set_value();
+        if (progress.IsCancelled()) return poll.stop(), done.set_value();
         if (!dialog) return;
         EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Copying"));
         EXPECT_EQ(dialog->findChild<QLabel*>()->text(), QStringLiteral("<b>Reel"));
