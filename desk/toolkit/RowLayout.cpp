@@ -20,9 +20,6 @@ namespace {
 using Row = host::UI_MultiColumnTreeRow;
 using Access = Row::Access;
 
-/// So many rows further on memory is asked for what will be looked at: rows lie anywhere in it.
-constexpr std::uint32_t kRowsAhead = 8;
-
 class Layout {
 public:
     Layout(const host::UI_MultiColumnTree::TreeImpl& tree, QTreeViewItem* items) : mTree(tree), mItems(items) {}
@@ -32,24 +29,27 @@ public:
     int Write(const Access::Children& children, int parentItem, unsigned level, int next) const {
         const std::uint32_t count = children.mCountOfLaidOut;
         for (std::uint32_t i = 0; i < count; ++i) {
-            if (i + kRowsAhead < count)
-                __builtin_prefetch(&Access::MayHaveChildren(*children.mRows[i + kRowsAhead]));
-            Row& row = *children.mRows[i];
             const int place = next++;
-            QTreeViewItem& item = mItems[place];
-            item.index = mTree.mModel.createIndex(static_cast<int>(i), 0, &row);
+            QTreeViewItem& item = mItems[place] = {};
+            item.index = mTree.mModel.createIndex(static_cast<int>(i), 0, children.mRows[i].get());
             item.parentItem = parentItem;
             item.level = level & 0xFFFF;
             item.hasMoreSiblings = i + 1 < count;
-            const bool mayHaveChildren = Access::MayHaveChildren(row);
-            item.expanded = mayHaveChildren && row.IsOpen();
-            item.hasChildren = mayHaveChildren;
-            const Access::Children* below = item.expanded ? Access::FindChildren(row) : nullptr;
-            if (below) next = Write(*below, place, level + 1, next);
-            if (!item.expanded) continue;
-            item.total = static_cast<unsigned>(next - place - 1) & 0xFFFFFFF;
-            item.hasChildren = item.total > 0;
+            if (children.mHoldsParents) next = WriteBelow(*children.mRows[i], place, level, next);
         }
+        return next;
+    }
+
+    int WriteBelow(Row& row, int place, unsigned level, int next) const {
+        if (!Access::MayHaveChildren(row)) return next;
+        QTreeViewItem& item = mItems[place];
+        item.expanded = row.IsOpen();
+        item.hasChildren = true;
+        if (!item.expanded) return next;
+        if (const Access::Children* below = Access::FindChildren(row))
+            next = Write(*below, place, level + 1, next);
+        item.total = static_cast<unsigned>(next - place - 1) & 0xFFFFFFF;
+        item.hasChildren = item.total > 0;
         return next;
     }
 
@@ -58,12 +58,18 @@ private:
     QTreeViewItem* mItems;
 };
 
+/// Null with another version of Qt than the one that this was compiled with.
+QTreeViewPrivate* FindDataOf(QTreeView& view) {
+    static const bool isVersionCompiledWith = std::string_view(qVersion()) == QT_VERSION_STR;
+    return isVersionCompiledWith ? static_cast<QTreeViewPrivate*>(QObjectPrivate::get(&view)) : nullptr;
+}
+
 }  // namespace
 
 bool LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree) {
-    static const bool isVersionCompiledWith = std::string_view(qVersion()) == QT_VERSION_STR;
-    if (!isVersionCompiledWith) return false;
-    auto& data = static_cast<QTreeViewPrivate&>(*QObjectPrivate::get(&view));
+    QTreeViewPrivate* found = FindDataOf(view);
+    if (!found) return false;
+    QTreeViewPrivate& data = *found;
     if (!data.customIndent) data.updateIndentationFromStyle();
     if (std::exchange(data.hasRemovedItems, false)) {
         const auto isGone = [](const QPersistentModelIndex& index) { return !index.isValid(); };
@@ -71,11 +77,22 @@ bool LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree)
     }
     data.lastViewedItem = 0;
     data.defaultItemHeight = tree.mRowPixels;
-    data.viewItems.clear();
     data.viewItems.resize(static_cast<qsizetype>(tree.CountOfOpened()));
     if (const Access::Children* top = Access::FindChildren(*tree.mRoot))
         Layout(tree, data.viewItems.data()).Write(*top, -1, 0, 0);
     return true;
+}
+
+bool PutOffLayout(QTreeView& view) {
+    QTreeViewPrivate* data = FindDataOf(view);
+    // Without the timer that the view starts when it sets this itself.
+    if (data) data->delayedPendingLayout = true;
+    return data != nullptr;
+}
+
+bool TakeUpLayout(QTreeView& view) {
+    QTreeViewPrivate* data = FindDataOf(view);
+    return data && std::exchange(data->delayedPendingLayout, false);
 }
 
 }  // namespace desk

@@ -15,4 +15,12 @@ namespace desk {
 /// False with any other version of Qt: nothing was laid out then, and the view does it itself.
 bool LayOutRows(QTreeView& view, const host::UI_MultiColumnTree::TreeImpl& tree);
 
+/// Notes that a layout is due, and sets no time for it: it waits until somebody asks for it
+/// (`QAbstractItemView::executeDelayedItemsLayout`) or until `TakeUpLayout`. False with any other version of
+/// Qt: nothing was noted then. UI thread.
+bool PutOffLayout(QTreeView& view);
+
+/// Takes the note back. Returns true when there was one: the layout is to be scheduled then. UI thread.
+bool TakeUpLayout(QTreeView& view);
+
 }  // namespace desk

@@ -60,18 +60,22 @@ TreeView::TreeView(host::UI_MultiColumnTree::TreeImpl& tree)
 
 TreeView::~TreeView() = default;
 
+void TreeView::ScheduleLayout() {
+    if (!IsPaused() || !PutOffLayout(*this)) scheduleDelayedItemsLayout();
+}
+
 void TreeView::FlushLayout() {
     if (!mIsPainting) executeDelayedItemsLayout();
 }
 
 void TreeView::RowHeightChanged() {
     mHeader->FollowRowHeight();
-    scheduleDelayedItemsLayout();
+    ScheduleLayout();
 }
 
 void TreeView::SetExpanded(const QModelIndex& index, bool expanded) {
     // With a layout pending the view only takes note; otherwise each row is looked for and laid out alone.
-    scheduleDelayedItemsLayout();
+    ScheduleLayout();
     setExpanded(index, expanded);
 }
 

@@ -23,6 +23,9 @@ public:
     host::UI_MultiColumnTree::TreeImpl& GetTree() const { return mTree; }
     BusySpinner& GetSpinner() { return *mSpinner; }
     EmptyButtons& GetEmptyButtons() { return *mEmptyButtons; }
+    /// Rows have come, gone or changed places: has them laid out in the next turn of the event loop, or when
+    /// the pause is over.
+    void ScheduleLayout();
     void FlushLayout();
     void RowHeightChanged();
     void SetExpanded(const QModelIndex& index, bool expanded);
@@ -51,8 +54,6 @@ public:
     void ToggleByUser(host::UI_MultiColumnTreeRow& row, bool open);
     /// Selects a row alone.
     void SelectByUser(host::UI_MultiColumnTreeRow& row);
-
-    using QTreeView::scheduleDelayedItemsLayout;
 
     void doItemsLayout() override;
     void keyboardSearch(const QString& typed) override;

@@ -6,6 +6,7 @@
 #include "desk/toolkit/Callback.h"
 #include "desk/toolkit/DrawbotImpl.h"
 #include "desk/toolkit/HeaderRowImpl.h"
+#include "desk/toolkit/RowLayout.h"
 #include "desk/toolkit/ShapedText.h"
 #include "desk/toolkit/Theme.h"
 #include "desk/toolkit/TreeImpl.h"
@@ -76,6 +77,7 @@ void TreeView::EndPause() {
     if (!IsPaused()) return;
     mPause.stop();
     setUpdatesEnabled(true);
+    if (TakeUpLayout(*this)) scheduleDelayedItemsLayout();
     mTree.UpdateVisibleRowsLater();
 }
 

@@ -90,6 +90,9 @@ void TreeImpl::UpdateMayHaveChildren(Row& row) {
         may = may || row.HasCustomChild() || row.HasChild();
     }
     Access::MayHaveChildren(row) = may;
+    if (!may) return;
+    Row* parent = Access::Parent(row);
+    Access::ChildrenOf(parent ? *parent : *mRoot).mHoldsParents = true;
 }
 
 void TreeImpl::UpdateMayHaveChildrenOfAll() {
@@ -104,7 +107,7 @@ void TreeImpl::UpdateMayHaveChildrenOfAll() {
 
 void TreeImpl::BeginChange() {
     HoldScrollPosition();
-    if (mView) mView->scheduleDelayedItemsLayout();
+    if (mView) mView->ScheduleLayout();
     UpdateVisibleRowsLater();
 }
 

@@ -494,7 +494,7 @@ void TreeImpl::Reorder(const Row* parent, const Order& order) {
 }
 
 void TreeImpl::BeginLayoutChange() {
-    if (mView) mView->scheduleDelayedItemsLayout();
+    if (mView) mView->ScheduleLayout();
     // The hint spares an index held for each selected cell.
     Q_EMIT mModel.layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
 }

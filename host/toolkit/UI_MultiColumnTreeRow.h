@@ -74,6 +74,8 @@ private:
         /// The rows that show below this one when it shows and is open.
         std::uint32_t mCountOfShown = 0;
         NameOrder mNameOrder = NameOrder::Unknown;
+        /// False as long as none of the rows may have children: nothing has to be looked for below them.
+        bool mHoldsParents = false;
     };
     UI_MultiColumnTreeRow();
 

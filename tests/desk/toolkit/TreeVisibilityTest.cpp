@@ -64,12 +64,26 @@ TEST_F(TreeVisibilityTest, ScrollsRowsIntoViewAndOpensWhatIsAbove) {
 }
 
 TEST_F(TreeVisibilityTest, PaintingThatPausesForALongLayoutGoesOnWithInput) {
-    QObject::connect(&ScrollBar(), &QScrollBar::rangeChanged, [] { QThread::msleep(50); });
+    int layouts = 0;
+    QObject::connect(&ScrollBar(), &QScrollBar::rangeChanged, [&layouts] {
+        ++layouts;
+        QThread::msleep(50);
+    });
+    Add(nullptr, Names("o", 0, 300));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return ScrollBar().isVisible() && View().updatesEnabled(); }));
     Add(nullptr, Names("p", 0, 300));
     mWindow.grab();
+    QCoreApplication::processEvents();
     EXPECT_FALSE(View().updatesEnabled());
+    layouts = 0;
+    Add(nullptr, Names("q", 0, 300));
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(layouts == 0 || View().updatesEnabled()) << "laid out though nobody sees it";
     QTest::keyClick(&View(), Qt::Key_Down);
     EXPECT_TRUE(View().updatesEnabled());
+    layouts = 0;
+    Add(nullptr, Names("r", 0, 300));
+    EXPECT_TRUE(QTest::qWaitFor([&layouts] { return layouts > 0; })) << "without input";
 }
 
 TEST_F(TreeVisibilityTest, ZoomAndChangesAboveDoNotMoveWhatIsSeen) {
