@@ -20,7 +20,7 @@ using std::chrono::milliseconds;
 /// How long tasks run before input and painting get their turn: as long as those took since the batch before,
 /// within these limits. Rows that keep coming would else be laid out again for every few of them.
 constexpr milliseconds kShortestBatch{8};
-constexpr milliseconds kLongestBatch{24};
+constexpr milliseconds kLongestBatch{16};
 
 bool IsOfUser(QEvent::Type type) {
     switch (type) {
@@ -115,6 +115,8 @@ void QtMainThread::Receiver::RunBatch() {
         RunTask(task, "main thread: task");
         mEndOfBatch = Clock::now();
     } while (mEndOfBatch < end);
+    // Timers that have fallen due meanwhile come first.
+    mContinue.start(0, this);
 }
 
 void QtMainThread::Receiver::StartDelayed(Task task, Clock::time_point due) {
