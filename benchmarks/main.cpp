@@ -20,6 +20,7 @@
 #include "benchmarks/Jobs.h"
 #include "benchmarks/PanelBench.h"
 #include "benchmarks/TunedFileSystemModel.h"
+#include "desk/core/work/Arenas.h"
 #include "desk/toolkit/Theme.h"
 
 namespace {
@@ -180,6 +181,7 @@ int Run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    desk::ShareArenas();
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const auto options = TakeOptions(argc, argv);
     BenchApplication application(argc, argv);
