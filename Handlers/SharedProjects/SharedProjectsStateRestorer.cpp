@@ -150,6 +150,7 @@ bool StateRestorer::IsUnreached(UTF16String path) const {
 }
 
 void StateRestorer::KeepUnreached(const StateData& state) {
+    if (mUnlisted.empty()) return;
     const auto keep = [this](UTF16StringVec& kept, UTF16StringVec paths) {
         std::erase_if(paths, [this](const UTF16String& path) { return !IsUnreached(path); });
         AppendMissing(kept, paths);

@@ -1,4 +1,5 @@
 // Contents of folders, from the request to the rows.
+#include <QScopeGuard>
 #include <algorithm>
 #include <unordered_set>
 #include <utility>
@@ -66,13 +67,17 @@ void DirectoryImpl::Receive(const desk::FolderStore::Delivery& delivery) {
     if (!FindRow(delivery.mFolder, found)) return;
     const auto folder = mFolders.find(found);
     if (folder == mFolders.end()) return;
-    if (delivery.mDelivery.mIsLast) SetBusy(folder->second, false);
+    const std::weak_ptr<const void> alive = mLifetime.Watch();
+    // Not before the folders in it have been opened: their contents may be awaited then.
+    const bool endsWait = delivery.mDelivery.mIsLast && std::exchange(folder->second.mIsBusy, false);
+    const auto endBusy = qScopeGuard([this, &alive, endsWait] {
+        if (endsWait && !alive.expired()) mTree->EndBusy();
+    });
     if (delivery.mContent)
         folder->second.mHasContent = true;
     else if (!found && mTree->GetTopLevelRows().empty())
         TellWhyEmpty(delivery.mDelivery.mSystemError);
     const RowRef row(found);
-    const std::weak_ptr<const void> alive = mLifetime.Watch();
     static const DirectoryContent kNothing;
     try {
         mView.UpdateTreeFromContent(row, delivery.mFolder, delivery.mContent ? *delivery.mContent : kNothing,
