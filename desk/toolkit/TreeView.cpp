@@ -52,6 +52,8 @@ TreeView::TreeView(host::UI_MultiColumnTree::TreeImpl& tree)
     setHorizontalScrollMode(ScrollPerPixel);
     setAttribute(Qt::WA_MacShowFocusRect, false);
     viewport()->setMouseTracking(true);
+    // Paints its own background, so that nothing is painted over rows that are not painted for a moment.
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     for (const QScrollBar* bar : {verticalScrollBar(), horizontalScrollBar()})
         connect(bar, &QScrollBar::actionTriggered, this, &TreeView::EndPause);
     mHeader->FollowRowHeight();
@@ -69,6 +71,7 @@ void TreeView::FlushLayout() {
 }
 
 void TreeView::RowHeightChanged() {
+    EndPause();
     mHeader->FollowRowHeight();
     ScheduleLayout();
 }

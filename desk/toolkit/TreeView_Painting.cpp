@@ -49,6 +49,7 @@ void TreeView::paintEvent(QPaintEvent* event) {
     FlushLayout();
     mTree.UpdateVisibleRows();
     FlushLayout();
+    QPainter(viewport()).fillRect(event->rect(), Theme::Color(ThemeColor::TreeBackground));
     const bool wasPainting = std::exchange(mIsPainting, true);
     QTreeView::paintEvent(event);
     mIsPainting = wasPainting;
@@ -65,7 +66,7 @@ void TreeView::paintEvent(QPaintEvent* event) {
 void TreeView::PausePainting(Clock::duration layoutTime) {
     const auto pause = std::chrono::duration_cast<std::chrono::milliseconds>(kPausePerLayout * layoutTime);
     mPause.start(int(std::min(pause, kLongestPause).count()), this);
-    setUpdatesEnabled(false);
+    viewport()->setUpdatesEnabled(false);
 }
 
 void TreeView::timerEvent(QTimerEvent* event) {
@@ -76,7 +77,7 @@ void TreeView::timerEvent(QTimerEvent* event) {
 void TreeView::EndPause() {
     if (!IsPaused()) return;
     mPause.stop();
-    setUpdatesEnabled(true);
+    viewport()->setUpdatesEnabled(true);
     if (TakeUpLayout(*this)) scheduleDelayedItemsLayout();
     mTree.UpdateVisibleRowsLater();
 }

@@ -1,5 +1,6 @@
 #include <QThread>
 
+#include "desk/toolkit/Theme.h"
 #include "tests/desk/toolkit/TreeFixture.h"
 
 namespace {
@@ -64,23 +65,31 @@ TEST_F(TreeVisibilityTest, ScrollsRowsIntoViewAndOpensWhatIsAbove) {
 }
 
 TEST_F(TreeVisibilityTest, PaintingThatPausesForALongLayoutGoesOnWithInput) {
+    desk::Theme::Apply(desk::ThemeKind::Dark);
+    const auto isPainting = [this] { return View().viewport()->updatesEnabled(); };
+    const auto seen = [this] {
+        return mWindow.screen()->grabWindow(mWindow.winId(), 0, 0, 100, mWindow.height()).toImage();
+    };
     int layouts = 0;
     QObject::connect(&ScrollBar(), &QScrollBar::rangeChanged, [&layouts] {
         ++layouts;
         QThread::msleep(50);
     });
     Add(nullptr, Names("o", 0, 300));
-    ASSERT_TRUE(QTest::qWaitFor([this] { return ScrollBar().isVisible() && View().updatesEnabled(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ScrollBar().isVisible() && isPainting(); }));
+    const QImage rows = seen();
     Add(nullptr, Names("p", 0, 300));
-    mWindow.grab();
+    mWindow.repaint();
     QCoreApplication::processEvents();
-    EXPECT_FALSE(View().updatesEnabled());
+    EXPECT_FALSE(isPainting());
+    mWindow.repaint();
+    EXPECT_EQ(seen(), rows) << "painted over with what is below it";
     layouts = 0;
     Add(nullptr, Names("q", 0, 300));
     QCoreApplication::processEvents();
-    EXPECT_TRUE(layouts == 0 || View().updatesEnabled()) << "laid out though nobody sees it";
+    EXPECT_TRUE(layouts == 0 || isPainting()) << "laid out though nobody sees it";
     QTest::keyClick(&View(), Qt::Key_Down);
-    EXPECT_TRUE(View().updatesEnabled());
+    EXPECT_TRUE(isPainting());
     layouts = 0;
     Add(nullptr, Names("r", 0, 300));
     EXPECT_TRUE(QTest::qWaitFor([&layouts] { return layouts > 0; })) << "without input";
