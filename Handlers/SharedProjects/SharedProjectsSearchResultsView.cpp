@@ -65,7 +65,12 @@ UTF16String SharedProjectsSearchResultsView::GetItemPath(const RowRef& row) cons
 }
 
 UTF16String SharedProjectsSearchResultsView::GetItemName(const RowRef& row) const {
-    return PathUtils::GetFullFilePart(PathUtils::RemoveTrailingSlash(GetItemPath(row)));
+    const auto entry = mRowToPath.left.find(row);
+    if (entry == mRowToPath.left.end()) return {};
+    const UTF16String& path = entry->second;
+    const std::size_t size = path.size() - path.ends_with(PathUtils::GetPathSeparator());
+    const std::size_t begin = path.rfind(PathUtils::GetPathSeparator(), size - 1) + 1;
+    return path.substr(begin, size - begin);
 }
 
 UTF16StringVec SharedProjectsSearchResultsView::GetSelectedPaths(bool includeAll) const {

@@ -68,8 +68,8 @@ protected:
 
 private:
     /// Unique on both sides.
-    using RowPathMap =
-        boost::bimap<boost::bimaps::set_of<RowRef>, boost::bimaps::unordered_set_of<UTF16String>>;
+    using RowPathMap = boost::bimap<boost::bimaps::set_of<RowRef>,
+                                    boost::bimaps::unordered_set_of<UTF16String, std::hash<UTF16String>>>;
     class NewRows;
 
     UTF16String GetItemPath(const RowRef& row) const override;

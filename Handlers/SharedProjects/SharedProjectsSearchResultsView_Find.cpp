@@ -138,6 +138,7 @@ void SharedProjectsSearchResultsView::TellWhyEmpty(const FileSearch::Result& res
 
 void SharedProjectsSearchResultsView::Populate(const UTF16StringVec& paths) {
     RemoveAllRows();
+    mRowToPath.right.rehash(paths.size());
     AddHits(paths);
 }
 

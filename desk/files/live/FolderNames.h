@@ -109,9 +109,13 @@ private:
 
 /// The names of a folder that are known.
 struct KnownNames {
+    /// How far whoever asked is with following the folder: has not asked for that, or asked for it, or awaits
+    /// it
+    /// (`FolderFollower::Follow`), or is told what changes.
+    enum class Following : std::uint8_t { NotAsked, Asked, Awaited, Told };
+
     std::shared_ptr<const FolderNames> mNames;
-    /// Whoever asked is told what changes in the folder.
-    bool mIsFollowed = false;
+    Following mFollowing = Following::NotAsked;
     /// 0, or why the folder could not be listed again (an errno value).
     int mSystemError = 0;
 };

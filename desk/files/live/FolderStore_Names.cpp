@@ -32,8 +32,10 @@ std::vector<KnownNames> FolderStoreImpl::GetNamesBelow(std::u16string_view root,
         if (!folder.mItems || !folder.mIsFollowed || !IsSameOrBelow<std::u16string_view>(it->first, root))
             continue;
         const auto isOwner = [owner](const Subscriber& one) { return one.mOwner == owner && one.mHasContent; };
-        known.push_back(
-            {NamesOf(folder), owner && std::ranges::any_of(folder.mSubscribers, isOwner), folder.mSystemError});
+        const bool isTold = owner && std::ranges::any_of(folder.mSubscribers, isOwner);
+        known.push_back({NamesOf(folder),
+                         isTold ? KnownNames::Following::Told : KnownNames::Following::NotAsked,
+                         folder.mSystemError});
     }
     return known;
 }

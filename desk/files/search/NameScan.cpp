@@ -57,7 +57,7 @@ struct Part {
     std::size_t mBegin = 0;
     std::size_t mEnd = 0;
     host::UTF16StringVec mHits;
-    host::UTF16StringVec mNotFollowedWithHits;
+    host::UTF16StringVec mNotAwaitedWithHits;
 
     void Scan(const std::vector<const KnownNames*>& folders, const FoldedText& text) {
         std::vector<FolderNames::Item> found;
@@ -67,8 +67,8 @@ struct Part {
             const std::size_t before = mHits.size();
             for (FolderNames::Item& item : found)
                 if (IsFound(item)) mHits.push_back(std::move(item.mPath));
-            if (mHits.size() > before && !folders[i]->mIsFollowed)
-                mNotFollowedWithHits.push_back(folders[i]->mNames->Folder());
+            if (mHits.size() > before && folders[i]->mFollowing < KnownNames::Following::Awaited)
+                mNotAwaitedWithHits.push_back(folders[i]->mNames->Folder());
         }
     }
 };
@@ -82,7 +82,7 @@ std::vector<Part> Divide(const std::vector<const KnownNames*>& folders) {
         if (bytes < kBytesPerThread) continue;
         bytes = 0;
         parts.push_back(
-            {.mBegin = parts.back().mEnd, .mEnd = parts.back().mEnd, .mHits = {}, .mNotFollowedWithHits = {}});
+            {.mBegin = parts.back().mEnd, .mEnd = parts.back().mEnd, .mHits = {}, .mNotAwaitedWithHits = {}});
     }
     return parts;
 }
@@ -95,7 +95,8 @@ NameScanResult ScanNames(const host::UTF16String& root, const std::vector<KnownN
     NameScanResult result;
     result.mUnknown = std::move(tree.mUnknown);
     for (const KnownNames* folder : tree.mKnown) {
-        if (!folder->mIsFollowed) result.mNotFollowed.push_back(folder->mNames);
+        if (folder->mFollowing == KnownNames::Following::NotAsked)
+            result.mNotFollowed.push_back(folder->mNames);
         if (folder->mSystemError != 0)
             result.mUnreadable.push_back({folder->mNames->Folder(), folder->mSystemError});
     }
@@ -103,7 +104,7 @@ NameScanResult ScanNames(const host::UTF16String& root, const std::vector<KnownN
     RunShared(parts.size(), [&](std::size_t index) { parts[index].Scan(tree.mKnown, text); });
     for (Part& part : parts) {
         std::ranges::move(part.mHits, std::back_inserter(result.mHits));
-        std::ranges::move(part.mNotFollowedWithHits, std::back_inserter(result.mNotFollowedWithHits));
+        std::ranges::move(part.mNotAwaitedWithHits, std::back_inserter(result.mNotAwaitedWithHits));
     }
     return result;
 }

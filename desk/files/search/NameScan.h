@@ -12,9 +12,10 @@ namespace desk {
 struct NameScanResult {
     /// The paths of what was found, those of one folder together, the folders in the order of their depth.
     host::UTF16StringVec mHits;
-    /// The folders that were looked through and are not followed, and of them those with hits.
+    /// The folders that were looked through and that nobody has asked to follow; and those with hits that are
+    /// neither awaited nor told of.
     std::vector<std::shared_ptr<const FolderNames>> mNotFollowed;
-    host::UTF16StringVec mNotFollowedWithHits;
+    host::UTF16StringVec mNotAwaitedWithHits;
     /// Folders below the root whose names are not known, the nearest ones first.
     host::UTF16StringVec mUnknown;
     /// Folders whose names are known, but cannot be read now.

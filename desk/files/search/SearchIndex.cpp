@@ -97,7 +97,7 @@ void SearchIndex::RemoveReceiver(const void* owner) {
 std::vector<KnownNames> SearchIndex::GetKnown() const {
     std::vector<KnownNames> known;
     if (FolderStore* store = GetServices().mFolderStore) known = store->GetNamesBelow(mRoot, mFollower.get());
-    for (const auto& [folder, names] : mRead) known.push_back({names, false, 0});
+    for (const auto& [folder, read] : mRead) known.push_back({read.mNames, read.mFollowing, 0});
     return known;
 }
 
@@ -122,7 +122,7 @@ void SearchIndex::ReadUnfollowedAgain() {
     if (mReadingAgain) mIsReadingAgainWanted = true;
     if (!mFollower || mReadingAgain) return;
     host::UTF16StringVec unfollowed;
-    for (const auto& [folder, names] : mRead)
+    for (const auto& [folder, read] : mRead)
         if (!mFollower->WillTell(folder)) unfollowed.push_back(folder);
     if (unfollowed.empty()) return;
     auto known = std::make_shared<std::unordered_set<host::UTF16String>>();
@@ -165,7 +165,7 @@ void SearchIndex::TakeRead(std::vector<Names>&& names, FolderWalk::Result&& fail
         mFailures.erase(now->Folder());
         // What the store has listed meanwhile is newer.
         if (store && store->IsListed(now->Folder())) continue;
-        Names& known = mRead[now->Folder()];
+        Names& known = mRead[now->Folder()].mNames;
         if (known && *known == *now) continue;
         const Names before = std::exchange(known, now);
         if (mFollower) Renew(before, now, false);
@@ -179,7 +179,7 @@ const SearchIndex::Failure* SearchIndex::FindFailure(const host::UTF16String& fo
 
 void SearchIndex::Follow(const NameScanResult& result) {
     if (!mFollower) return;
-    host::UTF16StringVec folders = result.mNotFollowedWithHits;
+    host::UTF16StringVec folders = result.mNotAwaitedWithHits;
     const std::size_t wanted = folders.size();
     host::UTF16StringVec gone;
     for (const Names& names : result.mNotFollowed) {
@@ -195,7 +195,15 @@ void SearchIndex::Follow(const NameScanResult& result) {
         if (const Failure* failure = FindFailure(folder); failure && failure->mSystemError != ENOENT)
             folders.push_back(folder);
     mFollower->Follow(folders, wanted);
+    for (std::size_t i = 0; i < folders.size(); ++i)
+        NoteAsked(folders[i], i < wanted ? KnownNames::Following::Awaited : KnownNames::Following::Asked);
     for (const host::UTF16String& path : gone) mFollower->Drop(path);
+}
+
+/// Spares the next search asking again, folder by folder.
+void SearchIndex::NoteAsked(const host::UTF16String& folder, KnownNames::Following following) {
+    const auto read = mRead.find(folder);
+    if (read != mRead.end()) read->second.mFollowing = std::max(read->second.mFollowing, following);
 }
 
 void SearchIndex::OnNews(const FolderFollower::News& news) {
@@ -203,7 +211,7 @@ void SearchIndex::OnNews(const FolderFollower::News& news) {
     if (!news.mNames) return Tell({{}, {}, false, news.mContent, news.mRemovedPaths});
     mFailures.erase(news.mNames->Folder());
     const auto read = mRead.extract(news.mNames->Folder());
-    Renew(read ? read.mapped() : nullptr, news.mNames, true);
+    Renew(read ? read.mapped().mNames : nullptr, news.mNames, true);
 }
 
 /// Returns the folders that have gone.

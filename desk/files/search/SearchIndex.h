@@ -69,12 +69,18 @@ public:
 private:
     using Names = std::shared_ptr<const FolderNames>;
     struct Reading;
+    /// What was read of a folder, and how far the follower is with it.
+    struct ReadFolder {
+        Names mNames;
+        KnownNames::Following mFollowing = KnownNames::Following::NotAsked;
+    };
 
     void ReadUnfollowedAgain();
     std::shared_ptr<FolderWalk> StartWalk(const host::UTF16StringVec& folders,
                                           std::function<bool(const host::UTF16String&)> isEntered,
                                           std::function<void()> done);
     void TakeRead(std::vector<Names>&& names, FolderWalk::Result&& failed, unsigned reading);
+    void NoteAsked(const host::UTF16String& folder, KnownNames::Following following);
     void OnNews(const FolderFollower::News& news);
     host::UTF16StringVec Renew(const Names& before, const Names& now, bool isListed);
     void DropRead(const host::UTF16String& path);
@@ -83,7 +89,7 @@ private:
     const host::UTF16String mRoot;
     std::shared_ptr<FolderFollower> mFollower;
     /// What was read of folders that the follower has not listed.
-    std::map<host::UTF16String, Names> mRead;
+    std::map<host::UTF16String, ReadFolder> mRead;
     std::map<host::UTF16String, Failure> mFailures;
     /// Null when none is under way.
     std::shared_ptr<FolderWalk> mReading;
