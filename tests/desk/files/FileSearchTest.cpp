@@ -178,8 +178,10 @@ TEST_F(FileSearchTest, ReadsTheFoldersAgainThatAreTooManyToFollow) {
                      unfollowed.front() + "/Reels/Reel 2.zuproj"};
     EXPECT_EQ(mHits, hits);
     EXPECT_LE(CountLists(), static_cast<int>(unfollowed.size()) + 1) << "the others are known";
+    EXPECT_FALSE(mStore->IsAwaited(Path(folder)));
     mFolder.Remove(unfollowed.front() + "/Reels");
     request = Find();
+    EXPECT_TRUE(mStore->IsAwaited(Path(folder))) << "has a hit now";
     mMain.Advance(std::chrono::seconds(1));
     EXPECT_EQ(mHits, Names{folder + "/Reel 1.zuproj"});
 }
