@@ -24,11 +24,11 @@ constexpr int kPanelRowColor = 277;
 constexpr int kRoomyCell = 4;
 /// Around the text of an empty tree.
 constexpr int kEmptyMargin = 16;
-/// From here on the time that a layout took counts: when nothing more is awaited, and when it is.
+/// From here on painting pauses after a layout. While more is awaited it does so after any.
 constexpr std::chrono::milliseconds kLongLayout(12);
-constexpr std::chrono::milliseconds kLongLayoutWhileBusy(2);
-/// So many times that time nothing is painted.
+/// So many times as long as the layout took nothing is painted, and no less than a frame.
 constexpr int kPausePerLayout = 4;
+constexpr std::chrono::milliseconds kFrame(16);
 constexpr std::chrono::milliseconds kLongestPause(200);
 
 QColor WithAlpha(ThemeColor color, int alpha) {
@@ -59,13 +59,13 @@ void TreeView::paintEvent(QPaintEvent* event) {
         PaintDropTarget(painter, viewport()->rect());
     }
     const auto time = std::exchange(mLayoutTime, {});
-    if (time > (mTree.mBusy > 0 ? kLongLayoutWhileBusy : kLongLayout)) PausePainting(time);
+    if (time > (mTree.mBusy > 0 ? Clock::duration::zero() : kLongLayout)) PausePainting(time);
 }
 
 /// Rows that keep coming are laid out for each paint: the longer that takes, the less often they are painted.
 void TreeView::PausePainting(Clock::duration layoutTime) {
     const auto pause = std::chrono::duration_cast<std::chrono::milliseconds>(kPausePerLayout * layoutTime);
-    mPause.start(int(std::min(pause, kLongestPause).count()), this);
+    mPause.start(int(std::clamp(pause, kFrame, kLongestPause).count()), this);
     viewport()->setUpdatesEnabled(false);
 }
 

@@ -64,6 +64,21 @@ TEST_F(TreeVisibilityTest, ScrollsRowsIntoViewAndOpensWhatIsAbove) {
     EXPECT_EQ(mTree->GetTopRow(), rows[30]);
 }
 
+TEST_F(TreeVisibilityTest, RowsThatKeepComingArePaintedOnceAFrame) {
+    const auto isPainting = [this] { return View().viewport()->updatesEnabled(); };
+    mTree->BeginBusy();
+    Add(nullptr, {"a"});
+    mWindow.repaint();
+    EXPECT_FALSE(isPainting());
+    ASSERT_TRUE(QTest::qWaitFor(isPainting));
+    mWindow.repaint();
+    EXPECT_TRUE(isPainting()) << "what comes after a pause would be painted for ever";
+    Add(nullptr, {"b"});
+    mWindow.repaint();
+    mTree->EndBusy();
+    EXPECT_TRUE(isPainting()) << "all have come";
+}
+
 TEST_F(TreeVisibilityTest, PaintingThatPausesForALongLayoutGoesOnWithInput) {
     desk::Theme::Apply(desk::ThemeKind::Dark);
     const auto isPainting = [this] { return View().viewport()->updatesEnabled(); };
